@@ -1,0 +1,39 @@
+# What every target of this project has in common.
+
+add_library(vark_warnings INTERFACE)
+target_compile_options(vark_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+
+# The library and its parts never throw and never ask for a type at run time; they stay in memory once
+# loaded, since destructors of thread slots run after a host's dlclose.
+add_library(vark_part INTERFACE)
+target_link_libraries(vark_part INTERFACE vark_warnings)
+target_compile_options(vark_part INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
+target_link_options(vark_part INTERFACE -Wl,-z,nodelete -Wl,-z,relro -Wl,-z,now)
+
+if(VARK_SANITIZE)
+  add_compile_options(-fsanitize=${VARK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_link_options(-fsanitize=${VARK_SANITIZE})
+endif()
+
+# A shared part under the name that the library looks for: vark_shared_part(wbtrv32 SOURCES … LIBRARIES …)
+# builds libwbtrv32.so from an object library of the name wbtrv32_objects, which tests may link as well.
+function(vark_shared_part name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_library(${name}_objects OBJECT ${arg_SOURCES})
+  target_link_libraries(${name}_objects PUBLIC vark_part ${arg_LIBRARIES})
+  add_library(${name} SHARED)
+  target_link_libraries(${name} PRIVATE ${name}_objects)
+endfunction()
+
+# A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LABELS …] [TIMEOUT seconds]).
+# Each case is run in a process of its own, since the library's state is final for the life of a process.
+function(vark_test name)
+  cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_executable(test_${name} ${arg_SOURCES})
+  target_link_libraries(test_${name} PRIVATE vark_warnings GTest::gtest_main ${arg_LIBRARIES})
+  gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
+                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}")
+endfunction()
