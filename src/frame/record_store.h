@@ -1,0 +1,84 @@
+// The only layer that talks to the record manager: tables by number, opened lazily and counted, one thin
+// operation per operation of the engine with a fixed policy for its statuses.
+//
+// Every operation takes a TableKeyCode: key number * 31 + TableId (src/model/tables.h). `data` must be as
+// long as the table's record. The result is true for success; a false has been shown to the user, except
+// where the end of the file or a closed table is its reason. `found` tells a missing record from a failure.
+#pragma once
+
+#include "src/frame/thread_context.h"
+#include "src/model/tables.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace vark {
+
+// Length of a record per slot, given to the engine with each call. The engine's answer is written back, so a
+// short record shortens what the next call offers.
+extern std::atomic<uint32_t> RecordLengthTable[slotCount];
+
+void FillRecordLengthTable();
+
+// One call of the engine. `length` may be null, which the engine sees as 0; only its low 16 bits are written
+// back. `key` needs room for 255 bytes. Returns the engine's status.
+int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, std::atomic<uint32_t> *length,
+                   void *key, int8_t keyNumber);
+
+// Opens a table, or counts one more user of an open one. `yearName` (null: the year in force) opens the table
+// of another year; `slot` (0: the table's own) holds it under another number.
+bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName = nullptr, int slot = 0);
+
+// Counts one user less and closes at none. True for a closed slot, and while a transaction holds all open.
+bool CloseTable(ThreadContext &context, int slot);
+
+// Closes a slot whatever its count.
+void ForceTableClosed(ThreadContext &context, int slot);
+
+// Closes all 31 slots.
+void CloseAllTables(ThreadContext &context);
+
+// Keyed reads. Those marked "biased" honour LockNext and show message 1420 for a record in use.
+bool GetEqual(ThreadContext &context, void *data, const KeyBuffer &key, bool &found,
+              TableKeyCode code); // biased
+bool Exists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code);
+bool GetFirst(ThreadContext &context, void *data, TableKeyCode code); // biased
+bool GetFirstF(ThreadContext &context, void *data, bool &found, TableKeyCode code);
+bool GetNext(ThreadContext &context, void *data, TableKeyCode code); // biased
+bool GetNextF(ThreadContext &context, void *data, bool &found, TableKeyCode code);
+bool GetPreviousF(ThreadContext &context, void *data, bool &found, TableKeyCode code);
+bool GetGreaterEqual(ThreadContext &context, void *data, const KeyBuffer &key, TableKeyCode code); // biased
+bool GetGreaterEqualF(ThreadContext &context, void *data, const KeyBuffer &key, bool &found,
+                      TableKeyCode code);
+bool GetGreaterF(ThreadContext &context, void *data, const KeyBuffer &key, bool &found, TableKeyCode code);
+bool GetLessF(ThreadContext &context, void *data, const KeyBuffer &key, bool &found, TableKeyCode code);
+bool GetLast(ThreadContext &context, void *data, bool &found, TableKeyCode code); // biased
+
+// Writes. Insert opens the table and closes it after; when it fails the count it took stays up. Update and
+// Delete act on the record last read and give false, silently, on a closed table.
+bool Insert(ThreadContext &context, void *data, TableKeyCode code);
+bool Update(ThreadContext &context, void *data, TableKeyCode code);
+bool Delete(ThreadContext &context, TableKeyCode code);
+
+// Has the next biased read lock the record it reads, without waiting for another holder.
+void LockNext(ThreadContext &context);
+bool Unlock(ThreadContext &context, TableKeyCode code);
+
+// Puts the position on the current record under another key.
+bool RereadCurrent(ThreadContext &context, TableKeyCode code);
+
+// Number of records, -1 if the table cannot be opened or asked.
+int32_t RecordCount(ThreadContext &context, TableKeyCode code);
+
+enum class TransactionAction { Begin = 1, End = 2, Abort = 4 };
+
+// Nested transactions of the thread; only the outermost reaches the engine. A refusal is shown, aborts and
+// ends all levels. The result is that of the last call of the engine.
+bool Transaction(ThreadContext &context, TransactionAction action);
+
+// Keys as the tables hold them.
+KeyBuffer KeyOfNumber(int32_t number); // i32: Stapel, Zahlungsziel, Kostenschablone, nodes
+KeyBuffer KeyOfShortNumber(uint16_t first, uint16_t second = 0); // one or two 16-bit numbers: Mandant, steke
+KeyBuffer KeyOfText(const char *text, size_t width); // text cut to width - 1: accounts (8), Kürzel (10)
+
+} // namespace vark

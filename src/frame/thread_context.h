@@ -1,0 +1,79 @@
+// Everything that belongs to the calling thread: engine handles, the Mandant in force, the message flag, the
+// posting in progress. Nothing of it is shared, so nothing here is locked.
+#pragma once
+
+#include "include/vark40.h"
+#include "src/model/account_records.h"
+#include "src/model/tables.h"
+
+#include <cstdint>
+
+namespace vark {
+
+inline constexpr int slotCount = 31;
+
+// What the engine keeps a place in a file with; opaque to us.
+struct PositionBlock {
+    char Bytes[128];
+};
+
+// The value of a key as it goes to the engine, unused bytes zero.
+struct KeyBuffer {
+    char Bytes[41];
+};
+
+struct ThreadContext {
+    // Mandant selection
+    int32_t CurrentMandant;   // -1 when none is bound
+    int32_t FirstFiscalMonth; // calendar month 1..12 in which the fiscal year begins
+    int32_t VatIdPresent;     // 1 when the Mandant has a USt-IdNr
+    int32_t CostAccountingOn;
+    int32_t CostsRequired;  // GuV postings must carry costs
+    char WorkYear[5];       // year directory in use, "1998"
+    char MandantYear[5];    // last postable year; tables 12 to 27 always follow it
+    char FirstOpenYear[5];  // first postable year, empty when only MandantYear is
+    char PreviousYear[5];   // WorkYear less one
+    char MandantSuffix[12]; // Mandant number less one, empty for Mandant 1
+    char YearDirectory[6];  // separator and WorkYear
+    char DefaultLand[6];
+    char MandantWaehrung[6];
+    char TodayPacked[9]; // DDMMJJ, calendar month, year from 1980
+    char TodayShort[9];  // TT.MM.JJ
+    char TodayLong[11];  // TT.MM.JJJJ
+
+    // Messages
+    int32_t ShowMessages; // 0 silent, as the latest export's caller wished
+
+    // Record store
+    int32_t PathOverrideOn;
+    char PathOverride[260]; // directory of every table while PathOverrideOn
+    uint16_t LockBias;      // added to the next biased read, then cleared
+    int16_t TransactionDepth;
+    int32_t HoldOpen; // no table is closed while a transaction runs
+    PositionBlock PositionBlocks[slotCount];
+    KeyBuffer KeyBuffers[slotCount]; // last key sent
+    int32_t OpenCounts[slotCount];
+
+    // Tax lookup
+    StekeRecord TaxRow;
+
+    // Reports
+    uint32_t ReportViewExStyle;
+    uint32_t ReportViewStyle;
+    char *ReportViewTitle;  // owned
+    char *ReportFrameClass; // owned, may be null
+    VarkWindow ReportFrameWindow;
+    uint32_t LastPrintResult;
+
+    // Split posting
+    SplitEingabe SplitHeader;
+    TeilbuchungEingabe *SplitOverflow; // owned; Teilbuchungen from the eleventh on
+    int16_t SplitCapacity;             // entries that SplitOverflow holds
+    int32_t SplitOpen;
+    int32_t SplitViaEnde;
+};
+
+// The calling thread's context, made at its first use; null when there is no thread slot or no memory.
+ThreadContext *GetThreadContext();
+
+} // namespace vark
