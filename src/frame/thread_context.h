@@ -10,8 +10,6 @@
 
 namespace vark {
 
-inline constexpr int slotCount = 31;
-
 // What the engine keeps a place in a file with; opaque to us.
 struct PositionBlock {
     char Bytes[128];

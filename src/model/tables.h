@@ -43,7 +43,7 @@ enum TableId : uint8_t {
     SlotFree30 = 30,
 };
 
-inline constexpr unsigned slotCount = 31;
+inline constexpr int slotCount = 31;
 
 struct TableEntry {
     const char *Stem;      // file name without ".btr"; empty where there is no table
@@ -91,12 +91,12 @@ using TableKeyCode = uint8_t;
 
 constexpr TableKeyCode KeyCode(unsigned table, unsigned key)
 {
-    return static_cast<TableKeyCode>(key * slotCount + table);
+    return static_cast<TableKeyCode>(key * unsigned{slotCount} + table);
 }
 
 constexpr TableId TableOf(TableKeyCode code) { return static_cast<TableId>(code % slotCount); }
 
-constexpr unsigned KeyOf(TableKeyCode code) { return code / slotCount; }
+constexpr unsigned KeyOf(TableKeyCode code) { return code / unsigned{slotCount}; }
 
 static_assert(KeyCode(TableSteke, 2) == 66 && KeyCode(TableSteke, 1) == 35);
 static_assert(TableOf(66) == TableSteke && KeyOf(66) == 2);

@@ -68,7 +68,7 @@ TEST(Tables, KeyCodeHoldsTableAndKeyInOneByte)
 TEST(Tables, EveryKeyCodeIsTakenApartAgain)
 {
     for (unsigned key = 0; key < 8; ++key) {
-        for (unsigned table = 0; table < slotCount; ++table) {
+        for (unsigned table = 0; table < unsigned{slotCount}; ++table) {
             const TableKeyCode code = KeyCode(table, key);
             EXPECT_EQ(table, TableOf(code)) << "key " << key;
             EXPECT_EQ(key, KeyOf(code)) << "table " << table;
