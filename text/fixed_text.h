@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 namespace text {
 
@@ -19,10 +20,13 @@ inline void CopyText(char *to, size_t toSize, const char *from, size_t fromSize)
 
 // The same from a terminated text of the caller, and from field to field: a source field that fills its whole
 // width counts up to its width less one.
-template <size_t To> void CopyText(char (&to)[To], const char *from) { CopyText(to, To, from, To); }
-template <size_t To, size_t From> void CopyText(char (&to)[To], const char (&from)[From])
+template <size_t To, typename From> void CopyText(char (&to)[To], const From &from)
 {
-    CopyText(to, To, from, From - 1);
+    if constexpr (std::is_array_v<From>) {
+        CopyText(to, To, from, sizeof from - 1);
+    } else {
+        CopyText(to, To, from, To);
+    }
 }
 
 } // namespace text

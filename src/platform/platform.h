@@ -39,8 +39,8 @@ void OnFork(void (*dropInherited)());
 // directory: "tolka.ini". A missing file, section or key gives the empty text. Returns the length.
 size_t ReadProfileText(const char *section, const char *key, char *out, size_t size, const char *fileName);
 
-// Writes one private-profile text; everything else in the file stays as it was, comments included. The file
-// is replaced as a whole or not at all. False when it could not be written.
+// Writes one private-profile text (null removes the key); everything else in the file stays as it was,
+// comments included. The file is replaced as a whole or not at all. False when it could not be written.
 bool WriteProfileText(const char *section, const char *key, const char *value, const char *fileName);
 
 // ---- The parts ----

@@ -1,0 +1,434 @@
+#include "src/frame/record_store.h"
+
+#include "src/frame/lifecycle.h"
+#include "src/frame/messages.h"
+#include "src/platform/platform.h"
+
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+
+namespace vark {
+
+std::atomic<uint32_t> RecordLengthTable[slotCount];
+
+namespace {
+
+enum EngineOperation : uint16_t {
+    engineOpen = 0,
+    engineClose = 1,
+    engineInsert = 2,
+    engineUpdate = 3,
+    engineDelete = 4,
+    engineGetEqual = 5,
+    engineGetNext = 6,
+    engineGetPrevious = 7,
+    engineGetGreater = 8,
+    engineGetGreaterEqual = 9,
+    engineGetLess = 10,
+    engineGetFirst = 12,
+    engineGetLast = 13,
+    engineStat = 15,
+    engineBegin = 19,
+    engineEnd = 20,
+    engineAbort = 21,
+    engineGetPosition = 22,
+    engineGetDirect = 23,
+    engineUnlock = 27,
+};
+
+constexpr int16_t statusOk = 0;
+constexpr int16_t statusKeyNotFound = 4;
+constexpr int16_t statusEndOfFile = 9;
+constexpr int16_t statusFileNotFound = 12;
+
+constexpr uint16_t lockSingleNoWait = 200;
+constexpr size_t longestKey = 255;     // what the engine may write back into a key
+constexpr size_t longestPath = 254;    // what the engine takes as a file name
+constexpr size_t longestRecord = 1398; // mahntext
+
+int SlotOf(TableKeyCode code) { return TableOf(code); }
+int8_t KeyNumberOf(TableKeyCode code) { return static_cast<int8_t>(KeyOf(code)); }
+
+// A key as the engine takes it: room for whatever it writes back.
+struct EngineKey {
+    char Bytes[longestKey + 1];
+
+    explicit EngineKey(const KeyBuffer &key) : Bytes{} { std::memcpy(Bytes, key.Bytes, sizeof key.Bytes); }
+};
+
+// One call on a slot with the slot's own key buffer, length entry and position block.
+int16_t CallSlot(ThreadContext &context, uint16_t operation, void *data, int slot, int8_t keyNumber)
+{
+    EngineKey key(context.KeyBuffers[slot]);
+    return CallEngine(operation, context.PositionBlocks[slot], data, &RecordLengthTable[slot], key.Bytes,
+                      keyNumber);
+}
+
+// The lock bias asked for by LockNext; asking takes it away.
+uint16_t TakeLockBias(ThreadContext &context)
+{
+    const uint16_t bias = context.LockBias;
+    context.LockBias = 0;
+    return bias;
+}
+
+void ReportBiased(int16_t status)
+{
+    if (!ReportLocked(status)) ReportStatus(status, nullptr);
+}
+
+bool OpenIfClosed(ThreadContext &context, TableKeyCode code)
+{
+    return context.OpenCounts[SlotOf(code)] != 0 || OpenTable(context, code);
+}
+
+// A read without a lock of its own, for which the end of the file is no failure.
+bool ReadFound(ThreadContext &context, uint16_t operation, void *data, bool &found, TableKeyCode code)
+{
+    found = false;
+    const int16_t status = CallSlot(context, operation, data, SlotOf(code), KeyNumberOf(code));
+    found = status == statusOk;
+    if (found || status == statusEndOfFile) return true;
+    ReportStatus(status, nullptr);
+    return false;
+}
+
+bool ReadFoundByKey(ThreadContext &context, uint16_t operation, void *data, const KeyBuffer &key, bool &found,
+                    TableKeyCode code)
+{
+    found = false;
+    if (!OpenIfClosed(context, code)) return false;
+    context.KeyBuffers[SlotOf(code)] = key;
+    return ReadFound(context, operation, data, found, code);
+}
+
+// A read that locks if LockNext asked for it, and for which the end of the file is a silent false.
+bool ReadBiased(ThreadContext &context, uint16_t operation, void *data, TableKeyCode code)
+{
+    const auto biased = static_cast<uint16_t>(operation + TakeLockBias(context));
+    const int16_t status = CallSlot(context, biased, data, SlotOf(code), KeyNumberOf(code));
+    if (status == statusOk) return true;
+    if (status != statusEndOfFile) ReportBiased(status);
+    return false;
+}
+
+// A write or unlock on an open table; these do not depend on a key.
+bool CallAndReport(ThreadContext &context, uint16_t operation, void *data, int slot, int8_t keyNumber)
+{
+    const int16_t status = CallSlot(context, operation, data, slot, keyNumber);
+    if (status != statusOk) ReportStatus(status, nullptr);
+    return status == statusOk;
+}
+
+// The directory and file of a table; false when it does not fit.
+bool TablePath(const ThreadContext &context, int table, const char *yearName, char *out, size_t size)
+{
+    const char separator[2] = {pathSeparator, 0};
+    const char *directory = DataPath;
+    const char *before = "";
+    const char *year = "";
+    const char *suffix = context.MandantSuffix;
+    if (context.PathOverrideOn != 0) {
+        directory = context.PathOverride;
+        suffix = "";
+    } else if (table == 6) {
+        suffix = "";
+    } else if (table >= 28) {
+        before = separator;
+        year = context.PreviousYear;
+    } else if (table >= 12) {
+        before = separator;
+        year = context.MandantYear;
+    } else if (yearName != nullptr) {
+        before = separator;
+        year = yearName;
+    } else {
+        year = context.YearDirectory;
+    }
+    const int length = std::snprintf(out, size, "%s%s%s%s%s%s.btr", directory, before, year, suffix,
+                                     separator, tableCatalogue[table].Stem);
+    return length > 0 && static_cast<size_t>(length) < size;
+}
+
+} // namespace
+
+void FillRecordLengthTable()
+{
+    for (int i = 0; i < slotCount; ++i) {
+        RecordLengthTable[i].store(tableCatalogue[i].RecordLength, std::memory_order_relaxed);
+    }
+}
+
+int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, std::atomic<uint32_t> *length,
+                   void *key, int8_t keyNumber)
+{
+    uint32_t dataLength = length != nullptr ? length->load(std::memory_order_relaxed) : 0;
+    const int16_t status = EngineEntry(operation, &position, data, &dataLength, key, longestKey, keyNumber);
+    if (length != nullptr) length->store(dataLength & 0xFFFF, std::memory_order_relaxed);
+    return status;
+}
+
+bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName, int slot)
+{
+    const int table = SlotOf(code);
+    if (slot == 0) slot = table;
+    if (context.OpenCounts[slot] == 0) {
+        if (yearName != nullptr && table < 12) {
+            RecordLengthTable[slot].store(RecordLengthTable[table].load(std::memory_order_relaxed),
+                                          std::memory_order_relaxed);
+        }
+        char path[longestKey + 1] = {};
+        char nothing[1] = {};
+        const bool fits = TablePath(context, table, yearName, path, longestPath + 1);
+        const int16_t status =
+            fits ? CallEngine(engineOpen, context.PositionBlocks[slot], nothing, nullptr, path, 1)
+                 : statusFileNotFound;
+        if (status != statusOk) {
+            char shown[longestKey + 1];
+            PathForMessage(path, shown, sizeof shown);
+            ReportStatus(status, shown);
+            CloseTable(context, table);
+            return false;
+        }
+    }
+    ++context.OpenCounts[slot];
+    return true;
+}
+
+bool CloseTable(ThreadContext &context, int slot)
+{
+    if (context.OpenCounts[slot] == 0 || context.HoldOpen != 0) return true;
+    if (--context.OpenCounts[slot] != 0) return true;
+    char nothing[1] = {};
+    EngineKey key(KeyBuffer{});
+    return CallEngine(engineClose, context.PositionBlocks[slot], nothing, nullptr, key.Bytes, 0) == statusOk;
+}
+
+void ForceTableClosed(ThreadContext &context, int slot)
+{
+    if (context.OpenCounts[slot] == 0) return;
+    context.OpenCounts[slot] = 1;
+    CloseTable(context, slot);
+}
+
+void CloseAllTables(ThreadContext &context)
+{
+    for (int slot = 0; slot < slotCount; ++slot) {
+        ForceTableClosed(context, slot);
+    }
+}
+
+bool GetEqual(ThreadContext &context, void *data, const KeyBuffer &key, bool &found, TableKeyCode code)
+{
+    found = false;
+    if (!OpenTable(context, code)) return false;
+    const int slot = SlotOf(code);
+    context.KeyBuffers[slot] = key;
+    const auto biased = static_cast<uint16_t>(engineGetEqual + TakeLockBias(context));
+    const int16_t status = CallSlot(context, biased, data, slot, KeyNumberOf(code));
+    found = status == statusOk;
+    const bool read = found || status == statusKeyNotFound;
+    if (!read) ReportBiased(status);
+    CloseTable(context, slot);
+    return read;
+}
+
+bool Exists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code)
+{
+    found = false;
+    if (!OpenTable(context, code)) return false;
+    const int slot = SlotOf(code);
+    context.KeyBuffers[slot] = key;
+    char scratch[longestRecord];
+    const int16_t status = CallSlot(context, engineGetEqual, scratch, slot, KeyNumberOf(code));
+    found = status == statusOk;
+    const bool read = found || status == statusKeyNotFound;
+    if (!read) ReportStatus(status, nullptr);
+    CloseTable(context, slot);
+    return read;
+}
+
+bool GetFirst(ThreadContext &context, void *data, TableKeyCode code)
+{
+    return OpenIfClosed(context, code) && ReadBiased(context, engineGetFirst, data, code);
+}
+
+bool GetFirstF(ThreadContext &context, void *data, bool &found, TableKeyCode code)
+{
+    found = false;
+    return OpenIfClosed(context, code) && ReadFound(context, engineGetFirst, data, found, code);
+}
+
+bool GetNext(ThreadContext &context, void *data, TableKeyCode code)
+{
+    return ReadBiased(context, engineGetNext, data, code);
+}
+
+bool GetNextF(ThreadContext &context, void *data, bool &found, TableKeyCode code)
+{
+    return ReadFound(context, engineGetNext, data, found, code);
+}
+
+bool GetPreviousF(ThreadContext &context, void *data, bool &found, TableKeyCode code)
+{
+    return ReadFound(context, engineGetPrevious, data, found, code);
+}
+
+bool GetGreaterEqual(ThreadContext &context, void *data, const KeyBuffer &key, TableKeyCode code)
+{
+    if (!OpenIfClosed(context, code)) return false;
+    context.KeyBuffers[SlotOf(code)] = key;
+    return ReadBiased(context, engineGetGreaterEqual, data, code);
+}
+
+bool GetGreaterEqualF(ThreadContext &context, void *data, const KeyBuffer &key, bool &found,
+                      TableKeyCode code)
+{
+    return ReadFoundByKey(context, engineGetGreaterEqual, data, key, found, code);
+}
+
+bool GetGreaterF(ThreadContext &context, void *data, const KeyBuffer &key, bool &found, TableKeyCode code)
+{
+    return ReadFoundByKey(context, engineGetGreater, data, key, found, code);
+}
+
+bool GetLessF(ThreadContext &context, void *data, const KeyBuffer &key, bool &found, TableKeyCode code)
+{
+    return ReadFoundByKey(context, engineGetLess, data, key, found, code);
+}
+
+bool GetLast(ThreadContext &context, void *data, bool &found, TableKeyCode code)
+{
+    found = false;
+    if (!OpenIfClosed(context, code)) return false;
+    const auto biased = static_cast<uint16_t>(engineGetLast + TakeLockBias(context));
+    const int16_t status = CallSlot(context, biased, data, SlotOf(code), KeyNumberOf(code));
+    found = status == statusOk;
+    if (found || status == statusEndOfFile) return true;
+    ReportBiased(status);
+    return false;
+}
+
+bool Insert(ThreadContext &context, void *data, TableKeyCode code)
+{
+    if (!OpenTable(context, code)) return false;
+    // Without a close on failure: the count stays up until the thread's tables are closed by force.
+    if (!CallAndReport(context, engineInsert, data, SlotOf(code), 0)) return false;
+    CloseTable(context, SlotOf(code));
+    return true;
+}
+
+bool Update(ThreadContext &context, void *data, TableKeyCode code)
+{
+    const int slot = SlotOf(code);
+    return context.OpenCounts[slot] != 0 &&
+           CallAndReport(context, engineUpdate, data, slot, KeyNumberOf(code));
+}
+
+bool Delete(ThreadContext &context, TableKeyCode code)
+{
+    char nothing[1] = {};
+    const int slot = SlotOf(code);
+    return context.OpenCounts[slot] != 0 && CallAndReport(context, engineDelete, nothing, slot, 0);
+}
+
+void LockNext(ThreadContext &context) { context.LockBias = lockSingleNoWait; }
+
+bool Unlock(ThreadContext &context, TableKeyCode code)
+{
+    char nothing[4] = {};
+    return CallAndReport(context, engineUnlock, nothing, SlotOf(code), 0);
+}
+
+bool RereadCurrent(ThreadContext &context, TableKeyCode code)
+{
+    const int slot = SlotOf(code);
+    if (context.OpenCounts[slot] == 0) return false;
+    char scratch[longestRecord];
+    std::atomic<uint32_t> positionLength{4};
+    EngineKey key(context.KeyBuffers[slot]);
+    int16_t status =
+        CallEngine(engineGetPosition, context.PositionBlocks[slot], scratch, &positionLength, key.Bytes, 0);
+    // The direct read takes the position from the head of the same buffer.
+    if (status == statusOk) status = CallSlot(context, engineGetDirect, scratch, slot, KeyNumberOf(code));
+    if (status != statusOk) ReportStatus(status, nullptr);
+    return status == statusOk;
+}
+
+int32_t RecordCount(ThreadContext &context, TableKeyCode code)
+{
+    if (!OpenTable(context, code)) return -1;
+    const int slot = SlotOf(code);
+    char answer[272] = {};
+    std::atomic<uint32_t> length{sizeof answer};
+    EngineKey key(KeyBuffer{});
+    const int16_t status =
+        CallEngine(engineStat, context.PositionBlocks[slot], answer, &length, key.Bytes, 0);
+    if (status != statusOk) ReportStatus(status, nullptr);
+    CloseTable(context, slot);
+    if (status != statusOk) return -1;
+    int32_t count;
+    std::memcpy(&count, answer + 6, sizeof count);
+    return count;
+}
+
+bool Transaction(ThreadContext &context, TransactionAction action)
+{
+    // The engine counts a transaction by client, not by file: the position block is any.
+    PositionBlock none{};
+    EngineKey key(KeyBuffer{});
+    char nothing[1] = {};
+    const auto call = [&](uint16_t operation) {
+        return CallEngine(operation, none, nothing, nullptr, key.Bytes, 0);
+    };
+    int16_t status = statusOk;
+    switch (action) {
+    case TransactionAction::Begin:
+        if (context.TransactionDepth == 0) status = call(engineBegin);
+        if (status == statusOk) ++context.TransactionDepth;
+        break;
+    case TransactionAction::End:
+        if (context.TransactionDepth == 0) break;
+        if (context.TransactionDepth == 1) status = call(engineEnd);
+        if (status == statusOk) --context.TransactionDepth;
+        break;
+    case TransactionAction::Abort:
+        if (context.TransactionDepth == 0) break;
+        context.TransactionDepth = 0;
+        status = call(engineAbort);
+        break;
+    }
+    if (status != statusOk) {
+        ReportStatus(status, nullptr);
+        status = call(engineAbort);
+        context.TransactionDepth = 0;
+    }
+    context.HoldOpen = context.TransactionDepth > 0 ? 1 : 0;
+    return status == statusOk;
+}
+
+KeyBuffer KeyOfNumber(int32_t number)
+{
+    KeyBuffer key{};
+    std::memcpy(key.Bytes, &number, sizeof number);
+    return key;
+}
+
+KeyBuffer KeyOfShortNumber(uint16_t first, uint16_t second)
+{
+    KeyBuffer key{};
+    std::memcpy(key.Bytes, &first, sizeof first);
+    std::memcpy(key.Bytes + sizeof first, &second, sizeof second);
+    return key;
+}
+
+KeyBuffer KeyOfText(const char *text, size_t width)
+{
+    KeyBuffer key{};
+    if (width > sizeof key.Bytes) width = sizeof key.Bytes;
+    std::memcpy(key.Bytes, text, strnlen(text, width - 1));
+    return key;
+}
+
+} // namespace vark

@@ -1,0 +1,107 @@
+// Exports whose families are still to be built: each attaches, refuses as every export does, and then answers
+// as it would if the record manager had failed.
+#include "src/frame/lifecycle.h"
+
+using namespace vark;
+
+namespace {
+
+int32_t AfterFrame()
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    return entered != ready ? entered : engineFailure;
+}
+
+VarkWindow NoReport()
+{
+    ThreadContext *context = nullptr;
+    EnterExport(context);
+    return nullptr;
+}
+
+} // namespace
+
+int32_t VARK_CALL VARK_SplitBuchungEinfuegen(const SplitEingabe *, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_SplitStart(int32_t, int32_t, const char *, const char *, uint8_t)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_SplitStartEx(int32_t, int32_t, const char *, const char *, uint8_t, int32_t)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_SplitEinfuegen(const char *, int32_t, const char *, int32_t, const char *,
+                                      const char *, const char *, const char *)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_SplitEinfuegenEx(const char *, int32_t, const char *, int32_t, const char *,
+                                        const char *, const char *, const char *, int32_t)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_SplitEnde(int32_t, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_Peko(int32_t, int32_t, const PekoEingabe *, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_PekoDirekt(int32_t, int32_t, int32_t, int32_t, const char *, const char *,
+                                  const char *, const char *, const char *, const char *, const char *,
+                                  const char *, const char *, const char *, const char *, const char *,
+                                  const char *, const char *, int32_t, int32_t, const char *, int32_t,
+                                  int32_t)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_HoleSaldo(int32_t, const char *, int32_t, int32_t, int32_t, char *)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_InitHoleBube(int32_t, const char *, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_HoleBube(uint32_t *, char *, char *, char *, char *, uint32_t *, char *, uint32_t *,
+                                int32_t, char *, char *, char *)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_BeendeHolen(void) { return AfterFrame(); }
+int32_t VARK_CALL VARK_InitHoleKonto(int32_t, int32_t, const char *, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_HoleSako(char *, char *, char *, uint32_t *, uint32_t *, uint32_t *)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_HolePeko(char *, char *, char *, char *, char *, char *, char *, char *, char *,
+                                char *, char *, char *, char *, char *, uint32_t *, uint32_t *, int32_t,
+                                char *, uint32_t *, uint32_t *)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_InitHoleOP(int32_t, const char *, int32_t, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_HoleOP(char *, char *, char *, char *, char *, char *, char *, char *, int32_t, char *,
+                              char *, char *)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_HoleMandantenNr(VarkWindow) { return AfterFrame(); }
+int32_t VARK_CALL VARK_HoleStapelNr(VarkWindow, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_HoleKonto(VarkWindow, int32_t, int32_t, const char *, const char *, char *)
+{
+    return AfterFrame();
+}
+int32_t VARK_CALL VARK_HoleZahlungsziel(VarkWindow, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_HoleKostenschablone(VarkWindow, int32_t) { return AfterFrame(); }
+int32_t VARK_CALL VARK_InitReports(uint32_t, uint32_t, const char *, VarkWindow) { return 0; }
+int32_t VARK_CALL VARK_IsMessage(VarkMessage *) { return 0; }
+VarkWindow VARK_CALL VARK_Kontenplan(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_Bilanz(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_Kontenblatt(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_SummenSaldenListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_HauptAbschluss(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_GUV(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_Buchungsjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_OPListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_UmsatzStatistik(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_UmsatzSteuerVoranmeldung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_UmsatzSteuerVerprobung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_ZusammenfassendeMeldung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_KostenSaldenListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_KostenstellenListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_Kostenjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
+VarkWindow VARK_CALL VARK_KostenAufteilung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
