@@ -69,7 +69,7 @@ uint32_t ShowBox(int32_t number, const char *text, int32_t partIndex)
 
 uint32_t ShowMessage(int32_t number, uint16_t focusControl, const char *text, int32_t partIndex)
 {
-    HCURSOR const cursor = SetCursor(nullptr);
+    HCURSOR cursor = SetCursor(nullptr);
     const uint32_t result = ShowBox(number, text, partIndex);
     SetCursor(cursor);
     if (focusControl != 0) {

@@ -152,7 +152,7 @@ TEST_F(Messages, RecordInUseIsTold)
 
 TEST_F(Messages, CursorIsTheOneFromBefore)
 {
-    HCURSOR const wait = LoadCursorA(nullptr, IDC_WAIT);
+    HCURSOR wait = LoadCursorA(nullptr, IDC_WAIT);
     SetCursor(wait);
     ShowMessage(1412, 0, nullptr, -1);
     EXPECT_EQ(wait, SetCursor(nullptr));

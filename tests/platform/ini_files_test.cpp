@@ -193,6 +193,7 @@ TEST_F(IniFiles, NothingElseIsLeftInTheDirectory)
 TEST_F(IniFiles, ThreadsThatWriteAtOnceLoseNothing)
 {
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([i] {
             const std::string key = "Stapel" + std::to_string(i);
