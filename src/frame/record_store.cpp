@@ -401,7 +401,7 @@ bool Transaction(ThreadContext &context, TransactionAction action)
     }
     if (status != statusOk) {
         ReportStatus(status, nullptr);
-        status = call(engineAbort);
+        call(engineAbort);
         context.TransactionDepth = 0;
     }
     context.HoldOpen = context.TransactionDepth > 0 ? 1 : 0;

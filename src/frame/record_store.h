@@ -73,7 +73,8 @@ int32_t RecordCount(ThreadContext &context, TableKeyCode code);
 enum class TransactionAction { Begin = 1, End = 2, Abort = 4 };
 
 // Nested transactions of the thread; only the outermost reaches the engine. A refusal is shown, aborts and
-// ends all levels. The result is that of the last call of the engine.
+// ends all levels. False for every refusal, also where the abort after it succeeds: a caller that took an
+// undone End for a success would report a posting that is not there.
 bool Transaction(ThreadContext &context, TransactionAction action);
 
 // Keys as the tables hold them.

@@ -17,9 +17,18 @@ void BindReportEngine()
     if (reportEngine.ReportEngineLibrary == nullptr) return;
     for (int i = 0; i < 11; ++i) {
         reportEngine.Entries[i] = FindEntry(reportEngine.ReportEngineLibrary, reportEngineEntryNames[i]);
-        if (reportEngine.Entries[i] == nullptr) return;
+        if (reportEngine.Entries[i] == nullptr) {
+            ReleasePart(reportEngine.ReportEngineLibrary);
+            return;
+        }
     }
     reportEngine.ReportEngineBound = 1;
+}
+
+void UnbindReportEngine()
+{
+    if (reportEngine.ReportEngineBound != 0) ReleasePart(reportEngine.ReportEngineLibrary);
+    reportEngine.ReportEngineBound = 0;
 }
 
 } // namespace vark

@@ -19,4 +19,7 @@ extern const char *const reportEngineEntryNames[11];
 // Loads the engine and binds its entries; the first one missing leaves it unbound.
 void BindReportEngine();
 
+// Gives it back, where the process lets go of this library before its end (Windows).
+void UnbindReportEngine();
+
 } // namespace vark

@@ -2,6 +2,8 @@
 // at run time, the clock. Everything above this folder is the same on both.
 #pragma once
 
+#include "include/vark40.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -46,8 +48,9 @@ bool WriteProfileText(const char *section, const char *key, const char *value, c
 // ---- The parts ----
 
 // Entry of the record manager. Forms and statuses stand in record-manager/btrcall.h.
-using RecordManagerEntry = int16_t (*)(uint16_t operation, void *positionBlock, void *data,
-                                       uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber);
+using RecordManagerEntry = int16_t(VARK_CALL *)(uint16_t operation, void *positionBlock, void *data,
+                                                uint32_t *dataLength, void *key, uint8_t keyLength,
+                                                int8_t keyNumber);
 
 // Brings the engine's own process up where it needs one; never fails visibly.
 void StartEngine(const char *dataPath);
@@ -63,6 +66,9 @@ void *LoadReportEngine();
 // Address of an entry in a loaded part, null when it has none of that name.
 void *FindEntry(void *part, const char *name);
 
+// Gives a loaded part back.
+void ReleasePart(void *part);
+
 // ---- Clock ----
 
 struct CalendarDate {
@@ -73,6 +79,11 @@ struct CalendarDate {
 
 // Today by the machine's clock, or by VARK_HEUTE=TT.MM.JJJJ where that is set and names a day.
 CalendarDate SystemToday();
+
+// What SystemToday is made of: the machine's own date, and a variable of the environment (null if it is not
+// set, or not to be trusted).
+CalendarDate MachineToday();
+const char *EnvironmentText(const char *name);
 
 // ---- Texts ----
 

@@ -99,4 +99,6 @@ void *LoadReportEngine() { return LoadOwnPart("librs.so"); }
 
 void *FindEntry(void *part, const char *name) { return dlsym(part, name); }
 
+void ReleasePart(void *part) { dlclose(part); }
+
 } // namespace vark

@@ -1,0 +1,41 @@
+// What the small programs beside ours have in common: their arguments, their clock, their way to give up.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+struct Arguments {
+    const char *Directory;
+    long Count;
+};
+
+inline Arguments PeerArguments(int count, char **arguments)
+{
+    if (count < 3) {
+        std::fprintf(stderr, "%s DIRECTORY COUNT\n", arguments[0]);
+        std::exit(2);
+    }
+    return {arguments[1], std::strtol(arguments[2], nullptr, 10)};
+}
+
+// Ends the program for any result but 0.
+inline void Must(int result)
+{
+    if (result == 0) return;
+    std::fprintf(stderr, "failed with %d\n", result);
+    std::exit(1);
+}
+
+inline uint32_t BigEndian(uint32_t number) { return __builtin_bswap32(number); }
+
+struct Stopwatch {
+    std::chrono::steady_clock::time_point Start = std::chrono::steady_clock::now();
+
+    double Seconds() const
+    {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
+    }
+    void Print() const { std::printf("%.6f\n", Seconds()); }
+};

@@ -1,0 +1,12 @@
+// What the library's entry point does when a thread or the process lets go of it.
+#pragma once
+
+namespace vark {
+
+// Frees the calling thread's context.
+void DetachThread();
+
+// The same, and the slot itself. Files stay open, the engine stays up.
+void DetachProcess();
+
+} // namespace vark

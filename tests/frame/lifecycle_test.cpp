@@ -1,0 +1,279 @@
+// Each case runs in a process of its own: what the library finds at its start is final.
+#include "src/frame/lifecycle.h"
+
+#include "src/frame/record_store.h"
+#include "src/frame/report_engine.h"
+#include "tests/support/books.h"
+#include "tests/window-system/front_end_setup.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace vark;
+using namespace vark::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Lifecycle : testing::Test {
+    FrontEndSetup frontEnd;
+
+    void SetUp() override { setenv("VARK_CONFIG_DIR", frontEnd.Directory.c_str(), 1); }
+
+    void Ini(const char *name, const std::string &content) const
+    {
+        std::ofstream(frontEnd.Directory / name) << content;
+    }
+};
+
+} // namespace
+
+TEST_F(Lifecycle, WithoutADataPathEveryExportAnswersMinus36AndShowsNothing)
+{
+    EXPECT_EQ(-36, VARK_Status());
+    EXPECT_EQ(-36, VARK_ExistiertKonto(1, "1200", 1));
+    EXPECT_EQ(-36, VARK_HoleSaldo(1, "1200", 1, 1, 1, nullptr));
+    EXPECT_EQ(nullptr, VARK_Kontenplan(1, nullptr, nullptr));
+    VARK_SchliesseDB();
+    EXPECT_EQ("", frontEnd.Log());
+}
+
+TEST_F(Lifecycle, FailureIsFinal)
+{
+    EXPECT_EQ(-36, VARK_Status());
+    Ini("tolka.ini", "[TOLKA]\nPfad32=/x/DB\n");
+    EXPECT_EQ(-36, VARK_Status());
+}
+
+TEST_F(Lifecycle, WithoutARecordManagerTheStateIsMinus3)
+{
+    // A candidate of the right name that is no record manager ends the search.
+    fs::copy_file(fs::path(STAND_INS) / "without_entry/libwbtrv32.so", frontEnd.Directory / "libwbtrv32.so");
+    Ini("tolka.ini", "[TOLKA]\nPfad32=" + (frontEnd.Directory / "DB").string() + "\n");
+    EXPECT_EQ(-3, VARK_Status());
+    EXPECT_EQ(-3, VARK_ExistiertKonto(1, "1200", 1));
+    EXPECT_EQ("", frontEnd.Log());
+}
+
+TEST_F(Lifecycle, WithoutAThreadSlotTheStateIsMinus42)
+{
+    std::vector<pthread_key_t> taken;
+    pthread_key_t key;
+    while (pthread_key_create(&key, nullptr) == 0) {
+        taken.push_back(key);
+    }
+    Ini("tolka.ini", "[TOLKA]\nPfad32=/x/DB\n");
+    EXPECT_EQ(-42, VARK_Status());
+    EXPECT_EQ(-42, VARK_ExistiertKonto(1, "1200", 1));
+    VARK_SchliesseDB();
+    for (const pthread_key_t used : taken) {
+        pthread_key_delete(used);
+    }
+}
+
+TEST_F(Lifecycle, Path32WinsOverPathAndTheOtherFile)
+{
+    Ini("tolka.ini", "[TOLKA]\nPfad32=/a/DB\nPfad=/b/DB\n");
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/a/DB", DataPath);
+}
+
+TEST_F(Lifecycle, PathOfTheAccountingApplicationWinsOverOurOwn)
+{
+    Ini("tolka.ini", "[TOLKA]\nPfad=/b/DB\n");
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/b/DB", DataPath);
+}
+
+TEST_F(Lifecycle, OwnPathIsTheLastResort)
+{
+    Ini("tolka.ini", "[TOLKA]\nPfad32=\n");
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/c/DB", DataPath);
+}
+
+TEST_F(Lifecycle, OneSeparatorAtTheEndOfTheDataPathIsCut)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB//\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/c/DB/", DataPath);
+}
+
+TEST_F(Lifecycle, BackslashAtTheEndOfTheDataPathIsCutAsWell)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\\\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/c/DB", DataPath);
+}
+
+TEST_F(Lifecycle, ReportPathEndsInASeparator)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\nReportPfad=/R\n");
+    Ini("tolka.ini", "[TOLKA]\nReportPfad=/other\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/R/", ReportPath);
+}
+
+TEST_F(Lifecycle, ReportPathOfTheAccountingApplicationIsTakenNext)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    Ini("tolka.ini", "[TOLKA]\nReportPfad=/other/\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/other/", ReportPath);
+}
+
+TEST_F(Lifecycle, WithoutAReportPathReportsLieAboveTheData)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/X/DB\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("/X/", ReportPath);
+}
+
+TEST_F(Lifecycle, PathsOfAnyLengthAreHeldWithoutOverrun)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/" + std::string(5000, 'p') + "\nReportPfad=" + std::string(5000, 'r') +
+                        "\nDLLPfad=" + std::string(5000, 'd') + "\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_EQ(maxPath - 1, std::string(DataPath).size());
+    EXPECT_EQ(maxPath - 1, std::string(ReportPath).size());
+    EXPECT_EQ(-3, VARK_ExistiertKonto(1, "1200", 1)) << "what does not fit is a file that is not found";
+}
+
+TEST_F(Lifecycle, ShortestDataPathsDoNoHarm)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_STREQ("", DataPath);
+    EXPECT_STREQ("", ReportPath);
+}
+
+TEST_F(Lifecycle, RecordLengthsAreThoseOfTheTables)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    ASSERT_EQ(1, VARK_Status());
+    const uint32_t lengths[slotCount] = {746, 219, 956, 956, 34,  0,    998, 64, 64, 64,  495,
+                                         130, 500, 64,  256, 525, 525,  64,  58, 64, 181, 128,
+                                         143, 110, 133, 146, 270, 1398, 746, 0,  0};
+    for (int slot = 0; slot < slotCount; ++slot) {
+        EXPECT_EQ(lengths[slot], RecordLengthTable[slot].load()) << slot;
+    }
+}
+
+TEST_F(Lifecycle, MissingReportEngineLeavesTheLibraryReady)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_EQ(reportEngine.ReportEngineLibrary != nullptr ? 1 : 0, reportEngine.ReportEngineBound);
+}
+
+TEST_F(Lifecycle, ThreadGetsItsContextFromItsFirstExport)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    ASSERT_EQ(1, VARK_Status());
+    EXPECT_EQ(nullptr, ThreadSlotValue());
+    VARK_SchliesseDB();
+    void *const mine = ThreadSlotValue();
+    EXPECT_NE(nullptr, mine);
+    std::thread([mine] {
+        EXPECT_EQ(nullptr, ThreadSlotValue());
+        VARK_SchliesseDB();
+        EXPECT_NE(nullptr, ThreadSlotValue());
+        EXPECT_NE(mine, ThreadSlotValue());
+    }).join();
+    EXPECT_EQ(mine, ThreadSlotValue());
+}
+
+TEST_F(Lifecycle, ContextStartsUnbound)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    ThreadContext *context = nullptr;
+    ASSERT_EQ(1, EnterExport(context));
+    EXPECT_EQ(-1, context->CurrentMandant);
+    EXPECT_STREQ("/", context->YearDirectory);
+    EXPECT_STREQ("", context->WorkYear);
+    EXPECT_EQ(0, context->ShowMessages);
+    for (const int32_t count : context->OpenCounts) {
+        EXPECT_EQ(0, count);
+    }
+}
+
+TEST_F(Lifecycle, ManyThreadsAttachOnce)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    std::vector<std::thread> threads;
+    threads.reserve(16);
+    for (int i = 0; i < 16; ++i) {
+        threads.emplace_back([] { EXPECT_EQ(1, VARK_Status()); });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+}
+
+namespace {
+
+struct OpenBooks : testing::Test {
+    Books books;
+
+    void SetUp() override
+    {
+        books.AddMandant(1);
+        books.Insert(1, TableSako, MakeSako("1200"));
+    }
+};
+
+} // namespace
+
+TEST_F(OpenBooks, SchliesseDbClosesEveryTableOfTheThreadAndNoOther)
+{
+    ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
+    auto *context = static_cast<ThreadContext *>(ThreadSlotValue());
+    std::thread([] {
+        ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
+        VARK_SchliesseDB();
+    }).join();
+    EXPECT_EQ(1, context->OpenCounts[TableSako]);
+    VARK_SchliesseDB();
+    EXPECT_EQ(-1, context->CurrentMandant);
+    for (const int32_t count : context->OpenCounts) {
+        EXPECT_EQ(0, count);
+    }
+    EXPECT_EQ(1, VARK_ExistiertKonto(1, "1200", 1)) << "and the next call opens them again";
+}
+
+TEST_F(OpenBooks, ChildProcessStartsAfresh)
+{
+    ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool fresh = ThreadSlotValue() == nullptr;
+        const bool works = VARK_ExistiertKonto(1, "1200", 1) == 1 && VARK_ExistiertKonto(1, "1300", 1) == 0;
+        _exit(fresh && works ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+    EXPECT_EQ(1, VARK_ExistiertKonto(1, "1200", 1)) << "the parent goes on with what it had";
+}
+
+TEST_F(OpenBooks, ThreadThatEndsGivesEverythingBack)
+{
+    for (int i = 0; i < 50; ++i) {
+        std::thread([] { EXPECT_EQ(1, VARK_ExistiertKonto(1, "1200", 1)); }).join();
+    }
+    const auto descriptors = std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    for (int i = 0; i < 50; ++i) {
+        std::thread([] { EXPECT_EQ(1, VARK_ExistiertKonto(1, "1200", 1)); }).join();
+    }
+    EXPECT_EQ(descriptors, std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+}
