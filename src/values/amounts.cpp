@@ -21,7 +21,7 @@ uint32_t DigitValue(char character)
 char DigitOf(uint32_t value) { return static_cast<char>('0' + value); }
 
 // An empty field may hold the rest of an older text where the mark would stand.
-bool IsNegative(const AmountText &amount) { return amount[0] != 0 && amount[amountMarkIndex] == '-'; }
+bool IsNegative(const AmountText &amount) { return amount[0] != 0 && amount[amountMark] == '-'; }
 
 // Integer digits, mark and two decimals; the magnitude must fit. The upper digits divide as 32-bit numbers,
 // which is what makes this cheaper than carrying digit by digit.
@@ -51,7 +51,7 @@ int64_t ReadPlaces(const char *text, int markIndex)
 
 void WriteAmount(AmountText &out, int64_t magnitude, bool isNegative)
 {
-    WritePlaces(out, amountMarkIndex, magnitude, isNegative ? '-' : ',');
+    WritePlaces(out, amountMark, magnitude, isNegative ? '-' : ',');
 }
 
 void CopyAmount(AmountText &out, const AmountText &from) { memmove(out, from, sizeof out); }
@@ -104,9 +104,9 @@ void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
 
 } // namespace
 
-int64_t MagnitudeOf(const AmountText &amount) { return ReadPlaces(amount, amountMarkIndex); }
+int64_t MagnitudeOf(const AmountText &amount) { return ReadPlaces(amount, amountMark); }
 
-int64_t MagnitudeOf(const RateText &rate) { return ReadPlaces(rate, rateMarkIndex); }
+int64_t MagnitudeOf(const RateText &rate) { return ReadPlaces(rate, rateMark); }
 
 bool AmountOfMagnitude(AmountText &out, int64_t magnitude, bool isNegative)
 {
@@ -157,7 +157,7 @@ int SubtractRaw(AmountText &out, const AmountText &a, const AmountText &b)
 bool SubtractAmounts(AmountText &out, const AmountText &a, const AmountText &b)
 {
     const bool isNegative = SubtractRaw(out, a, b) == habenBalance;
-    out[amountMarkIndex] = isNegative ? '-' : ',';
+    out[amountMark] = isNegative ? '-' : ',';
     return isNegative;
 }
 
@@ -165,7 +165,7 @@ bool IsZeroAmount(const char *text)
 {
     if (text == nullptr) return true;
     const size_t length = strnlen(text, sizeof(AmountText));
-    const size_t markIndex = length == rateWidth ? rateMarkIndex : amountMarkIndex;
+    const size_t markIndex = length == rateWidth ? rateMark : amountMark;
     for (size_t i = 0; i < length && i < amountWidth; ++i) {
         if (i != markIndex && DigitValue(text[i]) != 0) return false;
     }
@@ -174,19 +174,16 @@ bool IsZeroAmount(const char *text)
 
 void FormatAmount(int form, AmountText &text, FormattedAmount &out)
 {
-    FormatPlaces(form, text, amountMarkIndex, out);
+    FormatPlaces(form, text, amountMark, out);
 }
 
-void FormatAmount(int form, RateText &text, FormattedAmount &out)
-{
-    FormatPlaces(form, text, rateMarkIndex, out);
-}
+void FormatAmount(int form, RateText &text, FormattedAmount &out) { FormatPlaces(form, text, rateMark, out); }
 
-void GroupAmount(FormattedAmount &text) { GroupPlaces(text, amountMarkIndex); }
+void GroupAmount(FormattedAmount &text) { GroupPlaces(text, amountMark); }
 
 void PadAmountColumn(AmountColumn &text)
 {
-    GroupPlaces(text, amountMarkIndex);
+    GroupPlaces(text, amountMark);
     const size_t length = strlen(text) - (text[0] == '-' ? 1 : 0);
     RightJustify(text, (length - 3) / 4 + 28 - length);
 }
@@ -345,7 +342,7 @@ bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate
     };
     const int64_t magnitude = MagnitudeOf(gross);
     const int64_t rateMagnitude = MagnitudeOf(rate);
-    if (isUnreadable(gross, magnitude, amountMarkIndex) || isUnreadable(rate, rateMagnitude, rateMarkIndex)) {
+    if (isUnreadable(gross, magnitude, amountMark) || isUnreadable(rate, rateMagnitude, rateMark)) {
         CopyAmount(out, gross);
         return false;
     }

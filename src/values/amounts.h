@@ -19,10 +19,8 @@
 
 namespace vark {
 
-inline constexpr int amountWidth = 12;    // characters of an AmountText, without its NUL
-inline constexpr int rateWidth = 5;       // characters of a RateText, without its NUL
-inline constexpr int amountMarkIndex = 9; // where the mark stands in an AmountText
-inline constexpr int rateMarkIndex = 2;   // and in a RateText
+inline constexpr int amountWidth = 12; // characters of an AmountText, without its NUL
+inline constexpr int rateWidth = 5;    // characters of a RateText, without its NUL
 inline constexpr char zeroAmount[13] = "000000000,00";
 inline constexpr char zeroRate[6] = "00,00";
 
