@@ -46,7 +46,8 @@ int64_t ReadPlaces(const char *text, int markIndex)
     for (int i = 0; i < markIndex; ++i) {
         integer = integer * 10 + DigitValue(text[i]);
     }
-    return int64_t{integer} * 100 + DigitValue(text[markIndex + 1]) * 10 + DigitValue(text[markIndex + 2]);
+    const uint32_t decimals = DigitValue(text[markIndex + 1]) * 10 + DigitValue(text[markIndex + 2]);
+    return int64_t{integer} * 100 + decimals;
 }
 
 void WriteAmount(AmountText &out, int64_t magnitude, bool isNegative)

@@ -47,7 +47,7 @@ int ReadNumber(Reader &reader)
     int value = 0;
     for (; IsDigit(Peek(reader)); ++reader.At) {
         value = value * 10 + (*reader.At - '0');
-        if (value > 1'000'000) value = 1'000'000;
+        if (value > 99'999) value = 99'999;
     }
     return value;
 }

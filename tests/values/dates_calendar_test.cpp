@@ -81,7 +81,9 @@ TEST_P(EveryDay, AgreesWithTheCalendar)
         memcpy(input, text, sizeof input);
         const DateFault fault = ParseDateText(*context, input, sizeof input, false);
         ASSERT_EQ(day.Year > 2079 ? DateBadYear : DateGood, fault);
-        if (fault == DateGood) ASSERT_EQ(day.Packed, input);
+        if (fault == DateGood) {
+            ASSERT_EQ(day.Packed, input);
+        }
 
         FormatDate(packed, text, false, firstFiscalMonth);
         ASSERT_EQ(dotted + TwoDigits(day.Year), text);

@@ -73,7 +73,8 @@ protected:
     std::string DayBefore(const std::string &text)
     {
         Date date(text);
-        return (PreviousDay(date.Text, Context->FirstFiscalMonth) ? "" : "none, ") + date.Str();
+        const bool isThere = PreviousDay(date.Text, Context->FirstFiscalMonth);
+        return (isThere ? "" : "none, ") + date.Str();
     }
 
     std::string MonthEnd(const std::string &text, bool isFiscalYearEnd)
