@@ -20,9 +20,9 @@ endif()
 function(vark_shared_part name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_library(${name}_objects OBJECT ${arg_SOURCES})
-  target_link_libraries(${name}_objects PUBLIC vark_part ${arg_LIBRARIES})
+  target_link_libraries(${name}_objects PRIVATE vark_part PUBLIC ${arg_LIBRARIES})
   add_library(${name} SHARED)
-  target_link_libraries(${name} PRIVATE ${name}_objects)
+  target_link_libraries(${name} PRIVATE vark_part ${name}_objects)
 endfunction()
 
 # A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LABELS …] [TIMEOUT seconds]).

@@ -1,7 +1,6 @@
 #include "src/platform/platform.h"
 
 #include <cstdlib>
-#include <ctime>
 #include <gtest/gtest.h>
 
 using namespace vark;
@@ -12,14 +11,6 @@ CalendarDate TodayWith(const char *text)
 {
     setenv("VARK_HEUTE", text, 1);
     return SystemToday();
-}
-
-CalendarDate MachineToday()
-{
-    const std::time_t now = std::time(nullptr);
-    std::tm fields{};
-    localtime_r(&now, &fields);
-    return {fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday};
 }
 
 void ExpectDate(const CalendarDate &wanted, const CalendarDate &date)
