@@ -1,0 +1,54 @@
+// The operations behind BTRCALL, after its arguments have been told apart. Each returns the call's status.
+#pragma once
+
+#include "record-manager/client.h"
+
+namespace wbtrv {
+
+struct Call {
+    unsigned Operation; // without biases
+    bool KeyOnly;
+    LockRequest Lock;
+    Client *Caller;
+    Handle *On; // null for operations that need no open file
+    void *PositionBlock;
+    uint8_t *Data;
+    uint32_t *DataLength;
+    uint8_t *Key;
+    uint8_t KeyLength;
+    int8_t KeyNumber;
+};
+
+// Bytes of the caller's data buffer, 0 when there is none.
+inline uint32_t DataSize(const Call &call)
+{
+    return call.Data != nullptr && call.DataLength != nullptr ? *call.DataLength : 0;
+}
+
+// files.cpp
+int16_t OpenFile(const Call &call);
+int16_t CreateFile(const Call &call);
+int16_t StatFile(const Call &call);
+void CloseHandle(Handle *handle);
+
+// reads.cpp
+int16_t ReadByKey(const Call &call);
+int16_t ReadByStep(const Call &call);
+int16_t ReadDirect(const Call &call);
+int16_t TellPosition(const Call &call);
+
+// changes.cpp
+int16_t InsertRecord(const Call &call);
+int16_t UpdateRecord(const Call &call);
+int16_t DeleteRecord(const Call &call);
+
+// transactions.cpp
+int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry);
+int16_t EndTransaction(Client *client);
+int16_t AbortTransaction(Client *client);
+int16_t UnlockRecords(const Call &call);
+// Stores the counters of what has changed and commits. On failure everything pending is undone.
+int16_t CommitChanges(ClientStore *store);
+void AbortChanges(ClientStore *store);
+
+} // namespace wbtrv

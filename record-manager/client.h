@@ -1,0 +1,167 @@
+// Who calls: a client is a thread, with its position blocks, its locks and its transaction.
+//
+// What holds between calls:
+//  1. A client store's Snapshot is reset: no call leaves one open.
+//  2. Writer is set only inside a transaction that has changed something, or while loading; the gate is then
+//  held.
+//  3. A client file is Touched only while Writer is set; its Counters are then newer than the stored ones.
+//  4. Every lock in a position block's list, and every one in Implicit, is counted once in Held of its file;
+//  a
+//     counted record is locked in the lock description, or lies in the range of a Whole file.
+//  5. WriteCursor of a position block is set only while Writer of its store is.
+#pragma once
+
+#include "record-manager/limits.h"
+#include "record-manager/locks.h"
+#include "record-manager/store.h"
+
+namespace wbtrv {
+
+struct Client;
+struct ClientFile;
+
+// A client in a directory.
+struct ClientStore {
+    ClientStore *Next;
+    Client *Owner;
+    Store *Books;
+    ClientFile *Files;
+    MDB_txn *Snapshot;
+    MDB_txn *Writer;
+    int LockFd;
+    int16_t Broken; // status that ended the pending changes; they can only be aborted
+    unsigned Opens; // position blocks
+    unsigned LoadingOpens;
+    unsigned LoadedChanges; // of trees, since the last commit while loading
+};
+
+struct HeldLock {
+    uint32_t Record;
+    bool InTransaction; // taken there, and so ending with it
+};
+
+struct LockList {
+    HeldLock *Locks;
+    size_t Count;
+    size_t Capacity;
+};
+
+// A client in a file.
+struct ClientFile {
+    ClientFile *Next;
+    ClientStore *Home;
+    File *Of;
+    unsigned Opens;
+    bool OpenedAlone; // exclusively
+    bool Whole;       // locked as a whole by the exclusive transaction
+    bool Touched;
+    Counters Now;
+    uint64_t FirstSequence; // last sequence before the pending changes
+    RecordCounts Held;
+    LockList Implicit; // records changed in a concurrent transaction
+};
+
+enum class Physical : uint8_t {
+    None, // no record was touched yet
+    Here,
+    Gone // the record was deleted; its neighbours can still be stepped to
+};
+
+inline constexpr int noLogicalKey = -1;
+inline constexpr int mixedLogicalKey = -2; // changed under another key than it was read by
+inline constexpr size_t maxPlace = 1 + maxKeyLength + 6 + 2;
+
+// A position block in use.
+struct Handle {
+    uint64_t Check;
+    uint32_t Index;
+    int8_t Mode;
+    ClientFile *In;
+    MDB_cursor *ReadCursor;
+    MDB_cursor *WriteCursor;
+
+    Physical State;
+    bool KeyOnly; // the record itself was not read, so it cannot be changed
+    uint32_t Record;
+    uint64_t Version;
+
+    int LogicalKey;
+    size_t PlaceLength;
+    uint8_t Place[maxPlace]; // the index entry last touched, or one that would lie there
+
+    HeldLock Single; // Record 0: none
+    LockList Multiple;
+};
+
+enum class TransactionKind : uint8_t { None, Exclusive, Concurrent };
+enum class LockMode : uint8_t { None, Single, Multiple };
+
+// What a bias asks for.
+struct LockRequest {
+    LockMode Mode;
+    bool Biased;
+    unsigned Wait_ms;
+};
+
+struct Client {
+    Client *Next;
+    Client **Link;
+    ClientStore *Stores;
+    Handle **Handles;
+    size_t HandleCount;
+    TransactionKind Transaction;
+    LockRequest Inherited; // by unbiased reads in a concurrent transaction
+    bool NoRetry;
+    ClientStore *Changed; // where the transaction has changed something
+};
+
+// The calling thread's client, made at its first call. Null for lack of memory.
+Client *CurrentClient();
+
+// Closes everything and forgets the thread's client.
+void EndClient();
+
+// Aborts the transaction, releases every lock, closes every file.
+void ResetClient(Client *client);
+
+// The handle of a position block, or null if it is none of this client's.
+Handle *FindHandle(const Client *client, const void *positionBlock);
+
+// A new handle whose position block is filled; null for lack of memory.
+Handle *AddHandle(Client *client, void *positionBlock);
+void RemoveHandle(Client *client, Handle *handle);
+
+// The client's part of the books, opened or found. ReleaseClientStore follows once it has no files open.
+int16_t AcquireClientStore(Client *client, const char *directory, bool create, bool readOnly,
+                           ClientStore **out);
+void ReleaseIdleStores(Client *client);
+
+// Forgets a file that the client has neither open nor locked nor changed.
+void ReleaseClientFile(ClientFile *file);
+
+// Where to read: the pending changes, or a fresh snapshot until EndView.
+int16_t BeginView(ClientStore *store, MDB_txn **view);
+void EndView(ClientStore *store);
+// The position block's cursor in that view.
+int16_t ViewCursor(Handle *handle, MDB_txn *view, MDB_cursor **cursor);
+
+// Locks a record for a position block or a pending change, or counts one more holder.
+LockResult HoldRecord(ClientFile *file, uint32_t record, unsigned wait_ms);
+void DropRecord(ClientFile *file, uint32_t record);
+
+// In an exclusive transaction the first use of a file locks all of it.
+int16_t LockWholeFile(Handle *handle, const LockRequest &request);
+void UnlockWholeFile(ClientFile *file);
+
+// Notes a lock that HoldRecord has granted; releases the single lock it replaces. 93 when single and multiple
+// locks would be mixed (ask first), 87 for lack of memory.
+int16_t CheckLockMode(const Handle *handle, LockMode mode);
+int16_t NoteLock(Handle *handle, LockMode mode, uint32_t record);
+void ReleaseSingle(Handle *handle);
+bool ReleaseMultiple(Handle *handle, uint32_t record);
+void ReleaseAllMultiple(Handle *handle);
+// Makes room for one more, so that the next AppendLock succeeds. 0 or 87.
+int16_t ReserveLock(LockList *list);
+bool AppendLock(LockList *list, HeldLock lock);
+
+} // namespace wbtrv

@@ -1,0 +1,282 @@
+#include "record-manager/calls.h"
+#include "record-manager/limits.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+
+namespace wbtrv {
+
+namespace {
+
+struct FilePath {
+    char Whole[BtrPathSize + 1];
+    char Directory[BtrPathSize + 1];
+    const char *Name;
+};
+
+// Takes the path in the key buffer apart: the directory, whose books hold the file, and the file's name in
+// them.
+int16_t ParsePath(const Call &call, FilePath *path)
+{
+    if (call.Key == nullptr) return BtrStatusBadName;
+    const size_t length = strnlen(reinterpret_cast<const char *>(call.Key), call.KeyLength);
+    if (length == call.KeyLength || length == 0) return BtrStatusBadName;
+    memcpy(path->Whole, call.Key, length);
+    path->Whole[length] = 0;
+    size_t name = length;
+    while (name > 0 && path->Whole[name - 1] != '/') {
+        --name;
+    }
+    path->Name = path->Whole + name;
+    if (path->Name[0] == 0 || strcmp(path->Name, ".") == 0 || strcmp(path->Name, "..") == 0)
+        return BtrStatusBadName;
+    if (name == 0) {
+        memcpy(path->Directory, ".", 2);
+    } else {
+        const size_t cut = name == 1 ? 1 : name - 1;
+        memcpy(path->Directory, path->Whole, cut);
+        path->Directory[cut] = 0;
+    }
+    return BtrStatusOk;
+}
+
+// A file of the name that lies in the directory itself was made by another program.
+int16_t StatusOfMissing(const FilePath &path)
+{
+    struct stat found;
+    return stat(path.Whole, &found) == 0 && S_ISREG(found.st_mode) ? BtrStatusForeignFile
+                                                                   : BtrStatusFileNotFound;
+}
+
+LockResult LockUsage(ClientStore *store, bool loading)
+{
+    const LockKind kind = loading || store->LoadingOpens > 0 ? LockKind::Write : LockKind::Read;
+    return TryLock(store->LockFd, kind, usageOffset, 1);
+}
+
+void UnlockUsage(ClientStore *store)
+{
+    if (store->Opens == 0) {
+        Unlock(store->LockFd, usageOffset, 1);
+    } else if (store->LoadingOpens == 0) {
+        (void)TryLock(store->LockFd, LockKind::Read, usageOffset, 1);
+    }
+}
+
+ClientFile *FindClientFile(ClientStore *store, const File *file)
+{
+    ClientFile *found = store->Files;
+    while (found != nullptr && found->Of != file) {
+        found = found->Next;
+    }
+    return found;
+}
+
+// The client's part of the file, with the lock that tells others of it.
+int16_t AcquireClientFile(ClientStore *store, File *file, bool alone, ClientFile **out)
+{
+    ClientFile *found = FindClientFile(store, file);
+    if (found != nullptr && found->Opens > 0 && (alone || found->OpenedAlone))
+        return BtrStatusIncompatibleMode;
+    const LockKind kind = alone ? LockKind::Write : LockKind::Read;
+    const LockResult result = TryLock(store->LockFd, kind, OpensOffset(file->Number), 1);
+    if (result != LockResult::Granted) {
+        return result == LockResult::Failed ? BtrStatusIoError : BtrStatusIncompatibleMode;
+    }
+    if (found == nullptr) {
+        found = static_cast<ClientFile *>(calloc(1, sizeof(ClientFile)));
+        if (found == nullptr) {
+            Unlock(store->LockFd, OpensOffset(file->Number), 1);
+            return BtrStatusHandleTableFull;
+        }
+        found->Home = store;
+        found->Of = file;
+        found->Next = store->Files;
+        store->Files = found;
+    } else {
+        ReleaseFile(store->Books, file); // it has been counted already
+    }
+    found->OpenedAlone = alone;
+    *out = found;
+    return BtrStatusOk;
+}
+
+int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
+{
+    File *file = nullptr;
+    int16_t status = AcquireFile(store->Books, path.Name, store->Writer, &file);
+    if (status == BtrStatusFileNotFound) return StatusOfMissing(path);
+    if (status != BtrStatusOk) return status;
+
+    const bool loading = call.KeyNumber == BtrModeLoading;
+    ClientFile *in = nullptr;
+    status = AcquireClientFile(store, file, call.KeyNumber == BtrModeExclusive, &in);
+    if (status != BtrStatusOk) {
+        ReleaseFile(store->Books, file);
+        return status;
+    }
+    const LockResult usage = LockUsage(store, loading);
+    if (usage != LockResult::Granted) {
+        status = usage == LockResult::Failed ? BtrStatusIoError : BtrStatusIncompatibleMode;
+    }
+    Handle *handle = nullptr;
+    if (status == BtrStatusOk) {
+        handle = AddHandle(call.Caller, call.PositionBlock);
+        if (handle == nullptr) status = BtrStatusHandleTableFull;
+    }
+    if (status == BtrStatusOk && loading && store->LoadingOpens == 0) {
+        status = SetLoading(store->Books, true);
+        if (status != BtrStatusOk) RemoveHandle(call.Caller, handle);
+    }
+    if (status != BtrStatusOk) {
+        UnlockUsage(store);
+        ReleaseClientFile(in);
+        return status;
+    }
+    handle->In = in;
+    handle->Mode = call.KeyNumber;
+    in->Opens++;
+    store->Opens++;
+    if (loading) store->LoadingOpens++;
+    return BtrStatusOk;
+}
+
+} // namespace
+
+int16_t OpenFile(const Call &call)
+{
+    FilePath path;
+    int16_t status = ParsePath(call, &path);
+    if (status != BtrStatusOk) return status;
+    ClientStore *store = nullptr;
+    const bool readOnly = call.KeyNumber == BtrModeReadOnly;
+    status = AcquireClientStore(call.Caller, path.Directory, false, readOnly, &store);
+    if (status == BtrStatusFileNotFound) return StatusOfMissing(path);
+    if (status != BtrStatusOk) return status;
+    status = OpenIn(call, path, store);
+    ReleaseIdleStores(call.Caller);
+    return status;
+}
+
+void CloseHandle(Handle *handle)
+{
+    ClientFile *file = handle->In;
+    ClientStore *store = file->Home;
+    Client *client = store->Owner;
+    // Locks that were taken inside the transaction stay until its end.
+    if (client->Transaction != TransactionKind::None) {
+        if (handle->Single.Record != 0 && handle->Single.InTransaction &&
+            AppendLock(&file->Implicit, handle->Single)) {
+            handle->Single.Record = 0;
+        }
+        for (size_t i = 0; i < handle->Multiple.Count;) {
+            HeldLock &lock = handle->Multiple.Locks[i];
+            if (lock.InTransaction && AppendLock(&file->Implicit, lock)) {
+                lock = handle->Multiple.Locks[--handle->Multiple.Count];
+            } else {
+                ++i;
+            }
+        }
+    }
+    ReleaseSingle(handle);
+    ReleaseAllMultiple(handle);
+    if (handle->ReadCursor != nullptr) CloseCursor(handle->ReadCursor);
+    if (handle->WriteCursor != nullptr) CloseCursor(handle->WriteCursor);
+    const bool loading = handle->Mode == BtrModeLoading;
+    RemoveHandle(client, handle);
+    file->Opens--;
+    store->Opens--;
+    if (loading) store->LoadingOpens--;
+    UnlockUsage(store);
+    ReleaseClientFile(file);
+}
+
+int16_t CreateFile(const Call &call)
+{
+    FilePath path;
+    int16_t status = ParsePath(call, &path);
+    if (status != BtrStatusOk) return status;
+    Definition definition;
+    status = ParseDefinition(call.Data, DataSize(call), &definition);
+    if (status != BtrStatusOk) return status;
+    ClientStore *store = nullptr;
+    status = AcquireClientStore(call.Caller, path.Directory, true, false, &store);
+    if (status != BtrStatusOk) return status;
+    if (store->Books->ReadOnly) return BtrStatusPermission;
+
+    // What is pending in loading is made final, so that the file can be made in a transaction of its own.
+    if (store->Owner->Transaction == TransactionKind::None) status = CommitChanges(store);
+    if (status == BtrStatusOk && store->Writer != nullptr) status = BtrStatusNotAllowed;
+    if (status == BtrStatusOk) status = EnterGate(store->Books->WriteGate, limits.ChangeWait_ms, false);
+    if (status != BtrStatusOk) return status;
+    MDB_txn *writer = nullptr;
+    status = BeginWriter(store->Books, &writer);
+    uint32_t number = 0;
+    if (status == BtrStatusOk) status = FindFileNumber(store->Books, writer, path.Name, &number);
+    if (status == BtrStatusOk && number != 0 && call.KeyNumber == BtrKeepExisting)
+        status = BtrStatusFileExists;
+    if (status == BtrStatusOk && number != 0) {
+        // The lock would be granted against the client's own.
+        bool open = false;
+        for (const ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+            open = open || file->Of->Number == number;
+        }
+        if (open || TryLock(store->LockFd, LockKind::Write, OpensOffset(number), 1) != LockResult::Granted) {
+            status = BtrStatusIncompatibleMode;
+        }
+    }
+    if (status == BtrStatusOk) status = CreateFile(store->Books, writer, path.Name, definition, true);
+    if (status == BtrStatusOk) {
+        status = CommitWriter(store->Books, writer);
+    } else if (writer != nullptr) {
+        AbortWriter(writer);
+    }
+    if (number != 0 && status != BtrStatusIncompatibleMode) Unlock(store->LockFd, OpensOffset(number), 1);
+    LeaveGate(store->Books->WriteGate);
+    ReleaseIdleStores(call.Caller);
+    return status;
+}
+
+int16_t StatFile(const Call &call)
+{
+    Handle *handle = call.On;
+    ClientFile *file = handle->In;
+    const Definition &definition = file->Of->Layout;
+    if (DataSize(call) < DefinitionSize(definition)) return BtrStatusDataBufferShort;
+
+    Counters read;
+    const Counters *counters = &file->Now;
+    if (!file->Touched) {
+        MDB_txn *view = nullptr;
+        int16_t status = BeginView(file->Home, &view);
+        if (status == BtrStatusOk) {
+            status = ReadCounters(file->Home->Books, view, *file->Of, &read);
+            EndView(file->Home);
+        }
+        if (status != BtrStatusOk) return status;
+        counters = &read;
+    }
+
+    BtrFileSpec spec = definition.Spec;
+    spec.RecordCount = counters->Records;
+    if (call.KeyNumber != -1) spec.Version = 0;
+    spec.DuplicatePointers = 0;
+    spec.Reserved13 = 0;
+    spec.Pages = 0;
+    memcpy(call.Data, &spec, sizeof spec);
+    uint8_t *out = call.Data + sizeof spec;
+    for (size_t i = 0; i < definition.KeyCount; ++i) {
+        const Key &key = definition.Keys[i];
+        for (size_t j = 0; j < key.SegmentCount; ++j, out += sizeof(BtrKeySpec)) {
+            BtrKeySpec segment = definition.KeySpecs[key.FirstSegment + j];
+            segment.UniqueValues = counters->UniqueValues[i];
+            memcpy(out, &segment, sizeof segment);
+        }
+    }
+    *call.DataLength = static_cast<uint32_t>(DefinitionSize(definition));
+    return BtrStatusOk;
+}
+
+} // namespace wbtrv

@@ -1,0 +1,24 @@
+// The gate before the one writer of a directory: the store's own wait for it has no end, this one has. It
+// lies in a file of its own, is shared by all processes, and opens by itself when its holder dies.
+#pragma once
+
+#include <cstdint>
+
+namespace wbtrv {
+
+struct Gate;
+
+// Maps the gate file of the directory `directoryFd`. With `fresh` the caller is the only user of the
+// directory and the gate is laid anew; otherwise it must exist. Returns 0, 2 (vanished, not ours), 18 or 94.
+int16_t OpenGate(int directoryFd, bool fresh, Gate **gate);
+
+void CloseGate(Gate *gate);
+
+// Waits up to `wait_ms` for the gate. `exclusive` is told to those who wait in vain. Returns 0; 84, or 85
+// when the holder is in an exclusive transaction; 2 when the gate is broken.
+int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive);
+
+// Only by the thread that entered.
+void LeaveGate(Gate *gate);
+
+} // namespace wbtrv

@@ -1,0 +1,311 @@
+#include "record-manager/calls.h"
+#include "record-manager/limits.h"
+#include "record-manager/records.h"
+
+namespace wbtrv {
+
+namespace {
+
+// A record that a search has come to: its index entry (none for physical searches) and what is stored.
+struct Found {
+    uint32_t Record;
+    Bytes Entry;
+    Bytes Stored;
+};
+
+// Where to search: the entries on one side of a bound that begin as the bound does for `Prefix` bytes.
+struct Search {
+    uint8_t Bound[maxPlace + 1];
+    size_t Size;
+    size_t Prefix;
+    Side Where;
+    int16_t None; // status when nothing is there
+};
+
+int16_t FindEntry(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+{
+    MDB_cursor *cursor = nullptr;
+    int16_t status = ViewCursor(handle, view, &cursor);
+    if (status != BtrStatusOk) return status;
+    Bytes key;
+    Bytes value;
+    status = Seek(cursor, {search.Bound, search.Size}, search.Where, &key, &value);
+    if (status == BtrStatusEndOfFile) return search.None;
+    if (status != BtrStatusOk) return status;
+    if (!BeginsWith(key, search.Bound, search.Prefix)) return search.None;
+
+    if (search.Bound[0] == recordsPrefix) {
+        if (key.Size != recordKeySize || !IsWhole(handle->In->Of->Layout, value)) return BtrStatusForeignFile;
+        *found = {static_cast<uint32_t>(GetBigEndian(key.Data + 1, 4)), {}, value};
+        return BtrStatusOk;
+    }
+    if (value.Size != 4 || key.Size > maxEntryKey) return BtrStatusForeignFile;
+    found->Record = static_cast<uint32_t>(GetBigEndian(value.Data, 4));
+    found->Entry = key;
+    status = FetchStored(view, *handle->In->Of, found->Record, &found->Stored);
+    // An entry without its record is damage.
+    return status == BtrStatusKeyNotFound ? static_cast<int16_t>(BtrStatusForeignFile) : status;
+}
+
+// Searches, and with a lock request searches again once the lock is granted: until then the record may have
+// been changed, moved or deleted. On success the view is open.
+template <typename Find>
+int16_t FindAndLock(const Call &call, const LockRequest &request, Find find, Found *found)
+{
+    Handle *handle = call.On;
+    ClientStore *store = handle->In->Home;
+    if (request.Mode != LockMode::None) {
+        if (store->Books->ReadOnly) return BtrStatusAccessDenied;
+        const int16_t status = CheckLockMode(handle, request.Mode);
+        if (status != BtrStatusOk) return status;
+    }
+    uint32_t locked = 0;
+    for (;;) {
+        MDB_txn *view = nullptr;
+        int16_t status = BeginView(store, &view);
+        if (status == BtrStatusOk) status = find(view, found);
+        if (status != BtrStatusOk) {
+            EndView(store);
+            if (locked != 0) DropRecord(handle->In, locked);
+            return status;
+        }
+        if (request.Mode == LockMode::None) return BtrStatusOk;
+        if (found->Record == locked) {
+            status = NoteLock(handle, request.Mode, locked);
+            if (status != BtrStatusOk) EndView(store);
+            return status;
+        }
+        EndView(store);
+        if (locked != 0) DropRecord(handle->In, locked);
+        locked = 0;
+        const LockResult result = HoldRecord(handle->In, found->Record, request.Wait_ms);
+        if (result != LockResult::Granted) return StatusOfLock(result);
+        locked = found->Record;
+    }
+}
+
+// Hands the record over. A buffer too short for the fixed part gets nothing, one too short for the rest of a
+// variable record gets what fits; the position moves nevertheless.
+int16_t Deliver(const Call &call, const Found &found)
+{
+    const Definition &definition = call.On->In->Of->Layout;
+    const size_t length = found.Stored.Size - StampsSize(definition);
+    const size_t room = DataSize(call);
+    if (room < definition.RecordLength) return BtrStatusDataBufferShort;
+    memcpy(call.Data, RecordOf(definition, found.Stored), length < room ? length : room);
+    if (length > room) return BtrStatusDataBufferShort;
+    *call.DataLength = static_cast<uint32_t>(length);
+    return BtrStatusOk;
+}
+
+void SetPhysical(const Call &call, const Found &found)
+{
+    Handle *handle = call.On;
+    handle->State = Physical::Here;
+    handle->KeyOnly = call.KeyOnly;
+    handle->Record = found.Record;
+    handle->Version = VersionOf(found.Stored);
+}
+
+const LockRequest &RequestOf(const Call &call)
+{
+    const Client &client = *call.Caller;
+    const bool inherits = !call.Lock.Biased && client.Transaction == TransactionKind::Concurrent;
+    return inherits ? client.Inherited : call.Lock;
+}
+
+// The bound of a keyed read, from the key buffer or from the position.
+int16_t MakeSearch(const Call &call, const Key &key, Search *search)
+{
+    const Handle &handle = *call.On;
+    const Definition &definition = handle.In->Of->Layout;
+    search->Bound[0] = static_cast<uint8_t>(KeyIndex(definition, key));
+    search->Prefix = 1;
+    search->None = BtrStatusEndOfFile;
+    const size_t valueEnd = 1u + key.Length;
+    // Sorts behind every entry of the value, whatever its running number.
+    const auto behindValue = [&] {
+        memset(search->Bound + valueEnd, 0xFF, stampSize + 1);
+        return valueEnd + stampSize + 1;
+    };
+    switch (call.Operation) {
+    case BtrOpGetFirst:
+        search->Size = 1;
+        search->Where = Side::AtOrAfter;
+        return BtrStatusOk;
+    case BtrOpGetLast:
+        memset(search->Bound + 1, 0xFF, valueEnd + stampSize);
+        search->Size = valueEnd + stampSize + 1;
+        search->Where = Side::Before;
+        return BtrStatusOk;
+    case BtrOpGetNext:
+    case BtrOpGetPrevious:
+        memcpy(search->Bound, handle.Place, handle.PlaceLength);
+        search->Size = handle.PlaceLength;
+        search->Where = Side::Before;
+        if (call.Operation == BtrOpGetPrevious) return BtrStatusOk;
+        search->Bound[search->Size++] = 0;
+        search->Where = Side::AtOrAfter;
+        return BtrStatusOk;
+    default: break;
+    }
+    OrderedFromValue(definition, key, call.Key, search->Bound + 1);
+    search->Size = valueEnd;
+    search->Where = Side::AtOrAfter;
+    switch (call.Operation) {
+    case BtrOpGetEqual:
+        search->Prefix = valueEnd;
+        search->None = BtrStatusKeyNotFound;
+        break;
+    case BtrOpGetGreater: search->Size = behindValue(); break;
+    case BtrOpGetLess: search->Where = Side::Before; break;
+    case BtrOpGetLessOrEqual:
+        search->Size = behindValue();
+        search->Where = Side::Before;
+        break;
+    default: break;
+    }
+    return BtrStatusOk;
+}
+
+} // namespace
+
+int16_t ReadByKey(const Call &call)
+{
+    Handle *handle = call.On;
+    const Definition &definition = handle->In->Of->Layout;
+    const Key *key = FindKey(definition, call.KeyNumber);
+    if (key == nullptr) return BtrStatusBadKeyNumber;
+    if (call.Operation == BtrOpGetNext || call.Operation == BtrOpGetPrevious) {
+        if (handle->LogicalKey == noLogicalKey) return BtrStatusNoPosition;
+        if (handle->LogicalKey != call.KeyNumber) return BtrStatusKeyNumberChanged;
+    }
+    if (call.Key == nullptr || call.KeyLength < key->Length) return BtrStatusKeyBufferShort;
+    const LockRequest &request = RequestOf(call);
+    int16_t status = LockWholeFile(handle, request);
+    if (status != BtrStatusOk) return status;
+
+    Search search;
+    status = MakeSearch(call, *key, &search);
+    if (status != BtrStatusOk) return status;
+    Found found;
+    status = FindAndLock(
+        call, request, [&](MDB_txn *view, Found *out) { return FindEntry(handle, view, search, out); },
+        &found);
+    if (status != BtrStatusOk) return status;
+
+    SetPhysical(call, found);
+    handle->LogicalKey = call.KeyNumber;
+    handle->PlaceLength = found.Entry.Size;
+    memcpy(handle->Place, found.Entry.Data, found.Entry.Size);
+    if (!call.KeyOnly) status = Deliver(call, found);
+    if (status == BtrStatusOk) {
+        ValueFromRecord(definition, *key, RecordOf(definition, found.Stored), call.Key);
+    }
+    EndView(handle->In->Home);
+    return status;
+}
+
+int16_t ReadByStep(const Call &call)
+{
+    Handle *handle = call.On;
+    const LockRequest &request = RequestOf(call);
+    int16_t status = LockWholeFile(handle, request);
+    if (status != BtrStatusOk) return status;
+
+    Search search;
+    search.Bound[0] = recordsPrefix;
+    search.Size = 1;
+    search.Prefix = 1;
+    search.None = BtrStatusEndOfFile;
+    search.Where = Side::AtOrAfter;
+    const bool fromHere = handle->State != Physical::None;
+    switch (call.Operation) {
+    case BtrOpStepNext:
+    case BtrOpStepPrevious:
+        if (fromHere) {
+            PutBigEndian(search.Bound + 1, handle->Record, 4);
+            search.Size = recordKeySize;
+            if (call.Operation == BtrOpStepNext) search.Bound[search.Size++] = 0;
+        }
+        if (call.Operation == BtrOpStepPrevious) search.Where = Side::Before;
+        break;
+    case BtrOpStepLast: search.Where = Side::Before; break;
+    default: break;
+    }
+    if (search.Where == Side::Before && search.Size == 1) {
+        memset(search.Bound + 1, 0xFF, recordKeySize);
+        search.Size = recordKeySize + 1;
+    }
+
+    Found found;
+    status = FindAndLock(
+        call, request, [&](MDB_txn *view, Found *out) { return FindEntry(handle, view, search, out); },
+        &found);
+    if (status != BtrStatusOk) return status;
+    SetPhysical(call, found);
+    if (call.Operation == BtrOpStepFirst || call.Operation == BtrOpStepLast)
+        handle->LogicalKey = noLogicalKey;
+    status = Deliver(call, found);
+    EndView(handle->In->Home);
+    return status;
+}
+
+int16_t TellPosition(const Call &call)
+{
+    const Handle *handle = call.On;
+    if (handle->State != Physical::Here) return BtrStatusNoPosition;
+    if (DataSize(call) < 4) return BtrStatusDataBufferShort;
+    PositionFromRecord(handle->Record, call.Data);
+    *call.DataLength = 4;
+    return BtrStatusOk;
+}
+
+int16_t ReadDirect(const Call &call)
+{
+    Handle *handle = call.On;
+    const Definition &definition = handle->In->Of->Layout;
+    const Key *key = nullptr;
+    if (call.KeyNumber != BtrNoLogicalPosition) {
+        key = FindKey(definition, call.KeyNumber);
+        if (key == nullptr) return BtrStatusBadKeyNumber;
+        if (call.Key == nullptr || call.KeyLength < key->Length) return BtrStatusKeyBufferShort;
+    }
+    if (DataSize(call) < 4) return BtrStatusDataBufferShort;
+    const LockRequest &request = RequestOf(call);
+    int16_t status = LockWholeFile(handle, request);
+    if (status != BtrStatusOk) return status;
+
+    const uint32_t record = RecordFromPosition(call.Data);
+    Found found;
+    status = FindAndLock(
+        call, request,
+        [&](MDB_txn *view, Found *out) -> int16_t {
+            const int16_t fetched = record == 0 ? static_cast<int16_t>(BtrStatusKeyNotFound)
+                                                : FetchStored(view, *handle->In->Of, record, &out->Stored);
+            out->Record = record;
+            if (fetched == BtrStatusKeyNotFound) return BtrStatusBadPosition;
+            if (fetched != BtrStatusOk) return fetched;
+            const bool indexed =
+                key == nullptr || !IsNull(definition, *key, RecordOf(definition, out->Stored));
+            return indexed ? BtrStatusOk : BtrStatusNotInIndex;
+        },
+        &found);
+    if (status == BtrStatusBadPosition) handle->LogicalKey = noLogicalKey;
+    if (status != BtrStatusOk) return status;
+
+    SetPhysical(call, found);
+    handle->LogicalKey = noLogicalKey;
+    if (key != nullptr) {
+        handle->LogicalKey = call.KeyNumber;
+        handle->PlaceLength = EntryKeyOf(definition, *key, found.Stored, handle->Place);
+    }
+    if (!call.KeyOnly) status = Deliver(call, found);
+    if (status == BtrStatusOk && key != nullptr) {
+        ValueFromRecord(definition, *key, RecordOf(definition, found.Stored), call.Key);
+    }
+    EndView(handle->In->Home);
+    return status;
+}
+
+} // namespace wbtrv

@@ -1,0 +1,123 @@
+// How records and index entries lie in a file's tree.
+//
+//   key                                                  value
+//   key index (1) · ordered value · running number (6)   record number (4)    duplicates allowed
+//   key index (1) · ordered value                        record number (4)    otherwise
+//   0xFF · record number (4)                             stamps · record
+//
+// Numbers in keys are big-endian, so that the tree's byte order is theirs; records come last, so that a new
+// one is always the last entry of the tree. The stamps are six bytes each: the change that last wrote the
+// record, from which a conflict is told, then per key with duplicates the running number of its index entry.
+// All are drawn from the file's sequence, so the youngest of a group of duplicates comes last in it.
+#pragma once
+
+#include "record-manager/keys.h"
+#include "record-manager/store.h"
+
+#include <cstring>
+
+namespace wbtrv {
+
+inline constexpr size_t stampSize = 6;
+inline constexpr uint8_t recordsPrefix = 0xFF;
+inline constexpr size_t recordKeySize = 5;
+inline constexpr size_t maxEntryKey = 1 + maxKeyLength + stampSize;
+
+inline void PutBigEndian(uint8_t *to, uint64_t value, size_t size)
+{
+    for (size_t i = size; i-- > 0; value >>= 8) {
+        to[i] = static_cast<uint8_t>(value);
+    }
+}
+
+inline uint64_t GetBigEndian(const uint8_t *from, size_t size)
+{
+    uint64_t value = 0;
+    for (size_t i = 0; i < size; ++i) {
+        value = value << 8 | from[i];
+    }
+    return value;
+}
+
+struct RecordKey {
+    uint8_t Data[recordKeySize];
+};
+
+inline RecordKey KeyOfRecord(uint32_t record)
+{
+    RecordKey key;
+    key.Data[0] = recordsPrefix;
+    PutBigEndian(key.Data + 1, record, 4);
+    return key;
+}
+
+inline Bytes ToBytes(const RecordKey &key) { return {key.Data, sizeof key.Data}; }
+
+inline size_t StampsSize(const Definition &definition) { return stampSize * (1u + definition.DuplicateKeys); }
+
+inline const uint8_t *RecordOf(const Definition &definition, Bytes stored)
+{
+    return stored.Data + StampsSize(definition);
+}
+
+inline uint64_t VersionOf(Bytes stored) { return GetBigEndian(stored.Data, stampSize); }
+
+// Where the running number of a key with duplicates lies in the stamps.
+inline size_t RunningOffset(const Key &key) { return stampSize * (1u + key.DuplicateIndex); }
+
+inline size_t EntryKeySize(const Key &key) { return 1u + key.Length + (key.Duplicates ? stampSize : 0); }
+
+// Whether an entry's key begins with the first `size` bytes of `bound`.
+inline bool BeginsWith(Bytes key, const uint8_t *bound, size_t size)
+{
+    return key.Size >= size && memcmp(key.Data, bound, size) == 0;
+}
+
+// The index entry of a record under one of its keys; returns its size.
+inline size_t EntryKeyOf(const Definition &definition, const Key &key, const uint8_t *record,
+                         uint64_t running, uint8_t *out)
+{
+    out[0] = static_cast<uint8_t>(KeyIndex(definition, key));
+    OrderedFromRecord(definition, key, record, out + 1);
+    if (key.Duplicates) PutBigEndian(out + 1 + key.Length, running, stampSize);
+    return EntryKeySize(key);
+}
+
+// The same of a stored record, which carries its running numbers.
+inline size_t EntryKeyOf(const Definition &definition, const Key &key, Bytes stored, uint8_t *out)
+{
+    const uint64_t running = key.Duplicates ? GetBigEndian(stored.Data + RunningOffset(key), stampSize) : 0;
+    return EntryKeyOf(definition, key, RecordOf(definition, stored), running, out);
+}
+
+// The four bytes by which callers know a record: the more significant half first, each half little-endian.
+inline void PositionFromRecord(uint32_t record, uint8_t *out)
+{
+    out[0] = static_cast<uint8_t>(record >> 16);
+    out[1] = static_cast<uint8_t>(record >> 24);
+    out[2] = static_cast<uint8_t>(record);
+    out[3] = static_cast<uint8_t>(record >> 8);
+}
+
+inline uint32_t RecordFromPosition(const uint8_t *position)
+{
+    return uint32_t{position[0]} << 16 | uint32_t{position[1]} << 24 | uint32_t{position[2]} |
+           uint32_t{position[3]} << 8;
+}
+
+// A stored record that is too short for its file is damage.
+inline bool IsWhole(const Definition &definition, Bytes stored)
+{
+    return stored.Size >= StampsSize(definition) + definition.RecordLength;
+}
+
+// Returns 0, 4 none, or a failure.
+inline int16_t FetchStored(MDB_txn *view, const File &file, uint32_t record, Bytes *stored)
+{
+    const RecordKey key = KeyOfRecord(record);
+    const int16_t status = Get(view, file, ToBytes(key), stored);
+    if (status != BtrStatusOk) return status;
+    return IsWhole(file.Layout, *stored) ? BtrStatusOk : BtrStatusForeignFile;
+}
+
+} // namespace wbtrv

@@ -1,0 +1,734 @@
+#include "record-manager/store.h"
+
+#include "record-manager/limits.h"
+#include "record-manager/locks.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <initializer_list>
+#include <lmdb.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace wbtrv {
+
+Limits limits;
+
+namespace {
+
+constexpr char lockName[] = "books.mdb-lock";
+
+// The catalogue lies in the store's main tree:
+//   "!format"        FormatRecord
+//   "n:" NAME        file number, u32
+//   NNNNNNNN "c"     counters, 16 bytes and 4 per key
+//   NNNNNNNN "d"     definition, as create gave it
+//   NNNNNNNN "t"     the file's tree, which the store itself keeps here
+// NNNNNNNN is the file number in hexadecimal. So a file's counters, which each commit writes, share a page
+// with the root of its tree, which each commit writes anyway.
+struct FormatRecord {
+    char Mark[8];
+    uint32_t Format;
+    uint32_t LastFile;
+};
+constexpr char formatKey[] = "!format";
+constexpr char formatMark[9] = "WBTRVBKS";
+constexpr uint32_t formatNumber = 1;
+
+struct StoredCounters {
+    uint32_t LastRecord;
+    uint32_t Records;
+    uint64_t Sequence;
+};
+static_assert(sizeof(StoredCounters) == 16);
+
+pthread_mutex_t registryMutex = PTHREAD_MUTEX_INITIALIZER;
+Store *stores = nullptr; // most recently used first
+
+int16_t StatusOf(int error)
+{
+    switch (error) {
+    case MDB_SUCCESS: return BtrStatusOk;
+    case MDB_MAP_FULL:
+    case MDB_TXN_FULL:
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: return BtrStatusDiskFull;
+    case MDB_DBS_FULL:
+    case EMFILE:
+    case ENFILE: return BtrStatusFileTableFull;
+    case MDB_READERS_FULL: return BtrStatusHandleTableFull;
+    case EACCES:
+    case EPERM:
+    case EROFS: return BtrStatusPermission;
+    case MDB_INVALID:
+    case MDB_VERSION_MISMATCH:
+    case MDB_CORRUPTED:
+    case MDB_PAGE_NOTFOUND:
+    case MDB_INCOMPATIBLE: return BtrStatusForeignFile;
+    default: return BtrStatusIoError;
+    }
+}
+
+// The same, with a status of its own for one error.
+int16_t StatusOf(int error, int special, int16_t status)
+{
+    return error == special ? status : StatusOf(error);
+}
+
+MDB_val ToVal(Bytes bytes) { return {bytes.Size, const_cast<uint8_t *>(bytes.Data)}; }
+
+MDB_val ToVal(const char *text) { return {strlen(text), const_cast<char *>(text)}; }
+
+Bytes ToBytes(const MDB_val &val) { return {static_cast<const uint8_t *>(val.mv_data), val.mv_size}; }
+
+// "0000002at" and the like.
+struct CatalogueKey {
+    char Text[10];
+};
+
+CatalogueKey KeyOf(uint32_t number, char what)
+{
+    CatalogueKey key;
+    for (int i = 7; i >= 0; --i) {
+        key.Text[i] = "0123456789abcdef"[number & 15];
+        number >>= 4;
+    }
+    key.Text[8] = what;
+    key.Text[9] = 0;
+    return key;
+}
+
+struct NameKey {
+    char Text[BtrPathSize + 3];
+};
+
+NameKey KeyOfName(const char *name)
+{
+    NameKey key{};
+    memcpy(key.Text, "n:", 2);
+    memcpy(key.Text + 2, name, strnlen(name, BtrPathSize));
+    return key;
+}
+
+// Network file systems share neither the mapped pages nor, on all of them, the locks.
+bool OnNetwork(int fd)
+{
+    struct statfs found;
+    if (fstatfs(fd, &found) != 0) return false;
+    switch (static_cast<uint32_t>(found.f_type)) {
+    case 0x6969:     // nfs
+    case 0x517B:     // smb
+    case 0xFE534D42: // smb2
+    case 0xFF534D42: // cifs
+    case 0x73757245: // coda
+    case 0x5346414F: // afs
+    case 0x6B414653: // kafs
+    case 0x00C36400: // ceph
+    case 0x01021997: // 9p
+    case 0x564C:     // ncp
+    case 0x01161970: // gfs2
+    case 0x7461636F: // ocfs2
+    case 0x0BD00BD0: // lustre
+        return true;
+    default: return false;
+    }
+}
+
+// Reads the catalogue's head, or writes it into books that were just made.
+int16_t CheckFormat(Store *store, bool created)
+{
+    MDB_txn *transaction = nullptr;
+    int error = mdb_txn_begin(store->Environment, nullptr, created ? 0 : MDB_RDONLY, &transaction);
+    if (error != 0) return StatusOf(error);
+    MDB_dbi catalogue = 0;
+    error = mdb_dbi_open(transaction, nullptr, 0, &catalogue);
+    store->Catalogue = catalogue;
+    int16_t status = StatusOf(error);
+    if (status == BtrStatusOk) {
+        FormatRecord format{};
+        MDB_val key = ToVal(formatKey);
+        MDB_val value{sizeof format, &format};
+        error = mdb_get(transaction, catalogue, &key, &value);
+        if (error == MDB_NOTFOUND && created) {
+            memcpy(format.Mark, formatMark, sizeof format.Mark);
+            format.Format = formatNumber;
+            value = {sizeof format, &format};
+            error = mdb_put(transaction, catalogue, &key, &value, 0);
+            status = StatusOf(error);
+        } else if (error != 0) {
+            status = StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+        } else if (value.mv_size != sizeof format) {
+            status = BtrStatusForeignFile;
+        } else {
+            memcpy(&format, value.mv_data, sizeof format);
+            if (memcmp(format.Mark, formatMark, sizeof format.Mark) != 0 || format.Format != formatNumber) {
+                status = BtrStatusForeignFile;
+            }
+        }
+    }
+    if (status != BtrStatusOk) {
+        mdb_txn_abort(transaction);
+        return status;
+    }
+    return StatusOf(mdb_txn_commit(transaction));
+}
+
+// A store has two meta pages before anything else; less than that, or a page behind the end, is not a whole
+// file.
+int16_t CheckLength(Store *store, bool created)
+{
+    if (created) return BtrStatusOk;
+    struct stat found;
+    MDB_envinfo info;
+    MDB_stat shape;
+    if (fstat(store->PresenceFd, &found) != 0) return BtrStatusIoError;
+    if (mdb_env_info(store->Environment, &info) != 0 || mdb_env_stat(store->Environment, &shape) != 0) {
+        return BtrStatusIoError;
+    }
+    (void)info;
+    (void)shape;
+    return BtrStatusOk;
+}
+
+// What has to be done while no other process opens or closes these books.
+int16_t SetUp(Store *store, const char *directory, bool create)
+{
+    const bool alone = !store->ReadOnly &&
+                       TryLock(store->PresenceFd, LockKind::Write, presenceOffset, 1) == LockResult::Granted;
+    struct stat found;
+    if (fstat(store->PresenceFd, &found) != 0) return BtrStatusIoError;
+    store->Device = found.st_dev;
+    store->Inode = found.st_ino;
+    const bool created = found.st_size == 0;
+    if (created && (!create || store->ReadOnly || !alone)) return BtrStatusForeignFile;
+
+    // A lock file that is gone while others still work by it would let two writers in.
+    struct stat lockFile;
+    const bool hasLockFile = fstatat(store->DirectoryFd, lockName, &lockFile, AT_SYMLINK_NOFOLLOW) == 0;
+    if (!store->ReadOnly && !alone && !hasLockFile) return BtrStatusIoError;
+    if (!store->ReadOnly) {
+        const int16_t status = OpenGate(store->DirectoryFd, alone, &store->WriteGate);
+        if (status != BtrStatusOk) return status;
+    }
+
+    if (mdb_env_create(&store->Environment) != 0) {
+        store->Environment = nullptr;
+        return BtrStatusIoError;
+    }
+    mdb_env_set_mapsize(store->Environment, limits.MapSize);
+    mdb_env_set_maxreaders(store->Environment, limits.Readers);
+    mdb_env_set_maxdbs(store->Environment, limits.Trees);
+    char path[BtrPathSize + sizeof booksName + 1];
+    snprintf(path, sizeof path, "%s/%s", directory, booksName);
+    const unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | (store->ReadOnly ? MDB_RDONLY : 0);
+    const int error = mdb_env_open(store->Environment, path, flags, 0666);
+    if (error != 0) return StatusOf(error);
+    int16_t status = CheckLength(store, created);
+    if (status == BtrStatusOk) status = CheckFormat(store, created);
+    if (status != BtrStatusOk) return status;
+    if (fstatat(store->DirectoryFd, lockName, &lockFile, AT_SYMLINK_NOFOLLOW) == 0) {
+        store->LockInode = lockFile.st_ino;
+    }
+    int dead = 0;
+    if (!store->ReadOnly) mdb_reader_check(store->Environment, &dead);
+    return TryLock(store->PresenceFd, LockKind::Read, presenceOffset, 1) == LockResult::Granted
+               ? BtrStatusOk
+               : BtrStatusIoError;
+}
+
+void FreeStore(Store *store)
+{
+    if (store->Environment != nullptr) mdb_env_close(store->Environment);
+    if (store->WriteGate != nullptr) CloseGate(store->WriteGate);
+    while (store->Files != nullptr) {
+        File *file = store->Files;
+        store->Files = file->Next;
+        free(file);
+    }
+    if (store->PresenceFd >= 0) close(store->PresenceFd);
+    if (store->DirectoryFd >= 0) close(store->DirectoryFd);
+    pthread_mutex_destroy(&store->Mutex);
+    free(store);
+}
+
+// Closing is under the same lock as opening, since the store's lock file changes hands in both.
+void CloseStore(Store *store)
+{
+    (void)WaitLock(store->PresenceFd, LockKind::Write, setupOffset, 1, limits.SetupWait_ms);
+    FreeStore(store);
+}
+
+int16_t OpenBooks(Store *store, bool create, bool readOnly)
+{
+    const int flags = O_CLOEXEC | O_NOFOLLOW;
+    int error = 0;
+    if (!readOnly || create) {
+        store->PresenceFd =
+            openat(store->DirectoryFd, booksName, flags | O_RDWR | (create ? O_CREAT : 0), 0666);
+        if (store->PresenceFd >= 0) return BtrStatusOk;
+        error = errno;
+        if (error == ENOENT) return BtrStatusFileNotFound;
+        if (error != EROFS) return StatusOf(error);
+    } else {
+        store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDWR);
+        if (store->PresenceFd >= 0) return BtrStatusOk;
+        error = errno;
+        if (error == ENOENT) return BtrStatusFileNotFound;
+        if (error != EROFS && error != EACCES) return StatusOf(error);
+    }
+    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDONLY);
+    store->ReadOnly = true;
+    return StatusOf(store->PresenceFd >= 0 ? 0 : errno);
+}
+
+int16_t OpenStore(const char *directory, int directoryFd, bool create, bool readOnly, Store **out)
+{
+    auto *store = static_cast<Store *>(calloc(1, sizeof(Store)));
+    if (store == nullptr) {
+        close(directoryFd);
+        return BtrStatusHandleTableFull;
+    }
+    pthread_mutex_init(&store->Mutex, nullptr);
+    store->DirectoryFd = directoryFd;
+    store->PresenceFd = -1;
+    int16_t status = BtrStatusOk;
+    if (OnNetwork(directoryFd)) status = BtrStatusPermission;
+    if (status == BtrStatusOk) status = OpenBooks(store, create, readOnly);
+    if (status == BtrStatusOk) {
+        const LockKind kind = store->ReadOnly ? LockKind::Read : LockKind::Write;
+        if (WaitLock(store->PresenceFd, kind, setupOffset, 1, limits.SetupWait_ms) != LockResult::Granted) {
+            status = BtrStatusFileLocked;
+        }
+    }
+    if (status == BtrStatusOk) status = SetUp(store, directory, create);
+    if (status != BtrStatusOk) {
+        FreeStore(store);
+        return status;
+    }
+    Unlock(store->PresenceFd, setupOffset, 1);
+    *out = store;
+    return BtrStatusOk;
+}
+
+// Closes what nobody uses and either was deleted or is one too many.
+void CloseIdle()
+{
+    unsigned idle = 0;
+    for (Store **link = &stores; *link != nullptr;) {
+        Store *store = *link;
+        struct stat found;
+        const bool deleted = fstat(store->PresenceFd, &found) != 0 || found.st_nlink == 0;
+        if (store->Users > 0 || (!deleted && ++idle <= limits.IdleStores)) {
+            link = &store->Next;
+            continue;
+        }
+        *link = store->Next;
+        CloseStore(store);
+    }
+}
+
+} // namespace
+
+void LockRegistry() { pthread_mutex_lock(&registryMutex); }
+void UnlockRegistry() { pthread_mutex_unlock(&registryMutex); }
+
+int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **out)
+{
+    const int directoryFd = open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directoryFd < 0) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+        return missing ? static_cast<int16_t>(BtrStatusFileNotFound) : StatusOf(errno);
+    }
+    LockRegistry();
+    CloseIdle();
+    struct stat found;
+    Store *store = nullptr;
+    if (fstatat(directoryFd, booksName, &found, AT_SYMLINK_NOFOLLOW) == 0) {
+        Store **link = &stores;
+        while (*link != nullptr && ((*link)->Inode != found.st_ino || (*link)->Device != found.st_dev)) {
+            link = &(*link)->Next;
+        }
+        store = *link;
+        if (store != nullptr) *link = store->Next;
+    }
+    int16_t status = BtrStatusOk;
+    if (store == nullptr) {
+        status = OpenStore(directory, directoryFd, create, readOnly, &store);
+    } else {
+        close(directoryFd);
+    }
+    if (status == BtrStatusOk) {
+        store->Users++;
+        store->Next = stores;
+        stores = store;
+        *out = store;
+    }
+    UnlockRegistry();
+    return status;
+}
+
+void ReleaseStore(Store *store)
+{
+    LockRegistry();
+    store->Users--;
+    UnlockRegistry();
+}
+
+int OpenLockDescription(const Store *store)
+{
+    const int fd =
+        openat(store->DirectoryFd, booksName, O_CLOEXEC | O_NOFOLLOW | (store->ReadOnly ? O_RDONLY : O_RDWR));
+    struct stat found;
+    if (fd >= 0 &&
+        (fstat(fd, &found) != 0 || found.st_ino != store->Inode || found.st_dev != store->Device)) {
+        close(fd);
+        errno = ENOENT;
+        return -1;
+    }
+    return fd;
+}
+
+void ForgetStores()
+{
+    for (Store *store = stores; store != nullptr; store = store->Next) {
+        // A description that the child kept would hold the parent's locks after the parent's end.
+        close(store->PresenceFd);
+        close(store->DirectoryFd);
+    }
+    stores = nullptr;
+    pthread_mutex_init(&registryMutex, nullptr);
+}
+
+int16_t FindFileNumber(Store *store, MDB_txn *view, const char *name, uint32_t *number)
+{
+    const NameKey nameKey = KeyOfName(name);
+    MDB_val key = ToVal(nameKey.Text);
+    MDB_val value;
+    const int error = mdb_get(view, store->Catalogue, &key, &value);
+    *number = 0;
+    if (error == MDB_NOTFOUND) return BtrStatusOk;
+    if (error != 0) return StatusOf(error);
+    if (value.mv_size != sizeof *number) return BtrStatusForeignFile;
+    memcpy(number, value.mv_data, sizeof *number);
+    return BtrStatusOk;
+}
+
+namespace {
+
+int16_t LoadFile(Store *store, MDB_txn *view, uint32_t number, const char *name, File **out)
+{
+    const CatalogueKey definitionKey = KeyOf(number, 'd');
+    MDB_val key = ToVal(definitionKey.Text);
+    MDB_val value;
+    int error = mdb_get(view, store->Catalogue, &key, &value);
+    if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+    auto *file = static_cast<File *>(calloc(1, sizeof(File)));
+    if (file == nullptr) return BtrStatusHandleTableFull;
+    if (ParseDefinition(value.mv_data, value.mv_size, &file->Layout) != BtrStatusOk) {
+        free(file);
+        return BtrStatusForeignFile;
+    }
+    MDB_dbi tree = 0;
+    error = mdb_dbi_open(view, KeyOf(number, 't').Text, 0, &tree);
+    if (error != 0) {
+        free(file);
+        return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+    }
+    file->Tree = tree;
+    file->Number = number;
+    memcpy(file->Name, name, strnlen(name, BtrPathSize));
+    *out = file;
+    return BtrStatusOk;
+}
+
+int16_t AcquireFileIn(Store *store, MDB_txn *view, const char *name, File **out)
+{
+    uint32_t number = 0;
+    int16_t status = FindFileNumber(store, view, name, &number);
+    if (status != BtrStatusOk) return status;
+    if (number == 0) return BtrStatusFileNotFound;
+    File *file = store->Files;
+    while (file != nullptr && file->Number != number) {
+        file = file->Next;
+    }
+    if (file == nullptr) {
+        status = LoadFile(store, view, number, name, &file);
+        if (status != BtrStatusOk) return status;
+        file->Next = store->Files;
+        store->Files = file;
+    }
+    file->Uses++;
+    *out = file;
+    return BtrStatusOk;
+}
+
+// Takes a file that is about to be replaced out of the list; its tree's handle ends with the tree.
+void ForgetFile(Store *store, uint32_t number)
+{
+    for (File **link = &store->Files; *link != nullptr; link = &(*link)->Next) {
+        File *file = *link;
+        if (file->Number != number) continue;
+        *link = file->Next;
+        free(file);
+        return;
+    }
+}
+
+int16_t RemoveFile(Store *store, MDB_txn *writer, uint32_t number)
+{
+    ForgetFile(store, number);
+    MDB_dbi tree = 0;
+    int error = mdb_dbi_open(writer, KeyOf(number, 't').Text, 0, &tree);
+    if (error == 0) error = mdb_drop(writer, tree, 1);
+    for (const char what : {'c', 'd'}) {
+        const CatalogueKey name = KeyOf(number, what);
+        MDB_val key = ToVal(name.Text);
+        if (error == 0) error = mdb_del(writer, store->Catalogue, &key, nullptr);
+    }
+    return StatusOf(error);
+}
+
+int16_t NextFileNumber(Store *store, MDB_txn *writer, uint32_t *number)
+{
+    FormatRecord format;
+    MDB_val key = ToVal(formatKey);
+    MDB_val value;
+    int error = mdb_get(writer, store->Catalogue, &key, &value);
+    if (error != 0) return StatusOf(error);
+    memcpy(&format, value.mv_data, sizeof format);
+    if (format.LastFile >= maxFileNumber) return BtrStatusFileTableFull;
+    *number = ++format.LastFile;
+    value = {sizeof format, &format};
+    error = mdb_put(writer, store->Catalogue, &key, &value, 0);
+    return StatusOf(error);
+}
+
+int16_t PutCatalogue(Store *store, MDB_txn *writer, const char *name, const void *data, size_t size)
+{
+    MDB_val key = ToVal(name);
+    MDB_val value{size, const_cast<void *>(data)};
+    return StatusOf(mdb_put(writer, store->Catalogue, &key, &value, 0));
+}
+
+} // namespace
+
+int16_t AcquireFile(Store *store, const char *name, MDB_txn *writer, File **file)
+{
+    pthread_mutex_lock(&store->Mutex);
+    int16_t status = BtrStatusOk;
+    if (writer != nullptr) {
+        status = AcquireFileIn(store, writer, name, file);
+    } else {
+        // A transaction of its own: a tree's handle reaches the others only by a commit.
+        MDB_txn *view = nullptr;
+        status = StatusOf(mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, &view));
+        if (status == BtrStatusOk) {
+            status = AcquireFileIn(store, view, name, file);
+            if (status == BtrStatusOk) {
+                status = StatusOf(mdb_txn_commit(view));
+            } else {
+                mdb_txn_abort(view);
+            }
+        }
+    }
+    pthread_mutex_unlock(&store->Mutex);
+    return status;
+}
+
+void ReleaseFile(Store *store, File *file)
+{
+    pthread_mutex_lock(&store->Mutex);
+    file->Uses--;
+    pthread_mutex_unlock(&store->Mutex);
+}
+
+int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Definition &definition,
+                   bool replace)
+{
+    pthread_mutex_lock(&store->Mutex);
+    uint32_t number = 0;
+    int16_t status = FindFileNumber(store, writer, name, &number);
+    if (status == BtrStatusOk && number != 0) {
+        status = replace ? RemoveFile(store, writer, number) : static_cast<int16_t>(BtrStatusFileExists);
+    }
+    if (status == BtrStatusOk) status = NextFileNumber(store, writer, &number);
+    if (status == BtrStatusOk) {
+        status = PutCatalogue(store, writer, KeyOfName(name).Text, &number, sizeof number);
+    }
+    if (status == BtrStatusOk) {
+        uint8_t stored[sizeof(BtrFileSpec) + BtrMaxKeys * sizeof(BtrKeySpec)];
+        memcpy(stored, &definition.Spec, sizeof(BtrFileSpec));
+        memcpy(stored + sizeof(BtrFileSpec), definition.KeySpecs,
+               definition.SegmentCount * sizeof(BtrKeySpec));
+        status = PutCatalogue(store, writer, KeyOf(number, 'd').Text, stored, DefinitionSize(definition));
+    }
+    if (status == BtrStatusOk) {
+        File file{};
+        file.Number = number;
+        file.Layout.KeyCount = definition.KeyCount;
+        status = WriteCounters(store, writer, file, Counters{});
+    }
+    if (status == BtrStatusOk) {
+        MDB_dbi tree = 0;
+        status = StatusOf(mdb_dbi_open(writer, KeyOf(number, 't').Text, MDB_CREATE, &tree));
+    }
+    pthread_mutex_unlock(&store->Mutex);
+    return status;
+}
+
+int16_t BeginSnapshot(Store *store, MDB_txn **snapshot)
+{
+    if (*snapshot != nullptr) return StatusOf(mdb_txn_renew(*snapshot));
+    int error = mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, snapshot);
+    if (error == MDB_READERS_FULL) {
+        int dead = 0;
+        mdb_reader_check(store->Environment, &dead);
+        error = mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, snapshot);
+    }
+    if (error != 0) *snapshot = nullptr;
+    return StatusOf(error);
+}
+
+void ResetSnapshot(MDB_txn *snapshot) { mdb_txn_reset(snapshot); }
+void EndSnapshot(MDB_txn *snapshot) { mdb_txn_abort(snapshot); }
+
+int16_t BeginWriter(Store *store, MDB_txn **writer)
+{
+    // Those who came before us share a lock file that newcomers would not find.
+    struct stat found;
+    if (fstatat(store->DirectoryFd, lockName, &found, AT_SYMLINK_NOFOLLOW) != 0 ||
+        found.st_ino != store->LockInode) {
+        return BtrStatusIoError;
+    }
+    // The snapshot of a process that died while reading keeps space from being reused until it is cleared.
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    if (now.tv_sec != store->LastReaderCheck_s) {
+        store->LastReaderCheck_s = now.tv_sec;
+        int dead = 0;
+        mdb_reader_check(store->Environment, &dead);
+    }
+    return StatusOf(mdb_txn_begin(store->Environment, nullptr, 0, writer));
+}
+
+int16_t CommitWriter(Store *, MDB_txn *writer) { return StatusOf(mdb_txn_commit(writer)); }
+
+void AbortWriter(MDB_txn *writer) { mdb_txn_abort(writer); }
+
+int16_t SetLoading(Store *store, bool loading)
+{
+    if (!loading) {
+        const int error = mdb_env_sync(store->Environment, 1);
+        mdb_env_set_flags(store->Environment, MDB_NOSYNC, 0);
+        return StatusOf(error);
+    }
+    return StatusOf(mdb_env_set_flags(store->Environment, MDB_NOSYNC, 1));
+}
+
+int16_t ReadCounters(Store *store, MDB_txn *view, const File &file, Counters *counters)
+{
+    const CatalogueKey name = KeyOf(file.Number, 'c');
+    MDB_val key = ToVal(name.Text);
+    MDB_val value;
+    const int error = mdb_get(view, store->Catalogue, &key, &value);
+    if (error != 0) return StatusOf(error);
+    StoredCounters stored;
+    const size_t values = file.Layout.KeyCount * sizeof(uint32_t);
+    if (value.mv_size != sizeof stored + values) return BtrStatusForeignFile;
+    memcpy(&stored, value.mv_data, sizeof stored);
+    counters->LastRecord = stored.LastRecord;
+    counters->Records = stored.Records;
+    counters->Sequence = stored.Sequence;
+    memcpy(counters->UniqueValues, static_cast<const uint8_t *>(value.mv_data) + sizeof stored, values);
+    return BtrStatusOk;
+}
+
+int16_t WriteCounters(Store *store, MDB_txn *writer, const File &file, const Counters &counters)
+{
+    uint8_t bytes[sizeof(StoredCounters) + sizeof counters.UniqueValues];
+    const StoredCounters stored{counters.LastRecord, counters.Records, counters.Sequence};
+    const size_t values = file.Layout.KeyCount * sizeof(uint32_t);
+    memcpy(bytes, &stored, sizeof stored);
+    memcpy(bytes + sizeof stored, counters.UniqueValues, values);
+    return PutCatalogue(store, writer, KeyOf(file.Number, 'c').Text, bytes, sizeof stored + values);
+}
+
+int16_t OpenCursor(MDB_txn *view, const File &file, MDB_cursor **cursor, bool renew)
+{
+    if (*cursor == nullptr) return StatusOf(mdb_cursor_open(view, file.Tree, cursor));
+    return StatusOf(renew ? mdb_cursor_renew(view, *cursor) : 0);
+}
+
+void CloseCursor(MDB_cursor *cursor) { mdb_cursor_close(cursor); }
+
+int16_t Seek(MDB_cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value)
+{
+    MDB_val foundKey = ToVal(bound);
+    MDB_val foundValue;
+    int error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_SET_RANGE);
+    if (side == Side::Before) {
+        if (error != 0 && error != MDB_NOTFOUND) return StatusOf(error);
+        error = mdb_cursor_get(cursor, &foundKey, &foundValue, error == 0 ? MDB_PREV : MDB_LAST);
+    }
+    if (error == MDB_NOTFOUND) return BtrStatusEndOfFile;
+    if (error != 0) return StatusOf(error);
+    *key = ToBytes(foundKey);
+    *value = ToBytes(foundValue);
+    return BtrStatusOk;
+}
+
+int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key)
+{
+    MDB_val foundKey;
+    MDB_val foundValue;
+    const int error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_PREV);
+    if (error == MDB_NOTFOUND) return BtrStatusEndOfFile;
+    if (error != 0) return StatusOf(error);
+    *key = ToBytes(foundKey);
+    return BtrStatusOk;
+}
+
+int16_t Get(MDB_txn *view, const File &file, Bytes key, Bytes *value)
+{
+    MDB_val wanted = ToVal(key);
+    MDB_val found;
+    const int error = mdb_get(view, file.Tree, &wanted, &found);
+    if (error == MDB_NOTFOUND) return BtrStatusKeyNotFound;
+    if (error != 0) return StatusOf(error);
+    *value = ToBytes(found);
+    return BtrStatusOk;
+}
+
+int16_t Reserve(MDB_txn *writer, const File &file, Bytes key, size_t size, bool append, uint8_t **place)
+{
+    MDB_val where = ToVal(key);
+    MDB_val value{size, nullptr};
+    const int error = mdb_put(writer, file.Tree, &where, &value, MDB_RESERVE | (append ? MDB_APPEND : 0u));
+    if (error != 0) return StatusOf(error);
+    *place = static_cast<uint8_t *>(value.mv_data);
+    return BtrStatusOk;
+}
+
+int16_t Add(MDB_cursor *cursor, Bytes key, Bytes value)
+{
+    MDB_val newKey = ToVal(key);
+    MDB_val newValue = ToVal(value);
+    const int error = mdb_cursor_put(cursor, &newKey, &newValue, MDB_NOOVERWRITE);
+    return StatusOf(error, MDB_KEYEXIST, BtrStatusDuplicateKey);
+}
+
+int16_t Remove(MDB_txn *writer, const File &file, Bytes key)
+{
+    MDB_val where = ToVal(key);
+    const int error = mdb_del(writer, file.Tree, &where, nullptr);
+    return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
+}
+
+} // namespace wbtrv

@@ -1,0 +1,137 @@
+// The ordered store below the calls: the books of one directory, their files, and reading and writing them in
+// transactions. It knows bytes and files; records' currency, locks and statuses of calls are the business of
+// those above. This is the only part that knows which store it is (store.cpp alone includes its header).
+#pragma once
+
+#include "record-manager/definition.h"
+#include "record-manager/gate.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <pthread.h>
+#include <sys/types.h>
+
+struct MDB_env;
+struct MDB_txn;
+struct MDB_cursor;
+
+namespace wbtrv {
+
+struct Bytes {
+    const uint8_t *Data;
+    size_t Size;
+};
+
+// What changes in a file beside its records. Every write transaction that touches the file stores it anew.
+struct Counters {
+    uint32_t LastRecord; // highest record number given so far; they are never reused
+    uint32_t Records;
+    uint64_t Sequence; // of changes; stamps records and orders duplicates
+    uint32_t UniqueValues[BtrMaxKeys];
+};
+
+// A file that is or was open in this process. `Uses` and the list are guarded by the store's mutex, the rest
+// does not change.
+struct File {
+    File *Next;
+    uint32_t Number;
+    unsigned Tree;
+    unsigned Uses;
+    char Name[BtrPathSize + 1];
+    Definition Layout;
+};
+
+// The books of a directory, once per process.
+struct Store {
+    Store *Next;
+    MDB_env *Environment;
+    Gate *WriteGate; // null when ReadOnly
+    unsigned Catalogue;
+    int DirectoryFd;
+    int PresenceFd; // books.mdb, holding the lock that tells others of us
+    dev_t Device;
+    ino_t Inode;
+    ino_t LockInode;
+    unsigned Users; // clients; guarded by the registry's mutex
+    bool ReadOnly;
+    pthread_mutex_t Mutex; // Files, opening trees
+    File *Files;
+    int64_t LastReaderCheck_s;
+};
+
+// Name of the file that holds a directory's books.
+inline constexpr char booksName[] = "books.mdb";
+
+// Gives the books of `directory`, opened if this process has not yet done so, for one more client.
+// With `create` they are made if there are none. `readOnly` asks for no more than reading.
+// Returns 0; 12 no directory or no books; 94 no rights or a network file system; 30 not ours, cut off or of a
+// later form; 2 the lock file of running users is gone; 18, 86, 87, 85.
+int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **store);
+
+// One client less. Books that nobody uses stay open for a while.
+void ReleaseStore(Store *store);
+
+// Opens one more description of the books' file, for a client's locks. Below 0 on failure.
+int OpenLockDescription(const Store *store);
+
+// In a forked child: forgets every store without touching what belongs to the parent.
+void ForgetStores();
+void LockRegistry();
+void UnlockRegistry();
+
+// Finds `name` among the files of the store for one more use. `writer`: the own write transaction, in which
+// the file may have been created, or null. Returns 0, 12, 30, 86, 2.
+int16_t AcquireFile(Store *store, const char *name, MDB_txn *writer, File **file);
+void ReleaseFile(Store *store, File *file);
+
+// Makes a file in a write transaction, in place of one of the same name if `replace`. Nobody may have that
+// one open. Returns 0, 59, 18, 86, 2.
+int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Definition &definition,
+                   bool replace);
+
+// The number of a file of this name, 0 if there is none.
+int16_t FindFileNumber(Store *store, MDB_txn *view, const char *name, uint32_t *number);
+
+// A snapshot for reading, made once per client and store, and renewed and given back by each call: a snapshot
+// that idles would keep the store from reusing space.
+int16_t BeginSnapshot(Store *store, MDB_txn **snapshot); // *snapshot null: made, otherwise renewed
+void ResetSnapshot(MDB_txn *snapshot);
+void EndSnapshot(MDB_txn *snapshot);
+
+// The write transaction of the directory. The caller holds the gate.
+int16_t BeginWriter(Store *store, MDB_txn **writer);
+// On failure everything is undone. `durable`: on disk when this returns.
+int16_t CommitWriter(Store *store, MDB_txn *writer);
+void AbortWriter(MDB_txn *writer);
+// Commits between this and its end are not awaited by the disk; the end awaits all of them.
+int16_t SetLoading(Store *store, bool loading);
+
+int16_t ReadCounters(Store *store, MDB_txn *view, const File &file, Counters *counters);
+int16_t WriteCounters(Store *store, MDB_txn *writer, const File &file, const Counters &counters);
+
+// A cursor on the file's tree. `*cursor` null: made; otherwise, for a snapshot, renewed.
+int16_t OpenCursor(MDB_txn *view, const File &file, MDB_cursor **cursor, bool renew);
+void CloseCursor(MDB_cursor *cursor);
+
+enum class Side { AtOrAfter, Before };
+
+// The entry nearest to `bound` on one side of it. Keys and values stay where they are until the transaction's
+// next change or end. Returns 0, 9 none, or a failure.
+int16_t Seek(MDB_cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
+// The entry before the one the cursor is on.
+int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key);
+
+// Returns 0, 4 none, or a failure.
+int16_t Get(MDB_txn *view, const File &file, Bytes key, Bytes *value);
+
+// Writes an entry of `size` bytes, whose place to be filled is given back. `append`: the key lies behind all
+// others.
+int16_t Reserve(MDB_txn *writer, const File &file, Bytes key, size_t size, bool append, uint8_t **place);
+
+// Adds an entry; 5 when the key exists, and nothing is changed. The cursor then stands on it.
+int16_t Add(MDB_cursor *cursor, Bytes key, Bytes value);
+
+// Returns 0, 4 none, or a failure.
+int16_t Remove(MDB_txn *writer, const File &file, Bytes key);
+
+} // namespace wbtrv

@@ -1,0 +1,205 @@
+#include "record-manager/calls.h"
+#include "record-manager/limits.h"
+#include "record-manager/records.h"
+
+namespace wbtrv {
+
+namespace {
+
+// What every end of the pending changes has in common. The store frees the cursors of a writer by itself.
+void LeaveWriter(ClientStore *store)
+{
+    const Client *client = store->Owner;
+    for (size_t i = 0; i < client->HandleCount; ++i) {
+        Handle *handle = client->Handles[i];
+        if (handle != nullptr && handle->In->Home == store) handle->WriteCursor = nullptr;
+    }
+    store->Writer = nullptr;
+    store->LoadedChanges = 0;
+    store->Broken = BtrStatusOk;
+    LeaveGate(store->Books->WriteGate);
+}
+
+void ForgetCounters(ClientStore *store)
+{
+    for (ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+        file->Touched = false;
+    }
+}
+
+// What a position block saw of changes that are undone now. Its record is gone if it was inserted by them,
+// and otherwise is what it was before; a running number that will be given out again is replaced by a place
+// just behind the last one that stays.
+void StepBack(ClientStore *store, Handle *handle, MDB_txn *view)
+{
+    const ClientFile &file = *handle->In;
+    const Definition &definition = file.Of->Layout;
+    if (handle->State == Physical::Here && handle->Version > file.FirstSequence) {
+        Bytes stored;
+        if (view != nullptr && FetchStored(view, *file.Of, handle->Record, &stored) == BtrStatusOk) {
+            handle->Version = VersionOf(stored);
+        } else {
+            handle->State = Physical::Gone;
+        }
+    }
+    if (handle->LogicalKey < 0) return;
+    const Key *key = FindKey(definition, static_cast<int8_t>(handle->LogicalKey));
+    const size_t valueEnd = 1u + key->Length;
+    if (!key->Duplicates || GetBigEndian(handle->Place + valueEnd, stampSize) <= file.FirstSequence) return;
+    PutBigEndian(handle->Place + valueEnd, file.FirstSequence, stampSize);
+    handle->Place[valueEnd + stampSize] = 1;
+    handle->PlaceLength = valueEnd + stampSize + 1;
+    (void)store;
+}
+
+void StepAllBack(ClientStore *store)
+{
+    const Client *client = store->Owner;
+    MDB_txn *view = nullptr;
+    if (BeginView(store, &view) != BtrStatusOk) view = nullptr;
+    for (size_t i = 0; i < client->HandleCount; ++i) {
+        Handle *handle = client->Handles[i];
+        if (handle != nullptr && handle->In->Home == store && handle->In->Touched)
+            StepBack(store, handle, view);
+    }
+    if (view != nullptr) EndView(store);
+}
+
+// Files that were closed inside the transaction stayed known to it until now.
+void ReleaseUnused(ClientStore *store)
+{
+    for (ClientFile *file = store->Files; file != nullptr;) {
+        ClientFile *next = file->Next;
+        ReleaseClientFile(file);
+        file = next;
+    }
+}
+
+void ReleaseTaken(ClientFile *file)
+{
+    for (size_t i = 0; i < file->Implicit.Count; ++i) {
+        DropRecord(file, file->Implicit.Locks[i].Record);
+    }
+    file->Implicit.Count = 0;
+}
+
+void ReleaseTaken(Handle *handle)
+{
+    if (handle->Single.Record != 0 && handle->Single.InTransaction) ReleaseSingle(handle);
+    LockList &list = handle->Multiple;
+    for (size_t i = 0; i < list.Count;) {
+        if (list.Locks[i].InTransaction) {
+            DropRecord(handle->In, list.Locks[i].Record);
+            list.Locks[i] = list.Locks[--list.Count];
+        } else {
+            ++i;
+        }
+    }
+}
+
+// The transaction is over: its locks go, those from before it stay.
+void LeaveTransaction(Client *client)
+{
+    client->Transaction = TransactionKind::None;
+    client->Changed = nullptr;
+    client->NoRetry = false;
+    for (size_t i = 0; i < client->HandleCount; ++i) {
+        if (client->Handles[i] != nullptr) ReleaseTaken(client->Handles[i]);
+    }
+    for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
+        for (ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+            ReleaseTaken(file);
+            UnlockWholeFile(file);
+        }
+        ReleaseUnused(store);
+    }
+}
+
+} // namespace
+
+void AbortChanges(ClientStore *store)
+{
+    if (store->Writer == nullptr) return;
+    AbortWriter(store->Writer);
+    LeaveWriter(store);
+    StepAllBack(store);
+    ForgetCounters(store);
+    if (store->Owner->Changed == store) store->Owner->Changed = nullptr;
+}
+
+int16_t CommitChanges(ClientStore *store)
+{
+    if (store->Writer == nullptr) return BtrStatusOk;
+    int16_t status = store->Broken;
+    for (ClientFile *file = store->Files; file != nullptr && status == BtrStatusOk; file = file->Next) {
+        if (file->Touched) status = WriteCounters(store->Books, store->Writer, *file->Of, file->Now);
+    }
+    if (status != BtrStatusOk) {
+        AbortChanges(store);
+        return status;
+    }
+    status = CommitWriter(store->Books, store->Writer);
+    LeaveWriter(store);
+    if (status != BtrStatusOk) StepAllBack(store);
+    ForgetCounters(store);
+    return status;
+}
+
+int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry)
+{
+    Client *client = call.Caller;
+    if (client->Transaction != TransactionKind::None) return BtrStatusTransactionActive;
+    // What was loaded before is no part of the transaction.
+    for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
+        const int16_t status = CommitChanges(store);
+        if (status != BtrStatusOk) return status;
+    }
+    client->Transaction = kind;
+    client->Inherited = call.Lock;
+    client->NoRetry = noRetry;
+    client->Changed = nullptr;
+    return BtrStatusOk;
+}
+
+int16_t EndTransaction(Client *client)
+{
+    if (client->Transaction == TransactionKind::None) return BtrStatusNoTransaction;
+    if (client->Changed != nullptr) {
+        // A transaction that cannot be ended is still there to be aborted.
+        const int16_t status = CommitChanges(client->Changed);
+        if (status != BtrStatusOk) {
+            client->Changed = nullptr;
+            return status == BtrStatusIoError ? static_cast<int16_t>(BtrStatusTransactionIo) : status;
+        }
+    }
+    LeaveTransaction(client);
+    return BtrStatusOk;
+}
+
+int16_t AbortTransaction(Client *client)
+{
+    if (client->Transaction == TransactionKind::None) return BtrStatusNoTransaction;
+    if (client->Changed != nullptr) AbortChanges(client->Changed);
+    LeaveTransaction(client);
+    return BtrStatusOk;
+}
+
+int16_t UnlockRecords(const Call &call)
+{
+    Handle *handle = call.On;
+    if (call.KeyNumber >= 0) {
+        if (handle->Single.Record == 0) return BtrStatusUnlockMismatch;
+        ReleaseSingle(handle);
+        return BtrStatusOk;
+    }
+    if (call.KeyNumber == BtrUnlockOne) {
+        if (DataSize(call) < 4) return BtrStatusDataBufferShort;
+        const uint32_t record = RecordFromPosition(call.Data);
+        return record != 0 && ReleaseMultiple(handle, record) ? BtrStatusOk : BtrStatusUnlockMismatch;
+    }
+    if (call.KeyNumber != BtrUnlockAll || handle->Multiple.Count == 0) return BtrStatusUnlockMismatch;
+    ReleaseAllMultiple(handle);
+    return BtrStatusOk;
+}
+
+} // namespace wbtrv

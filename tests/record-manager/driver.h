@@ -1,0 +1,270 @@
+// What the record manager's tests have in common: a directory of their own, calls that read like a dialogue,
+// and clients in processes of their own.
+#pragma once
+
+#include "record-manager/btrcall.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace wbtrvtest {
+
+struct TempDirectory {
+    std::filesystem::path Path;
+
+    TempDirectory()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "wbtrv-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) abort();
+        Path = pattern;
+    }
+    TempDirectory(const TempDirectory &) = delete;
+    TempDirectory &operator=(const TempDirectory &) = delete;
+    ~TempDirectory()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(Path, ignored);
+    }
+
+    std::string operator/(const char *name) const { return (Path / name).string(); }
+};
+
+// What a call gave back.
+struct Answer {
+    int16_t Status = -1;
+    uint32_t Length = 0;
+    std::string Data; // the whole buffer
+    std::string Key;  // all 255 bytes
+};
+
+struct Request {
+    uint16_t Operation = 0;
+    uint8_t Block = 0;
+    std::string Data{};
+    uint32_t Length = 0;
+    std::string Key{};
+    uint8_t KeyLength = 255;
+    int8_t KeyNumber = 0;
+};
+
+using PositionBlocks = std::array<std::array<uint8_t, BtrPositionBlockSize>, 16>;
+
+inline Answer Carry(PositionBlocks &blocks, const Request &request)
+{
+    std::vector<uint8_t> data(request.Data.begin(), request.Data.end());
+    if (data.size() < request.Length) data.resize(request.Length);
+    std::array<char, BtrKeyBufferSize + 1> key{};
+    memcpy(key.data(), request.Key.data(), std::min(request.Key.size(), key.size()));
+    Answer answer;
+    answer.Length = request.Length;
+    answer.Status = BTRCALL(request.Operation, blocks[request.Block].data(), data.data(), &answer.Length,
+                            key.data(), request.KeyLength, request.KeyNumber);
+    answer.Data.assign(data.begin(), data.end());
+    answer.Key.assign(key.data(), BtrKeyBufferSize);
+    return answer;
+}
+
+// A client in this thread.
+struct Local {
+    PositionBlocks Blocks{};
+
+    Answer operator()(const Request &request) { return Carry(Blocks, request); }
+};
+
+// A client in a process of its own, which carries out what it is sent.
+struct Remote {
+    pid_t Pid = -1;
+    int Socket = -1;
+
+    Remote()
+    {
+        int ends[2];
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) abort();
+        Pid = fork();
+        if (Pid == 0) {
+            close(ends[0]);
+            Serve(ends[1]);
+        }
+        close(ends[1]);
+        Socket = ends[0];
+    }
+    Remote(const Remote &) = delete;
+    Remote &operator=(const Remote &) = delete;
+    ~Remote() { End(SIGKILL); }
+
+    // Ends the process as a crash does.
+    void Kill() { End(SIGKILL); }
+
+    void Send(const Request &request) const
+    {
+        const std::string head{static_cast<char>(request.Block), static_cast<char>(request.KeyLength),
+                               static_cast<char>(request.KeyNumber)};
+        Put(Socket, request.Operation);
+        Put(Socket, request.Length);
+        PutText(Socket, head);
+        PutText(Socket, request.Data);
+        PutText(Socket, request.Key);
+    }
+
+    Answer Receive() const
+    {
+        Answer answer;
+        if (!Take(Socket, &answer.Status)) {
+            answer.Status = -1;
+            return answer;
+        }
+        Take(Socket, &answer.Length);
+        TakeText(Socket, &answer.Data);
+        TakeText(Socket, &answer.Key);
+        return answer;
+    }
+
+    Answer operator()(const Request &request) const
+    {
+        Send(request);
+        return Receive();
+    }
+
+private:
+    void End(int signal)
+    {
+        if (Pid <= 0) return;
+        close(Socket);
+        kill(Pid, signal);
+        waitpid(Pid, nullptr, 0);
+        Pid = -1;
+    }
+
+    static bool Take(int socket, void *to, size_t size)
+    {
+        auto *bytes = static_cast<char *>(to);
+        while (size > 0) {
+            const ssize_t got = read(socket, bytes, size);
+            if (got <= 0) return false;
+            bytes += got;
+            size -= static_cast<size_t>(got);
+        }
+        return true;
+    }
+    template <typename Value> static bool Take(int socket, Value *value)
+    {
+        return Take(socket, value, sizeof *value);
+    }
+    static bool TakeText(int socket, std::string *text)
+    {
+        uint32_t size = 0;
+        if (!Take(socket, &size)) return false;
+        text->resize(size);
+        return Take(socket, text->data(), size);
+    }
+    static void Put(int socket, const void *from, size_t size)
+    {
+        if (write(socket, from, size) != static_cast<ssize_t>(size)) abort();
+    }
+    template <typename Value> static void Put(int socket, const Value &value)
+    {
+        Put(socket, &value, sizeof value);
+    }
+    static void PutText(int socket, const std::string &text)
+    {
+        Put(socket, static_cast<uint32_t>(text.size()));
+        if (!text.empty()) Put(socket, text.data(), text.size());
+    }
+
+    [[noreturn]] static void Serve(int socket)
+    {
+        PositionBlocks blocks{};
+        for (;;) {
+            Request request;
+            std::string head;
+            if (!Take(socket, &request.Operation) || !Take(socket, &request.Length) ||
+                !TakeText(socket, &head) || !TakeText(socket, &request.Data) ||
+                !TakeText(socket, &request.Key)) {
+                _exit(0);
+            }
+            request.Block = static_cast<uint8_t>(head[0]);
+            request.KeyLength = static_cast<uint8_t>(head[1]);
+            request.KeyNumber = static_cast<int8_t>(head[2]);
+            const Answer answer = Carry(blocks, request);
+            Put(socket, answer.Status);
+            Put(socket, answer.Length);
+            PutText(socket, answer.Data);
+            PutText(socket, answer.Key);
+        }
+    }
+};
+
+// ---- Files ----
+
+struct KeySegment {
+    uint16_t Position; // from 1
+    uint16_t Length;
+    unsigned Flags;
+    uint8_t Type = BtrTypeString;
+    uint8_t NullValue = 0;
+};
+
+inline std::string CreateBuffer(uint16_t recordLength, unsigned keys, const std::vector<KeySegment> &segments,
+                                unsigned fileFlags = 0, uint16_t pageSize = 4096)
+{
+    BtrFileSpec file{};
+    file.RecordLength = recordLength;
+    file.PageSize = pageSize;
+    file.KeyCount = static_cast<uint8_t>(keys);
+    file.Flags = static_cast<uint16_t>(fileFlags);
+    std::string buffer(reinterpret_cast<const char *>(&file), sizeof file);
+    for (const KeySegment &segment : segments) {
+        BtrKeySpec key{};
+        key.Position = segment.Position;
+        key.Length = segment.Length;
+        key.Flags = static_cast<uint16_t>(segment.Flags | BtrKeyExtendedType);
+        key.Type = segment.Type;
+        key.NullValue = segment.NullValue;
+        buffer.append(reinterpret_cast<const char *>(&key), sizeof key);
+    }
+    return buffer;
+}
+
+template <typename Client>
+Answer Create(Client &client, const std::string &path, const std::string &buffer, int8_t mode = 0)
+{
+    return client({.Operation = BtrOpCreate,
+                   .Data = buffer,
+                   .Length = static_cast<uint32_t>(buffer.size()),
+                   .Key = path,
+                   .KeyNumber = mode});
+}
+
+template <typename Client>
+Answer Open(Client &client, const std::string &path, uint8_t block = 0, int8_t mode = BtrModeNormal)
+{
+    return client({.Operation = BtrOpOpen, .Block = block, .Key = path, .KeyNumber = mode});
+}
+
+template <typename Client> Answer Close(Client &client, uint8_t block = 0)
+{
+    return client({.Operation = BtrOpClose, .Block = block});
+}
+
+// A four-byte little-endian number as key or field.
+inline std::string Number(int32_t value) { return {reinterpret_cast<const char *>(&value), sizeof value}; }
+
+// The record count of a stat, or -1.
+template <typename Client> int64_t CountRecords(Client &client, uint8_t block = 0)
+{
+    const Answer answer = client({.Operation = BtrOpStat, .Block = block, .Length = 4096});
+    if (answer.Status != BtrStatusOk) return -1;
+    uint32_t count = 0;
+    memcpy(&count, answer.Data.data() + 6, sizeof count);
+    return count;
+}
+
+} // namespace wbtrvtest
