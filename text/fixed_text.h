@@ -29,4 +29,10 @@ template <size_t To, typename From> void CopyText(char (&to)[To], const From &fr
     }
 }
 
+// Whether two fields hold the same text.
+template <size_t A, size_t B> bool SameText(const char (&a)[A], const char (&b)[B])
+{
+    return std::strncmp(a, b, A < B ? A : B) == 0;
+}
+
 } // namespace text

@@ -1,0 +1,18 @@
+// Faults on demand between the library and the record manager.
+#pragma once
+
+#include <cstdint>
+
+namespace vark::test {
+
+// From now on this thread's calls of the record manager are counted, and call number `n` (from 1) answers
+// `status` without reaching it; 0 only counts. Calls of other threads pass.
+void FailEngineCall(int n, int16_t status = 2);
+
+// As FailEngineCall, but only calls of `operation` count.
+void FailEngineOperation(uint16_t operation, int n, int16_t status);
+
+// Ends it. Returns how many calls have been counted.
+int StopEngineFaults();
+
+} // namespace vark::test
