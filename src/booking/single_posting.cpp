@@ -1,0 +1,183 @@
+#include "src/booking/single_posting.h"
+
+#include "src/booking/account_queries.h"
+#include "src/frame/lifecycle.h"
+#include "src/frame/mandant.h"
+#include "src/frame/messages.h"
+#include "src/frame/record_store.h"
+#include "text/fixed_text.h"
+
+namespace vark {
+
+using text::CopyText;
+
+namespace {
+
+void TakeTexts(const BuchungEingabe &from, TeilbuchungEingabe &to)
+{
+    CopyText(to.Sollkonto, from.Sollkonto);
+    to.SollArt = from.SollArt;
+    CopyText(to.Habenkonto, from.Habenkonto);
+    to.HabenArt = from.HabenArt;
+    CopyText(to.Brutto, from.Brutto);
+    CopyText(to.Steuersatz, from.Steuersatz);
+    CopyText(to.Steuerbetrag, from.Steuerbetrag);
+    CopyText(to.Text, from.Text);
+    to.Kostenschablone = from.Kostenschablone;
+}
+
+// Cost lines: from the Soll account's Kostenschablone, else from the Haben account's. Where costs are
+// obligatory, a GuV account needs them, but only in a posting with a Sachkonto on Soll.
+int32_t SettleCosts(ThreadContext &context, TeilbuchungWork &work)
+{
+    const SplitRecord &image = work.Teil.Image;
+    const int32_t assigned = AssignKostenschablone(context, work.Soll, image.SollArt, work.Haben,
+                                                   image.HabenArt, work.Eingabe.Kostenschablone, noPart);
+    if (assigned < 1) return assigned;
+    if (image.SollArt == BuchungSachkonto && HasKostenschablone(work.Soll)) {
+        return ExpandCosts(context, work, KostenSeite::Soll, noPart);
+    }
+    if (image.HabenArt == BuchungSachkonto && HasKostenschablone(work.Haben)) {
+        return ExpandCosts(context, work, KostenSeite::Haben, noPart);
+    }
+    return image.SollArt == BuchungSachkonto ? RequireCosts(context, work, noPart) : 1;
+}
+
+// The checks in their order of precedence; nothing is written before the last line.
+int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, TeilbuchungWork &work,
+                   Buchung &buchung)
+{
+    BatRecord &bat = buchung.Bat;
+    PackedDate date;
+    CopyText(date, eingabe.Datum);
+    TakeTexts(eingabe, work.Eingabe);
+
+    int32_t result = CheckPostingHead(context, eingabe.Stapel, date);
+    if (result != 1) return result;
+    result = CheckAccountsAndAmounts(context, work, noPart);
+    if (result != 1) return result;
+    result = CheckZahlungsziel(context, eingabe.Zahlungsziel);
+    if (result != 1) return result;
+    result = CheckKostenschablone(context, eingabe.Kostenschablone, noPart);
+    if (result != 1) return result;
+    result = SettleTax(context, work, date, noPart);
+    if (result != 1) return result;
+    result = ConvertForeignCurrency(context, work, date, bat);
+    if (result != 1) return result;
+    result = SettleNet(context, work, noPart);
+    if (result != 1) return result;
+
+    FillImage(work);
+    const SplitRecord &image = work.Teil.Image;
+    bat.Stapel = eingabe.Stapel;
+    CopyText(bat.Buchungsdatum, date);
+    CopyText(bat.ZweitesDatum, date);
+    CopyText(bat.Beleg, eingabe.Beleg);
+    bat.Zahlungsziel = eingabe.Zahlungsziel;
+    if (bat.Zahlungsziel == 0) {
+        bat.Zahlungsziel =
+            DefaultZahlungsziel(context, image.Sollkonto, image.Habenkonto, image.SollArt, image.HabenArt);
+    }
+    bat.Kennzeichen = eingabe.Kennzeichen;
+    if (context.CostAccountingOn != 0) {
+        result = SettleCosts(context, work);
+        if (result != 1) return result;
+    }
+    if (!StoreTeilbuchung(buchung, work.Teil, 0, 1)) return engineFailure;
+    bat.Anzahl = 1;
+    return WriteBuchung(context, buchung, 0) ? 1 : engineFailure;
+}
+
+} // namespace
+
+int32_t ConvertForeignCurrency(ThreadContext &context, TeilbuchungWork &work, const PackedDate &date,
+                               BatRecord &bat)
+{
+    (void)date;
+    (void)bat;
+    const TeilbuchungEingabe &eingabe = work.Eingabe;
+    const bool sollIsPersonal = eingabe.SollArt != KontoartSachkonto;
+    const bool habenIsPersonal = eingabe.HabenArt != KontoartSachkonto;
+    if (!sollIsPersonal && !habenIsPersonal) return 1;
+    const AccountNumber &konto = sollIsPersonal ? eingabe.Sollkonto : eingabe.Habenkonto;
+    const int32_t art = sollIsPersonal ? eingabe.SollArt : eingabe.HabenArt;
+    PersonalRecord record{};
+    bool found = false;
+    const TableId table = art == KontoartKreditor ? TableKred : TableDebi;
+    if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, table)) return engineFailure;
+    if (!found) return engineFailure;
+    if (record.Waehrung[0] == 0) return 1;
+    return Report(context, 1450, amountNotConverted, nullptr, noPart);
+}
+
+int32_t InsertSinglePosting(ThreadContext &context, const BuchungEingabe *eingabe, int32_t showMessages)
+{
+    context.ShowMessages = showMessages;
+    BuchungEingabe copy{};
+    if (eingabe != nullptr) copy = *eingabe;
+    FistaRecord fista;
+    const int32_t selected = SelectMandantOrReport(context, copy.Mandant, fista);
+    if (selected < 1) return selected;
+    if (!OpenPostingTables(context)) return engineFailure;
+    TeilbuchungWork work{};
+    Buchung buchung{};
+    const int32_t result = PostSingle(context, copy, work, buchung);
+    FreeTeilbuchung(work.Teil);
+    FreeBuchung(buchung);
+    ClosePostingTables(context);
+    return result;
+}
+
+} // namespace vark
+
+using namespace vark;
+
+int32_t VARK_CALL VARK_BuchungEinfuegen(const BuchungEingabe *buchung, int32_t showMessages)
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    if (entered != ready) return entered;
+    return InsertSinglePosting(*context, buchung, showMessages);
+}
+
+int32_t VARK_CALL VARK_BuchungEinfuegenDirektEx(int32_t showMessages, int32_t mandant, int32_t stapel,
+                                                const char *datum, const char *beleg, const char *text,
+                                                const char *sollkonto, int32_t sollArt,
+                                                const char *habenkonto, int32_t habenArt, const char *brutto,
+                                                const char *steuersatz, const char *steuerbetrag,
+                                                int32_t kostenschablone, int32_t zahlungsziel)
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    if (entered != ready) return entered;
+    context->ShowMessages = showMessages;
+    BuchungEingabe eingabe{};
+    if (!CalendarDigits(*context, datum, eingabe.Datum)) {
+        return Report(*context, 1412, dateRefused, nullptr, noPart);
+    }
+    eingabe.Mandant = mandant;
+    eingabe.Stapel = stapel;
+    CopyText(eingabe.Beleg, beleg);
+    CopyText(eingabe.Text, text);
+    CopyText(eingabe.Sollkonto, sollkonto);
+    eingabe.SollArt = sollArt;
+    CopyText(eingabe.Habenkonto, habenkonto);
+    eingabe.HabenArt = habenArt;
+    CopyText(eingabe.Brutto, brutto);
+    CopyText(eingabe.Steuersatz, steuersatz);
+    CopyText(eingabe.Steuerbetrag, steuerbetrag);
+    eingabe.Kostenschablone = kostenschablone;
+    eingabe.Zahlungsziel = zahlungsziel;
+    return InsertSinglePosting(*context, &eingabe, showMessages);
+}
+
+int32_t VARK_CALL VARK_BuchungEinfuegenDirekt(int32_t showMessages, int32_t mandant, int32_t stapel,
+                                              const char *datum, const char *beleg, const char *text,
+                                              const char *sollkonto, int32_t sollArt, const char *habenkonto,
+                                              int32_t habenArt, const char *brutto, const char *steuersatz,
+                                              const char *steuerbetrag)
+{
+    return VARK_BuchungEinfuegenDirektEx(showMessages, mandant, stapel, datum, beleg, text, sollkonto,
+                                         sollArt, habenkonto, habenArt, brutto, steuersatz, steuerbetrag, 0,
+                                         0);
+}
