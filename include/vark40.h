@@ -89,22 +89,22 @@ extern "C" {
 
 /* One booking. */
 typedef struct BuchungEingabe {
-    int32_t Mandant;         /* number of the Mandant                                             */
-    int32_t Stapel;          /* number of the Stapel that takes the booking; it must exist        */
-    char Datum[7];           /* date, six digits TTMMJJ                                           */
-    char Beleg[9];           /* number of the voucher                                             */
-    char Text[36];           /* text of the booking                                               */
-    char Sollkonto[8];       /* account on the Soll side                                          */
-    int32_t SollArt;         /* its kind: 1, 2 or 4                                               */
-    char Habenkonto[8];      /* account on the Haben side                                         */
-    int32_t HabenArt;        /* its kind: 1, 2 or 4                                               */
-    char Brutto[13];         /* gross amount, may be negative                                     */
-    char Steuersatz[6];      /* tax rate; empty: that of the account                              */
-    char Steuerbetrag[13];   /* tax amount; empty: worked out from the rate                       */
-    uint8_t Kennzeichen;     /* kept with the booking as it stands                                */
-    int32_t Kostenschablone; /* number of the Kostenschablone that spreads the costs, 0 for none  */
-    int32_t Zahlungsziel;    /* number of the Zahlungsziel, 0: that of the personal account       */
-    char Rest[13];           /* not read                                                          */
+    int32_t Mandant;         /* number of the Mandant */
+    int32_t Stapel;          /* number of the Stapel that takes the booking; it must exist */
+    char Datum[7];           /* date, six digits TTMMJJ */
+    char Beleg[9];           /* number of the voucher */
+    char Text[36];           /* text of the booking */
+    char Sollkonto[8];       /* account on the Soll side */
+    int32_t SollArt;         /* its kind: 1, 2 or 4 */
+    char Habenkonto[8];      /* account on the Haben side */
+    int32_t HabenArt;        /* its kind: 1, 2 or 4 */
+    char Brutto[13];         /* gross amount, may be negative */
+    char Steuersatz[6];      /* tax rate; empty: that of the account */
+    char Steuerbetrag[13];   /* tax amount; empty: worked out from the rate */
+    uint8_t Kennzeichen;     /* kept with the booking as it stands */
+    int32_t Kostenschablone; /* number of the Kostenschablone that spreads the costs, 0 for none */
+    int32_t Zahlungsziel;    /* number of the Zahlungsziel, 0: that of the personal account */
+    char Rest[13];           /* not read */
 } BuchungEingabe;
 
 /* One part of a split booking; the fields are those of BuchungEingabe. */
@@ -137,26 +137,26 @@ typedef struct SplitEingabe {
 /* A personal account: a Kreditor or a Debitor. */
 typedef struct PekoEingabe {
     int32_t Mandant;
-    char Konto[8];          /* account number                                              */
-    char Kuerzel[9];        /* short name                                                  */
-    char Name1[26];         /* first line of the name, required                            */
-    char Name2[26];         /* second line                                                 */
-    char UstId[16];         /* USt-IdNr                                                    */
-    char Land[4];           /* country code; empty: the Mandant's                          */
-    char Waehrung[5];       /* currency, of a Kreditor only                                */
-    char Plz[7];            /* postal code                                                 */
-    char Adresse2[31];      /* second address line                                         */
-    char Adresse1[31];      /* first address line                                          */
-    char Blz[9];            /* bank code, digits; with Bankkonto or not at all             */
-    char Bankkonto[12];     /* bank account, digits; with Blz or not at all                */
-    char Bank[28];          /* name of the bank                                            */
-    char Gegenkonto[8];     /* a Sachkonto, may be empty                                   */
-    int32_t Wert1;          /* first payment-day value; its low 16 bits are kept           */
-    int32_t Wert2;          /* second payment-day value, likewise                          */
-    char Skonto[6];         /* percentage of the discount; empty: 0                        */
-    int32_t Mahnkennziffer; /* -1 to 3 of a Debitor, 0 of a Kreditor                       */
-    int32_t Zahlungsziel;   /* number of the Zahlungsziel, 0 for none                      */
-    char Rest[60];          /* not read                                                    */
+    char Konto[8];          /* account number */
+    char Kuerzel[9];        /* short name */
+    char Name1[26];         /* first line of the name, required */
+    char Name2[26];         /* second line */
+    char UstId[16];         /* USt-IdNr */
+    char Land[4];           /* country code; empty: the Mandant's */
+    char Waehrung[5];       /* currency, of a Kreditor only */
+    char Plz[7];            /* postal code */
+    char Adresse2[31];      /* second address line */
+    char Adresse1[31];      /* first address line */
+    char Blz[9];            /* bank code, digits; with Bankkonto or not at all */
+    char Bankkonto[12];     /* bank account, digits; with Blz or not at all */
+    char Bank[28];          /* name of the bank */
+    char Gegenkonto[8];     /* a Sachkonto, may be empty */
+    int32_t Wert1;          /* first payment-day value; its low 16 bits are kept */
+    int32_t Wert2;          /* second payment-day value, likewise */
+    char Skonto[6];         /* percentage of the discount; empty: 0 */
+    int32_t Mahnkennziffer; /* -1 to 3 of a Debitor, 0 of a Kreditor */
+    int32_t Zahlungsziel;   /* number of the Zahlungsziel, 0 for none */
+    char Rest[60];          /* not read */
 } PekoEingabe;
 
 /*
@@ -169,11 +169,11 @@ typedef struct PekoEingabe {
 typedef struct ReportParams {
     uint32_t ParamFlags;
     int32_t Zeitraum;   /* 0 from VonDatum to BisDatum, 1..12 fiscal month, 13..16 quarter, 17 the year */
-    char VonDatum[7];   /* first day, six digits TTMMJJ by the calendar                                 */
-    char BisDatum[7];   /* last day, likewise                                                           */
-    int32_t JahrIndex;  /* fiscal year, counted from 1980                                               */
-    int32_t ArchivJahr; /* four-digit year of an archive, 0 for none                                    */
-    int32_t KontoArt;   /* 1, 2, 4 or 8                                                                 */
+    char VonDatum[7];   /* first day, six digits TTMMJJ by the calendar */
+    char BisDatum[7];   /* last day, likewise */
+    int32_t JahrIndex;  /* fiscal year, counted from 1980 */
+    int32_t ArchivJahr; /* four-digit year of an archive, 0 for none */
+    int32_t KontoArt;   /* 1, 2, 4 or 8 */
     char SachkontoVon[8];
     char SachkontoBis[8];
     char KreditorVon[8];
@@ -182,8 +182,8 @@ typedef struct ReportParams {
     char DebitorBis[8];
     char KostenstelleVon[8];
     char KostenstelleBis[8];
-    int32_t Ausgabe;     /* 0 Bildschirm, 1 Drucker                                                      */
-    uint32_t ViewResult; /* written by the call: 1 after a finished report, else 0                       */
+    int32_t Ausgabe;     /* 0 Bildschirm, 1 Drucker */
+    uint32_t ViewResult; /* written by the call: 1 after a finished report, else 0 */
 } ReportParams;
 
 #pragma pack(pop)
@@ -195,9 +195,7 @@ typedef char VarkSizeOfSplitEingabe[sizeof(SplitEingabe) == 1060 ? 1 : -1];
 typedef char VarkSizeOfPekoEingabe[sizeof(PekoEingabe) == 306 ? 1 : -1];
 typedef char VarkSizeOfReportParams[sizeof(ReportParams) == 106 ? 1 : -1];
 
-/* ----------------------------------------------------------------------------------------------------------
- */
-/* Library */
+/* ---- Library ---- */
 
 /*
  * State of the library: 1 ready, -36 no data path, -3 no record manager, -42 no slot for thread state. A
@@ -212,9 +210,7 @@ int32_t VARK_CALL VARK_Status(void);
  */
 void VARK_CALL VARK_SchliesseDB(void);
 
-/* ----------------------------------------------------------------------------------------------------------
- */
-/* Bookings */
+/* ---- Bookings ---- */
 
 /*
  * Writes one booking into a Stapel, whole or not at all; when the call returns 1 it is on disk.
@@ -308,9 +304,7 @@ int32_t VARK_CALL VARK_SplitEinfuegenEx(const char *sollkonto, int32_t sollArt, 
  */
 int32_t VARK_CALL VARK_SplitEnde(int32_t post, int32_t showMessages);
 
-/* ----------------------------------------------------------------------------------------------------------
- */
-/* Personal accounts */
+/* ---- Personal accounts ---- */
 
 /*
  * Creates (aktion 1), changes (2) or deletes (3) a Kreditor (art 2) or Debitor (art 4). To change or delete,
@@ -374,9 +368,7 @@ int32_t VARK_CALL VARK_ExistiertKonto(int32_t mandant, const char *konto, int32_
 int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kontoart, int32_t showMessages,
                                  int32_t form, char *out);
 
-/* ----------------------------------------------------------------------------------------------------------
- */
-/* Reading */
+/* ---- Reading ---- */
 /*
  * A thread has one cursor: VARK_InitHole... starts it and ends the one before, VARK_Hole... delivers a record
  * and moves on, VARK_BeendeHolen ends it early. Other calls may come in between.
@@ -469,12 +461,11 @@ int32_t VARK_CALL VARK_HoleOP(char *konto, char *referenz1, char *referenz2, cha
                               char *datum3, char *text1, char *text2, int32_t form, char *betrag1,
                               char *betrag2, char *waehrung);
 
-/* ----------------------------------------------------------------------------------------------------------
- */
-/* Choosing */
+/* ---- Choosing ---- */
 /*
  * Each opens a modal dialog over owner (null: the active window) on the calling thread and returns when it
- * has ended. All but VARK_HoleKonto remember the choice in vark.ini and offer it again.
+ * has ended. All but VARK_HoleKonto remember the choice in vark.ini and offer it again. An unknown Mandant
+ * (-5) is shown (1408) as the thread's last showMessages says.
  */
 
 /* The number of the Mandant chosen; 0 cancelled; -1 nothing to choose from; -2 a line without a number; -3.
@@ -482,7 +473,7 @@ int32_t VARK_CALL VARK_HoleOP(char *konto, char *referenz1, char *referenz2, cha
 int32_t VARK_CALL VARK_HoleMandantenNr(VarkWindow owner);
 
 /*
- * The number of the Stapel chosen; 0 cancelled; -3; -5 (1408). A negative mandant is the Mandant's number
+ * The number of the Stapel chosen; 0 cancelled; -3; -5. A negative mandant is the Mandant's number
  * with the sign turned: the dialog then lists every Stapel, and the user may make, change and delete them.
  */
 int32_t VARK_CALL VARK_HoleStapelNr(VarkWindow owner, int32_t mandant);
@@ -502,9 +493,7 @@ int32_t VARK_CALL VARK_HoleZahlungsziel(VarkWindow owner, int32_t mandant);
 /* The number of the Kostenschablone chosen; 0 cancelled; -3; -5. */
 int32_t VARK_CALL VARK_HoleKostenschablone(VarkWindow owner, int32_t mandant);
 
-/* ----------------------------------------------------------------------------------------------------------
- */
-/* Reports */
+/* ---- Reports ---- */
 /*
  * A report asks for its period and range in a modal dialog over parent, computes, and shows its pages in a
  * window or prints them. params may be null; where it is given it fills the dialog in advance, takes the

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -41,10 +40,19 @@ Span Trimmed(Span span)
     return span;
 }
 
+// The letters of names are ASCII; strcasecmp would follow the host's locale.
+char Lower(char letter)
+{
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 bool Equals(Span span, const char *text)
 {
-    const auto length = static_cast<size_t>(span.End - span.Begin);
-    return length == std::strlen(text) && strncasecmp(span.Begin, text, length) == 0;
+    while (span.Begin < span.End && *text != 0 && Lower(*span.Begin) == Lower(*text)) {
+        ++span.Begin;
+        ++text;
+    }
+    return span.Begin == span.End && *text == 0;
 }
 
 // The line that begins at `at`, without its line feed; `at` moves to the next one.

@@ -1,0 +1,274 @@
+// Each rule fails where it should: an offending text beside one that is as it should be.
+#include "rules.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+using namespace house;
+
+namespace {
+
+// What a rule says of a tree of one file.
+std::string Said(Breaches (*rule)(const Files &), const std::string &path, const std::string &text)
+{
+    std::string said;
+    for (const Breach &breach : rule({{path, text}})) {
+        said += std::to_string(breach.Line) + ": " + breach.Why + "\n";
+    }
+    return said;
+}
+
+// What the layer rule says of `from` including `to`, both in the tree.
+std::string SaidOfInclude(const std::string &from, const std::string &to)
+{
+    std::string said;
+    for (const Breach &breach : Layers({{from, "#include \"" + to + "\"\n"}, {to, ""}})) {
+        said += breach.Why;
+    }
+    return said;
+}
+
+} // namespace
+
+TEST(Reading, CodeIsWhatRemainsWithoutCommentsAndLiterals)
+{
+    EXPECT_EQ("a      b", CodeOf("a /*x*/b"));
+    EXPECT_EQ("a     \nb", CodeOf("a // x\nb"));
+    EXPECT_EQ("f(\"  \", ' ')", CodeOf("f(\"a\\\"\", 'x')").replace(2, 5, "\"  \""));
+    EXPECT_EQ("1'000 + 2", CodeOf("1'000 + 2"));
+    EXPECT_EQ("R\"       \" + x", CodeOf("R\"X(a\"b)X\" + x"));
+}
+
+TEST(Reading, LiteralsAreJoinedAndKeepTheirSuffix)
+{
+    const auto literals = LiteralsOf("f(\"a\"\n  \"b\"_w, \"c\");\n#include \"d.h\"\ng(\"e\");");
+    ASSERT_EQ(3u, literals.size());
+    EXPECT_EQ("ab", literals[0].Text);
+    EXPECT_EQ("_w", literals[0].Suffix);
+    EXPECT_EQ("c", literals[1].Text);
+    EXPECT_EQ("", literals[1].Suffix);
+    EXPECT_EQ("e", literals[2].Text);
+    EXPECT_EQ(4, literals[2].Line);
+}
+
+TEST(Reading, IncludesInCommentsDoNotCount)
+{
+    const auto includes =
+        IncludesOf("// #include \"a.h\"\n#include \"b.h\"\n#  include <c>\n/*\n#include <d>\n*/\n");
+    ASSERT_EQ(2u, includes.size());
+    EXPECT_EQ("b.h", includes[0].Target);
+    EXPECT_TRUE(includes[0].Quoted);
+    EXPECT_EQ("c", includes[1].Target);
+    EXPECT_FALSE(includes[1].Quoted);
+    EXPECT_EQ(3, includes[1].Line);
+}
+
+TEST(LayerRule, RefusesArrowsUpwardsAndSideways)
+{
+    const struct {
+        const char *From;
+        const char *To;
+        bool Allowed;
+    } rows[] = {
+        {"src/booking/a.cpp", "src/values/b.h", true},
+        {"src/values/a.cpp", "src/booking/b.h", false},
+        {"src/booking/a.cpp", "src/booking/b.h", true},
+        {"src/model/a.h", "src/model/b.h", true},
+        {"src/model/a.h", "text/b.h", false},
+        {"src/model/a.h", "include/vark40.h", false},
+        {"src/frame/a.h", "include/vark40.h", true},
+        {"src/frame/a.h", "src/values/b.h", false},
+        {"src/frame/a.h", "src/platform/b.h", true},
+        {"src/reports/tax/a.cpp", "src/reports/frame/b.h", true},
+        {"src/reports/frame/a.cpp", "src/reports/tax/b.h", false},
+        {"src/reports/tax/a.cpp", "src/reports/cost/b.h", false},
+        {"src/reports/tax/a.cpp", "src/reports/tax/b.h", true},
+        {"src/platform/linux/a.cpp", "record-manager/btrcall.h", true},
+        {"src/platform/linux/a.cpp", "record-manager/store.h", false},
+        {"src/frame/a.cpp", "tools/b.h", false},
+        {"src/elsewhere/a.cpp", "src/model/b.h", false},
+        {"src/a.cpp", "src/frame/b.h", true},
+        {"src/frame/a.cpp", "src/b.h", false},
+        {"record-manager/a.cpp", "record-manager/b.h", true},
+        {"record-manager/a.cpp", "text/b.h", true},
+        {"record-manager/a.cpp", "src/model/b.h", false},
+        {"record-manager/a.cpp", "window-system/varkui.h", false},
+        {"report-engine/a.cpp", "window-system/varkui.h", true},
+        {"report-engine/a.cpp", "window-system/window.h", false},
+        {"text/a.h", "src/model/b.h", false},
+        {"tools/a.cpp", "include/vark40.h", true},
+        {"tools/a.cpp", "src/booking/b.h", false},
+        {"examples/a.c", "src/model/b.h", false},
+        {"include/vark40.h", "src/model/b.h", false},
+        {"tests/frame/a.cpp", "src/frame/b.h", true},
+    };
+    for (const auto &row : rows) {
+        const std::string said = SaidOfInclude(row.From, row.To);
+        EXPECT_EQ(row.Allowed, said.empty()) << row.From << " includes " << row.To << ": " << said;
+    }
+}
+
+TEST(LayerRule, RefusesAnIncludeOfNothing)
+{
+    EXPECT_EQ("1: there is no src/model/gone.h\n",
+              Said(Layers, "src/frame/a.cpp", "#include \"src/model/gone.h\"\n"));
+}
+
+TEST(LayerRule, RefusesLibraryHeadersInTheModel)
+{
+    EXPECT_EQ("", Said(Layers, "src/model/a.h", "#include <cstdint>\n"));
+    EXPECT_NE("", Said(Layers, "src/model/a.h", "#include <cstring>\n"));
+}
+
+TEST(PlatformRule, RefusesTheOperatingSystemAboveIt)
+{
+    EXPECT_EQ("", Said(PlatformStaysBelow, "src/platform/linux/a.cpp", "#include <unistd.h>\n"));
+    EXPECT_NE("", Said(PlatformStaysBelow, "src/frame/a.cpp", "#include <unistd.h>\n"));
+    EXPECT_NE("", Said(PlatformStaysBelow, "src/platform/a.cpp", "#include <windows.h>\n"));
+    EXPECT_NE("", Said(PlatformStaysBelow, "src/frame/a.cpp", "\n#ifdef _WIN32\n#endif\n"));
+    EXPECT_EQ("", Said(PlatformStaysBelow, "src/frame/a.cpp", "// _WIN32\n#include <cstring>\n"));
+}
+
+TEST(CallRule, RefusesBannedCallsAndNamesWhatToUse)
+{
+    EXPECT_EQ("2: atoi is banned; use std::from_chars: it follows no locale and tells a bad text from 0\n",
+              Said(BannedCalls, "tools/a.cpp", "\nint x = atoi(\"1\");\n"));
+    EXPECT_NE("", Said(BannedCalls, "src/frame/a.cpp", "std::strcpy (a, b);"));
+    EXPECT_NE("", Said(BannedCalls, "src/frame/a.cpp", "if (isdigit(a)) x();"));
+    EXPECT_EQ("", Said(BannedCalls, "tools/a.cpp", "if (isdigit(a)) x();"));
+    EXPECT_NE("", Said(BannedCalls, "src/frame/a.cpp", "abort();"));
+    EXPECT_EQ("", Said(BannedCalls, "src/frame/a.cpp", "MyStrcpy(a, b); // strcpy(a, b)\nf(\"strcpy(\");"));
+}
+
+TEST(CallRule, RefusesFloatingPointInFormats)
+{
+    EXPECT_NE("", Said(BannedCalls, "src/frame/a.cpp", "F(\"%.2f\", x);"));
+    EXPECT_NE("", Said(BannedCalls, "src/frame/a.cpp", "F(\"%d %lg\", x, y);"));
+    EXPECT_EQ("", Said(BannedCalls, "src/frame/a.cpp", "F(\"100% frei, %d%%\", x);"));
+}
+
+TEST(CallRule, RefusesNewThatThrows)
+{
+    EXPECT_NE("", Said(BannedCalls, "src/frame/a.cpp", "auto *a = new Thing;"));
+    EXPECT_NE("", Said(BannedCalls, "src/frame/a.cpp", "auto *a = new (place) Thing;"));
+    EXPECT_EQ("", Said(BannedCalls, "src/frame/a.cpp", "auto *a = new (std::nothrow) Thing; // new one"));
+    EXPECT_EQ("", Said(BannedCalls, "tools/a.cpp", "auto *a = new Thing;"));
+}
+
+TEST(PlainRule, RefusesClassesExceptionsAndThrowingContainers)
+{
+    EXPECT_NE("", Said(PlainCode, "src/frame/a.cpp", "class A {};"));
+    EXPECT_NE("", Said(PlainCode, "record-manager/a.cpp", "struct A { virtual void F(); };"));
+    EXPECT_NE("", Said(PlainCode, "window-system/a.cpp", "try { F(); } catch (...) {}"));
+    EXPECT_NE("", Said(PlainCode, "src/frame/a.cpp", "#include <vector>\n"));
+    EXPECT_EQ("", Said(PlainCode, "src/frame/a.cpp",
+                       "enum class A { B };\ntemplate <class T, class U> void F(T);"));
+    EXPECT_EQ("", Said(PlainCode, "tools/a.cpp", "#include <vector>\nclass A {};"));
+}
+
+TEST(WidthRule, CountsCharactersAndNotBytes)
+{
+    std::string umlauts;
+    for (int i = 0; i < 110; ++i) {
+        umlauts += "ü";
+    }
+    EXPECT_EQ("", Said(LineWidth, "src/a.h", umlauts + "\n"));
+    EXPECT_EQ("2: 111 characters\n", Said(LineWidth, "src/a.h", "\n" + umlauts + "x\n"));
+    EXPECT_EQ("", Said(LineWidth, "README.md", umlauts + "x\n"));
+}
+
+TEST(OrphanRule, RefusesAHeaderThatNothingIncludes)
+{
+    EXPECT_EQ("1: nothing includes it\n", Said(Orphans, "src/frame/a.h", ""));
+    EXPECT_TRUE(
+        Orphans({{"src/frame/a.h", ""}, {"src/frame/a.cpp", "#include \"src/frame/a.h\"\n"}}).empty());
+}
+
+TEST(OrphanRule, RefusesATestThatNoListNames)
+{
+    const SourceFile test{"tests/frame/a_test.cpp", ""};
+    EXPECT_EQ("", Said(Orphans, "tests/frame/stand_in.c", ""));
+    EXPECT_EQ(1u, Orphans({test}).size());
+    EXPECT_EQ(1u, Orphans({test, {"tests/frame/CMakeLists.txt", "SOURCES aa_test.cpp"}}).size());
+    EXPECT_TRUE(Orphans({test, {"tests/frame/CMakeLists.txt", "SOURCES a_test.cpp"}}).empty());
+}
+
+TEST(ReadmeRule, RefusesWhatIsNotSo)
+{
+    const std::string program = "int main(void) { return 0; }\n";
+    const std::string head = "```c\n" + program + "```\n";
+    const std::string model = "| `src/model/` | records |\n";
+    const std::string values = "| `src/values/` | amounts |\n";
+    const std::string examples = "| `examples/` | hosts |\n";
+    const auto Count = [&](const std::string &readme) {
+        return ReadmeIsTrue({{"README.md", readme},
+                             {"examples/buchen.c", program},
+                             {"src/model/a.h", ""},
+                             {"src/values/b.h", ""}})
+            .size();
+    };
+    EXPECT_EQ(0u, Count(head + examples + values + model));
+    EXPECT_EQ(1u, Count(head + examples + model + values));
+    EXPECT_EQ(1u, Count(head + examples + values));
+    EXPECT_EQ(1u, Count(head + "| `src/booking/` | gone |\n" + examples + values + model));
+    EXPECT_EQ(1u, Count("```c\nint main(void);\n```\n" + examples + values + model));
+}
+
+TEST(TextRule, RefusesTextsThatAreNotTurnedOver)
+{
+    EXPECT_NE("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"Kürzel\");"));
+    EXPECT_NE("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"K\\xFCrzel\");"));
+    EXPECT_NE("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"K\\374rzel\");"));
+    EXPECT_EQ("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"Kürzel\"_w); // Kürzel"));
+    EXPECT_EQ("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"Kür\"\n  \"zel\"_w);"));
+    EXPECT_EQ("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"\\x1F\\\\xFC\");"));
+    EXPECT_EQ("", Said(TextsAreTurnedOver, "tools/a.cpp", "F(\"Kürzel\");"));
+}
+
+TEST(WordRule, RefusesWhatSendsTheReaderElsewhere)
+{
+    const std::string comment = "// The ";
+    EXPECT_NE("", Said(Words, "src/a.h", comment + "TO" + "DO: later"));
+    EXPECT_NE("", Said(Words, "README.md", comment + "Par" + "t 3.1 says"));
+    EXPECT_NE("", Said(Words, "src/a.h", comment + "Spe" + "cification wants it."));
+    EXPECT_EQ("", Said(Words, "src/a.h", "// Part of a special method; the species specifies nothing."));
+}
+
+TEST(HeaderRule, RefusesAHeaderThatNeedsAnother)
+{
+    namespace fs = std::filesystem;
+    std::string folder = (fs::temp_directory_path() / "vark-canary-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(folder.data()));
+    std::ofstream(fs::path(folder) / "good.h")
+        << "#pragma once\n#include <cstdint>\ninline std::uint8_t F() { return 1; }\n";
+    std::ofstream(fs::path(folder) / "bad.h") << "#pragma once\ninline std::uint8_t G() { return 1; }\n";
+    const Breaches breaches = HeadersCompileAlone(folder, {"good.h", "bad.h", "good.h"});
+    fs::remove_all(folder);
+    ASSERT_EQ(1u, breaches.size());
+    EXPECT_EQ("bad.h", breaches[0].Path);
+    EXPECT_NE(std::string::npos, breaches[0].Why.find("error")) << breaches[0].Why;
+}
+
+TEST(NeedsRule, RefusesALibraryBeyondTheRuntime)
+{
+    namespace fs = std::filesystem;
+    std::string folder = (fs::temp_directory_path() / "vark-canary-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(folder.data()));
+    // A library that needs another one of our own making.
+    const std::string compiler =
+        "cd '" + folder + "' && " VARK_CXX " -shared -Wl,--no-as-needed -x c++ /dev/null ";
+    OutputOf(compiler + "-Wl,-soname,libother.so.1 -o libother.so");
+    OutputOf(compiler + "-x none -Wl,-soname,libone.so -o libone.so libother.so");
+    const Breaches breaches = DynamicNeeds(folder + "/libone.so");
+    const Breaches clean = DynamicNeeds(folder + "/libother.so");
+    fs::remove_all(folder);
+    ASSERT_EQ(1u, breaches.size());
+    EXPECT_EQ("needs libother.so.1", breaches[0].Why);
+    EXPECT_TRUE(clean.empty());
+}
+
+TEST(NeedsRule, RefusesWhatIsNoSharedLibrary)
+{
+    EXPECT_FALSE(DynamicNeeds(VARK_SOURCE_DIR "/CMakeLists.txt").empty());
+}

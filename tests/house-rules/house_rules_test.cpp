@@ -1,0 +1,53 @@
+// The tree keeps the rules of this house.
+#include "rules.h"
+
+#include <gtest/gtest.h>
+
+using namespace house;
+
+namespace {
+
+const Files &Tree()
+{
+    static const Files files = ReadTree(VARK_SOURCE_DIR);
+    return files;
+}
+
+std::string Told(const Breaches &breaches)
+{
+    std::string text;
+    for (const Breach &breach : breaches) {
+        text += breach.Path + ":" + std::to_string(breach.Line) + ": " + breach.Why + "\n";
+    }
+    return text;
+}
+
+} // namespace
+
+TEST(HouseRules, IncludesPointDownwards) { EXPECT_EQ("", Told(Layers(Tree()))); }
+
+TEST(HouseRules, OnlyThePlatformSeesTheOperatingSystem) { EXPECT_EQ("", Told(PlatformStaysBelow(Tree()))); }
+
+TEST(HouseRules, NoBannedCalls) { EXPECT_EQ("", Told(BannedCalls(Tree()))); }
+
+TEST(HouseRules, LibraryAndPartsArePlainStructuresAndFunctions) { EXPECT_EQ("", Told(PlainCode(Tree()))); }
+
+TEST(HouseRules, LinesAreAtMost110Wide) { EXPECT_EQ("", Told(LineWidth(Tree()))); }
+
+TEST(HouseRules, NothingIsLeftLying) { EXPECT_EQ("", Told(Orphans(Tree()))); }
+
+TEST(HouseRules, LibraryNeedsNothingButTheRuntime) { EXPECT_EQ("", Told(DynamicNeeds(VARK_LIBRARY))); }
+
+TEST(HouseRules, GermanTextsAreWindows1252) { EXPECT_EQ("", Told(TextsAreTurnedOver(Tree()))); }
+
+TEST(HouseRules, CommentsCarryTheirReasons) { EXPECT_EQ("", Told(Words(Tree()))); }
+
+TEST(HouseRules, EveryHeaderCompilesAlone)
+{
+    std::vector<std::string> headers;
+    for (const SourceFile &file : Tree()) {
+        if (file.Path.ends_with(".h")) headers.push_back(file.Path);
+    }
+    ASSERT_GT(headers.size(), 10u);
+    EXPECT_EQ("", Told(HeadersCompileAlone(VARK_SOURCE_DIR, headers)));
+}

@@ -1,0 +1,628 @@
+#include "rules.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+namespace house {
+
+const std::vector<std::string> layersLowestFirst = {
+    "text",        "src/model",   "src/platform", "src/frame",         "src/values",
+    "src/pickers", "src/booking", "src/cursors",  "src/reports/frame",
+};
+
+const std::vector<std::string> siblings = {"src/reports/financial", "src/reports/tax", "src/reports/cost"};
+
+namespace {
+
+const std::vector<std::string> parts = {"record-manager", "window-system", "report-engine"};
+
+// What the library, the tools and one part may see of another part.
+bool IsPublicHeaderOfAPart(std::string_view path)
+{
+    static const std::set<std::string_view> known = {
+        "record-manager/btrcall.h", "window-system/varkui.h", "window-system/dialog_table.h",
+        "window-system/calls.def", // the list of the window calls, from which forwarders are made
+        "report-engine/rs.h",
+    };
+    return known.contains(path);
+}
+
+bool IsInLibraryOrPart(std::string_view path)
+{
+    return LiesIn(path, "src") || std::any_of(parts.begin(), parts.end(),
+                                              [&](const std::string &part) { return LiesIn(path, part); });
+}
+
+bool IsWordCharacter(char character)
+{
+    return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
+}
+
+int LineOf(std::string_view text, size_t at)
+{
+    return static_cast<int>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n')) +
+           1;
+}
+
+// Positions at which `word` stands by itself.
+std::vector<size_t> Find(std::string_view text, std::string_view word)
+{
+    std::vector<size_t> found;
+    for (size_t at = text.find(word); at != std::string_view::npos; at = text.find(word, at + 1)) {
+        const size_t end = at + word.size();
+        const bool begins = at == 0 || !IsWordCharacter(text[at - 1]) || !IsWordCharacter(word.front());
+        const bool ends = end >= text.size() || !IsWordCharacter(text[end]) || !IsWordCharacter(word.back());
+        if (begins && ends) found.push_back(at);
+    }
+    return found;
+}
+
+char FirstAfter(std::string_view text, size_t at)
+{
+    const size_t next = text.find_first_not_of(" \t\n", at);
+    return next == std::string_view::npos ? '\0' : text[next];
+}
+
+// Rank of a path in the layers; siblings share the rank above the last, and a source right in src/ stands
+// above all; -1 for a path outside.
+int RankOf(std::string_view path)
+{
+    if (LiesIn(path, "src") && path.rfind('/') == 3) return static_cast<int>(layersLowestFirst.size()) + 1;
+    for (size_t i = 0; i < layersLowestFirst.size(); ++i) {
+        if (LiesIn(path, layersLowestFirst[i])) return static_cast<int>(i);
+    }
+    for (const std::string &folder : siblings) {
+        if (LiesIn(path, folder)) return static_cast<int>(layersLowestFirst.size());
+    }
+    return -1;
+}
+
+std::string SiblingOf(std::string_view path)
+{
+    for (const std::string &folder : siblings) {
+        if (LiesIn(path, folder)) return folder;
+    }
+    return "";
+}
+
+// The path from the root that a quoted include means; empty when there is no such file.
+std::string Resolve(const std::set<std::string> &paths, const std::string &from, const std::string &target)
+{
+    std::string beside =
+        (std::filesystem::path(from).parent_path() / target).lexically_normal().generic_string();
+    if (paths.contains(beside)) return beside;
+    return paths.contains(target) ? target : "";
+}
+
+std::set<std::string> PathsOf(const Files &files)
+{
+    std::set<std::string> paths;
+    for (const SourceFile &file : files) {
+        paths.insert(file.Path);
+    }
+    return paths;
+}
+
+// Why `from` must not include `to`; empty when it may.
+std::string WhyNot(const std::string &from, const std::string &to)
+{
+    const int fromRank = RankOf(from);
+    const int toRank = RankOf(to);
+    if (LiesIn(from, "src") && fromRank < 0) return from + " lies in no layer";
+    if (fromRank >= 0) {
+        if (to == "include/vark40.h") {
+            return fromRank >= RankOf("src/frame/x") ? ""
+                                                     : "the exported interface is known from src/frame up";
+        }
+        if (IsPublicHeaderOfAPart(to) && LiesIn(from, "src") && !LiesIn(from, "src/model")) return "";
+        if (toRank < 0) return "the library sees of a part its public header alone";
+        if (toRank > fromRank) return "the arrow points upwards";
+        if (LiesIn(from, "src/model") && !LiesIn(to, "src/model"))
+            return "the model knows nothing but itself";
+        if (toRank == fromRank && SiblingOf(from) != SiblingOf(to))
+            return "no report includes another group's";
+        return "";
+    }
+    for (const std::string &part : parts) {
+        if (!LiesIn(from, part)) continue;
+        if (LiesIn(to, part) || LiesIn(to, "text")) return "";
+        // The report engine opens its views in the window system.
+        if (part == "report-engine" && LiesIn(to, "window-system") && IsPublicHeaderOfAPart(to)) return "";
+        return "a part includes nothing but its own headers and text/";
+    }
+    if (LiesIn(from, "tools") || LiesIn(from, "examples")) {
+        // Tools read and write records where no export exists; the examples are what a host would write.
+        if (LiesIn(to, "tools") && LiesIn(from, "tools")) return "";
+        if (to == "include/vark40.h") return "";
+        if (LiesIn(from, "tools") &&
+            (LiesIn(to, "src/model") || LiesIn(to, "text") || IsPublicHeaderOfAPart(to))) {
+            return "";
+        }
+        return "hosts use the exported interface";
+    }
+    if (LiesIn(from, "include")) return "the exported header stands alone";
+    return ""; // tests and benchmarks look at what they like
+}
+
+} // namespace
+
+Breaches Layers(const Files &files)
+{
+    Breaches breaches;
+    const std::set<std::string> paths = PathsOf(files);
+    for (const SourceFile &file : files) {
+        if (!IsCOrCpp(file.Path)) continue;
+        for (const Include &include : IncludesOf(file.Text)) {
+            if (!include.Quoted) {
+                if (LiesIn(file.Path, "src/model") && include.Target != "cstdint" &&
+                    include.Target != "cstddef") {
+                    breaches.push_back(
+                        {file.Path, include.Line, "the model includes <cstdint> and <cstddef> alone"});
+                }
+                continue;
+            }
+            const std::string target = Resolve(paths, file.Path, include.Target);
+            if (target.empty()) {
+                breaches.push_back({file.Path, include.Line, "there is no " + include.Target});
+                continue;
+            }
+            const std::string why = WhyNot(file.Path, target);
+            if (why.empty()) continue;
+            breaches.push_back({file.Path, include.Line, "includes "});
+            breaches.back().Why.append(target).append(": ").append(why);
+        }
+    }
+    return breaches;
+}
+
+Breaches PlatformStaysBelow(const Files &files)
+{
+    static const std::set<std::string> allowed = {
+        "src/platform/window_api.h", // chooses between user32 and the window system
+    };
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        const bool below =
+            LiesIn(file.Path, "src/platform/linux") || LiesIn(file.Path, "src/platform/windows");
+        if (!IsCOrCpp(file.Path) || below || allowed.contains(file.Path)) continue;
+        if (!LiesIn(file.Path, "src") && !LiesIn(file.Path, "text")) continue;
+        for (const Include &include : IncludesOf(file.Text)) {
+            if (!include.Quoted && include.Target.find('.') != std::string::npos) {
+                breaches.push_back({file.Path, include.Line,
+                                    "<" + include.Target + "> belongs into src/platform/linux or windows"});
+            }
+        }
+        const std::string code = CodeOf(file.Text);
+        for (const char *word : {"_WIN32", "_WIN64", "__linux__", "__unix__", "__gnu_linux__"}) {
+            for (const size_t at : Find(code, word)) {
+                breaches.push_back(
+                    {file.Path, LineOf(code, at), std::string(word) + " stays in src/platform"});
+            }
+        }
+    }
+    return breaches;
+}
+
+Breaches BannedCalls(const Files &files)
+{
+    const char *const bounded = "text::CopyText and its like (text/fixed_text.h), which know the width";
+    const char *const number = "std::from_chars: it follows no locale and tells a bad text from 0";
+    const char *const written = "std::to_chars and the bounded helpers: they follow no locale";
+    const char *const letters = "a comparison of the byte itself: the locale is the host's";
+    const char *const failure = "a result: the host goes on whatever happens here";
+    const struct {
+        const char *Call;
+        const char *Instead;
+        bool LibraryOnly; // tests and tools may
+    } rules[] = {
+        {"strcpy", bounded, false},
+        {"strcat", bounded, false},
+        {"strncpy", bounded, false},
+        {"strncat", bounded, false},
+        {"stpcpy", bounded, false},
+        {"gets", bounded, false},
+        {"sprintf", written, false},
+        {"vsprintf", written, false},
+        {"to_string", written, true},
+        {"atof", number, false},
+        {"atoi", number, false},
+        {"atol", number, false},
+        {"atoll", number, false},
+        {"strtod", number, false},
+        {"strtof", number, false},
+        {"strtold", number, false},
+        {"strtol", number, false},
+        {"strtoul", number, false},
+        {"strtoll", number, false},
+        {"strtoull", number, false},
+        {"sscanf", number, false},
+        {"fscanf", number, false},
+        {"scanf", number, false},
+        {"stod", number, false},
+        {"stoi", number, true},
+        {"setlocale", letters, true},
+        {"tolower", letters, true},
+        {"toupper", letters, true},
+        {"isalpha", letters, true},
+        {"isalnum", letters, true},
+        {"isdigit", letters, true},
+        {"isspace", letters, true},
+        {"isupper", letters, true},
+        {"islower", letters, true},
+        {"isprint", letters, true},
+        {"strcasecmp", letters, true},
+        {"strncasecmp", letters, true},
+        {"strcoll", letters, false},
+        {"localtime", "localtime_r", false},
+        {"gmtime", "gmtime_r", false},
+        {"strtok", "a pointer that moves", false},
+        {"abort", failure, true},
+        {"exit", failure, true},
+        {"quick_exit", failure, true},
+        {"terminate", failure, true},
+        {"make_unique", "new (std::nothrow), whose null is handled", true},
+        {"make_shared", "new (std::nothrow), whose null is handled", true},
+    };
+    // A child process may end; the host never does.
+    const std::set<std::string> processes = {"window-system/gtk/main.cpp"};
+
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        if (!IsCOrCpp(file.Path)) continue;
+        const std::string code = CodeOf(file.Text);
+        for (const auto &rule : rules) {
+            if (rule.LibraryOnly && !IsInLibraryOrPart(file.Path)) continue;
+            if (rule.Instead == failure && processes.contains(file.Path)) continue;
+            for (const size_t at : Find(code, rule.Call)) {
+                if (FirstAfter(code, at + std::string_view(rule.Call).size()) != '(') continue;
+                breaches.push_back({file.Path, LineOf(code, at),
+                                    std::string(rule.Call) + " is banned; use " + rule.Instead});
+            }
+        }
+        for (const Literal &literal : LiteralsOf(file.Text)) {
+            for (size_t at = literal.Text.find('%'); at != std::string::npos;
+                 at = literal.Text.find('%', at + 1)) {
+                const size_t letter = literal.Text.find_first_not_of("0123456789.*+-#l", at + 1);
+                if (letter == std::string::npos) break;
+                const bool ends =
+                    letter + 1 >= literal.Text.size() || !IsWordCharacter(literal.Text[letter + 1]);
+                if (ends && std::string_view("fFeEgG").find(literal.Text[letter]) != std::string_view::npos &&
+                    IsInLibraryOrPart(file.Path)) {
+                    breaches.push_back({file.Path, literal.Line, "%f follows the locale; use std::to_chars"});
+                }
+                at = letter - 1;
+            }
+        }
+        if (!IsInLibraryOrPart(file.Path)) continue;
+        for (const size_t at : Find(code, "new")) {
+            const size_t next = code.find_first_not_of(" \t\n", at + 3);
+            if (next == std::string::npos || code.compare(next, 14, "(std::nothrow)") == 0) continue;
+            if (at >= 8 && code.compare(at - 9, 9, "operator ") == 0) continue;
+            breaches.push_back(
+                {file.Path, LineOf(code, at), "new without std::nothrow ends the host for lack of memory"});
+        }
+    }
+    return breaches;
+}
+
+Breaches PlainCode(const Files &files)
+{
+    const char *const throwing[] = {
+        "string",        "vector",    "map",     "set",     "deque",  "list",  "unordered_map",
+        "unordered_set", "iostream",  "sstream", "fstream", "locale", "regex", "functional",
+        "any",           "stdexcept", "format",  "iomanip", "queue",  "stack", "forward_list",
+    };
+    const char *const words[] = {"virtual",      "throw",  "try",    "catch",
+                                 "dynamic_cast", "typeid", "friend", "mutable"};
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        if (!IsCOrCpp(file.Path) || !IsInLibraryOrPart(file.Path)) continue;
+        for (const Include &include : IncludesOf(file.Text)) {
+            for (const char *header : throwing) {
+                if (!include.Quoted && include.Target == header) {
+                    breaches.push_back(
+                        {file.Path, include.Line, "<" + include.Target + "> throws for lack of memory"});
+                }
+            }
+        }
+        const std::string code = CodeOf(file.Text);
+        for (const char *word : words) {
+            for (const size_t at : Find(code, word)) {
+                breaches.push_back(
+                    {file.Path, LineOf(code, at), std::string(word) + ": plain structures and functions"});
+            }
+        }
+        for (const size_t at : Find(code, "class")) {
+            const size_t before = code.find_last_not_of(" \t\n", at == 0 ? 0 : at - 1);
+            const bool parameter =
+                at > 0 && before != std::string::npos && (code[before] == '<' || code[before] == ',');
+            const bool enumeration = at >= 5 && code.compare(at - 5, 5, "enum ") == 0;
+            if (parameter || enumeration) continue;
+            breaches.push_back({file.Path, LineOf(code, at), "class: plain structures and functions"});
+        }
+    }
+    return breaches;
+}
+
+Breaches LineWidth(const Files &files)
+{
+    constexpr size_t widest = 110;
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        if (!IsCOrCpp(file.Path)) continue;
+        const std::vector<std::string> lines = Lines(file.Text);
+        for (size_t i = 0; i < lines.size(); ++i) {
+            const auto characters =
+                static_cast<size_t>(std::count_if(lines[i].begin(), lines[i].end(), [](char byte) {
+                    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+                }));
+            if (characters > widest) {
+                breaches.push_back(
+                    {file.Path, static_cast<int>(i) + 1, std::to_string(characters) + " characters"});
+            }
+        }
+    }
+    return breaches;
+}
+
+Breaches Orphans(const Files &files)
+{
+    const std::set<std::string> paths = PathsOf(files);
+    std::set<std::string> included;
+    for (const SourceFile &file : files) {
+        if (!IsCOrCpp(file.Path)) continue;
+        for (const Include &include : IncludesOf(file.Text)) {
+            if (include.Quoted) included.insert(Resolve(paths, file.Path, include.Target));
+        }
+    }
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        if (IsHeader(file.Path) && !included.contains(file.Path)) {
+            breaches.push_back({file.Path, 1, "nothing includes it"});
+        }
+        const std::filesystem::path path(file.Path);
+        if (!LiesIn(file.Path, "tests") || !file.Path.ends_with("_test.cpp")) continue;
+        const std::string list = (path.parent_path() / "CMakeLists.txt").generic_string();
+        const auto found = std::find_if(files.begin(), files.end(),
+                                        [&](const SourceFile &other) { return other.Path == list; });
+        if (found == files.end() || Find(found->Text, path.filename().string()).empty()) {
+            breaches.push_back({file.Path, 1, "no list of sources in its folder names it, so it never runs"});
+        }
+    }
+    return breaches;
+}
+
+namespace {
+
+// The folder that answers for a file in the README: src/… by layer, everything else by its first folder.
+std::string ListedFolderOf(const std::string &path)
+{
+    for (const std::string &folder : layersLowestFirst) {
+        if (LiesIn(path, folder)) return folder;
+    }
+    const std::string sibling = SiblingOf(path);
+    return sibling.empty() ? path.substr(0, path.find('/')) : sibling;
+}
+
+} // namespace
+
+Breaches ReadmeIsTrue(const Files &files)
+{
+    Breaches breaches;
+    std::string readme;
+    std::string program;
+    std::set<std::string> folders;
+    for (const SourceFile &file : files) {
+        if (file.Path == "README.md") readme = file.Text;
+        if (file.Path == "examples/buchen.c") program = file.Text;
+        if (IsCOrCpp(file.Path) && file.Path.find('/') != std::string::npos)
+            folders.insert(ListedFolderOf(file.Path));
+    }
+    folders.erase("src"); // what lies right in it belongs to no folder
+
+    std::set<std::string> listed;
+    int lowest = 1000;
+    const std::vector<std::string> lines = Lines(readme);
+    for (size_t i = 0; i < lines.size(); ++i) {
+        const int line = static_cast<int>(i) + 1;
+        if (!lines[i].starts_with("| `")) continue;
+        const size_t end = lines[i].find("/` |");
+        if (end == std::string::npos) continue;
+        const std::string folder = lines[i].substr(3, end - 3);
+        listed.insert(folder);
+        if (!folders.contains(folder)) breaches.push_back({"README.md", line, folder + "/ is not there"});
+        const int rank = RankOf(folder + "/x");
+        if (rank < 0) continue;
+        if (rank > lowest)
+            breaches.push_back({"README.md", line, folder + "/ stands below what it includes"});
+        lowest = rank;
+    }
+    for (const std::string &folder : folders) {
+        if (!listed.contains(folder)) breaches.push_back({"README.md", 0, "says nothing of " + folder + "/"});
+    }
+    if (program.empty() || readme.find("```c\n" + program + "```\n") == std::string::npos) {
+        breaches.push_back({"README.md", 0, "its program is not examples/buchen.c"});
+    }
+    return breaches;
+}
+
+Breaches TextsAreTurnedOver(const Files &files)
+{
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        if (!IsCOrCpp(file.Path) || !LiesIn(file.Path, "src")) continue;
+        for (const Literal &literal : LiteralsOf(file.Text)) {
+            if (literal.Suffix == "_w") continue;
+            bool outside = false;
+            for (size_t i = 0; i < literal.Text.size(); ++i) {
+                const auto byte = static_cast<unsigned char>(literal.Text[i]);
+                if (byte >= 0x80) outside = true;
+                if (byte == '\\' && i + 2 < literal.Text.size()) {
+                    const char kind = literal.Text[i + 1];
+                    const char digit = literal.Text[i + 2];
+                    if (kind == 'x' &&
+                        std::string_view("89abcdefABCDEF").find(digit) != std::string_view::npos) {
+                        outside = true;
+                    }
+                    if ((kind == '2' || kind == '3') && digit >= '0' && digit <= '7') outside = true;
+                    ++i;
+                }
+            }
+            if (outside) {
+                breaches.push_back(
+                    {file.Path, literal.Line, "a text beyond ASCII without _w is not Windows-1252"});
+            }
+        }
+    }
+    return breaches;
+}
+
+Breaches Words(const Files &files)
+{
+    // In halves, so that this list does not find itself.
+    const struct {
+        std::string Word;
+        const char *Why;
+    } rules[] = {
+        {"TO"
+         "DO",
+         "do it, or open an issue"},
+        {"FIX"
+         "ME",
+         "do it, or open an issue"},
+        {"XX"
+         "X",
+         "do it, or open an issue"},
+        {"HA"
+         "CK",
+         "do it well, or say why it is well"},
+        {"<<<<<"
+         "<<",
+         "a merge was left half done"},
+        {">>>>>"
+         ">>",
+         "a merge was left half done"},
+        {"spe"
+         "c",
+         "a comment carries its reason itself; the reader has no other paper"},
+        {"spe"
+         "cs",
+         "a comment carries its reason itself; the reader has no other paper"},
+        {"specif"
+         "ication",
+         "a comment carries its reason itself; the reader has no other paper"},
+        {"specif"
+         "ied",
+         "a comment carries its reason itself; the reader has no other paper"},
+        {"specif"
+         "ier",
+         "a comment carries its reason itself; the reader has no other paper"},
+        {"as docu"
+         "mented in",
+         "a comment carries its reason itself; the reader has no other paper"},
+    };
+    const std::string chapter = "Par"
+                                "t ";
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        for (const auto &rule : rules) {
+            std::string text = file.Text;
+            const bool exact = std::isupper(static_cast<unsigned char>(rule.Word[0])) != 0;
+            if (!exact) {
+                std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {
+                    return static_cast<char>(std::tolower(character));
+                });
+            }
+            for (const size_t at : Find(text, rule.Word)) {
+                breaches.push_back({file.Path, LineOf(text, at), rule.Word + ": " + rule.Why});
+            }
+        }
+        for (size_t at = file.Text.find(chapter); at != std::string::npos;
+             at = file.Text.find(chapter, at + 1)) {
+            const char next = at + 5 < file.Text.size() ? file.Text[at + 5] : '\0';
+            if (next >= '0' && next <= '9') {
+                breaches.push_back(
+                    {file.Path, LineOf(file.Text, at), "a numbered chapter: say the reason itself"});
+            }
+        }
+    }
+    return breaches;
+}
+
+std::string OutputOf(const std::string &command)
+{
+    std::string output;
+    FILE *pipe = popen((command + " 2>&1").c_str(), "r");
+    if (pipe == nullptr) return "cannot run " + command;
+    char buffer[4096];
+    size_t count = 0;
+    while ((count = fread(buffer, 1, sizeof buffer, pipe)) > 0) {
+        output.append(buffer, count);
+    }
+    pclose(pipe);
+    return output;
+}
+
+Breaches HeadersCompileAlone(const std::string &root, const std::vector<std::string> &headers)
+{
+    namespace fs = std::filesystem;
+    std::string pattern = (fs::temp_directory_path() / "vark-headers-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) return {{pattern, 0, "cannot be made"}};
+    const fs::path folder(pattern);
+    // One compiler run a processor over its share of the headers. A source's number leads back to its header.
+    const std::string compiler =
+        VARK_CXX " -std=c++20 -fsyntax-only -Wall -Wextra -Werror " VARK_HEADER_FLAGS " -I'" + root + "'";
+    for (size_t i = 0; i < headers.size(); ++i) {
+        std::ofstream(folder / ("header" + std::to_string(i) + ".cpp"))
+            << "#include \"" << headers[i] << "\"\n";
+    }
+    const std::string output =
+        OutputOf("ls '" + pattern + "' | sed 's|^|" + pattern + "/|' | xargs -P 2 -n 16 " + compiler);
+    Breaches breaches;
+    for (size_t i = 0; i < headers.size(); ++i) {
+        const std::string name = "/header" + std::to_string(i) + ".cpp:";
+        // The compiler names the source it came from above every complaint about a header.
+        const size_t at = output.find(name);
+        if (at != std::string::npos)
+            breaches.push_back(
+                {headers[i], 1,
+                 "does not compile alone:\n" + output.substr(output.rfind('\n', at) + 1, 600)});
+    }
+    if (breaches.empty() && !output.empty()) breaches.push_back({root, 0, output});
+    fs::remove_all(folder);
+    return breaches;
+}
+
+Breaches DynamicNeeds(const std::string &library)
+{
+    static const std::set<std::string> runtime = {
+        "libc.so.6",
+        "libm.so.6",
+        "libstdc++.so.6",
+        "libgcc_s.so.1",
+        "ld-linux-x86-64.so.2",
+        // under the sanitizers
+        "libasan.so.8",
+        "libubsan.so.1",
+        "libtsan.so.2",
+    };
+    Breaches breaches;
+    const std::vector<std::string> lines = Lines(OutputOf("readelf -dW '" + library + "'"));
+    bool isLibrary = false;
+    for (const std::string &line : lines) {
+        if (line.find("(SONAME)") != std::string::npos) isLibrary = true;
+        if (line.find("(NEEDED)") == std::string::npos) continue;
+        const size_t open = line.find('[');
+        const size_t close = line.find(']');
+        const std::string needed = line.substr(open + 1, close - open - 1);
+        if (!runtime.contains(needed)) breaches.push_back({library, 0, "needs " + needed});
+    }
+    if (!isLibrary) breaches.push_back({library, 0, "is no shared library"});
+    return breaches;
+}
+
+} // namespace house

@@ -1,0 +1,65 @@
+// The rules of this house, each a function from files to the places that break it. What is allowed all the
+// same stands beside the rule, with its reason.
+#pragma once
+
+#include "source_text.h"
+
+#include <string>
+#include <vector>
+
+namespace house {
+
+struct Breach {
+    std::string Path;
+    int Line;
+    std::string Why;
+};
+
+using Breaches = std::vector<Breach>;
+using Files = std::vector<SourceFile>;
+
+// The folders of the library and what lies below them, lowest first: an include may point to the same folder
+// or to one before it. Folders on one line of `siblings` never include each other.
+extern const std::vector<std::string> layersLowestFirst;
+extern const std::vector<std::string> siblings;
+
+// Includes point downwards, parts are met by their public headers alone, and every quoted include exists.
+Breaches Layers(const Files &files);
+
+// Only the platform's two folders see the operating system.
+Breaches PlatformStaysBelow(const Files &files);
+
+// No calls that overrun, follow the locale, end the host or throw for lack of memory; each with its
+// replacement.
+Breaches BannedCalls(const Files &files);
+
+// Plain structures and free functions in the library and its parts; no headers of containers that grow by
+// throwing.
+Breaches PlainCode(const Files &files);
+
+// 110 characters.
+Breaches LineWidth(const Files &files);
+
+// A header that nothing includes, a test source that no list of sources names.
+Breaches Orphans(const Files &files);
+
+// The README's table of folders: each there, none missing, layers from the highest to the lowest; and its
+// program is the one in examples/.
+Breaches ReadmeIsTrue(const Files &files);
+
+// German texts of the library are Windows-1252, so their literals say _w.
+Breaches TextsAreTurnedOver(const Files &files);
+
+// Words that a finished tree doesn't hold.
+Breaches Words(const Files &files);
+
+// Compiles each header by itself; one breach a header that doesn't, with the compiler's words.
+Breaches HeadersCompileAlone(const std::string &root, const std::vector<std::string> &headers);
+
+// Libraries that `library` asks the loader for and that are not among the C and C++ runtime.
+Breaches DynamicNeeds(const std::string &library);
+
+// Runs a command and returns what it writes.
+std::string OutputOf(const std::string &command);
+
+} // namespace house
