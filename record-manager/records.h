@@ -12,6 +12,7 @@
 #pragma once
 
 #include "record-manager/keys.h"
+#include "record-manager/limits.h"
 #include "record-manager/store.h"
 
 #include <cstring>

@@ -1,10 +1,12 @@
 // What the small programs beside ours have in common: their arguments, their clock, their way to give up.
 #pragma once
 
+#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 struct Arguments {
     const char *Directory;
@@ -17,7 +19,9 @@ inline Arguments PeerArguments(int count, char **arguments)
         std::fprintf(stderr, "%s DIRECTORY COUNT\n", arguments[0]);
         std::exit(2);
     }
-    return {arguments[1], std::strtol(arguments[2], nullptr, 10)};
+    long records = 0;
+    std::from_chars(arguments[2], arguments[2] + std::strlen(arguments[2]), records);
+    return {arguments[1], records};
 }
 
 // Ends the program for any result but 0.

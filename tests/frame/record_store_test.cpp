@@ -5,6 +5,7 @@
 #include "tests/support/books.h"
 #include "tests/support/engine_faults.h"
 
+#include <cstring>
 #include <filesystem>
 #include <future>
 #include <gtest/gtest.h>
@@ -263,7 +264,7 @@ TEST_F(RecordStore, PathThatDoesNotFitIsAFileNotFound)
 TEST_F(RecordStore, CompanyTableLiesUnderTheDataPathWhateverTheYear)
 {
     VARK_SchliesseDB();
-    std::strcpy(context->MandantSuffix, "77"); // NOLINT: a literal that fits
+    std::memcpy(context->MandantSuffix, "77", 3);
     bool found = false;
     FistaRecord record{};
     EXPECT_TRUE(GetFirstF(*context, &record, found, TableFista));

@@ -232,6 +232,7 @@ TEST(WordRule, RefusesWhatSendsTheReaderElsewhere)
     EXPECT_NE("", Said(Words, "src/a.h", comment + "TO" + "DO: later"));
     EXPECT_NE("", Said(Words, "README.md", comment + "Par" + "t 3.1 says"));
     EXPECT_NE("", Said(Words, "src/a.h", comment + "Spe" + "cification wants it."));
+    EXPECT_EQ("", Said(Words, "src/a.h", std::string("int sp") + "ec = 0;"));
     EXPECT_EQ("", Said(Words, "src/a.h", "// Part of a special method; the species specifies nothing."));
 }
 

@@ -115,8 +115,9 @@ std::string WhyNot(const std::string &from, const std::string &to)
     if (LiesIn(from, "src") && fromRank < 0) return from + " lies in no layer";
     if (fromRank >= 0) {
         if (to == "include/vark40.h") {
-            return fromRank >= RankOf("src/frame/x") ? ""
-                                                     : "the exported interface is known from src/frame up";
+            return fromRank >= RankOf("src/platform/x")
+                       ? ""
+                       : "the exported interface is known from src/platform up";
         }
         if (IsPublicHeaderOfAPart(to) && LiesIn(from, "src") && !LiesIn(from, "src/model")) return "";
         if (toRank < 0) return "the library sees of a part its public header alone";
@@ -530,7 +531,7 @@ Breaches Words(const Files &files)
     Breaches breaches;
     for (const SourceFile &file : files) {
         for (const auto &rule : rules) {
-            std::string text = file.Text;
+            std::string text = IsCOrCpp(file.Path) ? ProseOf(file.Text) : file.Text;
             const bool exact = std::isupper(static_cast<unsigned char>(rule.Word[0])) != 0;
             if (!exact) {
                 std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {

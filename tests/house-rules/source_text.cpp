@@ -134,6 +134,17 @@ std::string CodeOf(std::string_view text)
     return code;
 }
 
+std::string ProseOf(std::string_view text)
+{
+    std::string prose(text);
+    Split(text, [&](Kind kind, size_t begin, size_t end) {
+        for (size_t i = begin; kind == Kind::Code && i < end; ++i) {
+            if (prose[i] != '\n') prose[i] = ' ';
+        }
+    });
+    return prose;
+}
+
 std::vector<Include> IncludesOf(std::string_view text)
 {
     std::vector<Include> includes;

@@ -37,6 +37,9 @@ std::vector<std::string> Lines(std::string_view text);
 // The text with comments and the insides of literals blanked out; line breaks stay where they are.
 std::string CodeOf(std::string_view text);
 
+// What is left when the code is blanked out: comments and literals.
+std::string ProseOf(std::string_view text);
+
 std::vector<Include> IncludesOf(std::string_view text);
 std::vector<Literal> LiteralsOf(std::string_view text);
 
