@@ -47,7 +47,7 @@ int32_t SelectMandant(ThreadContext &context, int32_t number, FistaRecord &recor
 
     char year[sizeof context.MandantYear];
     CopyText(year, record.UpperYear);
-    if (context.CurrentMandant == number && std::strcmp(context.WorkYear, year) == 0) {
+    if (found && context.CurrentMandant == number && std::strcmp(context.WorkYear, year) == 0) {
         // After an unknown Mandant MandantYear holds what the buffer held; it is set again here.
         CopyText(context.MandantYear, record.UpperYear);
         return 1;

@@ -161,6 +161,7 @@ TEST_F(MandantSelection, UnknownMandantIsReportedWithItsMessage)
 
 TEST_F(MandantSelection, MissingCompanyTableIsAnEngineFailure)
 {
+    std::filesystem::remove_all(books.Directory() + "/DB");
     EXPECT_EQ(engineFailure, SelectMandantOrReport(*context, 1, record));
     EXPECT_EQ(Lines{"File " + books.Directory() + "/DB/fista.btr not found"}, books.TakeBoxes());
 }

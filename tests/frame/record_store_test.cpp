@@ -60,7 +60,7 @@ struct RecordStore : testing::Test {
             VARK_SchliesseDB();
         }).join();
     }
-    std::string Number(const SakoRecord &record) const { return TextOf(record.Kontonummer); }
+    std::string Number(const SakoRecord &record) const { return TextOf(record.Konto); }
 };
 
 } // namespace

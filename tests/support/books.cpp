@@ -293,7 +293,8 @@ void Books::ReplaceBytes(const std::string &path, const void *record, size_t siz
     File file(path);
     const auto *bytes = static_cast<const char *>(record);
     size_t at = 0;
-    for (const Segment &segment : KeysOf(TableOfPath(path)).at(0).Segments) {
+    const std::vector<Key> keys = KeysOf(TableOfPath(path));
+    for (const Segment &segment : keys.at(0).Segments) {
         std::memcpy(file.key + at, bytes + segment.Offset, segment.Length);
         at += segment.Length;
     }
