@@ -49,14 +49,7 @@ int16_t CallOpen(const Call &call)
 {
     switch (call.Operation) {
     case BtrOpClose: {
-        const bool loading = call.On->Mode == BtrModeLoading;
-        ClientStore *store = call.On->In->Home;
-        int16_t status = BtrStatusOk;
-        if (loading && store->Owner->Transaction == TransactionKind::None) {
-            status = CommitChanges(store);
-            if (status == BtrStatusOk && store->LoadingOpens == 1) status = SetLoading(store->Books, false);
-        }
-        CloseHandle(call.On);
+        const int16_t status = CloseHandle(call.On);
         memset(call.PositionBlock, 0, BtrPositionBlockSize);
         return status;
     }

@@ -29,7 +29,8 @@ inline uint32_t DataSize(const Call &call)
 int16_t OpenFile(const Call &call);
 int16_t CreateFile(const Call &call);
 int16_t StatFile(const Call &call);
-void CloseHandle(Handle *handle);
+// Returns a status when what was loaded could not be made final; the handle is closed nevertheless.
+int16_t CloseHandle(Handle *handle);
 
 // reads.cpp
 int16_t ReadByKey(const Call &call);
@@ -49,6 +50,7 @@ int16_t AbortTransaction(Client *client);
 int16_t UnlockRecords(const Call &call);
 // Stores the counters of what has changed and commits. On failure everything pending is undone.
 int16_t CommitChanges(ClientStore *store);
-void AbortChanges(ClientStore *store);
+// Returns a status when a file made among the changes could not be made again.
+int16_t AbortChanges(ClientStore *store);
 
 } // namespace wbtrv

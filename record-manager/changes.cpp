@@ -40,7 +40,7 @@ void Withdraw(Change *change)
 {
     if (change->Locked != 0) DropRecord(change->In, change->Locked);
     change->Locked = 0;
-    if (change->OwnWriter) AbortChanges(change->Store);
+    if (change->OwnWriter) (void)AbortChanges(change->Store);
     change->OwnWriter = false;
 }
 

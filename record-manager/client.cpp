@@ -118,7 +118,7 @@ void ResetClient(Client *client)
 {
     if (client->Transaction != TransactionKind::None) AbortTransaction(client);
     for (size_t i = 0; i < client->HandleCount; ++i) {
-        if (client->Handles[i] != nullptr) CloseHandle(client->Handles[i]);
+        if (client->Handles[i] != nullptr) (void)CloseHandle(client->Handles[i]);
     }
 }
 
@@ -190,6 +190,11 @@ void RemoveHandle(Client *client, Handle *handle)
 int16_t AcquireClientStore(Client *client, const char *directory, bool create, bool readOnly,
                            ClientStore **out)
 {
+    for (ClientStore *store = client->Stores; store != nullptr;) {
+        ClientStore *next = store->Next;
+        if (store->Books->Dead && store->Opens == 0 && store->Files == nullptr) EndClientStore(store);
+        store = next;
+    }
     Store *books = nullptr;
     const int16_t status = AcquireStore(directory, create, readOnly, &books);
     if (status != BtrStatusOk) return status;
@@ -307,19 +312,16 @@ void UnlockWholeFile(ClientFile *file)
 {
     if (!file->Whole) return;
     file->Whole = false;
-    // Locks from before the transaction stay; only what lies between them is given back.
+    // Locks from before the transaction stay; only what lies between them is given back. They are few, so the
+    // next one is looked for each time, without memory that might not be there.
     const int64_t first = RecordOffset(file->Of->Number, 0);
     int64_t from = 0;
     for (size_t left = file->Held.Used; left > 0; --left) {
-        int64_t next = wholeFile;
-        for (size_t i = 0; i < file->Held.Capacity; ++i) {
-            const RecordCounts::Entry &entry = file->Held.Entries[i];
-            if (entry.Count > 0 && entry.Record >= from && entry.Record < next) next = entry.Record;
-        }
+        const int64_t next = NextHeld(file->Held, static_cast<uint32_t>(from));
         if (next > from) Unlock(file->Home->LockFd, first + from, next - from);
         from = next + 1;
     }
-    if (from < wholeFile) Unlock(file->Home->LockFd, first + from, wholeFile - from);
+    Unlock(file->Home->LockFd, first + from, wholeFile - from);
 }
 
 int16_t ReserveLock(LockList *list)

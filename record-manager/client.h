@@ -20,6 +20,13 @@ namespace wbtrv {
 struct Client;
 struct ClientFile;
 
+// A file made while changes are pending; making a file is not undone with them.
+struct PendingCreate {
+    PendingCreate *Next;
+    Definition Layout;
+    char Name[BtrPathSize + 1];
+};
+
 // A client in a directory.
 struct ClientStore {
     ClientStore *Next;
@@ -33,6 +40,7 @@ struct ClientStore {
     unsigned Opens; // position blocks
     unsigned LoadingOpens;
     unsigned LoadedChanges; // of trees, since the last commit while loading
+    PendingCreate *Created; // in this order
 };
 
 struct HeldLock {
@@ -113,6 +121,7 @@ struct Client {
     LockRequest Inherited; // by unbiased reads in a concurrent transaction
     bool NoRetry;
     ClientStore *Changed; // where the transaction has changed something
+    int16_t Failed;       // status of an end that failed; the transaction can only be aborted
 };
 
 // The calling thread's client, made at its first call. Null for lack of memory.

@@ -106,7 +106,11 @@ int16_t AcquireClientFile(ClientStore *store, File *file, bool alone, ClientFile
 int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
 {
     File *file = nullptr;
-    int16_t status = AcquireFile(store->Books, path.Name, store->Writer, &file);
+    MDB_txn *view = nullptr;
+    int16_t status = BeginView(store, &view);
+    if (status != BtrStatusOk) return status;
+    status = AcquireFile(store->Books, path.Name, view, store->Writer != nullptr, &file);
+    EndView(store);
     if (status == BtrStatusFileNotFound) return StatusOfMissing(path);
     if (status != BtrStatusOk) return status;
 
@@ -143,6 +147,36 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
     return BtrStatusOk;
 }
 
+// Only a file that nobody has open, this client neither, may be replaced.
+bool LockToReplace(ClientStore *store, uint32_t number)
+{
+    for (const ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+        if (file->Of->Number == number) return false;
+    }
+    return TryLock(store->LockFd, LockKind::Write, OpensOffset(number), 1) == LockResult::Granted;
+}
+
+int16_t CreatePending(ClientStore *store, const char *name, const Definition &definition)
+{
+    auto *created = static_cast<PendingCreate *>(calloc(1, sizeof(PendingCreate)));
+    if (created == nullptr) return BtrStatusHandleTableFull;
+    created->Layout = definition;
+    memcpy(created->Name, name, strnlen(name, BtrPathSize));
+    const int16_t status = CreateFile(store->Books, store->Writer, name, definition);
+    if (status != BtrStatusOk) {
+        // The catalogue may be half changed.
+        store->Broken = status;
+        free(created);
+        return status;
+    }
+    PendingCreate **link = &store->Created;
+    while (*link != nullptr) {
+        link = &(*link)->Next;
+    }
+    *link = created;
+    return BtrStatusOk;
+}
+
 } // namespace
 
 int16_t OpenFile(const Call &call)
@@ -160,11 +194,14 @@ int16_t OpenFile(const Call &call)
     return status;
 }
 
-void CloseHandle(Handle *handle)
+int16_t CloseHandle(Handle *handle)
 {
     ClientFile *file = handle->In;
     ClientStore *store = file->Home;
     Client *client = store->Owner;
+    const bool loading = handle->Mode == BtrModeLoading;
+    int16_t status = BtrStatusOk;
+    if (loading && client->Transaction == TransactionKind::None) status = CommitChanges(store);
     // Locks that were taken inside the transaction stay until its end.
     if (client->Transaction != TransactionKind::None) {
         if (handle->Single.Record != 0 && handle->Single.InTransaction &&
@@ -184,13 +221,16 @@ void CloseHandle(Handle *handle)
     ReleaseAllMultiple(handle);
     if (handle->ReadCursor != nullptr) CloseCursor(handle->ReadCursor);
     if (handle->WriteCursor != nullptr) CloseCursor(handle->WriteCursor);
-    const bool loading = handle->Mode == BtrModeLoading;
     RemoveHandle(client, handle);
     file->Opens--;
     store->Opens--;
-    if (loading) store->LoadingOpens--;
+    if (loading && --store->LoadingOpens == 0) {
+        const int16_t synced = SetLoading(store->Books, false);
+        if (status == BtrStatusOk) status = synced;
+    }
     UnlockUsage(store);
     ReleaseClientFile(file);
+    return status;
 }
 
 int16_t CreateFile(const Call &call)
@@ -206,35 +246,37 @@ int16_t CreateFile(const Call &call)
     if (status != BtrStatusOk) return status;
     if (store->Books->ReadOnly) return BtrStatusPermission;
 
-    // What is pending in loading is made final, so that the file can be made in a transaction of its own.
+    // What was loaded is made final, so that the file can be made in a transaction of its own. In a
+    // transaction that has changed something it is made there, and again should that be undone.
     if (store->Owner->Transaction == TransactionKind::None) status = CommitChanges(store);
-    if (status == BtrStatusOk && store->Writer != nullptr) status = BtrStatusNotAllowed;
-    if (status == BtrStatusOk) status = EnterGate(store->Books->WriteGate, limits.ChangeWait_ms, false);
-    if (status != BtrStatusOk) return status;
-    MDB_txn *writer = nullptr;
-    status = BeginWriter(store->Books, &writer);
+    const bool pending = store->Writer != nullptr;
+    MDB_txn *writer = store->Writer;
+    if (pending) {
+        status = store->Broken;
+    } else {
+        if (status == BtrStatusOk) status = EnterGate(store->Books->WriteGate, limits.ChangeWait_ms, false);
+        if (status != BtrStatusOk) return status;
+        status = BeginWriter(store->Books, &writer);
+    }
     uint32_t number = 0;
     if (status == BtrStatusOk) status = FindFileNumber(store->Books, writer, path.Name, &number);
     if (status == BtrStatusOk && number != 0 && call.KeyNumber == BtrKeepExisting)
         status = BtrStatusFileExists;
-    if (status == BtrStatusOk && number != 0) {
-        // The lock would be granted against the client's own.
-        bool open = false;
-        for (const ClientFile *file = store->Files; file != nullptr; file = file->Next) {
-            open = open || file->Of->Number == number;
-        }
-        if (open || TryLock(store->LockFd, LockKind::Write, OpensOffset(number), 1) != LockResult::Granted) {
-            status = BtrStatusIncompatibleMode;
-        }
-    }
-    if (status == BtrStatusOk) status = CreateFile(store->Books, writer, path.Name, definition, true);
+    const bool replaces = status == BtrStatusOk && number != 0;
+    if (replaces && !LockToReplace(store, number)) status = BtrStatusIncompatibleMode;
     if (status == BtrStatusOk) {
-        status = CommitWriter(store->Books, writer);
-    } else if (writer != nullptr) {
-        AbortWriter(writer);
+        status = pending ? CreatePending(store, path.Name, definition)
+                         : CreateFile(store->Books, writer, path.Name, definition);
     }
-    if (number != 0 && status != BtrStatusIncompatibleMode) Unlock(store->LockFd, OpensOffset(number), 1);
-    LeaveGate(store->Books->WriteGate);
+    if (!pending) {
+        if (status == BtrStatusOk) {
+            status = CommitWriter(store->Books, writer);
+        } else if (writer != nullptr) {
+            AbortWriter(store->Books, writer);
+        }
+        LeaveGate(store->Books->WriteGate);
+    }
+    if (replaces && status != BtrStatusIncompatibleMode) Unlock(store->LockFd, OpensOffset(number), 1);
     ReleaseIdleStores(call.Caller);
     return status;
 }

@@ -152,4 +152,14 @@ uint32_t SubtractCount(RecordCounts *counts, uint32_t record)
     return 0;
 }
 
+uint32_t NextHeld(const RecordCounts &counts, uint32_t from)
+{
+    uint32_t next = UINT32_MAX;
+    for (size_t i = 0; i < counts.Capacity; ++i) {
+        const RecordCounts::Entry &entry = counts.Entries[i];
+        if (entry.Count > 0 && entry.Record >= from && entry.Record < next) next = entry.Record;
+    }
+    return next;
+}
+
 } // namespace wbtrv

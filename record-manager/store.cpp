@@ -1,5 +1,6 @@
 #include "record-manager/store.h"
 
+#include "record-manager/books_file.h"
 #include "record-manager/limits.h"
 #include "record-manager/locks.h"
 
@@ -141,36 +142,34 @@ bool OnNetwork(int fd)
     }
 }
 
-// Reads the catalogue's head, or writes it into books that were just made.
-int16_t CheckFormat(Store *store, bool created)
+// Reads the catalogue's head, or writes it into books that hold nothing yet when `create` allows it. Books
+// whose maker did not come so far hold no file, so there is none to be found.
+int16_t CheckFormat(Store *store, bool create)
 {
     MDB_txn *transaction = nullptr;
-    int error = mdb_txn_begin(store->Environment, nullptr, created ? 0 : MDB_RDONLY, &transaction);
+    int error = mdb_txn_begin(store->Environment, nullptr, create ? 0 : MDB_RDONLY, &transaction);
     if (error != 0) return StatusOf(error);
     MDB_dbi catalogue = 0;
+    MDB_stat shape{};
     error = mdb_dbi_open(transaction, nullptr, 0, &catalogue);
+    if (error == 0) error = mdb_stat(transaction, catalogue, &shape);
     store->Catalogue = catalogue;
     int16_t status = StatusOf(error);
-    if (status == BtrStatusOk) {
-        FormatRecord format{};
-        MDB_val key = ToVal(formatKey);
-        MDB_val value{sizeof format, &format};
-        error = mdb_get(transaction, catalogue, &key, &value);
-        if (error == MDB_NOTFOUND && created) {
-            memcpy(format.Mark, formatMark, sizeof format.Mark);
-            format.Format = formatNumber;
-            value = {sizeof format, &format};
-            error = mdb_put(transaction, catalogue, &key, &value, 0);
-            status = StatusOf(error);
-        } else if (error != 0) {
-            status = StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
-        } else if (value.mv_size != sizeof format) {
+    FormatRecord format{};
+    MDB_val key = ToVal(formatKey);
+    MDB_val value{sizeof format, &format};
+    if (status == BtrStatusOk && shape.ms_entries == 0) {
+        memcpy(format.Mark, formatMark, sizeof format.Mark);
+        format.Format = formatNumber;
+        status = BtrStatusFileNotFound;
+        if (create) status = StatusOf(mdb_put(transaction, catalogue, &key, &value, 0));
+    } else if (status == BtrStatusOk) {
+        status = StatusOf(mdb_get(transaction, catalogue, &key, &value), MDB_NOTFOUND, BtrStatusForeignFile);
+        if (status == BtrStatusOk && value.mv_size != sizeof format) status = BtrStatusForeignFile;
+        if (status == BtrStatusOk) memcpy(&format, value.mv_data, sizeof format);
+        if (status == BtrStatusOk &&
+            (memcmp(format.Mark, formatMark, sizeof format.Mark) != 0 || format.Format != formatNumber)) {
             status = BtrStatusForeignFile;
-        } else {
-            memcpy(&format, value.mv_data, sizeof format);
-            if (memcmp(format.Mark, formatMark, sizeof format.Mark) != 0 || format.Format != formatNumber) {
-                status = BtrStatusForeignFile;
-            }
         }
     }
     if (status != BtrStatusOk) {
@@ -180,11 +179,10 @@ int16_t CheckFormat(Store *store, bool created)
     return StatusOf(mdb_txn_commit(transaction));
 }
 
-// A store has two meta pages before anything else; less than that, or a page behind the end, is not a whole
-// file.
-int16_t CheckLength(Store *store, bool created)
+// A file cut off behind its first pages still opens, and reading what is missing ends the process by a
+// signal.
+int16_t CheckLength(const Store *store)
 {
-    if (created) return BtrStatusOk;
     struct stat found;
     MDB_envinfo info;
     MDB_stat shape;
@@ -192,9 +190,40 @@ int16_t CheckLength(Store *store, bool created)
     if (mdb_env_info(store->Environment, &info) != 0 || mdb_env_stat(store->Environment, &shape) != 0) {
         return BtrStatusIoError;
     }
-    (void)info;
-    (void)shape;
-    return BtrStatusOk;
+    const uint64_t needed = (uint64_t{info.me_last_pgno} + 1) * shape.ms_psize;
+    if (static_cast<uint64_t>(found.st_size) >= needed) return BtrStatusOk;
+    return OnlyFreePagesMissing(store->PresenceFd) ? BtrStatusOk : BtrStatusForeignFile;
+}
+
+// The store's lock file is mapped, and a hole in a mapped file is a signal on a full disk: its blocks are
+// taken before the store opens it. What another program may have left there is of no use to anybody.
+int16_t PrepareLockFile(const Store *store)
+{
+    const int fd = openat(store->DirectoryFd, lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (fd < 0) return StatusOf(errno);
+    constexpr off_t readerSize = 64;
+    int error = ftruncate(fd, 0) == 0 ? 0 : errno;
+    if (error == 0) error = posix_fallocate(fd, 0, readerSize * static_cast<off_t>(limits.Readers + 1));
+    close(fd);
+    return StatusOf(error);
+}
+
+// A file that was just made is only there for good once its directory is.
+int16_t SyncDirectory(const Store *store)
+{
+    const int fd = openat(store->DirectoryFd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return errno == EACCES ? static_cast<int16_t>(BtrStatusOk) : StatusOf(errno);
+    const int error = fsync(fd) == 0 ? 0 : errno;
+    close(fd);
+    return StatusOf(error);
+}
+
+// Whether the lock file by which this process works is still the one that newcomers find.
+bool HasLockFile(const Store *store)
+{
+    struct stat found;
+    return fstatat(store->DirectoryFd, lockName, &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+           found.st_ino == store->LockInode;
 }
 
 // What has to be done while no other process opens or closes these books.
@@ -206,21 +235,23 @@ int16_t SetUp(Store *store, const char *directory, bool create)
     if (fstat(store->PresenceFd, &found) != 0) return BtrStatusIoError;
     store->Device = found.st_dev;
     store->Inode = found.st_ino;
-    const bool created = found.st_size == 0;
-    if (created && (!create || store->ReadOnly || !alone)) return BtrStatusForeignFile;
+    const bool empty = found.st_size == 0;
+    if (empty && (!create || !alone)) return BtrStatusForeignFile;
 
-    // A lock file that is gone while others still work by it would let two writers in.
-    struct stat lockFile;
-    const bool hasLockFile = fstatat(store->DirectoryFd, lockName, &lockFile, AT_SYMLINK_NOFOLLOW) == 0;
-    if (!store->ReadOnly && !alone && !hasLockFile) return BtrStatusIoError;
-    if (!store->ReadOnly) {
-        const int16_t status = OpenGate(store->DirectoryFd, alone, &store->WriteGate);
-        if (status != BtrStatusOk) return status;
+    int16_t status = BtrStatusOk;
+    if (alone) {
+        status = PrepareLockFile(store);
+    } else if (!store->ReadOnly && faccessat(store->DirectoryFd, lockName, F_OK, 0) != 0) {
+        // Gone while others still work by it: a new one would let two writers in.
+        status = BtrStatusIoError;
     }
+    if (status == BtrStatusOk && !store->ReadOnly)
+        status = OpenGate(store->DirectoryFd, alone, &store->WriteGate);
+    if (status != BtrStatusOk) return status;
 
     if (mdb_env_create(&store->Environment) != 0) {
         store->Environment = nullptr;
-        return BtrStatusIoError;
+        return BtrStatusHandleTableFull;
     }
     mdb_env_set_mapsize(store->Environment, limits.MapSize);
     mdb_env_set_maxreaders(store->Environment, limits.Readers);
@@ -228,19 +259,20 @@ int16_t SetUp(Store *store, const char *directory, bool create)
     char path[BtrPathSize + sizeof booksName + 1];
     snprintf(path, sizeof path, "%s/%s", directory, booksName);
     const unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | (store->ReadOnly ? MDB_RDONLY : 0);
-    const int error = mdb_env_open(store->Environment, path, flags, 0666);
-    if (error != 0) return StatusOf(error);
-    int16_t status = CheckLength(store, created);
-    if (status == BtrStatusOk) status = CheckFormat(store, created);
+    status = StatusOf(mdb_env_open(store->Environment, path, flags, 0666));
+    if (status == BtrStatusOk && !empty) status = CheckLength(store);
+    if (status == BtrStatusOk) status = CheckFormat(store, create && alone);
+    if (status == BtrStatusOk && empty) status = SyncDirectory(store);
     if (status != BtrStatusOk) return status;
+
+    struct stat lockFile;
     if (fstatat(store->DirectoryFd, lockName, &lockFile, AT_SYMLINK_NOFOLLOW) == 0) {
         store->LockInode = lockFile.st_ino;
     }
     int dead = 0;
     if (!store->ReadOnly) mdb_reader_check(store->Environment, &dead);
-    return TryLock(store->PresenceFd, LockKind::Read, presenceOffset, 1) == LockResult::Granted
-               ? BtrStatusOk
-               : BtrStatusIoError;
+    const LockResult present = TryLock(store->PresenceFd, LockKind::Read, presenceOffset, 1);
+    return present == LockResult::Granted ? BtrStatusOk : BtrStatusIoError;
 }
 
 void FreeStore(Store *store)
@@ -265,27 +297,21 @@ void CloseStore(Store *store)
     FreeStore(store);
 }
 
+// Opens the books' file for writing where that is possible, and for reading where that is wanted or all there
+// is.
 int16_t OpenBooks(Store *store, bool create, bool readOnly)
 {
     const int flags = O_CLOEXEC | O_NOFOLLOW;
-    int error = 0;
-    if (!readOnly || create) {
-        store->PresenceFd =
-            openat(store->DirectoryFd, booksName, flags | O_RDWR | (create ? O_CREAT : 0), 0666);
-        if (store->PresenceFd >= 0) return BtrStatusOk;
-        error = errno;
-        if (error == ENOENT) return BtrStatusFileNotFound;
-        if (error != EROFS) return StatusOf(error);
-    } else {
-        store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDWR);
-        if (store->PresenceFd >= 0) return BtrStatusOk;
-        error = errno;
-        if (error == ENOENT) return BtrStatusFileNotFound;
-        if (error != EROFS && error != EACCES) return StatusOf(error);
+    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDWR | (create ? O_CREAT : 0), 0666);
+    if (store->PresenceFd >= 0) return BtrStatusOk;
+    store->ReadOnlySystem = errno == EROFS;
+    if (!store->ReadOnlySystem && (errno != EACCES || !readOnly)) {
+        return StatusOf(errno, ENOENT, BtrStatusFileNotFound);
     }
-    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDONLY);
     store->ReadOnly = true;
-    return StatusOf(store->PresenceFd >= 0 ? 0 : errno);
+    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDONLY);
+    if (store->PresenceFd >= 0) return BtrStatusOk;
+    return StatusOf(errno, ENOENT, create ? BtrStatusPermission : BtrStatusFileNotFound);
 }
 
 int16_t OpenStore(const char *directory, int directoryFd, bool create, bool readOnly, Store **out)
@@ -317,15 +343,15 @@ int16_t OpenStore(const char *directory, int directoryFd, bool create, bool read
     return BtrStatusOk;
 }
 
-// Closes what nobody uses and either was deleted or is one too many.
+// Closes what nobody uses and either is of no use or is one too many.
 void CloseIdle()
 {
     unsigned idle = 0;
     for (Store **link = &stores; *link != nullptr;) {
         Store *store = *link;
         struct stat found;
-        const bool deleted = fstat(store->PresenceFd, &found) != 0 || found.st_nlink == 0;
-        if (store->Users > 0 || (!deleted && ++idle <= limits.IdleStores)) {
+        const bool useless = store->Dead || fstat(store->PresenceFd, &found) != 0 || found.st_nlink == 0;
+        if (store->Users > 0 || (!useless && ++idle <= limits.IdleStores)) {
             link = &store->Next;
             continue;
         }
@@ -341,9 +367,9 @@ void UnlockRegistry() { pthread_mutex_unlock(&registryMutex); }
 
 int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **out)
 {
-    const int directoryFd = open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int directoryFd = open(directory, O_PATH | O_DIRECTORY | O_CLOEXEC);
     if (directoryFd < 0) {
-        const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+        const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
         return missing ? static_cast<int16_t>(BtrStatusFileNotFound) : StatusOf(errno);
     }
     LockRegistry();
@@ -363,11 +389,18 @@ int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **
         status = OpenStore(directory, directoryFd, create, readOnly, &store);
     } else {
         close(directoryFd);
+        if (store->Dead || (!store->ReadOnly && !HasLockFile(store))) {
+            status = BtrStatusIoError;
+        } else if (store->ReadOnly && !store->ReadOnlySystem && !readOnly) {
+            status = BtrStatusPermission;
+        }
+    }
+    if (store != nullptr) {
+        store->Next = stores;
+        stores = store;
     }
     if (status == BtrStatusOk) {
         store->Users++;
-        store->Next = stores;
-        stores = store;
         *out = store;
     }
     UnlockRegistry();
@@ -422,33 +455,71 @@ int16_t FindFileNumber(Store *store, MDB_txn *view, const char *name, uint32_t *
 
 namespace {
 
-int16_t LoadFile(Store *store, MDB_txn *view, uint32_t number, const char *name, File **out)
+int16_t LoadDefinition(Store *store, MDB_txn *view, uint32_t number, Definition *definition)
 {
-    const CatalogueKey definitionKey = KeyOf(number, 'd');
-    MDB_val key = ToVal(definitionKey.Text);
+    const CatalogueKey name = KeyOf(number, 'd');
+    MDB_val key = ToVal(name.Text);
     MDB_val value;
-    int error = mdb_get(view, store->Catalogue, &key, &value);
+    const int error = mdb_get(view, store->Catalogue, &key, &value);
     if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+    const int16_t status = ParseDefinition(value.mv_data, value.mv_size, definition);
+    return status == BtrStatusOk ? BtrStatusOk : BtrStatusForeignFile;
+}
+
+int16_t OpenTree(MDB_txn *view, uint32_t number, unsigned *tree)
+{
+    MDB_dbi opened = 0;
+    const int error = mdb_dbi_open(view, KeyOf(number, 't').Text, 0, &opened);
+    *tree = opened;
+    return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+}
+
+// A tree's handle is made in a transaction of its own, since it reaches the others only by a commit.
+int16_t OpenTreeForAll(Store *store, uint32_t number, unsigned *tree)
+{
+    MDB_txn *view = nullptr;
+    int16_t status = StatusOf(mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, &view));
+    if (status != BtrStatusOk) return status;
+    status = OpenTree(view, number, tree);
+    if (status == BtrStatusOk) return StatusOf(mdb_txn_commit(view));
+    mdb_txn_abort(view);
+    return status;
+}
+
+// Forgets files of the name that another process has replaced, and their trees' handles with them.
+void ForgetReplaced(Store *store, const char *name, uint32_t number)
+{
+    for (File **link = &store->Files; *link != nullptr;) {
+        File *file = *link;
+        if (file->Uses > 0 || file->Number == number || strcmp(file->Name, name) != 0) {
+            link = &file->Next;
+            continue;
+        }
+        mdb_dbi_close(store->Environment, file->Tree);
+        *link = file->Next;
+        free(file);
+    }
+}
+
+int16_t LoadFile(Store *store, MDB_txn *view, bool writing, uint32_t number, const char *name, File **out)
+{
     auto *file = static_cast<File *>(calloc(1, sizeof(File)));
     if (file == nullptr) return BtrStatusHandleTableFull;
-    if (ParseDefinition(value.mv_data, value.mv_size, &file->Layout) != BtrStatusOk) {
-        free(file);
-        return BtrStatusForeignFile;
+    int16_t status = LoadDefinition(store, view, number, &file->Layout);
+    if (status == BtrStatusOk) {
+        status = writing ? OpenTree(view, number, &file->Tree) : OpenTreeForAll(store, number, &file->Tree);
     }
-    MDB_dbi tree = 0;
-    error = mdb_dbi_open(view, KeyOf(number, 't').Text, 0, &tree);
-    if (error != 0) {
+    if (status != BtrStatusOk) {
         free(file);
-        return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+        return status;
     }
-    file->Tree = tree;
     file->Number = number;
     memcpy(file->Name, name, strnlen(name, BtrPathSize));
     *out = file;
     return BtrStatusOk;
 }
 
-int16_t AcquireFileIn(Store *store, MDB_txn *view, const char *name, File **out)
+int16_t AcquireFileIn(Store *store, MDB_txn *view, bool writing, const char *name, File **out)
 {
     uint32_t number = 0;
     int16_t status = FindFileNumber(store, view, name, &number);
@@ -459,7 +530,8 @@ int16_t AcquireFileIn(Store *store, MDB_txn *view, const char *name, File **out)
         file = file->Next;
     }
     if (file == nullptr) {
-        status = LoadFile(store, view, number, name, &file);
+        if (!writing) ForgetReplaced(store, name, number);
+        status = LoadFile(store, view, writing, number, name, &file);
         if (status != BtrStatusOk) return status;
         file->Next = store->Files;
         store->Files = file;
@@ -484,6 +556,7 @@ void ForgetFile(Store *store, uint32_t number)
 int16_t RemoveFile(Store *store, MDB_txn *writer, uint32_t number)
 {
     ForgetFile(store, number);
+    store->TreesDropped = true;
     MDB_dbi tree = 0;
     int error = mdb_dbi_open(writer, KeyOf(number, 't').Text, 0, &tree);
     if (error == 0) error = mdb_drop(writer, tree, 1);
@@ -519,25 +592,12 @@ int16_t PutCatalogue(Store *store, MDB_txn *writer, const char *name, const void
 
 } // namespace
 
-int16_t AcquireFile(Store *store, const char *name, MDB_txn *writer, File **file)
+int16_t AcquireFile(Store *store, const char *name, MDB_txn *view, bool writing, File **file)
 {
+    int16_t status = CheckLength(store);
+    if (status != BtrStatusOk) return status;
     pthread_mutex_lock(&store->Mutex);
-    int16_t status = BtrStatusOk;
-    if (writer != nullptr) {
-        status = AcquireFileIn(store, writer, name, file);
-    } else {
-        // A transaction of its own: a tree's handle reaches the others only by a commit.
-        MDB_txn *view = nullptr;
-        status = StatusOf(mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, &view));
-        if (status == BtrStatusOk) {
-            status = AcquireFileIn(store, view, name, file);
-            if (status == BtrStatusOk) {
-                status = StatusOf(mdb_txn_commit(view));
-            } else {
-                mdb_txn_abort(view);
-            }
-        }
-    }
+    status = AcquireFileIn(store, view, writing, name, file);
     pthread_mutex_unlock(&store->Mutex);
     return status;
 }
@@ -549,15 +609,12 @@ void ReleaseFile(Store *store, File *file)
     pthread_mutex_unlock(&store->Mutex);
 }
 
-int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Definition &definition,
-                   bool replace)
+int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Definition &definition)
 {
     pthread_mutex_lock(&store->Mutex);
     uint32_t number = 0;
     int16_t status = FindFileNumber(store, writer, name, &number);
-    if (status == BtrStatusOk && number != 0) {
-        status = replace ? RemoveFile(store, writer, number) : static_cast<int16_t>(BtrStatusFileExists);
-    }
+    if (status == BtrStatusOk && number != 0) status = RemoveFile(store, writer, number);
     if (status == BtrStatusOk) status = NextFileNumber(store, writer, &number);
     if (status == BtrStatusOk) {
         status = PutCatalogue(store, writer, KeyOfName(name).Text, &number, sizeof number);
@@ -583,6 +640,46 @@ int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Defini
     return status;
 }
 
+namespace {
+
+// No tree has this number; the store refuses it.
+constexpr unsigned noTree = UINT32_MAX;
+
+} // namespace
+
+void ForgetTrees(Store *store, uint32_t last)
+{
+    pthread_mutex_lock(&store->Mutex);
+    for (File *file = store->Files; file != nullptr; file = file->Next) {
+        if (file->Number > last) file->Tree = noTree;
+    }
+    pthread_mutex_unlock(&store->Mutex);
+}
+
+int16_t RenewTrees(Store *store, MDB_txn *writer, uint32_t last)
+{
+    int16_t status = BtrStatusOk;
+    pthread_mutex_lock(&store->Mutex);
+    for (File *file = store->Files; file != nullptr && status == BtrStatusOk; file = file->Next) {
+        if (file->Number > last) status = OpenTree(writer, file->Number, &file->Tree);
+    }
+    pthread_mutex_unlock(&store->Mutex);
+    return status;
+}
+
+int16_t ReadLastFile(const Store *store, MDB_txn *view, uint32_t *number)
+{
+    FormatRecord format;
+    MDB_val key = ToVal(formatKey);
+    MDB_val value;
+    const int error = mdb_get(view, store->Catalogue, &key, &value);
+    if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+    if (value.mv_size != sizeof format) return BtrStatusForeignFile;
+    memcpy(&format, value.mv_data, sizeof format);
+    *number = format.LastFile;
+    return BtrStatusOk;
+}
+
 int16_t BeginSnapshot(Store *store, MDB_txn **snapshot)
 {
     if (*snapshot != nullptr) return StatusOf(mdb_txn_renew(*snapshot));
@@ -599,14 +696,51 @@ int16_t BeginSnapshot(Store *store, MDB_txn **snapshot)
 void ResetSnapshot(MDB_txn *snapshot) { mdb_txn_reset(snapshot); }
 void EndSnapshot(MDB_txn *snapshot) { mdb_txn_abort(snapshot); }
 
+namespace {
+
+// Opens the trees of all files; numbers whose file was replaced have none.
+int16_t OpenTrees(Store *store, uint32_t last)
+{
+    MDB_txn *view = nullptr;
+    int16_t status = StatusOf(mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, &view));
+    if (status != BtrStatusOk) return status;
+    for (uint32_t number = store->KnownFile + 1; number <= last && status == BtrStatusOk; ++number) {
+        MDB_dbi tree = 0;
+        const int error = mdb_dbi_open(view, KeyOf(number, 't').Text, 0, &tree);
+        if (error != MDB_NOTFOUND) status = StatusOf(error);
+    }
+    if (status != BtrStatusOk) {
+        mdb_txn_abort(view);
+        return status;
+    }
+    status = StatusOf(mdb_txn_commit(view));
+    if (status == BtrStatusOk) store->KnownFile = last;
+    return status;
+}
+
+// A write transaction knows the trees that were open when it began, and one opened later would get the number
+// of another. So all there are are opened before; as long as the gate is held, no process makes new ones.
+int16_t BeginWithAllTrees(Store *store, MDB_txn **writer)
+{
+    for (;;) {
+        const int error = mdb_txn_begin(store->Environment, nullptr, 0, writer);
+        if (error == MDB_PANIC) store->Dead = true;
+        if (error != 0) return StatusOf(error);
+        uint32_t last = 0;
+        int16_t status = ReadLastFile(store, *writer, &last);
+        if (status == BtrStatusOk && last <= store->KnownFile) return BtrStatusOk;
+        mdb_txn_abort(*writer);
+        if (status == BtrStatusOk) status = OpenTrees(store, last);
+        if (status != BtrStatusOk) return status;
+    }
+}
+
+} // namespace
+
 int16_t BeginWriter(Store *store, MDB_txn **writer)
 {
-    // Those who came before us share a lock file that newcomers would not find.
-    struct stat found;
-    if (fstatat(store->DirectoryFd, lockName, &found, AT_SYMLINK_NOFOLLOW) != 0 ||
-        found.st_ino != store->LockInode) {
-        return BtrStatusIoError;
-    }
+    // Newcomers would not find the lock file by which we are told from them.
+    if (!HasLockFile(store)) return BtrStatusIoError;
     // The snapshot of a process that died while reading keeps space from being reused until it is cleared.
     timespec now;
     clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
@@ -615,12 +749,27 @@ int16_t BeginWriter(Store *store, MDB_txn **writer)
         int dead = 0;
         mdb_reader_check(store->Environment, &dead);
     }
-    return StatusOf(mdb_txn_begin(store->Environment, nullptr, 0, writer));
+    pthread_mutex_lock(&store->Mutex);
+    const int16_t status = BeginWithAllTrees(store, writer);
+    pthread_mutex_unlock(&store->Mutex);
+    if (status != BtrStatusOk) *writer = nullptr;
+    store->TreesDropped = false;
+    return status;
 }
 
-int16_t CommitWriter(Store *, MDB_txn *writer) { return StatusOf(mdb_txn_commit(writer)); }
+int16_t CommitWriter(Store *store, MDB_txn *writer)
+{
+    const int16_t status = StatusOf(mdb_txn_commit(writer));
+    if (status != BtrStatusOk && store->TreesDropped) store->KnownFile = 0;
+    return status;
+}
 
-void AbortWriter(MDB_txn *writer) { mdb_txn_abort(writer); }
+void AbortWriter(Store *store, MDB_txn *writer)
+{
+    mdb_txn_abort(writer);
+    // The trees that it has dropped are back, their handles are not.
+    if (store->TreesDropped) store->KnownFile = 0;
+}
 
 int16_t SetLoading(Store *store, bool loading)
 {

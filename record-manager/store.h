@@ -6,6 +6,7 @@
 #include "record-manager/definition.h"
 #include "record-manager/gate.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <pthread.h>
@@ -54,8 +55,14 @@ struct Store {
     ino_t LockInode;
     unsigned Users; // clients; guarded by the registry's mutex
     bool ReadOnly;
-    pthread_mutex_t Mutex; // Files, opening trees
+    bool ReadOnlySystem;    // and nobody else can write either
+    std::atomic<bool> Dead; // the store gave up on itself; it works again once it was closed
+    pthread_mutex_t Mutex;  // Files, and every opening and closing of a tree
     File *Files;
+
+    // Guarded by the gate.
+    uint32_t KnownFile; // the trees of files up to this number are open
+    bool TreesDropped;  // by the write transaction under way
     int64_t LastReaderCheck_s;
 };
 
@@ -79,15 +86,22 @@ void ForgetStores();
 void LockRegistry();
 void UnlockRegistry();
 
-// Finds `name` among the files of the store for one more use. `writer`: the own write transaction, in which
-// the file may have been created, or null. Returns 0, 12, 30, 86, 2.
-int16_t AcquireFile(Store *store, const char *name, MDB_txn *writer, File **file);
+// Finds `name` among the files of the store for one more use, seen from `view`; `writing` tells that this is
+// the own write transaction. Returns 0, 12, 30 (also when the books were cut off), 86, 2.
+int16_t AcquireFile(Store *store, const char *name, MDB_txn *view, bool writing, File **file);
 void ReleaseFile(Store *store, File *file);
 
-// Makes a file in a write transaction, in place of one of the same name if `replace`. Nobody may have that
-// one open. Returns 0, 59, 18, 86, 2.
-int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Definition &definition,
-                   bool replace);
+// Makes a file in a write transaction, in place of one of the same name, which nobody may have open.
+// Returns 0, 18, 86, 2.
+int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Definition &definition);
+
+// After a transaction that made files was undone: takes the trees from the files that are no more, and, when
+// the files were made anew in another one, gives them back. `last`: the highest number of a file that stayed.
+void ForgetTrees(Store *store, uint32_t last);
+int16_t RenewTrees(Store *store, MDB_txn *writer, uint32_t last);
+
+// The highest file number given so far.
+int16_t ReadLastFile(const Store *store, MDB_txn *view, uint32_t *number);
 
 // The number of a file of this name, 0 if there is none.
 int16_t FindFileNumber(Store *store, MDB_txn *view, const char *name, uint32_t *number);
@@ -98,11 +112,11 @@ int16_t BeginSnapshot(Store *store, MDB_txn **snapshot); // *snapshot null: made
 void ResetSnapshot(MDB_txn *snapshot);
 void EndSnapshot(MDB_txn *snapshot);
 
-// The write transaction of the directory. The caller holds the gate.
+// The write transaction of the directory. The caller holds the gate. Every file there is can be used in it.
 int16_t BeginWriter(Store *store, MDB_txn **writer);
-// On failure everything is undone. `durable`: on disk when this returns.
+// On disk when this returns, except while loading. On failure everything is undone.
 int16_t CommitWriter(Store *store, MDB_txn *writer);
-void AbortWriter(MDB_txn *writer);
+void AbortWriter(Store *store, MDB_txn *writer);
 // Commits between this and its end are not awaited by the disk; the end awaits all of them.
 int16_t SetLoading(Store *store, bool loading);
 

@@ -2,6 +2,8 @@
 #include "record-manager/limits.h"
 #include "record-manager/records.h"
 
+#include <cstdlib>
+
 namespace wbtrv {
 
 namespace {
@@ -17,7 +19,40 @@ void LeaveWriter(ClientStore *store)
     store->Writer = nullptr;
     store->LoadedChanges = 0;
     store->Broken = BtrStatusOk;
-    LeaveGate(store->Books->WriteGate);
+}
+
+void ForgetCreated(ClientStore *store)
+{
+    while (store->Created != nullptr) {
+        PendingCreate *created = store->Created;
+        store->Created = created->Next;
+        free(created);
+    }
+}
+
+// Makes the files anew whose making was undone with the changes around it. They get their old numbers, since
+// the gate was not left.
+int16_t CreateAgain(ClientStore *store)
+{
+    Store *books = store->Books;
+    MDB_txn *writer = nullptr;
+    int16_t status = BeginWriter(books, &writer);
+    if (status != BtrStatusOk) return status;
+    uint32_t last = 0;
+    status = ReadLastFile(books, writer, &last);
+    if (status == BtrStatusOk) ForgetTrees(books, last);
+    for (const PendingCreate *created = store->Created; created != nullptr && status == BtrStatusOk;
+         created = created->Next) {
+        status = CreateFile(books, writer, created->Name, created->Layout);
+    }
+    if (status == BtrStatusOk) status = RenewTrees(books, writer, last);
+    if (status == BtrStatusOk) {
+        status = CommitWriter(books, writer);
+    } else {
+        AbortWriter(books, writer);
+    }
+    if (status != BtrStatusOk) ForgetTrees(books, last);
+    return status;
 }
 
 void ForgetCounters(ClientStore *store)
@@ -30,7 +65,7 @@ void ForgetCounters(ClientStore *store)
 // What a position block saw of changes that are undone now. Its record is gone if it was inserted by them,
 // and otherwise is what it was before; a running number that will be given out again is replaced by a place
 // just behind the last one that stays.
-void StepBack(ClientStore *store, Handle *handle, MDB_txn *view)
+void StepBack(Handle *handle, MDB_txn *view)
 {
     const ClientFile &file = *handle->In;
     const Definition &definition = file.Of->Layout;
@@ -49,7 +84,6 @@ void StepBack(ClientStore *store, Handle *handle, MDB_txn *view)
     PutBigEndian(handle->Place + valueEnd, file.FirstSequence, stampSize);
     handle->Place[valueEnd + stampSize] = 1;
     handle->PlaceLength = valueEnd + stampSize + 1;
-    (void)store;
 }
 
 void StepAllBack(ClientStore *store)
@@ -59,8 +93,7 @@ void StepAllBack(ClientStore *store)
     if (BeginView(store, &view) != BtrStatusOk) view = nullptr;
     for (size_t i = 0; i < client->HandleCount; ++i) {
         Handle *handle = client->Handles[i];
-        if (handle != nullptr && handle->In->Home == store && handle->In->Touched)
-            StepBack(store, handle, view);
+        if (handle != nullptr && handle->In->Home == store && handle->In->Touched) StepBack(handle, view);
     }
     if (view != nullptr) EndView(store);
 }
@@ -103,6 +136,7 @@ void LeaveTransaction(Client *client)
     client->Transaction = TransactionKind::None;
     client->Changed = nullptr;
     client->NoRetry = false;
+    client->Failed = BtrStatusOk;
     for (size_t i = 0; i < client->HandleCount; ++i) {
         if (client->Handles[i] != nullptr) ReleaseTaken(client->Handles[i]);
     }
@@ -115,16 +149,26 @@ void LeaveTransaction(Client *client)
     }
 }
 
-} // namespace
-
-void AbortChanges(ClientStore *store)
+// What follows when the writer's changes are undone.
+int16_t FinishAbort(ClientStore *store)
 {
-    if (store->Writer == nullptr) return;
-    AbortWriter(store->Writer);
     LeaveWriter(store);
+    const int16_t status = store->Created != nullptr ? CreateAgain(store) : static_cast<int16_t>(BtrStatusOk);
+    LeaveGate(store->Books->WriteGate);
+    ForgetCreated(store);
     StepAllBack(store);
     ForgetCounters(store);
     if (store->Owner->Changed == store) store->Owner->Changed = nullptr;
+    return status;
+}
+
+} // namespace
+
+int16_t AbortChanges(ClientStore *store)
+{
+    if (store->Writer == nullptr) return BtrStatusOk;
+    AbortWriter(store->Books, store->Writer);
+    return FinishAbort(store);
 }
 
 int16_t CommitChanges(ClientStore *store)
@@ -135,14 +179,19 @@ int16_t CommitChanges(ClientStore *store)
         if (file->Touched) status = WriteCounters(store->Books, store->Writer, *file->Of, file->Now);
     }
     if (status != BtrStatusOk) {
-        AbortChanges(store);
+        (void)AbortChanges(store);
         return status;
     }
     status = CommitWriter(store->Books, store->Writer);
+    if (status != BtrStatusOk) {
+        (void)FinishAbort(store);
+        return status;
+    }
     LeaveWriter(store);
-    if (status != BtrStatusOk) StepAllBack(store);
+    LeaveGate(store->Books->WriteGate);
+    ForgetCreated(store);
     ForgetCounters(store);
-    return status;
+    return BtrStatusOk;
 }
 
 int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry)
@@ -164,14 +213,12 @@ int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry)
 int16_t EndTransaction(Client *client)
 {
     if (client->Transaction == TransactionKind::None) return BtrStatusNoTransaction;
-    if (client->Changed != nullptr) {
-        // A transaction that cannot be ended is still there to be aborted.
+    if (client->Failed == BtrStatusOk && client->Changed != nullptr) {
         const int16_t status = CommitChanges(client->Changed);
-        if (status != BtrStatusOk) {
-            client->Changed = nullptr;
-            return status == BtrStatusIoError ? static_cast<int16_t>(BtrStatusTransactionIo) : status;
-        }
+        client->Failed = status == BtrStatusIoError ? static_cast<int16_t>(BtrStatusTransactionIo) : status;
     }
+    // A transaction that could not be ended is still there to be aborted.
+    if (client->Failed != BtrStatusOk) return client->Failed;
     LeaveTransaction(client);
     return BtrStatusOk;
 }
@@ -179,9 +226,10 @@ int16_t EndTransaction(Client *client)
 int16_t AbortTransaction(Client *client)
 {
     if (client->Transaction == TransactionKind::None) return BtrStatusNoTransaction;
-    if (client->Changed != nullptr) AbortChanges(client->Changed);
+    const int16_t status =
+        client->Changed != nullptr ? AbortChanges(client->Changed) : static_cast<int16_t>(BtrStatusOk);
     LeaveTransaction(client);
-    return BtrStatusOk;
+    return status;
 }
 
 int16_t UnlockRecords(const Call &call)

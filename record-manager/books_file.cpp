@@ -1,0 +1,183 @@
+#include "record-manager/books_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace wbtrv {
+
+namespace {
+
+// How the store lays out its file, as far as the list of its free pages needs it.
+constexpr uint32_t metaMagic = 0xBEEFC0DE;
+constexpr uint32_t metaVersion = 1;
+constexpr uint16_t branchPage = 0x01;
+constexpr uint16_t leafPage = 0x02;
+constexpr uint16_t bigNode = 0x01;
+constexpr uint64_t noPage = UINT64_MAX;
+constexpr unsigned deepest = 32;
+
+#pragma pack(push, 1)
+struct PageHead {
+    uint64_t Number;
+    uint16_t Reserved8;
+    uint16_t Flags;
+    uint16_t Lower; // end of the table of node offsets
+    uint16_t Upper;
+};
+struct TreeHead {
+    uint32_t PageSize; // in the tree of free pages
+    uint16_t Flags;
+    uint16_t Depth;
+    uint64_t BranchPages;
+    uint64_t LeafPages;
+    uint64_t OverflowPages;
+    uint64_t Entries;
+    uint64_t Root;
+};
+struct MetaPage {
+    PageHead Head;
+    uint32_t Magic;
+    uint32_t Version;
+    uint64_t Address;
+    uint64_t MapSize;
+    TreeHead Free;
+    TreeHead Main;
+    uint64_t LastPage;
+    uint64_t Transaction;
+};
+struct NodeHead {
+    uint16_t Low; // size of a leaf's value, or part of a branch's page number
+    uint16_t High;
+    uint16_t Flags; // or the highest part of the page number
+    uint16_t KeySize;
+};
+#pragma pack(pop)
+static_assert(sizeof(PageHead) == 16);
+static_assert(sizeof(TreeHead) == 48);
+static_assert(sizeof(MetaPage) == 152);
+static_assert(sizeof(NodeHead) == 8);
+
+struct Walk {
+    int Fd;
+    size_t PageSize;
+    uint64_t Pages;    // whole ones in the file
+    uint64_t LastPage; // by the meta page
+    uint64_t Free;     // of those that are missing
+};
+
+bool ReadAt(int fd, void *to, size_t size, uint64_t offset)
+{
+    return pread(fd, to, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
+}
+
+bool ReadNewestMeta(int fd, MetaPage *newest)
+{
+    MetaPage first;
+    if (!ReadAt(fd, &first, sizeof first, 0) || first.Magic != metaMagic || first.Version != metaVersion)
+        return false;
+    const uint32_t pageSize = first.Free.PageSize;
+    if (pageSize < 512 || pageSize > 65536) return false;
+    MetaPage second;
+    if (!ReadAt(fd, &second, sizeof second, pageSize) || second.Magic != metaMagic) return false;
+    *newest = second.Transaction > first.Transaction ? second : first;
+    newest->Free.PageSize = pageSize;
+    return true;
+}
+
+// A list of free pages: how many, then their numbers.
+bool CountList(Walk *walk, const uint8_t *list, size_t size)
+{
+    uint64_t count = 0;
+    if (size < sizeof count) return false;
+    memcpy(&count, list, sizeof count);
+    if (count > size / sizeof count - 1) return false;
+    for (uint64_t i = 1; i <= count; ++i) {
+        uint64_t page = 0;
+        memcpy(&page, list + i * sizeof page, sizeof page);
+        if (page >= walk->Pages && page <= walk->LastPage) walk->Free++;
+    }
+    return true;
+}
+
+bool CountBigList(Walk *walk, uint64_t page, size_t size)
+{
+    const uint64_t pages = (sizeof(PageHead) + size + walk->PageSize - 1) / walk->PageSize;
+    if (page >= walk->Pages || pages > walk->Pages - page) return false;
+    auto *list = static_cast<uint8_t *>(malloc(size));
+    if (list == nullptr) return false;
+    const bool whole =
+        ReadAt(walk->Fd, list, size, page * walk->PageSize + sizeof(PageHead)) && CountList(walk, list, size);
+    free(list);
+    return whole;
+}
+
+bool CountPage(Walk *walk, uint64_t number, unsigned depth);
+
+bool CountNode(Walk *walk, const uint8_t *page, size_t offset, bool leaf, unsigned depth)
+{
+    NodeHead node;
+    if (offset + sizeof node > walk->PageSize) return false;
+    memcpy(&node, page + offset, sizeof node);
+    if (!leaf) {
+        const uint64_t child = node.Low | uint64_t{node.High} << 16 | uint64_t{node.Flags} << 32;
+        return CountPage(walk, child, depth + 1);
+    }
+    const size_t size = node.Low | size_t{node.High} << 16;
+    const size_t value = offset + sizeof node + node.KeySize;
+    if ((node.Flags & bigNode) == 0) {
+        return value + size <= walk->PageSize && CountList(walk, page + value, size);
+    }
+    uint64_t big = 0;
+    if (value + sizeof big > walk->PageSize) return false;
+    memcpy(&big, page + value, sizeof big);
+    return CountBigList(walk, big, size);
+}
+
+bool CountPage(Walk *walk, uint64_t number, unsigned depth)
+{
+    if (number >= walk->Pages || depth > deepest) return false;
+    auto *page = static_cast<uint8_t *>(malloc(walk->PageSize));
+    if (page == nullptr) return false;
+    PageHead head;
+    bool whole = ReadAt(walk->Fd, page, walk->PageSize, number * walk->PageSize);
+    if (whole) {
+        memcpy(&head, page, sizeof head);
+        whole = (head.Flags & (branchPage | leafPage)) != 0 && head.Lower >= sizeof head &&
+                head.Lower <= walk->PageSize;
+    }
+    for (size_t at = sizeof head; whole && at + sizeof(uint16_t) <= head.Lower; at += sizeof(uint16_t)) {
+        uint16_t offset = 0;
+        memcpy(&offset, page + at, sizeof offset);
+        whole = CountNode(walk, page, offset, (head.Flags & leafPage) != 0, depth);
+    }
+    free(page);
+    return whole;
+}
+
+} // namespace
+
+bool OnlyFreePagesMissing(int fd)
+{
+    // Pages that a meta page knows are not written over before the next but one; a third try would only be
+    // needed if others wrote faster than the list can be read.
+    for (unsigned attempt = 0; attempt < 3; ++attempt) {
+        MetaPage meta;
+        struct stat found;
+        if (!ReadNewestMeta(fd, &meta) || fstat(fd, &found) != 0) return false;
+        Walk walk{fd, meta.Free.PageSize, static_cast<uint64_t>(found.st_size) / meta.Free.PageSize,
+                  meta.LastPage, 0};
+        if (walk.LastPage < walk.Pages) return true;
+        const bool read = meta.Free.Root == noPage || CountPage(&walk, meta.Free.Root, 0);
+        MetaPage after;
+        if (!ReadNewestMeta(fd, &after)) return false;
+        if (after.Transaction > meta.Transaction + 1) continue;
+        return read && walk.Free == walk.LastPage + 1 - walk.Pages;
+    }
+    return true;
+}
+
+} // namespace wbtrv
