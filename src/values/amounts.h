@@ -39,10 +39,10 @@ bool AddAmounts(AmountText &out, const AmountText &a, const AmountText &b);
 // total = total + b. False on overflow, and total is as it was.
 bool AccumulateAmount(AmountText &total, const AmountText &b);
 
-// out = a - b as digits, and the side of the result as code: sollBalance, habenBalance. 0 when a borrow
-// remains, which only damaged texts can bring about. For equal signs and a smaller than b the mark in `out`
-// is NOT that of the result: SubtractAmounts is what callers want. A sum of the two absolute values that
-// needs a tenth integer digit loses it.
+// out = a - b as digits, and the side of the result as code: sollBalance or habenBalance. For equal signs and
+// a smaller than b the mark in `out` is NOT that of the result: SubtractAmounts is what callers want. For
+// different signs the absolute values are added, and a tenth integer digit is lost. A borrow cannot remain,
+// since places without a digit are read as 0 before the two are compared.
 int SubtractRaw(AmountText &out, const AmountText &a, const AmountText &b);
 
 // out = a - b with its mark. True if negative. Equal negative amounts give a negative zero. For different
