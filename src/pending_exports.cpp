@@ -22,35 +22,6 @@ VarkWindow NoReport()
 
 } // namespace
 
-int32_t VARK_CALL VARK_SplitBuchungEinfuegen(const SplitEingabe *, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_SplitStart(int32_t, int32_t, const char *, const char *, uint8_t)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_SplitStartEx(int32_t, int32_t, const char *, const char *, uint8_t, int32_t)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_SplitEinfuegen(const char *, int32_t, const char *, int32_t, const char *,
-                                      const char *, const char *, const char *)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_SplitEinfuegenEx(const char *, int32_t, const char *, int32_t, const char *,
-                                        const char *, const char *, const char *, int32_t)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_SplitEnde(int32_t, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_Peko(int32_t, int32_t, const PekoEingabe *, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_PekoDirekt(int32_t, int32_t, int32_t, int32_t, const char *, const char *,
-                                  const char *, const char *, const char *, const char *, const char *,
-                                  const char *, const char *, const char *, const char *, const char *,
-                                  const char *, const char *, int32_t, int32_t, const char *, int32_t,
-                                  int32_t)
-{
-    return AfterFrame();
-}
 int32_t VARK_CALL VARK_HoleSaldo(int32_t, const char *, int32_t, int32_t, int32_t, char *)
 {
     return AfterFrame();

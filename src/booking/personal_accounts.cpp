@@ -1,0 +1,310 @@
+#include "src/booking/personal_accounts.h"
+
+#include "src/booking/account_queries.h"
+#include "src/booking/posting_effects.h"
+#include "src/frame/lifecycle.h"
+#include "src/frame/mandant.h"
+#include "src/frame/messages.h"
+#include "src/frame/record_store.h"
+#include "src/values/amounts.h"
+#include "text/fixed_text.h"
+#include "text/windows1252.h"
+
+#include <cstring>
+
+namespace vark {
+
+using namespace text;
+
+namespace {
+
+enum Aktion : int32_t { AktionNeu = 1, AktionAendern = 2, AktionLoeschen = 3 };
+
+constexpr int32_t aktionRefused = -2;
+constexpr int32_t artRefused = -7;
+constexpr int32_t noAccountNamed = -10;
+constexpr int32_t gegenkontoRefused = -15;
+constexpr int32_t bankRefused = -16;
+constexpr int32_t skontoRefused = -17;
+constexpr int32_t mahnkennzifferRefused = -18;
+constexpr int32_t kuerzelDiffers = -19;
+constexpr int32_t accountUnknown = -28;
+constexpr int32_t kuerzelMissing = -29;
+constexpr int32_t nameMissing = -30;
+constexpr int32_t kontoExists = -31;
+constexpr int32_t kuerzelExists = -32;
+constexpr int32_t notDeletable = -33;
+
+// One call at work.
+struct PekoWork {
+    PekoEingabe Eingabe; // texts terminated; numbers get their fixed forms
+    AccountNumber Konto;
+    char Kuerzel[10];      // as wide as in the record, so that a change leaves a long one alone
+    TableKeyCode Position; // table and key that the record was read by
+    bool IsLocked;         // the record is locked by that read
+    PersonalRecord Record;
+};
+
+template <size_t Width> KeyBuffer KeyOf(const char (&field)[Width]) { return KeyOfText(field, Width); }
+
+void TerminateTexts(PekoEingabe &eingabe)
+{
+    const auto terminate = [](auto &...fields) { (CopyText(fields, fields), ...); };
+    terminate(eingabe.Konto, eingabe.Kuerzel, eingabe.Name1, eingabe.Name2, eingabe.UstId, eingabe.Land,
+              eingabe.Waehrung, eingabe.Plz, eingabe.Adresse2, eingabe.Adresse1, eingabe.Blz,
+              eingabe.Bankkonto, eingabe.Bank, eingabe.Gegenkonto, eingabe.Skonto);
+}
+
+// 1, -31 or -32 for a number or Kürzel that any of the three account tables has, -3.
+int32_t CheckUnique(ThreadContext &context, const PekoWork &work)
+{
+    constexpr TableId tables[] = {TableSako, TableKred, TableDebi};
+    bool found = false;
+    for (const TableId table : tables) {
+        if (!Exists(context, KeyOf(work.Konto), found, table)) return engineFailure;
+        if (found) return kontoExists;
+    }
+    for (const TableId table : tables) {
+        if (!Exists(context, KeyOf(work.Kuerzel), found, KeyCode(table, 1))) return engineFailure;
+        if (found) return kuerzelExists;
+    }
+    return 1;
+}
+
+// Finds the account by number or else by Kürzel, and reads and locks its record; the one that was not given
+// is taken from it.
+int32_t ResolveAccount(ThreadContext &context, PekoWork &work, TableId table)
+{
+    if (work.Konto[0] == 0 && work.Kuerzel[0] == 0) {
+        return Report(context, 1409, noAccountNamed, "K", noPart);
+    }
+    const bool isByKuerzel = work.Konto[0] == 0;
+    work.Position = KeyCode(table, isByKuerzel ? 1 : 0);
+    RightJustify(work.Konto, accountDigits);
+    LockNext(context);
+    bool found = false;
+    const KeyBuffer key = isByKuerzel ? KeyOf(work.Kuerzel) : KeyOf(work.Konto);
+    if (!GetEqual(context, &work.Record, key, found, work.Position)) return engineFailure;
+    if (!found) return Report(context, 1415, accountUnknown, nullptr, noPart);
+    work.IsLocked = true;
+    if (!isByKuerzel && work.Kuerzel[0] != 0 && !SameText(work.Kuerzel, work.Record.Kuerzel)) {
+        return Report(context, 1419, kuerzelDiffers, "Das Kürzel ist"_w, noPart);
+    }
+    CopyText(work.Konto, work.Record.Konto);
+    CopyText(work.Kuerzel, work.Record.Kuerzel);
+    return 1;
+}
+
+int32_t BeginNew(ThreadContext &context, PekoWork &work)
+{
+    RightJustify(work.Konto, accountDigits);
+    if (work.Kuerzel[0] == 0) return Report(context, 1416, kuerzelMissing, nullptr, noPart);
+    const int32_t unique = CheckUnique(context, work);
+    if (unique < 0) {
+        return Report(context, 1417, unique, unique == kontoExists ? "Konto" : "Kürzel"_w, noPart);
+    }
+    return 1;
+}
+
+int32_t DeleteAccount(ThreadContext &context, PekoWork &work, TableId table)
+{
+    const int32_t resolved = ResolveAccount(context, work, table);
+    if (resolved < 0) return resolved;
+    if (work.Record.Zustand == 0) return Report(context, 1427, notDeletable, nullptr, noPart);
+    if (!Delete(context, table)) return engineFailure;
+    work.IsLocked = false;
+    return 1;
+}
+
+// Digits only, up to the field's width. One byte more than the field is needed to see whether any follow.
+template <size_t Width> bool IsDigits(char (&field)[Width])
+{
+    char digits[Width + 1];
+    CopyText(digits, field);
+    return NormalizeDigits(digits, sizeof digits, -static_cast<int>(Width - 1), 0, false, false);
+}
+
+// What a new and a changed account have to satisfy, in the order of precedence.
+int32_t CheckFields(ThreadContext &context, PekoEingabe &eingabe, bool isDebitor)
+{
+    if (eingabe.Name1[0] == 0) return Report(context, 1418, nameMissing, nullptr, noPart);
+    if (eingabe.Gegenkonto[0] != 0) {
+        RightJustify(eingabe.Gegenkonto, accountDigits);
+        bool found = false;
+        if (!Exists(context, KeyOf(eingabe.Gegenkonto), found, TableSako)) return engineFailure;
+        if (!found) return Report(context, 1419, gegenkontoRefused, "Das Gegenkonto ist", noPart);
+    }
+    const bool hasBlz = eingabe.Blz[0] != 0;
+    const bool hasBankkonto = eingabe.Bankkonto[0] != 0;
+    if (hasBlz && !IsDigits(eingabe.Blz)) return Report(context, 1419, bankRefused, "Die BLZ ist", noPart);
+    if (hasBankkonto && !IsDigits(eingabe.Bankkonto)) {
+        return Report(context, 1419, bankRefused, "Die Bankkontonummer ist", noPart);
+    }
+    if (hasBlz != hasBankkonto) return Report(context, 1419, bankRefused, "Die Bankverbindung ist", noPart);
+    if (eingabe.Skonto[0] == 0) {
+        CopyText(eingabe.Skonto, zeroRate);
+    } else if (!NormalizeDigits(eingabe.Skonto, sizeof eingabe.Skonto, 2, 2, false, false)) {
+        return Report(context, 1419, skontoRefused, "Die Skontoprozente sind", noPart);
+    }
+    const int32_t lowest = isDebitor ? -1 : 0;
+    const int32_t highest = isDebitor ? 3 : 0;
+    if (eingabe.Mahnkennziffer < lowest || eingabe.Mahnkennziffer > highest) {
+        return Report(context, 1419, mahnkennzifferRefused, "Die Mahnkennziffer ist", noPart);
+    }
+    if (eingabe.Land[0] == 0) CopyText(eingabe.Land, context.DefaultLand);
+    return CheckZahlungsziel(context, eingabe.Zahlungsziel);
+}
+
+void FillRecord(const ThreadContext &context, PekoWork &work, bool isDebitor)
+{
+    const PekoEingabe &eingabe = work.Eingabe;
+    PersonalRecord &record = work.Record;
+    CopyText(record.Konto, work.Konto);
+    CopyText(record.Kuerzel, work.Kuerzel);
+    CopyText(record.Datum, context.TodayPacked);
+    CopyText(record.Name1, eingabe.Name1);
+    CopyText(record.Name2, eingabe.Name2);
+    CopyText(record.Adresse1, eingabe.Adresse1);
+    CopyText(record.Plz, eingabe.Plz);
+    CopyText(record.Land, eingabe.Land);
+    CopyText(record.Adresse2, eingabe.Adresse2);
+    CopyText(record.Gegenkonto, eingabe.Gegenkonto);
+    CopyText(record.Blz, eingabe.Blz);
+    CopyText(record.Bank, eingabe.Bank);
+    record.Wert1 = static_cast<int16_t>(eingabe.Wert1);
+    record.Wert2 = static_cast<int16_t>(eingabe.Wert2);
+    CopyText(record.Skonto, eingabe.Skonto);
+    record.Mahnkennziffer = static_cast<int16_t>(eingabe.Mahnkennziffer);
+    CopyText(record.UstId, eingabe.UstId);
+    if (!isDebitor) CopyText(record.Waehrung, eingabe.Waehrung);
+    record.Zahlungsziel = eingabe.Zahlungsziel;
+    CopyText(record.Bankkonto, eingabe.Bankkonto);
+}
+
+int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &work)
+{
+    InitPersonalRecord(work.Record);
+    if (art != KontoartKreditor && art != KontoartDebitor) {
+        return Report(context, 1413, artRefused, nullptr, noPart);
+    }
+    const bool isDebitor = art == KontoartDebitor;
+    const TableId table = isDebitor ? TableDebi : TableKred;
+    int32_t result;
+    switch (aktion) {
+    case AktionNeu: result = BeginNew(context, work); break;
+    case AktionAendern: result = ResolveAccount(context, work, table); break;
+    case AktionLoeschen: return DeleteAccount(context, work, table);
+    default: return Report(context, 1414, aktionRefused, nullptr, noPart);
+    }
+    if (result != 1) return result;
+    result = CheckFields(context, work.Eingabe, isDebitor);
+    if (result != 1) return result;
+    FillRecord(context, work, isDebitor);
+    if (aktion == AktionNeu) return Insert(context, &work.Record, table) ? 1 : engineFailure;
+    if (!Update(context, &work.Record, work.Position)) return engineFailure;
+    work.IsLocked = false;
+    return 1;
+}
+
+bool OpenAccountTables(ThreadContext &context)
+{
+    constexpr TableId tables[] = {TableKred, TableDebi, TableSako};
+    for (size_t i = 0; i < sizeof tables; ++i) {
+        if (OpenTable(context, tables[i])) continue;
+        while (i-- > 0) {
+            CloseTable(context, tables[i]);
+        }
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+void InitPersonalRecord(PersonalRecord &record)
+{
+    const auto clear = [](AmountText &amount) { CopyText(amount, zeroAmount); };
+    const auto clearPair = [&clear](SollHaben &pair) {
+        clear(pair.Soll);
+        clear(pair.Haben);
+    };
+    record = {};
+    record.Zustand = 1;
+    record.ReservedOne66 = 1;
+    for (AmountText &amount : record.ReservedAmounts27) {
+        clear(amount);
+    }
+    clearPair(record.Umsaetze.Vortrag);
+    clearPair(record.Umsaetze.Slot0);
+    for (SollHaben &pair : record.Umsaetze.Monat) {
+        clearPair(pair);
+    }
+    for (AmountText &amount : record.ReservedAmounts709) {
+        clear(amount);
+    }
+}
+
+int32_t ChangePersonalAccount(ThreadContext &context, int32_t aktion, int32_t art, const PekoEingabe *eingabe,
+                              int32_t showMessages)
+{
+    context.ShowMessages = showMessages;
+    PekoWork work{};
+    if (eingabe != nullptr) work.Eingabe = *eingabe;
+    TerminateTexts(work.Eingabe);
+    CopyText(work.Konto, work.Eingabe.Konto);
+    CopyText(work.Kuerzel, work.Eingabe.Kuerzel);
+    FistaRecord fista;
+    const int32_t selected = SelectMandantOrReport(context, work.Eingabe.Mandant, fista);
+    if (selected < 1) return selected;
+    if (!OpenAccountTables(context)) return engineFailure;
+    const int32_t result = DoPeko(context, aktion, art, work);
+    if (work.IsLocked) Unlock(context, work.Position);
+    CloseTable(context, TableKred);
+    CloseTable(context, TableDebi);
+    CloseTable(context, TableSako);
+    return result;
+}
+
+} // namespace vark
+
+using namespace vark;
+
+int32_t VARK_CALL VARK_Peko(int32_t aktion, int32_t art, const PekoEingabe *peko, int32_t showMessages)
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    if (entered != ready) return entered;
+    return ChangePersonalAccount(*context, aktion, art, peko, showMessages);
+}
+
+int32_t VARK_CALL VARK_PekoDirekt(int32_t aktion, int32_t art, int32_t showMessages, int32_t mandant,
+                                  const char *konto, const char *kuerzel, const char *name1,
+                                  const char *name2, const char *ustId, const char *land,
+                                  const char *waehrung, const char *plz, const char *adresse2,
+                                  const char *adresse1, const char *blz, const char *bankkonto,
+                                  const char *bank, const char *gegenkonto, int32_t wert1, int32_t wert2,
+                                  const char *skonto, int32_t mahnkennziffer, int32_t zahlungsziel)
+{
+    PekoEingabe eingabe{};
+    eingabe.Mandant = mandant;
+    CopyText(eingabe.Konto, konto);
+    CopyText(eingabe.Kuerzel, kuerzel);
+    CopyText(eingabe.Name1, name1);
+    CopyText(eingabe.Name2, name2);
+    CopyText(eingabe.UstId, ustId);
+    CopyText(eingabe.Land, land);
+    CopyText(eingabe.Waehrung, waehrung);
+    CopyText(eingabe.Plz, plz);
+    CopyText(eingabe.Adresse2, adresse2);
+    CopyText(eingabe.Adresse1, adresse1);
+    CopyText(eingabe.Blz, blz);
+    CopyText(eingabe.Bankkonto, bankkonto);
+    CopyText(eingabe.Bank, bank);
+    CopyText(eingabe.Gegenkonto, gegenkonto);
+    eingabe.Wert1 = wert1;
+    eingabe.Wert2 = wert2;
+    CopyText(eingabe.Skonto, skonto);
+    eingabe.Mahnkennziffer = mahnkennziffer;
+    eingabe.Zahlungsziel = zahlungsziel;
+    return VARK_Peko(aktion, art, &eingabe, showMessages);
+}

@@ -1,0 +1,270 @@
+#include "src/booking/split_posting.h"
+
+#include "src/booking/teilbuchung.h"
+#include "src/frame/lifecycle.h"
+#include "src/frame/mandant.h"
+#include "src/frame/messages.h"
+#include "text/fixed_text.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace vark {
+
+using text::CopyText;
+
+namespace {
+
+constexpr int32_t inlineParts = 10;
+constexpr int32_t overflowStep = 5;
+constexpr int32_t mostParts = INT16_MAX; // what the number of Teilbuchungen in bat can hold
+
+const TeilbuchungEingabe &PartAt(const ThreadContext &context, const SplitEingabe &eingabe, int32_t index)
+{
+    return index < inlineParts ? eingabe.Teil[index] : context.SplitOverflow[index - inlineParts];
+}
+
+// All Teilbuchungen have to name the same account on one side, and on one side only. Accounts are compared
+// as the caller wrote them, so "1200" and " 1200" differ.
+int32_t CheckSides(const ThreadContext &context, const SplitEingabe &eingabe, uint16_t &seite)
+{
+    seite = SplitseiteKeine;
+    if (eingabe.Anzahl < 2) return 1;
+    const TeilbuchungEingabe &first = eingabe.Teil[0];
+    bool sollIsSame = true;
+    bool habenIsSame = true;
+    for (int32_t i = 1; i < eingabe.Anzahl; ++i) {
+        const TeilbuchungEingabe &part = PartAt(context, eingabe, i);
+        if (std::strncmp(part.Sollkonto, first.Sollkonto, accountDigits) != 0) sollIsSame = false;
+        if (std::strncmp(part.Habenkonto, first.Habenkonto, accountDigits) != 0) habenIsSame = false;
+    }
+    if (sollIsSame && habenIsSame) return Report(context, 1434, sidesRefused, nullptr, noPart);
+    if (!sollIsSame && !habenIsSame) return Report(context, 1433, sidesRefused, nullptr, noPart);
+    seite = sollIsSame ? SplitseiteSoll : SplitseiteHaben;
+    return 1;
+}
+
+void TakeTexts(const TeilbuchungEingabe &from, TeilbuchungEingabe &to)
+{
+    CopyText(to.Sollkonto, from.Sollkonto);
+    to.SollArt = from.SollArt;
+    CopyText(to.Habenkonto, from.Habenkonto);
+    to.HabenArt = from.HabenArt;
+    CopyText(to.Brutto, from.Brutto);
+    CopyText(to.Steuersatz, from.Steuersatz);
+    CopyText(to.Steuerbetrag, from.Steuerbetrag);
+    CopyText(to.Text, from.Text);
+    to.Kostenschablone = from.Kostenschablone;
+}
+
+// Cost lines of a Teilbuchung. Everything depends on a Sachkonto on Soll: without one there are none, not
+// even from a Haben account with a Kostenschablone.
+int32_t SettleCosts(ThreadContext &context, TeilbuchungWork &work, int32_t partIndex)
+{
+    const SplitRecord &image = work.Teil.Image;
+    const int32_t assigned = AssignKostenschablone(context, work.Soll, image.SollArt, work.Haben,
+                                                   image.HabenArt, work.Eingabe.Kostenschablone, partIndex);
+    if (assigned < 1) return assigned;
+    if (image.SollArt != BuchungSachkonto) return 1;
+    if (HasKostenschablone(work.Soll)) return ExpandCosts(context, work, KostenSeite::Soll, partIndex);
+    if (HasKostenschablone(work.Haben)) return ExpandCosts(context, work, KostenSeite::Haben, partIndex);
+    return RequireCosts(context, work, partIndex);
+}
+
+// One Teilbuchung, checks in their order of precedence. Sets `isDropped` for a Kostenschablone that does not
+// exist, which ends the posting without a code of its own.
+int32_t PostPart(ThreadContext &context, TeilbuchungWork &work, Buchung &buchung, int32_t index,
+                 bool &isDropped)
+{
+    int32_t result = CheckAccountsAndAmounts(context, work, index);
+    if (result != 1) return result;
+    result = CheckKostenschablone(context, work.Eingabe.Kostenschablone, index);
+    if (result != 1) {
+        isDropped = result == kostenschabloneRefused;
+        return result;
+    }
+    result = SettleTax(context, work, buchung.Bat.Buchungsdatum, index);
+    if (result != 1) return result;
+    result = SettleNet(context, work, index);
+    if (result != 1) return result;
+
+    FillImage(work);
+    const SplitRecord &image = work.Teil.Image;
+    if (buchung.Bat.Zahlungsziel == 0) {
+        buchung.Bat.Zahlungsziel =
+            DefaultZahlungsziel(context, image.Sollkonto, image.Habenkonto, image.SollArt, image.HabenArt);
+    }
+    if (context.CostAccountingOn != 0) {
+        result = SettleCosts(context, work, index);
+        if (result != 1) return result;
+    }
+    if (!StoreTeilbuchung(buchung, work.Teil, index, index == 0 ? 2 : 0)) return engineFailure;
+    ++buchung.Bat.Anzahl;
+    return 1;
+}
+
+// The checks in their order of precedence; nothing is written before the last line.
+int32_t PostSplit(ThreadContext &context, const SplitEingabe &eingabe, Buchung &buchung)
+{
+    BatRecord &bat = buchung.Bat;
+    PackedDate date;
+    CopyText(date, eingabe.Datum);
+    int32_t result = CheckPostingHead(context, eingabe.Stapel, date);
+    if (result != 1) return result;
+    const bool isTooMany = eingabe.Anzahl > inlineParts && context.SplitViaEnde == 0;
+    if (eingabe.Anzahl < 1 || isTooMany) return Report(context, 1432, partCountRefused, nullptr, noPart);
+    result = CheckSides(context, eingabe, bat.Splitseite);
+    if (result != 1) return result;
+    result = CheckZahlungsziel(context, eingabe.Zahlungsziel);
+    if (result != 1) return result;
+
+    bat.Stapel = eingabe.Stapel;
+    CopyText(bat.Buchungsdatum, date);
+    CopyText(bat.ZweitesDatum, date);
+    CopyText(bat.Beleg, eingabe.Beleg);
+    bat.Kennzeichen = eingabe.Kennzeichen;
+    for (int32_t i = 0; i < eingabe.Anzahl; ++i) {
+        TeilbuchungWork work{};
+        TakeTexts(PartAt(context, eingabe, i), work.Eingabe);
+        bool isDropped = false;
+        result = PostPart(context, work, buchung, i, isDropped);
+        FreeTeilbuchung(work.Teil);
+        // Hosts have always been told success here, with nothing written.
+        if (isDropped) return 1;
+        if (result != 1) return result;
+    }
+    if (eingabe.Zahlungsziel != 0) bat.Zahlungsziel = eingabe.Zahlungsziel;
+    return WriteBuchung(context, buchung, 0) ? 1 : engineFailure;
+}
+
+// Ends the split posting in progress: drops it, or posts what has been collected.
+int32_t EndSplit(ThreadContext &context, int32_t post, int32_t showMessages)
+{
+    context.ShowMessages = showMessages;
+    const bool wasOpen = context.SplitOpen != 0;
+    context.SplitOpen = 0;
+    if (post == 0) {
+        context.SplitHeader = {};
+        return 1;
+    }
+    if (!wasOpen) return noSplitOpen;
+    context.SplitViaEnde = 1;
+    const int32_t result = InsertSplitPosting(context, &context.SplitHeader, showMessages);
+    context.SplitViaEnde = 0;
+    return result;
+}
+
+// Room for the next Teilbuchung; null without memory.
+TeilbuchungEingabe *NextPart(ThreadContext &context)
+{
+    const int32_t count = context.SplitHeader.Anzahl;
+    if (count < inlineParts) return &context.SplitHeader.Teil[count];
+    if (count >= mostParts) return nullptr;
+    const int32_t index = count - inlineParts;
+    if (context.SplitCapacity <= index) {
+        const int32_t capacity = index + overflowStep;
+        void *grown =
+            std::realloc(context.SplitOverflow, static_cast<size_t>(capacity) * sizeof(TeilbuchungEingabe));
+        if (grown == nullptr) return nullptr;
+        context.SplitOverflow = static_cast<TeilbuchungEingabe *>(grown);
+        context.SplitCapacity = static_cast<int16_t>(capacity);
+    }
+    return &context.SplitOverflow[index];
+}
+
+} // namespace
+
+int32_t InsertSplitPosting(ThreadContext &context, const SplitEingabe *eingabe, int32_t showMessages)
+{
+    context.ShowMessages = showMessages;
+    SplitEingabe copy{};
+    if (eingabe != nullptr) copy = *eingabe;
+    FistaRecord fista;
+    const int32_t selected = SelectMandantOrReport(context, copy.Mandant, fista);
+    if (selected < 1) return selected;
+    if (!OpenPostingTables(context)) return engineFailure;
+    Buchung buchung{};
+    const int32_t result = PostSplit(context, copy, buchung);
+    FreeBuchung(buchung);
+    ClosePostingTables(context);
+    return result;
+}
+
+} // namespace vark
+
+using namespace vark;
+
+int32_t VARK_CALL VARK_SplitBuchungEinfuegen(const SplitEingabe *split, int32_t showMessages)
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    if (entered != ready) return entered;
+    return InsertSplitPosting(*context, split, showMessages);
+}
+
+int32_t VARK_CALL VARK_SplitStartEx(int32_t mandant, int32_t stapel, const char *datum, const char *beleg,
+                                    uint8_t kennzeichen, int32_t zahlungsziel)
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    if (entered != ready) return entered;
+    EndSplit(*context, 0, 0);
+    SplitEingabe &header = context->SplitHeader;
+    header.Mandant = mandant;
+    header.Stapel = stapel;
+    if (!CalendarDigits(*context, datum, header.Datum)) return dateRefused;
+    CopyText(header.Beleg, beleg);
+    header.Kennzeichen = kennzeichen;
+    header.Zahlungsziel = zahlungsziel;
+    context->SplitOpen = 1;
+    return 1;
+}
+
+int32_t VARK_CALL VARK_SplitStart(int32_t mandant, int32_t stapel, const char *datum, const char *beleg,
+                                  uint8_t kennzeichen)
+{
+    return VARK_SplitStartEx(mandant, stapel, datum, beleg, kennzeichen, 0);
+}
+
+int32_t VARK_CALL VARK_SplitEinfuegenEx(const char *sollkonto, int32_t sollArt, const char *habenkonto,
+                                        int32_t habenArt, const char *brutto, const char *steuersatz,
+                                        const char *steuerbetrag, const char *text, int32_t kostenschablone)
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    if (entered != ready) return entered;
+    if (context->SplitOpen == 0) {
+        EndSplit(*context, 0, 0);
+        return noSplitOpen;
+    }
+    TeilbuchungEingabe *part = NextPart(*context);
+    if (part == nullptr) return noMemoryForPart;
+    *part = {};
+    CopyText(part->Sollkonto, sollkonto);
+    part->SollArt = sollArt;
+    CopyText(part->Habenkonto, habenkonto);
+    part->HabenArt = habenArt;
+    CopyText(part->Brutto, brutto);
+    CopyText(part->Steuersatz, steuersatz);
+    CopyText(part->Steuerbetrag, steuerbetrag);
+    CopyText(part->Text, text);
+    part->Kostenschablone = kostenschablone;
+    ++context->SplitHeader.Anzahl;
+    return 1;
+}
+
+int32_t VARK_CALL VARK_SplitEinfuegen(const char *sollkonto, int32_t sollArt, const char *habenkonto,
+                                      int32_t habenArt, const char *brutto, const char *steuersatz,
+                                      const char *steuerbetrag, const char *text)
+{
+    return VARK_SplitEinfuegenEx(sollkonto, sollArt, habenkonto, habenArt, brutto, steuersatz, steuerbetrag,
+                                 text, 0);
+}
+
+int32_t VARK_CALL VARK_SplitEnde(int32_t post, int32_t showMessages)
+{
+    ThreadContext *context = nullptr;
+    const int32_t entered = EnterExport(context);
+    if (entered != ready) return entered;
+    return EndSplit(*context, post, showMessages);
+}
