@@ -29,10 +29,10 @@ template <size_t To, typename From> void CopyText(char (&to)[To], const From &fr
     }
 }
 
-// Whether two fields hold the same text.
-template <size_t A, size_t B> bool SameText(const char (&a)[A], const char (&b)[B])
+// Whether two fields of one width hold the same text.
+template <size_t Width> bool SameText(const char (&a)[Width], const char (&b)[Width])
 {
-    return std::strncmp(a, b, A < B ? A : B) == 0;
+    return std::strncmp(a, b, Width) == 0;
 }
 
 } // namespace text

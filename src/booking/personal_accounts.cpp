@@ -47,12 +47,12 @@ struct PekoWork {
 
 template <size_t Width> KeyBuffer KeyOf(const char (&field)[Width]) { return KeyOfText(field, Width); }
 
-void TerminateTexts(PekoEingabe &eingabe)
+void EndTexts(PekoEingabe &eingabe)
 {
-    const auto terminate = [](auto &...fields) { (CopyText(fields, fields), ...); };
-    terminate(eingabe.Konto, eingabe.Kuerzel, eingabe.Name1, eingabe.Name2, eingabe.UstId, eingabe.Land,
-              eingabe.Waehrung, eingabe.Plz, eingabe.Adresse2, eingabe.Adresse1, eingabe.Blz,
-              eingabe.Bankkonto, eingabe.Bank, eingabe.Gegenkonto, eingabe.Skonto);
+    const auto end = [](auto &...fields) { (CopyText(fields, fields), ...); };
+    end(eingabe.Konto, eingabe.Kuerzel, eingabe.Name1, eingabe.Name2, eingabe.UstId, eingabe.Land,
+        eingabe.Waehrung, eingabe.Plz, eingabe.Adresse2, eingabe.Adresse1, eingabe.Blz, eingabe.Bankkonto,
+        eingabe.Bank, eingabe.Gegenkonto, eingabe.Skonto);
 }
 
 // 1, -31 or -32 for a number or Kürzel that any of the three account tables has, -3.
@@ -250,7 +250,7 @@ int32_t ChangePersonalAccount(ThreadContext &context, int32_t aktion, int32_t ar
     context.ShowMessages = showMessages;
     PekoWork work{};
     if (eingabe != nullptr) work.Eingabe = *eingabe;
-    TerminateTexts(work.Eingabe);
+    EndTexts(work.Eingabe);
     CopyText(work.Konto, work.Eingabe.Konto);
     CopyText(work.Kuerzel, work.Eingabe.Kuerzel);
     FistaRecord fista;

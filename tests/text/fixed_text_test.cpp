@@ -33,3 +33,16 @@ TEST(FixedText, NullCountsAsEmpty)
     CopyText(field, static_cast<const char *>(nullptr));
     EXPECT_EQ(0, std::memcmp(field, "\0\0\0\0", 4));
 }
+
+TEST(FixedText, FieldsAreComparedUpToTheirNulOrTheirWidth)
+{
+    EXPECT_TRUE(text::SameText("ab", "ab"));
+    EXPECT_FALSE(text::SameText("ab", "ac"));
+    const char full[2] = {'a', 'b'};
+    const char other[2] = {'a', 'c'};
+    EXPECT_TRUE(text::SameText(full, full));
+    EXPECT_FALSE(text::SameText(full, other));
+    const char first[4] = {'a', 0, 'x', 0};
+    const char second[4] = {'a', 0, 'y', 0};
+    EXPECT_TRUE(text::SameText(first, second)) << "what stands behind the NUL does not count";
+}
