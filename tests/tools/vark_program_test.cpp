@@ -1,0 +1,318 @@
+#include "tests/tools/program.h"
+
+#include <gtest/gtest.h>
+
+using namespace tests;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct VarkProgram : testing::Test {
+    TemporaryDirectory Directory;
+    fs::path Books = Directory.Path / "buch";
+
+    void SetUp() override { ASSERT_EQ(0, tests::Books({"beispiel", Books.string()}).ExitCode); }
+
+    Result Run(std::vector<std::string> arguments, const std::string &input = {})
+    {
+        return Vark(Books, std::move(arguments), input);
+    }
+
+    // Books the CSV text into Stapel 16 of Mandant 1.
+    Result BookCsv(const std::string &csv, std::vector<std::string> more = {})
+    {
+        std::vector<std::string> arguments = {"buchen", "--mandant", "1", "--stapel", "16", "--datei", "-"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Run(std::move(arguments), csv);
+    }
+
+    std::string Batch(std::vector<std::string> more = {})
+    {
+        std::vector<std::string> arguments = {"stapel", "--mandant", "1", "16", "--csv"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Run(std::move(arguments)).Out;
+    }
+};
+
+bool Contains(const std::string &text, const std::string &part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+constexpr const char *csvHead = "Nr;Teil;Datum;Beleg;Soll;Haben;Brutto;Steuersatz;Steuerkonto;Netto;Währung;"
+                                "Kostenzeilen;Text\n";
+
+} // namespace
+
+TEST_F(VarkProgram, StatusNamesTheDataAndTheMandanten)
+{
+    const Result result = Run({"status"});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_TRUE(Contains(result.Out, "Daten: " + (Books / "DB").string() + "\n"));
+    EXPECT_TRUE(Contains(result.Out, "VARK40 ist bereit."));
+    EXPECT_TRUE(
+        Contains(result.Out, " 1  Nordhafen Bürohandel GmbH       1997–1998  Januar            ja\n"));
+    EXPECT_TRUE(Contains(result.Out,
+                         " 3  Atelier Lindblick Werbeagentur  1998       Januar            ja, Pflicht\n"));
+
+    const Result json = Run({"status", "--json"});
+    EXPECT_EQ(0, json.ExitCode);
+    EXPECT_TRUE(Contains(json.Out, "\"status\": 1,"));
+    EXPECT_TRUE(Contains(json.Out, "\"name\": \"Sonnenfeld Gartenbedarf\""));
+}
+
+TEST_F(VarkProgram, StatusWithoutIniFilesSaysWhatIsMissing)
+{
+    const Result result = Vark(Directory.Path, {"status"});
+    EXPECT_EQ(3, result.ExitCode);
+    EXPECT_TRUE(Contains(result.Err,
+                         "VARK40 ist nicht bereit (-36): In keiner Ini-Datei steht, wo die Daten liegen"));
+    EXPECT_TRUE(Contains(Vark(Directory.Path, {"status", "--json"}).Out, "\"status\": -36,"));
+}
+
+TEST_F(VarkProgram, OneBookingFromOptionsComesBackFromTheStapel)
+{
+    const Result booked =
+        Run({"buchen", "--mandant", "1", "--stapel", "16", "--datum", "15.3.98", "--beleg", "RE4711",
+             "--soll", "10010", "--haben", "5010", "--betrag", "1.150,00", "--text", "Tische für Öl"});
+    EXPECT_EQ(0, booked.ExitCode) << booked.Err;
+    EXPECT_EQ("1 Buchung in den Stapel geschrieben, 0 abgelehnt.\n", booked.Out);
+    EXPECT_EQ("", booked.Err);
+    EXPECT_EQ(std::string(csvHead) +
+                  "1;;15.03.1998;RE4711;10010;5010;1.150,00;15,00;2411;1.000,00;;3;Tische für Öl\n",
+              Batch());
+}
+
+TEST_F(VarkProgram, TheRateFollowsTheDateOfTheBooking)
+{
+    const Result booked = BookCsv("Datum;Sollkonto;Habenkonto;Betrag\n"
+                                  "31.03.1998;10010;5010;115,00\n"
+                                  "01.04.1998;10010;5010;116,00\n"
+                                  "02.01.1997;10010;5010;115,00\n"
+                                  "02.01.1997;10010;5040;107,00\n");
+    EXPECT_EQ(0, booked.ExitCode) << booked.Err;
+    EXPECT_EQ(std::string(csvHead) + "1;;31.03.1998;;10010;5010;115,00;15,00;2411;100,00;;3;\n"
+                                     "2;;01.04.1998;;10010;5010;116,00;16,00;2410;100,00;;3;\n"
+                                     "3;;02.01.1997;;10010;5010;115,00;15,00;2411;100,00;;3;\n"
+                                     "4;;02.01.1997;;10010;5040;107,00;7,00;2420;100,00;;3;\n",
+              Batch());
+}
+
+TEST_F(VarkProgram, ARefusalIsToldInTheLibrarysWords)
+{
+    const Result refused = Run({"buchen", "--mandant", "1", "--stapel", "16", "--datum", "15.3.98", "--soll",
+                                "99", "--haben", "5010", "--betrag", "1,00"});
+    EXPECT_EQ(1, refused.ExitCode);
+    EXPECT_EQ("Nicht gebucht: Die Sollkontonummer ist unzulässig!\n", refused.Err);
+    EXPECT_EQ("", refused.Out);
+}
+
+TEST_F(VarkProgram, BadLinesOfAFileDoNotHoldUpGoodOnes)
+{
+    const Result result = BookCsv("Datum;Beleg;Sollkonto;Habenkonto;Betrag;Text\n"
+                                  "15.04.1998;A1;10010;5010;116,00;gut\n"
+                                  "31.02.1998;A2;10010;5010;116,00;kein Tag\n"
+                                  "15.04.1996;A3;10010;5010;116,00;kein bebuchbares Jahr\n"
+                                  "15.04.1998;A4;1;5010;116,00;kein Konto\n"
+                                  "15.04.1998;A5;10010;10010;116,00;dasselbe\n"
+                                  "15.04.1998;A6;10010;5010;12a;kein Betrag\n"
+                                  "15.04.1998;A7;\"10010;5010;116,00;offen\n"
+                                  "15.04.1998;A8;10010;5010\n"
+                                  "15.04.1998;A9;10010;5010;116,00;Łódź\n"
+                                  "15.04.1998;A10;10010;12345678;116,00;zu lang\n"
+                                  "15.04.1998;A11;10010;5010;1.160,00;auch gut\n");
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_EQ("Zeile 3: Das Buchungsdatum ist unzulässig!\n"
+              "Zeile 4: Das Buchungsdatum ist unzulässig!\n"
+              "Zeile 5: Die Sollkontonummer ist unzulässig!\n"
+              "Zeile 6: Soll- und Habenkontonummern sind gleich!\n"
+              "Zeile 7: Der Bruttobetrag ist unzulässig!\n"
+              "Zeile 8: In dieser Zeile fehlt ein schließendes Anführungszeichen.\n"
+              "Zeile 9: Die Zeile hat 4 statt 6 Spalten.\n"
+              "Zeile 10: Der Text enthält Zeichen, die es in den Büchern nicht gibt.\n"
+              "Zeile 11: Die Habenkontonummer ist zu lang.\n",
+              result.Err);
+    EXPECT_TRUE(result.Out.starts_with("2 Buchungen in den Stapel geschrieben, 9 abgelehnt.\n"))
+        << result.Out;
+    EXPECT_TRUE(Contains(result.Out, "     2  Das Buchungsdatum ist unzulässig!\n")) << result.Out;
+    EXPECT_EQ(std::string(csvHead) +
+                  "1;;15.04.1998;A1;10010;5010;116,00;16,00;2410;100,00;;3;gut\n"
+                  "2;;15.04.1998;A11;10010;5010;1.160,00;16,00;2410;1.000,00;;3;auch gut\n",
+              Batch());
+}
+
+TEST_F(VarkProgram, RefusedLinesCanBePutRightAndBooked)
+{
+    const fs::path rejected = Directory.Path / "abgelehnt.csv";
+    BookCsv("Datum;Sollkonto;Habenkonto;Betrag\n31.02.1998;10010;5010;116,00\n",
+            {"--abgelehnt", rejected.string()});
+    std::string csv = ReadFile(rejected);
+    EXPECT_EQ("# Abgelehnte Buchungen; der Grund steht jeweils in der Zeile darüber.\n"
+              "Datum;Sollkonto;Habenkonto;Betrag\n"
+              "# Zeile 2: Das Buchungsdatum ist unzulässig!\n"
+              "31.02.1998;10010;5010;116,00\n",
+              csv);
+    csv.replace(csv.find("31.02.1998"), 10, "28.02.1998");
+    EXPECT_EQ(0, BookCsv(csv).ExitCode);
+}
+
+TEST_F(VarkProgram, Windows1252AndUtf8AreToldApartLineByLine)
+{
+    const Result result = BookCsv("\xEF\xBB\xBF"
+                                  "Datum;Sollkonto;Habenkonto;Betrag;Text\r\n"
+                                  "15.04.1998;10010;5010;116,00;M\xF6"
+                                  "bel\r\n"
+                                  "15.04.1998;10010;5010;116,00;Möbel\r\n");
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_TRUE(Contains(Batch(), ";3;Möbel\n2;"));
+    EXPECT_TRUE(Batch().ends_with(";3;Möbel\n"));
+}
+
+TEST_F(VarkProgram, QuotedFieldsKeepSemicolonsAndQuotes)
+{
+    BookCsv("Datum;Sollkonto;Habenkonto;Betrag;Text\n"
+            "15.04.1998;10010;5010;116,00;\"rot; \"\"blau\"\"\"\n"
+            "\n"
+            "# 15.04.1998;10010;5010;116,00;Kommentar\n");
+    EXPECT_TRUE(Batch().ends_with(";\"rot; \"\"blau\"\"\"\n"));
+}
+
+TEST_F(VarkProgram, ColumnsOverrideTheOptions)
+{
+    EXPECT_EQ(0, BookCsv("Mandant;Stapel;Datum;Sollkonto;Habenkonto;Betrag\n"
+                         "2;17;15.08.1998;10010;5070;116,00\n"
+                         ";;15.08.1998;10010;5010;116,00\n")
+                     .ExitCode);
+    EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "2", "17"}).Out, "1 Buchung, zusammen brutto 116,00"));
+    EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "1", "16"}).Out, "1 Buchung, zusammen brutto 116,00"));
+}
+
+TEST_F(VarkProgram, AGivenKindMustBeThatOfTheAccount)
+{
+    const Result result = BookCsv("Datum;Sollkonto;Sollart;Habenkonto;Habenart;Betrag\n"
+                                  "15.04.1998;10010;Debitor;5010;S;116,00\n"
+                                  "15.04.1998;10010;Kreditor;5010;1;116,00\n"
+                                  "15.04.1998;10010;Bank;5010;1;116,00\n");
+    EXPECT_EQ("Zeile 3: Die Sollkontonummer ist unzulässig!\n"
+              "Zeile 4: Sollart „Bank“ ist keine Kontoart (Sachkonto, Kreditor, Debitor).\n",
+              result.Err);
+}
+
+TEST_F(VarkProgram, AFileWithoutUsableHeadingsBooksNothing)
+{
+    const auto expect = [this](const std::string &csv, const char *text) {
+        const Result result = BookCsv(csv);
+        EXPECT_EQ(2, result.ExitCode);
+        EXPECT_TRUE(Contains(result.Err, text)) << result.Err;
+    };
+    expect("", "Die Datei ist leer");
+    expect("Datum;Sollkonto;Habenkonto\n", "Es fehlt die Spalte „Betrag“.");
+    expect("Datum;Sollkonto;Habenkonto;Betrag;Steuersaz\n15.04.1998;10010;5010;1,00;16\n",
+           "Unbekannte Spalte „Steuersaz“.");
+    expect("Datum;Datum;Sollkonto;Habenkonto;Betrag\n", "Die Spalte „Datum“ kommt zweimal vor.");
+    EXPECT_EQ(csvHead, Batch());
+}
+
+TEST_F(VarkProgram, LongTextsAreCutAndCounted)
+{
+    const Result result = BookCsv("Datum;Beleg;Sollkonto;Habenkonto;Betrag;Text\n"
+                                  "15.04.1998;123456789;10010;5010;116,00;" +
+                                  std::string(36, 'x') + "\n");
+    EXPECT_EQ("1 Buchung in den Stapel geschrieben, 0 abgelehnt.\n1 davon mit gekürztem Beleg oder Text.\n",
+              result.Out);
+    EXPECT_TRUE(
+        Batch().ends_with(";12345678;10010;5010;116,00;16,00;2410;100,00;;3;" + std::string(35, 'x') + "\n"));
+}
+
+TEST_F(VarkProgram, JsonTellsWhatWasRefused)
+{
+    const Result result = BookCsv("Datum;Sollkonto;Habenkonto;Betrag\n"
+                                  "15.04.1998;10010;5010;116,00\n"
+                                  "15.04.1998;99;5010;116,00\n",
+                                  {"--json"});
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_EQ("", result.Err);
+    EXPECT_TRUE(Contains(result.Out, "      \"zeile\": 3,\n"
+                                     "      \"code\": -8,\n"
+                                     "      \"grund\": \"Die Sollkontonummer ist unzulässig!\",\n"
+                                     "      \"inhalt\": \"15.04.1998;99;5010;116,00\"\n"))
+        << result.Out;
+    EXPECT_TRUE(Contains(result.Out, "\"gebucht\": 1,"));
+}
+
+TEST_F(VarkProgram, UnknownMandantAndStapelAreRefused)
+{
+    EXPECT_EQ("Nicht gebucht: Der Mandant existiert nicht!\n",
+              Run({"buchen", "--mandant", "9", "--stapel", "16", "--datum", "15.3.98", "--soll", "10010",
+                   "--haben", "5010", "--betrag", "1,00"})
+                  .Err);
+    EXPECT_EQ("Nicht gebucht: Der Stapel existiert nicht!\n",
+              Run({"buchen", "--mandant", "1", "--stapel", "99", "--datum", "15.3.98", "--soll", "10010",
+                   "--haben", "5010", "--betrag", "1,00"})
+                  .Err);
+    EXPECT_EQ("Nicht gebucht: Es fehlt die Angabe Mandant.\n", Run({"buchen", "--stapel", "16"}).Err);
+    EXPECT_EQ(1, Run({"stapel", "--mandant", "9"}).ExitCode);
+    EXPECT_EQ("vark: Der Stapel 99 existiert nicht.\n", Run({"stapel", "--mandant", "1", "99"}).Err);
+}
+
+TEST_F(VarkProgram, AStapelShowsAmountsAlignedAndCostsBelow)
+{
+    BookCsv("Datum;Beleg;Sollkonto;Habenkonto;Betrag;Text\n"
+            "15.04.1998;R1;8010;70040;2.000,00;Miete für April\n"
+            "16.04.1998;R2;10010;5060;11,60;Fracht\n");
+    EXPECT_EQ(
+        "Stapel 16 „Laufende Buchungen“, Mandant 1 Nordhafen Bürohandel GmbH, Jahr 1998\n"
+        "\n"
+        "Nr  Datum       Beleg   Soll  Haben    Brutto      %  Steuer     Netto  KZ  Text\n"
+        "──  ──────────  ─────  ─────  ─────  ────────  ─────  ──────  ────────  ──  "
+        "────────────────────────\n"
+        " 1  15.04.1998  R1      8010  70040  2.000,00                 2.000,00   3  Miete für April\n"
+        "                                                                400,00      · Kosten 100 Kontor\n"
+        "                                                              1.100,00      · Kosten 300 Halle "
+        "Nord\n"
+        "                                                                500,00      · Kosten 420 "
+        "Ladenfläche\n"
+        " 2  16.04.1998  R2     10010   5060     11,60  16,00    2410     10,00      Fracht\n"
+        "\n"
+        "2 Buchungen, zusammen brutto 2.011,60\n",
+        Run({"stapel", "--mandant", "1", "16", "--kosten"}).Out);
+    EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "1", "16", "--json"}).Out, "\"brutto\": \"2000.00\","));
+}
+
+TEST_F(VarkProgram, TheListOfStapelCountsTheirBookings)
+{
+    BookCsv("Datum;Sollkonto;Habenkonto;Betrag\n15.04.1998;10010;5010;116,00\n");
+    const std::string list = Run({"stapel", "--mandant", "1"}).Out;
+    EXPECT_TRUE(Contains(list, "16  Laufende Buchungen                            1\n")) << list;
+    EXPECT_TRUE(Contains(list, "20  Versicherungen                     3          0\n")) << list;
+    EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "3"}).Out, "Laufende Buchungen"));
+}
+
+TEST_F(VarkProgram, CostsAreNeededWhereTheMandantDemandsThem)
+{
+    const Result result = Run({"buchen", "--mandant", "3", "--stapel", "16", "--datum", "15.3.98", "--soll",
+                               "8240", "--haben", "70010", "--betrag", "115,00"});
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_TRUE(
+        Contains(result.Err, "Bei Buchungen auf GuV-Konten muß zumindest eine Kostenstelle bebucht werden."))
+        << result.Err;
+}
+
+TEST_F(VarkProgram, AClosedPipeEndsItQuietly)
+{
+    BookCsv("Datum;Sollkonto;Habenkonto;Betrag\n15.04.1998;10010;5010;116,00\n");
+    const Result result = tests::Run({"/bin/sh",
+                                      {"-c", "set -o pipefail 2>/dev/null; '" VARK_PROGRAM "' --config '" +
+                                                 Books.string() + "' stapel --mandant 1 16 --csv | true"}});
+    EXPECT_EQ("", result.Err);
+}
+
+TEST_F(VarkProgram, HelpHasAnExampleForEachCommand)
+{
+    for (const char *command : {"status", "buchen", "stapel"}) {
+        const Result help = Run({command, "--hilfe"});
+        EXPECT_EQ(0, help.ExitCode);
+        EXPECT_TRUE(Contains(help.Out, "Beispiel")) << command;
+        EXPECT_FALSE(Contains(help.Out, "Options")) << command;
+    }
+}

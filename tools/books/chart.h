@@ -1,0 +1,168 @@
+// What the sample books hold before anything is posted: accounts, tax keys, partners, cost centres and the
+// lines of Bilanz and GuV. Plain data; sample.cpp turns it into records.
+#pragma once
+
+#include "src/model/account_records.h"
+
+#include <cstdint>
+#include <span>
+
+namespace books {
+
+// Mandanten for which a row is made, as bits.
+enum Use : uint8_t { M1 = 1, M2 = 2, M3 = 4, M12 = 3, M13 = 5, M123 = 7 };
+
+constexpr bool IsFor(uint8_t use, int mandant) { return (use >> (mandant - 1) & 1) != 0; }
+
+// ---- Lines of Bilanz and GuV ----
+
+enum class Side : uint8_t { Aktiva, Passiva, Guv, None };
+
+// Groups come before their subgroups. Codes are known to this source alone.
+struct GroupRow {
+    int Code;
+    int Parent; // 0: directly below the root
+    Side Place;
+    bool HasTotal;
+    const char *Title; // at most 27 characters
+};
+
+std::span<const GroupRow> Groups();
+
+// Group codes that rows of the chart use for accounts outside every group: listed in the tree of that side
+// without a place in it, or nowhere at all.
+inline constexpr int unassignedGuv = -1;
+inline constexpr int unassignedAktiva = -2;
+inline constexpr int noTree = 0;
+
+// ---- Sachkonten ----
+
+struct AccountRow {
+    int Number;
+    const char *Kuerzel; // at most 9 characters
+    const char *Name;    // at most 40 characters, so that every report shows all of it
+    int Group;
+    int OtherGroup;      // group of the other side of the Bilanz for a balance of the other sign, 0 for none
+    uint8_t Tax;         // Steuerflags
+    const char *Rate;    // percentage of the keys that carry their own
+    bool IsFixed;        // the rate must not be changed in a posting
+    int Kennzahl;        // box of the tax return
+    int Kostenschablone; // where the Mandant has one of this number
+    uint8_t Mandanten;
+    long OpeningBalance; // DM on 1 January 1997 for Mandant 1, positive on Soll
+};
+
+std::span<const AccountRow> Accounts();
+
+// Accounts that other data refers to.
+inline constexpr int kontoForderungen = 1510;
+inline constexpr int kontoVerbindlichkeiten = 2310;
+
+// ---- Tax keys ----
+
+struct RateRow {
+    int Code;
+    int Sequence;
+    int Year, Month, Day; // valid from; year 0: since ever
+    const char *Rate;
+    int Umsatzsteuer; // tax accounts
+    int Vorsteuer;
+};
+
+std::span<const RateRow> Rates();
+
+// ---- Partners ----
+
+struct PartnerRow {
+    const char *Kuerzel; // at most 8 characters
+    const char *Name1;   // at most 25
+    const char *Name2;
+    const char *Street; // at most 30
+    const char *Plz;
+    const char *Place;
+    const char *Land;
+    const char *UstId;
+    int Zahlungsziel;
+    const char *Skonto;
+    const char *Waehrung; // Kreditoren only; empty: that of the Mandant
+    uint8_t Mandanten;
+};
+
+std::span<const PartnerRow> Debitoren();
+std::span<const PartnerRow> Kreditoren();
+
+inline constexpr int firstDebitor = 10010;
+inline constexpr int firstKreditor = 70010;
+inline constexpr int partnerStep = 10;
+
+// ---- Cost accounting ----
+
+struct CostObjectRow {
+    const char *Number;
+    const char *Kuerzel;
+    const char *Name; // at most 30
+    const char *Text; // at most 40
+    bool IsCarrier;   // a Kostenträger, used as second cost object
+    uint8_t Mandanten;
+};
+
+std::span<const CostObjectRow> CostObjects();
+
+struct CostTemplateRow {
+    int Number;
+    const char *Name; // at most 40
+    uint8_t Mandanten;
+};
+
+std::span<const CostTemplateRow> CostTemplates();
+
+struct CostLineRow {
+    int Template;
+    const char *Object1;
+    const char *Object2;
+    bool IsDirect;
+    const char *Share; // "100,00" or "033,33"
+    const char *Text;
+    uint8_t Mandanten;
+};
+
+std::span<const CostLineRow> CostLines();
+
+// ---- Small tables ----
+
+struct TermRow {
+    int Number;
+    const char *Text;
+    int DaysNet;
+    int DaysSkonto;
+};
+
+std::span<const TermRow> Terms();
+
+struct StapelRow {
+    int Number;
+    const char *Name;
+    int Interval;
+};
+
+std::span<const StapelRow> Batches();
+
+struct UserRow {
+    const char *Key; // at most 3 characters
+    const char *Name;
+};
+
+std::span<const UserRow> Users();
+
+// A currency with its average rates: Pfennig for so many foreign units in January 1997, and how many Pfennig
+// each month adds.
+struct CurrencyRow {
+    const char *Code;
+    int UnitCode;
+    int FirstRate;
+    int MonthlyChange;
+};
+
+std::span<const CurrencyRow> Currencies();
+
+} // namespace books

@@ -1,0 +1,182 @@
+#include "tools/books/ledger.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+namespace books {
+
+namespace {
+
+constexpr Profile profiles[mandantCount] = {
+    {1, "Nordhafen Bürohandel GmbH", "Groß- und Einzelhandel", "Speicherstraße 14", "20457 Hamburg",
+     "DE811204573", "02/846/17305", 1, true, true, false, 11, 0, 1, 0},
+    {2, "Sonnenfeld Gartenbedarf", "GmbH & Co. KG", "Gärtnereiweg 5", "25462 Rellingen", "", "31/270/08842",
+     7, true, false, false, 10, 1, 4, 100000},
+    {3, "Atelier Lindblick Werbeagentur", "GmbH", "Bernstorffstraße 99", "22767 Hamburg", "DE811377026",
+     "02/861/44912", 1, false, true, true, 0, 0, 3, 50000},
+};
+
+constexpr int kontoKapital = 2010;
+constexpr int kontoKapitalruecklage = 2020;
+constexpr int kontoGewinnruecklage = 2030;
+constexpr int kontoGewinnvortrag = 2040;
+constexpr int firstBankLoan = 2210;
+constexpr int lastLoan = 2230;
+
+bool StandsInBilanz(const AccountRow &row)
+{
+    if (row.Group == unassignedAktiva) return true;
+    for (const GroupRow &group : Groups()) {
+        if (group.Code == row.Group) return group.Place != Side::Guv;
+    }
+    return false;
+}
+
+void SetVortrag(YearSums &sums, int64_t balance)
+{
+    sums.Vortrag = {std::max<int64_t>(balance, 0), std::max<int64_t>(-balance, 0)};
+}
+
+// Loans and reserves are the first Mandant's alone: the smaller ones could not carry them.
+int64_t OpeningOf(const Profile &profile, const AccountRow &row)
+{
+    if (profile.Capital != 0) {
+        if (row.Number == kontoKapital) return -100LL * profile.Capital;
+        if (row.Number == kontoKapitalruecklage || row.Number == kontoGewinnruecklage) return 0;
+        if (row.Number >= firstBankLoan && row.Number <= lastLoan) return 0;
+    }
+    return 100LL * row.OpeningBalance / profile.OpeningShare;
+}
+
+std::vector<Account> Partners(Kind kind, std::span<const PartnerRow> rows, int firstNumber, int count,
+                              int mandant)
+{
+    std::vector<const PartnerRow *> own;
+    for (const PartnerRow &row : rows) {
+        if (IsFor(row.Mandanten, mandant)) own.push_back(&row);
+    }
+    const size_t wanted = count > 0 ? static_cast<size_t>(count) : own.size();
+    // Numbers stay below the next hundred thousand: ten apart as long as they fit, else one by one.
+    const int step = wanted * partnerStep < 20000 ? partnerStep : 1;
+    std::vector<Account> accounts;
+    for (size_t i = 0; i < wanted; ++i) {
+        accounts.push_back({kind,
+                            firstNumber + static_cast<int>(i) * step,
+                            nullptr,
+                            own[i % own.size()],
+                            static_cast<int>(i / own.size()),
+                            {}});
+    }
+    return accounts;
+}
+
+} // namespace
+
+const Profile &ProfileOf(int mandant) { return profiles[mandant - 1]; }
+
+int64_t YearSums::Balance() const
+{
+    int64_t balance = Vortrag.Soll - Vortrag.Haben + Slot0.Soll - Slot0.Haben;
+    for (const Totals &month : Month) {
+        balance += month.Soll - month.Haben;
+    }
+    return balance;
+}
+
+bool YearSums::IsUsed() const
+{
+    bool used = Vortrag.Soll != 0 || Vortrag.Haben != 0 || Slot0.Soll != 0 || Slot0.Haben != 0;
+    for (int i = 0; i < 12; ++i) {
+        used = used || Month[i].Soll != 0 || Month[i].Haben != 0 || Count[i] != 0;
+    }
+    return used;
+}
+
+void Account::Text(vark::AccountNumber &out) const
+{
+    char digits[16];
+    const auto end = std::to_chars(digits, digits + sizeof digits, Number).ptr;
+    const auto length = static_cast<size_t>(end - digits);
+    std::memset(out, ' ', vark::accountDigits);
+    out[vark::accountDigits] = 0;
+    std::memcpy(out + vark::accountDigits - length, digits, length);
+}
+
+std::string Ledger::Directory(int index) const
+{
+    std::string name = std::to_string(YearOf(index));
+    if (Of->Number > 1) name += std::to_string(Of->Number - 1);
+    return name;
+}
+
+Account *Ledger::FindSachkonto(int number)
+{
+    const auto place =
+        std::lower_bound(Sachkonten.begin(), Sachkonten.end(), number,
+                         [](const Account &account, int wanted) { return account.Number < wanted; });
+    return place != Sachkonten.end() && place->Number == number ? &*place : nullptr;
+}
+
+const CostTemplateRow *Ledger::FindTemplate(int number) const
+{
+    for (const CostTemplateRow &row : CostTemplates()) {
+        if (row.Number == number && IsFor(row.Mandanten, Of->Number)) return &row;
+    }
+    return nullptr;
+}
+
+Ledger MakeLedger(int mandant, int debitoren, int kreditoren)
+{
+    Ledger ledger{&ProfileOf(mandant), {}, {}, {}, {}};
+    for (const AccountRow &row : Accounts()) {
+        if (!IsFor(row.Mandanten, mandant)) continue;
+        ledger.Sachkonten.push_back({Kind::Sachkonto, row.Number, &row, nullptr, 0, {}});
+        for (YearSums &sums : ledger.Sachkonten.back().Years) {
+            if (StandsInBilanz(row)) SetVortrag(sums, OpeningOf(*ledger.Of, row));
+        }
+    }
+    std::sort(ledger.Sachkonten.begin(), ledger.Sachkonten.end(),
+              [](const Account &a, const Account &b) { return a.Number < b.Number; });
+    ledger.Debitoren = Partners(Kind::Debitor, books::Debitoren(), firstDebitor, debitoren, mandant);
+    ledger.Kreditoren = Partners(Kind::Kreditor, books::Kreditoren(), firstKreditor, kreditoren, mandant);
+    for (const CostObjectRow &row : books::CostObjects()) {
+        if (IsFor(row.Mandanten, mandant)) ledger.CostObjects.push_back({&row});
+    }
+    std::sort(ledger.CostObjects.begin(), ledger.CostObjects.end(),
+              [](const CostObject &a, const CostObject &b) {
+                  return std::strcmp(a.Row->Number, b.Row->Number) < 0;
+              });
+
+    // The carried profit is what is left between the two sides.
+    int64_t rest = 0;
+    for (const Account &account : ledger.Sachkonten) {
+        if (account.Number != kontoGewinnvortrag) rest += account.Years[0].Balance();
+    }
+    for (YearSums &sums : ledger.FindSachkonto(kontoGewinnvortrag)->Years) {
+        SetVortrag(sums, -rest);
+    }
+    return ledger;
+}
+
+void CarryOver(Ledger &ledger)
+{
+    int64_t result = 0;
+    for (Account &account : ledger.Sachkonten) {
+        const int64_t balance = account.Years[0].Balance();
+        if (account.Row->Group != noTree && !StandsInBilanz(*account.Row)) {
+            result += balance;
+        } else {
+            SetVortrag(account.Years[1], balance);
+        }
+    }
+    Account &profit = *ledger.FindSachkonto(kontoGewinnvortrag);
+    SetVortrag(profit.Years[1], profit.Years[0].Balance() + result);
+    for (std::vector<Account> *accounts : {&ledger.Debitoren, &ledger.Kreditoren}) {
+        for (Account &account : *accounts) {
+            SetVortrag(account.Years[1], account.Years[0].Balance());
+        }
+    }
+}
+
+} // namespace books

@@ -1,0 +1,95 @@
+// The books of one Mandant in memory while they are made: its accounts with what was posted on them. Amounts
+// are Pfennig. Everything else, the postings above all, goes straight to disk.
+#pragma once
+
+#include "tools/books/chart.h"
+#include "tools/common/calendar.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace books {
+
+inline constexpr int firstFiscalYear = 1997; // each Mandant has two fiscal years
+inline constexpr int yearCount = 2;
+inline constexpr int mandantCount = 3;
+
+// What tells the Mandanten apart.
+struct Profile {
+    int Number;
+    const char *Name;
+    const char *Name2;
+    const char *Street;
+    const char *Place;
+    const char *UstId;
+    const char *Steuernummer;
+    int FirstMonth;       // of the fiscal year, calendar
+    bool IsFirstYearOpen; // both years can be posted to, else only the second
+    bool HasCosts;
+    bool NeedsCosts;
+    uint8_t Vordruckcode;
+    uint8_t UStVAVariante;
+    int OpeningShare; // its opening balances are this part of the chart's: 1 all, 4 a quarter
+    int Capital;      // DM, where the chart's does not hold; 0: the chart's
+};
+
+const Profile &ProfileOf(int mandant);
+
+struct Totals {
+    int64_t Soll = 0;
+    int64_t Haben = 0;
+};
+
+// What an account record holds for a fiscal year.
+struct YearSums {
+    Totals Vortrag;
+    Totals Slot0;
+    Totals Month[12];
+    int32_t Count[12] = {};
+
+    int64_t Balance() const; // positive on Soll
+    bool IsUsed() const;
+};
+
+enum class Kind : uint8_t { Sachkonto, Debitor, Kreditor };
+
+struct Account {
+    Kind Of;
+    int Number;
+    const AccountRow *Row;     // Sachkonten
+    const PartnerRow *Partner; // Debitoren and Kreditoren
+    int Copy;                  // how often the partner's row was used before
+    YearSums Years[yearCount];
+
+    void Text(vark::AccountNumber &out) const; // the key form of the number
+};
+
+struct CostObject {
+    const CostObjectRow *Row;
+    int64_t Month[yearCount][12] = {};
+};
+
+struct Ledger {
+    const Profile *Of;
+    std::vector<Account> Sachkonten; // each in the order of the numbers
+    std::vector<Account> Debitoren;
+    std::vector<Account> Kreditoren;
+    std::vector<CostObject> CostObjects;
+
+    int YearOf(int index) const { return firstFiscalYear + index; }
+    // The directory of a year below the data path: "1997", "19971".
+    std::string Directory(int index) const;
+    Account *FindSachkonto(int number); // null for none
+    const CostTemplateRow *FindTemplate(int number) const;
+};
+
+// The Mandant's accounts with the Sachkonten's opening balances in both years, nothing posted. The numbers of
+// Debitoren and Kreditoren are those of the chart where `debitoren` and `kreditoren` are 0.
+Ledger MakeLedger(int mandant, int debitoren, int kreditoren);
+
+// Carries the balances of the first year over into the second: those of the Bilanz as they are, the result of
+// the year into the carried profit.
+void CarryOver(Ledger &ledger);
+
+} // namespace books

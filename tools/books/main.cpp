@@ -1,0 +1,61 @@
+// books: makes, checks and moves books.
+#include "tools/books/sample.h"
+#include "tools/common/german_arguments.h"
+#include "tools/common/terminal.h"
+
+#include <cstdio>
+#include <exception>
+#include <iostream>
+
+namespace {
+
+int MakeSampleBooks(const books::SampleOptions &options)
+{
+    books::SampleSummary summary;
+    {
+        tools::ProgressBar bar("Bücher anlegen");
+        summary = books::MakeSample(options, [&bar](double part) { bar.Show(part); });
+    }
+    std::cout << "Bücher angelegt in " << options.Directory.string() << ": 3 Mandanten, "
+              << summary.Directories << " Jahresverzeichnisse, " << tools::Grouped(summary.Records)
+              << " Datensätze.\n"
+              << "Mit VARK_CONFIG_DIR=" << options.Directory.string()
+              << " arbeitet VARK40 in diesen Büchern.\n";
+    return tools::ExitGood;
+}
+
+int Run(int argc, char **argv)
+{
+    tools::EndQuietlyOnClosedPipe();
+    CLI::App app("Bücher anlegen, prüfen und bewegen", "books");
+    tools::MakeGerman(app);
+    app.require_subcommand(1);
+    app.footer(
+        "Beispiel: books beispiel /tmp/beispiel\n\n"
+        "Rückgabe: 0 gut, 1 abgelehnt oder nicht in Ordnung, 2 falscher Aufruf, 3 Bücher nicht benutzbar");
+
+    books::SampleOptions options;
+    CLI::App *sample = tools::AddCommand(app, "beispiel", "Musterbücher mit drei Mandanten anlegen");
+    sample->add_option("VERZEICHNIS", options.Directory, "Wohin; wird angelegt")->required();
+    sample->add_flag("--ersetzen", options.Replace, "Bücher ersetzen, die dort schon liegen");
+    sample->footer("Beispiel: books beispiel /tmp/beispiel --ersetzen");
+
+    const int parsed = tools::ParseGerman(app, argc, argv);
+    if (parsed >= 0) return parsed;
+    if (*sample) return MakeSampleBooks(options);
+    return tools::ExitUsage;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "books: %s\n", error.what());
+    } catch (...) {
+        std::fputs("books: unbekannter Fehler\n", stderr);
+    }
+    return tools::ExitFailure;
+}

@@ -1,0 +1,28 @@
+// Sample books: an installation made from nothing, the same each time it is made.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+
+namespace books {
+
+struct SampleOptions {
+    std::filesystem::path Directory;
+    bool Replace = false; // an installation that stands there already
+};
+
+// What was made.
+struct SampleSummary {
+    int Directories = 0;
+    int64_t Records = 0;
+};
+
+// Called now and then with how much of all is done, 0 to 1.
+using Progress = std::function<void(double)>;
+
+// Makes the installation under a name of its own beside the wanted one and moves it there when it is whole,
+// so that a failure leaves nothing behind and nothing changed. Failures are exceptions with a German text.
+SampleSummary MakeSample(const SampleOptions &options, const Progress &progress);
+
+} // namespace books

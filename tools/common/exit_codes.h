@@ -1,0 +1,13 @@
+// What every tool tells its caller at the end.
+#pragma once
+
+namespace tools {
+
+enum ExitCode : int {
+    ExitGood = 0,
+    ExitRefused = 1, // something asked for was refused or is not in order
+    ExitUsage = 2,   // the command line is wrong
+    ExitFailure = 3, // books, files or the library cannot be used
+};
+
+} // namespace tools

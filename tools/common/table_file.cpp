@@ -1,0 +1,225 @@
+#include "tools/common/table_file.h"
+
+#include "record-manager/btrcall.h"
+
+#include <cstring>
+
+namespace tools {
+
+namespace {
+
+constexpr uint16_t pageSize = 4096;
+
+// What Create takes and Stat gives.
+struct Specification {
+    BtrFileSpec File;
+    BtrKeySpec Segments[BtrMaxKeys];
+};
+
+int Engine(uint16_t operation, void *positionBlock, void *data, uint32_t *length, void *key, int keyNumber)
+{
+    return BTRCALL(operation, positionBlock, data, length, key, BtrKeyBufferSize,
+                   static_cast<int8_t>(keyNumber));
+}
+
+// A path as key buffer of Open and Create.
+void PutPath(uint8_t (&key)[BtrKeyBufferSize], const std::filesystem::path &path)
+{
+    const std::string text = path.string();
+    if (text.size() >= BtrPathSize) throw std::runtime_error("Der Pfad ist zu lang: " + text);
+    std::memset(key, 0, sizeof key);
+    std::memcpy(key, text.data(), text.size());
+}
+
+} // namespace
+
+std::string StatusText(int status)
+{
+    switch (status) {
+    case BtrStatusIoError: return "die Datei läßt sich nicht lesen oder schreiben";
+    case BtrStatusKeyNotFound: return "der Datensatz ist nicht vorhanden";
+    case BtrStatusDuplicateKey: return "der Schlüssel ist schon vergeben";
+    case BtrStatusBadName: return "der Dateiname ist unzulässig";
+    case BtrStatusFileNotFound: return "die Datei ist nicht vorhanden";
+    case BtrStatusDiskFull: return "der Datenträger ist voll";
+    case BtrStatusNoEngine: return "die Datenbank ist nicht bereit";
+    case BtrStatusForeignFile: return "die Datei gehört nicht zu dieser Datenbank";
+    case BtrStatusAccessDenied: return "die Datei ist nur zum Lesen geöffnet";
+    case BtrStatusFileExists: return "die Datei ist schon vorhanden";
+    case BtrStatusRecordLocked: return "der Datensatz wird von einer anderen Anwendung benutzt";
+    case BtrStatusFileLocked: return "die Datei wird von einer anderen Anwendung benutzt";
+    case BtrStatusIncompatibleMode: return "die Datei ist in einer anderen Anwendung geöffnet";
+    case BtrStatusPermission: return "der Zugriff ist nicht erlaubt";
+    default: return "Status " + std::to_string(status) + " der Datenbank";
+    }
+}
+
+EngineError::EngineError(const char *operation, int status, const std::filesystem::path &path)
+    : std::runtime_error(path.string() + ": " + operation + " nicht möglich, " + StatusText(status)),
+      Status(status)
+{}
+
+void CreateTable(const TableLayout &layout, const std::filesystem::path &directory)
+{
+    const std::filesystem::path path = directory / layout.FileName();
+    Specification specification = {};
+    specification.File.RecordLength = layout.RecordLength;
+    specification.File.PageSize = pageSize;
+    specification.File.KeyCount = static_cast<uint8_t>(layout.Keys.size());
+    BtrKeySpec *next = specification.Segments;
+    for (const KeyLayout &key : layout.Keys) {
+        for (size_t i = 0; i < key.Segments.size(); ++i) {
+            const KeySegment &segment = key.Segments[i];
+            unsigned flags = BtrKeyExtendedType;
+            if (key.Duplicates) flags |= BtrKeyDuplicates;
+            if (key.Modifiable) flags |= BtrKeyModifiable;
+            if (i + 1 < key.Segments.size()) flags |= BtrKeySegmented;
+            next->Position = static_cast<uint16_t>(segment.Offset + 1);
+            next->Length = segment.Length;
+            next->Flags = static_cast<uint16_t>(flags);
+            next->Type = static_cast<uint8_t>(segment.Type);
+            ++next;
+        }
+    }
+    uint8_t positionBlock[BtrPositionBlockSize] = {};
+    uint8_t key[BtrKeyBufferSize];
+    PutPath(key, path);
+    auto length = static_cast<uint32_t>(sizeof specification.File +
+                                        static_cast<size_t>(next - specification.Segments) * sizeof *next);
+    const int status = Engine(BtrOpCreate, positionBlock, &specification, &length, key, BtrKeepExisting);
+    if (status != 0) throw EngineError("Anlegen", status, path);
+}
+
+TableFile::TableFile(const TableLayout &layout, const std::filesystem::path &directory, OpenMode mode)
+    : Layout(layout), Path(directory / layout.FileName())
+{
+    PutPath(keyBuffer, Path);
+    uint32_t length = 0;
+    char noOwner[1] = {};
+    const int status = Engine(BtrOpOpen, positionBlock, noOwner, &length, keyBuffer, static_cast<int>(mode));
+    if (status != 0) throw EngineError("Öffnen", status, Path);
+    open = true;
+}
+
+TableFile::~TableFile()
+{
+    if (open) Call(BtrOpClose, nullptr, 0);
+}
+
+void TableFile::Close()
+{
+    if (!open) return;
+    open = false;
+    const int status = Call(BtrOpClose, nullptr, 0);
+    if (status != 0) throw EngineError("Schließen", status, Path);
+}
+
+int TableFile::Call(uint16_t operation, void *record, int key)
+{
+    uint32_t length = record != nullptr ? Layout.RecordLength : 0;
+    return Engine(operation, positionBlock, record, &length, keyBuffer, key);
+}
+
+bool TableFile::Read(const char *name, uint16_t operation, void *record, int key)
+{
+    const int status = Call(operation, record, key);
+    if (status == 0) return true;
+    if (status == BtrStatusKeyNotFound || status == BtrStatusEndOfFile) return false;
+    throw EngineError(name, status, Path);
+}
+
+void TableFile::SetKey(const void *value, int key)
+{
+    std::memset(keyBuffer, 0, sizeof keyBuffer);
+    std::memcpy(keyBuffer, value, Layout.Keys[static_cast<size_t>(key)].Length());
+}
+
+void TableFile::Insert(void *record)
+{
+    const int status = Call(BtrOpInsert, record, 0);
+    if (status != 0) throw EngineError("Einfügen", status, Path);
+}
+
+bool TableFile::TryInsert(void *record)
+{
+    const int status = Call(BtrOpInsert, record, 0);
+    if (status == BtrStatusDuplicateKey) return false;
+    if (status != 0) throw EngineError("Einfügen", status, Path);
+    return true;
+}
+
+void TableFile::Update(const void *record)
+{
+    // The position in key order stays, so that a walk goes on with the record that followed.
+    const int status = Call(BtrOpUpdate, const_cast<void *>(record), BtrNoCurrencyChange);
+    if (status != 0) throw EngineError("Ändern", status, Path);
+}
+
+void TableFile::Delete()
+{
+    const int status = Call(BtrOpDelete, nullptr, 0);
+    if (status != 0) throw EngineError("Löschen", status, Path);
+}
+
+bool TableFile::First(void *record, int key) { return Read("Lesen", BtrOpGetFirst, record, key); }
+
+bool TableFile::Next(void *record, int key) { return Read("Lesen", BtrOpGetNext, record, key); }
+
+bool TableFile::StepFirst(void *record) { return Read("Lesen", BtrOpStepFirst, record, 0); }
+
+bool TableFile::StepNext(void *record) { return Read("Lesen", BtrOpStepNext, record, 0); }
+
+bool TableFile::Equal(void *record, const void *value, int key)
+{
+    SetKey(value, key);
+    return Read("Suchen", BtrOpGetEqual, record, key);
+}
+
+bool TableFile::GreaterEqual(void *record, const void *value, int key)
+{
+    SetKey(value, key);
+    return Read("Suchen", BtrOpGetGreaterOrEqual, record, key);
+}
+
+TableDefinition TableFile::Definition()
+{
+    Specification specification = {};
+    uint32_t length = sizeof specification;
+    const int status = Engine(BtrOpStat, positionBlock, &specification, &length, keyBuffer, 0);
+    if (status != 0) throw EngineError("Abfragen", status, Path);
+
+    TableDefinition definition{specification.File.RecordLength, specification.File.RecordCount, {}};
+    const BtrKeySpec *next = specification.Segments;
+    for (unsigned i = 0; i < specification.File.KeyCount; ++i) {
+        KeyLayout key{(next->Flags & BtrKeyDuplicates) != 0, (next->Flags & BtrKeyModifiable) != 0, {}};
+        for (bool more = true; more; ++next) {
+            more = (next->Flags & BtrKeySegmented) != 0;
+            key.Segments.push_back(
+                {static_cast<uint16_t>(next->Position - 1), next->Length, static_cast<KeyType>(next->Type)});
+        }
+        definition.Keys.push_back(std::move(key));
+    }
+    return definition;
+}
+
+EngineTransaction::EngineTransaction()
+{
+    const int status = Engine(BtrOpBeginConcurrent, nullptr, nullptr, nullptr, nullptr, 0);
+    if (status != 0) throw EngineError("Transaktion", status, {});
+}
+
+EngineTransaction::~EngineTransaction()
+{
+    if (active) Engine(BtrOpAbort, nullptr, nullptr, nullptr, nullptr, 0);
+}
+
+void EngineTransaction::Finish()
+{
+    active = false;
+    const int status = Engine(BtrOpEnd, nullptr, nullptr, nullptr, nullptr, 0);
+    if (status != 0) throw EngineError("Transaktion", status, {});
+}
+
+void StopEngine() { Engine(BtrOpStop, nullptr, nullptr, nullptr, nullptr, 0); }
+
+} // namespace tools

@@ -1,0 +1,62 @@
+#include "tools/common/terminal.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
+
+namespace tools {
+
+namespace {
+
+constexpr int barColumns = 40;
+constexpr int64_t drawEvery_ms = 100;
+
+int64_t Now_ms()
+{
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+} // namespace
+
+ProgressBar::ProgressBar(std::string text) : title(std::move(text)), isTerminal(isatty(STDERR_FILENO) != 0) {}
+
+ProgressBar::~ProgressBar() { Hide(); }
+
+void ProgressBar::Hide()
+{
+    if (isDrawn) std::fputs("\r\033[K", stderr);
+    isDrawn = false;
+}
+
+void ProgressBar::Show(double part)
+{
+    if (!isTerminal) return;
+    const int64_t now_ms = Now_ms();
+    if (now_ms - lastDrawn_ms < drawEvery_ms && part < 1) return;
+    lastDrawn_ms = now_ms;
+    isDrawn = true;
+    const int filled = part >= 1 ? barColumns : static_cast<int>(part * barColumns);
+    std::string line = "\r" + title + " [";
+    for (int i = 0; i < barColumns; ++i) {
+        line += i < filled ? "█" : "·";
+    }
+    line += "] " + std::to_string(static_cast<int>(part * 100)) + " %\033[K";
+    std::fputs(line.c_str(), stderr);
+    std::fflush(stderr);
+}
+
+void EndQuietlyOnClosedPipe() { std::signal(SIGPIPE, SIG_DFL); }
+
+std::string Grouped(int64_t number)
+{
+    std::string digits = std::to_string(number < 0 ? -number : number);
+    for (size_t at = digits.size(); at > 3;) {
+        at -= 3;
+        digits.insert(at, ".");
+    }
+    return number < 0 ? "-" + digits : digits;
+}
+
+} // namespace tools

@@ -1,0 +1,34 @@
+// What goes to the terminal: a progress bar, and a quiet end when nobody reads on.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tools {
+
+// A bar on standard error, and only when that is a terminal. Gone when the work is done.
+struct ProgressBar {
+    explicit ProgressBar(std::string title);
+    ~ProgressBar();
+    ProgressBar(const ProgressBar &) = delete;
+    ProgressBar &operator=(const ProgressBar &) = delete;
+
+    // How much is done, 0 to 1. Cheap to call often: it draws at most ten times a second.
+    void Show(double part);
+    // Takes it away until it is shown again, so that a line can be written.
+    void Hide();
+
+private:
+    std::string title;
+    bool isTerminal;
+    int64_t lastDrawn_ms = 0;
+    bool isDrawn = false;
+};
+
+// From here on a closed pipe ends the program at once and silently, as `… | head` expects of a filter.
+void EndQuietlyOnClosedPipe();
+
+// "1.234.567"
+std::string Grouped(int64_t number);
+
+} // namespace tools

@@ -1,0 +1,111 @@
+// vark: the books from the command line. It books and asks through the exported functions, as any host would.
+#include "tools/common/german_arguments.h"
+#include "tools/common/installation.h"
+#include "tools/common/terminal.h"
+#include "tools/vark/batch.h"
+#include "tools/vark/booking.h"
+#include "tools/vark/reasons.h"
+#include "tools/vark/status.h"
+
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+
+namespace {
+
+constexpr const char *exitCodes =
+    "Rückgabe: 0 gut, 1 etwas wurde abgelehnt, 2 falscher Aufruf, 3 Bücher oder Bibliothek nicht benutzbar";
+
+constexpr const char *bookingExamples =
+    "Beispiele:\n"
+    "  vark buchen --mandant 1 --stapel 16 --datum 15.03.1998 --beleg RE4711 \\\n"
+    "      --soll 10010 --haben 5010 --betrag 1.160,00 --text \"Schreibtische\"\n"
+    "  vark buchen --mandant 1 --stapel 16 --datei buchungen.csv --abgelehnt fehler.csv\n"
+    "\n"
+    "Die Datei (oder mit --datei - die Standardeingabe) ist mit Semikolon getrennt, UTF-8 oder "
+    "Windows-1252.\n"
+    "Ihre erste Zeile nennt die Spalten in beliebiger Folge: Datum, Sollkonto, Habenkonto und Betrag, dazu "
+    "nach\n"
+    "Wunsch Mandant, Stapel, Beleg, Text, Sollart, Habenart, Steuersatz, Steuerbetrag, Kostenschablone,\n"
+    "Zahlungsziel. Was eine Zeile leer läßt, kommt aus den Angaben hier. Werte mit Semikolon stehen in\n"
+    "Anführungszeichen; ein Wert geht nie über sein Zeilenende. Leere Zeilen und solche mit # zählen nicht.\n"
+    "Jede Zeile wird für sich gebucht: Eine abgelehnte hält keine andere auf.";
+
+int Run(int argc, char **argv)
+{
+    tools::EndQuietlyOnClosedPipe();
+    cli::UseNoWindows();
+
+    CLI::App app("VARK40 auf der Kommandozeile: buchen und nachsehen", "vark");
+    tools::MakeGerman(app);
+    app.require_subcommand(1);
+    std::filesystem::path configuration;
+    app.add_option("--config", configuration,
+                   "Verzeichnis mit tolka.ini und vark.ini (sonst $VARK_CONFIG_DIR)");
+    app.footer(std::string("Jeder Befehl erklärt sich mit --hilfe, etwa: vark buchen --hilfe\n\n") +
+               exitCodes);
+
+    bool isJson = false;
+    bool isCsv = false;
+    CLI::App *status = tools::AddCommand(app, "status", "Zustand der Bibliothek und Liste der Mandanten");
+    status->add_flag("--json", isJson, "Ausgabe für Programme");
+    status->footer("Beispiel: vark --config /tmp/beispiel status");
+
+    cli::BookingOptions booking;
+    CLI::App *book =
+        tools::AddCommand(app, "buchen", "Eine Buchung oder viele aus einer Datei in einen Stapel schreiben");
+    book->add_option("--mandant", booking.Defaults.Mandant, "Nummer des Mandanten");
+    book->add_option("--stapel", booking.Defaults.Stapel, "Nummer des Stapels");
+    book->add_option("--datum", booking.Defaults.Datum, "Belegdatum, TT.MM.JJJJ");
+    book->add_option("--beleg", booking.Defaults.Beleg, "Belegnummer, bis 8 Zeichen");
+    book->add_option("--text", booking.Defaults.Text, "Buchungstext, bis 35 Zeichen");
+    book->add_option("--soll", booking.Defaults.Sollkonto, "Sollkonto");
+    book->add_option("--soll-art", booking.Defaults.Sollart,
+                     "Sachkonto, Kreditor oder Debitor; sonst nach der Nummer");
+    book->add_option("--haben", booking.Defaults.Habenkonto, "Habenkonto");
+    book->add_option("--haben-art", booking.Defaults.Habenart, "wie --soll-art");
+    book->add_option("--betrag", booking.Defaults.Betrag, "Bruttobetrag");
+    book->add_option("--satz", booking.Defaults.Steuersatz, "Steuersatz; sonst der des Kontos");
+    book->add_option("--steuer", booking.Defaults.Steuerbetrag, "Steuerbetrag; sonst aus dem Satz errechnet");
+    book->add_option("--schablone", booking.Defaults.Kostenschablone, "Nummer der Kostenschablone");
+    book->add_option("--zahlungsziel", booking.Defaults.Zahlungsziel, "Nummer; sonst das des Personenkontos");
+    book->add_option("--datei", booking.File, "Buchungen aus dieser CSV-Datei, - für die Standardeingabe");
+    book->add_option("--abgelehnt", booking.Rejections, "abgelehnte Zeilen mit Grund in diese CSV-Datei");
+    book->add_flag("--leise", booking.IsQuiet, "keine Zusammenfassung");
+    book->add_flag("--json", booking.IsJson, "Ausgabe für Programme");
+    book->footer(std::string(bookingExamples) + "\n\n" + exitCodes);
+
+    cli::BatchOptions batch;
+    CLI::App *showBatch =
+        tools::AddCommand(app, "stapel", "Inhalt eines Stapels, oder die Liste aller Stapel");
+    showBatch->add_option("--mandant", batch.Mandant, "Nummer des Mandanten")->required();
+    showBatch->add_option("STAPEL", batch.Number, "Nummer des Stapels; ohne sie die Liste");
+    showBatch->add_flag("--kosten", batch.WithCosts, "mit den Kostenzeilen");
+    showBatch->add_flag("--csv", isCsv, "Ausgabe als CSV");
+    showBatch->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
+    showBatch->footer("Beispiele:\n  vark stapel --mandant 1\n  vark stapel --mandant 1 16 --kosten");
+
+    const int parsed = tools::ParseGerman(app, argc, argv);
+    if (parsed >= 0) return parsed;
+    if (!configuration.empty()) tools::UseConfiguration(configuration);
+    batch.As = isJson ? cli::Output::Json : isCsv ? cli::Output::Csv : cli::Output::Table;
+    if (*status) return cli::ShowStatus(isJson);
+    if (*book) return cli::Book(booking);
+    if (*showBatch) return cli::ShowBatch(batch);
+    return tools::ExitUsage;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "vark: %s\n", error.what());
+    } catch (...) {
+        std::fputs("vark: unbekannter Fehler\n", stderr);
+    }
+    return tools::ExitFailure;
+}

@@ -1,0 +1,32 @@
+// Why the library refused something, in its own words. The library says it in a message box; without windows
+// the box is a line on standard error, which is caught here and handed to whoever reports the refusal.
+#pragma once
+
+#include <string>
+
+namespace cli {
+
+// Has the library show its boxes on standard error, whatever the environment asks for. Before the first call.
+void UseNoWindows();
+
+// Catches standard error while it lives; only around calls of the library. What is no message of the library
+// goes out to the real standard error at the end.
+struct ReasonCatcher {
+    ReasonCatcher();
+    ~ReasonCatcher();
+    ReasonCatcher(const ReasonCatcher &) = delete;
+    ReasonCatcher &operator=(const ReasonCatcher &) = delete;
+
+    // The messages shown since the last call, separated by blanks; empty when there were none.
+    std::string Take();
+
+private:
+    int caught = -1; // file that stands in for standard error
+    int real = -1;   // standard error itself
+    long read = 0;   // how much of the caught text has been taken
+};
+
+// What a result code says where no message came with it: also the states of the library.
+std::string TextOfCode(int code);
+
+} // namespace cli
