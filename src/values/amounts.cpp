@@ -22,7 +22,8 @@ char DigitOf(uint32_t value) { return static_cast<char>('0' + value); }
 
 char MarkOf(bool isNegative) { return isNegative ? '-' : ','; }
 
-// Eight characters at once, which keeps the check cheap beside the sum. Digits: their upper halves are 3, and stay so when 6 is added to the lower.
+// Eight characters at once, which keeps the check cheap beside the sum. Digits: their upper halves are 3, and
+// stay so when 6 is added to the lower.
 bool AreDigits(uint64_t characters)
 {
     constexpr uint64_t upperHalves = 0xF0F0'F0F0'F0F0'F0F0;
@@ -56,8 +57,6 @@ const AmountText &Readable(const AmountText &amount, AmountText &copy)
     copy[amountWidth] = 0;
     return copy;
 }
-
-bool IsNegative(const AmountText &amount) { return amount[0] != 0 && amount[amountMark] == '-'; }
 
 // out = a + b for readable operands, without regard to the marks; false if a carry is left.
 bool AddDigits(AmountText &out, const AmountText &a, const AmountText &b)
@@ -161,6 +160,8 @@ void GroupInPlace(char *text)
 } // namespace
 
 int64_t MagnitudeOf(const AmountText &amount) { return ReadPlaces(amount, amountMark); }
+
+bool IsNegativeAmount(const AmountText &amount) { return amount[0] != 0 && amount[amountMark] == '-'; }
 
 int64_t MagnitudeOf(const RateText &rate) { return ReadPlaces(rate, rateMark); }
 
@@ -401,7 +402,7 @@ void PercentOfAmount(AmountText &out, const AmountText &amount, const RateText &
     const double rateValue = static_cast<double>(MagnitudeOf(rate)) / 100.0;
     const double product = rateValue * 0.01 * amountValue;
     // At most 99,99 % of an amount: it always fits.
-    AmountOfMagnitude(out, product < 0.01 ? 0 : RoundToDecimals(product, 2), IsNegative(amount));
+    AmountOfMagnitude(out, product < 0.01 ? 0 : RoundToDecimals(product, 2), IsNegativeAmount(amount));
 }
 
 bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate)
@@ -420,7 +421,7 @@ bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate
     const int64_t net = RoundToDecimals(100.0 / (rateValue + 100.0) * grossValue, 4);
     // A rate is not negative, so the net is no larger than the gross and fits.
     const int64_t roundUp = net / 10 % 10 >= 5 ? 1 : 0;
-    AmountOfMagnitude(out, net / 100 + roundUp, IsNegative(gross));
+    AmountOfMagnitude(out, net / 100 + roundUp, IsNegativeAmount(gross));
     return true;
 }
 

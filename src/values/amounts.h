@@ -108,6 +108,9 @@ bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate
 int64_t MagnitudeOf(const AmountText &amount);
 int64_t MagnitudeOf(const RateText &rate);
 
+// True for the mark "-", also on a zero; false for an empty text.
+bool IsNegativeAmount(const AmountText &amount);
+
 // Writes a magnitude below 100000000000 with the given mark. False, and out is zeroAmount, for another one.
 bool AmountOfMagnitude(AmountText &out, int64_t magnitude, bool isNegative);
 
