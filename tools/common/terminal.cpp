@@ -56,7 +56,8 @@ std::string Grouped(int64_t number)
         at -= 3;
         digits.insert(at, ".");
     }
-    return number < 0 ? "-" + digits : digits;
+    if (number < 0) digits.insert(digits.begin(), '-');
+    return digits;
 }
 
 } // namespace tools
