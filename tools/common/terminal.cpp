@@ -54,7 +54,7 @@ std::string Grouped(int64_t number)
     std::string digits = std::to_string(number < 0 ? -number : number);
     for (size_t at = digits.size(); at > 3;) {
         at -= 3;
-        digits.insert(at, ".");
+        digits.insert(at, 1, '.');
     }
     if (number < 0) digits.insert(digits.begin(), '-');
     return digits;
