@@ -316,3 +316,16 @@ TEST_F(VarkProgram, HelpHasAnExampleForEachCommand)
         EXPECT_FALSE(Contains(help.Out, "Options")) << command;
     }
 }
+
+TEST(Demo, ItRunsThroughAndGivesAnAccount)
+{
+    const TemporaryDirectory directory;
+    const fs::path programs = fs::path(VARK_PROGRAM).parent_path();
+    const Result demo = tests::Run(
+        {DEMO_SCRIPT, {programs.string(), directory.Path.string()}, {}, {{"PATH", "/usr/bin:/bin"}}});
+    EXPECT_EQ(0, demo.ExitCode) << demo.Err;
+    EXPECT_TRUE(Contains(demo.Out, "10 Buchungen in den Stapel geschrieben, 8 abgelehnt.\n")) << demo.Out;
+    EXPECT_TRUE(Contains(demo.Out, "Zeile 14: Die Sollkontonummer ist unzulässig!\n"));
+    EXPECT_TRUE(Contains(demo.Out, "Von 18 Buchungen für Mandant 1 stehen 10 im Stapel 16"));
+    EXPECT_EQ("", demo.Err);
+}

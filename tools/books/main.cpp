@@ -12,15 +12,14 @@ namespace {
 int MakeSampleBooks(const books::SampleOptions &options)
 {
     books::SampleSummary summary;
+    const std::string place = std::filesystem::absolute(options.Directory).lexically_normal().string();
     {
         tools::ProgressBar bar("Bücher anlegen");
         summary = books::MakeSample(options, [&bar](double part) { bar.Show(part); });
     }
-    std::cout << "Bücher angelegt in " << options.Directory.string() << ": 3 Mandanten, "
-              << summary.Directories << " Jahresverzeichnisse, " << tools::Grouped(summary.Records)
-              << " Datensätze.\n"
-              << "Mit VARK_CONFIG_DIR=" << options.Directory.string()
-              << " arbeitet VARK40 in diesen Büchern.\n";
+    std::cout << "Bücher angelegt in " << place << ": 3 Mandanten, " << summary.Directories
+              << " Jahresverzeichnisse, " << tools::Grouped(summary.Records) << " Datensätze.\n"
+              << "Mit VARK_CONFIG_DIR=" << place << " arbeitet VARK40 in diesen Büchern.\n";
     return tools::ExitGood;
 }
 

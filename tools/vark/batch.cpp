@@ -64,6 +64,13 @@ std::string RateOf(const RateText &field)
     return text;
 }
 
+std::string PlainRate(const RateText &field)
+{
+    std::string text = FieldText(field);
+    if (text.size() > rateMark) text[rateMark] = '.';
+    return text;
+}
+
 std::string DayText(const PackedDate &field, int firstMonth)
 {
     Day day = 0;
@@ -198,7 +205,7 @@ void PutBooking(JsonWriter &json, const Booking &booking, int firstMonth)
         Put(json, "habenkonto", KontoText(part.Habenkonto));
         Put(json, "brutto", PlainAmount(part.Brutto));
         Put(json, "netto", PlainAmount(part.Netto));
-        Put(json, "steuersatz", FieldText(part.Steuersatz));
+        Put(json, "steuersatz", PlainRate(part.Steuersatz));
         Put(json, "steuerkonto", KontoText(part.Steuerkonto));
         Put(json, "steuerschluessel", static_cast<int>(part.Steuerschluessel));
         Put(json, "steuerfolge", static_cast<int>(part.Steuerfolge));
