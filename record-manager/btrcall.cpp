@@ -25,14 +25,14 @@ bool TakesLock(unsigned operation)
 LockRequest RequestOf(unsigned bias, const Client *client)
 {
     switch (bias) {
-    case BtrBiasWaitLock: return {LockMode::Single, true, limits.LockWait_ms};
-    case BtrBiasLock: return {LockMode::Single, true, limits.MomentaryWait_ms};
-    case BtrBiasWaitMultiple: return {LockMode::Multiple, true, limits.LockWait_ms};
-    case BtrBiasMultiple: return {LockMode::Multiple, true, limits.MomentaryWait_ms};
+    case BtrBiasWaitLock: return {LockMode::Single, true, true, limits.LockWait_ms};
+    case BtrBiasLock: return {LockMode::Single, true, false, limits.MomentaryWait_ms};
+    case BtrBiasWaitMultiple: return {LockMode::Multiple, true, true, limits.LockWait_ms};
+    case BtrBiasMultiple: return {LockMode::Multiple, true, false, limits.MomentaryWait_ms};
     default: break;
     }
     const bool hurries = client != nullptr && client->NoRetry;
-    return {LockMode::None, false, hurries ? limits.MomentaryWait_ms : limits.ChangeWait_ms};
+    return {LockMode::None, false, false, hurries ? limits.MomentaryWait_ms : limits.ChangeWait_ms};
 }
 
 int16_t TellVersion(const Call &call)

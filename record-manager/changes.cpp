@@ -86,7 +86,7 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
         if (status != BtrStatusOk) break;
         if (store->LoadingOpens > 0) break;
         const uint32_t wanted = record != 0 ? record : file->Now.LastRecord + 1;
-        const LockResult result = HoldRecord(file, wanted, 0);
+        const LockResult result = HoldRecordAtOnce(file, wanted);
         if (result == LockResult::Granted) {
             change->Locked = wanted;
             break;
@@ -374,7 +374,7 @@ int16_t InsertRecord(const Call &call)
     const bool locks = call.Lock.Mode != LockMode::None;
     if (status == BtrStatusOk && call.Lock.Mode == LockMode::Multiple)
         status = ReserveLock(&handle->Multiple);
-    if (status == BtrStatusOk && locks) status = StatusOfLock(HoldRecord(file, number, 0));
+    if (status == BtrStatusOk && locks) status = StatusOfLock(HoldRecordAtOnce(file, number));
     const bool held = status == BtrStatusOk && locks;
     if (status == BtrStatusOk) status = ApplyInsert(&change, record, number);
     status = EndChange(&change, status, 1u + file->Of->Layout.KeyCount);

@@ -277,16 +277,57 @@ int16_t ViewCursor(Handle *handle, MDB_txn *view, MDB_cursor **cursor)
     return status;
 }
 
-LockResult HoldRecord(ClientFile *file, uint32_t record, unsigned wait_ms)
+namespace {
+
+// Whether a client holds a record of its directory; `who` is the client's part of it.
+bool Holds(const void *who, uint32_t number, uint32_t record)
+{
+    const auto *store = static_cast<const ClientStore *>(who);
+    for (const ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+        if (file->Of->Number == number) return file->Whole || CountOf(file->Held, record) > 0;
+    }
+    return false;
+}
+
+LockResult LockRecord(const ClientFile *file, uint32_t record, const LockRequest &request)
+{
+    const ClientStore *store = file->Home;
+    const int64_t offset = RecordOffset(file->Of->Number, record);
+    Patience patience = StartPatience(request.Wait_ms);
+    LockResult result = TryLock(store->LockFd, LockKind::Write, offset, 1);
+    if (result == LockResult::Granted || result == LockResult::Failed) return result;
+    WaitTable *table = WaitsOf(store->Books->WriteGate);
+    Wait *wait = request.Waits ? EnterWait(table, file->Of->Number, record) : nullptr;
+    while (result != LockResult::Granted && result != LockResult::Failed && WaitMore(&patience)) {
+        result = TryLock(store->LockFd, LockKind::Write, offset, 1);
+        if (result == LockResult::Granted || wait == nullptr) continue;
+        if (MustGiveWay(table, wait, Holds, store)) {
+            result = LockResult::Deadlock;
+            break;
+        }
+    }
+    if (wait != nullptr) LeaveWait(wait);
+    return result;
+}
+
+} // namespace
+
+LockResult HoldRecord(ClientFile *file, uint32_t record, const LockRequest &request)
 {
     if (!file->Whole && CountOf(file->Held, record) == 0) {
-        const LockResult result =
-            WaitLock(file->Home->LockFd, LockKind::Write, RecordOffset(file->Of->Number, record), 1, wait_ms);
+        const LockResult result = LockRecord(file, record, request);
         if (result != LockResult::Granted) return result;
     }
     if (AddCount(&file->Held, record)) return LockResult::Granted;
-    if (!file->Whole) Unlock(file->Home->LockFd, RecordOffset(file->Of->Number, record), 1);
+    if (!file->Whole && CountOf(file->Held, record) == 0) {
+        Unlock(file->Home->LockFd, RecordOffset(file->Of->Number, record), 1);
+    }
     return LockResult::Failed;
+}
+
+LockResult HoldRecordAtOnce(ClientFile *file, uint32_t record)
+{
+    return HoldRecord(file, record, {LockMode::None, false, false, 0});
 }
 
 void DropRecord(ClientFile *file, uint32_t record)

@@ -108,6 +108,7 @@ enum class LockMode : uint8_t { None, Single, Multiple };
 struct LockRequest {
     LockMode Mode;
     bool Biased;
+    bool Waits; // and so may wait for itself
     unsigned Wait_ms;
 };
 
@@ -155,7 +156,8 @@ void EndView(ClientStore *store);
 int16_t ViewCursor(Handle *handle, MDB_txn *view, MDB_cursor **cursor);
 
 // Locks a record for a position block or a pending change, or counts one more holder.
-LockResult HoldRecord(ClientFile *file, uint32_t record, unsigned wait_ms);
+LockResult HoldRecord(ClientFile *file, uint32_t record, const LockRequest &request);
+LockResult HoldRecordAtOnce(ClientFile *file, uint32_t record);
 void DropRecord(ClientFile *file, uint32_t record);
 
 // In an exclusive transaction the first use of a file locks all of it.

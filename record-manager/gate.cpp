@@ -29,6 +29,7 @@ struct Gate {
     pthread_mutex_t Next;
     pthread_mutex_t Holder;
     std::atomic<uint32_t> HolderExclusive;
+    WaitTable Waits;
 };
 
 namespace {
@@ -111,6 +112,8 @@ int16_t OpenGate(int directoryFd, bool fresh, Gate **gate)
 }
 
 void CloseGate(Gate *gate) { munmap(gate, sizeof *gate); }
+
+WaitTable *WaitsOf(Gate *gate) { return &gate->Waits; }
 
 int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive)
 {

@@ -2,6 +2,8 @@
 // lies in a file of its own, is shared by all processes, and opens by itself when its holder dies.
 #pragma once
 
+#include "record-manager/waits.h"
+
 #include <cstdint>
 
 namespace wbtrv {
@@ -13,6 +15,9 @@ struct Gate;
 int16_t OpenGate(int directoryFd, bool fresh, Gate **gate);
 
 void CloseGate(Gate *gate);
+
+// The table of those who wait for records of this directory.
+WaitTable *WaitsOf(Gate *gate);
 
 // Waits up to `wait_ms` for the gate. `exclusive` is told to those who wait in vain. Returns 0; 84, or 85
 // when the holder is in an exclusive transaction; 2 when the gate is broken.

@@ -68,6 +68,7 @@ int16_t StatusOfLock(LockResult result)
     case LockResult::Granted: return BtrStatusOk;
     case LockResult::RecordBusy: return BtrStatusRecordLocked;
     case LockResult::FileBusy: return BtrStatusFileLocked;
+    case LockResult::Deadlock: return BtrStatusDeadlock;
     case LockResult::Failed: break;
     }
     return BtrStatusIoError;

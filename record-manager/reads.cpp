@@ -78,7 +78,7 @@ int16_t FindAndLock(const Call &call, const LockRequest &request, Find find, Fou
         EndView(store);
         if (locked != 0) DropRecord(handle->In, locked);
         locked = 0;
-        const LockResult result = HoldRecord(handle->In, found->Record, request.Wait_ms);
+        const LockResult result = HoldRecord(handle->In, found->Record, request);
         if (result != LockResult::Granted) return StatusOfLock(result);
         locked = found->Record;
     }

@@ -1,8 +1,6 @@
 // What clients in several processes see of one another: locks, conflicts, transactions, open modes.
 #include "files.h"
 
-#include "record-manager/limits.h"
-
 namespace {
 
 using namespace wbtrvtest;
@@ -11,8 +9,6 @@ using namespace wbtrvtest;
 struct TwoClients : testing::Test {
     TempDirectory Directory;
     std::string Path = Directory / "t.btr";
-    // Set before the clients fork, so that what waits for seconds in earnest is over at once here.
-    bool Short = (wbtrv::limits.ChangeWait_ms = 150, true);
     Remote A;
     Remote B;
     OnT<Remote> Ta{A};
