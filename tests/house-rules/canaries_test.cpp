@@ -215,6 +215,8 @@ TEST(ReadmeRule, RefusesWhatIsNotSo)
     EXPECT_EQ(1u, Count(head + examples + model + values));
     EXPECT_EQ(1u, Count(head + examples + values));
     EXPECT_EQ(1u, Count(head + "| `src/booking/` | gone |\n" + examples + values + model));
+    EXPECT_EQ(0u, Count(head + examples + values + model + "See `src/model/a.h`, `examples/buchen.c`.\n"));
+    EXPECT_EQ(1u, Count(head + examples + values + model + "See `src/model/a.h` and `src/gone.cpp`.\n"));
     EXPECT_EQ(1u, Count("```c\nint main(void);\n```\n" + examples + values + model));
 }
 

@@ -36,6 +36,8 @@ TEST(HouseRules, LinesAreAtMost110Wide) { EXPECT_EQ("", Told(LineWidth(Tree())))
 
 TEST(HouseRules, NothingIsLeftLying) { EXPECT_EQ("", Told(Orphans(Tree()))); }
 
+TEST(HouseRules, ReadmeIsTrue) { EXPECT_EQ("", Told(ReadmeIsTrue(Tree()))); }
+
 TEST(HouseRules, LibraryNeedsNothingButTheRuntime) { EXPECT_EQ("", Told(DynamicNeeds(VARK_LIBRARY))); }
 
 TEST(HouseRules, GermanTextsAreWindows1252) { EXPECT_EQ("", Told(TextsAreTurnedOver(Tree()))); }
