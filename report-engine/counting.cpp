@@ -1,0 +1,127 @@
+#include "report-engine/counting.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace rs {
+
+namespace {
+
+// Everything that decides where later rows go; two equal ones lead to the same pages.
+struct Position {
+    RowMarker Marker;
+    Layout Pages;
+};
+
+void CountRows(RowMarker &marker, Layout &layout, const uint8_t *styles, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        AddRow(layout, MarkRow(marker, styles[i], 0));
+    }
+}
+
+// The rows that close a level, as those of the first of its kinds that has any.
+void CountFoot(RowMarker &marker, Layout &layout, uint8_t level)
+{
+    const Definition &def = *marker.Of;
+    MarkFoot(marker, level);
+    uint8_t rows = 0;
+    for (const KindRule &rule : def.Kinds) {
+        if (rule.IsDeclared && rule.Level == level && rule.FootCount > 0) {
+            CountRows(marker, layout, rule.FootRows, rule.FootCount);
+            rows = rule.FootCount;
+            break;
+        }
+    }
+    MarkClosed(marker, level, rows > 0);
+}
+
+void CountRecord(RowMarker &marker, Layout &layout, int kind)
+{
+    while (const uint8_t level = NextToClose(marker, kind)) {
+        CountFoot(marker, layout, level);
+    }
+    MarkRecord(marker, kind);
+    CountRows(marker, layout, marker.Of->Kinds[kind].Rows, marker.Of->Kinds[kind].RowCount);
+}
+
+// Apart from how many pages came before.
+bool IsSame(const Position &a, const Position &b)
+{
+    const Layout &x = a.Pages;
+    const Layout &y = b.Pages;
+    return a.Marker.Coming == b.Marker.Coming && a.Marker.KeptLevel == b.Marker.KeptLevel &&
+           a.Marker.KeptHasRows == b.Marker.KeptHasRows &&
+           std::memcmp(a.Marker.IsOpen, b.Marker.IsOpen, sizeof a.Marker.IsOpen) == 0 &&
+           (x.Pages == 0) == (y.Pages == 0) && x.Used == y.Used && x.HasRows == y.HasRows &&
+           x.HasCounted == y.HasCounted && x.CarryIsOpen == y.CarryIsOpen &&
+           x.CarryHasCounted == y.CarryHasCounted && x.CarryBeganBefore == y.CarryBeganBefore &&
+           x.GroupIsSplit == y.GroupIsSplit && x.HeldCount == y.HeldCount && x.HeldHeight == y.HeldHeight &&
+           std::memcmp(x.Held, y.Held, sizeof x.Held[0] * static_cast<size_t>(x.HeldCount)) == 0;
+}
+
+} // namespace
+
+CountingReport *CreateCountingReport(const CatalogueRow *catalogue, const Definition &definition)
+{
+    auto *report = static_cast<CountingReport *>(std::calloc(1, sizeof(CountingReport)));
+    if (report == nullptr) return nullptr;
+    pthread_mutex_init(&report->Lock, nullptr);
+    report->Catalogue = catalogue;
+    report->Def = definition;
+    StartMarker(report->Marker, report->Def);
+    StartLayout(report->Pages, report->Def, nullptr, nullptr);
+    return report;
+}
+
+void DestroyCountingReport(CountingReport *report)
+{
+    pthread_mutex_destroy(&report->Lock);
+    std::free(report);
+}
+
+bool CountRecords(CountingReport &report, int kind, int32_t count)
+{
+    if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0 || count < 0) return false;
+    if (!report.Def.Kinds[kind].IsDeclared) return true;
+    // One position is kept and compared with each later one; it moves on at 1, 2, 4, 8 ... records, so a
+    // cycle of any length is found (as Brent finds it).
+    Position anchor = {report.Marker, report.Pages};
+    int32_t sinceAnchor = 0;
+    int32_t nextAnchor = 1;
+    for (int32_t left = count; left > 0;) {
+        CountRecord(report.Marker, report.Pages, kind);
+        --left;
+        ++sinceAnchor;
+        if (IsSame({report.Marker, report.Pages}, anchor)) {
+            const int64_t pages = report.Pages.Pages - anchor.Pages.Pages;
+            report.Pages.Pages += left / sinceAnchor * pages;
+            left %= sinceAnchor;
+            while (left-- > 0) {
+                CountRecord(report.Marker, report.Pages, kind);
+            }
+            return true;
+        }
+        if (sinceAnchor == nextAnchor) {
+            anchor = {report.Marker, report.Pages};
+            sinceAnchor = 0;
+            nextAnchor *= 2;
+        }
+    }
+    return true;
+}
+
+int32_t CountedPages(const CountingReport &report)
+{
+    RowMarker marker = report.Marker;
+    Layout layout = report.Pages;
+    while (const uint8_t level = NextToClose(marker, -1)) {
+        CountFoot(marker, layout, level);
+    }
+    MarkFoot(marker, 0);
+    CountRows(marker, layout, report.Def.FinishRows, report.Def.FinishCount);
+    const int64_t pages = EndLayout(layout);
+    return pages > INT32_MAX ? INT32_MAX : static_cast<int32_t>(pages);
+}
+
+} // namespace rs

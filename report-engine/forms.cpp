@@ -1,0 +1,614 @@
+// CSV, JSON, HTML and text: one walk over the spool each (text takes two, to find its widths).
+#include "report-engine/output.h"
+#include "report-engine/values.h"
+#include "text/windows1252.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace rs {
+
+namespace {
+
+// A walk over a spool, in the place of a stack frame of this size.
+struct Walk {
+    SpoolReader Reader;
+    bool HasFailed;
+};
+
+Walk *StartWalk(const View &view)
+{
+    auto *walk = static_cast<Walk *>(std::malloc(sizeof(Walk)));
+    if (walk == nullptr) return nullptr;
+    StartReading(walk->Reader, view.Of->Store.File);
+    walk->HasFailed = false;
+    return walk;
+}
+
+bool EndWalk(Walk *walk)
+{
+    const bool isGood = !walk->HasFailed;
+    std::free(walk);
+    return isGood;
+}
+
+// A part of a page head that tells page numbers says nothing where there are no pages.
+bool IsAboutPages(const LinePart &part)
+{
+    return memmem(part.Text, part.Length, "{page}", 6) != nullptr ||
+           memmem(part.Text, part.Length, "{pages}", 7) != nullptr ||
+           memmem(part.Text, part.Length, "{sheet}", 7) != nullptr;
+}
+
+void HeadPartsOf(const SpoolReader &reader, LinePart (&parts)[3])
+{
+    LinePartsOf(reader.Data, parts);
+    for (LinePart &part : parts) {
+        if (IsAboutPages(part)) part.Length = 0;
+    }
+}
+
+// The value of a cell as text; `out` serves for numbers.
+LinePart CellText(const Definition &def, const Cell &cell, Look look, char (&out)[amountSize])
+{
+    if (cell.Kind == CellKind::text) return {cell.Text, cell.Length};
+    if (cell.Kind == CellKind::amount && cell.Number == 0 && look != Look::machine &&
+        def.Columns[cell.Column].BlankZero) {
+        return {out, 0};
+    }
+    const size_t length = cell.Kind == CellKind::number ? WriteNumber(cell.Number, look, out)
+                                                        : WriteHundredths(cell.Number, look, out);
+    return {out, length};
+}
+
+// A title in one line, with the group that stands above it.
+void ColumnTitle(const Column &column, char (&out)[160])
+{
+    const char *separator = column.Group[0] != 0 && column.Title[0] != 0 ? " " : "";
+    std::snprintf(out, sizeof out, "%s%s%s", column.Group, separator, column.Title);
+    for (char *character = out; *character != 0; ++character) {
+        if (*character == '\n') *character = ' ';
+    }
+}
+
+// ---- CSV ----
+
+void WriteCsvField(Writer &writer, const char *text, size_t length)
+{
+    bool needsQuotes = false;
+    for (size_t i = 0; i < length; ++i) {
+        if (text[i] == ';' || text[i] == '"' || text[i] == '\n' || text[i] == '\r') needsQuotes = true;
+    }
+    if (!needsQuotes) {
+        Write(writer, text, length);
+        return;
+    }
+    Write(writer, "\"", 1);
+    for (size_t i = 0; i < length; ++i) {
+        if (text[i] == '"') Write(writer, "\"", 1);
+        Write(writer, text + i, 1);
+    }
+    Write(writer, "\"", 1);
+}
+
+// What people read in the first column; a template's own styles keep their names.
+const char *RowWord(const Definition &def, uint8_t style)
+{
+    constexpr const char *words[] = {"Zeile", "Text", "Gruppe", "Summe", "Gesamt"};
+    return style <= totalStyle ? words[style] : def.Styles[style].Name;
+}
+
+// ---- JSON ----
+
+void WriteJsonText(Writer &writer, const char *text, size_t length)
+{
+    Write(writer, "\"", 1);
+    for (size_t i = 0; i < length; ++i) {
+        const char character = text[i];
+        if (character == '"' || character == '\\') Write(writer, "\\", 1);
+        if (character == '\n') {
+            Write(writer, "\\n");
+        } else {
+            Write(writer, &character, 1);
+        }
+    }
+    Write(writer, "\"", 1);
+}
+
+void WriteJsonText(Writer &writer, const char *text) { WriteJsonText(writer, text, std::strlen(text)); }
+
+void WriteJsonRow(Writer &writer, const Definition &def, const SpoolReader &reader)
+{
+    Write(writer, "{\"kind\":");
+    WriteJsonText(writer, def.Styles[reader.Header.Style].Name);
+    CellReader cells = CellsOf(reader.Header, reader.Data);
+    Cell cell;
+    while (NextCell(cells, cell)) {
+        Write(writer, ",");
+        WriteJsonText(writer, cell.Column == spanColumn ? "" : def.Columns[cell.Column].Name);
+        Write(writer, ":");
+        char number[amountSize];
+        const LinePart value = CellText(def, cell, Look::machine, number);
+        if (cell.Kind == CellKind::text) {
+            WriteJsonText(writer, value.Text, value.Length);
+        } else {
+            Write(writer, value.Text, value.Length);
+        }
+    }
+    Write(writer, "}");
+}
+
+// ---- HTML ----
+
+void WriteHtmlText(Writer &writer, const char *text, size_t length)
+{
+    for (size_t i = 0; i < length; ++i) {
+        switch (text[i]) {
+        case '&': Write(writer, "&amp;"); break;
+        case '<': Write(writer, "&lt;"); break;
+        case '>': Write(writer, "&gt;"); break;
+        case '"': Write(writer, "&quot;"); break;
+        case '\n': Write(writer, "<br>"); break;
+        default: Write(writer, text + i, 1); break;
+        }
+    }
+}
+
+void WriteHtmlText(Writer &writer, const char *text) { WriteHtmlText(writer, text, std::strlen(text)); }
+
+constexpr char htmlLooks[] =
+    "body{font:14px/1.45 Roboto,Arial,sans-serif;margin:2rem auto;max-width:max-content;color:#111;"
+    "background:#fff}\n"
+    "header{display:grid;grid-template-columns:1fr auto 1fr;gap:0 2rem;margin:1.5rem 0 .5rem}\n"
+    "header>:nth-child(3n+2){text-align:center}header>:nth-child(3n){text-align:right}\n"
+    "header>:nth-child(-n+3){font-weight:bold;font-size:1.25em}\n"
+    "table{border-collapse:collapse;font-variant-numeric:tabular-nums}\n"
+    "th,td{padding:.1rem .5rem;text-align:left;vertical-align:bottom}\n"
+    "th.g{text-align:center;border-bottom:1px solid #888}\n"
+    ".n{text-align:right;white-space:nowrap}.c{text-align:center}\n"
+    "thead tr:last-child th{border-bottom:1.5px solid #111}\n";
+
+const char *HtmlRule(Rule rule)
+{
+    switch (rule) {
+    case Rule::hair: return "1px solid #ccc";
+    case Rule::line: return "1px solid #111";
+    case Rule::twofold: return "3px double #111";
+    default: return "none";
+    }
+}
+
+void WriteHtmlStyles(Writer &writer, const Definition &def)
+{
+    for (int i = 0; i < def.StyleCount; ++i) {
+        const Style &style = def.Styles[i];
+        char line[300];
+        std::snprintf(
+            line, sizeof line, ".s%d td{font-weight:%s;font-style:%s;border-top:%s;border-bottom:%s%s%d%s}\n",
+            i, style.Bold ? "bold" : "normal", style.Italic ? "italic" : "normal", HtmlRule(style.Above),
+            HtmlRule(style.Below), ";background:rgb(0 0 0/", style.Shade, "%)");
+        Write(writer, line);
+    }
+}
+
+const char *HtmlAlign(const Column &column)
+{
+    return column.CellAlign == Align::right    ? " class=n"
+           : column.CellAlign == Align::centre ? " class=c"
+                                               : "";
+}
+
+void WriteHtmlColumns(Writer &writer, const Definition &def)
+{
+    Write(writer, "<table>\n");
+    if (def.ColumnTitleLines == 0) return;
+    Write(writer, "<thead>\n");
+    if (def.HasColumnGroups) {
+        Write(writer, "<tr>");
+        for (int i = 0; i < def.ColumnCount;) {
+            int end = i + 1;
+            while (def.Columns[i].Group[0] != 0 && end < def.ColumnCount &&
+                   std::strcmp(def.Columns[i].Group, def.Columns[end].Group) == 0) {
+                ++end;
+            }
+            char tag[48];
+            std::snprintf(tag, sizeof tag, "<th%s colspan=%d>",
+                          def.Columns[i].Group[0] != 0 ? " class=g" : "", end - i);
+            Write(writer, tag);
+            WriteHtmlText(writer, def.Columns[i].Group);
+            Write(writer, "</th>");
+            i = end;
+        }
+        Write(writer, "</tr>\n");
+    }
+    Write(writer, "<tr>");
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        Write(writer, "<th");
+        Write(writer, HtmlAlign(def.Columns[i]));
+        Write(writer, ">");
+        WriteHtmlText(writer, def.Columns[i].Title);
+        Write(writer, "</th>");
+    }
+    Write(writer, "</tr>\n</thead>\n");
+}
+
+void WriteHtmlRow(Writer &writer, const Definition &def, const SpoolReader &reader)
+{
+    char tag[64];
+    std::snprintf(tag, sizeof tag, "<tr class=s%d>", reader.Header.Style);
+    Write(writer, tag);
+    CellReader cells = CellsOf(reader.Header, reader.Data);
+    Cell cell;
+    bool hasCell = NextCell(cells, cell);
+    if (hasCell && cell.Column == spanColumn) {
+        std::snprintf(tag, sizeof tag, "<td colspan=%d>", def.ColumnCount > 0 ? def.ColumnCount : 1);
+        Write(writer, tag);
+        WriteHtmlText(writer, cell.Text, cell.Length);
+        Write(writer, "</td>");
+        hasCell = false;
+    } else {
+        for (int column = 0; column < def.ColumnCount;) {
+            if (!hasCell || cell.Column != column) {
+                Write(writer, "<td></td>");
+                ++column;
+                continue;
+            }
+            char number[amountSize];
+            const LinePart value = CellText(def, cell, Look::grouped, number);
+            const bool isText = cell.Kind == CellKind::text;
+            hasCell = NextCell(cells, cell);
+            // A text runs on over the empty columns behind it.
+            int end = column + 1;
+            while (isText && end < def.ColumnCount && (!hasCell || cell.Column != end)) {
+                ++end;
+            }
+            Write(writer, "<td");
+            Write(writer, HtmlAlign(def.Columns[column]));
+            if (end > column + 1) {
+                std::snprintf(tag, sizeof tag, " colspan=%d", end - column);
+                Write(writer, tag);
+            }
+            Write(writer, ">");
+            WriteHtmlText(writer, value.Text, value.Length);
+            Write(writer, "</td>");
+            column = end;
+        }
+    }
+    Write(writer, "</tr>\n");
+}
+
+// ---- Text ----
+
+size_t Characters(const char *text, size_t length)
+{
+    size_t count = 0;
+    for (size_t i = 0; i < length; ++i) {
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) ++count;
+    }
+    return count;
+}
+
+void WriteBlanks(Writer &writer, size_t count)
+{
+    constexpr char blanks[] = "                                                                ";
+    while (count > 0) {
+        const size_t part = count < sizeof blanks - 1 ? count : sizeof blanks - 1;
+        Write(writer, blanks, part);
+        count -= part;
+    }
+}
+
+struct TextTable {
+    size_t Widths[maxColumns];
+    size_t Width; // of the whole line
+};
+
+void Widen(size_t &width, size_t wanted)
+{
+    if (wanted > width) width = wanted;
+}
+
+void MeasureRow(TextTable &table, const Definition &def, const SpoolReader &reader)
+{
+    CellReader cells = CellsOf(reader.Header, reader.Data);
+    Cell cell;
+    bool hasCell = NextCell(cells, cell);
+    while (hasCell && cell.Column != spanColumn) {
+        char number[amountSize];
+        const uint8_t column = cell.Column;
+        const LinePart value = CellText(def, cell, Look::grouped, number);
+        const size_t width = Characters(value.Text, value.Length);
+        const bool isLeft = def.Columns[column].CellAlign == Align::left;
+        hasCell = NextCell(cells, cell);
+        // What may run on over empty columns makes none wider.
+        if (!isLeft || (hasCell && cell.Column == column + 1)) Widen(table.Widths[column], width);
+    }
+}
+
+// Writes what stands in a column, and how far that went.
+void WriteAligned(Writer &writer, const char *text, size_t length, size_t width, Align align,
+                  size_t &position, size_t begin)
+{
+    const size_t characters = Characters(text, length);
+    const size_t spare = characters < width ? width - characters : 0;
+    const size_t target = begin + (align == Align::right ? spare : align == Align::centre ? spare / 2 : 0);
+    if (target > position) {
+        WriteBlanks(writer, target - position);
+        position = target;
+    }
+    Write(writer, text, length);
+    position += characters;
+}
+
+void WriteTextRow(Writer &writer, const TextTable &table, const Definition &def, const SpoolReader &reader)
+{
+    CellReader cells = CellsOf(reader.Header, reader.Data);
+    Cell cell;
+    size_t position = 0;
+    size_t begin = 0;
+    uint8_t column = 0;
+    while (NextCell(cells, cell)) {
+        char number[amountSize];
+        const LinePart value = CellText(def, cell, Look::grouped, number);
+        if (cell.Column == spanColumn) {
+            Write(writer, value.Text, value.Length);
+            continue;
+        }
+        for (; column < cell.Column; ++column) {
+            begin += table.Widths[column] + 2;
+        }
+        const Align align = cell.Kind == CellKind::text && def.Columns[column].CellForm != Form::text
+                                ? Align::right
+                                : def.Columns[column].CellAlign;
+        WriteAligned(writer, value.Text, value.Length, table.Widths[column], align, position, begin);
+    }
+    Write(writer, "\n", 1);
+}
+
+void WriteTextColumns(Writer &writer, const TextTable &table, const Definition &def)
+{
+    for (int line = def.HasColumnGroups ? -1 : 0; line < def.ColumnTitleLines; ++line) {
+        size_t position = 0;
+        size_t begin = 0;
+        for (int i = 0; i < def.ColumnCount; ++i) {
+            const Column &column = def.Columns[i];
+            const char *text = column.Group;
+            size_t length = std::strlen(text);
+            size_t width = table.Widths[i];
+            Align align = column.CellAlign;
+            if (line < 0) {
+                // Once, over all columns of the group.
+                if (i > 0 && std::strcmp(text, def.Columns[i - 1].Group) == 0) length = 0;
+                for (int other = i + 1; other < def.ColumnCount && length > 0; ++other) {
+                    if (std::strcmp(text, def.Columns[other].Group) != 0) break;
+                    width += 2 + table.Widths[other];
+                }
+                align = Align::centre;
+            } else {
+                text = column.Title;
+                for (int skipped = 0; skipped < line && text != nullptr; ++skipped) {
+                    text = std::strchr(text, '\n');
+                    if (text != nullptr) ++text;
+                }
+                length = text != nullptr ? strcspn(text, "\n") : 0;
+            }
+            if (length > 0) WriteAligned(writer, text, length, width, align, position, begin);
+            begin += table.Widths[i] + 2;
+        }
+        Write(writer, "\n", 1);
+    }
+    for (size_t i = 0; i < table.Width; ++i) {
+        Write(writer, "-", 1);
+    }
+    Write(writer, "\n", 1);
+}
+
+void WriteTextHead(Writer &writer, const TextTable &table, const LinePart (&parts)[3])
+{
+    size_t position = 0;
+    for (int i = 0; i < 3; ++i) {
+        const auto align = static_cast<Align>(i);
+        if (parts[i].Length == 0) continue;
+        if (position > 0) {
+            Write(writer, "  ", 2);
+            position += 2;
+        }
+        WriteAligned(writer, parts[i].Text, parts[i].Length, table.Width, align, position, 0);
+    }
+    if (position > 0) Write(writer, "\n", 1);
+}
+
+bool MeasureText(TextTable &table, const View &view)
+{
+    const Definition &def = view.Of->Def;
+    table = {};
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        const char *title = def.Columns[i].Title;
+        while (title != nullptr && *title != 0) {
+            const size_t length = strcspn(title, "\n");
+            Widen(table.Widths[i], Characters(title, length));
+            title = title[length] == '\n' ? title + length + 1 : nullptr;
+        }
+    }
+    Walk *walk = StartWalk(view);
+    if (walk == nullptr) return false;
+    while (ReadItem(walk->Reader, walk->HasFailed)) {
+        if (walk->Reader.Header.Kind == Item::row) MeasureRow(table, def, walk->Reader);
+    }
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        table.Width += table.Widths[i] + (i > 0 ? 2 : 0);
+    }
+    return EndWalk(walk);
+}
+
+} // namespace
+
+bool WriteCsv(Writer &writer, const View &view)
+{
+    const Definition &def = view.Of->Def;
+    Walk *walk = StartWalk(view);
+    if (walk == nullptr) return false;
+    Write(writer, "\xEF\xBB\xBF"
+                  "Art");
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        char title[160];
+        ColumnTitle(def.Columns[i], title);
+        Write(writer, ";", 1);
+        WriteCsvField(writer, title, std::strlen(title));
+    }
+    Write(writer, "\r\n", 2);
+    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+        if (walk->Reader.Header.Kind != Item::row) continue;
+        Write(writer, RowWord(def, walk->Reader.Header.Style));
+        CellReader cells = CellsOf(walk->Reader.Header, walk->Reader.Data);
+        Cell cell;
+        int column = -1;
+        while (NextCell(cells, cell)) {
+            const int target = cell.Column == spanColumn ? 0 : cell.Column;
+            for (; column < target; ++column) {
+                Write(writer, ";", 1);
+            }
+            char number[amountSize];
+            const bool isText = cell.Kind == CellKind::text;
+            const LinePart value =
+                isText ? LinePart{cell.Text, cell.Length}
+                       : LinePart{number, cell.Kind == CellKind::number
+                                              ? WriteNumber(cell.Number, Look::plain, number)
+                                              : WriteHundredths(cell.Number, Look::plain, number)};
+            WriteCsvField(writer, value.Text, value.Length);
+        }
+        for (; column < def.ColumnCount - 1; ++column) {
+            Write(writer, ";", 1);
+        }
+        Write(writer, "\r\n", 2);
+    }
+    return EndWalk(walk);
+}
+
+bool WriteJson(Writer &writer, const View &view)
+{
+    const Definition &def = view.Of->Def;
+    Walk *walk = StartWalk(view);
+    if (walk == nullptr) return false;
+    Write(writer, "{\"report\":");
+    WriteJsonText(writer, def.ReportId);
+    Write(writer, ",\"title\":");
+    WriteJsonText(writer, def.Title);
+    Write(writer, ",\"columns\":[");
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        constexpr const char *forms[] = {"text", "amount", "rate", "number"};
+        char title[160];
+        ColumnTitle(def.Columns[i], title);
+        Write(writer, i > 0 ? ",\n{\"name\":" : "\n{\"name\":");
+        WriteJsonText(writer, def.Columns[i].Name);
+        Write(writer, ",\"title\":");
+        WriteJsonText(writer, title);
+        Write(writer, ",\"form\":");
+        WriteJsonText(writer, forms[static_cast<int>(def.Columns[i].CellForm)]);
+        Write(writer, "}");
+    }
+    Write(writer, "],\"rows\":[");
+    bool isFirst = true;
+    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+        const Item kind = walk->Reader.Header.Kind;
+        if (kind != Item::row && kind != Item::head) continue;
+        Write(writer, isFirst ? "\n" : ",\n");
+        isFirst = false;
+        if (kind == Item::row) {
+            WriteJsonRow(writer, def, walk->Reader);
+            continue;
+        }
+        LinePart parts[3];
+        HeadPartsOf(walk->Reader, parts);
+        constexpr const char *names[3] = {"left", "center", "right"};
+        Write(writer, "{\"kind\":\"pagehead\"");
+        for (int i = 0; i < 3; ++i) {
+            if (parts[i].Length == 0) continue;
+            Write(writer, ",");
+            WriteJsonText(writer, names[i]);
+            Write(writer, ":");
+            WriteJsonText(writer, parts[i].Text, parts[i].Length);
+        }
+        Write(writer, "}");
+    }
+    Write(writer, "\n]}\n");
+    return EndWalk(walk);
+}
+
+bool WriteHtml(Writer &writer, const View &view)
+{
+    const Definition &def = view.Of->Def;
+    Walk *walk = StartWalk(view);
+    if (walk == nullptr) return false;
+    Write(writer, "<!doctype html>\n<html lang=de>\n<head>\n<meta charset=utf-8>\n<title>");
+    WriteHtmlText(writer, def.Title);
+    Write(writer, "</title>\n<style>\n");
+    Write(writer, htmlLooks);
+    WriteHtmlStyles(writer, def);
+    Write(writer, "</style>\n</head>\n<body>\n");
+    bool isInTable = false;
+    bool isInHead = false;
+    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+        const Item kind = walk->Reader.Header.Kind;
+        if (kind == Item::head) {
+            if (walk->Reader.Header.IsFirst != 0 || !isInHead) {
+                if (isInTable) Write(writer, "</table>\n");
+                if (isInHead) Write(writer, "</header>\n");
+                Write(writer, "<header>");
+                isInTable = false;
+                isInHead = true;
+            }
+            LinePart parts[3];
+            HeadPartsOf(walk->Reader, parts);
+            for (const LinePart &part : parts) {
+                Write(writer, "<div>");
+                WriteHtmlText(writer, part.Text, part.Length);
+                Write(writer, "</div>");
+            }
+        } else if (kind == Item::row) {
+            if (isInHead) Write(writer, "</header>\n");
+            isInHead = false;
+            if (!isInTable) WriteHtmlColumns(writer, def);
+            isInTable = true;
+            WriteHtmlRow(writer, def, walk->Reader);
+        }
+    }
+    if (isInHead) Write(writer, "</header>\n");
+    if (isInTable) Write(writer, "</table>\n");
+    Write(writer, "</body>\n</html>\n");
+    return EndWalk(walk);
+}
+
+bool WriteText(Writer &writer, const View &view)
+{
+    const Definition &def = view.Of->Def;
+    TextTable table;
+    if (!MeasureText(table, view)) return false;
+    Walk *walk = StartWalk(view);
+    if (walk == nullptr) return false;
+    bool needsColumns = true;
+    bool hasAnything = false;
+    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+        const Item kind = walk->Reader.Header.Kind;
+        if (kind == Item::head) {
+            if (walk->Reader.Header.IsFirst != 0 && hasAnything) Write(writer, "\n", 1);
+            LinePart parts[3];
+            HeadPartsOf(walk->Reader, parts);
+            WriteTextHead(writer, table, parts);
+            needsColumns = true;
+            hasAnything = true;
+        } else if (kind == Item::row) {
+            if (needsColumns && def.ColumnTitleLines > 0) {
+                Write(writer, "\n", 1);
+                WriteTextColumns(writer, table, def);
+            }
+            needsColumns = false;
+            hasAnything = true;
+            WriteTextRow(writer, table, def, walk->Reader);
+        }
+    }
+    return EndWalk(walk);
+}
+
+} // namespace rs

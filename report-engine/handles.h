@@ -1,0 +1,32 @@
+// Which handles are open. What a handle names is held by whoever works with it, so that closing it from
+// another thread takes it away only when the last one is done.
+#pragma once
+
+#include "report-engine/counting.h"
+#include "report-engine/report.h"
+#include "report-engine/view.h"
+
+#include <cstdint>
+
+namespace rs {
+
+// Each series: Add takes over a reference, gives a handle and keeps it (0 when the series is full: the caller
+// keeps the reference). Hold gives another reference, null for a handle that is not open. Release gives one
+// back. Remove takes the handle away.
+int32_t AddReport(Report *report);
+Report *HoldReport(int32_t handle);
+void ReleaseReport(Report *report);
+void RemoveReport(int32_t handle);
+
+int32_t AddCounting(CountingReport *report);
+CountingReport *HoldCounting(int32_t handle);
+void ReleaseCounting(CountingReport *report);
+void RemoveCounting(int32_t handle);
+
+// A view's handle looks like a pointer and is none.
+void *AddView(View *view);
+View *HoldView(const void *handle);
+void ReleaseView(View *view);
+void RemoveViewsOf(int32_t reportHandle);
+
+} // namespace rs

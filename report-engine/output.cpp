@@ -1,0 +1,178 @@
+#include "report-engine/output.h"
+
+#include "report-engine/complain.h"
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace rs {
+
+void Write(Writer &writer, const char *bytes, size_t length)
+{
+    while (length > 0 && writer.Error == 0) {
+        const size_t space = sizeof writer.Buffer - writer.Used;
+        const size_t part = length < space ? length : space;
+        std::memcpy(writer.Buffer + writer.Used, bytes, part);
+        writer.Used += part;
+        bytes += part;
+        length -= part;
+        if (writer.Used == sizeof writer.Buffer) FlushWriter(writer);
+    }
+}
+
+void Write(Writer &writer, const char *text) { Write(writer, text, std::strlen(text)); }
+
+bool FlushWriter(Writer &writer)
+{
+    size_t done = 0;
+    while (done < writer.Used && writer.Error == 0) {
+        const ssize_t written = write(writer.File, writer.Buffer + done, writer.Used - done);
+        if (written < 0 && errno == EINTR) continue;
+        if (written > 0) {
+            done += static_cast<size_t>(written);
+        } else {
+            writer.Error = written < 0 ? errno : ENOSPC;
+        }
+    }
+    writer.Used = 0;
+    return writer.Error == 0;
+}
+
+namespace {
+
+enum class FileKind { none, pdf, csv, json, html, text };
+
+FileKind KindOf(const char *path)
+{
+    struct Row {
+        const char *Extension;
+        FileKind Kind;
+    };
+    constexpr Row rows[] = {{".pdf", FileKind::pdf},
+                            {".csv", FileKind::csv},
+                            {".json", FileKind::json},
+                            {".html", FileKind::html},
+                            {".txt", FileKind::text}};
+    const size_t length = std::strlen(path);
+    for (const Row &row : rows) {
+        const size_t part = std::strlen(row.Extension);
+        if (length > part && strcasecmp(path + length - part, row.Extension) == 0) return row.Kind;
+    }
+    return FileKind::none;
+}
+
+// The file under its working name beside the final one, so that the last step is a rename within one
+// directory.
+struct NewFile {
+    int File;
+    bool IsDirect; // no regular file (a device, a pipe): written as it is
+    char Final[PATH_MAX];
+    char Working[PATH_MAX];
+};
+
+// 0 or errno.
+int CreateNewFile(NewFile &file, const char *path)
+{
+    struct stat status = {};
+    if (stat(path, &status) == 0) {
+        if (S_ISDIR(status.st_mode)) return EISDIR;
+        if (!S_ISREG(status.st_mode)) {
+            file.IsDirect = true;
+            file.File = open(path, O_WRONLY | O_CLOEXEC | O_NOCTTY);
+            return file.File < 0 ? errno : 0;
+        }
+        // A file that may not be written is not replaced either; a link keeps pointing at what it points at.
+        if (access(path, W_OK) != 0) return errno;
+        if (realpath(path, file.Final) == nullptr) return errno;
+    } else if (std::strlen(path) >= sizeof file.Final) {
+        return ENAMETOOLONG;
+    } else {
+        std::strncpy(file.Final, path, sizeof file.Final - 1);
+    }
+    static std::atomic<unsigned> next = 0;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const int length = std::snprintf(file.Working, sizeof file.Working, "%s.%x-%x~", file.Final,
+                                         static_cast<unsigned>(getpid()), next.fetch_add(1));
+        if (length < 0 || length >= static_cast<int>(sizeof file.Working)) return ENAMETOOLONG;
+        file.File = open(file.Working, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file.File >= 0) return 0;
+        if (errno != EEXIST) return errno;
+    }
+    return EEXIST;
+}
+
+bool WriteContents(FileKind kind, int file, const View &view, const char *path)
+{
+    if (kind == FileKind::pdf) return WritePages(file, view, path);
+    auto *writer = static_cast<Writer *>(std::malloc(sizeof(Writer)));
+    if (writer == nullptr) {
+        Complain("%s: not enough memory", path);
+        return false;
+    }
+    writer->File = file;
+    writer->Error = 0;
+    writer->Used = 0;
+    bool isRead = false;
+    switch (kind) {
+    case FileKind::csv: isRead = WriteCsv(*writer, view); break;
+    case FileKind::json: isRead = WriteJson(*writer, view); break;
+    case FileKind::html: isRead = WriteHtml(*writer, view); break;
+    default: isRead = WriteText(*writer, view); break;
+    }
+    const bool isWritten = FlushWriter(*writer);
+    if (!isWritten) {
+        Complain("%s: %s", path, strerrordesc_np(writer->Error));
+    } else if (!isRead) {
+        Complain("%s: the temporary file cannot be read", path);
+    }
+    std::free(writer);
+    return isRead && isWritten;
+}
+
+bool ReplaceFile(NewFile &file, const char *path, bool isGood)
+{
+    // What close finds wrong (a full disk on a network) counts as much as what write finds.
+    if (close(file.File) != 0 && isGood) {
+        Complain("%s: %s", path, strerrordesc_np(errno));
+        isGood = false;
+    }
+    if (file.IsDirect) return isGood;
+    if (isGood && std::rename(file.Working, file.Final) != 0) {
+        Complain("%s: %s", path, strerrordesc_np(errno));
+        isGood = false;
+    }
+    if (!isGood) unlink(file.Working);
+    return isGood;
+}
+
+} // namespace
+
+bool ExportView(const View &view, const char *path)
+{
+    if (path == nullptr) path = "";
+    const FileKind kind = KindOf(path);
+    if (kind == FileKind::none) {
+        Complain("%s: no kind of file that a report can be written to", path);
+        return false;
+    }
+    auto *file = static_cast<NewFile *>(std::calloc(1, sizeof(NewFile)));
+    const int error = file != nullptr ? CreateNewFile(*file, path) : ENOMEM;
+    bool isGood = error == 0;
+    if (isGood) {
+        isGood = ReplaceFile(*file, path, WriteContents(kind, file->File, view, path));
+    } else {
+        Complain("%s: %s", path, strerrordesc_np(error));
+    }
+    std::free(file);
+    return isGood;
+}
+
+} // namespace rs

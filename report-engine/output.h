@@ -1,0 +1,34 @@
+// Files of a finished report, each made from its spool alone.
+#pragma once
+
+#include "report-engine/view.h"
+
+#include <cstddef>
+
+namespace rs {
+
+// Writes the view to `path` by its extension; false on failure, which has been told.
+bool ExportView(const View &view, const char *path);
+
+// Bytes on their way to a file; the first failure stays and stops the rest.
+struct Writer {
+    int File;
+    int Error; // errno, 0 for none
+    size_t Used;
+    char Buffer[65'536];
+};
+
+void Write(Writer &writer, const char *bytes, size_t length);
+void Write(Writer &writer, const char *text);
+bool FlushWriter(Writer &writer);
+
+// The forms, each the whole file. False when the spool could not be read; failures of the writer stay in it.
+bool WriteCsv(Writer &writer, const View &view);
+bool WriteJson(Writer &writer, const View &view);
+bool WriteHtml(Writer &writer, const View &view);
+bool WriteText(Writer &writer, const View &view);
+
+// Runs the program that draws pages; false on failure, which has been told.
+bool WritePages(int file, const View &view, const char *path);
+
+} // namespace rs

@@ -1,0 +1,573 @@
+#include "report-engine/pages/draw.h"
+
+#include "report-engine/values.h"
+
+#include <cstdio>
+#include <cstring>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+namespace rs {
+
+namespace {
+
+constexpr double pointsPerUnit = 72.0 / 2540.0; // of a hundredth of a millimetre
+constexpr double gutter = 1.6;                  // points kept free at either edge of a column
+constexpr size_t maxBatch = 4096;
+
+constexpr double Points(int32_t hundredths_mm) { return hundredths_mm * pointsPerUnit; }
+
+struct Line {
+    LinePart Parts[3];
+};
+
+struct Drawing {
+    const Document *Of;
+    const Definition *Def;
+    const PageTarget *Target;
+    cairo_t *Cairo;
+    Fonts Letters;
+    int StyleFaces[maxStyles];
+
+    int64_t PageCount; // of the whole document
+    int64_t Page;      // in hand, 0 before the first
+    int64_t Sheet;
+    int32_t SheetsBefore;
+    bool HasHead; // drawn on this page
+
+    uint64_t Scanned; // items up to here apply
+    Line Head[maxHeadLines];
+    Line Foot[maxHeadLines];
+    int HeadCount;
+    int FootCount;
+
+    int64_t CarrySums[maxSumColumns];
+    int64_t PageSums[maxSumColumns];
+
+    // Glyphs of one font that wait to be shown together.
+    uint16_t BatchFont;
+    size_t BatchCount;
+    cairo_glyph_t Batch[maxBatch];
+
+    double Lefts[maxColumns];
+    double BodyTop;
+    double Left;
+    double Right;
+};
+
+// ---- Glyphs ----
+
+void ShowBatch(Drawing &drawing)
+{
+    if (drawing.BatchCount == 0) return;
+    cairo_set_scaled_font(drawing.Cairo, drawing.Letters.Scaled[drawing.BatchFont]);
+    cairo_show_glyphs(drawing.Cairo, drawing.Batch, static_cast<int>(drawing.BatchCount));
+    drawing.BatchCount = 0;
+}
+
+void DrawGlyphs(Drawing &drawing, const Glyph *glyphs, size_t count, double x, double baseline)
+{
+    for (size_t i = 0; i < count; ++i) {
+        const Glyph &glyph = glyphs[i];
+        if (drawing.BatchCount == maxBatch || glyph.Font != drawing.BatchFont) {
+            ShowBatch(drawing);
+            drawing.BatchFont = glyph.Font;
+        }
+        drawing.Batch[drawing.BatchCount++] = {glyph.Index, x + glyph.X, baseline + glyph.Y};
+        x += glyph.Advance;
+    }
+}
+
+double Baseline(const Drawing &drawing, int face, double top, double height)
+{
+    const Face &from = drawing.Letters.Faces[face];
+    return top + (height - from.Ascent - from.Descent) / 2 + from.Ascent;
+}
+
+// A text within a room of its own, cut with an ellipsis where it does not fit. Returns its width.
+double DrawText(Drawing &drawing, int face, const char *text, size_t length, double left, double right,
+                double baseline, Align align)
+{
+    const double room = right - left;
+    if (length == 0 || room <= 0) return 0;
+    Run run = ShapeText(drawing.Letters, face, text, length);
+    constexpr double rounding = 0.01;
+    if (run.Width <= room + rounding) {
+        double x = left;
+        if (align == Align::right) x = right - run.Width;
+        if (align == Align::centre) x = left + (room - run.Width) / 2;
+        DrawGlyphs(drawing, run.Glyphs, run.Count, x, baseline);
+        return run.Width;
+    }
+    constexpr char ellipsis[] = "…";
+    const double mark = ShapeText(drawing.Letters, face, ellipsis, sizeof ellipsis - 1).Width;
+    run = ShapeText(drawing.Letters, face, text, length);
+    size_t count = 0;
+    double width = 0;
+    while (count < run.Count && width + run.Glyphs[count].Advance + mark <= room) {
+        width += run.Glyphs[count++].Advance;
+    }
+    DrawGlyphs(drawing, run.Glyphs, count, left, baseline);
+    run = ShapeText(drawing.Letters, face, ellipsis, sizeof ellipsis - 1);
+    DrawGlyphs(drawing, run.Glyphs, run.Count, left + width, baseline);
+    return room;
+}
+
+// A figure is never cut: one that its column cannot hold is set smaller.
+void DrawNumber(Drawing &drawing, const Style &style, int face, const char *text, size_t length, double left,
+                double right, double baseline, Align align)
+{
+    Run run = SetNumber(drawing.Letters, face, text, length);
+    const double room = right - left;
+    if (run.Width > room && room > 0) {
+        const auto size = static_cast<int32_t>(style.FontSize * room / run.Width);
+        face = FaceFor(drawing.Letters, style, size > 100 ? size : 100);
+        run = SetNumber(drawing.Letters, face, text, length);
+    }
+    double x = right - run.Width;
+    if (align == Align::left) x = left;
+    if (align == Align::centre) x = left + (room - run.Width) / 2;
+    DrawGlyphs(drawing, run.Glyphs, run.Count, x, baseline);
+}
+
+// ---- Rules ----
+
+void DrawRule(const Drawing &drawing, Rule rule, double left, double right, double y)
+{
+    cairo_t *cairo = drawing.Cairo;
+    if (rule == Rule::none) return;
+    const bool isHair = rule == Rule::hair;
+    cairo_set_source_rgb(cairo, isHair ? 0.78 : 0, isHair ? 0.78 : 0, isHair ? 0.78 : 0);
+    cairo_set_line_width(cairo, isHair ? 0.25 : 0.5);
+    cairo_move_to(cairo, left, y);
+    cairo_line_to(cairo, right, y);
+    if (rule == Rule::twofold) {
+        cairo_move_to(cairo, left, y - 1.4);
+        cairo_line_to(cairo, right, y - 1.4);
+    }
+    cairo_stroke(cairo);
+    cairo_set_source_rgb(cairo, 0, 0, 0);
+}
+
+// Hair lines run across the page; the rules of a sum stand over and under its figures.
+void DrawRules(const Drawing &drawing, const Style &style, const bool (&hasFigure)[maxColumns],
+               bool hasAnyFigure, double top, double height)
+{
+    const Rule rules[2] = {style.Above, style.Below};
+    const double heights[2] = {top + 0.4, top + height - 0.4};
+    for (int i = 0; i < 2; ++i) {
+        if (rules[i] == Rule::none) continue;
+        if (rules[i] == Rule::hair || !hasAnyFigure) {
+            DrawRule(drawing, rules[i], drawing.Left, drawing.Right, i == 0 ? top : top + height);
+            continue;
+        }
+        for (int column = 0; column < drawing.Def->ColumnCount; ++column) {
+            const double left = drawing.Lefts[column];
+            const double right = left + Points(drawing.Def->Columns[column].Width);
+            if (hasFigure[column]) DrawRule(drawing, rules[i], left + gutter, right, heights[i]);
+        }
+    }
+}
+
+// ---- Rows ----
+
+struct RowCell {
+    bool IsSet;
+    bool IsFigure;
+    LinePart Text;
+};
+
+// Draws a row whose cells are at hand, `figures` holding the texts of its numbers.
+void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[maxColumns], double top)
+{
+    const Definition &def = *drawing.Def;
+    const Style &style = def.Styles[styleNumber];
+    const int face = drawing.StyleFaces[styleNumber];
+    const double height = Points(style.Height);
+    const double baseline = Baseline(drawing, face, top, height);
+    for (int column = 0; column < def.ColumnCount; ++column) {
+        const RowCell &cell = cells[column];
+        if (!cell.IsSet || cell.Text.Length == 0) continue;
+        const double left = drawing.Lefts[column];
+        double right = left + Points(def.Columns[column].Width);
+        const Align align = def.Columns[column].CellAlign;
+        if (cell.IsFigure) {
+            DrawNumber(drawing, style, face, cell.Text.Text, cell.Text.Length, left + gutter / 2,
+                       right - gutter / 2, baseline, align);
+            continue;
+        }
+        // A text runs on over the empty columns behind it.
+        if (align == Align::left) {
+            for (int next = column + 1; next < def.ColumnCount; ++next) {
+                if (cells[next].IsSet && cells[next].Text.Length > 0) break;
+                right = drawing.Lefts[next] + Points(def.Columns[next].Width);
+            }
+        }
+        DrawText(drawing, face, cell.Text.Text, cell.Text.Length, left + gutter / 2, right - gutter / 2,
+                 baseline, align);
+    }
+}
+
+void Shade(const Drawing &drawing, const Style &style, double top, double height)
+{
+    if (style.Shade == 0) return;
+    const double grey = 1 - style.Shade / 100.0;
+    cairo_set_source_rgb(drawing.Cairo, grey, grey, grey);
+    cairo_rectangle(drawing.Cairo, drawing.Left, top, drawing.Right - drawing.Left, height);
+    cairo_fill(drawing.Cairo);
+    cairo_set_source_rgb(drawing.Cairo, 0, 0, 0);
+}
+
+void Count(Drawing &drawing, uint8_t column, int64_t amount)
+{
+    for (int sum = 0; sum < drawing.Def->SumCount; ++sum) {
+        if (drawing.Def->SumColumns[sum] != column) continue;
+        drawing.CarrySums[sum] += amount;
+        drawing.PageSums[sum] += amount;
+    }
+}
+
+void DrawRow(Drawing &drawing, const ItemHeader &item, double top)
+{
+    const Definition &def = *drawing.Def;
+    const Style &style = def.Styles[item.Style];
+    const double height = Points(style.Height);
+    Shade(drawing, style, top, height);
+
+    RowCell row[maxColumns] = {};
+    bool hasFigure[maxColumns] = {};
+    bool hasAnyFigure = false;
+    char figures[maxColumns][amountSize];
+    CellReader cells = CellsOf(item, reinterpret_cast<const char *>(&item + 1));
+    Cell cell;
+    while (NextCell(cells, cell)) {
+        if (cell.Column == spanColumn) {
+            const int face = drawing.StyleFaces[item.Style];
+            DrawText(drawing, face, cell.Text, cell.Length, drawing.Left + gutter / 2, drawing.Right,
+                     Baseline(drawing, face, top, height), Align::left);
+            break;
+        }
+        RowCell &to = row[cell.Column];
+        to.IsSet = true;
+        to.IsFigure = cell.Kind != CellKind::text;
+        if (!to.IsFigure) {
+            to.Text = {cell.Text, cell.Length};
+            continue;
+        }
+        hasFigure[cell.Column] = true;
+        hasAnyFigure = true;
+        if (cell.Kind == CellKind::amount && (item.Flags & rowCounts) != 0) {
+            Count(drawing, cell.Column, cell.Number);
+        }
+        char(&figure)[amountSize] = figures[cell.Column];
+        size_t length = 0;
+        if (cell.Kind == CellKind::number) {
+            length = WriteNumber(cell.Number, Look::printed, figure);
+        } else if (cell.Number != 0 || !def.Columns[cell.Column].BlankZero || style.Bold) {
+            length = WriteHundredths(cell.Number, Look::printed, figure); // a sum of zero is a statement
+        }
+        to.Text = {figure, length};
+    }
+    DrawRules(drawing, style, hasFigure, hasAnyFigure, top, height);
+    DrawCells(drawing, item.Style, row, top);
+}
+
+// ---- Heads and feet ----
+
+// Fills in {page}, {pages}, {sheet} and {before}, the page before this one.
+LinePart Expand(const Drawing &drawing, const LinePart &part, char (&out)[maxTextLength + 200])
+{
+    struct Place {
+        const char *Name;
+        int64_t Value;
+    };
+    const Place places[] = {{"{page}", drawing.Page},
+                            {"{pages}", drawing.PageCount},
+                            {"{sheet}", drawing.Sheet},
+                            {"{before}", drawing.Page - 1}};
+    size_t written = 0;
+    for (size_t i = 0; i < part.Length && written + amountSize < sizeof out;) {
+        const Place *found = nullptr;
+        for (const Place &place : places) {
+            const size_t length = std::strlen(place.Name);
+            if (part.Length - i >= length && std::memcmp(part.Text + i, place.Name, length) == 0)
+                found = &place;
+        }
+        if (found == nullptr) {
+            out[written++] = part.Text[i++];
+            continue;
+        }
+        char number[amountSize];
+        const size_t length = WriteNumber(found->Value, Look::plain, number);
+        std::memcpy(out + written, number, length);
+        written += length;
+        i += std::strlen(found->Name);
+    }
+    return {out, written};
+}
+
+void DrawLine(Drawing &drawing, const Line &line, uint8_t styleNumber, double top)
+{
+    const Style &style = drawing.Def->Styles[styleNumber];
+    const int face = drawing.StyleFaces[styleNumber];
+    const double baseline = Baseline(drawing, face, top, Points(style.Height));
+    const double width = drawing.Right - drawing.Left;
+    char text[maxTextLength + 200];
+    // The middle stands in the middle whatever there is beside it; the left is cut before it touches the
+    // next.
+    double free = drawing.Right;
+    constexpr double distance = 12;
+    LinePart part = Expand(drawing, line.Parts[2], text);
+    if (part.Length > 0) {
+        free -= DrawText(drawing, face, part.Text, part.Length, drawing.Left + width / 2, drawing.Right,
+                         baseline, Align::right) +
+                distance;
+    }
+    part = Expand(drawing, line.Parts[1], text);
+    if (part.Length > 0) {
+        const double used = DrawText(drawing, face, part.Text, part.Length, drawing.Left + width / 6,
+                                     drawing.Right - width / 6, baseline, Align::centre);
+        free = drawing.Left + (width - used) / 2 - distance;
+    }
+    part = Expand(drawing, line.Parts[0], text);
+    DrawText(drawing, face, part.Text, part.Length, drawing.Left, free, baseline, Align::left);
+}
+
+void DrawHead(Drawing &drawing)
+{
+    const Definition &def = *drawing.Def;
+    drawing.HasHead = true;
+    int32_t top = def.Top;
+    for (int i = 0; i < drawing.HeadCount; ++i) {
+        const uint8_t style = i == 0 ? titleStyle : subtitleStyle;
+        DrawLine(drawing, drawing.Head[i], style, Points(top));
+        top += def.Styles[style].Height;
+    }
+    top = def.PageHeight - def.Bottom - FootHeight(def) + gapOverFoot;
+    for (int i = 0; i < drawing.FootCount; ++i) {
+        DrawLine(drawing, drawing.Foot[i], footStyle, Points(top));
+        top += def.Styles[footStyle].Height;
+    }
+}
+
+void DrawColumnTitles(Drawing &drawing)
+{
+    const Definition &def = *drawing.Def;
+    if (ColumnTitlesHeight(def) == 0) return;
+    const int face = drawing.StyleFaces[columnStyle];
+    const double lineHeight = Points(def.Styles[columnStyle].Height);
+    double top = Points(def.Top + HeadHeight(def));
+    if (def.HasColumnGroups) {
+        for (int i = 0; i < def.ColumnCount;) {
+            const char *group = def.Columns[i].Group;
+            int end = i + 1;
+            while (end < def.ColumnCount && group[0] != 0 &&
+                   std::strcmp(group, def.Columns[end].Group) == 0) {
+                ++end;
+            }
+            if (group[0] != 0) {
+                const double left = drawing.Lefts[i] + gutter;
+                const double right = drawing.Lefts[end - 1] + Points(def.Columns[end - 1].Width);
+                DrawText(drawing, face, group, std::strlen(group), left, right,
+                         Baseline(drawing, face, top, lineHeight), Align::centre);
+                DrawRule(drawing, Rule::hair, left, right, top + lineHeight);
+            }
+            i = end;
+        }
+        top += lineHeight;
+    }
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        const char *title = def.Columns[i].Title;
+        int lines = 1;
+        for (const char *character = title; *character != 0; ++character) {
+            if (*character == '\n') ++lines;
+        }
+        // The last lines of all titles stand level.
+        double lineTop = top + (def.ColumnTitleLines - lines) * lineHeight;
+        const double left = drawing.Lefts[i] + gutter / 2;
+        const double right = drawing.Lefts[i] + Points(def.Columns[i].Width) - gutter / 2;
+        while (title != nullptr && *title != 0) {
+            const size_t length = std::strcspn(title, "\n");
+            DrawText(drawing, face, title, length, left, right, Baseline(drawing, face, lineTop, lineHeight),
+                     def.Columns[i].CellAlign);
+            title = title[length] == '\n' ? title + length + 1 : nullptr;
+            lineTop += lineHeight;
+        }
+    }
+    DrawRule(drawing, Rule::line, drawing.Left, drawing.Right, top + def.ColumnTitleLines * lineHeight + 0.6);
+}
+
+// ---- Pages ----
+
+void FinishPage(Drawing &drawing)
+{
+    if (drawing.Page == 0) return;
+    if (!drawing.HasHead) DrawHead(drawing);
+    ShowBatch(drawing);
+    drawing.Target->EndPage(drawing.Target->Context, drawing.Page);
+}
+
+void StartPage(Drawing &drawing, int64_t page)
+{
+    FinishPage(drawing);
+    drawing.Page = page;
+    ++drawing.Sheet;
+    drawing.HasHead = false;
+    std::memset(drawing.PageSums, 0, sizeof drawing.PageSums);
+    drawing.Target->BeginPage(drawing.Target->Context, page);
+    cairo_set_source_rgb(drawing.Cairo, 0, 0, 0);
+    DrawColumnTitles(drawing);
+}
+
+void TakeLine(Line *lines, int &count, const ItemHeader &item)
+{
+    if (item.IsFirst != 0) count = 0;
+    if (count < maxHeadLines) LinePartsOf(reinterpret_cast<const char *>(&item + 1), lines[count++].Parts);
+}
+
+// What stands between the row placed last and this place applies from here on.
+void ApplyItems(Drawing &drawing, uint64_t until, double y)
+{
+    while (drawing.Scanned < until) {
+        const ItemHeader *item = ItemAt(*drawing.Of, drawing.Scanned);
+        if (item == nullptr) return;
+        const char *data = reinterpret_cast<const char *>(item + 1);
+        switch (item->Kind) {
+        case Item::head: TakeLine(drawing.Head, drawing.HeadCount, *item); break;
+        case Item::foot: TakeLine(drawing.Foot, drawing.FootCount, *item); break;
+        case Item::sheet: std::memcpy(&drawing.SheetsBefore, data, sizeof drawing.SheetsBefore); break;
+        case Item::bookmark: {
+            char text[maxTextLength + 1];
+            std::memcpy(text, data, item->Count);
+            text[item->Count] = 0;
+            drawing.Target->Bookmark(drawing.Target->Context, item->Level, text, drawing.Page, drawing.Left,
+                                     y);
+            break;
+        }
+        case Item::row: break;
+        }
+    }
+}
+
+void DrawCarry(Drawing &drawing, const char *label, const int64_t (&sums)[maxSumColumns], double top)
+{
+    const Definition &def = *drawing.Def;
+    RowCell row[maxColumns] = {};
+    bool hasFigure[maxColumns] = {};
+    char figures[maxSumColumns][amountSize];
+    char text[maxTextLength + 200];
+    row[def.Carry.Column] = {true, false, Expand(drawing, {label, std::strlen(label)}, text)};
+    for (int sum = 0; sum < def.SumCount; ++sum) {
+        const uint8_t column = def.SumColumns[sum];
+        row[column] = {true, true, {figures[sum], WriteHundredths(sums[sum], Look::printed, figures[sum])}};
+        hasFigure[column] = true;
+    }
+    DrawRules(drawing, def.Styles[carryStyle], hasFigure, def.SumCount > 0, top,
+              Points(def.Styles[carryStyle].Height));
+    DrawCells(drawing, carryStyle, row, top);
+}
+
+void Place(void *context, Placed what, const LayoutRow *row, int64_t page, int32_t placedTop)
+{
+    auto &drawing = *static_cast<Drawing *>(context);
+    if (page != drawing.Page) StartPage(drawing, page);
+    const double top = drawing.BodyTop + Points(placedTop);
+    const CarryRule &carry = drawing.Def->Carry;
+    switch (what) {
+    case Placed::carryUp: DrawCarry(drawing, carry.Up, drawing.CarrySums, top); return;
+    case Placed::pageSum: DrawCarry(drawing, carry.PageSum, drawing.PageSums, top); return;
+    case Placed::carryDown: DrawCarry(drawing, carry.Down, drawing.CarrySums, top); return;
+    case Placed::row: break;
+    }
+    drawing.SheetsBefore = -1;
+    ApplyItems(drawing, row->Offset, top);
+    if ((row->Flags & rowNewPage) != 0 || drawing.SheetsBefore >= 0) {
+        drawing.Sheet = (drawing.SheetsBefore >= 0 ? drawing.SheetsBefore : 0) + 1;
+    }
+    if (!drawing.HasHead) DrawHead(drawing);
+    if ((row->Flags & rowOpensCarry) != 0) {
+        std::memset(drawing.CarrySums, 0, sizeof drawing.CarrySums);
+        std::memset(drawing.PageSums, 0, sizeof drawing.PageSums);
+    }
+    uint64_t offset = row->Offset;
+    const ItemHeader *item = ItemAt(*drawing.Of, offset);
+    if (item != nullptr) DrawRow(drawing, *item, top);
+    drawing.Scanned = offset;
+}
+
+// Runs the rows of the document through the layout.
+int64_t LayOut(const Document &document, PlaceCall place, void *context)
+{
+    static Layout layout; // too large for a stack frame
+    StartLayout(layout, *document.Def, place, context);
+    uint64_t offset = document.First;
+    for (;;) {
+        const uint64_t begin = offset;
+        const ItemHeader *item = ItemAt(document, offset);
+        if (item == nullptr) break;
+        if (item->Kind != Item::row) continue;
+        AddRow(layout,
+               {begin, document.Def->Styles[item->Style].Height, item->Flags, item->Level, item->Style});
+    }
+    return EndLayout(layout);
+}
+
+} // namespace
+
+bool OpenDocument(Document &document, int file)
+{
+    struct stat status = {};
+    if (fstat(file, &status) != 0) return false;
+    document.Size = static_cast<uint64_t>(status.st_size);
+    document.First = 2 * sizeof(uint32_t) + sizeof(Definition);
+    if (document.Size < document.First) return false;
+    void *bytes = mmap(nullptr, document.Size, PROT_READ, MAP_SHARED, file, 0);
+    if (bytes == MAP_FAILED) return false;
+    document.Bytes = static_cast<const char *>(bytes);
+    uint32_t size = 0;
+    std::memcpy(&size, document.Bytes + sizeof size, sizeof size);
+    if (std::memcmp(document.Bytes, "RSM1", 4) != 0 || size != sizeof(Definition)) return false;
+    document.Def = reinterpret_cast<const Definition *>(document.Bytes + 2 * sizeof size);
+    return true;
+}
+
+const ItemHeader *ItemAt(const Document &document, uint64_t &offset)
+{
+    if (document.Size - offset < sizeof(ItemHeader)) return nullptr;
+    const auto *item = reinterpret_cast<const ItemHeader *>(document.Bytes + offset);
+    if (item->Size > document.Size - offset - sizeof(ItemHeader)) return nullptr;
+    offset += sizeof(ItemHeader) + item->Size;
+    return item;
+}
+
+int64_t DrawDocument(const Document &document, const PageTarget &target)
+{
+    static Drawing drawing;
+    drawing = {};
+    const Definition &def = *document.Def;
+    drawing.Of = &document;
+    drawing.Def = &def;
+    drawing.Target = &target;
+    drawing.Cairo = target.Cairo;
+    drawing.Scanned = document.First;
+    OpenFonts(drawing.Letters, def.Font);
+    for (int i = 0; i < def.StyleCount; ++i) {
+        drawing.StyleFaces[i] = FaceFor(drawing.Letters, def.Styles[i], def.Styles[i].FontSize);
+    }
+    double left = Points(def.Left);
+    drawing.Left = left;
+    drawing.Right = Points(def.PageWidth - def.Right);
+    drawing.BodyTop = Points(def.Top + HeadHeight(def) + ColumnTitlesHeight(def));
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        drawing.Lefts[i] = left;
+        left += Points(def.Columns[i].Width);
+    }
+    drawing.PageCount = LayOut(document, nullptr, nullptr);
+    LayOut(document, Place, &drawing);
+    if (drawing.Page == 0) StartPage(drawing, 1);
+    ApplyItems(drawing, document.Size, drawing.BodyTop);
+    FinishPage(drawing);
+    return drawing.PageCount;
+}
+
+} // namespace rs

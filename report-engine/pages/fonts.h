@@ -1,0 +1,78 @@
+// Text as glyphs. A text is shaped once for each font it is set in and kept; amounts, of which no two are
+// alike, are put together from the figures of their font, which all have one width.
+#pragma once
+
+#include "report-engine/definition.h"
+
+#include <pango/pangocairo.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace rs {
+
+inline constexpr int maxFaces = 48;       // sizes and weights of the report's font
+inline constexpr int maxFonts = 128;      // with those that stand in for characters it lacks
+inline constexpr size_t maxRun = 96;      // glyphs of a run that is kept
+inline constexpr size_t maxGlyphs = 1024; // of any run; longer texts were cut before
+
+struct Glyph {
+    uint32_t Index;
+    uint16_t Font;
+    float Advance; // points
+    float X;       // offsets from where it stands
+    float Y;
+};
+
+struct Run {
+    float Width;
+    size_t Count;
+    const Glyph *Glyphs; // until the next text is shaped
+};
+
+struct Face {
+    int32_t Size; // hundredths of a point
+    bool Bold;
+    bool Italic;
+    float Ascent;
+    float Descent;
+    PangoAttrList *Attributes;
+    Glyph Figures[10];
+    Glyph Point;
+    Glyph Comma;
+    Glyph Minus;
+};
+
+struct CachedRun {
+    uint8_t Face; // number + 1, 0 for an empty place
+    uint8_t Length;
+    uint8_t Count;
+    float Width;
+    char Text[maxRun];
+    Glyph Glyphs[maxRun];
+};
+
+struct Fonts {
+    PangoFontMap *Map;
+    PangoContext *Context;
+    const char *Family;
+    int FaceCount;
+    int FontCount;
+    Face Faces[maxFaces];
+    PangoFont *Used[maxFonts];
+    cairo_scaled_font_t *Scaled[maxFonts];
+    CachedRun *Cache;
+    Glyph Scratch[maxGlyphs];
+};
+
+void OpenFonts(Fonts &fonts, const char *family);
+
+// The number of the face of a style.
+int FaceFor(Fonts &fonts, const Style &style, int32_t size);
+
+Run ShapeText(Fonts &fonts, int face, const char *text, size_t length);
+
+// A figure as WriteHundredths and WriteNumber print it.
+Run SetNumber(Fonts &fonts, int face, const char *text, size_t length);
+
+} // namespace rs

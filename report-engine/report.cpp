@@ -1,0 +1,191 @@
+#include "report-engine/report.h"
+
+#include "report-engine/complain.h"
+#include "report-engine/template.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace rs {
+
+namespace {
+
+constexpr size_t messageSize = 400;
+
+// The whole of a regular file, to be freed; null with errno.
+char *ReadFile(const char *path, size_t &length)
+{
+    const int file = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (file < 0) return nullptr;
+    struct stat status = {};
+    char *bytes = nullptr;
+    length = 0;
+    int error = 0;
+    if (fstat(file, &status) != 0) {
+        error = errno;
+    } else if (!S_ISREG(status.st_mode)) {
+        error = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    } else if (static_cast<uint64_t>(status.st_size) > maxTemplateSize) {
+        error = EFBIG;
+    } else {
+        bytes = static_cast<char *>(std::malloc(maxTemplateSize + 1));
+        if (bytes == nullptr) error = ENOMEM;
+    }
+    while (error == 0 && length <= maxTemplateSize) {
+        const ssize_t count = read(file, bytes + length, maxTemplateSize + 1 - length);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) error = errno;
+        if (count <= 0) break;
+        length += static_cast<size_t>(count);
+    }
+    if (error == 0 && length > maxTemplateSize) error = EFBIG;
+    close(file);
+    if (error == 0) {
+        char *fitted = static_cast<char *>(std::realloc(bytes, length + 1));
+        return fitted != nullptr ? fitted : bytes;
+    }
+    std::free(bytes);
+    errno = error;
+    return nullptr;
+}
+
+char *Duplicate(const char *bytes, size_t length)
+{
+    char *copy = static_cast<char *>(std::malloc(length + 1));
+    if (copy == nullptr) return nullptr;
+    std::memcpy(copy, bytes, length);
+    copy[length] = 0;
+    return copy;
+}
+
+bool FailReport(Report &report, const char *message)
+{
+    report.State = ReportState::failed;
+    Complain("%s:%s", report.Path, message);
+    return false;
+}
+
+// Takes ownership of `source`.
+Report *CreateOwning(const char *path, char *source, size_t length, const CatalogueRow *row)
+{
+    auto *report = static_cast<Report *>(std::calloc(1, sizeof(Report)));
+    char *pathCopy = Duplicate(path, std::strlen(path));
+    if (report == nullptr || pathCopy == nullptr) {
+        Complain("%s: %s", path, "not enough memory");
+        std::free(report);
+        std::free(pathCopy);
+        std::free(source);
+        return nullptr;
+    }
+    pthread_mutex_init(&report->Lock, nullptr);
+    report->State = ReportState::declaring;
+    report->Path = pathCopy;
+    report->Source = source;
+    report->SourceLength = length;
+    report->Catalogue = row;
+    report->Store.File = -1;
+    char message[messageSize] = "1: not enough memory";
+    if (!OpenSandbox(report->Box, report) ||
+        !RunProtected(report->Box, OfferFunctions, report, message, sizeof message) ||
+        !RunProtected(report->Box, RunDeclarations, report, message, sizeof message)) {
+        FailReport(*report, message);
+        DestroyReport(report);
+        return nullptr;
+    }
+    if (!OpenSpool(report->Store, report->Def)) {
+        Complain("%s: temporary file: %s", path, strerrordesc_np(report->Store.Error));
+        DestroyReport(report);
+        return nullptr;
+    }
+    StartMarker(report->Marker, report->Def);
+    report->State = ReportState::open;
+    return report;
+}
+
+const CatalogueRow *RowOrComplain(const char *path, const char *reportId)
+{
+    const CatalogueRow *row = FindInCatalogue(reportId);
+    if (row == nullptr) Complain("%s: there is no report '%s'", path, reportId != nullptr ? reportId : "");
+    return row;
+}
+
+} // namespace
+
+Report *CreateReport(const char *path, const char *reportId)
+{
+    if (path == nullptr) path = "";
+    const CatalogueRow *row = RowOrComplain(path, reportId);
+    if (row == nullptr) return nullptr;
+    size_t length = 0;
+    char *source = ReadFile(path, length);
+    if (source == nullptr) {
+        Complain("%s: %s", path, strerrordesc_np(errno));
+        return nullptr;
+    }
+    return CreateOwning(path, source, length, row);
+}
+
+Report *CreateReportFromSource(const char *path, const char *source, size_t length, const char *reportId)
+{
+    const CatalogueRow *row = RowOrComplain(path, reportId);
+    char *copy = row != nullptr ? Duplicate(source, length) : nullptr;
+    if (copy == nullptr) return nullptr;
+    return CreateOwning(path, copy, length, row);
+}
+
+void DestroyReport(Report *report)
+{
+    CloseSandbox(report->Box);
+    CloseSpool(report->Store);
+    pthread_mutex_destroy(&report->Lock);
+    std::free(report->Path);
+    std::free(report->Source);
+    std::free(report);
+}
+
+bool AddRecord(Report &report, int kind, const void *record)
+{
+    if (report.State != ReportState::open) {
+        Complain("%s: a record comes after the report %s", report.Path,
+                 report.State == ReportState::finished ? "was finished" : "had failed");
+        return false;
+    }
+    if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0) {
+        Complain("%s: there are no records of kind %d", report.Path, kind);
+        return false;
+    }
+    if (record == nullptr) {
+        Complain("%s: there is no record", report.Path);
+        return false;
+    }
+    if (!report.Def.Kinds[kind].IsDeclared) return true; // the template prints nothing of it
+    RecordCall call = {&report, kind, static_cast<const char *>(record)};
+    char message[messageSize];
+    const bool isGood = RunProtected(report.Box, RunRecord, &call, message, sizeof message);
+    report.IsPrinting = false;
+    return isGood || FailReport(report, message);
+}
+
+bool FinishReport(Report &report)
+{
+    if (report.State == ReportState::finished) return true;
+    if (report.State != ReportState::open) return false;
+    char message[messageSize];
+    const bool isGood = RunProtected(report.Box, RunFinish, &report, message, sizeof message);
+    report.IsPrinting = false;
+    if (!isGood) return FailReport(report, message);
+    if (!FlushSpool(report.Store)) {
+        report.State = ReportState::failed;
+        Complain("%s: temporary file: %s", report.Path, strerrordesc_np(report.Store.Error));
+        return false;
+    }
+    CloseSandbox(report.Box); // it has said what it had to say
+    report.State = ReportState::finished;
+    return true;
+}
+
+} // namespace rs

@@ -1,0 +1,100 @@
+// A report: a template in its sandbox, the spool that it fills, the sums, and what it is in the middle of.
+#pragma once
+
+#include "report-engine/catalogue.h"
+#include "report-engine/definition.h"
+#include "report-engine/layout.h"
+#include "report-engine/sandbox.h"
+#include "report-engine/spool.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <pthread.h>
+
+namespace rs {
+
+inline constexpr int maxFields = 96;    // of one record
+inline constexpr int maxLateCells = 32; // sums printed in heads, still to be filled in
+inline constexpr size_t maxTemplateSize = 1 << 20;
+
+enum class FieldForm : uint8_t { text, amount, rate, date, i16, i32, u32, u8 };
+
+struct Field {
+    uint16_t Offset;
+    uint16_t Width;
+    FieldForm Form;
+};
+
+// What a template says about a kind beyond its rows. References are into Lua's registry, 0 for none.
+struct KindCode {
+    int FieldNames;
+    int Emit;
+    int CloseEmit;
+    uint16_t FieldCount;
+    Field Fields[maxFields];
+};
+
+// A sum that stands in the head of its own group: its place in the spool is filled in when the group closes.
+struct LateCell {
+    uint64_t Offset;
+    uint8_t Level;
+    uint8_t Sum;
+};
+
+enum class ReportState : uint8_t { declaring, open, finished, failed };
+
+struct Report {
+    pthread_mutex_t Lock; // held by whoever works with the report; a finished one is only read
+    int References;       // guarded by the handle table
+    ReportState State;
+
+    char *Path; // of the template, for messages and copies
+    char *Source;
+    size_t SourceLength;
+    const CatalogueRow *Catalogue;
+
+    Definition Def;
+    KindCode Kinds[kindCount];
+    int FinishEmit;
+    int StyleNames;  // style name to number
+    int ColumnNames; // list of column names
+    bool HasPage;
+    bool HasColumns;
+
+    Sandbox Box;
+    Spool Store;
+    RowMarker Marker;
+
+    // What the function that runs may print.
+    bool IsPrinting;
+    int PrintingKind;      // -1 while the report is finished
+    uint8_t PrintingLevel; // of the head that is printed, 0 for none
+    const uint8_t *Expected;
+    uint8_t ExpectedCount;
+    uint8_t ExpectedNext;
+    bool PrintedRows;
+    uint8_t HeadLinesPrinted;
+    uint8_t FootLinesPrinted;
+
+    int64_t Sums[maxLevels + 1][maxSumColumns];
+    int64_t Counts[maxLevels + 1];
+    LateCell Late[maxLateCells];
+    int LateCount;
+
+    char ItemData[maxItemSize];
+};
+
+// Loads the template. Null on failure, which has been told. The caller owns the report.
+Report *CreateReport(const char *path, const char *reportId);
+Report *CreateReportFromSource(const char *path, const char *source, size_t length, const char *reportId);
+void DestroyReport(Report *report);
+
+// The following are called with the report's lock held.
+
+// One record; false on failure, which has been told.
+bool AddRecord(Report &report, int kind, const void *record);
+
+// Closes what is open and writes the rest of the spool; true also for a report that is finished already.
+bool FinishReport(Report &report);
+
+} // namespace rs

@@ -1,0 +1,124 @@
+// The document of a report, as a file: the definition, then items in the order in which the template made
+// them. It grows on disk while records come in, so memory does not, and it has no name, so it goes with the
+// report. Everything that comes of a report - pages, CSV, JSON, HTML, text - is made from it.
+//
+// File format, all numbers in the machine's order (nobody but this engine, in this moment, reads it):
+//
+//   offset  size
+//   0       4     magic
+//   4       4     size of the definition
+//   8       ..    Definition
+//   then items, each at a multiple of 4: ItemHeader (16), then Size bytes:
+//     row       cells: CellHeader (4), then for a text its bytes, for a number 8 bytes
+//     head      three texts: left, centre, right, each a length (2) and its bytes. The first of a record
+//     starts
+//               the page head anew, the following ones are its further lines
+//     foot      the same for the line at the foot of the page
+//     bookmark  its text of Count bytes; Level is its depth from 0
+//     sheet     4 bytes: sheets of the group that came before this page
+//   What is no row applies from the next row on.
+#pragma once
+
+#include "report-engine/definition.h"
+#include "report-engine/layout.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace rs {
+
+enum class Item : uint8_t { row = 1, head, foot, bookmark, sheet };
+
+struct ItemHeader {
+    Item Kind;
+    uint8_t Style;   // of a row
+    uint8_t Level;   // of a foot row: the group it closes; of a bookmark: its depth
+    uint8_t IsFirst; // of head and foot: starts anew
+    uint16_t Flags;  // RowFlag
+    uint16_t Count;  // cells of a row, bytes of a bookmark
+    uint32_t Size;
+    uint32_t Reserved;
+};
+static_assert(sizeof(ItemHeader) == 16);
+
+enum class CellKind : uint8_t { text, amount, rate, number };
+
+struct CellHeader {
+    uint8_t Column; // spanColumn for a text across the whole width
+    CellKind Kind;
+    uint16_t Length;
+};
+static_assert(sizeof(CellHeader) == 4);
+
+inline constexpr uint32_t itemAlignment = 4;
+static_assert(sizeof(Definition) % itemAlignment == 0);
+
+inline constexpr uint8_t spanColumn = 0xFF;
+inline constexpr size_t maxTextLength = 1000; // bytes of one text; the rest is cut
+inline constexpr size_t maxItemSize = 40'000; // every column full: 32 x 1004 + the header
+inline constexpr size_t spoolBufferSize = 65'536;
+
+struct Spool {
+    int File; // -1 when there is none
+    uint64_t Written;
+    size_t Buffered;
+    int Error; // errno of the first failure; nothing is written after it
+    char Buffer[spoolBufferSize];
+};
+
+// A file without a name in $TMPDIR (or /tmp). False with errno in Error.
+bool OpenSpool(Spool &spool, const Definition &definition);
+void CloseSpool(Spool &spool);
+
+// Where the next item will stand.
+inline uint64_t SpoolEnd(const Spool &spool) { return spool.Written + spool.Buffered; }
+
+// False when the disk is full; Error tells why, and everything after it is refused.
+bool AppendToSpool(Spool &spool, const void *bytes, size_t size);
+bool PatchSpool(Spool &spool, uint64_t offset, const void *bytes, size_t size);
+bool FlushSpool(Spool &spool);
+
+// Reads a flushed spool from its first item on, with its own place, so that several may read at once.
+struct SpoolReader {
+    int File;
+    uint64_t Next; // offset of what Window does not hold yet
+    size_t Begin;
+    size_t End;
+    uint64_t ItemOffset;
+    ItemHeader Header;
+    const char *Data; // of the item in hand, until the next one is read
+    char Window[2 * spoolBufferSize];
+};
+
+void StartReading(SpoolReader &reader, int file);
+
+// The next item; false at the end and on a read error (`hasFailed`).
+bool ReadItem(SpoolReader &reader, bool &hasFailed);
+
+LayoutRow RowOf(const SpoolReader &reader, const Definition &definition);
+
+// The cells of a row, one by one: false after the last.
+struct CellReader {
+    const char *Next;
+    uint16_t Left;
+};
+
+struct Cell {
+    uint8_t Column;
+    CellKind Kind;
+    uint16_t Length;
+    const char *Text; // not terminated
+    int64_t Number;   // Pfennig, hundredths of a per cent, or as it stands
+};
+
+inline CellReader CellsOf(const ItemHeader &header, const char *data) { return {data, header.Count}; }
+bool NextCell(CellReader &cells, Cell &cell);
+
+// The three texts of a head or foot line.
+struct LinePart {
+    const char *Text;
+    size_t Length;
+};
+void LinePartsOf(const char *data, LinePart (&parts)[3]);
+
+} // namespace rs

@@ -1,0 +1,1067 @@
+#include "report-engine/template.h"
+
+#include "report-engine/today.h"
+#include "report-engine/values.h"
+#include "text/windows1252.h"
+
+#include <cstring>
+#include <initializer_list>
+
+namespace rs {
+
+namespace {
+
+// ---- Reading the tables of declarations ----
+
+Report &Declaring(lua_State *state, const char *what)
+{
+    auto &report = OwnerOf<Report>(state);
+    if (report.State != ReportState::declaring) {
+        luaL_error(state, "%s belongs at the top of the template, not in a function", what);
+    }
+    return report;
+}
+
+void RefuseUnknownKeys(lua_State *state, int table, std::initializer_list<const char *> known, bool hasList)
+{
+    lua_pushnil(state);
+    while (lua_next(state, table) != 0) {
+        lua_pop(state, 1);
+        if (lua_isinteger(state, -1) && hasList) continue;
+        const char *key = lua_type(state, -1) == LUA_TSTRING ? lua_tostring(state, -1) : nullptr;
+        bool isKnown = false;
+        for (const char *name : known) {
+            if (key != nullptr && std::strcmp(key, name) == 0) isKnown = true;
+        }
+        if (!isKnown)
+            luaL_error(state, "unknown entry '%s'", key != nullptr ? key : luaL_typename(state, -1));
+    }
+}
+
+// A text of the table, in UTF-8 without control characters apart from line ends; false when it is not there.
+bool TextEntry(lua_State *state, int table, const char *key, char *out, size_t size)
+{
+    const int type = lua_getfield(state, table, key);
+    if (type == LUA_TNIL) {
+        lua_pop(state, 1);
+        return false;
+    }
+    size_t length = 0;
+    const char *value = type == LUA_TSTRING ? lua_tolstring(state, -1, &length) : nullptr;
+    if (value == nullptr) luaL_error(state, "'%s' must be a text", key);
+    if (length >= size) luaL_error(state, "'%s' may have %d bytes", key, static_cast<int>(size) - 1);
+    const char *next = value;
+    while (next < value + length) {
+        const char32_t character = text::NextCodePoint(next, value + length);
+        if (character == 0xFFFD || (character < ' ' && character != '\n')) {
+            luaL_error(state, "'%s' is no proper UTF-8 text", key);
+        }
+    }
+    std::memcpy(out, value, length);
+    out[length] = 0;
+    lua_pop(state, 1);
+    return true;
+}
+
+bool FlagEntry(lua_State *state, int table, const char *key, bool &out)
+{
+    const int type = lua_getfield(state, table, key);
+    if (type != LUA_TNIL && type != LUA_TBOOLEAN) luaL_error(state, "'%s' must be true or false", key);
+    if (type == LUA_TBOOLEAN) out = lua_toboolean(state, -1) != 0;
+    lua_pop(state, 1);
+    return type == LUA_TBOOLEAN;
+}
+
+int32_t IntegerEntry(lua_State *state, int table, const char *key, int32_t otherwise, int32_t lowest,
+                     int32_t highest)
+{
+    const int type = lua_getfield(state, table, key);
+    int32_t value = otherwise;
+    if (type != LUA_TNIL) {
+        int isInteger = 0;
+        const lua_Integer number = type == LUA_TNUMBER ? lua_tointegerx(state, -1, &isInteger) : 0;
+        if (isInteger == 0 || number < lowest || number > highest) {
+            luaL_error(state, "'%s' must be a whole number from %d to %d", key, lowest, highest);
+        }
+        value = static_cast<int32_t>(number);
+    }
+    lua_pop(state, 1);
+    return value;
+}
+
+// A measure with decimals, in hundredths; `highest` as well.
+bool MeasureEntry(lua_State *state, int table, const char *key, int32_t highest, int32_t &out)
+{
+    const int type = lua_getfield(state, table, key);
+    if (type == LUA_TNIL) {
+        lua_pop(state, 1);
+        return false;
+    }
+    const double number = type == LUA_TNUMBER ? lua_tonumber(state, -1) : -1;
+    if (!(number >= 0 && number * 100 <= highest)) {
+        luaL_error(state, "'%s' must be a number from 0 to %d", key, highest / 100);
+    }
+    out = static_cast<int32_t>(number * 100 + 0.5);
+    lua_pop(state, 1);
+    return true;
+}
+
+int ChoiceEntry(lua_State *state, int table, const char *key, std::initializer_list<const char *> choices,
+                int otherwise)
+{
+    char text[24];
+    if (!TextEntry(state, table, key, text, sizeof text)) return otherwise;
+    int index = 0;
+    for (const char *choice : choices) {
+        if (std::strcmp(text, choice) == 0) return index;
+        ++index;
+    }
+    return luaL_error(state, "'%s' cannot be '%s'", key, text);
+}
+
+// ---- Declarations ----
+
+int DeclareReport(lua_State *state)
+{
+    Report &report = Declaring(state, "report{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {"id", "title"}, false);
+    if (report.Def.ReportId[0] != 0) return luaL_error(state, "report{...} stands here a second time");
+    char id[sizeof report.Def.ReportId];
+    if (!TextEntry(state, 1, "id", id, sizeof id)) return luaL_error(state, "'id' is missing");
+    if (std::strcmp(id, report.Catalogue->Id) != 0) {
+        return luaL_error(state, "this is a template for '%s', not for '%s'", id, report.Catalogue->Id);
+    }
+    std::memcpy(report.Def.ReportId, id, sizeof id);
+    if (!TextEntry(state, 1, "title", report.Def.Title, sizeof report.Def.Title)) {
+        return luaL_error(state, "'title' is missing");
+    }
+    return 0;
+}
+
+constexpr const char *builtInNames[builtInStyles] = {"line",  "text",  "head",     "sum",     "total",
+                                                     "carry", "title", "subtitle", "columns", "foot"};
+
+void NameStyle(lua_State *state, Report &report, int number, const char *name)
+{
+    Style &style = report.Def.Styles[number];
+    const size_t length = strnlen(name, sizeof style.Name - 1);
+    std::memcpy(style.Name, name, length);
+    style.Name[length] = 0;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, report.StyleNames);
+    lua_pushinteger(state, number);
+    lua_setfield(state, -2, style.Name);
+    lua_pop(state, 1);
+}
+
+// The styles that every template has, in proportion to its font size.
+void SetBuiltInStyles(Report &report)
+{
+    const int32_t size = report.Def.FontSize;
+    const int32_t height = size * 48 / 100; // 1.36 lines of type, in hundredths of a millimetre
+    Style *styles = report.Def.Styles;
+    for (int i = 0; i < builtInStyles; ++i) {
+        Style &style = styles[i];
+        const Rule none = Rule::none;
+        style.Height = height;
+        style.FontSize = size;
+        style.Above = style.Below = none;
+    }
+    styles[lineStyle].Counts = true;
+    styles[lineStyle].Below = Rule::hair;
+    styles[headStyle].Bold = true;
+    styles[headStyle].Height = height * 13 / 10;
+    styles[sumStyle].Bold = true;
+    styles[sumStyle].Above = Rule::line;
+    styles[sumStyle].Height = height * 12 / 10;
+    styles[totalStyle].Bold = true;
+    styles[totalStyle].Above = Rule::line;
+    styles[totalStyle].Below = Rule::twofold;
+    styles[totalStyle].Height = height * 13 / 10;
+    styles[carryStyle].Italic = true;
+    styles[carryStyle].Above = Rule::hair;
+    styles[carryStyle].Height = height * 11 / 10;
+    styles[titleStyle].Bold = true;
+    styles[titleStyle].FontSize = size * 14 / 10;
+    styles[titleStyle].Height = height * 15 / 10;
+    styles[subtitleStyle].Height = height * 11 / 10;
+    styles[columnStyle].Bold = true;
+    styles[footStyle].FontSize = size * 9 / 10;
+}
+
+int DeclarePage(lua_State *state)
+{
+    Report &report = Declaring(state, "page{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {"size", "landscape", "margins", "font", "fontsize", "head", "foot"}, false);
+    if (report.HasPage) return luaL_error(state, "page{...} stands here a second time");
+    if (report.HasColumns || report.Def.StyleCount > builtInStyles) {
+        return luaL_error(state, "page{...} comes before styles, columns and records");
+    }
+    report.HasPage = true;
+    Definition &page = report.Def;
+    const bool isA3 = ChoiceEntry(state, 1, "size", {"A4", "A3"}, 0) == 1;
+    bool isLandscape = false;
+    FlagEntry(state, 1, "landscape", isLandscape);
+    const int32_t narrow = isA3 ? 29700 : 21000;
+    const int32_t wide = isA3 ? 42000 : 29700;
+    page.PageWidth = isLandscape ? wide : narrow;
+    page.PageHeight = isLandscape ? narrow : wide;
+    const int type = lua_getfield(state, 1, "margins");
+    if (type != LUA_TNIL) {
+        if (type != LUA_TTABLE) return luaL_error(state, "'margins' must be a table");
+        const int table = lua_gettop(state);
+        RefuseUnknownKeys(state, table, {"top", "right", "bottom", "left"}, false);
+        constexpr int32_t widest = 10000;
+        MeasureEntry(state, table, "top", widest, page.Top);
+        MeasureEntry(state, table, "right", widest, page.Right);
+        MeasureEntry(state, table, "bottom", widest, page.Bottom);
+        MeasureEntry(state, table, "left", widest, page.Left);
+    }
+    lua_pop(state, 1);
+    TextEntry(state, 1, "font", page.Font, sizeof page.Font);
+    MeasureEntry(state, 1, "fontsize", 2400, page.FontSize);
+    if (page.FontSize < 400) return luaL_error(state, "'fontsize' must be a number from 4 to 24");
+    page.HeadLines = static_cast<uint8_t>(IntegerEntry(state, 1, "head", page.HeadLines, 0, maxHeadLines));
+    page.FootLines = static_cast<uint8_t>(IntegerEntry(state, 1, "foot", page.FootLines, 0, maxHeadLines));
+    SetBuiltInStyles(report);
+    if (BodyHeight(page) < 2000) return luaL_error(state, "the margins leave no room for rows");
+    return 0;
+}
+
+int StyleNumber(lua_State *state, const Report &report, int index)
+{
+    luaL_checktype(state, index, LUA_TSTRING);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, report.StyleNames);
+    lua_pushvalue(state, index);
+    const int type = lua_rawget(state, -2);
+    const int number = type == LUA_TNUMBER ? static_cast<int>(lua_tointeger(state, -1)) : -1;
+    lua_pop(state, 2);
+    return number;
+}
+
+int DeclareStyle(lua_State *state)
+{
+    Report &report = Declaring(state, "style(...)");
+    const char *name = luaL_checkstring(state, 1);
+    luaL_checktype(state, 2, LUA_TTABLE);
+    RefuseUnknownKeys(
+        state, 2, {"like", "height", "size", "bold", "italic", "above", "below", "shade", "counts"}, false);
+    int number = StyleNumber(state, report, 1);
+    if (number < 0) {
+        if (report.Def.StyleCount == maxStyles) return luaL_error(state, "there are too many styles");
+        if (name[0] == 0 || std::strlen(name) >= sizeof Style::Name) {
+            return luaL_error(state, "a style's name has 1 to %d bytes",
+                              static_cast<int>(sizeof Style::Name) - 1);
+        }
+        number = report.Def.StyleCount++;
+        report.Def.Styles[number] = report.Def.Styles[textStyle];
+        NameStyle(state, report, number, name);
+    }
+    Style &style = report.Def.Styles[number];
+    if (lua_getfield(state, 2, "like") != LUA_TNIL) {
+        const int model = StyleNumber(state, report, lua_gettop(state));
+        if (model < 0) return luaL_error(state, "there is no style '%s'", lua_tostring(state, -1));
+        const Style renamed = style;
+        style = report.Def.Styles[model];
+        std::memcpy(style.Name, renamed.Name, sizeof style.Name);
+    }
+    lua_pop(state, 1);
+    MeasureEntry(state, 2, "height", 10000, style.Height);
+    if (style.Height < minRowHeight) return luaL_error(state, "'height' must be a number from 2.5 to 100");
+    MeasureEntry(state, 2, "size", 4800, style.FontSize);
+    if (style.FontSize < 400) return luaL_error(state, "'size' must be a number from 4 to 48");
+    FlagEntry(state, 2, "bold", style.Bold);
+    FlagEntry(state, 2, "italic", style.Italic);
+    FlagEntry(state, 2, "counts", style.Counts);
+    const std::initializer_list<const char *> rules = {"none", "hair", "line", "double"};
+    style.Above = static_cast<Rule>(ChoiceEntry(state, 2, "above", rules, static_cast<int>(style.Above)));
+    style.Below = static_cast<Rule>(ChoiceEntry(state, 2, "below", rules, static_cast<int>(style.Below)));
+    style.Shade = static_cast<uint8_t>(IntegerEntry(state, 2, "shade", style.Shade, 0, 100));
+    return 0;
+}
+
+uint8_t LinesOf(const char *title)
+{
+    if (title[0] == 0) return 0;
+    uint8_t lines = 1;
+    for (; *title != 0; ++title) {
+        if (*title == '\n') ++lines;
+    }
+    return lines;
+}
+
+void DeclareColumn(lua_State *state, Report &report, int table, Column &column)
+{
+    RefuseUnknownKeys(state, table, {"form", "align", "group", "sum", "zero"}, true);
+    lua_rawgeti(state, table, 1);
+    lua_setfield(state, table, "name");
+    lua_rawgeti(state, table, 2);
+    lua_setfield(state, table, "title");
+    lua_rawgeti(state, table, 3);
+    lua_setfield(state, table, "width");
+    if (!TextEntry(state, table, "name", column.Name, sizeof column.Name) || column.Name[0] == 0) {
+        luaL_error(state, "a column begins with its name");
+    }
+    if (!TextEntry(state, table, "title", column.Title, sizeof column.Title)) {
+        luaL_error(state, "column '%s' has no title", column.Name);
+    }
+    if (!MeasureEntry(state, table, "width", 42000, column.Width) || column.Width < 100) {
+        luaL_error(state, "column '%s' has no width", column.Name);
+    }
+    column.CellForm =
+        static_cast<Form>(ChoiceEntry(state, table, "form", {"text", "amount", "rate", "number"}, 0));
+    column.CellAlign = static_cast<Align>(ChoiceEntry(state, table, "align", {"left", "center", "right"},
+                                                      column.CellForm == Form::text ? 0 : 2));
+    TextEntry(state, table, "group", column.Group, sizeof column.Group);
+    FlagEntry(state, table, "sum", column.IsSum);
+    column.BlankZero = ChoiceEntry(state, table, "zero", {"show", "blank"}, 0) == 1;
+    Definition &def = report.Def;
+    if (column.IsSum) {
+        if (column.CellForm != Form::amount)
+            luaL_error(state, "column '%s' holds no amounts to sum", column.Name);
+        if (def.SumCount == maxSumColumns) luaL_error(state, "there are too many columns with sums");
+        def.SumColumns[def.SumCount++] = static_cast<uint8_t>(&column - def.Columns);
+    }
+    if (column.Group[0] != 0) def.HasColumnGroups = true;
+    const uint8_t lines = LinesOf(column.Title);
+    if (lines > 4) luaL_error(state, "the title of column '%s' has more than four lines", column.Name);
+    if (lines > def.ColumnTitleLines) def.ColumnTitleLines = lines;
+    for (const Column *other = def.Columns; other != &column; ++other) {
+        if (std::strcmp(other->Name, column.Name) == 0) {
+            luaL_error(state, "there are two columns '%s'", column.Name);
+        }
+    }
+}
+
+int DeclareColumns(lua_State *state)
+{
+    Report &report = Declaring(state, "columns{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {}, true);
+    if (report.HasColumns) return luaL_error(state, "columns{...} stands here a second time");
+    report.HasColumns = true;
+    const auto count = lua_rawlen(state, 1);
+    if (count > maxColumns) return luaL_error(state, "there are too many columns");
+    lua_rawgeti(state, LUA_REGISTRYINDEX, report.ColumnNames);
+    int32_t width = 0;
+    for (lua_Unsigned i = 0; i < count; ++i) {
+        if (lua_rawgeti(state, 1, static_cast<lua_Integer>(i + 1)) != LUA_TTABLE) {
+            return luaL_error(state, "a column is a table: { name, title, width, ... }");
+        }
+        Column &column = report.Def.Columns[i];
+        DeclareColumn(state, report, lua_gettop(state), column);
+        lua_pop(state, 1);
+        lua_pushstring(state, column.Name);
+        lua_rawseti(state, -2, static_cast<lua_Integer>(i + 1));
+        ++report.Def.ColumnCount;
+        width += column.Width;
+    }
+    const int32_t room = report.Def.PageWidth - report.Def.Left - report.Def.Right;
+    if (width > room) {
+        return luaL_error(state, "the columns take %d mm of %d mm", (width + 99) / 100, room / 100);
+    }
+    return 0;
+}
+
+int ColumnNumber(const Definition &def, const char *name)
+{
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        if (std::strcmp(def.Columns[i].Name, name) == 0) return i;
+    }
+    return -1;
+}
+
+int DeclareCarry(lua_State *state)
+{
+    Report &report = Declaring(state, "carry{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {"level", "column", "pagesum", "down", "up"}, false);
+    if (!report.HasColumns) return luaL_error(state, "carry{...} comes after columns{...}");
+    CarryRule &carry = report.Def.Carry;
+    if (carry.IsUsed) return luaL_error(state, "carry{...} stands here a second time");
+    carry.IsUsed = true;
+    carry.Level = static_cast<uint8_t>(IntegerEntry(state, 1, "level", 0, 0, maxLevels));
+    char name[sizeof Column::Name];
+    if (TextEntry(state, 1, "column", name, sizeof name)) {
+        const int column = ColumnNumber(report.Def, name);
+        if (column < 0) return luaL_error(state, "there is no column '%s'", name);
+        carry.Column = static_cast<uint8_t>(column);
+    }
+    TextEntry(state, 1, "pagesum", carry.PageSum, sizeof carry.PageSum);
+    TextEntry(state, 1, "down", carry.Down, sizeof carry.Down);
+    TextEntry(state, 1, "up", carry.Up, sizeof carry.Up);
+    return 0;
+}
+
+// ---- Fields of records: text("konto", 0, 8) gives { name, offset, width, form, line } ----
+
+int DeclareField(lua_State *state)
+{
+    const auto form = static_cast<FieldForm>(lua_tointeger(state, lua_upvalueindex(1)));
+    const lua_Integer fixedWidth = lua_tointeger(state, lua_upvalueindex(2));
+    Declaring(state, "a field");
+    const char *name = luaL_checkstring(state, 1);
+    const lua_Integer offset = luaL_checkinteger(state, 2);
+    const lua_Integer width = fixedWidth != 0 ? fixedWidth : luaL_checkinteger(state, 3);
+    if (name[0] == 0) return luaL_error(state, "a field has a name");
+    if (fixedWidth != 0 && !lua_isnone(state, 3)) {
+        return luaL_error(state, "field '%s': this form is always %d bytes wide", name,
+                          static_cast<int>(width));
+    }
+    if (offset < 0 || offset > 0xFFFF || width < 1 || width > 0xFFFF) {
+        return luaL_error(state, "field '%s' lies outside of any record", name);
+    }
+    lua_Debug frame;
+    int line = 0;
+    if (lua_getstack(state, 1, &frame) != 0 && lua_getinfo(state, "l", &frame) != 0) line = frame.currentline;
+    lua_createtable(state, 5, 0);
+    lua_pushvalue(state, 1);
+    lua_rawseti(state, -2, 1);
+    lua_pushinteger(state, offset);
+    lua_rawseti(state, -2, 2);
+    lua_pushinteger(state, width);
+    lua_rawseti(state, -2, 3);
+    lua_pushinteger(state, static_cast<lua_Integer>(form));
+    lua_rawseti(state, -2, 4);
+    lua_pushinteger(state, line);
+    lua_rawseti(state, -2, 5);
+    return 1;
+}
+
+lua_Integer NumberAt(lua_State *state, int table, int index)
+{
+    lua_rawgeti(state, table, index);
+    const lua_Integer value = lua_tointeger(state, -1);
+    lua_pop(state, 1);
+    return value;
+}
+
+void TakeFields(lua_State *state, Report &report, int kind, int table)
+{
+    KindCode &code = report.Kinds[kind];
+    const size_t size = report.Catalogue->RecordSizes[kind];
+    lua_newtable(state);
+    const int names = lua_gettop(state);
+    const lua_Unsigned count = lua_rawlen(state, table);
+    if (count > maxFields) luaL_error(state, "a record has at most %d fields", maxFields);
+    for (lua_Unsigned i = 1; i <= count; ++i) {
+        if (lua_rawgeti(state, table, static_cast<lua_Integer>(i)) != LUA_TTABLE ||
+            lua_rawlen(state, -1) != 5) {
+            luaL_error(state, "entry %d of the record is no field", static_cast<int>(i));
+        }
+        const int entry = lua_gettop(state);
+        const lua_Integer offset = NumberAt(state, entry, 2);
+        const lua_Integer width = NumberAt(state, entry, 3);
+        const lua_Integer form = NumberAt(state, entry, 4);
+        const auto line = static_cast<int>(NumberAt(state, entry, 5));
+        if (lua_rawgeti(state, entry, 1) != LUA_TSTRING || offset < 0 || offset > 0xFFFF || width < 1 ||
+            width > 0xFFFF || form < 0 || form > static_cast<lua_Integer>(FieldForm::u8)) {
+            luaL_error(state, "entry %d of the record is no field", static_cast<int>(i));
+        }
+        if (static_cast<size_t>(offset + width) > size) {
+            const char *name = lua_tostring(state, -1);
+            // The line of the field itself, not that of the record's first word.
+            lua_pushfstring(state, "template:%d: field '%s' ends at byte %d, but records of kind %d have %d",
+                            line, name, static_cast<int>(offset + width), kind, static_cast<int>(size));
+            lua_error(state);
+        }
+        lua_rawseti(state, names, static_cast<lua_Integer>(i));
+        lua_pop(state, 1);
+        code.Fields[i - 1] = {static_cast<uint16_t>(offset), static_cast<uint16_t>(width),
+                              static_cast<FieldForm>(form)};
+    }
+    code.FieldCount = static_cast<uint16_t>(count);
+    code.FieldNames = luaL_ref(state, LUA_REGISTRYINDEX);
+}
+
+// rows = { "line", { "text", 3 }, "sum" } as a list of styles.
+uint8_t TakeRows(lua_State *state, const Report &report, int table, uint8_t *rows, int most)
+{
+    const int type = lua_getfield(state, table, "rows");
+    if (type == LUA_TNIL) {
+        lua_pop(state, 1);
+        return 0;
+    }
+    if (type != LUA_TTABLE) luaL_error(state, "'rows' must be a list of styles");
+    const int list = lua_gettop(state);
+    const lua_Unsigned count = lua_rawlen(state, list);
+    int written = 0;
+    for (lua_Unsigned i = 1; i <= count; ++i) {
+        lua_Integer times = 1;
+        if (lua_rawgeti(state, list, static_cast<lua_Integer>(i)) == LUA_TTABLE) {
+            times = NumberAt(state, lua_gettop(state), 2);
+            lua_rawgeti(state, -1, 1);
+            lua_remove(state, -2);
+        }
+        const int style =
+            lua_type(state, -1) == LUA_TSTRING ? StyleNumber(state, report, lua_gettop(state)) : -1;
+        if (style < 0) luaL_error(state, "entry %d of 'rows' is no style", static_cast<int>(i));
+        if (times < 1 || times > most - written) luaL_error(state, "'rows' may hold %d rows", most);
+        while (times-- > 0) {
+            rows[written++] = static_cast<uint8_t>(style);
+        }
+        lua_pop(state, 1);
+    }
+    lua_pop(state, 1);
+    return static_cast<uint8_t>(written);
+}
+
+int TakeFunction(lua_State *state, int table, const char *key)
+{
+    const int type = lua_getfield(state, table, key);
+    if (type == LUA_TNIL) {
+        lua_pop(state, 1);
+        return 0;
+    }
+    if (type != LUA_TFUNCTION) luaL_error(state, "'%s' must be a function", key);
+    return luaL_ref(state, LUA_REGISTRYINDEX);
+}
+
+int DeclareRecord(lua_State *state)
+{
+    Report &report = Declaring(state, "record(...)");
+    const lua_Integer kind = luaL_checkinteger(state, 1);
+    luaL_checktype(state, 2, LUA_TTABLE);
+    RefuseUnknownKeys(state, 2, {"level", "newpage", "keep", "rows", "emit", "close"}, true);
+    if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0) {
+        return luaL_error(state, "this report has no records of kind %d", static_cast<int>(kind));
+    }
+    KindRule &rule = report.Def.Kinds[kind];
+    if (rule.IsDeclared)
+        return luaL_error(state, "kind %d stands here a second time", static_cast<int>(kind));
+    rule.IsDeclared = true;
+    TakeFields(state, report, static_cast<int>(kind), 2);
+    KindCode &code = report.Kinds[kind];
+    rule.Level = static_cast<uint8_t>(IntegerEntry(state, 2, "level", 0, 0, maxLevels));
+    FlagEntry(state, 2, "newpage", rule.NewPage);
+    FlagEntry(state, 2, "keep", rule.Keep);
+    if (rule.Level == 0 && (rule.NewPage || rule.Keep)) {
+        return luaL_error(state, "'newpage' and 'keep' are for records that open a level");
+    }
+    rule.RowCount = TakeRows(state, report, 2, rule.Rows, maxRows);
+    code.Emit = TakeFunction(state, 2, "emit");
+    const int type = lua_getfield(state, 2, "close");
+    if (type != LUA_TNIL) {
+        if (type != LUA_TTABLE) return luaL_error(state, "'close' must be a table");
+        const int table = lua_gettop(state);
+        RefuseUnknownKeys(state, table, {"rows", "emit"}, false);
+        if (rule.Level == 0) return luaL_error(state, "'close' is for records that open a level");
+        rule.FootCount = TakeRows(state, report, table, rule.FootRows, maxFootRows);
+        code.CloseEmit = TakeFunction(state, table, "emit");
+    }
+    lua_pop(state, 1);
+    return 0;
+}
+
+int DeclareFinish(lua_State *state)
+{
+    Report &report = Declaring(state, "finish{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {"rows", "emit"}, false);
+    if (report.FinishEmit != 0) return luaL_error(state, "finish{...} stands here a second time");
+    report.Def.FinishCount = TakeRows(state, report, 1, report.Def.FinishRows, maxFootRows);
+    report.FinishEmit = TakeFunction(state, 1, "emit");
+    return 0;
+}
+
+// ---- Printing ----
+
+Report &Printing(lua_State *state, const char *what)
+{
+    auto &report = OwnerOf<Report>(state);
+    if (!report.IsPrinting) luaL_error(state, "%s belongs in the function of a record", what);
+    return report;
+}
+
+// Copies a text into the item at `used`: proper UTF-8, blanks for control characters, cut at maxTextLength.
+size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
+{
+    char *out = report.ItemData + used;
+    size_t written = 0;
+    const char *const end = bytes + length;
+    while (bytes < end && written + 4 <= maxTextLength) {
+        const char *const from = bytes;
+        const char32_t character = text::NextCodePoint(bytes, end);
+        if (character < ' ' || (character >= 0x7F && character < 0xA0)) {
+            out[written++] = ' ';
+        } else if (character == 0xFFFD) {
+            std::memcpy(out + written, "\uFFFD", 3);
+            written += 3;
+        } else {
+            std::memcpy(out + written, from, static_cast<size_t>(bytes - from));
+            written += static_cast<size_t>(bytes - from);
+        }
+    }
+    return written;
+}
+
+void StoreItem(lua_State *state, Report &report, ItemHeader &header)
+{
+    while (header.Size % itemAlignment != 0) {
+        report.ItemData[header.Size++] = 0;
+    }
+    if (!AppendToSpool(report.Store, &header, sizeof header) ||
+        !AppendToSpool(report.Store, report.ItemData, header.Size)) {
+        luaL_error(state, "temporary file: %s", strerrordesc_np(report.Store.Error));
+    }
+}
+
+void CheckAmount(lua_State *state, lua_Integer amount, const Column &column)
+{
+    if (amount > maxAmount || amount < -maxAmount) {
+        luaL_error(state, "an amount in column '%s' grows too large", column.Name);
+    }
+}
+
+// Adds to the sums of the report and of every open group.
+void Count(lua_State *state, Report &report, uint8_t column, int64_t amount)
+{
+    const Definition &def = report.Def;
+    for (int sum = 0; sum < def.SumCount; ++sum) {
+        if (def.SumColumns[sum] != column) continue;
+        for (int level = 0; level <= maxLevels; ++level) {
+            if (level > 0 && !report.Marker.IsOpen[level]) continue;
+            int64_t &total = report.Sums[level][sum];
+            total += amount; // both lie within maxAmount, so this cannot wrap
+            if (total > maxAmount || total < -maxAmount) {
+                luaL_error(state, "the sum of column '%s' grows too large", def.Columns[column].Name);
+            }
+        }
+    }
+}
+
+const char lateSum = 0; // its address stands for "the sum of this group, when it is known"
+
+// Writes the value on top of the stack as the cell of a column; returns the bytes used so far.
+size_t PutCell(lua_State *state, Report &report, uint8_t number, bool counts, size_t used)
+{
+    const Column &column = report.Def.Columns[number];
+    CellHeader cell = {number, CellKind::text, 0};
+    const int type = lua_type(state, -1);
+    if (type == LUA_TSTRING) {
+        size_t length = 0;
+        const char *bytes = lua_tolstring(state, -1, &length);
+        cell.Length = static_cast<uint16_t>(CopyText(report, used + sizeof cell, bytes, length));
+    } else if (type == LUA_TNUMBER && lua_isinteger(state, -1) != 0 && column.CellForm != Form::text) {
+        const lua_Integer value = lua_tointeger(state, -1);
+        if (column.CellForm == Form::amount) CheckAmount(state, value, column);
+        cell.Kind = static_cast<CellKind>(column.CellForm);
+        cell.Length = sizeof value;
+        std::memcpy(report.ItemData + used + sizeof cell, &value, sizeof value);
+        if (counts && column.IsSum) Count(state, report, number, value);
+    } else if (type == LUA_TLIGHTUSERDATA && column.IsSum && report.PrintingLevel != 0) {
+        if (report.LateCount == maxLateCells) luaL_error(state, "there are too many sums in heads");
+        LateCell &late = report.Late[report.LateCount++];
+        late.Level = report.PrintingLevel;
+        late.Offset = SpoolEnd(report.Store) + sizeof(ItemHeader) + used + sizeof cell;
+        for (uint8_t sum = 0; sum < report.Def.SumCount; ++sum) {
+            if (report.Def.SumColumns[sum] == number) late.Sum = sum;
+        }
+        cell.Kind = CellKind::amount;
+        cell.Length = sizeof(int64_t);
+        std::memset(report.ItemData + used + sizeof cell, 0, sizeof(int64_t));
+    } else {
+        luaL_error(state, "column '%s' cannot take a %s", column.Name,
+                   type == LUA_TNUMBER ? "number of this kind" : luaL_typename(state, -1));
+    }
+    std::memcpy(report.ItemData + used, &cell, sizeof cell);
+    return used + sizeof cell + cell.Length;
+}
+
+int PrintRow(lua_State *state)
+{
+    Report &report = Printing(state, "row(...)");
+    const int style = StyleNumber(state, report, 1);
+    if (style < 0) return luaL_error(state, "there is no style '%s'", lua_tostring(state, 1));
+    while (report.ExpectedNext < report.ExpectedCount && report.Expected[report.ExpectedNext] != style) {
+        ++report.ExpectedNext;
+    }
+    if (report.ExpectedNext == report.ExpectedCount) {
+        return luaL_error(state, "no further row '%s' is declared in 'rows'", lua_tostring(state, 1));
+    }
+    ++report.ExpectedNext;
+    const bool counts = report.Def.Styles[style].Counts;
+    ItemHeader header = {};
+    size_t used = 0;
+    if (lua_type(state, 2) == LUA_TSTRING) {
+        size_t length = 0;
+        const char *bytes = lua_tolstring(state, 2, &length);
+        CellHeader cell = {spanColumn, CellKind::text, 0};
+        cell.Length = static_cast<uint16_t>(CopyText(report, sizeof cell, bytes, length));
+        std::memcpy(report.ItemData, &cell, sizeof cell);
+        used = sizeof cell + cell.Length;
+        header.Count = 1;
+    } else {
+        luaL_checktype(state, 2, LUA_TTABLE);
+        lua_settop(state, 2);
+        lua_rawgeti(state, LUA_REGISTRYINDEX, report.ColumnNames);
+        for (uint8_t i = 0; i < report.Def.ColumnCount; ++i) {
+            lua_rawgeti(state, 3, i + 1);
+            if (lua_rawget(state, 2) != LUA_TNIL) {
+                used = PutCell(state, report, i, counts, used);
+                ++header.Count;
+            }
+            lua_pop(state, 1);
+        }
+    }
+    if (counts) {
+        for (int level = 0; level <= maxLevels; ++level) {
+            if (level == 0 || report.Marker.IsOpen[level]) ++report.Counts[level];
+        }
+    }
+    const LayoutRow row = MarkRow(report.Marker, static_cast<uint8_t>(style), 0);
+    header.Kind = Item::row;
+    header.Style = row.Style;
+    header.Level = row.Level;
+    header.Flags = row.Flags;
+    header.Size = static_cast<uint32_t>(used);
+    StoreItem(state, report, header);
+    report.PrintedRows = true;
+    return 0;
+}
+
+// add{ betrag = x }: into the sums without a row.
+int AddToSums(lua_State *state)
+{
+    Report &report = Printing(state, "add{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    for (int sum = 0; sum < report.Def.SumCount; ++sum) {
+        const uint8_t number = report.Def.SumColumns[sum];
+        const Column &column = report.Def.Columns[number];
+        lua_pushstring(state, column.Name);
+        const int type = lua_rawget(state, 1);
+        if (type != LUA_TNIL) {
+            if (lua_isinteger(state, -1) == 0) return luaL_error(state, "'%s' is no amount", column.Name);
+            const lua_Integer amount = lua_tointeger(state, -1);
+            CheckAmount(state, amount, column);
+            Count(state, report, number, amount);
+        }
+        lua_pop(state, 1);
+    }
+    return 0;
+}
+
+int PrintLine(lua_State *state, Item kind)
+{
+    const bool isHead = kind == Item::head;
+    Report &report = Printing(state, isHead ? "head{...}" : "foot{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {"left", "center", "right"}, false);
+    uint8_t &printed = isHead ? report.HeadLinesPrinted : report.FootLinesPrinted;
+    if (printed == (isHead ? report.Def.HeadLines : report.Def.FootLines)) {
+        return luaL_error(state, "page{...} allows %d lines here", printed);
+    }
+    size_t used = 0;
+    for (const char *key : {"left", "center", "right"}) {
+        const int type = lua_getfield(state, 1, key);
+        if (type != LUA_TNIL && type != LUA_TSTRING) return luaL_error(state, "'%s' must be a text", key);
+        size_t length = 0;
+        const char *bytes = type == LUA_TSTRING ? lua_tolstring(state, -1, &length) : "";
+        const auto written = static_cast<uint16_t>(CopyText(report, used + sizeof(uint16_t), bytes, length));
+        std::memcpy(report.ItemData + used, &written, sizeof written);
+        used += sizeof written + written;
+        lua_pop(state, 1);
+    }
+    ItemHeader header = {};
+    header.Kind = kind;
+    header.IsFirst = printed == 0 ? 1 : 0;
+    header.Size = static_cast<uint32_t>(used);
+    ++printed;
+    StoreItem(state, report, header);
+    return 0;
+}
+
+int PrintHead(lua_State *state) { return PrintLine(state, Item::head); }
+int PrintFoot(lua_State *state) { return PrintLine(state, Item::foot); }
+
+int PrintBookmark(lua_State *state)
+{
+    Report &report = Printing(state, "bookmark(...)");
+    size_t length = 0;
+    const char *bytes = luaL_checklstring(state, 1, &length);
+    ItemHeader header = {};
+    header.Kind = Item::bookmark;
+    for (int level = 1; level <= maxLevels; ++level) {
+        const bool isOwn = level == report.PrintingLevel;
+        if (report.Marker.IsOpen[level] && !isOwn) ++header.Level;
+    }
+    header.Count = static_cast<uint16_t>(CopyText(report, 0, bytes, length));
+    header.Size = header.Count;
+    if (header.Count > 0) StoreItem(state, report, header);
+    return 0;
+}
+
+int PrintSheet(lua_State *state)
+{
+    Report &report = Printing(state, "sheet(...)");
+    const lua_Integer before = luaL_checkinteger(state, 1);
+    if (before < 0 || before > 1'000'000) return luaL_error(state, "a sheet number lies from 0 to 1000000");
+    const auto number = static_cast<int32_t>(before);
+    std::memcpy(report.ItemData, &number, sizeof number);
+    ItemHeader header = {};
+    header.Kind = Item::sheet;
+    header.Size = sizeof number;
+    StoreItem(state, report, header);
+    return 0;
+}
+
+int AmountAsText(lua_State *state)
+{
+    char out[amountSize];
+    lua_pushlstring(state, out, WriteHundredths(luaL_checkinteger(state, 1), Look::grouped, out));
+    return 1;
+}
+
+int TodayAsText(lua_State *state)
+{
+    char out[16];
+    TodayText(out);
+    lua_pushstring(state, out);
+    return 1;
+}
+
+// ---- Running the functions of a template ----
+
+void BeginPrinting(Report &report, int kind, uint8_t level, const uint8_t *rows, uint8_t count)
+{
+    report.IsPrinting = true;
+    report.PrintingKind = kind;
+    report.PrintingLevel = level;
+    report.Expected = rows;
+    report.ExpectedCount = count;
+    report.ExpectedNext = 0;
+    report.PrintedRows = false;
+    report.HeadLinesPrinted = 0;
+    report.FootLinesPrinted = 0;
+}
+
+void PushSums(lua_State *state, const Report &report, uint8_t level)
+{
+    const Definition &def = report.Def;
+    lua_createtable(state, 0, def.SumCount + 1);
+    for (int sum = 0; sum < def.SumCount; ++sum) {
+        lua_pushinteger(state, report.Sums[level][sum]);
+        lua_setfield(state, -2, def.Columns[def.SumColumns[sum]].Name);
+    }
+    lua_pushinteger(state, report.Counts[level]);
+    lua_setfield(state, -2, "count");
+}
+
+void FillLateCells(lua_State *state, Report &report, uint8_t level)
+{
+    int left = 0;
+    for (int i = 0; i < report.LateCount; ++i) {
+        const LateCell late = report.Late[i];
+        if (late.Level != level) {
+            report.Late[left++] = late;
+            continue;
+        }
+        const int64_t sum = report.Sums[level][late.Sum];
+        if (!PatchSpool(report.Store, late.Offset, &sum, sizeof sum)) {
+            luaL_error(state, "temporary file: %s", strerrordesc_np(report.Store.Error));
+        }
+    }
+    report.LateCount = left;
+}
+
+// Which kind opened a level is not kept: the foot of a level is that of the first kind which opens it. Kinds
+// that share a level share its foot.
+int KindOfLevel(const Definition &def, uint8_t level)
+{
+    int found = -1;
+    for (int kind = 0; kind < kindCount; ++kind) {
+        const KindRule &rule = def.Kinds[kind];
+        if (rule.Level != level || !rule.IsDeclared) continue;
+        if (found < 0 || (rule.FootCount > 0 && def.Kinds[found].FootCount == 0)) found = kind;
+    }
+    return found;
+}
+
+void CloseLevels(lua_State *state, Report &report, int kind)
+{
+    while (const uint8_t level = NextToClose(report.Marker, kind)) {
+        const int opener = KindOfLevel(report.Def, level);
+        const KindRule &rule = report.Def.Kinds[opener];
+        MarkFoot(report.Marker, level);
+        BeginPrinting(report, kind, 0, rule.FootRows, rule.FootCount);
+        if (report.Kinds[opener].CloseEmit != 0) {
+            lua_rawgeti(state, LUA_REGISTRYINDEX, report.Kinds[opener].CloseEmit);
+            PushSums(state, report, level);
+            lua_call(state, 1, 0);
+        }
+        FillLateCells(state, report, level);
+        MarkClosed(report.Marker, level, report.PrintedRows);
+        std::memset(report.Sums[level], 0, sizeof report.Sums[level]);
+        report.Counts[level] = 0;
+    }
+}
+
+template <typename Number> lua_Integer NumberFrom(const char *field)
+{
+    Number number;
+    std::memcpy(&number, field, sizeof number);
+    return static_cast<lua_Integer>(number);
+}
+
+void PushTextField(lua_State *state, const char *field, size_t width)
+{
+    constexpr size_t most = 1024;
+    char bytes[most + 1];
+    char utf8[3 * most + 1];
+    const size_t length = strnlen(field, width < most ? width : most);
+    bool isPlain = true;
+    for (size_t i = 0; i < length; ++i) {
+        if (static_cast<unsigned char>(field[i]) >= 0x80) isPlain = false;
+    }
+    if (isPlain) {
+        lua_pushlstring(state, field, length);
+        return;
+    }
+    std::memcpy(bytes, field, length);
+    bytes[length] = 0;
+    lua_pushlstring(state, utf8, text::ToUtf8(bytes, utf8, sizeof utf8));
+}
+
+void PushField(lua_State *state, const Field &field, const char *record)
+{
+    const char *from = record + field.Offset;
+    switch (field.Form) {
+    case FieldForm::text: PushTextField(state, from, field.Width); return;
+    case FieldForm::amount: lua_pushinteger(state, PfennigOf(from)); return;
+    case FieldForm::rate: {
+        int64_t hundredths = 0;
+        if (HundredthsOf(from, hundredths)) {
+            lua_pushinteger(state, hundredths);
+        } else {
+            lua_pushnil(state);
+        }
+        return;
+    }
+    case FieldForm::date: {
+        char text[16];
+        DateText(from, text);
+        PushTextField(state, text, sizeof text);
+        return;
+    }
+    case FieldForm::i16: lua_pushinteger(state, NumberFrom<int16_t>(from)); return;
+    case FieldForm::i32: lua_pushinteger(state, NumberFrom<int32_t>(from)); return;
+    case FieldForm::u32: lua_pushinteger(state, NumberFrom<uint32_t>(from)); return;
+    case FieldForm::u8: lua_pushinteger(state, NumberFrom<uint8_t>(from)); return;
+    }
+}
+
+void CheckDeclarations(lua_State *state, const Report &report)
+{
+    const Definition &def = report.Def;
+    if (def.ReportId[0] == 0) luaL_error(state, "report{...} is missing");
+    if (BodyHeight(def) < 2000 || !RowsFitPage(def)) luaL_error(state, "the page is too low for its rows");
+    for (int kind = 0; kind < kindCount; ++kind) {
+        const KindRule &rule = def.Kinds[kind];
+        if (rule.Level == 0) continue;
+        const KindRule &owner = def.Kinds[KindOfLevel(def, rule.Level)];
+        if (rule.FootCount > 0 && &rule != &owner) {
+            luaL_error(state, "two kinds of level %d have a 'close' of their own", rule.Level);
+        }
+    }
+}
+
+} // namespace
+
+int OfferFunctions(lua_State *state)
+{
+    constexpr luaL_Reg functions[] = {
+        {"report", DeclareReport},   {"page", DeclarePage},   {"style", DeclareStyle},
+        {"columns", DeclareColumns}, {"carry", DeclareCarry}, {"record", DeclareRecord},
+        {"finish", DeclareFinish},   {"row", PrintRow},       {"add", AddToSums},
+        {"head", PrintHead},         {"foot", PrintFoot},     {"bookmark", PrintBookmark},
+        {"sheet", PrintSheet},       {"money", AmountAsText}, {"today", TodayAsText},
+        {nullptr, nullptr}};
+    struct FormRow {
+        const char *Name;
+        FieldForm Form;
+        int Width; // 0: the template says
+    };
+    constexpr FormRow forms[] = {{"text", FieldForm::text, 0}, {"amount", FieldForm::amount, 13},
+                                 {"rate", FieldForm::rate, 6}, {"date", FieldForm::date, 7},
+                                 {"i16", FieldForm::i16, 2},   {"i32", FieldForm::i32, 4},
+                                 {"u32", FieldForm::u32, 4},   {"u8", FieldForm::u8, 1}};
+
+    auto &report = *static_cast<Report *>(lua_touserdata(state, 1));
+    lua_pushglobaltable(state);
+    luaL_setfuncs(state, functions, 0);
+    for (const FormRow &form : forms) {
+        lua_pushinteger(state, static_cast<lua_Integer>(form.Form));
+        lua_pushinteger(state, form.Width);
+        lua_pushcclosure(state, DeclareField, 2);
+        lua_setfield(state, -2, form.Name);
+    }
+    lua_pushlightuserdata(state, const_cast<char *>(&lateSum));
+    lua_setfield(state, -2, "groupsum");
+    lua_newtable(state);
+    report.StyleNames = luaL_ref(state, LUA_REGISTRYINDEX);
+    lua_newtable(state);
+    report.ColumnNames = luaL_ref(state, LUA_REGISTRYINDEX);
+
+    Definition &def = report.Def;
+    def.PageWidth = 21000;
+    def.PageHeight = 29700;
+    def.Top = def.Right = def.Bottom = 1000;
+    def.Left = 2000; // room for the punch
+    def.FontSize = 900;
+    def.HeadLines = 2;
+    std::memcpy(def.Font, "Roboto", sizeof "Roboto");
+    def.StyleCount = builtInStyles;
+    for (int i = 0; i < builtInStyles; ++i) {
+        NameStyle(state, report, i, builtInNames[i]);
+    }
+    SetBuiltInStyles(report);
+    return 0;
+}
+
+int RunDeclarations(lua_State *state)
+{
+    auto &report = *static_cast<Report *>(lua_touserdata(state, 1));
+    LoadTemplate(state, report.Source, report.SourceLength);
+    lua_call(state, 0, 0);
+    CheckDeclarations(state, report);
+    return 0;
+}
+
+int RunRecord(lua_State *state)
+{
+    const auto &call = *static_cast<const RecordCall *>(lua_touserdata(state, 1));
+    Report &report = *call.To;
+    const KindRule &rule = report.Def.Kinds[call.Kind];
+    const KindCode &code = report.Kinds[call.Kind];
+    CloseLevels(state, report, call.Kind);
+    MarkRecord(report.Marker, call.Kind);
+    BeginPrinting(report, call.Kind, rule.Level, rule.Rows, rule.RowCount);
+    if (code.Emit == 0) return 0;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, code.Emit);
+    lua_createtable(state, 0, code.FieldCount);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
+    for (int i = 0; i < code.FieldCount; ++i) {
+        lua_rawgeti(state, -1, i + 1);
+        PushField(state, code.Fields[i], call.Record);
+        lua_rawset(state, -4);
+    }
+    lua_pop(state, 1);
+    lua_call(state, 1, 0);
+    return 0;
+}
+
+int RunFinish(lua_State *state)
+{
+    auto &report = *static_cast<Report *>(lua_touserdata(state, 1));
+    CloseLevels(state, report, -1);
+    MarkFoot(report.Marker, 0);
+    BeginPrinting(report, -1, 0, report.Def.FinishRows, report.Def.FinishCount);
+    if (report.FinishEmit == 0) return 0;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, report.FinishEmit);
+    PushSums(state, report, 0);
+    lua_call(state, 1, 0);
+    return 0;
+}
+
+} // namespace rs
