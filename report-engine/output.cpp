@@ -1,6 +1,7 @@
 #include "report-engine/output.h"
 
 #include "report-engine/complain.h"
+#include "text/fixed_text.h"
 
 #include <atomic>
 #include <cerrno>
@@ -9,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,6 +50,16 @@ namespace {
 
 enum class FileKind { none, pdf, csv, json, html, text };
 
+// Without regard to case; `lower` is in small letters.
+bool IsSameExtension(const char *text, const char *lower)
+{
+    for (; *text != 0 && *lower != 0; ++text, ++lower) {
+        const char letter = *text >= 'A' && *text <= 'Z' ? static_cast<char>(*text + ('a' - 'A')) : *text;
+        if (letter != *lower) return false;
+    }
+    return *text == *lower;
+}
+
 FileKind KindOf(const char *path)
 {
     struct Row {
@@ -64,7 +74,7 @@ FileKind KindOf(const char *path)
     const size_t length = std::strlen(path);
     for (const Row &row : rows) {
         const size_t part = std::strlen(row.Extension);
-        if (length > part && strcasecmp(path + length - part, row.Extension) == 0) return row.Kind;
+        if (length > part && IsSameExtension(path + length - part, row.Extension)) return row.Kind;
     }
     return FileKind::none;
 }
@@ -95,7 +105,7 @@ int CreateNewFile(NewFile &file, const char *path)
     } else if (std::strlen(path) >= sizeof file.Final) {
         return ENAMETOOLONG;
     } else {
-        std::strncpy(file.Final, path, sizeof file.Final - 1);
+        text::CopyText(file.Final, path);
     }
     static std::atomic<unsigned> next = 0;
     for (int attempt = 0; attempt < 100; ++attempt) {
