@@ -9,15 +9,6 @@
 
 namespace vark {
 
-// Kind of an account at the exported interface.
-enum Kontoart : int32_t {
-    KontoartSachkonto = 1,
-    KontoartKreditor = 2,
-    KontoartDebitor = 4,
-    KontoartKostenstelle = 8,
-    KontoartKeine = 16, // the number stands in no account table
-};
-
 // The kind of the account `konto` (right-justified): searched among Sachkonten, Debitoren and Kreditoren in
 // this order. Only a Sachkonto's record goes to `sako`; for a personal account `hasUstId` tells whether it
 // has a USt-IdNr. Returns KontoartSachkonto, KontoartDebitor, KontoartKreditor or KontoartKeine; 0 when the

@@ -96,6 +96,15 @@ enum Zuordnung : int16_t {
     ZuordnungGuv = 8,
 };
 
+// Kind of an account at the exported interface.
+enum Kontoart : int32_t {
+    KontoartSachkonto = 1,
+    KontoartKreditor = 2,
+    KontoartDebitor = 4,
+    KontoartKostenstelle = 8,
+    KontoartKeine = 16, // the number stands in no account table
+};
+
 #pragma pack(push, 1)
 
 struct AccountSums {
