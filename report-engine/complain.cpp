@@ -3,21 +3,24 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <unistd.h>
 
 namespace rs {
 
-void Complain(const char *format, ...)
+void Complain(const char *path, const char *format, ...)
 {
     const int savedErrno = errno;
-    char line[1024] = "librs: ";
-    constexpr int prefix = 7;
+    constexpr size_t longestPath = 500;
+    const size_t pathLength = std::strlen(path);
+    const char *const shown = pathLength > longestPath ? path + (pathLength - longestPath) : path;
+    char line[1024];
+    int length = std::snprintf(line, sizeof line, "librs: %s%s", shown == path ? "" : "...", shown);
     va_list arguments;
     va_start(arguments, format);
-    int length = std::vsnprintf(line + prefix, sizeof line - prefix - 1, format, arguments);
+    const int rest = std::vsnprintf(line + length, sizeof line - static_cast<size_t>(length), format, arguments);
     va_end(arguments);
-    if (length < 0) length = 0;
-    length += prefix;
+    if (rest > 0) length += rest;
     if (length > static_cast<int>(sizeof line) - 2) length = static_cast<int>(sizeof line) - 2;
     for (int i = 0; i < length; ++i) {
         if (static_cast<unsigned char>(line[i]) < ' ' || line[i] == 0x7F) line[i] = ' ';

@@ -246,7 +246,6 @@ void WriteHtmlRow(Writer &writer, const Definition &def, const SpoolReader &read
         Write(writer, tag);
         WriteHtmlText(writer, cell.Text, cell.Length);
         Write(writer, "</td>");
-        hasCell = false;
     } else {
         for (int column = 0; column < def.ColumnCount;) {
             if (!hasCell || cell.Column != column) {

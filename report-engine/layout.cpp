@@ -145,7 +145,8 @@ void PlaceBlock(Layout &layout, const LayoutRow *rows, int32_t count)
         BeginPage(layout);
         if (carry.IsUsed && carry.Level == 0) layout.CarryIsOpen = true;
     }
-    if ((rows[0].Flags & rowEndsCarry) != 0) layout.CarryIsOpen = false; // before a page break carries it
+    // Before a page break: it would carry the sums of a group that is over.
+    if ((rows[0].Flags & (rowEndsCarry | rowOpensCarry)) != 0) layout.CarryIsOpen = false;
     if ((rows[0].Flags & rowNewPage) != 0 && layout.HasRows) BreakPage(layout);
 
     bool opensCarry = false;

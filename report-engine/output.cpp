@@ -124,7 +124,7 @@ bool WriteContents(FileKind kind, int file, const View &view, const char *path)
     if (kind == FileKind::pdf) return WritePages(file, view, path);
     auto *writer = static_cast<Writer *>(std::malloc(sizeof(Writer)));
     if (writer == nullptr) {
-        Complain("%s: not enough memory", path);
+        Complain(path, ": not enough memory");
         return false;
     }
     writer->File = file;
@@ -139,9 +139,9 @@ bool WriteContents(FileKind kind, int file, const View &view, const char *path)
     }
     const bool isWritten = FlushWriter(*writer);
     if (!isWritten) {
-        Complain("%s: %s", path, strerrordesc_np(writer->Error));
+        Complain(path, ": %s", strerrordesc_np(writer->Error));
     } else if (!isRead) {
-        Complain("%s: the temporary file cannot be read", path);
+        Complain(path, ": the temporary file cannot be read");
     }
     std::free(writer);
     return isRead && isWritten;
@@ -151,12 +151,12 @@ bool ReplaceFile(NewFile &file, const char *path, bool isGood)
 {
     // What close finds wrong (a full disk on a network) counts as much as what write finds.
     if (close(file.File) != 0 && isGood) {
-        Complain("%s: %s", path, strerrordesc_np(errno));
+        Complain(path, ": %s", strerrordesc_np(errno));
         isGood = false;
     }
     if (file.IsDirect) return isGood;
     if (isGood && std::rename(file.Working, file.Final) != 0) {
-        Complain("%s: %s", path, strerrordesc_np(errno));
+        Complain(path, ": %s", strerrordesc_np(errno));
         isGood = false;
     }
     if (!isGood) unlink(file.Working);
@@ -170,7 +170,7 @@ bool ExportView(const View &view, const char *path)
     if (path == nullptr) path = "";
     const FileKind kind = KindOf(path);
     if (kind == FileKind::none) {
-        Complain("%s: no kind of file that a report can be written to", path);
+        Complain(path, ": no kind of file that a report can be written to");
         return false;
     }
     auto *file = static_cast<NewFile *>(std::calloc(1, sizeof(NewFile)));
@@ -179,7 +179,7 @@ bool ExportView(const View &view, const char *path)
     if (isGood) {
         isGood = ReplaceFile(*file, path, WriteContents(kind, file->File, view, path));
     } else {
-        Complain("%s: %s", path, strerrordesc_np(error));
+        Complain(path, ": %s", strerrordesc_np(error));
     }
     std::free(file);
     return isGood;

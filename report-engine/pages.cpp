@@ -92,7 +92,7 @@ bool AwaitResult(int pipe, pid_t child, const char *path)
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }
     if (std::strcmp(result, "ok") == 0) return true;
-    Complain("%s: %s", path, length > 0 ? result : "rs-pages ended early");
+    Complain(path, ": %s", length > 0 ? result : "rs-pages ended early");
     return false;
 }
 
@@ -102,12 +102,12 @@ bool WritePages(int file, const View &view, const char *path)
 {
     char program[PATH_MAX];
     if (!FindProgram(program)) {
-        Complain("%s: rs-pages is missing beside librs.so", path);
+        Complain(path, ": rs-pages is missing beside librs.so");
         return false;
     }
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        Complain("%s: %s", path, strerrordesc_np(errno));
+        Complain(path, ": %s", strerrordesc_np(errno));
         return false;
     }
     const int spool = LiftDescriptor(view.Of->Store.File);
@@ -125,7 +125,7 @@ bool WritePages(int file, const View &view, const char *path)
     if (isGood) {
         isGood = AwaitResult(ends[0], child, path);
     } else {
-        Complain("%s: rs-pages: %s", path, strerrordesc_np(error));
+        Complain(path, ": rs-pages: %s", strerrordesc_np(error));
     }
     close(ends[0]);
     return isGood;

@@ -65,7 +65,7 @@ char *Duplicate(const char *bytes, size_t length)
 bool FailReport(Report &report, const char *message)
 {
     report.State = ReportState::failed;
-    Complain("%s:%s", report.Path, message);
+    Complain(report.Path, ":%s", message);
     return false;
 }
 
@@ -75,7 +75,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
     auto *report = static_cast<Report *>(std::calloc(1, sizeof(Report)));
     char *pathCopy = Duplicate(path, std::strlen(path));
     if (report == nullptr || pathCopy == nullptr) {
-        Complain("%s: %s", path, "not enough memory");
+        Complain(path, ": not enough memory");
         std::free(report);
         std::free(pathCopy);
         std::free(source);
@@ -97,7 +97,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
         return nullptr;
     }
     if (!OpenSpool(report->Store, report->Def)) {
-        Complain("%s: temporary file: %s", path, strerrordesc_np(report->Store.Error));
+        Complain(path, ": temporary file: %s", strerrordesc_np(report->Store.Error));
         DestroyReport(report);
         return nullptr;
     }
@@ -109,7 +109,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
 const CatalogueRow *RowOrComplain(const char *path, const char *reportId)
 {
     const CatalogueRow *row = FindInCatalogue(reportId);
-    if (row == nullptr) Complain("%s: there is no report '%s'", path, reportId != nullptr ? reportId : "");
+    if (row == nullptr) Complain(path, ": there is no report '%s'", reportId != nullptr ? reportId : "");
     return row;
 }
 
@@ -123,7 +123,7 @@ Report *CreateReport(const char *path, const char *reportId)
     size_t length = 0;
     char *source = ReadFile(path, length);
     if (source == nullptr) {
-        Complain("%s: %s", path, strerrordesc_np(errno));
+        Complain(path, ": %s", strerrordesc_np(errno));
         return nullptr;
     }
     return CreateOwning(path, source, length, row);
@@ -150,16 +150,16 @@ void DestroyReport(Report *report)
 bool AddRecord(Report &report, int kind, const void *record)
 {
     if (report.State != ReportState::open) {
-        Complain("%s: a record comes after the report %s", report.Path,
+        Complain(report.Path, ": a record comes after the report %s",
                  report.State == ReportState::finished ? "was finished" : "had failed");
         return false;
     }
     if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0) {
-        Complain("%s: there are no records of kind %d", report.Path, kind);
+        Complain(report.Path, ": there are no records of kind %d", kind);
         return false;
     }
     if (record == nullptr) {
-        Complain("%s: there is no record", report.Path);
+        Complain(report.Path, ": there is no record");
         return false;
     }
     if (!report.Def.Kinds[kind].IsDeclared) return true; // the template prints nothing of it
@@ -180,7 +180,7 @@ bool FinishReport(Report &report)
     if (!isGood) return FailReport(report, message);
     if (!FlushSpool(report.Store)) {
         report.State = ReportState::failed;
-        Complain("%s: temporary file: %s", report.Path, strerrordesc_np(report.Store.Error));
+        Complain(report.Path, ": temporary file: %s", strerrordesc_np(report.Store.Error));
         return false;
     }
     CloseSandbox(report.Box); // it has said what it had to say

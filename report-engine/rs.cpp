@@ -18,7 +18,7 @@ int32_t HandleOf(Report *report)
     if (report == nullptr) return 0;
     const int32_t handle = AddReport(report);
     if (handle == 0) {
-        Complain("%s: too many reports are open", report->Path);
+        Complain(report->Path, ": too many reports are open");
         DestroyReport(report);
     }
     return handle;
@@ -32,7 +32,7 @@ RSWindow OpenViewOf(int32_t handle, Report *report, const char *title)
     pthread_mutex_unlock(&report->Lock);
     View *view = isFinished ? static_cast<View *>(std::calloc(1, sizeof(View))) : nullptr;
     if (view == nullptr) {
-        if (isFinished) Complain("%s: not enough memory", report->Path);
+        if (isFinished) Complain(report->Path, ": not enough memory");
         ReleaseReport(report);
         return nullptr;
     }
@@ -41,7 +41,7 @@ RSWindow OpenViewOf(int32_t handle, Report *report, const char *title)
     std::memcpy(view->Title, title, strnlen(title, sizeof view->Title - 1));
     RSWindow window = AddView(view);
     if (window == nullptr) {
-        Complain("%s: too many views are open", report->Path);
+        Complain(report->Path, ": too many views are open");
         ReleaseReport(report);
         std::free(view);
         return nullptr;
@@ -62,7 +62,7 @@ int32_t RSCopyReport(int32_t report, const char *reportId, int32_t /*reserved*/)
     if (first == nullptr) return 0;
     int32_t handle = 0;
     if (reportId == nullptr || std::strcmp(reportId, first->Catalogue->Id) != 0) {
-        Complain("%s: this is not the report '%s'", first->Path, reportId != nullptr ? reportId : "");
+        Complain(first->Path, ": this is not the report '%s'", reportId != nullptr ? reportId : "");
     } else {
         handle = HandleOf(CreateReportFromSource(first->Path, first->Source, first->SourceLength, reportId));
     }
@@ -159,7 +159,7 @@ int32_t RSPrintView(RSWindow view, int32_t /*reserved*/)
 {
     View *held = HoldView(view);
     if (held == nullptr) return 0;
-    Complain("%s: there is no printer", held->Of->Path);
+    Complain(held->Of->Path, ": there is no printer");
     ReleaseView(held);
     return 0;
 }

@@ -8,7 +8,7 @@
 
 namespace rs {
 
-SandboxLimits sandboxLimits = {size_t{64} << 20, size_t{4} << 20, 20'000'000, 3000};
+SandboxLimits sandboxLimits = {size_t{64} << 20, size_t{4} << 20, 20'000'000, 1000};
 
 namespace {
 
@@ -43,7 +43,7 @@ void *Allocate(void *context, void *block, size_t oldSize, size_t newSize)
         return nullptr;
     }
     if (newSize > oldSize) {
-        const char *refusal = newSize > sandbox.Limits.Block ? "a text or table grows too large"
+        const char *refusal = newSize > sandbox.Limits.Block ? "a text, a table or the stack grows too large"
                               : sandbox.MemoryUsed + (newSize - oldSize) > sandbox.Limits.Memory
                                   ? "the template takes too much memory"
                                   : nullptr;
@@ -172,7 +172,10 @@ int TextFound(lua_State *state)
     const char *bytes = luaL_checklstring(state, 1, &length);
     const char *sought = luaL_checklstring(state, 2, &soughtLength);
     const auto *found = static_cast<const char *>(memmem(bytes, length, sought, soughtLength));
-    if (found == nullptr) return 0;
+    if (found == nullptr) {
+        lua_pushnil(state);
+        return 1;
+    }
     lua_pushinteger(state, CharacterCount(bytes, static_cast<size_t>(found - bytes)) + 1);
     return 1;
 }
@@ -379,7 +382,8 @@ bool RunProtected(Sandbox &sandbox, lua_CFunction body, void *argument, char *me
         const size_t prefix = sizeof templateName; // the name without its "=", and the colon
         const bool isPlaced =
             std::strncmp(text, templateName + 1, prefix - 2) == 0 && text[prefix - 2] == ':';
-        std::snprintf(message, size, "%s", isPlaced ? text + prefix - 1 : text);
+        // What is wrong with the whole has no line of its own.
+        std::snprintf(message, size, "%s%s", isPlaced ? "" : "1: ", isPlaced ? text + prefix - 1 : text);
     }
     lua_settop(state, 0);
     return false;

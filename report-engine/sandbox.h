@@ -51,7 +51,7 @@ template <typename Owner> Owner &OwnerOf(lua_State *state)
 }
 
 // Runs `body` with `argument` under the bounds; an error in it comes back as false and as text in `message`,
-// of `size` bytes: "12: what happened", with the line of the template (0 where there is none). No object with
+// of `size` bytes: "12: what happened", with the line of the template (1 for the whole). No object with
 // a destructor may live in `body` or in anything that a template calls: an error jumps over it.
 bool RunProtected(Sandbox &sandbox, lua_CFunction body, void *argument, char *message, size_t size);
 
