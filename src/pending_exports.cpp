@@ -22,10 +22,6 @@ VarkWindow NoReport()
 
 } // namespace
 
-int32_t VARK_CALL VARK_HoleSaldo(int32_t, const char *, int32_t, int32_t, int32_t, char *)
-{
-    return AfterFrame();
-}
 int32_t VARK_CALL VARK_InitHoleBube(int32_t, const char *, int32_t) { return AfterFrame(); }
 int32_t VARK_CALL VARK_HoleBube(uint32_t *, char *, char *, char *, char *, uint32_t *, char *, uint32_t *,
                                 int32_t, char *, char *, char *)

@@ -207,6 +207,18 @@ bool AccumulateAmount(AmountText &total, const AmountText &b)
     return true;
 }
 
+bool DeductAmount(AmountText &total, const AmountText &b)
+{
+    AmountText difference;
+    if (IsNegativeAmount(total) == IsNegativeAmount(b)) {
+        SubtractAmounts(difference, total, b);
+    } else if (!AmountOfMagnitude(difference, MagnitudeOf(total) + MagnitudeOf(b), IsNegativeAmount(total))) {
+        return false;
+    }
+    CopyAmount(total, difference);
+    return true;
+}
+
 int SubtractRaw(AmountText &out, const AmountText &a, const AmountText &b)
 {
     AmountText copyA;

@@ -39,6 +39,9 @@ bool AddAmounts(AmountText &out, const AmountText &a, const AmountText &b);
 // total = total + b. False on overflow, and total is as it was.
 bool AccumulateAmount(AmountText &total, const AmountText &b);
 
+// total = total - b, with the mark of SubtractAmounts. False on overflow, and total is as it was.
+bool DeductAmount(AmountText &total, const AmountText &b);
+
 // out = a - b as digits, and the side of the result as code: sollBalance or habenBalance. For equal signs and
 // a smaller than b the mark in `out` is NOT that of the result: SubtractAmounts is what callers want. For
 // different signs the absolute values are added, and a tenth integer digit is lost. A borrow cannot remain,
@@ -46,7 +49,7 @@ bool AccumulateAmount(AmountText &total, const AmountText &b);
 int SubtractRaw(AmountText &out, const AmountText &a, const AmountText &b);
 
 // out = a - b with its mark. True if negative. Equal negative amounts give a negative zero. For different
-// signs the lost digit of SubtractRaw applies.
+// signs the lost digit of SubtractRaw applies; DeductAmount tells it.
 bool SubtractAmounts(AmountText &out, const AmountText &a, const AmountText &b);
 
 // True for null, an empty text, and one whose digits are all zero whatever the mark. A text of 5 characters

@@ -456,6 +456,42 @@ KoschazeRecord MakeKoschaze(int32_t nummer, const std::string &objekt1, const st
     return record;
 }
 
+BubeRecord MakeBube(int32_t nummer, const std::string &datum, const std::string &sollkonto,
+                    const std::string &habenkonto, const std::string &betrag)
+{
+    BubeRecord record{};
+    const std::string sortDate = datum.substr(4, 2) + datum.substr(2, 2) + datum.substr(0, 2);
+    SetText(record.Schluessel.Folge, sortDate + std::to_string(10000 + nummer).substr(1));
+    SetText(record.Schluessel.Belegdatum, datum);
+    SetText(record.Sollkonto, Justified(sollkonto));
+    SetText(record.Habenkonto, Justified(habenkonto));
+    SetText(record.Beleg, "B" + std::to_string(nummer));
+    SetText(record.Datum, datum);
+    SetText(record.Soll, betrag);
+    SetText(record.Haben, betrag);
+    SetAmount(record.Steuer);
+    SetText(record.Text, "Buchung " + std::to_string(nummer));
+    record.Buchungsnummer = nummer;
+    SetText(record.Buchungsdatum, sortDate);
+    SetAmount(record.Grundbetrag);
+    SetText(record.Steuersatz, "00,00");
+    return record;
+}
+
+OpenItemRecord MakeOpenItem(uint32_t nummer, const std::string &konto, const std::string &datum,
+                            const std::string &betrag)
+{
+    OpenItemRecord record{};
+    record.Nummer = nummer;
+    SetText(record.Konto, Justified(konto));
+    SetText(record.Datum1, datum);
+    SetText(record.Termin, datum);
+    SetText(record.Skontodatum, datum);
+    SetText(record.Betrag1, betrag);
+    SetText(record.Betrag2, betrag);
+    return record;
+}
+
 KurseRecord MakeKurs(const std::string &waehrung, const std::string &sortDate, const std::string &kurs,
                      int16_t einheit, bool durchschnitt)
 {

@@ -158,6 +158,13 @@ ZahlzielRecord MakeZahlziel(int32_t nummer);
 KoschaRecord MakeKoscha(int32_t nummer, int16_t zeilen);
 KoschazeRecord MakeKoschaze(int32_t nummer, const std::string &objekt1, const std::string &objekt2,
                             uint8_t flag, const std::string &anteil, const std::string &zeilentext = "");
+// A final posting of the PackedDate `datum`; `nummer` is its running number (to 9999) and Buchungsnummer, and
+// the amount stands on both sides.
+BubeRecord MakeBube(int32_t nummer, const std::string &datum, const std::string &sollkonto,
+                    const std::string &habenkonto, const std::string &betrag);
+// An open item with the same amount in both fields, dated the SortDate `datum` three times.
+OpenItemRecord MakeOpenItem(uint32_t nummer, const std::string &konto, const std::string &datum,
+                            const std::string &betrag);
 KurseRecord MakeKurs(const std::string &waehrung, const std::string &sortDate, const std::string &kurs,
                      int16_t einheit = 1, bool durchschnitt = false);
 

@@ -140,6 +140,11 @@ TEST_F(Amounts, AMillionDifferencesAgreeWithWholeNumbers)
         // The raw mark is that of a; only the code tells a swap.
         ASSERT_EQ(Expected(magnitude % limit, a.IsNegative), raw) << a.Text << " - " << b.Text;
 
+        AmountText total;
+        memcpy(total, a.Text, sizeof total);
+        ASSERT_EQ(magnitude < limit, DeductAmount(total, b.Text)) << a.Text << " - " << b.Text;
+        ASSERT_STREQ(magnitude < limit ? out : a.Text, total);
+
         if (a.IsNegative == b.IsNegative) {
             const bool isSwapped = strcmp(a.Text, b.Text) < 0;
             AmountText digits = {};

@@ -187,6 +187,27 @@ TEST(AccumulateAmount, AddsATotalToItself)
     EXPECT_EQ("000000003,00", total.Str());
 }
 
+TEST(DeductAmount, TakesFromTheTotal)
+{
+    Amount total("000000001,50");
+    EXPECT_TRUE(DeductAmount(total.Text, Amount("000000002,00").Text));
+    EXPECT_EQ("000000000-50", total.Str());
+    EXPECT_TRUE(DeductAmount(total.Text, Amount("000000002,00").Text));
+    EXPECT_EQ("000000002-50", total.Str());
+    EXPECT_TRUE(DeductAmount(total.Text, total.Text));
+    EXPECT_EQ("000000000-00", total.Str());
+}
+
+TEST(DeductAmount, LeavesTheTotalOnOverflow)
+{
+    Amount total("999999999,99");
+    EXPECT_FALSE(DeductAmount(total.Text, Amount("000000000-01").Text));
+    EXPECT_EQ("999999999,99", total.Str());
+    Amount negative("999999999-99");
+    EXPECT_FALSE(DeductAmount(negative.Text, Amount("000000000,01").Text));
+    EXPECT_EQ("999999999-99", negative.Str());
+}
+
 TEST(SubtractRaw, DifferentSignsAddTheAbsoluteValues)
 {
     EXPECT_EQ("000000008-00 72", RawDifference("000000005-00", "000000003,00"));
