@@ -72,9 +72,14 @@ inline Answer Carry(PositionBlocks &blocks, const Request &request)
     return answer;
 }
 
-// A client in this thread.
+// The client that is this thread. It ends with whoever stands for it.
 struct Local {
     PositionBlocks Blocks{};
+
+    Local() = default;
+    Local(const Local &) = delete;
+    Local &operator=(const Local &) = delete;
+    ~Local() { BTRCALL(BtrOpStop, nullptr, nullptr, nullptr, nullptr, 0, 0); }
 
     Answer operator()(const Request &request) { return Carry(Blocks, request); }
 };
