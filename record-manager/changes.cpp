@@ -72,6 +72,7 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
     Client *client = store->Owner;
     *change = {handle, store, file, nullptr, 0, false, false};
     if (handle->Mode == BtrModeReadOnly || store->Books->ReadOnly) return BtrStatusAccessDenied;
+    if (client->Failed != BtrStatusOk) return client->Failed;
     int16_t status = LockWholeFile(handle, call.Lock);
     if (status != BtrStatusOk) return status;
     if (client->Transaction != TransactionKind::None && client->Changed != nullptr &&

@@ -1,0 +1,988 @@
+// What surrounds the files: directories, rights, file systems, damaged and foreign books, lock files, threads
+// and forks, and arguments that are none.
+#include "faults.h"
+#include "files.h"
+
+#include "record-manager/books_file.h"
+#include "record-manager/limits.h"
+#include "record-manager/store.h"
+
+#include <chrono>
+#include <fcntl.h>
+#include <fstream>
+#include <lmdb.h>
+#include <poll.h>
+#include <random>
+#include <sys/stat.h>
+#include <thread>
+
+namespace {
+
+using namespace wbtrvtest;
+namespace fs = std::filesystem;
+
+void Write(const fs::path &path, const std::string &content)
+{
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+// Carries out one call in a process of its own, after `prepare`.
+template <typename Prepare> int16_t InChild(const Prepare &prepare, const std::vector<Request> &requests)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) abort();
+    const pid_t child = fork();
+    if (child == 0) {
+        prepare();
+        PositionBlocks blocks{};
+        int16_t status = 0;
+        for (const Request &request : requests) {
+            status = Carry(blocks, request).Status;
+        }
+        _exit(write(ends[1], &status, sizeof status) == sizeof status ? 0 : 1);
+    }
+    close(ends[1]);
+    int16_t status = -1;
+    const bool got = read(ends[0], &status, sizeof status) == sizeof status;
+    close(ends[0]);
+    int end = 0;
+    waitpid(child, &end, 0);
+    EXPECT_TRUE(got) << "the child ended with " << end;
+    return status;
+}
+
+int16_t InChild(const std::vector<Request> &requests)
+{
+    return InChild([] {}, requests);
+}
+
+Request OpenRequest(const std::string &path, int8_t mode = 0)
+{
+    return {.Operation = BtrOpOpen, .Key = path, .KeyNumber = mode};
+}
+
+// Makes T with a, b, c in a process of its own, so that this one has not touched the books.
+void MakeT(const TempDirectory &directory)
+{
+    const std::string definition = DefinitionOfT();
+    std::vector<Request> requests = {{.Operation = BtrOpCreate,
+                                      .Data = definition,
+                                      .Length = static_cast<uint32_t>(definition.size()),
+                                      .Key = directory / "t.btr"},
+                                     OpenRequest(directory / "t.btr")};
+    for (const char *name : {"a", "b", "c"}) {
+        requests.push_back({.Operation = BtrOpInsert, .Data = RecordOfT(name, "x", 1), .Length = 64});
+    }
+    ASSERT_EQ(InChild(requests), BtrStatusOk);
+}
+
+// ---- Foreign and damaged books ----
+
+TEST(Books, AFileOfAnotherProgramIsForeign)
+{
+    const TempDirectory directory;
+    Local me;
+    Write(directory / "t.btr", "something else");
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
+    ASSERT_EQ(Create(me, directory / "u.btr", DefinitionOfT()).Status, BtrStatusOk);
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
+    EXPECT_EQ(Open(me, directory / "u.btr").Status, BtrStatusOk);
+}
+
+TEST(Books, BooksThatAreNoneAreForeignAndStayAsTheyAre)
+{
+    for (const std::string &content :
+         {std::string(), std::string("short"), std::string(100000, 'x'), std::string(8192, '\0')}) {
+        const TempDirectory directory;
+        Local me;
+        Write(directory / "books.mdb", content);
+        EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile) << content.size();
+        EXPECT_EQ(fs::file_size(directory / "books.mdb"), content.size());
+        if (!content.empty()) {
+            EXPECT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusForeignFile)
+                << content.size();
+            EXPECT_EQ(fs::file_size(directory / "books.mdb"), content.size());
+        }
+    }
+}
+
+TEST(Books, AnEmptyFileLeftByACreateThatDiedIsFilledByTheNext)
+{
+    const TempDirectory directory;
+    Local me;
+    Write(directory / "books.mdb", "");
+    EXPECT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+}
+
+// Changes the catalogue's head from outside.
+void PutIntoCatalogue(const std::string &path, const char *name, const std::string &value)
+{
+    MDB_env *env = nullptr;
+    MDB_txn *txn = nullptr;
+    MDB_dbi dbi = 0;
+    ASSERT_EQ(mdb_env_create(&env), 0);
+    ASSERT_EQ(mdb_env_open(env, path.c_str(), MDB_NOSUBDIR, 0666), 0);
+    ASSERT_EQ(mdb_txn_begin(env, nullptr, 0, &txn), 0);
+    ASSERT_EQ(mdb_dbi_open(txn, nullptr, 0, &dbi), 0);
+    std::string key = name;
+    std::string copy = value;
+    MDB_val keyVal{key.size(), key.data()};
+    MDB_val valueVal{copy.size(), copy.data()};
+    ASSERT_EQ(mdb_put(txn, dbi, &keyVal, &valueVal, 0), 0);
+    ASSERT_EQ(mdb_txn_commit(txn), 0);
+    mdb_env_close(env);
+}
+
+TEST(Books, AStoreOfAnotherProgramIsForeign)
+{
+    const TempDirectory directory;
+    PutIntoCatalogue(directory / "books.mdb", "key", "value");
+    Local me;
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
+    EXPECT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusForeignFile);
+}
+
+TEST(Books, ALaterFormatIsForeign)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    PutIntoCatalogue(directory / "books.mdb", "!format", std::string("WBTRVBKS\2\0\0\0\1\0\0\0", 16));
+    Local me;
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
+}
+
+TEST(Books, BooksThatWereCutOffAreRefused)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    Local me;
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    const uint64_t size = fs::file_size(directory / "books.mdb");
+    ASSERT_EQ(Close(me).Status, BtrStatusOk);
+    for (uint64_t length :
+         {size - 1, size / 2, uint64_t{9000}, uint64_t{8192}, uint64_t{8191}, uint64_t{100}}) {
+        const TempDirectory copy;
+        fs::copy_file(directory / "books.mdb", copy / "books.mdb");
+        fs::resize_file(copy / "books.mdb", length);
+        EXPECT_EQ(Open(me, copy / "t.btr").Status, BtrStatusForeignFile) << length << " of " << size;
+    }
+    // Cut while this process still knows them.
+    fs::resize_file(directory / "books.mdb", size / 2);
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
+}
+
+TEST(Books, PagesThatAreFreeMayBeMissingAtTheEnd)
+{
+    const TempDirectory directory;
+    {
+        Local me;
+        ASSERT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
+        ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+        const OnT<Local> t{me};
+        ASSERT_EQ(t.Insert("first", "x", 0).Status, BtrStatusOk);
+        ASSERT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        for (int i = 0; i < 3000; ++i) {
+            ASSERT_EQ(t.Insert("z" + std::to_string(i), "x", i).Status, BtrStatusOk);
+        }
+        ASSERT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+        ASSERT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        while (t.Read(BtrOpGetGreaterOrEqual, 0, "z").Status == BtrStatusOk) {
+            ASSERT_EQ(t.Delete().Status, BtrStatusOk);
+        }
+        ASSERT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    }
+    // Page by page, as long as nothing in use is lost.
+    const std::string books = directory / "books.mdb";
+    const uint64_t whole = fs::file_size(books);
+    uint64_t size = whole;
+    for (;;) {
+        const TempDirectory copy;
+        fs::copy_file(books, copy / "books.mdb");
+        fs::resize_file(copy / "books.mdb", size);
+        const int fd = open((copy / "books.mdb").c_str(), O_RDONLY | O_CLOEXEC);
+        const bool intact = wbtrv::OnlyFreePagesMissing(fd);
+        close(fd);
+        Local me;
+        const Answer opened = Open(me, copy / "t.btr");
+        ASSERT_EQ(opened.Status, intact ? BtrStatusOk : BtrStatusForeignFile);
+        if (!intact) break;
+        EXPECT_EQ(CountRecords(me), 1);
+        EXPECT_EQ(Name(OnT<Local>{me}.Read(BtrOpGetFirst, 1)), "first");
+        size -= 4096;
+    }
+    EXPECT_LT(size, whole);
+}
+
+// ---- Rights and file systems ----
+
+// Rights do not bind the administrator.
+void BecomeNobody()
+{
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(9);
+}
+
+struct Rights : testing::Test {
+    TempDirectory Directory;
+    std::string Books = Directory / "books.mdb";
+
+    void SetUp() override
+    {
+        MakeT(Directory);
+        Allow(0777, 0666);
+    }
+    void Allow(mode_t directory, mode_t books)
+    {
+        for (const char *name : {"books.mdb", "books.mdb-lock", "books.mdb-gate"}) {
+            ASSERT_EQ(chmod((Directory / name).c_str(), books), 0);
+        }
+        ASSERT_EQ(chmod(Directory.Path.c_str(), directory), 0);
+    }
+    void TearDown() override { chmod(Directory.Path.c_str(), 0700); }
+};
+
+TEST_F(Rights, WithThemEverythingWorks)
+{
+    EXPECT_EQ(InChild(BecomeNobody, {OpenRequest(Directory / "t.btr")}), BtrStatusOk);
+}
+
+TEST_F(Rights, WithoutAnyOnTheDirectoryNothingIsOpenedOrMade)
+{
+    Allow(0, 0666);
+    EXPECT_EQ(InChild(BecomeNobody, {OpenRequest(Directory / "t.btr")}), BtrStatusPermission);
+    EXPECT_EQ(InChild(BecomeNobody, {OpenRequest(Directory / "t.btr", BtrModeReadOnly)}),
+              BtrStatusPermission);
+}
+
+TEST_F(Rights, BooksThatCannotBeWrittenCanBeReadIfThatIsAllThatIsAsked)
+{
+    ASSERT_EQ(chmod(Books.c_str(), 0444), 0);
+    EXPECT_EQ(InChild(BecomeNobody, {OpenRequest(Directory / "t.btr")}), BtrStatusPermission);
+    const std::string path = Directory / "t.btr";
+    const Request open = OpenRequest(path, BtrModeReadOnly);
+    EXPECT_EQ(InChild(BecomeNobody, {open, {.Operation = BtrOpGetEqual, .Length = 64, .Key = "b"}}),
+              BtrStatusOk);
+    EXPECT_EQ(InChild(BecomeNobody,
+                      {open, {.Operation = BtrOpInsert, .Data = RecordOfT("d", "x", 1), .Length = 64}}),
+              BtrStatusAccessDenied);
+    EXPECT_EQ(
+        InChild(BecomeNobody, {open, {.Operation = BtrOpGetEqual + BtrBiasLock, .Length = 64, .Key = "b"}}),
+        BtrStatusAccessDenied);
+    // The same process does not get more by asking again.
+    EXPECT_EQ(InChild(BecomeNobody, {open, OpenRequest(path)}), BtrStatusPermission);
+}
+
+TEST_F(Rights, ADirectoryThatCannotBeWrittenTakesNoNewBooks)
+{
+    const TempDirectory empty;
+    ASSERT_EQ(chmod(empty.Path.c_str(), 0555), 0);
+    const std::string definition = DefinitionOfT();
+    EXPECT_EQ(InChild(BecomeNobody, {{.Operation = BtrOpCreate,
+                                      .Data = definition,
+                                      .Length = static_cast<uint32_t>(definition.size()),
+                                      .Key = empty / "t.btr"}}),
+              BtrStatusPermission);
+    EXPECT_TRUE(fs::is_empty(empty.Path));
+}
+
+TEST(FileSystems, NetworkOnesAreRefused)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    for (const uint32_t type : {0x6969u, 0x517Bu, 0xFE534D42u, 0xFF534D42u, 0x01021997u}) {
+        PretendFileSystem(type);
+        Local me;
+        EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusPermission) << std::hex << type;
+        EXPECT_EQ(Create(me, directory / "u.btr", DefinitionOfT()).Status, BtrStatusPermission)
+            << std::hex << type;
+    }
+    PretendFileSystem(0xEF53);
+    Local me;
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    PretendFileSystem(0);
+}
+
+TEST(FileSystems, AMediumThatCannotBeWrittenCanBeRead)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    fs::remove(directory / "books.mdb-lock");
+    fs::remove(directory / "books.mdb-gate");
+    PretendReadOnly(true);
+    {
+        Local me;
+        EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+        const OnT<Local> t{me};
+        EXPECT_EQ(Name(t.GetEqual("b")), "b");
+        EXPECT_EQ(Name(t.Read(BtrOpGetNext, 0)), "c");
+        EXPECT_EQ(CountRecords(me), 3);
+        EXPECT_EQ(t.Insert("d", "x", 1).Status, BtrStatusAccessDenied);
+        EXPECT_EQ(t.Update("c", "y", 1).Status, BtrStatusAccessDenied);
+        EXPECT_EQ(t.Delete().Status, BtrStatusAccessDenied);
+        EXPECT_EQ(t.GetEqual("b", BtrBiasLock).Status, BtrStatusAccessDenied);
+        EXPECT_EQ(Create(me, directory / "u.btr", DefinitionOfT()).Status, BtrStatusPermission);
+        EXPECT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        EXPECT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    }
+    const TempDirectory empty;
+    Local me;
+    EXPECT_EQ(Open(me, empty / "t.btr").Status, BtrStatusFileNotFound);
+    EXPECT_EQ(Create(me, empty / "t.btr", DefinitionOfT()).Status, BtrStatusPermission);
+    PretendReadOnly(false);
+}
+
+// ---- Lock files ----
+
+TEST(LockFile, AVanishedOneIsAnErrorUntilThoseWhoUsedItAreGone)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    {
+        const Remote a;
+        ASSERT_EQ(Open(a, directory / "t.btr").Status, BtrStatusOk);
+        const OnT<const Remote> t{a};
+        ASSERT_EQ(Name(t.GetEqual("a")), "a");
+        fs::remove(directory / "books.mdb-lock");
+        EXPECT_EQ(InChild({OpenRequest(directory / "t.btr")}), BtrStatusIoError);
+        EXPECT_EQ(t.Update("a", "y", 1).Status, BtrStatusIoError);
+        EXPECT_EQ(Open(a, directory / "t.btr", 1).Status, BtrStatusIoError);
+        EXPECT_EQ(Name(t.GetEqual("a")), "a");
+    }
+    EXPECT_EQ(InChild({OpenRequest(directory / "t.btr")}), BtrStatusOk);
+}
+
+TEST(LockFile, AVanishedGateIsAnErrorUntilThoseWhoUsedItAreGone)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    {
+        const Remote a;
+        ASSERT_EQ(Open(a, directory / "t.btr").Status, BtrStatusOk);
+        fs::remove(directory / "books.mdb-gate");
+        EXPECT_EQ(InChild({OpenRequest(directory / "t.btr")}), BtrStatusIoError);
+    }
+    EXPECT_EQ(InChild({OpenRequest(directory / "t.btr")}), BtrStatusOk);
+}
+
+TEST(LockFile, WhatAnotherProgramLeftThereDoesNoHarm)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    Write(directory / "books.mdb-lock", "garbage");
+    Write(directory / "books.mdb-gate", std::string(100, 'g'));
+    EXPECT_EQ(
+        InChild({OpenRequest(directory / "t.btr"), {.Operation = BtrOpGetEqual, .Length = 64, .Key = "b"}}),
+        BtrStatusOk);
+}
+
+TEST(Books, ReplacedBooksAreFoundAnew)
+{
+    const TempDirectory directory;
+    const TempDirectory saved;
+    Local me;
+    ASSERT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
+    fs::copy_file(directory / "books.mdb", saved / "books.mdb");
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    ASSERT_EQ(OnT<Local>{me}.Insert("a", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Close(me).Status, BtrStatusOk);
+    fs::rename(saved / "books.mdb", directory / "books.mdb");
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(me), 0);
+    EXPECT_EQ(OnT<Local>{me}.Insert("b", "x", 1).Status, BtrStatusOk);
+}
+
+TEST(Books, MoreDirectoriesThanAreKeptOpenCanBeUsedInTurn)
+{
+    Local me;
+    std::vector<std::unique_ptr<TempDirectory>> directories;
+    for (unsigned i = 0; i < 3 * wbtrv::limits.IdleStores; ++i) {
+        directories.push_back(std::make_unique<TempDirectory>());
+        const std::string path = *directories.back() / "t.btr";
+        ASSERT_EQ(Create(me, path, DefinitionOfT()).Status, BtrStatusOk);
+        ASSERT_EQ(Open(me, path).Status, BtrStatusOk);
+        ASSERT_EQ(OnT<Local>{me}.Insert(std::to_string(i), "x", 1).Status, BtrStatusOk);
+        ASSERT_EQ(Close(me).Status, BtrStatusOk);
+    }
+    for (size_t i = 0; i < directories.size(); ++i) {
+        ASSERT_EQ(Open(me, *directories[i] / "t.btr").Status, BtrStatusOk);
+        EXPECT_EQ(Name(OnT<Local>{me}.GetEqual(std::to_string(i))), std::to_string(i));
+        ASSERT_EQ(Close(me).Status, BtrStatusOk);
+    }
+}
+
+TEST(Books, FillingTheDiskIsTold)
+{
+    const TempDirectory directory;
+    wbtrv::limits.MapSize = size_t{1} << 19;
+    Local me;
+    ASSERT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    const OnT<Local> t{me};
+    ASSERT_EQ(t.Insert("first", "x", 0).Status, BtrStatusOk);
+    // In a transaction: it cannot be ended, only aborted.
+    ASSERT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    int16_t status = BtrStatusOk;
+    for (int i = 0; status == BtrStatusOk && i < 100000; ++i) {
+        status = t.Insert(std::to_string(i), "x", i).Status;
+    }
+    EXPECT_EQ(status, BtrStatusDiskFull);
+    EXPECT_EQ(t.Insert("more", "x", 0).Status, BtrStatusDiskFull);
+    EXPECT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusDiskFull);
+    EXPECT_EQ(t.Insert("more", "x", 0).Status, BtrStatusDiskFull);
+    EXPECT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusDiskFull);
+    EXPECT_EQ(me({.Operation = BtrOpAbort}).Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(me), 1);
+    // Without one: each change is whole or absent.
+    status = BtrStatusOk;
+    int inserted = 0;
+    ASSERT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    for (; inserted < 1400; ++inserted) {
+        ASSERT_EQ(t.Insert(std::to_string(inserted), "x", inserted).Status, BtrStatusOk);
+    }
+    ASSERT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    while (status == BtrStatusOk && inserted < 100000) {
+        status = t.Insert(std::to_string(inserted), "x", inserted).Status;
+        if (status == BtrStatusOk) ++inserted;
+    }
+    EXPECT_EQ(status, BtrStatusDiskFull);
+    EXPECT_EQ(CountRecords(me), inserted + 1);
+    ASSERT_EQ(Name(t.GetEqual("first")), "first");
+    wbtrv::limits.MapSize = size_t{64} << 30;
+}
+
+// ---- Loading ----
+
+struct Loading : testing::Test {
+    TempDirectory Directory;
+    std::string Path = Directory / "t.btr";
+    Local Me;
+    OnT<Local> T{Me};
+
+    void SetUp() override
+    {
+        ASSERT_EQ(Create(Me, Path, DefinitionOfT()).Status, BtrStatusOk);
+        ASSERT_EQ(Create(Me, Directory / "n.btr", DefinitionOfN()).Status, BtrStatusOk);
+    }
+};
+
+TEST_F(Loading, IsForOneClientAloneInTheDirectory)
+{
+    const Remote other;
+    ASSERT_EQ(Open(Me, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+    EXPECT_EQ(Open(other, Path).Status, BtrStatusIncompatibleMode);
+    EXPECT_EQ(Open(other, Directory / "n.btr").Status, BtrStatusIncompatibleMode);
+    EXPECT_EQ(Open(Me, Directory / "n.btr", 1, BtrModeLoading).Status, BtrStatusOk);
+    EXPECT_EQ(Open(Me, Directory / "n.btr", 2).Status, BtrStatusOk);
+    EXPECT_EQ(Close(Me).Status, BtrStatusOk);
+    EXPECT_EQ(Open(other, Path).Status, BtrStatusIncompatibleMode);
+    EXPECT_EQ(Close(Me, 1).Status, BtrStatusOk);
+    EXPECT_EQ(Open(other, Path).Status, BtrStatusOk);
+    EXPECT_EQ(Open(Me, Path, 0, BtrModeLoading).Status, BtrStatusIncompatibleMode);
+    EXPECT_EQ(Close(other).Status, BtrStatusOk);
+    EXPECT_EQ(Open(Me, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+}
+
+TEST_F(Loading, MakesWhatWasLoadedVisibleWithItsClose)
+{
+    ASSERT_EQ(Open(Me, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+    wbtrv::limits.LoadingChanges = 1000;
+    for (int i = 0; i < 2000; ++i) {
+        ASSERT_EQ(T.Insert(std::to_string(i), "x", i).Status, BtrStatusOk);
+    }
+    EXPECT_EQ(T.Insert("7", "x", 0).Status, BtrStatusDuplicateKey);
+    EXPECT_EQ(CountRecords(Me), 2000);
+    ASSERT_EQ(Name(T.GetEqual("5")), "5");
+    ASSERT_EQ(T.Delete().Status, BtrStatusOk);
+    ASSERT_EQ(Name(T.GetEqual("6")), "6");
+    ASSERT_EQ(T.Update("6", "y", 6).Status, BtrStatusOk);
+    ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    wbtrv::limits.LoadingChanges = 100000;
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(other), 1999);
+    EXPECT_EQ(Name(OnT<const Remote>{other}.Read(BtrOpGetEqual, 1, "y")), "6");
+}
+
+TEST_F(Loading, EndsAlsoWithResetAndWithTheThread)
+{
+    ASSERT_EQ(Open(Me, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+    ASSERT_EQ(T.Insert("a", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpReset}).Status, BtrStatusOk);
+    std::thread([&] {
+        PositionBlocks blocks{};
+        const auto client = [&](const Request &request) { return Carry(blocks, request); };
+        ASSERT_EQ(Open(client, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+        ASSERT_EQ(OnT<decltype(client)>{client}.Insert("b", "x", 1).Status, BtrStatusOk);
+    }).join();
+    ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(Me), 2);
+}
+
+TEST_F(Loading, ATransactionInsideUndoesOnlyItself)
+{
+    ASSERT_EQ(Open(Me, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+    ASSERT_EQ(T.Insert("a", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    ASSERT_EQ(T.Insert("b", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpAbort}).Status, BtrStatusOk);
+    ASSERT_EQ(T.Insert("c", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(Me), 2);
+    EXPECT_EQ(T.GetEqual("b").Status, BtrStatusKeyNotFound);
+}
+
+TEST_F(Loading, AKilledLoadLeavesBooksInOrder)
+{
+    wbtrv::limits.LoadingChanges = 4000;
+    for (const int count : {10, 900, 2500}) {
+        Remote loader;
+        ASSERT_EQ(Open(loader, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+        const OnT<Remote> t{loader};
+        for (int i = 0; i < count; ++i) {
+            ASSERT_EQ(t.Insert(std::to_string(10 * count + i), "x", i).Status, BtrStatusOk);
+        }
+        loader.Kill();
+        ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+        const int64_t kept = CountRecords(Me);
+        int64_t along = 0;
+        for (uint16_t operation = BtrOpGetFirst; T.Read(operation, 2).Status == BtrStatusOk;
+             operation = BtrOpGetNext) {
+            ++along;
+        }
+        EXPECT_EQ(along, kept);
+        // Only whole batches are there: 1000 records with three keys each make one.
+        EXPECT_EQ(kept, count == 2500 ? 2000 : 0);
+        ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    }
+}
+
+// ---- Threads and forks ----
+
+struct Sharing : testing::Test {
+    TempDirectory Directory;
+    std::string Path = Directory / "t.btr";
+    Local Me;
+    OnT<Local> T{Me};
+
+    void SetUp() override
+    {
+        ASSERT_EQ(Create(Me, Path, DefinitionOfT()).Status, BtrStatusOk);
+        ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+        ASSERT_EQ(T.Insert("a", "x", 1).Status, BtrStatusOk);
+        ASSERT_EQ(T.Insert("b", "x", 5).Status, BtrStatusOk);
+    }
+};
+
+TEST_F(Sharing, AnotherThreadsPositionBlockIsNotOpen)
+{
+    std::thread([&] {
+        EXPECT_EQ(Carry(Me.Blocks, {.Operation = BtrOpGetFirst, .Length = 64}).Status, BtrStatusNotOpen);
+        EXPECT_EQ(Carry(Me.Blocks, {.Operation = BtrOpClose}).Status, BtrStatusNotOpen);
+    }).join();
+    EXPECT_EQ(Name(T.Read(BtrOpGetFirst, 0)), "a");
+}
+
+TEST_F(Sharing, ThreadsAreClientsOfTheirOwn)
+{
+    ASSERT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpBeginConcurrent}).Status, BtrStatusOk);
+    std::thread([&] {
+        Local you;
+        ASSERT_EQ(Open(you, Path).Status, BtrStatusOk);
+        const OnT<Local> t{you};
+        EXPECT_EQ(t.GetEqual("a", BtrBiasLock).Status, BtrStatusRecordLocked);
+        EXPECT_EQ(you({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        EXPECT_EQ(you({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+        ASSERT_EQ(Name(t.GetEqual("b")), "b");
+        EXPECT_EQ(t.Update("b", "y", 5).Status, BtrStatusOk);
+    }).join();
+    EXPECT_EQ(Me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+}
+
+TEST_F(Sharing, AThreadThatEndsLeavesNeitherLocksNorChangesNorOpenFiles)
+{
+    std::thread([&] {
+        PositionBlocks blocks{};
+        const auto you = [&](const Request &request) { return Carry(blocks, request); };
+        ASSERT_EQ(Open(you, Path).Status, BtrStatusOk);
+        const OnT<decltype(you)> t{you};
+        ASSERT_EQ(t.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+        ASSERT_EQ(you({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        ASSERT_EQ(t.Insert("c", "x", 1).Status, BtrStatusOk);
+    }).join();
+    EXPECT_EQ(T.GetEqual("c").Status, BtrStatusKeyNotFound);
+    EXPECT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    EXPECT_EQ(T.Update("a", "y", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    EXPECT_EQ(Open(Me, Path, 0, BtrModeExclusive).Status, BtrStatusOk);
+}
+
+TEST_F(Sharing, AForkedChildStartsAfresh)
+{
+    ASSERT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool dropped =
+            Carry(Me.Blocks, {.Operation = BtrOpGetFirst, .Length = 64}).Status == BtrStatusNotOpen;
+        PositionBlocks blocks{};
+        const auto you = [&](const Request &request) { return Carry(blocks, request); };
+        const OnT<decltype(you)> t{you};
+        const bool opens = Open(you, Path).Status == BtrStatusOk;
+        const bool reads = Name(t.GetEqual("b")) == "b";
+        const bool locked = t.GetEqual("a", BtrBiasLock).Status == BtrStatusRecordLocked;
+        const bool writes = t.Insert("c", "x", 1).Status == BtrStatusOk;
+        _exit(dropped && opens && reads && locked && writes ? 0 : 1);
+    }
+    int end = 0;
+    waitpid(child, &end, 0);
+    EXPECT_EQ(end, 0);
+    // The child's end takes nothing from the parent.
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    EXPECT_EQ(OnT<const Remote>{other}.GetEqual("a", BtrBiasLock).Status, BtrStatusRecordLocked);
+    EXPECT_EQ(Name(T.GetEqual("c")), "c");
+    EXPECT_EQ(T.Update("c", "y", 1).Status, BtrStatusOk);
+}
+
+TEST_F(Sharing, AForkInsideATransactionLeavesItToTheParent)
+{
+    ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    ASSERT_EQ(T.Insert("c", "x", 1).Status, BtrStatusOk);
+    EXPECT_EQ(InChild({{.Operation = BtrOpEnd}}), BtrStatusNoTransaction);
+    EXPECT_EQ(InChild({OpenRequest(Path), {.Operation = BtrOpGetEqual, .Length = 64, .Key = "c"}}),
+              BtrStatusKeyNotFound);
+    ASSERT_EQ(Me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    EXPECT_EQ(InChild({OpenRequest(Path), {.Operation = BtrOpGetEqual, .Length = 64, .Key = "c"}}),
+              BtrStatusOk);
+}
+
+TEST(Forks, ALivingChildDoesNotKeepTheLocksOfADeadParent)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t parent = fork();
+    if (parent == 0) {
+        PositionBlocks blocks{};
+        const auto client = [&](const Request &request) { return Carry(blocks, request); };
+        const bool locked = Open(client, directory / "t.btr", 0).Status == BtrStatusOk &&
+                            OnT<decltype(client)>{client}.GetEqual("a", BtrBiasLock).Status == BtrStatusOk;
+        const pid_t child = fork();
+        if (child == 0) {
+            // Outlives its parent, until the test closes the pipe.
+            char byte = 0;
+            close(ends[1]);
+            (void)!read(ends[0], &byte, 1);
+            _exit(0);
+        }
+        _exit(locked ? 0 : 1);
+    }
+    int end = 0;
+    waitpid(parent, &end, 0);
+    ASSERT_EQ(end, 0);
+    Local me;
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    EXPECT_EQ(OnT<Local>{me}.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST_F(Sharing, ResetAndStopEndEverythingOfTheClient)
+{
+    for (const uint16_t operation : {BtrOpReset, BtrOpStop}) {
+        ASSERT_EQ(Me({.Operation = BtrOpReset}).Status, BtrStatusOk);
+        ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+        ASSERT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+        ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        ASSERT_EQ(T.Insert("c", "x", 1).Status, BtrStatusOk);
+        EXPECT_EQ(Me({.Operation = operation}).Status, BtrStatusOk);
+        EXPECT_EQ(T.GetEqual("a").Status, BtrStatusNotOpen);
+        EXPECT_EQ(Me({.Operation = BtrOpEnd}).Status, BtrStatusNoTransaction);
+        const Remote other;
+        ASSERT_EQ(Open(other, Path, 0, BtrModeExclusive).Status, BtrStatusOk);
+        EXPECT_EQ(CountRecords(other), 2);
+        EXPECT_EQ(OnT<const Remote>{other}.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    }
+}
+
+TEST_F(Sharing, ThePlacesOfAFileThatOthersReplacedAreForgotten)
+{
+    // Another process replaces the file again and again; this one opens each of them.
+    ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    const Remote other;
+    for (unsigned i = 0; i < 20; ++i) {
+        ASSERT_EQ(Create(other, Path, DefinitionOfT()).Status, BtrStatusOk);
+        ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+        EXPECT_EQ(CountRecords(Me), 0);
+        ASSERT_EQ(T.Insert("a", "x", 1).Status, BtrStatusOk);
+        ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    }
+}
+
+// ---- Waiting ----
+
+TEST_F(Sharing, AWaitingRequestIsGrantedWhenTheLockIsFree)
+{
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    ASSERT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    ASSERT_EQ(T.Update("a", "y", 7).Status, BtrStatusOk);
+    ASSERT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    other.Send({.Operation = BtrOpGetEqual + BtrBiasWaitLock, .Length = 64, .Key = "a"});
+    ASSERT_EQ(T.Update("a", "z", 8).Status, BtrStatusOk);
+    const Answer got = other.Receive();
+    EXPECT_EQ(got.Status, BtrStatusOk);
+    // What is handed over was read under the lock.
+    EXPECT_EQ(got.Data, RecordOfT("a", "z", 8));
+    EXPECT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusRecordLocked);
+}
+
+TEST_F(Sharing, AWaitingRequestGivesUpAfterItsTime)
+{
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    ASSERT_EQ(T.GetEqual("a", BtrBiasMultiple).Status, BtrStatusOk);
+    for (const uint16_t bias : {BtrBiasWaitLock, BtrBiasWaitMultiple}) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(OnT<const Remote>{other}.GetEqual("a", bias).Status, BtrStatusRecordLocked);
+        EXPECT_GE(std::chrono::steady_clock::now() - start,
+                  std::chrono::milliseconds(wbtrv::limits.LockWait_ms));
+    }
+}
+
+TEST_F(Sharing, OneOfTwoThatWaitForEachOtherIsTold)
+{
+    const Remote a;
+    const Remote b;
+    ASSERT_EQ(Open(a, Path).Status, BtrStatusOk);
+    ASSERT_EQ(Open(b, Path).Status, BtrStatusOk);
+    const OnT<const Remote> ta{a};
+    const OnT<const Remote> tb{b};
+    ASSERT_EQ(ta.GetEqual("a", BtrBiasMultiple).Status, BtrStatusOk);
+    ASSERT_EQ(tb.GetEqual("b", BtrBiasMultiple).Status, BtrStatusOk);
+    a.Send({.Operation = BtrOpGetEqual + BtrBiasWaitMultiple, .Length = 64, .Key = "b"});
+    b.Send({.Operation = BtrOpGetEqual + BtrBiasWaitMultiple, .Length = 64, .Key = "a"});
+    pollfd ends[2] = {{a.Socket, POLLIN, 0}, {b.Socket, POLLIN, 0}};
+    ASSERT_GT(poll(ends, 2, 10000), 0);
+    const bool first = (ends[0].revents & POLLIN) != 0;
+    const Remote &loser = first ? a : b;
+    const Remote &winner = first ? b : a;
+    EXPECT_EQ(loser.Receive().Status, BtrStatusDeadlock);
+    ASSERT_EQ(OnT<const Remote>{loser}.Unlock(BtrUnlockAll).Status, BtrStatusOk);
+    EXPECT_EQ(winner.Receive().Status, BtrStatusOk);
+}
+
+TEST_F(Sharing, SingleAndMultipleLocksDoNotMixOnOnePositionBlock)
+{
+    ASSERT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    EXPECT_EQ(T.GetEqual("b", BtrBiasMultiple).Status, BtrStatusBadLockType);
+    ASSERT_EQ(T.Unlock(0).Status, BtrStatusOk);
+    ASSERT_EQ(T.GetEqual("b", BtrBiasMultiple).Status, BtrStatusOk);
+    EXPECT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusBadLockType);
+    EXPECT_EQ(T.Unlock(0).Status, BtrStatusUnlockMismatch);
+    EXPECT_EQ(T.Insert("c", "x", 1, 0, BtrBiasLock).Status, BtrStatusBadLockType);
+    EXPECT_EQ(CountRecords(Me), 2);
+}
+
+TEST_F(Sharing, AnInsertCanLockTheNewRecord)
+{
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    const OnT<const Remote> o{other};
+    ASSERT_EQ(T.Insert("c", "x", 1, 0, BtrBiasLock).Status, BtrStatusOk);
+    EXPECT_EQ(o.GetEqual("c", BtrBiasLock).Status, BtrStatusRecordLocked);
+    ASSERT_EQ(T.Insert("d", "x", 1, 0, BtrBiasLock).Status, BtrStatusOk);
+    EXPECT_EQ(o.GetEqual("c", BtrBiasLock).Status, BtrStatusOk);
+    EXPECT_EQ(o.GetEqual("d", BtrBiasLock).Status, BtrStatusRecordLocked);
+    ASSERT_EQ(T.Delete().Status, BtrStatusOk);
+    EXPECT_EQ(T.Unlock(0).Status, BtrStatusUnlockMismatch);
+}
+
+TEST_F(Sharing, TwoPositionBlocksOfAClientShareARecordsLock)
+{
+    ASSERT_EQ(Open(Me, Path, 1).Status, BtrStatusOk);
+    const OnT<Local> second{Me, 1};
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    const OnT<const Remote> o{other};
+    ASSERT_EQ(T.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+    ASSERT_EQ(second.GetEqual("a", BtrBiasMultiple).Status, BtrStatusOk);
+    ASSERT_EQ(T.Unlock(0).Status, BtrStatusOk);
+    EXPECT_EQ(o.GetEqual("a", BtrBiasLock).Status, BtrStatusRecordLocked);
+    EXPECT_EQ(T.Update("a", "y", 1).Status, BtrStatusOk);
+    EXPECT_EQ(o.GetEqual("a", BtrBiasLock).Status, BtrStatusRecordLocked);
+    ASSERT_EQ(Close(Me, 1).Status, BtrStatusOk);
+    EXPECT_EQ(o.GetEqual("a", BtrBiasLock).Status, BtrStatusOk);
+}
+
+TEST_F(Sharing, ASecondWriterWaitsAndThenIsToldSo)
+{
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    const OnT<const Remote> o{other};
+    ASSERT_EQ(other({.Operation = BtrOpBeginConcurrent}).Status, BtrStatusOk);
+    ASSERT_EQ(o.Insert("c", "x", 1).Status, BtrStatusOk);
+    EXPECT_EQ(T.Insert("d", "x", 1).Status, BtrStatusRecordLocked);
+    EXPECT_EQ(Create(Me, Directory / "u.btr", DefinitionOfT()).Status, BtrStatusRecordLocked);
+    ASSERT_EQ(other({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    EXPECT_EQ(T.Insert("d", "x", 1).Status, BtrStatusOk);
+
+    ASSERT_EQ(Create(Me, Directory / "u.btr", DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Open(other, Directory / "u.btr", 1).Status, BtrStatusOk);
+    ASSERT_EQ(other({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    ASSERT_EQ((OnT<const Remote>{other, 1}.Insert("c", "x", 1).Status), BtrStatusOk);
+    // Another file of the directory, but the one writer is in an exclusive transaction.
+    EXPECT_EQ(T.Insert("e", "x", 1).Status, BtrStatusFileLocked);
+}
+
+TEST_F(Sharing, MomentaryLocksOfUpdatesAreNotSeenByRequests)
+{
+    // One client updates a record without end; the other's no-wait requests never fail for it.
+    const Remote other;
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    const OnT<const Remote> o{other};
+    ASSERT_EQ(Name(o.GetEqual("b")), "b");
+    for (int i = 0; i < 50; ++i) {
+        other.Send({.Operation = BtrOpUpdate, .Data = RecordOfT("b", "x", i), .Length = 64});
+        const Answer locked = T.GetEqual("b", BtrBiasLock);
+        EXPECT_EQ(locked.Status, BtrStatusOk);
+        ASSERT_EQ(T.Unlock(0).Status, BtrStatusOk);
+        EXPECT_EQ(other.Receive().Status, BtrStatusOk);
+    }
+}
+
+// ---- The file's size ----
+
+TEST_F(Sharing, AnIdleReaderDoesNotMakeTheFileGrow)
+{
+    const Remote reader;
+    ASSERT_EQ(Open(reader, Path).Status, BtrStatusOk);
+    ASSERT_EQ(Name(OnT<const Remote>{reader}.GetEqual("a")), "a");
+    ASSERT_EQ(Name(T.GetEqual("a")), "a");
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
+    }
+    const uint64_t size = fs::file_size(Directory / "books.mdb");
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
+    }
+    EXPECT_LE(fs::file_size(Directory / "books.mdb"), size + 16 * 4096);
+}
+
+TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        wbtrv::Store *store = nullptr;
+        MDB_txn *snapshot = nullptr;
+        const bool reads = wbtrv::AcquireStore(Directory.Path.c_str(), false, false, &store) == BtrStatusOk &&
+                           wbtrv::BeginSnapshot(store, &snapshot) == BtrStatusOk;
+        // Gone with its snapshot open, as a killed process is.
+        _exit(reads ? 0 : 1);
+    }
+    int end = 0;
+    waitpid(child, &end, 0);
+    ASSERT_EQ(end, 0);
+    wbtrv::Store *store = nullptr;
+    ASSERT_EQ(wbtrv::AcquireStore(Directory.Path.c_str(), false, false, &store), BtrStatusOk);
+    ASSERT_EQ(Name(T.GetEqual("a")), "a");
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
+    }
+    store->LastReaderCheck_s = 0; // as if a second had passed
+    const uint64_t size = fs::file_size(Directory / "books.mdb");
+    for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
+    }
+    EXPECT_LE(fs::file_size(Directory / "books.mdb"), size + 64 * 4096);
+    wbtrv::ReleaseStore(store);
+}
+
+// ---- Arguments that are none ----
+
+TEST(Arguments, VersionTellsOneBlock)
+{
+    Local me;
+    const Answer answer = me({.Operation = BtrOpVersion, .Length = 15});
+    EXPECT_EQ(answer.Status, BtrStatusOk);
+    EXPECT_EQ(answer.Length, 5u);
+    EXPECT_EQ(answer.Data.substr(0, 5), std::string("\x07\0\0\0W", 5));
+    EXPECT_EQ(me({.Operation = BtrOpVersion, .Length = 4}).Status, BtrStatusDataBufferShort);
+}
+
+TEST_F(Sharing, NullPointersAreAnsweredWithAStatus)
+{
+    std::vector<uint8_t> data(64);
+    uint32_t length = 64;
+    std::array<char, 256> key{};
+    uint8_t *block = Me.Blocks[0].data();
+    for (unsigned code = 0; code < 1700; ++code) {
+        const auto operation = static_cast<uint16_t>(code);
+        if (code % 100 == BtrOpClose || code % 100 == BtrOpStop || code % 100 == BtrOpReset) continue;
+        for (const int8_t number : std::vector<int8_t>{0, -1, -2, 3}) {
+            BTRCALL(operation, nullptr, nullptr, nullptr, nullptr, 255, number);
+            BTRCALL(operation, nullptr, data.data(), &length, key.data(), 255, number);
+            BTRCALL(operation, block, nullptr, nullptr, nullptr, 255, number);
+            BTRCALL(operation, block, data.data(), nullptr, key.data(), 255, number);
+            BTRCALL(operation, block, nullptr, &length, key.data(), 255, number);
+            BTRCALL(operation, block, data.data(), &length, nullptr, 255, number);
+            BTRCALL(operation, block, nullptr, nullptr, key.data(), 0, number);
+            BTRCALL(BtrOpAbort, nullptr, nullptr, nullptr, nullptr, 0, 0);
+        }
+    }
+    length = 64;
+    EXPECT_EQ(BTRCALL(BtrOpGetFirst, nullptr, data.data(), &length, key.data(), 255, 0),
+              BtrStatusBadPositionBlock);
+    EXPECT_EQ(BTRCALL(BtrOpOpen, nullptr, nullptr, nullptr, key.data(), 255, 0), BtrStatusBadPositionBlock);
+    EXPECT_EQ(BTRCALL(BtrOpOpen, block, nullptr, nullptr, nullptr, 255, 0), BtrStatusBadName);
+    EXPECT_EQ(BTRCALL(BtrOpGetFirst, block, nullptr, nullptr, key.data(), 255, 0), BtrStatusDataBufferShort);
+    EXPECT_EQ(BTRCALL(BtrOpGetFirst, block, data.data(), nullptr, key.data(), 255, 0),
+              BtrStatusDataBufferShort);
+    EXPECT_EQ(BTRCALL(BtrOpGetFirst, block, data.data(), &length, nullptr, 255, 0), BtrStatusKeyBufferShort);
+    EXPECT_EQ(BTRCALL(BtrOpStepFirst, block, data.data(), &length, nullptr, 0, 0), BtrStatusOk);
+    EXPECT_EQ(BTRCALL(BtrOpInsert, block, nullptr, &length, key.data(), 255, 0), BtrStatusDataBufferShort);
+    EXPECT_EQ(BTRCALL(BtrOpCreate, nullptr, nullptr, nullptr, nullptr, 0, 0), BtrStatusBadName);
+    EXPECT_EQ(BTRCALL(BtrOpStat, block, nullptr, nullptr, nullptr, 0, 0), BtrStatusDataBufferShort);
+    EXPECT_EQ(BTRCALL(BtrOpGetDirect, block, nullptr, &length, key.data(), 255, 0), BtrStatusDataBufferShort);
+    EXPECT_EQ(BTRCALL(BtrOpUnlock, block, nullptr, nullptr, nullptr, 0, -1), BtrStatusDataBufferShort);
+    EXPECT_EQ(BTRCALL(BtrOpVersion, nullptr, nullptr, nullptr, nullptr, 0, 0), BtrStatusDataBufferShort);
+}
+
+TEST_F(Sharing, AGarbagePositionBlockIsNotOpen)
+{
+    std::mt19937 random(7);
+    const auto good = Me.Blocks[0];
+    for (unsigned i = 0; i < 2000; ++i) {
+        auto &block = Me.Blocks[2];
+        block = good;
+        // Anything but the image itself; only the part that is in use counts.
+        const size_t changes = 1 + random() % 8;
+        for (size_t j = 0; j < changes; ++j) {
+            block[random() % 24] ^= static_cast<uint8_t>(1 + random() % 255);
+        }
+        memset(block.data() + 12, i % 2 == 0 ? 0 : 0xFF, 4); // reserved
+        if (memcmp(block.data(), good.data(), 12) == 0 && memcmp(block.data() + 16, good.data() + 16, 8) == 0)
+            continue;
+        for (const uint16_t operation : {BtrOpGetFirst, BtrOpInsert, BtrOpClose, BtrOpStat, BtrOpUnlock}) {
+            EXPECT_EQ(
+                Me({.Operation = operation, .Block = 2, .Data = RecordOfT("q", "q", 1), .Length = 64}).Status,
+                BtrStatusNotOpen);
+        }
+    }
+    EXPECT_EQ(Name(T.Read(BtrOpGetFirst, 0)), "a");
+}
+
+TEST_F(Sharing, AClosedPositionBlockIsNotOpenEvenIfItsImageWasKept)
+{
+    const auto image = Me.Blocks[0];
+    ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    Me.Blocks[0] = image;
+    EXPECT_EQ(T.Read(BtrOpGetFirst, 0).Status, BtrStatusNotOpen);
+    ASSERT_EQ(Open(Me, Path, 1).Status, BtrStatusOk);
+    Me.Blocks[0] = image;
+    EXPECT_EQ(T.Read(BtrOpGetFirst, 0).Status, BtrStatusNotOpen);
+}
+
+} // namespace

@@ -1,0 +1,358 @@
+#include "faults.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <lmdb.h>
+#include <mutex>
+#include <sys/uio.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define WITH_SANITIZER 1
+#else
+#define WITH_SANITIZER 0
+#endif
+
+namespace wbtrvtest {
+
+namespace {
+
+struct Armed {
+    Fault What = Fault::None;
+    uint64_t Nth = 0;
+    uint64_t Count = 0;
+    bool ForEver = false;
+    bool Failed = false;
+    unsigned Inside = 0; // calls that the store makes to carry out one of its own are no store calls
+};
+thread_local constinit Armed armed;
+
+std::atomic<uint32_t> fileSystemType{0};
+std::atomic<bool> readOnly{false};
+
+bool Fails(Fault fault)
+{
+    if (armed.What != fault) return false;
+    const uint64_t count = ++armed.Count;
+    const bool fails = armed.ForEver ? count >= armed.Nth : count == armed.Nth;
+    armed.Failed = armed.Failed || fails;
+    return fails;
+}
+
+template <typename Function> Function *Real(const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+// ---- Recording ----
+
+std::mutex recordMutex;
+std::atomic<bool> recording{false};
+std::string recordedName;
+std::vector<DiskEvent> events;
+
+bool IsRecorded(int fd)
+{
+    if (!recording) return false;
+    std::array<char, PATH_MAX> path{};
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    const ssize_t length = readlink(link.c_str(), path.data(), path.size() - 1);
+    if (length <= 0) return false;
+    const std::string name(path.data(), static_cast<size_t>(length));
+    return name.size() > recordedName.size() &&
+           name.compare(name.size() - recordedName.size() - 1, std::string::npos, "/" + recordedName) == 0;
+}
+
+void Record(DiskEvent event)
+{
+    const std::lock_guard lock(recordMutex);
+    events.push_back(std::move(event));
+}
+
+bool WaitsForDisk(int fd)
+{
+    const int flags = fcntl(fd, F_GETFL);
+    return flags >= 0 && (flags & (O_DSYNC | O_SYNC)) != 0;
+}
+
+} // namespace
+
+void Arm(Fault fault, uint64_t nth, bool forEver)
+{
+    armed = {};
+    armed.Nth = nth;
+    armed.ForEver = forEver;
+    armed.What = fault;
+}
+
+uint64_t Disarm()
+{
+    armed.What = Fault::None;
+    return armed.Count;
+}
+
+bool HasFailed() { return armed.Failed; }
+
+bool CanFailAllocations() { return WITH_SANITIZER == 0; }
+
+void PretendFileSystem(uint32_t type) { fileSystemType = type; }
+void PretendReadOnly(bool value) { readOnly = value; }
+
+void StartRecording(const std::string &fileName)
+{
+    const std::lock_guard lock(recordMutex);
+    recordedName = fileName;
+    events.clear();
+    recording = true;
+}
+
+void Note(uint64_t what) { Record({DiskEvent::Returned, what, {}, false}); }
+
+std::vector<DiskEvent> StopRecording()
+{
+    recording = false;
+    const std::lock_guard lock(recordMutex);
+    return std::move(events);
+}
+
+} // namespace wbtrvtest
+
+using namespace wbtrvtest;
+
+// What follows stands before the C library's and the store's functions of the same names.
+#define CAUGHT extern "C" __attribute__((visibility("default")))
+
+#if !WITH_SANITIZER
+extern "C" {
+void *__libc_malloc(size_t size);
+void *__libc_calloc(size_t count, size_t size);
+void *__libc_realloc(void *old, size_t size);
+}
+
+CAUGHT void *malloc(size_t size)
+{
+    if (Fails(Fault::Allocation)) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return __libc_malloc(size);
+}
+
+CAUGHT void *calloc(size_t count, size_t size)
+{
+    if (Fails(Fault::Allocation)) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return __libc_calloc(count, size);
+}
+
+CAUGHT void *realloc(void *old, size_t size)
+{
+    if (Fails(Fault::Allocation)) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return __libc_realloc(old, size);
+}
+#endif
+
+CAUGHT ssize_t pwrite(int fd, const void *from, size_t size, off_t offset)
+{
+    static auto *real = Real<ssize_t(int, const void *, size_t, off_t)>("pwrite");
+    if (Fails(Fault::Write)) {
+        errno = ENOSPC;
+        return -1;
+    }
+    if (IsRecorded(fd)) {
+        Record({DiskEvent::Written,
+                static_cast<uint64_t>(offset),
+                {static_cast<const char *>(from), size},
+                WaitsForDisk(fd)});
+    }
+    return real(fd, from, size, offset);
+}
+
+CAUGHT ssize_t pwrite64(int fd, const void *from, size_t size, off_t offset)
+{
+    return pwrite(fd, from, size, offset);
+}
+
+CAUGHT ssize_t write(int fd, const void *from, size_t size)
+{
+    static auto *real = Real<ssize_t(int, const void *, size_t)>("write");
+    if (IsRecorded(fd)) {
+        if (Fails(Fault::Write)) {
+            errno = ENOSPC;
+            return -1;
+        }
+        Record({DiskEvent::Written,
+                static_cast<uint64_t>(lseek(fd, 0, SEEK_CUR)),
+                {static_cast<const char *>(from), size},
+                WaitsForDisk(fd)});
+    }
+    return real(fd, from, size);
+}
+
+CAUGHT ssize_t pwritev(int fd, const iovec *parts, int count, off_t offset)
+{
+    static auto *real = Real<ssize_t(int, const iovec *, int, off_t)>("pwritev");
+    if (Fails(Fault::Write)) {
+        errno = ENOSPC;
+        return -1;
+    }
+    if (IsRecorded(fd)) {
+        std::string data;
+        for (int i = 0; i < count; ++i) {
+            data.append(static_cast<const char *>(parts[i].iov_base), parts[i].iov_len);
+        }
+        Record({DiskEvent::Written, static_cast<uint64_t>(offset), data, WaitsForDisk(fd)});
+    }
+    return real(fd, parts, count, offset);
+}
+
+CAUGHT ssize_t pwritev64(int fd, const iovec *parts, int count, off_t offset)
+{
+    return pwritev(fd, parts, count, offset);
+}
+
+CAUGHT int fdatasync(int fd)
+{
+    static auto *real = Real<int(int)>("fdatasync");
+    if (Fails(Fault::Sync)) {
+        errno = EIO;
+        return -1;
+    }
+    const int result = real(fd);
+    if (result == 0 && IsRecorded(fd)) Record({DiskEvent::Synced, 0, {}, false});
+    return result;
+}
+
+CAUGHT int fsync(int fd)
+{
+    static auto *real = Real<int(int)>("fsync");
+    if (Fails(Fault::Sync)) {
+        errno = EIO;
+        return -1;
+    }
+    const int result = real(fd);
+    if (result == 0 && IsRecorded(fd)) Record({DiskEvent::Synced, 0, {}, false});
+    return result;
+}
+
+CAUGHT int ftruncate(int fd, off_t length)
+{
+    static auto *real = Real<int(int, off_t)>("ftruncate");
+    if (IsRecorded(fd)) Record({DiskEvent::Cut, static_cast<uint64_t>(length), {}, false});
+    return real(fd, length);
+}
+
+CAUGHT int fstatfs(int fd, struct statfs *found) noexcept
+{
+    static auto *real = Real<int(int, struct statfs *)>("fstatfs");
+    const int result = real(fd, found);
+    if (result == 0 && fileSystemType != 0)
+        found->f_type = static_cast<decltype(found->f_type)>(fileSystemType.load());
+    return result;
+}
+
+namespace {
+
+bool Refuses(int flags) { return readOnly && ((flags & O_ACCMODE) != O_RDONLY || (flags & O_CREAT) != 0); }
+
+mode_t ModeOf(int flags, va_list arguments)
+{
+    return (flags & O_CREAT) != 0 ? static_cast<mode_t>(va_arg(arguments, int)) : 0;
+}
+
+} // namespace
+
+CAUGHT int open(const char *path, int flags, ...)
+{
+    static auto *real = Real<int(const char *, int, ...)>("open");
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = ModeOf(flags, arguments);
+    va_end(arguments);
+    if (Refuses(flags)) {
+        errno = EROFS;
+        return -1;
+    }
+    return real(path, flags, mode);
+}
+
+CAUGHT int open64(const char *path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = ModeOf(flags, arguments);
+    va_end(arguments);
+    return open(path, flags, mode);
+}
+
+CAUGHT int openat(int directory, const char *path, int flags, ...)
+{
+    static auto *real = Real<int(int, const char *, int, ...)>("openat");
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = ModeOf(flags, arguments);
+    va_end(arguments);
+    if (Refuses(flags)) {
+        errno = EROFS;
+        return -1;
+    }
+    return real(directory, path, flags, mode);
+}
+
+// ---- The store's own calls ----
+
+#define CAUGHT_STORE_CALL(name, parameters, arguments, error)                                                \
+    CAUGHT int name parameters                                                                               \
+    {                                                                                                        \
+        static auto *real = Real<int parameters>(#name);                                                     \
+        if (Fails(Fault::StoreCall)) return error;                                                           \
+        return real arguments;                                                                               \
+    }
+
+CAUGHT_STORE_CALL(mdb_env_create, (MDB_env * *env), (env), ENOMEM)
+CAUGHT_STORE_CALL(mdb_env_open, (MDB_env * env, const char *path, unsigned flags, mdb_mode_t mode),
+                  (env, path, flags, mode), EIO)
+CAUGHT_STORE_CALL(mdb_txn_begin, (MDB_env * env, MDB_txn *parent, unsigned flags, MDB_txn **txn),
+                  (env, parent, flags, txn), ENOMEM)
+CAUGHT_STORE_CALL(mdb_txn_renew, (MDB_txn * txn), (txn), EIO)
+CAUGHT_STORE_CALL(mdb_dbi_open, (MDB_txn * txn, const char *name, unsigned flags, MDB_dbi *dbi),
+                  (txn, name, flags, dbi), ENOMEM)
+CAUGHT_STORE_CALL(mdb_drop, (MDB_txn * txn, MDB_dbi dbi, int del), (txn, dbi, del), EIO)
+CAUGHT_STORE_CALL(mdb_get, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data), (txn, dbi, key, data),
+                  EIO)
+CAUGHT_STORE_CALL(mdb_put, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data, unsigned flags),
+                  (txn, dbi, key, data, flags), MDB_MAP_FULL)
+CAUGHT_STORE_CALL(mdb_del, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data), (txn, dbi, key, data),
+                  EIO)
+CAUGHT_STORE_CALL(mdb_cursor_open, (MDB_txn * txn, MDB_dbi dbi, MDB_cursor **cursor), (txn, dbi, cursor),
+                  ENOMEM)
+CAUGHT_STORE_CALL(mdb_cursor_renew, (MDB_txn * txn, MDB_cursor *cursor), (txn, cursor), EIO)
+CAUGHT_STORE_CALL(mdb_cursor_get, (MDB_cursor * cursor, MDB_val *key, MDB_val *data, MDB_cursor_op op),
+                  (cursor, key, data, op), EIO)
+CAUGHT_STORE_CALL(mdb_cursor_put, (MDB_cursor * cursor, MDB_val *key, MDB_val *data, unsigned flags),
+                  (cursor, key, data, flags), MDB_MAP_FULL)
+CAUGHT_STORE_CALL(mdb_stat, (MDB_txn * txn, MDB_dbi dbi, MDB_stat *stat), (txn, dbi, stat), EIO)
+
+// A commit that fails has undone the transaction and freed it.
+CAUGHT int mdb_txn_commit(MDB_txn *txn)
+{
+    static auto *real = Real<int(MDB_txn *)>("mdb_txn_commit");
+    if (Fails(Fault::StoreCall)) {
+        mdb_txn_abort(txn);
+        return EIO;
+    }
+    return real(txn);
+}

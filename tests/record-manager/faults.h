@@ -1,0 +1,42 @@
+// System calls of the record manager and of the store below it, caught in this program: to make them fail, to
+// make a local file system look like another one, and to write down what reaches the disk.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace wbtrvtest {
+
+// What is made to fail. Counting starts with Arm and concerns the calling thread alone.
+enum class Fault { None, Allocation, Write, Sync, StoreCall };
+
+// Makes call number `nth` (from 1) of that kind fail, and with `forEver` every later one too.
+void Arm(Fault fault, uint64_t nth, bool forEver = false);
+// Returns how many calls were counted since Arm.
+uint64_t Disarm();
+// Whether the armed call was reached and failed.
+bool HasFailed();
+
+// Whether allocations can be made to fail: a sanitizer has its own.
+bool CanFailAllocations();
+
+// What file systems tell of themselves from now on; 0 again the truth.
+void PretendFileSystem(uint32_t type);
+// Opening for writing fails as on a medium that cannot be written.
+void PretendReadOnly(bool readOnly);
+
+// One change of a file that is recorded.
+struct DiskEvent {
+    enum What : uint8_t { Written, Synced, Cut, Returned } Kind;
+    uint64_t Offset; // Written: where; Cut: new length; Returned: the caller's note
+    std::string Data;
+    bool SyncedAtOnce; // Written through a descriptor that waits for the disk
+};
+
+// Records what is done to files of this name until StopRecording.
+void StartRecording(const std::string &fileName);
+void Note(uint64_t what);
+std::vector<DiskEvent> StopRecording();
+
+} // namespace wbtrvtest
