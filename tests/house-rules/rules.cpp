@@ -415,12 +415,13 @@ Breaches ReadmeIsTrue(const Files &files)
     Breaches breaches;
     std::string readme;
     std::string program;
-    std::set<std::string> folders;
+    std::set<std::string> folders; // that must be listed
+    std::set<std::string> others;  // that may be
     for (const SourceFile &file : files) {
         if (file.Path == "README.md") readme = file.Text;
         if (file.Path == "examples/buchen.c") program = file.Text;
-        if (IsCOrCpp(file.Path) && file.Path.find('/') != std::string::npos)
-            folders.insert(ListedFolderOf(file.Path));
+        if (file.Path.find('/') == std::string::npos) continue;
+        (IsCOrCpp(file.Path) ? folders : others).insert(ListedFolderOf(file.Path));
     }
     folders.erase("src"); // what lies right in it belongs to no folder
 
@@ -434,7 +435,8 @@ Breaches ReadmeIsTrue(const Files &files)
         if (end == std::string::npos) continue;
         const std::string folder = lines[i].substr(3, end - 3);
         listed.insert(folder);
-        if (!folders.contains(folder)) breaches.push_back({"README.md", line, folder + "/ is not there"});
+        if (!folders.contains(folder) && !others.contains(folder))
+            breaches.push_back({"README.md", line, folder + "/ is not there"});
         const int rank = RankOf(folder + "/x");
         if (rank < 0) continue;
         if (rank > lowest)
