@@ -63,6 +63,15 @@ std::set<std::string> NumbersOf(TableId id, const fs::path &directory)
     return numbers;
 }
 
+int64_t Pfennig(const AmountText &text)
+{
+    int64_t value = 0;
+    for (int i = 0; i < 12; ++i) {
+        if (i != amountMark) value = value * 10 + text[i] - '0';
+    }
+    return text[amountMark] == '-' ? -value : value;
+}
+
 bool IsAmount(const char *text)
 {
     for (int i = 0; i < 12; ++i) {
@@ -377,19 +386,25 @@ TEST_F(SampleBooks, DatesAndAmountsAreWellFormed)
 
 TEST_F(SampleBooks, OpeningBalancesAddUpToNothing)
 {
+    const auto balance = [](const AccountSums &sums) {
+        return Pfennig(sums.Vortrag.Soll) - Pfennig(sums.Vortrag.Haben);
+    };
     for (const std::string &year : yearDirectories) {
-        int64_t sum = 0;
-        const auto pfennig = [](const AmountText &text) {
-            int64_t value = 0;
-            for (int i = 0; i < 12; ++i) {
-                if (i != amountMark) value = value * 10 + text[i] - '0';
-            }
-            return text[amountMark] == '-' ? -value : value;
-        };
+        int64_t all = 0;
+        int64_t bilanz = 0;
         for (const auto &account : Read<SakoRecord>(TableSako, Data / year)) {
-            sum += pfennig(account.Umsaetze.Vortrag.Soll) - pfennig(account.Umsaetze.Vortrag.Haben);
+            all += balance(account.Umsaetze);
+            if (account.Zuordnung != ZuordnungKeine) {
+                bilanz += balance(account.Umsaetze);
+            }
         }
-        EXPECT_EQ(0, sum) << year;
+        for (const TableId id : {TableDebi, TableKred}) {
+            for (const auto &partner : Read<PersonalRecord>(id, Data / year)) {
+                all += balance(partner.Umsaetze);
+            }
+        }
+        EXPECT_EQ(0, all) << year;
+        EXPECT_EQ(0, bilanz) << year;
     }
 }
 

@@ -79,7 +79,7 @@ TEST_F(VarkProgram, OneBookingFromOptionsComesBackFromTheStapel)
     EXPECT_EQ("1 Buchung in den Stapel geschrieben, 0 abgelehnt.\n", booked.Out);
     EXPECT_EQ("", booked.Err);
     EXPECT_EQ(std::string(csvHead) +
-                  "1;;15.03.1998;RE4711;10010;5010;1.150,00;15,00;2411;1.000,00;;3;Tische für Öl\n",
+                  "1;;15.03.1998;RE4711;10010;5010;1.150,00;15,00;2411;1.000,00;;1;Tische für Öl\n",
               Batch());
 }
 
@@ -91,10 +91,10 @@ TEST_F(VarkProgram, TheRateFollowsTheDateOfTheBooking)
                                   "02.01.1997;10010;5010;115,00\n"
                                   "02.01.1997;10010;5040;107,00\n");
     EXPECT_EQ(0, booked.ExitCode) << booked.Err;
-    EXPECT_EQ(std::string(csvHead) + "1;;31.03.1998;;10010;5010;115,00;15,00;2411;100,00;;3;\n"
-                                     "2;;01.04.1998;;10010;5010;116,00;16,00;2410;100,00;;3;\n"
-                                     "3;;02.01.1997;;10010;5010;115,00;15,00;2411;100,00;;3;\n"
-                                     "4;;02.01.1997;;10010;5040;107,00;7,00;2420;100,00;;3;\n",
+    EXPECT_EQ(std::string(csvHead) + "1;;31.03.1998;;10010;5010;115,00;15,00;2411;100,00;;1;\n"
+                                     "2;;01.04.1998;;10010;5010;116,00;16,00;2410;100,00;;1;\n"
+                                     "3;;02.01.1997;;10010;5010;115,00;15,00;2411;100,00;;1;\n"
+                                     "4;;02.01.1997;;10010;5040;107,00;7,00;2420;100,00;;1;\n",
               Batch());
 }
 
@@ -136,8 +136,8 @@ TEST_F(VarkProgram, BadLinesOfAFileDoNotHoldUpGoodOnes)
         << result.Out;
     EXPECT_TRUE(Contains(result.Out, "     2  Das Buchungsdatum ist unzulässig!\n")) << result.Out;
     EXPECT_EQ(std::string(csvHead) +
-                  "1;;15.04.1998;A1;10010;5010;116,00;16,00;2410;100,00;;3;gut\n"
-                  "2;;15.04.1998;A11;10010;5010;1.160,00;16,00;2410;1.000,00;;3;auch gut\n",
+                  "1;;15.04.1998;A1;10010;5010;116,00;16,00;2410;100,00;;1;gut\n"
+                  "2;;15.04.1998;A11;10010;5010;1.160,00;16,00;2410;1.000,00;;1;auch gut\n",
               Batch());
 }
 
@@ -164,8 +164,8 @@ TEST_F(VarkProgram, Windows1252AndUtf8AreToldApartLineByLine)
                                   "bel\r\n"
                                   "15.04.1998;10010;5010;116,00;Möbel\r\n");
     EXPECT_EQ(0, result.ExitCode) << result.Err;
-    EXPECT_TRUE(Contains(Batch(), ";3;Möbel\n2;"));
-    EXPECT_TRUE(Batch().ends_with(";3;Möbel\n"));
+    EXPECT_TRUE(Contains(Batch(), ";1;Möbel\n2;"));
+    EXPECT_TRUE(Batch().ends_with(";1;Möbel\n"));
 }
 
 TEST_F(VarkProgram, QuotedFieldsKeepSemicolonsAndQuotes)
@@ -221,7 +221,7 @@ TEST_F(VarkProgram, LongTextsAreCutAndCounted)
     EXPECT_EQ("1 Buchung in den Stapel geschrieben, 0 abgelehnt.\n1 davon mit gekürztem Beleg oder Text.\n",
               result.Out);
     EXPECT_TRUE(
-        Batch().ends_with(";12345678;10010;5010;116,00;16,00;2410;100,00;;3;" + std::string(35, 'x') + "\n"));
+        Batch().ends_with(";12345678;10010;5010;116,00;16,00;2410;100,00;;1;" + std::string(35, 'x') + "\n"));
 }
 
 TEST_F(VarkProgram, JsonTellsWhatWasRefused)

@@ -147,6 +147,7 @@ constexpr AccountRow accounts[] = {
     {2450, "USTVORAUS", "Umsatzsteuer-Vorauszahlungen", 64, 24, none, "", false, 0, 0, M123, 0},
     {2460, "USTSONDER", "Sondervorauszahlung", 64, 24, none, "", false, 39, 0, M2, 0},
     {2470, "USTVORJ", "Umsatzsteuer Vorjahr", 64, 24, none, "", false, 0, 0, M123, -31600},
+    {2480, "USTOFFEN", "Umsatzsteuer nicht fällig", 64, 24, none, "", false, 0, 0, M3, 0},
     {2510, "LOHNST", "Lohn- und Kirchensteuer", 65, 0, none, "", false, 0, 0, M123, -14200},
     {2520, "SOZVERS", "Sozialversicherung", 65, 0, none, "", false, 0, 0, M123, -16900},
     {2530, "LOHNVERB", "Verbindlichkeiten aus Löhnen", 65, 0, none, "", false, 0, 0, M123, 0},
@@ -155,10 +156,10 @@ constexpr AccountRow accounts[] = {
     {2560, "SONSTVERB", "Sonstige Verbindlichkeiten", 66, 25, none, "", false, 0, 0, M123, -7200},
     {2910, "PRAP", "Passive Rechnungsabgrenzung", 70, 0, none, "", false, 0, 0, M123, -2500},
     // Erlöse
-    {5010, "ERLMOEBEL", "Erlöse Büromöbel", 81, 0, regular, "", true, 50, 3, M1, 0},
-    {5020, "ERLBEDARF", "Erlöse Bürobedarf", 81, 0, regular, "", true, 50, 3, M1, 0},
-    {5030, "ERLLEUCHT", "Erlöse Leuchten", 81, 0, regular, "", true, 50, 3, M1, 0},
-    {5040, "ERLBUCH", "Erlöse Fachbücher 7 %", 81, 0, reduced, "", true, 86, 3, M1, 0},
+    {5010, "ERLMOEBEL", "Erlöse Büromöbel", 81, 0, regular, "", true, 50, 8, M1, 0},
+    {5020, "ERLBEDARF", "Erlöse Bürobedarf", 81, 0, regular, "", true, 50, 8, M1, 0},
+    {5030, "ERLLEUCHT", "Erlöse Leuchten", 81, 0, regular, "", true, 50, 8, M1, 0},
+    {5040, "ERLBUCH", "Erlöse Fachbücher 7 %", 81, 0, reduced, "", true, 86, 8, M1, 0},
     {5050, "ERLMONT", "Erlöse Montage", 81, 0, regular, "", true, 50, 3, M1, 0},
     {5060, "ERLFRACHT", "Weiterberechnete Frachten", 81, 0, regular, "", false, 50, 0, M12, 0},
     {5070, "ERLGARTEN", "Erlöse Gartengeräte", 81, 0, regular, "", true, 50, 0, M2, 0},
@@ -278,12 +279,17 @@ constexpr AccountRow accounts[] = {
 // found for any date. Codes 2 and 4 change on the same days, since one sequence number is used for both. Code
 // 0 is that of trade inside the European Community, whose flag leaves nothing of the five bits of a code.
 constexpr RateRow rates[] = {
-    {0, 0, 1998, 4, 1, "16,00", 2430, 1630}, {0, 1, 1993, 1, 1, "15,00", 2430, 1630},
-    {0, 2, 0, 0, 0, "14,00", 2430, 1630},    {2, 0, 1998, 4, 1, "16,00", 2410, 1610},
-    {2, 1, 1993, 1, 1, "15,00", 2411, 1611}, {2, 2, 0, 0, 0, "14,00", 2412, 1612},
-    {4, 0, 1998, 4, 1, "07,00", 2420, 1620}, {4, 1, 1993, 1, 1, "07,00", 2420, 1620},
-    {4, 2, 0, 0, 0, "07,00", 2420, 1620},    {8, 0, 0, 0, 0, "00,00", 2440, 1640},
-    {16, 0, 0, 0, 0, "00,00", 2440, 1640},
+    {M12, 0, 0, 1998, 4, 1, "16,00", 2430, 1630}, {M12, 0, 1, 1993, 1, 1, "15,00", 2430, 1630},
+    {M12, 0, 2, 0, 0, 0, "14,00", 2430, 1630},    {M12, 2, 0, 1998, 4, 1, "16,00", 2410, 1610},
+    {M12, 2, 1, 1993, 1, 1, "15,00", 2411, 1611}, {M12, 2, 2, 0, 0, 0, "14,00", 2412, 1612},
+    {M12, 4, 0, 1998, 4, 1, "07,00", 2420, 1620}, {M12, 4, 1, 1993, 1, 1, "07,00", 2420, 1620},
+    {M12, 4, 2, 0, 0, 0, "07,00", 2420, 1620},    {M12, 8, 0, 0, 0, 0, "00,00", 2440, 1640},
+    {M12, 16, 0, 0, 0, 0, "00,00", 2440, 1640},   {M3, 0, 0, 1998, 4, 1, "16,00", 2430, 1630},
+    {M3, 0, 1, 1993, 1, 1, "15,00", 2430, 1630},  {M3, 0, 2, 0, 0, 0, "14,00", 2430, 1630},
+    {M3, 2, 0, 1998, 4, 1, "16,00", 2480, 1610},  {M3, 2, 1, 1993, 1, 1, "15,00", 2480, 1611},
+    {M3, 2, 2, 0, 0, 0, "14,00", 2480, 1612},     {M3, 4, 0, 1998, 4, 1, "07,00", 2480, 1620},
+    {M3, 4, 1, 1993, 1, 1, "07,00", 2480, 1620},  {M3, 4, 2, 0, 0, 0, "07,00", 2480, 1620},
+    {M3, 8, 0, 0, 0, 0, "00,00", 2440, 1640},     {M3, 16, 0, 0, 0, 0, "00,00", 2440, 1640},
 };
 
 constexpr PartnerRow debitoren[] = {
@@ -461,6 +467,7 @@ constexpr CostTemplateRow costTemplates[] = {
     {5, "Personal nach Köpfen", M1},
     {6, "Wareneinkauf", M1},
     {7, "Werbung je zur Hälfte", M1},
+    {8, "Verkauf Inland", M1},
 };
 
 constexpr CostLineRow costLines[] = {
@@ -481,6 +488,7 @@ constexpr CostLineRow costLines[] = {
     {6, "200", "9010", true, "100,00", "Wareneinkauf", M1},
     {7, "400", "", false, "050,00", "Inland", M1},
     {7, "410", "", false, "050,00", "Ausland", M1},
+    {8, "400", "9010", true, "100,00", "Verkauf", M1},
     {2, "100", "", false, "030,00", "Empfang", M3},
     {2, "200", "", false, "030,00", "Besprechung", M3},
     {2, "300", "", false, "040,00", "Studio", M3},

@@ -54,13 +54,20 @@ struct AccountRow {
 
 std::span<const AccountRow> Accounts();
 
-// Accounts that other data refers to.
+// Accounts that other data refers to. What happens on Debitoren and Kreditoren stands once more, month by
+// month, on the two collective accounts of the Bilanz, with the Abstimmkonto on the other side.
 inline constexpr int kontoForderungen = 1510;
 inline constexpr int kontoVerbindlichkeiten = 2310;
+inline constexpr int kontoGewinnvortrag = 2040;
+inline constexpr int kontoAbstimmungDebitoren = 9020;
+inline constexpr int kontoAbstimmungKreditoren = 9030;
+// Turnover tax of the agency that is not yet due: it pays when its customers have paid.
+inline constexpr int kontoSteuerNichtFaellig = 2480;
 
 // ---- Tax keys ----
 
 struct RateRow {
+    uint8_t Mandanten;
     int Code;
     int Sequence;
     int Year, Month, Day; // valid from; year 0: since ever

@@ -6,21 +6,22 @@
 
 namespace books {
 
+using namespace vark;
+
 namespace {
 
 constexpr Profile profiles[mandantCount] = {
     {1, "Nordhafen Bürohandel GmbH", "Groß- und Einzelhandel", "Speicherstraße 14", "20457 Hamburg",
-     "DE811204573", "02/846/17305", 1, true, true, false, 11, 0, 1, 0},
+     "DE811204573", "02/846/17305", 1, true, true, false, 11, 0, false, 1, 0},
     {2, "Sonnenfeld Gartenbedarf", "GmbH & Co. KG", "Gärtnereiweg 5", "25462 Rellingen", "", "31/270/08842",
-     7, true, false, false, 10, 1, 4, 100000},
+     7, true, false, false, 10, 1, false, 4, 100000},
     {3, "Atelier Lindblick Werbeagentur", "GmbH", "Bernstorffstraße 99", "22767 Hamburg", "DE811377026",
-     "02/861/44912", 1, false, true, true, 0, 0, 3, 50000},
+     "02/861/44912", 1, false, true, true, 0, 0, true, 3, 50000},
 };
 
 constexpr int kontoKapital = 2010;
 constexpr int kontoKapitalruecklage = 2020;
 constexpr int kontoGewinnruecklage = 2030;
-constexpr int kontoGewinnvortrag = 2040;
 constexpr int firstBankLoan = 2210;
 constexpr int lastLoan = 2230;
 
@@ -31,11 +32,6 @@ bool StandsInBilanz(const AccountRow &row)
         if (group.Code == row.Group) return group.Place != Side::Guv;
     }
     return false;
-}
-
-void SetVortrag(YearSums &sums, int64_t balance)
-{
-    sums.Vortrag = {std::max<int64_t>(balance, 0), std::max<int64_t>(-balance, 0)};
 }
 
 // Loans and reserves are the first Mandant's alone: the smaller ones could not carry them.
@@ -58,15 +54,15 @@ std::vector<Account> Partners(Kind kind, std::span<const PartnerRow> rows, int f
     }
     const size_t wanted = count > 0 ? static_cast<size_t>(count) : own.size();
     // Numbers stay below the next hundred thousand: ten apart as long as they fit, else one by one.
-    const int step = wanted * partnerStep < 20000 ? partnerStep : 1;
+    const int step = wanted * partnerStep <= partnersMax ? partnerStep : 1;
     std::vector<Account> accounts;
     for (size_t i = 0; i < wanted; ++i) {
-        accounts.push_back({kind,
-                            firstNumber + static_cast<int>(i) * step,
-                            nullptr,
-                            own[i % own.size()],
-                            static_cast<int>(i / own.size()),
-                            {}});
+        Account &account = accounts.emplace_back();
+        account.Of = kind;
+        account.Number = firstNumber + static_cast<int>(i) * step;
+        account.Partner = own[i % own.size()];
+        account.Copy = static_cast<int>(i / own.size());
+        MakeKey(account.Key, account.Number);
     }
     return accounts;
 }
@@ -93,14 +89,19 @@ bool YearSums::IsUsed() const
     return used;
 }
 
-void Account::Text(vark::AccountNumber &out) const
+void MakeKey(AccountNumber &out, int number)
 {
     char digits[16];
-    const auto end = std::to_chars(digits, digits + sizeof digits, Number).ptr;
+    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     const auto length = static_cast<size_t>(end - digits);
-    std::memset(out, ' ', vark::accountDigits);
-    out[vark::accountDigits] = 0;
-    std::memcpy(out + vark::accountDigits - length, digits, length);
+    std::memset(out, ' ', accountDigits);
+    out[accountDigits] = 0;
+    std::memcpy(out + accountDigits - length, digits, length);
+}
+
+void SetVortrag(YearSums &sums, int64_t balance)
+{
+    sums.Vortrag = {std::max<int64_t>(balance, 0), std::max<int64_t>(-balance, 0)};
 }
 
 std::string Ledger::Directory(int index) const
@@ -131,10 +132,12 @@ Ledger MakeLedger(int mandant, int debitoren, int kreditoren)
     Ledger ledger{&ProfileOf(mandant), {}, {}, {}, {}};
     for (const AccountRow &row : Accounts()) {
         if (!IsFor(row.Mandanten, mandant)) continue;
-        ledger.Sachkonten.push_back({Kind::Sachkonto, row.Number, &row, nullptr, 0, {}});
-        for (YearSums &sums : ledger.Sachkonten.back().Years) {
-            if (StandsInBilanz(row)) SetVortrag(sums, OpeningOf(*ledger.Of, row));
-        }
+        Account &account = ledger.Sachkonten.emplace_back();
+        account.Of = Kind::Sachkonto;
+        account.Number = row.Number;
+        account.Row = &row;
+        MakeKey(account.Key, account.Number);
+        if (StandsInBilanz(row)) SetVortrag(account.Years[0], OpeningOf(*ledger.Of, row));
     }
     std::sort(ledger.Sachkonten.begin(), ledger.Sachkonten.end(),
               [](const Account &a, const Account &b) { return a.Number < b.Number; });
@@ -148,15 +151,28 @@ Ledger MakeLedger(int mandant, int debitoren, int kreditoren)
                   return std::strcmp(a.Row->Number, b.Row->Number) < 0;
               });
 
-    // The carried profit is what is left between the two sides.
+    return ledger;
+}
+
+void BalanceOpening(Ledger &ledger)
+{
+    const auto collect = [&ledger](const std::vector<Account> &accounts, int collective, int counterpart) {
+        int64_t sum = 0;
+        for (const Account &account : accounts) {
+            sum += account.Years[0].Balance();
+        }
+        SetVortrag(ledger.FindSachkonto(collective)->Years[0], sum);
+        SetVortrag(ledger.FindSachkonto(counterpart)->Years[0], -sum);
+    };
+    collect(ledger.Debitoren, kontoForderungen, kontoAbstimmungDebitoren);
+    collect(ledger.Kreditoren, kontoVerbindlichkeiten, kontoAbstimmungKreditoren);
+
     int64_t rest = 0;
     for (const Account &account : ledger.Sachkonten) {
-        if (account.Number != kontoGewinnvortrag) rest += account.Years[0].Balance();
+        const bool counts = StandsInBilanz(*account.Row) && account.Number != kontoGewinnvortrag;
+        if (counts) rest += account.Years[0].Balance();
     }
-    for (YearSums &sums : ledger.FindSachkonto(kontoGewinnvortrag)->Years) {
-        SetVortrag(sums, -rest);
-    }
-    return ledger;
+    SetVortrag(ledger.FindSachkonto(kontoGewinnvortrag)->Years[0], -rest);
 }
 
 void CarryOver(Ledger &ledger)

@@ -30,8 +30,9 @@ struct Profile {
     bool NeedsCosts;
     uint8_t Vordruckcode;
     uint8_t UStVAVariante;
-    int OpeningShare; // its opening balances are this part of the chart's: 1 all, 4 a quarter
-    int Capital;      // DM, where the chart's does not hold; 0: the chart's
+    bool PaysTaxOnReceipt; // turnover tax is due when the customer has paid
+    int OpeningShare;      // its opening balances are this part of the chart's: 1 all, 4 a quarter
+    int Capital;           // DM, where the chart's does not hold; 0: the chart's
 };
 
 const Profile &ProfileOf(int mandant);
@@ -54,15 +55,17 @@ struct YearSums {
 
 enum class Kind : uint8_t { Sachkonto, Debitor, Kreditor };
 
-struct Account {
-    Kind Of;
-    int Number;
-    const AccountRow *Row;     // Sachkonten
-    const PartnerRow *Partner; // Debitoren and Kreditoren
-    int Copy;                  // how often the partner's row was used before
-    YearSums Years[yearCount];
+// Most Debitoren and Kreditoren that a Mandant may have: their numbers stay below the next group.
+inline constexpr int partnersMax = 25000;
 
-    void Text(vark::AccountNumber &out) const; // the key form of the number
+struct Account {
+    Kind Of = Kind::Sachkonto;
+    int Number = 0;
+    const AccountRow *Row = nullptr;     // Sachkonten
+    const PartnerRow *Partner = nullptr; // Debitoren and Kreditoren
+    int Copy = 0;                        // how often the partner's row was used before
+    vark::AccountNumber Key = {};        // the number as records hold it
+    YearSums Years[yearCount] = {};
 };
 
 struct CostObject {
@@ -84,9 +87,18 @@ struct Ledger {
     const CostTemplateRow *FindTemplate(int number) const;
 };
 
-// The Mandant's accounts with the Sachkonten's opening balances in both years, nothing posted. The numbers of
-// Debitoren and Kreditoren are those of the chart where `debitoren` and `kreditoren` are 0.
+// The Mandant's accounts with the Sachkonten's opening balances, nothing posted. There are as many Debitoren
+// and Kreditoren as the chart has where `debitoren` and `kreditoren` are 0.
 Ledger MakeLedger(int mandant, int debitoren, int kreditoren);
+
+// Has the collective accounts carry what the Debitoren and Kreditoren carry, and puts what is then left
+// between the sides of the opening Bilanz into the carried profit.
+void BalanceOpening(Ledger &ledger);
+
+void SetVortrag(YearSums &sums, int64_t balance);
+
+// The key form of an account number.
+void MakeKey(vark::AccountNumber &out, int number);
 
 // Carries the balances of the first year over into the second: those of the Bilanz as they are, the result of
 // the year into the carried profit.

@@ -37,7 +37,15 @@ int Run(int argc, char **argv)
     CLI::App *sample = tools::AddCommand(app, "beispiel", "Musterbücher mit drei Mandanten anlegen");
     sample->add_option("VERZEICHNIS", options.Directory, "Wohin; wird angelegt")->required();
     sample->add_flag("--ersetzen", options.Replace, "Bücher ersetzen, die dort schon liegen");
-    sample->footer("Beispiel: books beispiel /tmp/beispiel --ersetzen");
+    sample->add_option(
+        "--buchungen", options.Postings,
+        "endgültige Buchungen von Mandant 1 (sonst 3.000; die anderen haben je ein Zehntel); 0: keine");
+    sample->add_option("--saat", options.Seed, "Zahl, die die Buchungen bestimmt (sonst 1)");
+    sample->add_option("--personenkonten", options.PersonalAccounts,
+                       "Debitoren und Kreditoren von Mandant 1 (sonst 40 und 25)");
+    sample->add_option("--posten", options.OpenItems, "ungefähre Zahl der offenen Posten von Mandant 1");
+    sample->footer("Beispiele:\n  books beispiel /tmp/beispiel --ersetzen\n"
+                   "  books beispiel /tmp/gross --buchungen 100000 --personenkonten 10000 --posten 10000");
 
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;

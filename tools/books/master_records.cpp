@@ -51,6 +51,7 @@ void PutSums(AccountSums &field, const YearSums &sums)
     }
 }
 
+// Cost objects have numbers of their own, which chart.cpp holds as text.
 void PutNumber(AccountNumber &field, const char *digits)
 {
     const size_t length = std::strlen(digits);
@@ -59,7 +60,7 @@ void PutNumber(AccountNumber &field, const char *digits)
     std::memcpy(field + accountDigits - length, digits, length);
 }
 
-void PutNumber(AccountNumber &field, int number) { PutNumber(field, std::to_string(number).c_str()); }
+void PutNumber(AccountNumber &field, int number) { MakeKey(field, number); }
 
 const GroupRow *FindGroup(int code)
 {
@@ -116,7 +117,7 @@ int64_t WriteSachkonten(const Ledger &ledger, int year, const std::filesystem::p
     for (const Account &account : ledger.Sachkonten) {
         const AccountRow &row = *account.Row;
         SakoRecord record{};
-        account.Text(record.Konto);
+        std::memcpy(record.Konto, account.Key, sizeof record.Konto);
         Put(record.Kuerzel, row.Kuerzel);
         record.Zuordnung = ZuordnungOf(SideOf(row));
         record.Zustand = account.Years[year].IsUsed() ? 0 : 1;
@@ -167,7 +168,7 @@ int64_t WritePartners(const std::vector<Account> &accounts, int year, TableId id
         const PartnerRow &row = *account.Partner;
         ++serial;
         PersonalRecord record{};
-        account.Text(record.Konto);
+        std::memcpy(record.Konto, account.Key, sizeof record.Konto);
         Put(record.Kuerzel, NumberedShort(row.Kuerzel, account.Copy));
         record.Zustand = account.Years[year].IsUsed() ? 0 : 1;
         MakeCalendar(record.Datum, openingDay);
@@ -209,6 +210,7 @@ int64_t WriteRates(const Ledger &ledger, const std::filesystem::path &directory)
 {
     Filling table(TableSteke, directory);
     for (const RateRow &row : Rates()) {
+        if (!IsFor(row.Mandanten, ledger.Of->Number)) continue;
         StekeRecord record{};
         record.Code = static_cast<uint16_t>(row.Code);
         record.Folge = static_cast<uint16_t>(row.Sequence);
@@ -268,9 +270,7 @@ int64_t WriteTree(const Ledger &ledger, Side side, TableId id, const std::filesy
             const bool isOther = account.Row->OtherGroup == group.Code;
             if (account.Row->Group != group.Code && !isOther) continue;
             const int32_t leaf = tree.Append(node, isOther ? uint16_t{StructureGegenposten} : uint16_t{0});
-            AccountNumber number;
-            account.Text(number);
-            Put(tree.Node(leaf).Text, number);
+            Put(tree.Node(leaf).Text, account.Key);
         }
     }
 
@@ -283,9 +283,7 @@ int64_t WriteTree(const Ledger &ledger, Side side, TableId id, const std::filesy
                             (side == Side::Aktiva && account.Row->Group == unassignedAktiva);
         if (!isHere) continue;
         StructureRecord record{};
-        AccountNumber number;
-        account.Text(number);
-        Put(record.Text, number);
+        Put(record.Text, account.Key);
         table.Add(record);
     }
     return table.Done();
@@ -416,6 +414,10 @@ void WriteCompany(const Ledger &ledger, TableFile &fista)
     PutNumber(record.Sammelkonto2, kontoVerbindlichkeiten);
     Put(record.Steuernummer, profile.Steuernummer);
     Put(record.UstId, profile.UstId);
+    if (profile.PaysTaxOnReceipt) {
+        record.Sonderkontomodus = 1;
+        PutNumber(record.Sonderkonto, kontoSteuerNichtFaellig);
+    }
     record.FirstFiscalMonth = static_cast<int16_t>(profile.FirstMonth);
     record.Vordruckcode = profile.Vordruckcode;
     Put(record.Anschrift1, "Finanzamt Hamburg-Hafen");

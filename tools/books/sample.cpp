@@ -2,11 +2,16 @@
 
 #include "tools/books/ledger.h"
 #include "tools/books/master_records.h"
+#include "tools/books/postings.h"
 #include "tools/common/table_file.h"
+#include "tools/common/terminal.h"
 
+#include <algorithm>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 #include <unistd.h>
+#include <vector>
 
 namespace books {
 
@@ -91,8 +96,12 @@ struct Workplace {
     fs::path Path;
 
     explicit Workplace(const fs::path &target)
-        : Path(target.parent_path() / ("." + target.filename().string() + ".neu-" + std::to_string(getpid())))
     {
+        std::string name = ".";
+        name += target.filename().string();
+        name += ".neu-";
+        name += std::to_string(getpid());
+        Path = target.parent_path() / name;
         fs::create_directories(target.parent_path());
         fs::remove_all(Path);
         fs::create_directory(Path);
@@ -116,10 +125,49 @@ struct Workplace {
     }
 };
 
+constexpr int64_t fewestOpenItems = 60;
+constexpr int64_t postingsPerOpenItem = 50;
+
+PostingPlan PlanFor(const SampleOptions &options, int mandant)
+{
+    if (options.Postings == 0) return {0, 0, options.Seed};
+    const bool isFirst = mandant == 1;
+    const int64_t count = isFirst ? options.Postings : std::max(postingsMin, options.Postings / 10);
+    const int64_t items = std::max(fewestOpenItems, count / postingsPerOpenItem);
+    return {count, isFirst && options.OpenItems > 0 ? options.OpenItems : items, options.Seed};
+}
+
+// How much of all is done when a Mandant is done by `part`: the first one takes most of the time.
+double PartOf(int mandant, double part)
+{
+    constexpr double before[] = {0.0, 0.8, 0.9, 1.0};
+    return before[mandant - 1] + part * (before[mandant] - before[mandant - 1]);
+}
+
+void CheckSize(const SampleOptions &options)
+{
+    const auto outside = [](int64_t value, int64_t low, int64_t high) {
+        return value != 0 && (value < low || value > high);
+    };
+    if (outside(options.Postings, postingsMin, postingsMax)) {
+        throw std::runtime_error("Die Zahl der Buchungen muß 0 sein oder zwischen " + Grouped(postingsMin) +
+                                 " und " + Grouped(postingsMax) + " liegen.");
+    }
+    if (outside(options.PersonalAccounts, 6, partnersMax)) {
+        throw std::runtime_error("Die Zahl der Personenkonten muß zwischen 6 und " + Grouped(partnersMax) +
+                                 " liegen.");
+    }
+    if (outside(options.OpenItems, 1, options.Postings / 4)) {
+        throw std::runtime_error(
+            "Es können nicht mehr Posten offen sein, als ein Viertel der Buchungen ausmacht.");
+    }
+}
+
 } // namespace
 
 SampleSummary MakeSample(const SampleOptions &options, const Progress &progress)
 {
+    CheckSize(options);
     SampleOptions wanted = options;
     wanted.Directory = fs::absolute(options.Directory).lexically_normal();
     if (!wanted.Directory.has_filename()) wanted.Directory = wanted.Directory.parent_path();
@@ -135,25 +183,38 @@ SampleSummary MakeSample(const SampleOptions &options, const Progress &progress)
     CreateTable(LayoutOf(vark::TableFista), data);
     TableFile fista(LayoutOf(vark::TableFista), data, OpenMode::Accelerated);
     for (int mandant = 1; mandant <= mandantCount; ++mandant) {
-        Ledger ledger = MakeLedger(mandant, 0, 0);
+        const PostingPlan plan = PlanFor(wanted, mandant);
+        Ledger ledger = mandant == 1 ? MakeLedger(1, wanted.PersonalAccounts - wanted.PersonalAccounts / 3,
+                                                  wanted.PersonalAccounts / 3)
+                                     : MakeLedger(mandant, 0, 0);
         WriteCompany(ledger, fista);
         ++summary.Records;
-        CarryOver(ledger);
+        // While one table is open for loading, nothing in its directory waits for the disk.
+        std::vector<std::unique_ptr<TableFile>> loading;
         for (int year = 0; year < yearCount; ++year) {
             const fs::path directory = data / ledger.Directory(year);
             fs::create_directory(directory);
-            // While one table is open for loading, nothing in its directory waits for the disk.
             const TableLayout &first = LayoutOf(vark::TableSako);
             CreateTable(first, directory);
-            TableFile loading(first, directory, OpenMode::Accelerated);
+            loading.push_back(std::make_unique<TableFile>(first, directory, OpenMode::Accelerated));
             for (const TableLayout &table : Tables()) {
                 if (IsYearTable(table) && table.Id != first.Id) CreateTable(table, directory);
             }
-            summary.Records += WriteYear(ledger, year, directory);
-            loading.Close();
             ++summary.Directories;
-            progress(static_cast<double>(summary.Directories) / (mandantCount * yearCount));
         }
+        if (plan.Count > 0) {
+            summary.Records +=
+                WritePostings(ledger, plan, data, [&](double part) { progress(PartOf(mandant, part)); });
+            summary.Postings += plan.Count;
+        } else {
+            BalanceOpening(ledger);
+            CarryOver(ledger);
+        }
+        for (int year = 0; year < yearCount; ++year) {
+            summary.Records += WriteYear(ledger, year, data / ledger.Directory(year));
+            loading[static_cast<size_t>(year)]->Close();
+        }
+        progress(PartOf(mandant, 1));
     }
     fista.Close();
     StopEngine();

@@ -9,12 +9,17 @@ namespace books {
 
 struct SampleOptions {
     std::filesystem::path Directory;
-    bool Replace = false; // an installation that stands there already
+    bool Replace = false;    // an installation that stands there already
+    int64_t Postings = 3000; // final postings of Mandant 1, the others have a tenth each; 0 for none
+    uint64_t Seed = 1;
+    int PersonalAccounts = 0; // of Mandant 1, two thirds of them Debitoren; 0: those of the chart
+    int64_t OpenItems = 0;    // left over for Mandant 1, about; 0: as many as fit the postings
 };
 
 // What was made.
 struct SampleSummary {
     int Directories = 0;
+    int64_t Postings = 0; // of all Mandanten
     int64_t Records = 0;
 };
 

@@ -52,9 +52,12 @@ std::string AmountOf(const AmountText &field)
 std::string PlainAmount(const AmountText &field)
 {
     const int64_t pfennig = MagnitudeOf(field);
-    std::string text = std::to_string(pfennig / 100) + "." + std::to_string(pfennig % 100 / 10) +
-                       std::to_string(pfennig % 10);
-    return field[amountMark] == '-' ? "-" + text : text;
+    std::string text = field[amountMark] == '-' ? "-" : "";
+    text += std::to_string(pfennig / 100);
+    text += '.';
+    text += static_cast<char>('0' + pfennig % 100 / 10);
+    text += static_cast<char>('0' + pfennig % 10);
+    return text;
 }
 
 std::string RateOf(const RateText &field)
@@ -75,7 +78,8 @@ std::string DayText(const PackedDate &field, int firstMonth)
 {
     Day day = 0;
     if (field[0] == 0) return {};
-    return DayOfPacked(field, firstMonth, day) ? DisplayDay(day) : "?" + FieldText(field);
+    if (DayOfPacked(field, firstMonth, day)) return DisplayDay(day);
+    return FieldText(field) + "?";
 }
 
 std::string KontoText(const AccountNumber &field) { return std::string(Trimmed(FieldText(field))); }
@@ -158,10 +162,15 @@ void AddRows(TextTable &table, const Booking &booking, const BatchOptions &optio
              booking.Costs[i].empty() ? "" : std::to_string(booking.Costs[i].size()), FieldText(part.Text)});
         if (!options.WithCosts) continue;
         for (const KobuRecord &line : booking.Costs[i]) {
-            const std::string object2 = KontoText(line.Kostenobjekt2);
-            table.Add({"", "", "", "", "", "", "", "", "", AmountOf(line.Betrag), "", "",
-                       "· Kosten " + KontoText(line.Kostenobjekt1) + (object2.empty() ? "" : "/" + object2) +
-                           " " + FieldText(line.Text)});
+            std::string text = "· Kosten ";
+            text += KontoText(line.Kostenobjekt1);
+            if (line.Kostenobjekt2[0] != 0) {
+                text += '/';
+                text += KontoText(line.Kostenobjekt2);
+            }
+            text += ' ';
+            text += FieldText(line.Text);
+            table.Add({"", "", "", "", "", "", "", "", "", AmountOf(line.Betrag), "", "", text});
         }
     }
 }
