@@ -18,7 +18,8 @@ void Complain(const char *path, const char *format, ...)
     int length = std::snprintf(line, sizeof line, "librs: %s%s", shown == path ? "" : "...", shown);
     va_list arguments;
     va_start(arguments, format);
-    const int rest = std::vsnprintf(line + length, sizeof line - static_cast<size_t>(length), format, arguments);
+    const int rest =
+        std::vsnprintf(line + length, sizeof line - static_cast<size_t>(length), format, arguments);
     va_end(arguments);
     if (rest > 0) length += rest;
     if (length > static_cast<int>(sizeof line) - 2) length = static_cast<int>(sizeof line) - 2;

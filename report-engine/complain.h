@@ -3,9 +3,9 @@
 
 namespace rs {
 
-// Writes "librs: PATH..." as one line to standard error, in one piece, so that lines of threads do not mix; the
-// format goes on right behind the path. Of an endless path the end is shown. Control characters become blanks,
-// since parts of the line come from templates. The errno of the caller survives.
+// Writes "librs: PATH..." as one line to standard error, in one piece, so that lines of threads do not mix;
+// the format goes on right behind the path. Of an endless path the end is shown. Control characters become
+// blanks, since parts of the line come from templates. The errno of the caller survives.
 __attribute__((format(printf, 2, 3))) void Complain(const char *path, const char *format, ...);
 
 } // namespace rs

@@ -1,5 +1,5 @@
-// Where rows go: pages that are full, sums that are carried forward, records and groups that stay together, and
-// counting that gives the same number of pages without any rows.
+// Where rows go: pages that are full, sums that are carried forward, records and groups that stay together,
+// and counting that gives the same number of pages without any rows.
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
@@ -234,8 +234,7 @@ TEST(Layout, KeepsAGroupOnOnePageIfItFitsOnOne)
     const std::vector<int> group = std::vector<int>{1} + Times(4, 2); // with its foot 6 rows
     EXPECT_EQ(Told(LayOut(def, group + group)), "1: 0 1 2 3 4 1005 | 2: 5 6 7 8 9 1010");
     const std::vector<int> high = std::vector<int>{1} + Times(12, 2);
-    EXPECT_EQ(Told(LayOut(def, Times(2, 2) + high)),
-              "1: 0 1 2 3 4 5 6 7 8 9 | 2: 10 11 12 13 14 1015")
+    EXPECT_EQ(Told(LayOut(def, Times(2, 2) + high)), "1: 0 1 2 3 4 5 6 7 8 9 | 2: 10 11 12 13 14 1015")
         << "one that fits on none goes on where it is";
 }
 
@@ -246,7 +245,8 @@ TEST(Layout, StartsPagesWithGroupsThatAskForIt)
     def.Kinds[1].NewPage = true;
     def.Kinds[2] = Printing({lineStyle});
     Carry(def, 1, false, true, true);
-    EXPECT_EQ(Told(LayOut(def, {1, 2, 1, 2, 2})), "1: 0 1 1002 | 2: 2 3 4 1005") << "no empty page before the first";
+    EXPECT_EQ(Told(LayOut(def, {1, 2, 1, 2, 2})), "1: 0 1 1002 | 2: 2 3 4 1005")
+        << "no empty page before the first";
     EXPECT_EQ(Told(LayOut(def, std::vector<int>{1} + Times(9, 2) + std::vector<int>{1, 2})),
               "1: 0 1 2 3 4 5 6 7 8 D | 2: U 9 1010 | 3: 10 11 1012")
         << "each group carries its own sums";
@@ -275,7 +275,8 @@ TEST(Layout, CountsLongRunsAtOnce)
     def.Kinds[2] = Printing({headStyle}, 1, {sumStyle});
     def.Kinds[2].NewPage = true;
     EXPECT_EQ(Counted(def, {{2, INT32_MAX}}), INT32_MAX);
-    EXPECT_EQ(Counted(def, {{2, INT32_MAX}, {2, INT32_MAX}}), INT32_MAX) << "no more than the result can hold";
+    EXPECT_EQ(Counted(def, {{2, INT32_MAX}, {2, INT32_MAX}}), INT32_MAX)
+        << "no more than the result can hold";
 }
 
 TEST(Layout, CountingRefusesWhatTheReportDoesNotHave)

@@ -28,10 +28,13 @@ std::string OpenError(const std::string &text)
 std::string PrintError(const std::string &body)
 {
     const Directory directory;
-    const std::string path = directory.Write("or_test.rs", TemplateWith("columns { { 'konto', 'Konto', 20 },\n"
-                                                                        "  { 'soll', 'Soll', 20, form = 'amount', sum = true } }\n"
-                                                                        "record(1, { text('konto', 0, 8), amount('soll', 58), rows = { 'line' }, emit = function(r)\n" +
-                                                                        body + "\nend })\n"));
+    const std::string path = directory.Write(
+        "or_test.rs",
+        TemplateWith(
+            "columns { { 'konto', 'Konto', 20 },\n"
+            "  { 'soll', 'Soll', 20, form = 'amount', sum = true } }\n"
+            "record(1, { text('konto', 0, 8), amount('soll', 58), rows = { 'line' }, emit = function(r)\n" +
+            body + "\nend })\n"));
     const int32_t report = RSOpenReport(path.c_str(), susaId, 0);
     EXPECT_GT(report, 0);
     std::string said = Errors([&] {
@@ -53,10 +56,12 @@ TEST(Templates, AreFiles)
     const auto said = [](const std::string &path) {
         return Errors([&] { EXPECT_EQ(RSOpenReport(path.c_str(), susaId, 0), 0); });
     };
-    EXPECT_EQ(said(directory.At("or_none.rs")), "librs: " + directory.At("or_none.rs") + ": No such file or directory\n");
+    EXPECT_EQ(said(directory.At("or_none.rs")),
+              "librs: " + directory.At("or_none.rs") + ": No such file or directory\n");
     EXPECT_EQ(said(directory.Path.string()), "librs: " + directory.Path.string() + ": Is a directory\n");
     ASSERT_EQ(mkfifo(directory.At("or_pipe.rs").c_str(), 0600), 0);
-    EXPECT_EQ(said(directory.At("or_pipe.rs")), "librs: " + directory.At("or_pipe.rs") + ": Invalid argument\n");
+    EXPECT_EQ(said(directory.At("or_pipe.rs")),
+              "librs: " + directory.At("or_pipe.rs") + ": Invalid argument\n");
     const std::string large = directory.Write("or_large.rs", std::string((1 << 20) + 1, ' '));
     EXPECT_EQ(said(large), "librs: " + large + ": File too large\n");
     const std::string endless = "/" + std::string(5000, 'x') + ".rs";
@@ -155,19 +160,24 @@ TEST(Templates, DeclareAPageThatCanBe)
 
 TEST(Templates, HaveNoWayOut)
 {
-    for (const char *name :
-         {"io", "os", "load", "loadstring", "loadfile", "dofile", "require", "package", "debug", "coroutine", "pcall",
-          "xpcall", "setmetatable", "getmetatable", "collectgarbage", "print", "rawset", "rawget", "_G", "utf8"}) {
-        EXPECT_EQ(OpenError(TemplateWith("if " + std::string(name) + " == nil then error('closed') end")), "2: closed")
-            << name;
-    }
-    EXPECT_EQ(OpenError(TemplateWith("local x = ('a'):dump()")), "2: attempt to call a nil value (method 'dump')");
-    for (const char *name : {"match", "gmatch", "gsub", "char", "byte", "pack", "dump", "reverse"}) {
-        EXPECT_EQ(OpenError(TemplateWith("if string." + std::string(name) + " == nil then error('closed') end")),
+    for (const char *name : {"io",     "os",      "load",         "loadstring",   "loadfile",
+                             "dofile", "require", "package",      "debug",        "coroutine",
+                             "pcall",  "xpcall",  "setmetatable", "getmetatable", "collectgarbage",
+                             "print",  "rawset",  "rawget",       "_G",           "utf8"}) {
+        EXPECT_EQ(OpenError(TemplateWith("if " + std::string(name) + " == nil then error('closed') end")),
                   "2: closed")
             << name;
     }
-    EXPECT_EQ(OpenError(TemplateWith("if table.move == nil and table.sort == nil then error('closed') end")), "2: closed");
+    EXPECT_EQ(OpenError(TemplateWith("local x = ('a'):dump()")),
+              "2: attempt to call a nil value (method 'dump')");
+    for (const char *name : {"match", "gmatch", "gsub", "char", "byte", "pack", "dump", "reverse"}) {
+        EXPECT_EQ(
+            OpenError(TemplateWith("if string." + std::string(name) + " == nil then error('closed') end")),
+            "2: closed")
+            << name;
+    }
+    EXPECT_EQ(OpenError(TemplateWith("if table.move == nil and table.sort == nil then error('closed') end")),
+              "2: closed");
 }
 
 TEST(Templates, AreBoundedInWorkAndMemory)
@@ -181,14 +191,17 @@ TEST(Templates, AreBoundedInWorkAndMemory)
         {"local function f() return 1 + f() end\nf()", "2: a text, a table or the stack grows too large"},
         {"local s = ('x'):rep(1 << 30)", "2: the repeated text grows too large"},
         {"local s = ('x'):rep(1 << 62)", "2: the repeated text grows too large"},
-        {"local s = ('x'):rep((4 << 20) - 100)\nlocal t = s .. s", "3: a text, a table or the stack grows too large"},
+        {"local s = ('x'):rep((4 << 20) - 100)\nlocal t = s .. s",
+         "3: a text, a table or the stack grows too large"},
         {"local s = 'x'\nwhile true do\n s = s .. s\nend", "4: a text, a table or the stack grows too large"},
-        {"local t = {}\nwhile true do\n t[#t + 1] = #t\nend", "4: a text, a table or the stack grows too large"},
+        {"local t = {}\nwhile true do\n t[#t + 1] = #t\nend",
+         "4: a text, a table or the stack grows too large"},
         {"local t = {}\nfor i = 1, 100 do\n t[i] = ('x'):rep(1 << 20) .. i\nend",
          "4: the template takes too much memory"},
         {"local s = ('x'):rep(1 << 20)\nwhile true do local t = s .. 'y' end",
          "3: the template does not come to an end"},
-        {"local s = ('x'):rep(1 << 21)\nlocal t = s .. 'y'\nwhile true do local u = s:find(t) or s:upper() end",
+        {"local s = ('x'):rep(1 << 21)\nlocal t = s .. 'y'\nwhile true do local u = s:find(t) or s:upper() "
+         "end",
          "4: the template does not come to an end"},
         {"for i = 1, 1 << 62 do end", "2: the template does not come to an end"},
         {"local t = {}\nt[1] = t\nlocal s = table.concat({ 'a' }, ',', 1, 1 << 62)",
@@ -201,7 +214,8 @@ TEST(Templates, AreBoundedInWorkAndMemory)
         EXPECT_EQ(said.substr(0, std::string(row.said).size()), row.said) << row.body;
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(60)) << row.body;
     }
-    EXPECT_NE(OpenError("x = " + std::string(100'000, '(') + "1").find("C stack overflow"), std::string::npos);
+    EXPECT_NE(OpenError("x = " + std::string(100'000, '(') + "1").find("C stack overflow"),
+              std::string::npos);
 }
 
 TEST(Templates, PrintOnlyWhatTheyDeclared)
