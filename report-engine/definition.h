@@ -114,6 +114,17 @@ struct Definition {
 
 static_assert(std::is_trivially_copyable_v<Definition>);
 
+// Lines of a column's title; 0 for none.
+constexpr int TitleLines(const char *title)
+{
+    if (title[0] == 0) return 0;
+    int lines = 1;
+    for (; *title != 0; ++title) {
+        if (*title == '\n') ++lines;
+    }
+    return lines;
+}
+
 inline constexpr int32_t gapUnderHead = 200; // between page head and column titles
 inline constexpr int32_t gapUnderTitles = 50;
 inline constexpr int32_t gapOverFoot = 150;

@@ -385,12 +385,13 @@ void WriteTextColumns(Writer &writer, const TextTable &table, const Definition &
                 }
                 align = Align::centre;
             } else {
-                text = column.Title;
-                for (int skipped = 0; skipped < line && text != nullptr; ++skipped) {
-                    text = std::strchr(text, '\n');
-                    if (text != nullptr) ++text;
+                // The last lines of all titles stand level.
+                int skipped = line - (def.ColumnTitleLines - TitleLines(column.Title));
+                text = skipped >= 0 ? column.Title : "";
+                for (; skipped > 0; --skipped) {
+                    text = std::strchr(text, '\n') + 1;
                 }
-                length = text != nullptr ? strcspn(text, "\n") : 0;
+                length = std::strcspn(text, "\n");
             }
             if (length > 0) WriteAligned(writer, text, length, width, align, position, begin);
             begin += table.Widths[i] + 2;

@@ -281,16 +281,6 @@ int DeclareStyle(lua_State *state)
     return 0;
 }
 
-uint8_t LinesOf(const char *title)
-{
-    if (title[0] == 0) return 0;
-    uint8_t lines = 1;
-    for (; *title != 0; ++title) {
-        if (*title == '\n') ++lines;
-    }
-    return lines;
-}
-
 void DeclareColumn(lua_State *state, Report &report, int table, Column &column)
 {
     RefuseUnknownKeys(state, table, {"form", "align", "group", "sum", "zero"}, true);
@@ -324,7 +314,7 @@ void DeclareColumn(lua_State *state, Report &report, int table, Column &column)
         def.SumColumns[def.SumCount++] = static_cast<uint8_t>(&column - def.Columns);
     }
     if (column.Group[0] != 0) def.HasColumnGroups = true;
-    const uint8_t lines = LinesOf(column.Title);
+    const auto lines = static_cast<uint8_t>(TitleLines(column.Title));
     if (lines > 4) luaL_error(state, "the title of column '%s' has more than four lines", column.Name);
     if (lines > def.ColumnTitleLines) def.ColumnTitleLines = lines;
     for (const Column *other = def.Columns; other != &column; ++other) {

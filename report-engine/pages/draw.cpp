@@ -12,8 +12,9 @@ namespace rs {
 namespace {
 
 constexpr double pointsPerUnit = 72.0 / 2540.0; // of a hundredth of a millimetre
-constexpr double gutter = 1.6;                  // points kept free at either edge of a column
+constexpr double gutter = 5;                    // points kept free between two columns
 constexpr size_t maxBatch = 4096;
+constexpr size_t maxBatchText = 4 * maxBatch;
 
 constexpr double Points(int32_t hundredths_mm) { return hundredths_mm * pointsPerUnit; }
 
@@ -47,7 +48,10 @@ struct Drawing {
     // Glyphs of one font that wait to be shown together.
     uint16_t BatchFont;
     size_t BatchCount;
+    size_t BatchBytes;
     cairo_glyph_t Batch[maxBatch];
+    cairo_text_cluster_t BatchClusters[maxBatch];
+    char BatchText[maxBatchText];
 
     double Lefts[maxColumns];
     double BodyTop;
@@ -61,18 +65,27 @@ void ShowBatch(Drawing &drawing)
 {
     if (drawing.BatchCount == 0) return;
     cairo_set_scaled_font(drawing.Cairo, drawing.Letters.Scaled[drawing.BatchFont]);
-    cairo_show_glyphs(drawing.Cairo, drawing.Batch, static_cast<int>(drawing.BatchCount));
+    const auto count = static_cast<int>(drawing.BatchCount);
+    cairo_show_text_glyphs(drawing.Cairo, drawing.BatchText, static_cast<int>(drawing.BatchBytes),
+                           drawing.Batch, count, drawing.BatchClusters, count,
+                           static_cast<cairo_text_cluster_flags_t>(0));
     drawing.BatchCount = 0;
+    drawing.BatchBytes = 0;
 }
 
-void DrawGlyphs(Drawing &drawing, const Glyph *glyphs, size_t count, double x, double baseline)
+void DrawGlyphs(Drawing &drawing, const Glyph *glyphs, size_t count, const char *text, double x,
+                double baseline)
 {
     for (size_t i = 0; i < count; ++i) {
         const Glyph &glyph = glyphs[i];
-        if (drawing.BatchCount == maxBatch || glyph.Font != drawing.BatchFont) {
+        if (drawing.BatchCount == maxBatch || glyph.Font != drawing.BatchFont ||
+            drawing.BatchBytes + glyph.TextLength > maxBatchText) {
             ShowBatch(drawing);
             drawing.BatchFont = glyph.Font;
         }
+        drawing.BatchClusters[drawing.BatchCount] = {glyph.TextLength, 1};
+        std::memcpy(drawing.BatchText + drawing.BatchBytes, text + glyph.TextAt, glyph.TextLength);
+        drawing.BatchBytes += glyph.TextLength;
         drawing.Batch[drawing.BatchCount++] = {glyph.Index, x + glyph.X, baseline + glyph.Y};
         x += glyph.Advance;
     }
@@ -96,7 +109,7 @@ double DrawText(Drawing &drawing, int face, const char *text, size_t length, dou
         double x = left;
         if (align == Align::right) x = right - run.Width;
         if (align == Align::centre) x = left + (room - run.Width) / 2;
-        DrawGlyphs(drawing, run.Glyphs, run.Count, x, baseline);
+        DrawGlyphs(drawing, run.Glyphs, run.Count, text, x, baseline);
         return run.Width;
     }
     constexpr char ellipsis[] = "…";
@@ -107,9 +120,9 @@ double DrawText(Drawing &drawing, int face, const char *text, size_t length, dou
     while (count < run.Count && width + run.Glyphs[count].Advance + mark <= room) {
         width += run.Glyphs[count++].Advance;
     }
-    DrawGlyphs(drawing, run.Glyphs, count, left, baseline);
+    DrawGlyphs(drawing, run.Glyphs, count, text, left, baseline);
     run = ShapeText(drawing.Letters, face, ellipsis, sizeof ellipsis - 1);
-    DrawGlyphs(drawing, run.Glyphs, run.Count, left + width, baseline);
+    DrawGlyphs(drawing, run.Glyphs, run.Count, ellipsis, left + width, baseline);
     return room;
 }
 
@@ -127,7 +140,7 @@ void DrawNumber(Drawing &drawing, const Style &style, int face, const char *text
     double x = right - run.Width;
     if (align == Align::left) x = left;
     if (align == Align::centre) x = left + (room - run.Width) / 2;
-    DrawGlyphs(drawing, run.Glyphs, run.Count, x, baseline);
+    DrawGlyphs(drawing, run.Glyphs, run.Count, text, x, baseline);
 }
 
 // ---- Rules ----
@@ -378,12 +391,8 @@ void DrawColumnTitles(Drawing &drawing)
     }
     for (int i = 0; i < def.ColumnCount; ++i) {
         const char *title = def.Columns[i].Title;
-        int lines = 1;
-        for (const char *character = title; *character != 0; ++character) {
-            if (*character == '\n') ++lines;
-        }
         // The last lines of all titles stand level.
-        double lineTop = top + (def.ColumnTitleLines - lines) * lineHeight;
+        double lineTop = top + (def.ColumnTitleLines - TitleLines(title)) * lineHeight;
         const double left = drawing.Lefts[i] + gutter / 2;
         const double right = drawing.Lefts[i] + Points(def.Columns[i].Width) - gutter / 2;
         while (title != nullptr && *title != 0) {

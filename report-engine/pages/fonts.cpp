@@ -30,6 +30,20 @@ uint16_t FontNumber(Fonts &fonts, PangoFont *font)
     return static_cast<uint16_t>(number);
 }
 
+// The bytes from the glyph's character to the next one; glyphs of one character share them.
+void FindText(Glyph &glyph, const PangoGlyphString &string, int number, const PangoItem &item)
+{
+    const int begin = string.log_clusters[number];
+    int end = item.length;
+    bool isFirst = true;
+    for (int i = 0; i < string.num_glyphs; ++i) {
+        if (string.log_clusters[i] > begin && string.log_clusters[i] < end) end = string.log_clusters[i];
+        if (i < number && string.log_clusters[i] == begin) isFirst = false;
+    }
+    glyph.TextAt = static_cast<uint16_t>(item.offset + begin);
+    glyph.TextLength = static_cast<uint16_t>(isFirst ? end - begin : 0);
+}
+
 // Shapes into Scratch.
 Run Shape(Fonts &fonts, int face, const char *text, size_t length)
 {
@@ -48,6 +62,7 @@ Run Shape(Fonts &fonts, int face, const char *text, size_t length)
             const PangoGlyphInfo &info = string->glyphs[i];
             const bool isMissing = (info.glyph & PANGO_GLYPH_UNKNOWN_FLAG) != 0;
             Glyph &glyph = fonts.Scratch[run.Count];
+            FindText(glyph, *string, i, *item);
             glyph.Index = isMissing ? 0 : info.glyph;
             glyph.Font = font;
             glyph.Advance = static_cast<float>(info.geometry.width) / PANGO_SCALE;
@@ -161,7 +176,9 @@ Run SetNumber(Fonts &fonts, int face, const char *text, size_t length)
         if (character == '.') glyph = &from.Point;
         if (character == ',') glyph = &from.Comma;
         if ((static_cast<unsigned char>(character) & 0xC0) == 0x80) continue; // the rest of the minus sign
-        fonts.Scratch[run.Count++] = *glyph;
+        Glyph &placed = fonts.Scratch[run.Count++];
+        placed = *glyph;
+        placed.TextAt = static_cast<uint16_t>(i);
         run.Width += glyph->Advance;
     }
     return run;

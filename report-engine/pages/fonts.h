@@ -16,11 +16,15 @@ inline constexpr int maxFonts = 128;      // with those that stand in for charac
 inline constexpr size_t maxRun = 96;      // glyphs of a run that is kept
 inline constexpr size_t maxGlyphs = 1024; // of any run; longer texts were cut before
 
+// The bytes of the text that a glyph stands for go with it into the file, for whoever searches or copies:
+// what a font says about its glyphs is not enough to find that.
 struct Glyph {
     uint32_t Index;
     uint16_t Font;
-    float Advance; // points
-    float X;       // offsets from where it stands
+    uint16_t TextAt;
+    uint16_t TextLength; // 0 for the further glyphs of one character
+    float Advance;       // points
+    float X;             // offsets from where it stands
     float Y;
 };
 
@@ -40,7 +44,7 @@ struct Face {
     Glyph Figures[10];
     Glyph Point;
     Glyph Comma;
-    Glyph Minus;
+    Glyph Minus; // each with the text that it stands for at 0
 };
 
 struct CachedRun {

@@ -1,0 +1,41 @@
+-- Kostenstellenliste: the master data of the Kostenstellen.
+
+report { id = "tervoKOSTLIST0.0", title = "Kostenstellenliste" }
+
+page {
+    margins = { top = 10, right = 10, bottom = 10, left = 20 },
+    font = "Roboto Condensed",
+    fontsize = 8.5,
+    foot = 1,
+}
+
+columns {
+    { "nummer", "Nummer", 20 },
+    { "kuerzel", "Kürzel", 24 },
+    { "name", "Kostenstelle", 54 },
+    { "text", "Bemerkung", 60 },
+    { "kennzeichen", "Kennzeichen", 22, align = "center" },
+}
+
+record(0, {
+    text("mandant", 0, 41),
+    text("bereich", 41, 30),
+    emit = function(r)
+        head { left = "Kostenstellenliste", right = "Seite {page} von {pages}" }
+        head { left = r.mandant, right = "Kostenstellen " .. r.bereich }
+        foot { left = r.mandant, right = "gedruckt am " .. today() }
+    end,
+})
+
+record(1, {
+    text("nummer", 0, 8),
+    text("kuerzel", 8, 9),
+    text("name", 17, 31),
+    text("text", 48, 41),
+    u32("gesetzt", 89),
+    rows = { "line" },
+    emit = function(r)
+        r.kennzeichen = r.gesetzt ~= 0 and "×" or nil
+        row("line", r)
+    end,
+})
