@@ -286,6 +286,7 @@ TEST_F(SplitPosting, SidesAreComparedAsTheyAreWritten)
 TEST_F(SplitPosting, UpToTenTeilbuchungenComeInAStructure)
 {
     std::vector<TeilbuchungEingabe> parts;
+    parts.reserve(10);
     for (int i = 0; i < 10; ++i) {
         parts.push_back(Part(i % 2 == 0 ? "4000" : "4100", 1, "1200", 1));
     }
