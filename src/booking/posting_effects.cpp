@@ -205,44 +205,46 @@ int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, ui
     return 1;
 }
 
-bool ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32_t number, Teilbuchung &teil)
+Expansion ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32_t number, Teilbuchung &teil)
 {
-    if (number == 0) return true;
+    if (number == 0) return Expansion::Done;
     KoschaRecord head{};
     bool found = false;
-    if (!GetEqual(context, &head, KeyOfNumber(number), found, TableKoscha) || !found) return false;
+    if (!GetEqual(context, &head, KeyOfNumber(number), found, TableKoscha)) return Expansion::Failed;
+    if (!found) return Expansion::Missing;
     teil.Image.Kostenschablone = number;
     // The rows are read one after the other, for which their table has to stay open.
-    if (!OpenTable(context, TableKoschaze)) return false;
-    const bool expanded = ExpandLines(context, teil, head.Zeilen, seite);
+    if (!OpenTable(context, TableKoschaze)) return Expansion::Failed;
+    const Expansion expanded = ExpandLines(context, teil, head.Zeilen, seite);
     CloseTable(context, TableKoschaze);
     return expanded;
 }
 
-bool ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, KostenSeite seite)
+Expansion ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, KostenSeite seite)
 {
     assert(teil.Kostenzeilen == nullptr);
     const int32_t number = teil.Image.Kostenschablone;
     teil.Image.Kostenzeilen = 0;
     KoschazeRecord row{};
     bool found = false;
-    if (!GetEqual(context, &row, KeyOfNumber(number), found, TableKoschaze) || !found) return false;
+    if (!GetEqual(context, &row, KeyOfNumber(number), found, TableKoschaze)) return Expansion::Failed;
+    if (!found) return Expansion::Missing;
     AmountText total;
     CopyText(total, zeroAmount);
     while (found && row.Nummer == number && teil.Image.Kostenzeilen < count) {
         const bool isLast = teil.Image.Kostenzeilen + 1 == count;
         KobuRecord line;
-        if (!MakeLine(row, teil.Image.Netto, total, isLast, seite, line)) return false;
+        if (!MakeLine(row, teil.Image.Netto, total, isLast, seite, line)) return Expansion::Failed;
         if (teil.Kostenzeilen == nullptr) {
             teil.Kostenzeilen =
                 static_cast<KobuRecord *>(std::calloc(static_cast<size_t>(count), sizeof(KobuRecord)));
-            if (teil.Kostenzeilen == nullptr) return false;
+            if (teil.Kostenzeilen == nullptr) return Expansion::Failed;
         }
         teil.Kostenzeilen[teil.Image.Kostenzeilen] = line;
         ++teil.Image.Kostenzeilen;
-        if (!GetNextF(context, &row, found, TableKoschaze)) return false;
+        if (!GetNextF(context, &row, found, TableKoschaze)) return Expansion::Failed;
     }
-    return true;
+    return Expansion::Done;
 }
 
 bool StoreTeilbuchung(Buchung &buchung, Teilbuchung &teil, int32_t index, int32_t expected)

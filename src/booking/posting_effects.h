@@ -60,13 +60,15 @@ int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, ui
 
 enum class KostenSeite { Haben = 0, Soll = 1 };
 
-// Spreads the net amount of `teil` over the lines of a Kostenschablone. Number 0 gives none and true. False
-// when the Kostenschablone or its first line is missing, a sum overflows, memory or the engine failed; the
-// lines made so far stay.
-bool ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32_t number, Teilbuchung &teil);
+// What became of cost lines: made; the Kostenschablone or its first line is missing, and none was made; or a
+// sum overflowed, memory or the engine failed, and those made so far stay with the Teilbuchung.
+enum class Expansion { Done, Missing, Failed };
+
+// Spreads the net amount of `teil` over the lines of a Kostenschablone. Number 0 gives none.
+Expansion ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32_t number, Teilbuchung &teil);
 
 // The second half of ExpandKostenschablone: reads the lines of the image's Kostenschablone, `count` at most.
-bool ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, KostenSeite seite);
+Expansion ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, KostenSeite seite);
 
 // Makes `teil` the Teilbuchung `index` (from 0, in ascending order) of the posting, which then owns its cost
 // lines; `teil` is left empty. Room for `expected` Teilbuchungen is made with the first one. False without

@@ -5,6 +5,9 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/pickers/rate_entry.h"
+#include "src/platform/window_api.h"
+#include "src/values/currency.h"
 #include "text/fixed_text.h"
 
 namespace vark {
@@ -93,8 +96,6 @@ int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, Teilbu
 int32_t ConvertForeignCurrency(ThreadContext &context, TeilbuchungWork &work, const PackedDate &date,
                                BatRecord &bat)
 {
-    (void)date;
-    (void)bat;
     const TeilbuchungEingabe &eingabe = work.Eingabe;
     const bool sollIsPersonal = eingabe.SollArt != KontoartSachkonto;
     const bool habenIsPersonal = eingabe.HabenArt != KontoartSachkonto;
@@ -107,7 +108,18 @@ int32_t ConvertForeignCurrency(ThreadContext &context, TeilbuchungWork &work, co
     if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, table)) return engineFailure;
     if (!found) return engineFailure;
     if (record.Waehrung[0] == 0) return 1;
-    return Report(context, 1450, amountNotConverted, nullptr, noPart);
+
+    char waehrung[sizeof record.Waehrung];
+    CopyText(waehrung, record.Waehrung);
+    KurseRecord rate{};
+    if (!FindRateOrAsk(context, GetActiveWindow(), rate, waehrung, date)) return rateEntryCancelled;
+    SplitRecord &image = work.Teil.Image;
+    AmountText converted;
+    if (!ConvertAmount(context, rate, image.Brutto, converted)) return amountNotConverted;
+    CopyText(bat.Waehrung, waehrung);
+    CopyText(bat.Waehrungsbetrag, converted);
+    CopyText(image.Netto, converted);
+    return 1;
 }
 
 int32_t InsertSinglePosting(ThreadContext &context, const BuchungEingabe *eingabe, int32_t showMessages)

@@ -14,9 +14,10 @@ namespace vark {
 // zeroed one.
 int32_t InsertSinglePosting(ThreadContext &context, const BuchungEingabe *eingabe, int32_t showMessages);
 
-// A posting on a personal account with a currency of its own: puts that currency and the converted amount
-// into the bat image, and the amount as net amount into the Teilbuchung. 1, -3, or -2 with message 1450 when
-// there is no conversion.
+// A posting on a personal account with a currency of its own: puts that currency and the gross amount at the
+// rate of the date into the bat image, and the converted amount as net amount into the Teilbuchung, for what
+// follows to change. Of two personal accounts the one on Soll counts. Returns 1; -3; -2 after message 1450
+// when the amount does not fit; 0 when there is no rate and the user does not enter one.
 int32_t ConvertForeignCurrency(ThreadContext &context, TeilbuchungWork &work, const PackedDate &date,
                                BatRecord &bat);
 

@@ -188,7 +188,8 @@ int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &dat
 {
     bool found = false;
     if (!Exists(context, KeyOfNumber(stapel), found, TableStapel)) return engineFailure;
-    if (!found) return Report(context, 1408, stapelUnknown, "Stapel", noPart);
+    // The key of numbers that the engine gives out counts by its absolute value: -16 would find Stapel 16.
+    if (!found || stapel < 0) return Report(context, 1408, stapelUnknown, "Stapel", noPart);
     if (ParseDateText(context, date, sizeof date, false) != DateGood) {
         return Report(context, 1412, dateRefused, nullptr, noPart);
     }
@@ -298,9 +299,11 @@ bool HasKostenschablone(const SakoRecord &sako) { return sako.Kostenschablone !=
 int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite seite, int32_t partIndex)
 {
     const SakoRecord &sako = seite == KostenSeite::Soll ? work.Soll : work.Haben;
-    const bool expanded = ExpandKostenschablone(context, seite, sako.Kostenschablone, work.Teil);
-    if (expanded || context.CostsRequired == 0) return 1;
-    return Report(context, 1445, costsMissing, nullptr, partIndex);
+    const Expansion expanded = ExpandKostenschablone(context, seite, sako.Kostenschablone, work.Teil);
+    if (expanded == Expansion::Done) return 1;
+    if (context.CostsRequired != 0) return Report(context, 1445, costsMissing, nullptr, partIndex);
+    // A posting with some of its cost lines would be half a posting.
+    return expanded == Expansion::Missing ? 1 : engineFailure;
 }
 
 int32_t RequireCosts(const ThreadContext &context, const TeilbuchungWork &work, int32_t partIndex)

@@ -13,6 +13,7 @@
 namespace vark {
 
 // Codes of the checks, as the exports return them.
+inline constexpr int32_t rateEntryCancelled = 0;
 inline constexpr int32_t amountNotConverted = -2;
 inline constexpr int32_t stapelUnknown = -6;
 inline constexpr int32_t sollkontoRefused = -8;
@@ -65,7 +66,9 @@ void FillImage(TeilbuchungWork &work);
 // Whether an account brings a Kostenschablone of its own.
 bool HasKostenschablone(const SakoRecord &sako);
 
-// Makes the cost lines of the side's Kostenschablone. A failure counts only where costs are obligatory.
+// Makes the cost lines of the side's Kostenschablone. Where costs are obligatory every failure is -24, after
+// message 1445; elsewhere a Kostenschablone that is not there leaves the posting without cost lines, and any
+// other failure is -3.
 int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite seite, int32_t partIndex);
 
 // Refuses a Teilbuchung without cost lines that touches a GuV account, where costs are obligatory.

@@ -4,6 +4,7 @@
 #include "tests/support/alloc_faults.h"
 #include "tests/support/engine_faults.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -146,6 +147,24 @@ TEST_F(Faults, UnderAPostingWithAFreeRate)
                                                "");
         },
         1, {-3}, [this] { RemovePostings(); });
+}
+
+TEST_F(Faults, UnderAPostingWithCostsThatAreObligatory)
+{
+    books.ChangeMandant(1, [](FistaRecord &record) { record.KostenPflicht = 1; });
+    const BuchungEingabe booking = CostlyBooking("150598");
+    Run([&] { return VARK_BuchungEinfuegen(&booking, 0); }, 1, {-3, -24}, [this] { RemovePostings(); });
+}
+
+TEST_F(Faults, UnderAPostingInForeignCurrency)
+{
+    books.Insert(1, TableKurse, MakeKurs("USD", "180515", "000000001,75"));
+    Run(
+        [] {
+            return VARK_BuchungEinfuegenDirekt(0, 1, 16, "150598", "", "", "10003", 4, "8400", 1, "116", "",
+                                               "");
+        },
+        1, {-3, 0}, [this] { RemovePostings(); });
 }
 
 TEST_F(Faults, UnderASplitPosting)

@@ -52,7 +52,7 @@ struct Effects : ::testing::Test {
     }
 
     Ledger books;
-    bool expanded = false;
+    Expansion expanded = Expansion::Failed;
     int32_t schablone = 0;
 };
 
@@ -190,7 +190,7 @@ TEST_F(Effects, OneShareOfAHundredPercentIsTheNetAmountAsItStands)
 {
     books.AddKostenschablone(1, {"100,00"});
     EXPECT_EQ(Lines{"000000100,01"}, Shares(1, "000000100,01"));
-    EXPECT_TRUE(expanded);
+    EXPECT_EQ(Expansion::Done, expanded);
     EXPECT_EQ(1, schablone);
     EXPECT_EQ(Lines{"000000100-01"}, Shares(1, "000000100-01"));
 }
@@ -222,7 +222,7 @@ TEST_F(Effects, ALineHoldsWhatItsRowSays)
     books.Insert(1, TableKoschaze, row);
     for (const KostenSeite seite : {KostenSeite::Soll, KostenSeite::Haben}) {
         Teilbuchung part = PartOf("000000007,00");
-        ASSERT_TRUE(ExpandKostenschablone(BoundContext(), seite, 1, part));
+        ASSERT_EQ(Expansion::Done, ExpandKostenschablone(BoundContext(), seite, 1, part));
         ASSERT_EQ(1, part.Image.Kostenzeilen);
         KobuRecord expected{};
         SetText(expected.Kostenobjekt1, "    100");
@@ -240,7 +240,7 @@ TEST_F(Effects, TheHabenFlagIsAddedAndNotSet)
     books.Insert(1, TableKoscha, MakeKoscha(1, 1));
     books.Insert(1, TableKoschaze, MakeKoschaze(1, "100", "", 0x20, "100,00"));
     Teilbuchung part = PartOf("000000007,00");
-    ASSERT_TRUE(ExpandKostenschablone(BoundContext(), KostenSeite::Haben, 1, part));
+    ASSERT_EQ(Expansion::Done, ExpandKostenschablone(BoundContext(), KostenSeite::Haben, 1, part));
     EXPECT_EQ(0x40, part.Kostenzeilen[0].Flag);
     FreeTeilbuchung(part);
 }
@@ -250,7 +250,7 @@ TEST_F(Effects, ALongTextOfARowIsCut)
     books.Insert(1, TableKoscha, MakeKoscha(1, 1));
     books.Insert(1, TableKoschaze, MakeKoschaze(1, "100", "", 0, "100,00", std::string(104, 'x')));
     Teilbuchung part = PartOf("000000007,00");
-    ASSERT_TRUE(ExpandKostenschablone(BoundContext(), KostenSeite::Soll, 1, part));
+    ASSERT_EQ(Expansion::Done, ExpandKostenschablone(BoundContext(), KostenSeite::Soll, 1, part));
     EXPECT_EQ(std::string(72, 'x'), TextOf(part.Kostenzeilen[0].Text));
     FreeTeilbuchung(part);
 }
@@ -258,22 +258,22 @@ TEST_F(Effects, ALongTextOfARowIsCut)
 TEST_F(Effects, NumberNoneMakesNoLines)
 {
     EXPECT_EQ(Lines{}, Shares(0, "000000100,00"));
-    EXPECT_TRUE(expanded);
+    EXPECT_EQ(Expansion::Done, expanded);
     EXPECT_EQ(0, schablone);
 }
 
-TEST_F(Effects, AMissingKostenschabloneFails)
+TEST_F(Effects, AMissingKostenschabloneIsTold)
 {
     EXPECT_EQ(Lines{}, Shares(4, "000000100,00"));
-    EXPECT_FALSE(expanded);
+    EXPECT_EQ(Expansion::Missing, expanded);
     EXPECT_EQ(0, schablone);
 }
 
-TEST_F(Effects, AKostenschabloneWithoutRowsFailsAndKeepsItsNumber)
+TEST_F(Effects, AKostenschabloneWithoutRowsIsMissingAndKeepsItsNumber)
 {
     books.Insert(1, TableKoscha, MakeKoscha(4, 2));
     EXPECT_EQ(Lines{}, Shares(4, "000000100,00"));
-    EXPECT_FALSE(expanded);
+    EXPECT_EQ(Expansion::Missing, expanded);
     EXPECT_EQ(4, schablone);
 }
 
@@ -284,7 +284,7 @@ TEST_F(Effects, FewerRowsThanAnnouncedLeaveTheRestUnspread)
     books.Insert(1, TableKoschaze, MakeKoschaze(4, "101", "", 0, "033,33"));
     books.AddKostenschablone(5, {"100,00"}); // the row behind belongs to another one
     EXPECT_EQ((Lines{"000000033,33", "000000033,33"}), Shares(4, "000000100,00"));
-    EXPECT_TRUE(expanded);
+    EXPECT_EQ(Expansion::Done, expanded);
 }
 
 TEST_F(Effects, MoreRowsThanAnnouncedAreLeftOut)
@@ -302,7 +302,7 @@ TEST_F(Effects, NoRowsAnnouncedMakeNoLines)
         books.Insert(1, TableKoscha, MakeKoscha(number, count));
         books.Insert(1, TableKoschaze, MakeKoschaze(number, "100", "", 0, "100,00"));
         EXPECT_EQ(Lines{}, Shares(number, "000000100,00"));
-        EXPECT_TRUE(expanded);
+        EXPECT_EQ(Expansion::Done, expanded);
     }
 }
 
@@ -310,7 +310,7 @@ TEST_F(Effects, SharesThatOverflowFail)
 {
     books.AddKostenschablone(1, {"100,00", "100,00"});
     EXPECT_EQ(Lines{"999999999,99"}, Shares(1, "999999999,99"));
-    EXPECT_FALSE(expanded);
+    EXPECT_EQ(Expansion::Failed, expanded);
 }
 
 TEST_F(Effects, AnEngineFailureBetweenTheRowsFails)
@@ -319,7 +319,7 @@ TEST_F(Effects, AnEngineFailureBetweenTheRowsFails)
     BoundContext();
     Teilbuchung part = PartOf("000000100,00");
     FailEngineOperation(operationGetNext, 1, 2);
-    EXPECT_FALSE(ExpandKostenschablone(BoundContext(), KostenSeite::Soll, 1, part));
+    EXPECT_EQ(Expansion::Failed, ExpandKostenschablone(BoundContext(), KostenSeite::Soll, 1, part));
     StopEngineFaults();
     EXPECT_EQ(Lines{"I/O Error"}, books.TakeBoxes());
     FreeTeilbuchung(part);

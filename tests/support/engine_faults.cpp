@@ -18,7 +18,11 @@ int16_t Faulty(uint16_t operation, void *positionBlock, void *data, uint32_t *da
 {
     if (armed && (onlyOperation < 0 || onlyOperation == operation)) {
         ++counted;
-        if (counted == countdown) return answer;
+        if (counted == countdown) {
+            // A file that stays open with nobody knowing it would be this stand-in's fault.
+            if (operation == 1) real(operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
+            return answer;
+        }
     }
     return real(operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
 }

@@ -6,7 +6,7 @@
 namespace vark::test {
 
 // From now on this thread's calls of the record manager are counted, and call number `n` (from 1) answers
-// `status` without reaching it; 0 only counts. Calls of other threads pass.
+// `status` without reaching it (a close is done all the same); 0 only counts. Calls of other threads pass.
 void FailEngineCall(int n, int16_t status = 2);
 
 // As FailEngineCall, but only calls of `operation` count.
