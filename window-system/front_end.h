@@ -2,31 +2,69 @@
 // lines on standard error and in the log.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/model.h"
 
 namespace varkui {
 
-// What a message box shows, apart from how.
-struct Box {
-    const char *Text; // Windows-1252, never null
-    const char *Caption;
-    UINT Style; // MB_...
-};
+// Headless answers everything by itself; Script plays a person from a file; Screen shows windows to one.
+enum class FrontEnd { Headless, Script, Screen };
+
+// The front end in charge now. The first call reads $VARK_UI and starts it, so the lock must not be held
+// then.
+FrontEnd CurrentFrontEnd();
+
+// From now on nobody is asked any more; everything is answered as headless does. Expects the lock.
+void FallBackToHeadless();
+
+// A thread finds nothing to do and is about to wait: does what a person would do next. True when the thread
+// should look at its queue again, false when it may sleep until it is woken. Expects the lock, and lets go of
+// it meanwhile.
+bool AskFrontEnd(Thread *thread);
+
+// The screen gets to know what has changed. Takes the lock.
+void ShowChanges();
+
+// A forked child asks nobody: it is headless.
+void ForgetFrontEnd();
+
+// ---- Message boxes (boxes.cpp) ----
 
 // The id of the button that does the least: OK where it is alone, else Cancel, No or Abort. 0 for a style
 // that names no set of buttons.
 int SafestAnswer(UINT style);
 
-// Not 0 when a box of `style` has the button `id`.
+// Whether a box of `style` has the button `id`.
 bool BoxHasButton(UINT style, int id);
 
-enum class FrontEnd { Headless, Script };
+// The id of the text in a box.
+constexpr int boxTextId = 0xFFFF;
 
-// The front end in charge now. The first call reads $VARK_UI and opens the script.
-FrontEnd CurrentFrontEnd();
+// The text that a box shows.
+const char *TextOfBox(Window *box);
 
-// From now on nobody is asked any more; everything is answered as headless does.
-void FallBackToHeadless();
+// ---- Headless (headless.cpp) ----
+
+bool AnswerUnseen(Thread *thread);
+
+// ---- The script (script.cpp) ----
+
+// Opens the script at `path`; false, with the reason on standard error and in the log, when it cannot be
+// read.
+bool OpenScript(const char *path);
+
+// The next instruction, done to the topmost window of `thread`. As AskFrontEnd.
+bool PlayScript(Thread *thread);
+
+// The script serves another thread, if `thread` has nothing open any more or ends. Expects the lock.
+void LetGoOfScript(Thread *thread, bool ends);
+
+// The same for the calling thread. Takes the lock.
+void LetGoOfScriptIfIdle();
+
+// ---- Lines (log.cpp); none of these may be called with the lock held ----
+
+// Longest line that is written; a longer one is cut. Message texts have up to 399 characters.
+constexpr size_t longestLine = 4096;
 
 // Appends a line, "PREFIX TEXT" with Windows-1252 `text` turned into UTF-8 on one line, to the file that
 // $VARK_UI_LOG names; does nothing without it.
@@ -35,17 +73,13 @@ void LogText(const char *prefix, const char *text);
 // Appends the UTF-8 `line` as it stands to the log.
 void LogLine(const char *line);
 
-// Writes "PREFIX: TEXT" as one UTF-8 line to standard error.
+// Writes "PREFIX: TEXT" as one UTF-8 line to standard error; `text` is Windows-1252.
 void WriteToStandardError(const char *prefix, const char *text);
 
-// ---- The script (script.cpp) ----
+// Writes the UTF-8 `line` to standard error and to the log.
+void Complain(const char *line);
 
-// Opens the script at `path`; false, with the reason on standard error and in the log, when it cannot be
-// read.
-bool OpenScript(const char *path);
-
-// Answers `box` with the next instructions of the script; 0 when the script has ended or failed, which leaves
-// the box to headless.
-int AnswerFromScript(const Box &box);
+// Writes a dialog or box that is shown for the first time to the log. Does nothing for other windows.
+void LogDialog(HWND window);
 
 } // namespace varkui

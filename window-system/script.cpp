@@ -1,50 +1,618 @@
-#include <atomic>
+// A script in the place of a person: a list of instructions, one a line, each done to the topmost window of
+// the thread that waits.
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "text/windows1252.h"
+#include "window-system/collation.h"
 #include "window-system/front_end.h"
+#include "window-system/memory.h"
 
 namespace varkui {
 
 namespace {
 
-// A script is a list of instructions, one a line. Its whole text is held from the first to the last line,
-// with every line ended by NUL.
+// The whole text is held from the first to the last line, with every line ended by NUL.
 struct Script {
     char *Text;
     char *Next; // the first line that is not done
     char *End;
-    int Line; // number of the line before Next
+    char *Value;    // room for a value of the longest line
+    int Line;       // number of the line before Next
+    Thread *Holder; // the thread it serves now
+    unsigned Tickets;
 };
 
 Script script;
-pthread_mutex_t scriptLock = PTHREAD_MUTEX_INITIALIZER;
 
 constexpr size_t longestScript = size_t{64} << 20;
 
-__attribute__((format(printf, 2, 3))) void Fail(int line, const char *format, ...)
+// ---- Instructions ----
+
+// What is being done, and how it failed.
+struct Step {
+    Thread *Owner;
+    Window *Top;
+    bool Failed;
+    char Failure[longestLine / 2];
+};
+
+__attribute__((format(printf, 2, 3))) void Fail(Step &step, const char *format, ...)
 {
-    char message[3000];
     va_list arguments;
     va_start(arguments, format);
-    vsnprintf(message, sizeof message, format, arguments);
+    vsnprintf(step.Failure, sizeof step.Failure, format, arguments);
     va_end(arguments);
-    char whole[3100];
-    snprintf(whole, sizeof whole, "script: line %d: %s\n", line, message);
-    const ssize_t written = write(STDERR_FILENO, whole, strlen(whole));
-    static_cast<void>(written);
-    whole[strlen(whole) - 1] = 0;
-    LogLine(whole);
-    FallBackToHeadless();
+    step.Failed = true;
 }
+
+// The rest of `line` behind `word` and blanks, or null when the line does not begin with that word.
+const char *After(const char *line, const char *word)
+{
+    const size_t length = strlen(word);
+    if (strncmp(line, word, length) != 0) return nullptr;
+    const char *rest = line + length;
+    if (*rest != 0 && *rest != ' ' && *rest != '\t') return nullptr;
+    while (*rest == ' ' || *rest == '\t') {
+        ++rest;
+    }
+    return rest;
+}
+
+// Reads a decimal number at `rest` and moves behind it and the blanks that follow; false when there is none.
+bool TakeNumber(const char *&rest, LONG &number)
+{
+    int64_t value = 0;
+    const char *at = rest;
+    for (; *at >= '0' && *at <= '9' && value <= INT32_MAX; ++at) {
+        value = value * 10 + (*at - '0');
+    }
+    if (at == rest || value > INT32_MAX || (*at != 0 && *at != ' ' && *at != '\t')) return false;
+    while (*at == ' ' || *at == '\t') {
+        ++at;
+    }
+    rest = at;
+    number = static_cast<LONG>(value);
+    return true;
+}
+
+bool IsQuoted(const char *rest)
+{
+    const size_t length = strlen(rest);
+    return length >= 2 && rest[0] == '"' && rest[length - 1] == '"';
+}
+
+// A value in Windows-1252: a pair of quotes around it keeps its blanks and is taken off. It is valid until
+// the next one.
+const char *ValueOf(const char *rest)
+{
+    const size_t length = strlen(rest);
+    text::FromUtf8(rest, script.Value, length + 1);
+    if (!IsQuoted(rest)) return script.Value;
+    script.Value[strlen(script.Value) - 1] = 0;
+    return script.Value + 1;
+}
+
+// A Windows-1252 text for a message, in UTF-8 on one line.
+struct Shown {
+    char Text[600];
+    explicit Shown(const char *text)
+    {
+        text::ToUtf8(text, Text, sizeof Text);
+        for (char *at = Text; *at != 0; ++at) {
+            if (*at == '\n' || *at == '\r') *at = ' ';
+        }
+    }
+};
+
+// "dialog 101 "Title"" or the like.
+struct Named {
+    char Text[800];
+    explicit Named(Window *window)
+    {
+        if (window->Kind == Kind::Dialog && window->Dialog->IsBox) {
+            snprintf(Text, sizeof Text, "a message box is open: %s", Shown(TextOfBox(window)).Text);
+        } else if (window->Kind == Kind::Dialog) {
+            snprintf(Text, sizeof Text, "dialog %d \"%s\" is open", window->Dialog->Number,
+                     Shown(TextOf(window)).Text);
+        } else {
+            snprintf(Text, sizeof Text, "the window \"%s\" is open", Shown(TextOf(window)).Text);
+        }
+    }
+};
+
+bool IsBox(const Window *window) { return window->Kind == Kind::Dialog && window->Dialog->IsBox; }
+
+// The control that an instruction begins with by its id; `rest` moves behind it. Null fails the step.
+Window *TakeControl(Step &step, const char *&rest)
+{
+    LONG id = 0;
+    if (!TakeNumber(rest, id)) {
+        Fail(step, "\"%s\" does not begin with the number of a control", rest);
+        return nullptr;
+    }
+    Window *control = FindControl(step.Top, id);
+    if (control == nullptr) Fail(step, "there is no control %d: %s", id, Named(step.Top).Text);
+    return control;
+}
+
+// The same for something a person is to act on.
+Window *TakeUsable(Step &step, const char *&rest)
+{
+    Window *control = TakeControl(step, rest);
+    if (control == nullptr) return nullptr;
+    const auto id = static_cast<int>(control->Id);
+    if (!IsShown(control)) {
+        Fail(step, "control %d is hidden", id);
+        return nullptr;
+    }
+    if (!AreEnabled(control)) {
+        Fail(step, "control %d is disabled", id);
+        return nullptr;
+    }
+    return control;
+}
+
+void PostTo(Step &step, const Window *control, Input *input)
+{
+    if (!PostInput(control->Handle, input)) Fail(step, "there is no memory for the instruction");
+}
+
+bool IsEmpty(Step &step, const char *rest)
+{
+    if (*rest == 0) return true;
+    Fail(step, "\"%s\" is too much", rest);
+    return false;
+}
+
+// ---- Boxes and dialogs ----
+
+void DoDialog(Step &step, const char *rest)
+{
+    LONG number = 0;
+    if (!TakeNumber(rest, number) || *rest != 0) {
+        Fail(step, "\"%s\" is not the number of a dialog", rest);
+    } else if (step.Top->Kind != Kind::Dialog || IsBox(step.Top) || step.Top->Dialog->Number != number) {
+        Fail(step, "dialog %d is expected, but %s", number, Named(step.Top).Text);
+    }
+}
+
+struct AnswerWord {
+    const char *Word;
+    int Id;
+};
+
+constexpr AnswerWord answerWords[] = {{"ok", IDOK},       {"cancel", IDCANCEL}, {"abort", IDABORT},
+                                      {"retry", IDRETRY}, {"ignore", IDIGNORE}, {"yes", IDYES},
+                                      {"no", IDNO}};
+
+void DoBox(Step &step, const char *rest)
+{
+    const AnswerWord *word = nullptr;
+    for (const AnswerWord &candidate : answerWords) {
+        if (After(rest, candidate.Word) != nullptr) word = &candidate;
+    }
+    if (word == nullptr) {
+        Fail(step, "\"box %s\" names no answer", rest);
+        return;
+    }
+    if (!IsBox(step.Top)) {
+        Fail(step, "a message box is expected, but %s", Named(step.Top).Text);
+        return;
+    }
+    const char *shown = TextOfBox(step.Top);
+    const char *wanted = ValueOf(After(rest, word->Word));
+    const Window *button = FindControl(step.Top, word->Id);
+    if (button == nullptr) {
+        Fail(step, "the message box has no button \"%s\": %s", word->Word, Shown(shown).Text);
+    } else if (strstr(shown, wanted) == nullptr) {
+        Fail(step, "the message box reads \"%s\", not \"%s\"", Shown(shown).Text, Shown(wanted).Text);
+    } else {
+        PostTo(step, button, MakeInput(InputKind::Click));
+    }
+}
+
+void DoClose(Step &step, const char *rest)
+{
+    if (!IsEmpty(step, rest)) return;
+    const Window *top = step.Top;
+    const bool closes = !IsBox(top) || BoxHasButton(top->Dialog->BoxStyle, IDCANCEL) ||
+                        BoxHasButton(top->Dialog->BoxStyle, IDOK);
+    if (!closes) {
+        Fail(step, "the message box cannot be closed without an answer: %s", Shown(TextOfBox(step.Top)).Text);
+        return;
+    }
+    PostTo(step, top, MakeInput(InputKind::Close));
+}
+
+// ---- Controls ----
+
+bool HasField(const Window *control)
+{
+    if (control->Kind == Kind::ComboBox) return (control->Style & CBS_TYPEMASK) != CBS_DROPDOWNLIST;
+    return control->Kind == Kind::Edit;
+}
+
+void DoText(Step &step, const char *rest)
+{
+    const Window *control = TakeUsable(step, rest);
+    if (control == nullptr) return;
+    const auto id = static_cast<int>(control->Id);
+    if (!HasField(control)) {
+        Fail(step, "control %d takes no text", id);
+        return;
+    }
+    if (control->Kind == Kind::Edit && (control->Style & ES_READONLY) != 0) {
+        Fail(step, "control %d is read-only", id);
+        return;
+    }
+    const char *value = ValueOf(rest);
+    Input *input = MakeInput(InputKind::Text);
+    if (input != nullptr) input->Text = CopyText(value, strlen(value));
+    PostTo(step, control, input);
+}
+
+enum class ButtonType : unsigned char { Push, Check, Radio, Other };
+
+ButtonType TypeOf(const Window *control)
+{
+    if (control->Kind != Kind::Button) return ButtonType::Other;
+    switch (control->Style & BS_TYPEMASK) {
+    case BS_PUSHBUTTON:
+    case BS_DEFPUSHBUTTON: return ButtonType::Push;
+    case BS_CHECKBOX:
+    case BS_AUTOCHECKBOX:
+    case BS_3STATE:
+    case BS_AUTO3STATE: return ButtonType::Check;
+    case BS_RADIOBUTTON:
+    case BS_AUTORADIOBUTTON: return ButtonType::Radio;
+    default: return ButtonType::Other;
+    }
+}
+
+void PutCheck(Step &step, const char *rest, bool check)
+{
+    const Window *control = TakeUsable(step, rest);
+    if (control == nullptr || !IsEmpty(step, rest)) return;
+    const ButtonType type = TypeOf(control);
+    const bool fits = type == ButtonType::Check || (type == ButtonType::Radio && check);
+    if (!fits) {
+        Fail(step, "control %d cannot be %s", static_cast<int>(control->Id), check ? "checked" : "unchecked");
+        return;
+    }
+    const bool isSo = type == ButtonType::Check && (control->Button->Check == BST_CHECKED) == check;
+    if (!isSo) PostTo(step, control, MakeInput(InputKind::Click));
+}
+
+void DoCheck(Step &step, const char *rest) { PutCheck(step, rest, true); }
+
+void DoUncheck(Step &step, const char *rest) { PutCheck(step, rest, false); }
+
+void DoPress(Step &step, const char *rest)
+{
+    const Window *control = TakeUsable(step, rest);
+    if (control == nullptr || !IsEmpty(step, rest)) return;
+    if (TypeOf(control) == ButtonType::Other) {
+        Fail(step, "control %d is no button", static_cast<int>(control->Id));
+        return;
+    }
+    PostTo(step, control, MakeInput(InputKind::Click));
+}
+
+void DoFocus(Step &step, const char *rest)
+{
+    const Window *control = TakeUsable(step, rest);
+    if (control == nullptr || !IsEmpty(step, rest)) return;
+    PostTo(step, control, MakeInput(InputKind::Focus));
+}
+
+// Rows of a list box or combo box, null for a control without.
+const Rows *RowsOf(const Window *control)
+{
+    if (control->Kind == Kind::ListBox) return &control->List->Rows;
+    if (control->Kind == Kind::ComboBox) return &control->Combo->Rows;
+    return nullptr;
+}
+
+LONG CountRows(const Window *control)
+{
+    if (control->Kind == Kind::TabControl) return control->Tabs->Count;
+    const Rows *rows = RowsOf(control);
+    return rows != nullptr ? rows->Count : -1;
+}
+
+const char *TextOfRow(const Window *control, LONG index)
+{
+    if (control->Kind == Kind::TabControl) return control->Tabs->Items[index].Text;
+    return RowAt(*RowsOf(control), index)->Text;
+}
+
+LONG SelectedRow(const Window *control)
+{
+    if (control->Kind == Kind::TabControl) return control->Tabs->Selected;
+    if (control->Kind == Kind::ComboBox) return control->Combo->Selected;
+    return control->List->Selected;
+}
+
+// The row that reads `text`, else the first that begins so; -1 for none.
+LONG FindText(const Window *control, const char *text)
+{
+    const LONG count = CountRows(control);
+    LONG beginning = -1;
+    for (LONG i = 0; i < count; ++i) {
+        const char *row = TextOfRow(control, i);
+        if (strcmp(row, text) == 0) return i;
+        if (beginning == -1 && strncmp(row, text, strlen(text)) == 0) beginning = i;
+    }
+    return beginning;
+}
+
+// The row named at `rest`, by its number or, in quotes, its text; -1 fails the step.
+LONG TakeRow(Step &step, const Window *control, const char *rest)
+{
+    const auto id = static_cast<int>(control->Id);
+    LONG row = -1;
+    if (IsQuoted(rest)) {
+        const char *text = ValueOf(rest);
+        row = FindText(control, text);
+        if (row == -1) Fail(step, "control %d has no row \"%s\"", id, Shown(text).Text);
+    } else if (!TakeNumber(rest, row) || *rest != 0) {
+        row = -1;
+        Fail(step, "\"%s\" is neither the number of a row nor a text in quotes", rest);
+    } else if (row >= CountRows(control)) {
+        Fail(step, "control %d has no row %d, but %d rows", id, row, CountRows(control));
+        row = -1;
+    }
+    return row;
+}
+
+void ChooseRow(Step &step, const char *rest, InputKind kind)
+{
+    const Window *control = TakeUsable(step, rest);
+    if (control == nullptr) return;
+    const bool fits = kind == InputKind::Pick ? control->Kind == Kind::ListBox : CountRows(control) >= 0;
+    if (!fits) {
+        Fail(step, "control %d has no rows to %s", static_cast<int>(control->Id),
+             kind == InputKind::Pick ? "activate" : "select");
+        return;
+    }
+    const LONG row = TakeRow(step, control, rest);
+    if (row != -1) PostTo(step, control, MakeInput(kind, row));
+}
+
+void DoSelect(Step &step, const char *rest) { ChooseRow(step, rest, InputKind::Select); }
+
+void DoActivate(Step &step, const char *rest) { ChooseRow(step, rest, InputKind::Pick); }
+
+// ---- Keys ----
+
+struct KeyName {
+    const char *Name;
+    unsigned Key;
+    unsigned char Character;
+};
+
+constexpr KeyName keyNames[] = {
+    {"Tab", VK_TAB, '\t'},    {"Enter", VK_RETURN, '\r'}, {"Escape", VK_ESCAPE, 0x1B},
+    {"Space", VK_SPACE, ' '}, {"Up", VK_UP, 0},           {"Down", VK_DOWN, 0},
+    {"Left", VK_LEFT, 0},     {"Right", VK_RIGHT, 0},     {"Home", VK_HOME, 0},
+    {"End", VK_END, 0},       {"PageUp", VK_PRIOR, 0},    {"PageDown", VK_NEXT, 0},
+    {"Insert", VK_INSERT, 0}, {"Delete", VK_DELETE, 0},   {"Backspace", VK_BACK, 0x08},
+    {"F1", VK_F1, 0},         {"F2", VK_F1 + 1, 0},       {"F3", VK_F1 + 2, 0},
+    {"F4", VK_F1 + 3, 0},     {"F5", VK_F1 + 4, 0},       {"F6", VK_F1 + 5, 0},
+    {"F7", VK_F1 + 6, 0},     {"F8", VK_F1 + 7, 0},       {"F9", VK_F1 + 8, 0},
+    {"F10", VK_F1 + 9, 0},    {"F11", VK_F1 + 10, 0},     {"F12", VK_F1 + 11, 0},
+};
+
+// Takes "Ctrl+" and the like off the front of `name`.
+bool TakeModifier(const char *&name, const char *modifier)
+{
+    const size_t length = strlen(modifier);
+    if (strncmp(name, modifier, length) != 0) return false;
+    name += length;
+    return true;
+}
+
+bool NameKey(const char *name, KeyPress &press)
+{
+    for (;;) {
+        if (TakeModifier(name, "Ctrl+")) {
+            press.Control = true;
+        } else if (TakeModifier(name, "Shift+")) {
+            press.Shift = true;
+        } else if (TakeModifier(name, "Alt+")) {
+            press.Alt = true;
+        } else {
+            break;
+        }
+    }
+    for (const KeyName &each : keyNames) {
+        if (strcmp(each.Name, name) != 0) continue;
+        press.Key = each.Key;
+        press.Character = each.Character;
+        return true;
+    }
+    const char *character = ValueOf(name);
+    if (character[0] == 0 || character[1] != 0) return false;
+    constexpr unsigned otherKey = 0xE7; // a key known only by what it types
+    const unsigned char lower = LowerCase(static_cast<unsigned char>(*character));
+    press.Character = static_cast<unsigned char>(*character);
+    press.Key = lower >= 'a' && lower <= 'z'   ? lower - 'a' + 'A'
+                : lower >= '0' && lower <= '9' ? lower
+                                               : otherKey;
+    return true;
+}
+
+void DoKeyName(Step &step, const char *rest)
+{
+    KeyPress press = {};
+    if (!NameKey(rest, press)) {
+        Fail(step, "\"%s\" is not the name of a key", rest);
+    } else if (!PostKey(step.Owner, press)) {
+        Fail(step, "there is no memory for the instruction");
+    }
+}
+
+// ---- Expectations ----
+
+void ExpectTitle(Step &step, const char *rest)
+{
+    const char *wanted = ValueOf(rest);
+    if (strcmp(TextOf(step.Top), wanted) == 0) return;
+    Fail(step, "the title is \"%s\", not \"%s\"", Shown(TextOf(step.Top)).Text, Shown(wanted).Text);
+}
+
+void ExpectFocus(Step &step, const char *rest)
+{
+    const Window *control = TakeControl(step, rest);
+    if (control == nullptr || !IsEmpty(step, rest)) return;
+    const Window *focus = Find(step.Owner->Focus);
+    if (focus == control) return;
+    if (focus == nullptr) {
+        Fail(step, "control %d has not the focus, and none has", static_cast<int>(control->Id));
+    } else {
+        Fail(step, "control %d has the focus, not %d", static_cast<int>(focus->Id),
+             static_cast<int>(control->Id));
+    }
+}
+
+void ExpectText(Step &step, const char *rest)
+{
+    const Window *control = TakeControl(step, rest);
+    if (control == nullptr) return;
+    const char *wanted = ValueOf(rest);
+    if (strcmp(TextOf(control), wanted) == 0) return;
+    Fail(step, "the text of control %d is \"%s\", not \"%s\"", static_cast<int>(control->Id),
+         Shown(TextOf(control)).Text, Shown(wanted).Text);
+}
+
+// A control with rows at `rest`; null fails the step.
+const Window *TakeList(Step &step, const char *&rest)
+{
+    const Window *control = TakeControl(step, rest);
+    if (control == nullptr || CountRows(control) >= 0) return control;
+    Fail(step, "control %d has no rows", static_cast<int>(control->Id));
+    return nullptr;
+}
+
+void ExpectRows(Step &step, const char *rest)
+{
+    const Window *control = TakeList(step, rest);
+    if (control == nullptr) return;
+    LONG count = 0;
+    if (!TakeNumber(rest, count) || *rest != 0) {
+        Fail(step, "\"%s\" is not a number of rows", rest);
+    } else if (count != CountRows(control)) {
+        Fail(step, "control %d has %d rows, not %d", static_cast<int>(control->Id), CountRows(control),
+             count);
+    }
+}
+
+// The selected row, by its number or text; nothing means that none is selected.
+void ExpectRow(Step &step, const char *rest)
+{
+    const Window *control = TakeList(step, rest);
+    if (control == nullptr) return;
+    const auto id = static_cast<int>(control->Id);
+    const LONG selected = SelectedRow(control);
+    const char *text = selected >= 0 ? TextOfRow(control, selected) : "";
+    LONG number = -1;
+    const char *digits = rest;
+    const bool byNumber = TakeNumber(digits, number) && *digits == 0;
+    const char *wanted = ValueOf(rest);
+    const bool holds = *rest == 0 ? selected < 0
+                       : byNumber ? selected == number
+                                  : selected >= 0 && strcmp(text, wanted) == 0;
+    if (holds) return;
+    if (selected < 0) {
+        Fail(step, "control %d has no row selected, not \"%s\"", id, Shown(wanted).Text);
+    } else {
+        Fail(step, "control %d has row %d \"%s\" selected, not \"%s\"", id, selected, Shown(text).Text,
+             Shown(wanted).Text);
+    }
+}
+
+struct StateWord {
+    const char *Word;
+    bool (*Holds)(const Window *control);
+};
+
+bool IsChecked(const Window *control)
+{
+    return control->Kind == Kind::Button && control->Button->Check == BST_CHECKED;
+}
+
+constexpr StateWord stateWords[] = {
+    {"enabled", [](const Window *control) { return AreEnabled(control); }},
+    {"disabled", [](const Window *control) { return !AreEnabled(control); }},
+    {"checked", [](const Window *control) { return IsChecked(control); }},
+    {"unchecked", [](const Window *control) { return !IsChecked(control); }},
+    {"visible", [](const Window *control) { return IsShown(control); }},
+    {"hidden", [](const Window *control) { return !IsShown(control); }},
+};
+
+struct Instruction {
+    const char *Word;
+    void (*Do)(Step &step, const char *rest);
+    bool ToBoxes; // may be done to a message box
+};
+
+constexpr Instruction expectations[] = {
+    {"title", ExpectTitle, true}, {"focus", ExpectFocus, true}, {"text", ExpectText, true},
+    {"rows", ExpectRows, true},   {"row", ExpectRow, true},
+};
+
+void DoExpect(Step &step, const char *rest)
+{
+    for (const Instruction &each : expectations) {
+        const char *behind = After(rest, each.Word);
+        if (behind == nullptr) continue;
+        each.Do(step, behind);
+        return;
+    }
+    for (const StateWord &each : stateWords) {
+        const char *behind = After(rest, each.Word);
+        if (behind == nullptr) continue;
+        const Window *control = TakeControl(step, behind);
+        if (control == nullptr || !IsEmpty(step, behind)) return;
+        if (!each.Holds(control))
+            Fail(step, "control %d is not %s", static_cast<int>(control->Id), each.Word);
+        return;
+    }
+    Fail(step, "\"expect %s\" is not an instruction", rest);
+}
+
+constexpr Instruction instructions[] = {
+    {"dialog", DoDialog, false},   {"box", DoBox, true},
+    {"text", DoText, false},       {"check", DoCheck, false},
+    {"uncheck", DoUncheck, false}, {"press", DoPress, false},
+    {"select", DoSelect, false},   {"activate", DoActivate, false},
+    {"focus", DoFocus, false},     {"key", DoKeyName, true},
+    {"close", DoClose, true},      {"expect", DoExpect, true},
+};
+
+void Do(Step &step, const char *line)
+{
+    for (const Instruction &each : instructions) {
+        const char *rest = After(line, each.Word);
+        if (rest == nullptr) continue;
+        if (IsBox(step.Top) && !each.ToBoxes) {
+            Fail(step, "\"%s\" does not fit: %s", line, Named(step.Top).Text);
+        } else {
+            each.Do(step, rest);
+        }
+        return;
+    }
+    Fail(step, "\"%s\" is not an instruction", line);
+}
+
+// ---- The list ----
 
 // The next instruction without its surrounding blanks, null at the end of the script.
 char *NextInstruction()
@@ -66,39 +634,31 @@ char *NextInstruction()
     return nullptr;
 }
 
-// The rest of `line` behind `word` and blanks, or null when the line does not begin with that word.
-const char *After(const char *line, const char *word)
+void ComplainAtOpening(const char *path, const char *reason)
 {
-    const size_t length = strlen(word);
-    if (strncmp(line, word, length) != 0) return nullptr;
-    const char *rest = line + length;
-    if (*rest != 0 && *rest != ' ' && *rest != '\t') return nullptr;
-    while (*rest == ' ' || *rest == '\t') {
-        ++rest;
-    }
-    return rest;
+    char line[longestLine];
+    snprintf(line, sizeof line, "script: line 0: %s: %s", path, reason);
+    Complain(line);
 }
 
-struct AnswerWord {
-    const char *Word;
-    int Id;
-};
-
-constexpr AnswerWord answerWords[] = {{"ok", IDOK},       {"cancel", IDCANCEL}, {"abort", IDABORT},
-                                      {"retry", IDRETRY}, {"ignore", IDIGNORE}, {"yes", IDYES},
-                                      {"no", IDNO}};
-
-// The value of an instruction: a pair of quotes around it keeps blanks and is taken off.
-void TakeValue(const char *rest, char *out, size_t size)
+// Whether the script serves this thread now. One that comes while it serves another waits for its turn.
+bool HasTurn(Thread *thread)
 {
-    size_t length = strlen(rest);
-    if (length >= 2 && rest[0] == '"' && rest[length - 1] == '"') {
-        ++rest;
-        length -= 2;
+    if (script.Holder == thread) return true;
+    if (script.Holder == nullptr) {
+        bool first = true;
+        for (const Thread *each = model.Threads; each != nullptr; each = each->Next) {
+            if (each == thread || each->ScriptTicket == 0) continue;
+            if (thread->ScriptTicket == 0 || each->ScriptTicket < thread->ScriptTicket) first = false;
+        }
+        if (first) {
+            script.Holder = thread;
+            thread->ScriptTicket = 0;
+            return true;
+        }
     }
-    if (length >= size) length = size - 1;
-    memcpy(out, rest, length);
-    out[length] = 0;
+    if (thread->ScriptTicket == 0) thread->ScriptTicket = ++script.Tickets;
+    return false;
 }
 
 } // namespace
@@ -108,66 +668,73 @@ bool OpenScript(const char *path)
     const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
     struct stat status {};
     if (descriptor < 0 || fstat(descriptor, &status) != 0) {
-        Fail(0, "%s: %s", path, strerror(errno));
+        ComplainAtOpening(path, strerror(errno));
         if (descriptor >= 0) close(descriptor);
         return false;
     }
     const size_t size = static_cast<size_t>(status.st_size);
-    char *text = size < longestScript ? static_cast<char *>(malloc(size + 1)) : nullptr;
+    char *text = size < longestScript ? static_cast<char *>(Allocate(size + 1)) : nullptr;
+    char *value = text != nullptr ? static_cast<char *>(Allocate(size + 1)) : nullptr;
     size_t length = 0;
-    while (text != nullptr && length < size) {
+    while (value != nullptr && length < size) {
         const ssize_t got = read(descriptor, text + length, size - length);
         if (got <= 0) break;
         length += static_cast<size_t>(got);
     }
     close(descriptor);
-    if (text == nullptr) {
-        Fail(0, "%s: no memory for the script", path);
+    if (value == nullptr) {
+        Release(text);
+        ComplainAtOpening(path, "no memory for the script");
         return false;
     }
-    text[length] = 0;
     for (size_t i = 0; i < length; ++i) {
         if (text[i] == '\n') text[i] = 0;
     }
-    script = Script{text, text, text + length, 0};
+    script = Script{text, text, text + length, value, 0, nullptr, 0};
     return true;
 }
 
-int AnswerFromScript(const Box &box)
+bool PlayScript(Thread *thread)
 {
-    pthread_mutex_lock(&scriptLock);
-    int answer = 0;
-    char *line = CurrentFrontEnd() == FrontEnd::Script ? NextInstruction() : nullptr;
+    Step step = {};
+    step.Owner = thread;
+    step.Top = Topmost(thread);
+    if (step.Top == nullptr) {
+        LetGoOfScript(thread, false);
+        return false;
+    }
+    if (!HasTurn(thread)) return false;
+    const char *line = NextInstruction();
     if (line == nullptr) {
         FallBackToHeadless();
-        pthread_mutex_unlock(&scriptLock);
-        return 0;
+        return true;
     }
-    char shown[2000];
-    text::ToUtf8(box.Text, shown, sizeof shown);
-    const char *rest = After(line, "box");
-    if (rest == nullptr) {
-        Fail(script.Line, "\"%s\" does not fit: a message box is open: %s", line, shown);
+    Do(step, line);
+    char complaint[longestLine];
+    snprintf(complaint, sizeof complaint, "script: line %d: %s", script.Line, step.Failure);
+    if (step.Failed) FallBackToHeadless();
+    Unlock();
+    if (step.Failed) {
+        Complain(complaint);
     } else {
-        const AnswerWord *word = nullptr;
-        for (const AnswerWord &candidate : answerWords) {
-            if (After(rest, candidate.Word) != nullptr) word = &candidate;
-        }
-        char wanted[1000] = "";
-        if (word != nullptr) TakeValue(After(rest, word->Word), wanted, sizeof wanted);
-        if (word == nullptr) {
-            Fail(script.Line, "\"%s\" names no answer", line);
-        } else if (!BoxHasButton(box.Style, word->Id)) {
-            Fail(script.Line, "the message box has no button \"%s\": %s", word->Word, shown);
-        } else if (strstr(shown, wanted) == nullptr) {
-            Fail(script.Line, "the message box reads \"%s\", not \"%s\"", shown, wanted);
-        } else {
-            LogLine(line);
-            answer = word->Id;
-        }
+        LogLine(line);
     }
-    pthread_mutex_unlock(&scriptLock);
-    return answer;
+    Lock();
+    return true;
+}
+
+void LetGoOfScript(Thread *thread, bool ends)
+{
+    if (script.Holder != thread || (!ends && Topmost(thread) != nullptr)) return;
+    script.Holder = nullptr;
+    WakeAllThreads();
+}
+
+void LetGoOfScriptIfIdle()
+{
+    const Locked locked;
+    Thread *thread = Self();
+    if (thread != nullptr) LetGoOfScript(thread, false);
 }
 
 } // namespace varkui

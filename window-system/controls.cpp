@@ -1,0 +1,164 @@
+// What all controls share: their state, their notices, and what a person does to them.
+#include <cstring>
+
+#include "window-system/front_end.h"
+#include "window-system/memory.h"
+#include "window-system/model.h"
+
+namespace varkui {
+
+namespace {
+
+size_t StateSize(enum Kind kind)
+{
+    switch (kind) {
+    case Kind::Dialog: return sizeof(DialogState);
+    case Kind::Button: return sizeof(ButtonState);
+    case Kind::Edit: return sizeof(EditState);
+    case Kind::ListBox: return sizeof(ListState);
+    case Kind::ComboBox: return sizeof(ComboState);
+    case Kind::TabControl: return sizeof(TabState);
+    case Kind::Plain:
+    case Kind::Static: break;
+    }
+    return 0;
+}
+
+// What the input says of the window it goes to, once the lock is let go.
+struct Target {
+    enum Kind Kind;
+    HWND Outermost;
+    bool Usable;
+    bool Active;
+};
+
+Target Look(HWND handle)
+{
+    const Locked locked;
+    Window *window = Find(handle);
+    if (window == nullptr) return Target{Kind::Plain, nullptr, false, false};
+    Window *outermost = Outermost(window);
+    return Target{window->Kind, outermost->Handle,
+                  AreEnabled(window) && IsShown(window) && !window->Destroying,
+                  window->Thread->Active == outermost->Handle};
+}
+
+// A press of the mouse inside is told to all windows around.
+void TellParents(HWND handle)
+{
+    HWND around[deepestNesting];
+    int count = 0;
+    {
+        const Locked locked;
+        for (const Window *each = Find(handle); each != nullptr && each->Parent != nullptr;
+             each = each->Parent) {
+            if ((each->ExStyle & WS_EX_NOPARENTNOTIFY) == 0) around[count++] = each->Parent->Handle;
+        }
+    }
+    for (int i = 0; i < count; ++i) {
+        Tell(around[i], WM_PARENTNOTIFY, WM_LBUTTONDOWN, 0);
+    }
+}
+
+// The new size of a window without parent, as a person pulled it.
+void Resize(HWND window, const Input &input)
+{
+    SetWindowPos(window, nullptr, 0, 0, input.Index, input.Index2,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+} // namespace
+
+bool MakeState(Window *window)
+{
+    const size_t size = StateSize(window->Kind);
+    if (size == 0) return true;
+    window->State = Allocate(size);
+    if (window->State == nullptr) return false;
+    switch (window->Kind) {
+    case Kind::Edit: window->Edit->Limit = longestText; break;
+    case Kind::ListBox:
+        window->List->Selected = LB_ERR;
+        window->List->Rows.Sorted = (window->Style & LBS_SORT) != 0;
+        break;
+    case Kind::ComboBox:
+        window->Combo->Selected = CB_ERR;
+        window->Combo->Rows.Sorted = (window->Style & CBS_SORT) != 0;
+        window->Combo->Edit.Limit = longestText;
+        break;
+    case Kind::TabControl: window->Tabs->Selected = -1; break;
+    default: break;
+    }
+    return true;
+}
+
+void FreeState(Window *window)
+{
+    if (window->State == nullptr) return;
+    if (window->Kind == Kind::ListBox) RemoveAllRows(window->List->Rows);
+    if (window->Kind == Kind::ComboBox) RemoveAllRows(window->Combo->Rows);
+    if (window->Kind == Kind::TabControl) {
+        for (int i = 0; i < window->Tabs->Count; ++i) {
+            Release(window->Tabs->Items[i].Text);
+        }
+        Release(window->Tabs->Items);
+    }
+    Release(window->State);
+    window->State = nullptr;
+}
+
+void NotifyParent(HWND control, int code)
+{
+    HWND parent = nullptr;
+    LONG_PTR id = 0;
+    {
+        const Locked locked;
+        const Window *window = Find(control);
+        if (window == nullptr || window->Parent == nullptr) return;
+        parent = window->Parent->Handle;
+        id = window->Id;
+    }
+    SendMessageA(parent, WM_COMMAND, MAKEWPARAM(id, code), reinterpret_cast<LPARAM>(control));
+}
+
+void HandleInput(HWND window, const Input &input)
+{
+    const Target target = Look(window);
+    if (target.Outermost == nullptr) return;
+    if (input.Kind == InputKind::Close) {
+        if (target.Usable) SendMessageA(target.Outermost, WM_SYSCOMMAND, SC_CLOSE, 0);
+        return;
+    }
+    if (input.Kind == InputKind::Resize) {
+        Resize(window, input);
+        return;
+    }
+    if (!target.Usable) {
+        // It was usable when the person saw it; what they did there is taken back on the screen.
+        const Locked locked;
+        Window *found = Find(window);
+        if (found != nullptr) Note(found, changedState);
+        return;
+    }
+    if (!target.Active) Activate(target.Outermost, true);
+    if (input.Kind == InputKind::Activate) return;
+    if (input.Kind != InputKind::Text) TellParents(window);
+    switch (input.Kind) {
+    case InputKind::Click: SendMessageA(window, BM_CLICK, 0, 0); break;
+    case InputKind::Focus: SetFocus(window); break;
+    case InputKind::Select:
+    case InputKind::Pick:
+    case InputKind::Text:
+    case InputKind::Drop:
+        if (target.Kind == Kind::Edit) InputToEdit(window, input);
+        if (target.Kind == Kind::ListBox) InputToListBox(window, input);
+        if (target.Kind == Kind::ComboBox) InputToComboBox(window, input);
+        if (target.Kind == Kind::TabControl) InputToTabControl(window, input);
+        break;
+    case InputKind::Activate:
+    case InputKind::Close:
+    case InputKind::Resize: break;
+    }
+}
+
+} // namespace varkui

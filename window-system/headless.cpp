@@ -1,0 +1,96 @@
+// Nobody is there: a box is answered with the button that does the least, a dialog as it asks to be or else
+// cancelled, any other window closed.
+#include <cstdio>
+
+#include "window-system/collation.h"
+#include "window-system/front_end.h"
+
+namespace varkui {
+
+namespace {
+
+void AnswerBox(Window *box)
+{
+    char caption[256];
+    char text[longestLine];
+    snprintf(caption, sizeof caption, "%s", TextOf(box));
+    snprintf(text, sizeof text, "%s", TextOfBox(box));
+    const Window *button = FindControl(box, SafestAnswer(box->Dialog->BoxStyle));
+    if (button != nullptr) PostInput(button->Handle, MakeInput(InputKind::Click));
+    box->Answer = button != nullptr ? Unseen::Answered : Unseen::Closed;
+    Unlock();
+    WriteToStandardError(caption, text);
+    Lock();
+}
+
+// The button that the dialog wants to be answered with, 0 for none.
+int WantedAnswer(const Window *dialog)
+{
+    for (const Property *property = dialog->Properties; property != nullptr; property = property->Next) {
+        if (EqualWithoutCase(property->Name, VARKUI_ANSWER_PROP)) {
+            return static_cast<int>(reinterpret_cast<intptr_t>(property->Value));
+        }
+    }
+    return 0;
+}
+
+// Ends a dialog that nothing else ends.
+void Force(Window *dialog)
+{
+    ModalLoop *loop = LoopOf(dialog);
+    if (loop == nullptr) {
+        DestroyElsewhere(dialog);
+        return;
+    }
+    loop->Ended = true;
+    loop->Result = 0;
+    Post(dialog, WM_NULL, 0, 0);
+}
+
+// One step towards an end, each further than the last: a thread never waits here for somebody to come.
+void AnswerDialog(Window *dialog)
+{
+    if (dialog->Answer == Unseen::Untouched) {
+        dialog->Answer = Unseen::Answered;
+        const int wanted = WantedAnswer(dialog);
+        Window *button = wanted != 0 ? FindControl(dialog, wanted) : nullptr;
+        if (button != nullptr) {
+            PostInput(button->Handle, MakeInput(InputKind::Click));
+            return;
+        }
+    }
+    if (dialog->Answer == Unseen::Answered) {
+        dialog->Answer = Unseen::Cancelled;
+        const Window *button = FindControl(dialog, IDCANCEL);
+        Post(dialog, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED),
+             reinterpret_cast<LPARAM>(button != nullptr ? button->Handle : nullptr));
+    } else if (dialog->Answer == Unseen::Cancelled) {
+        dialog->Answer = Unseen::Closed;
+        PostInput(dialog->Handle, MakeInput(InputKind::Close));
+    } else {
+        dialog->Answer = Unseen::Forced;
+        Force(dialog);
+    }
+}
+
+} // namespace
+
+bool AnswerUnseen(Thread *thread)
+{
+    Window *top = Topmost(thread);
+    if (top == nullptr || top->Answer == Unseen::Forced) return false;
+    if (top->Kind == Kind::Dialog && top->Dialog->IsBox && top->Answer == Unseen::Untouched) {
+        AnswerBox(top);
+        return true;
+    }
+    if (top->Kind == Kind::Dialog) {
+        AnswerDialog(top);
+        return true;
+    }
+    // A window that is no dialog is asked to close once; where it stays, its thread waits for other threads.
+    top->Answer = Unseen::Forced;
+    PostInput(top->Handle, MakeInput(InputKind::Close));
+    return true;
+}
+
+} // namespace varkui

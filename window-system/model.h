@@ -1,0 +1,443 @@
+// The model of windows: what lives, how it hangs together, who has the focus, what waits in the queues. It
+// knows nothing of how it is shown.
+//
+// One lock guards all of it. No procedure of a window is ever called with the lock held, and no pointer to a
+// window is kept across such a call: whatever a procedure may have destroyed is looked up again by its
+// handle. Functions below that take a Window or Thread expect the lock to be held; those that take an HWND
+// take it themselves, unless they say otherwise.
+//
+// Invariants, checked by CheckModel:
+// M1  A handle in the table leads to a window with that handle; every living window has one.
+// M2  Siblings are doubly linked and agree with their parent about it; the first and last are the ends.
+// M3  No window lies inside itself, and none lies more than `deepestNesting` windows deep.
+// M4  Every window belongs to a living thread, whose count of windows is right.
+// M5  The focus of a thread is a window of that thread; so is its active window, which has no parent.
+// M6  An owner is a window without parent, is not owned by what it owns, and its owned windows have no
+// parent. M7  A window has the state of its kind of control, and only that. M8  A selection lies inside its
+// text or rows; a row selected is a row that exists. M9  Every modal loop of a thread names a different
+// dialog.
+#pragma once
+
+#include <pthread.h>
+
+#include "window-system/rows.h"
+#include "window-system/varkui.h"
+
+namespace varkui {
+
+constexpr int deepestNesting = 100; // windows in windows, owners of owners; recursion stays bounded
+constexpr unsigned handleBits = 15; // windows at once: 32,767
+constexpr int longestQueue = 10000; // messages that wait for one thread
+constexpr int longestText = 30000;  // an edit takes this much unless told otherwise
+constexpr size_t longestClassName = 255;
+
+struct Thread;
+struct Window;
+
+enum class Kind : unsigned char { Plain, Dialog, Button, Edit, Static, ListBox, ComboBox, TabControl };
+
+struct WindowClass {
+    char *Name;
+    WNDPROC Procedure;
+    int ExtraBytes;
+    enum Kind Kind;
+    bool OfSystem;
+    WNDCLASSA Told; // as it was registered, for GetClassInfoA
+    ATOM Atom;
+    int Windows;
+    WindowClass *Next;
+};
+
+struct Property {
+    char *Name;
+    HANDLE Value;
+    Property *Next;
+};
+
+// ---- What controls hold beyond their text ----
+
+struct ButtonState {
+    int Check;
+    bool Pushed;
+};
+
+struct EditState {
+    LONG Anchor; // where the selection began
+    LONG Caret;  // where it ends; both are offsets in the text
+    LONG Limit;
+    bool Modified;
+    unsigned Serial; // counts the texts that did not come from the screen, so that a late one is told apart
+};
+
+struct ListState {
+    struct Rows Rows;
+    LONG Selected; // LB_ERR for none
+    LONG Top;
+    LONG TabStops[16]; // in dialog units
+    int TabStopCount;
+};
+
+struct ComboState {
+    struct Rows Rows;
+    LONG Selected;
+    bool Dropped;
+    EditState Edit;
+};
+
+struct Tab {
+    char *Text;
+    LPARAM Param;
+};
+
+struct TabState {
+    Tab *Items;
+    int Count;
+    int Selected;
+};
+
+// ---- Dialogs ----
+
+// How far a dialog that nobody sees has been answered.
+enum class Unseen : unsigned char { Untouched, Answered, Cancelled, Closed, Forced };
+
+struct DialogState {
+    LONG Number;
+    bool Ended; // closed, though its window may still be there
+    bool Logged;
+    bool IsBox;
+    UINT BoxStyle;
+    int DefaultId;
+    HWND SavedFocus; // had the focus when the dialog was left
+};
+
+// ---- Windows ----
+
+enum Change : unsigned {
+    changedState = 1, // style, place, text, check, selection, order: everything that is small
+    changedRows = 2,
+    changedAll = 3,
+};
+
+struct Window {
+    HWND Handle;
+    WindowClass *Class;
+    enum Kind Kind;
+    WNDPROC Procedure;
+    struct Thread *Thread;
+    Window *Parent; // null for a window without; then it stands in the list of outermost windows
+    Window *Owner;
+    Window *FirstChild; // the topmost
+    Window *LastChild;
+    Window *Previous;
+    Window *Next;
+    DWORD Style;
+    DWORD ExStyle;
+    LONG_PTR Id;
+    LONG_PTR UserData;
+    HINSTANCE Instance;
+    RECT Place; // inside the parent
+    char *Text; // null is empty
+    Property *Properties;
+    unsigned char *Extra;
+    int ExtraBytes;
+    bool Destroying;
+    bool DestroyTold; // WM_DESTROY has been sent
+    bool SizeTold;    // the first WM_SIZE has been sent
+    Unseen Answer;
+    unsigned Changed; // what the screen has not heard of
+    union {
+        DialogState *Dialog;
+        ButtonState *Button;
+        EditState *Edit;
+        ListState *List;
+        ComboState *Combo;
+        TabState *Tabs;
+        void *State;
+    };
+};
+
+// ---- Input of a person or script ----
+
+enum class InputKind : unsigned char {
+    Click,    // a button
+    Select,   // row Index of a list or combo box, page Index of a tab control
+    Pick,     // the same with a double click
+    Text,     // the content of an edit or combo box becomes Text
+    Focus,    // a click into a control
+    Activate, // a window comes to the front
+    Close,
+    Resize, // Index is the width, Index2 the height
+    Drop,   // the list of a combo box opens or closes (Index)
+};
+
+struct Input {
+    InputKind Kind;
+    LONG Index;
+    LONG Index2;
+    unsigned Serial;
+    char *Text;
+};
+
+// The message that carries an input; its payload stays with the thread.
+constexpr UINT inputMessage = 0xFF01;
+
+// ---- Threads ----
+
+struct Posted {
+    MSG Message;
+    bool IsKey; // goes to the focus as it is when the message is taken
+    Input *Payload;
+    Posted *Next;
+};
+
+// A message on its way to another thread; lives on the sender's stack.
+struct Sent {
+    HWND Target;
+    UINT Message;
+    WPARAM WParam;
+    LPARAM LParam;
+    LRESULT Result;
+    bool Done;
+    bool Nobody;  // nobody waits for the result: lies on the heap
+    bool Destroy; // no message: the window is to be destroyed
+    struct Thread *Sender;
+    Sent *Next;
+};
+
+// A modal loop that runs; lives on the stack of its thread.
+struct ModalLoop {
+    HWND Dialog;
+    HWND Disabled; // the owner, to be enabled again; null when it was disabled before
+    bool Ended;
+    INT_PTR Result;
+    ModalLoop *Outer;
+};
+
+struct Thread {
+    pthread_cond_t Wake;
+    Posted *FirstPosted;
+    Posted *LastPosted;
+    int PostedCount;
+    Sent *FirstSent; // arrived, not yet handled
+    Sent *LastSent;
+    Sent *Handling; // being handled, innermost first
+    bool Quit;
+    int QuitCode;
+    HWND Focus;
+    HWND Active;
+    ModalLoop *Modal;
+    BYTE Keys[256];
+    HCURSOR Cursor;
+    Input *Current; // payload of the input message that was taken last
+    int Descriptor; // -1 until asked for
+    int WindowCount;
+    unsigned ScriptTicket; // 0 while it does not wait for the script
+    Thread *Next;
+};
+
+// Addresses and handles travel in messages as numbers; this is where they become what they were.
+template <typename Pointer> Pointer AsPointer(LPARAM number)
+{
+    return reinterpret_cast<Pointer>(number); // NOLINT(performance-no-int-to-ptr)
+}
+
+template <typename Pointer> Pointer AsPointer(WPARAM number)
+{
+    return reinterpret_cast<Pointer>(number); // NOLINT(performance-no-int-to-ptr)
+}
+
+struct Model {
+    pthread_mutex_t Lock;
+    Thread *Threads;
+    WindowClass *Classes;
+    Window *FirstTop; // the topmost window without parent
+    Window *LastTop;
+    unsigned BaseX; // pixels of 4 horizontal and 8 vertical dialog units
+    unsigned BaseY;
+};
+
+extern Model model;
+
+void Lock();
+void Unlock();
+
+// Holds the lock for a block. `Check`, in builds with assertions, checks all invariants at both ends.
+struct Locked {
+    bool Check;
+    explicit Locked(bool check = false) : Check(check)
+    {
+        Lock();
+        if (Check) CheckModelIfAsked();
+    }
+    ~Locked()
+    {
+        if (Check) CheckModelIfAsked();
+        Unlock();
+    }
+    Locked(const Locked &) = delete;
+    Locked &operator=(const Locked &) = delete;
+    static void CheckModelIfAsked();
+};
+
+constexpr bool mutates = true;
+
+// Every invariant of above; asserts.
+void CheckModel();
+
+// ---- Handles and the tree (windows.cpp) ----
+
+// The windows in the order of their handles: the first at or after `place`, null behind the last. `place`
+// moves behind it.
+Window *NextInTable(unsigned &place);
+
+// The place of a handle in the table.
+unsigned PlaceOf(HWND handle);
+
+// Forgets everything: a forked child begins without windows.
+void ForgetWindows();
+
+// Takes the windows of a thread that ends away, without a message.
+void TakeAwayWindows(Thread *thread);
+
+// The window of a handle, null for any other value.
+Window *Find(HWND handle);
+
+// The outermost window around `window`.
+Window *Outermost(Window *window);
+
+bool LiesInside(const Window *window, const Window *parent);
+bool IsShown(const Window *window);    // it and all around it
+bool AreEnabled(const Window *window); // it and all around it
+
+// `window` has changed; the screen hears of it when its thread waits.
+void Note(Window *window, unsigned change);
+
+// Text of a window, never null.
+const char *TextOf(const Window *window);
+
+// Replaces the text; false without memory, and the old one stays.
+bool ReplaceText(Window *window, const char *text, size_t length);
+
+// Shows or hides, with all messages; without a word about who is active.
+void SetShown(HWND handle, bool shown);
+
+// A descendant of `parent` by its id: pages in view first, then direct children, then any. Null if there is
+// none.
+Window *FindControl(Window *parent, LONG_PTR id);
+
+// The window an owner given by a caller stands for: the outermost around it. Null for no window.
+Window *OwnerOf(HWND handle);
+
+// ---- Threads and messages (queue.cpp) ----
+
+// The calling thread's queue, made on first use; null without memory.
+Thread *Self();
+
+// Queues an input or key for the thread of `target`. Takes over `payload`, also on failure.
+bool PostInput(HWND target, Input *payload);
+
+// Queues a message for a window.
+bool Post(Window *window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// An input without text; null without memory.
+Input *MakeInput(InputKind kind, LONG index = 0);
+void FreeInput(Input *input);
+
+// The serial of a text that does not come from the screen, and so is never late.
+constexpr unsigned serialOfScript = 0xFFFFFFFF;
+
+// Queues the messages of a pressed and released key; `character` is what it types, 0 for nothing.
+struct KeyPress {
+    unsigned Key; // VK_...
+    unsigned char Character;
+    bool Shift;
+    bool Control;
+    bool Alt;
+};
+bool PostKey(Thread *thread, const KeyPress &press);
+
+void WakeThread(Thread *thread);
+void WakeAllThreads();
+
+// Sends without waiting for a window of another thread; at once for one's own. Takes the lock itself.
+void Tell(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Has the thread of `window` destroy it when it next looks for messages.
+void DestroyElsewhere(Window *window);
+
+// Answers everything sent to a thread that ends, and takes its windows away without a message.
+void EndThread(Thread *thread);
+
+// Drops what waits in the queue for a window that goes.
+void DropMessages(Window *window);
+
+// ---- Focus (focus.cpp); these take the lock themselves ----
+
+HWND MoveFocus(HWND target);
+bool Activate(HWND target, bool clicked);
+
+// Finds another window to be active for a thread whose active one is going or hidden.
+void ActivateAnother(HWND going);
+
+// ---- Controls (one source each); run without the lock ----
+
+LRESULT CALLBACK ButtonProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK EditProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK StaticProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK ListBoxProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK ComboBoxProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK TabControlProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Sends WM_COMMAND with `code` from the control to its parent.
+void NotifyParent(HWND control, int code);
+
+// Handles an input that was taken from the queue, as its control's procedure would the mouse.
+void HandleInput(HWND window, const Input &input);
+
+// The same for what concerns the inside of a control alone.
+void InputToEdit(HWND edit, const Input &input);
+void InputToListBox(HWND list, const Input &input);
+void InputToComboBox(HWND combo, const Input &input);
+void InputToTabControl(HWND tabs, const Input &input);
+
+// Makes and frees the state of a control; false without memory.
+bool MakeState(Window *window);
+void FreeState(Window *window);
+
+// ---- Editing of text (edits.cpp), shared by edit and combo box ----
+
+LONG SelectionStart(const EditState &edit);
+LONG SelectionEnd(const EditState &edit);
+
+// Selects as EM_SETSEL does: 0 to -1 is all, a start of -1 nothing.
+void SelectText(Window *window, EditState &edit, LONG start, LONG end);
+
+// What typing, a key or a person's whole text did.
+enum class Edited : unsigned char { Nothing, Changed, AtLimit, NoMemory };
+Edited TypeCharacter(Window *window, EditState &edit, unsigned char character);
+Edited PressKey(Window *window, EditState &edit, WPARAM key, bool shift);
+Edited TakeTyped(Window *window, EditState &edit, const Input &input);
+
+// Puts `text` in the place of the selection, cut to the limit if `limited`.
+Edited ReplaceSelection(Window *window, EditState &edit, const char *text, bool limited);
+
+// ---- Dialogs (dialogs.cpp) ----
+
+// Makes the dialog of a template, modeless ones shown if their style says so. Null when it could not be made
+// or is gone already. `loop` (null: modeless) is entered into its thread's modal loops.
+HWND MakeDialog(LPCDLGTEMPLATEA dialogTemplate, HWND owner, DLGPROC procedure, LPARAM parameter,
+                ModalLoop *loop);
+
+// Runs a modal dialog from its template, as DialogBoxIndirectParamA.
+INT_PTR RunDialog(LPCDLGTEMPLATEA dialogTemplate, HWND owner, DLGPROC procedure, LPARAM parameter);
+
+// The modal loop that runs a dialog, null for a modeless one.
+ModalLoop *LoopOf(const Window *dialog);
+
+// The topmost window of a thread that waits for a person: the innermost modal dialog, else the active window.
+Window *Topmost(Thread *thread);
+
+// The button that Enter presses in `dialog` now, 0 for none.
+int CurrentDefault(Window *dialog);
+
+} // namespace varkui
