@@ -241,6 +241,17 @@ TEST(WordRule, RefusesWhatSendsTheReaderElsewhere)
     EXPECT_EQ("", Said(Words, "src/a.h", "// Part of a special method; the species specifies nothing."));
 }
 
+TEST(HeaderRule, BelievesTheBuildOfASourceThatIncludesItsHeaderFirst)
+{
+    const SourceFile header{"src/frame/a.h", ""};
+    const std::vector<std::string> left = {"src/frame/a.h"};
+    EXPECT_EQ(left, HeadersToCompile(
+                        {header, {"src/frame/a.cpp", "#include <cstdint>\n#include \"src/frame/a.h\"\n"}}));
+    EXPECT_EQ(left,
+              HeadersToCompile({header, {"src/platform/windows/a.cpp", "#include \"src/frame/a.h\"\n"}}));
+    EXPECT_TRUE(HeadersToCompile({header, {"src/frame/a.cpp", "#include \"src/frame/a.h\"\n"}}).empty());
+}
+
 TEST(HeaderRule, RefusesAHeaderThatNeedsAnother)
 {
     namespace fs = std::filesystem;

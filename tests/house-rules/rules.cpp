@@ -582,6 +582,23 @@ std::string OutputOf(const std::string &command)
     return output;
 }
 
+std::vector<std::string> HeadersToCompile(const Files &files)
+{
+    const std::set<std::string> paths = PathsOf(files);
+    std::set<std::string> proved;
+    for (const SourceFile &file : files) {
+        if (!file.Path.ends_with(".cpp") || LiesIn(file.Path, "src/platform/windows")) continue;
+        const std::vector<Include> includes = IncludesOf(file.Text);
+        if (!includes.empty() && includes[0].Quoted)
+            proved.insert(Resolve(paths, file.Path, includes[0].Target));
+    }
+    std::vector<std::string> headers;
+    for (const SourceFile &file : files) {
+        if (file.Path.ends_with(".h") && !proved.contains(file.Path)) headers.push_back(file.Path);
+    }
+    return headers;
+}
+
 Breaches HeadersCompileAlone(const std::string &root, const std::vector<std::string> &headers)
 {
     namespace fs = std::filesystem;

@@ -53,6 +53,10 @@ Breaches TextsAreTurnedOver(const Files &files);
 // Words that a finished tree doesn't hold.
 Breaches Words(const Files &files);
 
+// The headers whose compiling alone the build has not proved already: a header that a source of this platform
+// includes before anything else has been compiled alone there.
+std::vector<std::string> HeadersToCompile(const Files &files);
+
 // Compiles each header by itself; one breach a header that doesn't, with the compiler's words.
 Breaches HeadersCompileAlone(const std::string &root, const std::vector<std::string> &headers);
 
