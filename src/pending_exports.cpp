@@ -22,30 +22,6 @@ VarkWindow NoReport()
 
 } // namespace
 
-int32_t VARK_CALL VARK_InitHoleBube(int32_t, const char *, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_HoleBube(uint32_t *, char *, char *, char *, char *, uint32_t *, char *, uint32_t *,
-                                int32_t, char *, char *, char *)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_BeendeHolen(void) { return AfterFrame(); }
-int32_t VARK_CALL VARK_InitHoleKonto(int32_t, int32_t, const char *, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_HoleSako(char *, char *, char *, uint32_t *, uint32_t *, uint32_t *)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_HolePeko(char *, char *, char *, char *, char *, char *, char *, char *, char *,
-                                char *, char *, char *, char *, char *, uint32_t *, uint32_t *, int32_t,
-                                char *, uint32_t *, uint32_t *)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_InitHoleOP(int32_t, const char *, int32_t, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_HoleOP(char *, char *, char *, char *, char *, char *, char *, char *, int32_t, char *,
-                              char *, char *)
-{
-    return AfterFrame();
-}
 int32_t VARK_CALL VARK_HoleMandantenNr(VarkWindow) { return AfterFrame(); }
 int32_t VARK_CALL VARK_HoleStapelNr(VarkWindow, int32_t) { return AfterFrame(); }
 int32_t VARK_CALL VARK_HoleKonto(VarkWindow, int32_t, int32_t, const char *, const char *, char *)

@@ -101,6 +101,7 @@ ThreadContext *GetThreadContext()
         return nullptr;
     }
     context->CurrentMandant = -1;
+    context->CursorKind = -1;
     context->YearDirectory[0] = pathSeparator;
     return context;
 }

@@ -9,7 +9,9 @@ namespace vark {
 
 namespace {
 
-constexpr int64_t magnitudeLimit = 100'000'000'000; // first magnitude that nine integer digits cannot hold
+// First magnitudes that nine and two integer digits cannot hold.
+constexpr int64_t magnitudeLimit = 100'000'000'000;
+constexpr int64_t rateLimit = 10'000;
 
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
@@ -109,6 +111,17 @@ int64_t ReadPlaces(const char *text, int markIndex)
     return value;
 }
 
+void WritePlaces(char *out, int markIndex, int64_t magnitude)
+{
+    for (int i = markIndex + 2; i >= 0; --i) {
+        if (i == markIndex) continue;
+        out[i] = DigitOf(static_cast<uint32_t>(magnitude % 10));
+        magnitude /= 10;
+    }
+    out[markIndex] = ',';
+    out[markIndex + 3] = 0;
+}
+
 void CopyAmount(AmountText &out, const AmountText &from) { memmove(out, from, sizeof out); }
 
 // Writes "-" for a negative amount, then the digits without leading zeros, with `dot` (if not 0) between
@@ -168,14 +181,15 @@ int64_t MagnitudeOf(const RateText &rate) { return ReadPlaces(rate, rateMark); }
 bool AmountOfMagnitude(AmountText &out, int64_t magnitude, bool isNegative)
 {
     const bool fits = magnitude >= 0 && magnitude < magnitudeLimit;
-    int64_t rest = fits ? magnitude : 0;
-    for (int i = amountWidth - 1; i >= 0; --i) {
-        if (i == amountMark) continue;
-        out[i] = DigitOf(static_cast<uint32_t>(rest % 10));
-        rest /= 10;
-    }
+    WritePlaces(out, amountMark, fits ? magnitude : 0);
     out[amountMark] = MarkOf(fits && isNegative);
-    out[amountWidth] = 0;
+    return fits;
+}
+
+bool RateOfMagnitude(RateText &out, int64_t magnitude)
+{
+    const bool fits = magnitude >= 0 && magnitude < rateLimit;
+    WritePlaces(out, rateMark, fits ? magnitude : 0);
     return fits;
 }
 

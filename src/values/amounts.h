@@ -117,6 +117,9 @@ bool IsNegativeAmount(const AmountText &amount);
 // Writes a magnitude below 100000000000 with the given mark. False, and out is zeroAmount, for another one.
 bool AmountOfMagnitude(AmountText &out, int64_t magnitude, bool isNegative);
 
+// The same for a rate: a magnitude of 0..9999, else false and zeroRate.
+bool RateOfMagnitude(RateText &out, int64_t magnitude);
+
 // A non-negative value in units of 10^-decimals, rounded as the accounting application rounds: the value's 17
 // significant decimal digits, half up at the wanted decimal. So 0.125 with two decimals is 13, and 1.005,
 // whose digits are 1.0049999999999999, is 100. -1 for a value that is negative, no number, or too large.

@@ -707,6 +707,19 @@ TEST(AmountOfMagnitude, RefusesWhatDoesNotFit)
     EXPECT_EQ("000000000,00", out.Str());
 }
 
+TEST(RateOfMagnitude, RefusesWhatDoesNotFit)
+{
+    RateText out;
+    EXPECT_TRUE(RateOfMagnitude(out, 1600));
+    EXPECT_STREQ("16,00", out);
+    EXPECT_TRUE(RateOfMagnitude(out, 9999));
+    EXPECT_STREQ("99,99", out);
+    EXPECT_FALSE(RateOfMagnitude(out, 10000));
+    EXPECT_STREQ("00,00", out);
+    EXPECT_FALSE(RateOfMagnitude(out, -1));
+    EXPECT_STREQ("00,00", out);
+}
+
 TEST(CheckAmountField, AcceptsAndCompletes)
 {
     char field[16] = "1.234,5 DM";

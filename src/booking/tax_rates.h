@@ -1,0 +1,17 @@
+// The rate that a tax code had on a day.
+#pragma once
+
+#include "src/frame/thread_context.h"
+#include "src/model/account_records.h"
+
+#include <cstdint>
+
+namespace vark {
+
+// The rate of `code` (1 to 31) that was valid at `date`: the newest one that had begun by then. `row` gets
+// its record. False for a failure of the record store; `found` tells whether there is such a rate. Opens and
+// closes steke.
+bool FindTaxRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
+                 bool &found);
+
+} // namespace vark
