@@ -12,6 +12,8 @@ bool IsRefused() { return armed && ++counted == countdown; }
 
 } // namespace
 
+// Visible, since the sanitizers' libraries are bound to these names as well.
+#pragma GCC visibility push(default)
 extern "C" {
 
 void *__real_malloc(size_t size);               // NOLINT: the linker's name
@@ -30,6 +32,7 @@ void *__wrap_realloc(void *block, size_t size) // NOLINT
     return IsRefused() ? nullptr : __real_realloc(block, size);
 }
 }
+#pragma GCC visibility pop
 
 namespace vark::test {
 
