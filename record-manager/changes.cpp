@@ -31,6 +31,7 @@ int16_t TouchFile(ClientFile *file)
     const int16_t status = ReadCounters(file->Home->Books, file->Home->Writer, *file->Of, &file->Now);
     if (status != BtrStatusOk) return status;
     file->FirstSequence = file->Now.Sequence;
+    file->FirstRecord = file->Now.LastRecord;
     file->Touched = true;
     return BtrStatusOk;
 }
@@ -458,8 +459,9 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
             EntryKeyOf(definition, key, old, entry);
             status = RemoveEntry(change, key, entry);
         }
-        if (status == BtrStatusOk && changes[i].Joins)
+        if (status == BtrStatusOk && changes[i].Joins) {
             status = AddEntry(change, key, record.Data, number, sequence);
+        }
         if (status != BtrStatusOk) return status;
     }
     uint8_t *place = nullptr;

@@ -158,10 +158,10 @@ Handle *AddHandle(Client *client, void *positionBlock)
     }
     if (index == client->HandleCount) {
         const size_t count = client->HandleCount == 0 ? 32 : client->HandleCount * 2;
-        void *larger = realloc(client->Handles, count * sizeof(Handle *));
+        void *larger = realloc(client->Handles, count * sizeof(void *));
         if (larger == nullptr) return nullptr;
         client->Handles = static_cast<Handle **>(larger);
-        memset(client->Handles + client->HandleCount, 0, (count - client->HandleCount) * sizeof(Handle *));
+        memset(client->Handles + client->HandleCount, 0, (count - client->HandleCount) * sizeof(void *));
         client->HandleCount = count;
     }
     auto *handle = static_cast<Handle *>(calloc(1, sizeof(Handle)));

@@ -64,7 +64,8 @@ struct ClientFile {
     bool Whole;       // locked as a whole by the exclusive transaction
     bool Touched;
     Counters Now;
-    uint64_t FirstSequence; // last sequence before the pending changes
+    uint64_t FirstSequence; // the last one before the pending changes
+    uint32_t FirstRecord;   // the last one before the pending changes
     RecordCounts Held;
     LockList Implicit; // records changed in a concurrent transaction
 };
@@ -72,11 +73,12 @@ struct ClientFile {
 enum class Physical : uint8_t {
     None, // no record was touched yet
     Here,
-    Gone // the record was deleted; its neighbours can still be stepped to
+    Gone,  // the record was deleted; its neighbours can still be stepped to
+    Behind // it was never there, since its insertion was undone: the place just behind Record
 };
 
-inline constexpr int noLogicalKey = -1;
-inline constexpr int mixedLogicalKey = -2; // changed under another key than it was read by
+inline constexpr int8_t noLogicalKey = -1;
+inline constexpr int8_t mixedLogicalKey = -2; // changed under another key than it was read by
 inline constexpr size_t maxPlace = 1 + maxKeyLength + 6 + 2;
 
 // A position block in use.
@@ -93,7 +95,7 @@ struct Handle {
     uint32_t Record;
     uint64_t Version;
 
-    int LogicalKey;
+    int8_t LogicalKey;
     size_t PlaceLength;
     uint8_t Place[maxPlace]; // the index entry last touched, or one that would lie there
 

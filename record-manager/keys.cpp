@@ -1,5 +1,6 @@
 #include "record-manager/keys.h"
 
+#include <cassert>
 #include <cstring>
 
 namespace wbtrv {
@@ -8,6 +9,7 @@ namespace {
 
 void Reverse(const uint8_t *from, size_t length, uint8_t *out)
 {
+    assert(length > 0);
     for (size_t i = 0; i < length; ++i) {
         out[i] = from[length - 1 - i];
     }

@@ -114,12 +114,12 @@ const LockRequest &RequestOf(const Call &call)
     return inherits ? client.Inherited : call.Lock;
 }
 
-// The bound of a keyed read, from the key buffer or from the position.
-int16_t MakeSearch(const Call &call, const Key &key, Search *search)
+// The bound of a keyed read, from the key buffer or from the position. Its first byte, the key, is there
+// already.
+void MakeSearch(const Call &call, const Key &key, Search *search)
 {
     const Handle &handle = *call.On;
     const Definition &definition = handle.In->Of->Layout;
-    search->Bound[0] = static_cast<uint8_t>(KeyIndex(definition, key));
     search->Prefix = 1;
     search->None = BtrStatusEndOfFile;
     const size_t valueEnd = 1u + key.Length;
@@ -132,21 +132,21 @@ int16_t MakeSearch(const Call &call, const Key &key, Search *search)
     case BtrOpGetFirst:
         search->Size = 1;
         search->Where = Side::AtOrAfter;
-        return BtrStatusOk;
+        return;
     case BtrOpGetLast:
         memset(search->Bound + 1, 0xFF, valueEnd + stampSize);
         search->Size = valueEnd + stampSize + 1;
         search->Where = Side::Before;
-        return BtrStatusOk;
+        return;
     case BtrOpGetNext:
     case BtrOpGetPrevious:
         memcpy(search->Bound, handle.Place, handle.PlaceLength);
         search->Size = handle.PlaceLength;
         search->Where = Side::Before;
-        if (call.Operation == BtrOpGetPrevious) return BtrStatusOk;
+        if (call.Operation == BtrOpGetPrevious) return;
         search->Bound[search->Size++] = 0;
         search->Where = Side::AtOrAfter;
-        return BtrStatusOk;
+        return;
     default: break;
     }
     OrderedFromValue(definition, key, call.Key, search->Bound + 1);
@@ -165,7 +165,6 @@ int16_t MakeSearch(const Call &call, const Key &key, Search *search)
         break;
     default: break;
     }
-    return BtrStatusOk;
 }
 
 } // namespace
@@ -186,9 +185,9 @@ int16_t ReadByKey(const Call &call)
     if (status != BtrStatusOk) return status;
 
     Search search;
-    status = MakeSearch(call, *key, &search);
-    if (status != BtrStatusOk) return status;
-    Found found;
+    search.Bound[0] = static_cast<uint8_t>(KeyIndex(definition, *key));
+    MakeSearch(call, *key, &search);
+    Found found{};
     status = FindAndLock(
         call, request, [&](MDB_txn *view, Found *out) { return FindEntry(handle, view, search, out); },
         &found);
@@ -226,7 +225,8 @@ int16_t ReadByStep(const Call &call)
         if (fromHere) {
             PutBigEndian(search.Bound + 1, handle->Record, 4);
             search.Size = recordKeySize;
-            if (call.Operation == BtrOpStepNext) search.Bound[search.Size++] = 0;
+            const bool behind = call.Operation == BtrOpStepNext || handle->State == Physical::Behind;
+            if (behind) search.Bound[search.Size++] = 0;
         }
         if (call.Operation == BtrOpStepPrevious) search.Where = Side::Before;
         break;
@@ -238,7 +238,7 @@ int16_t ReadByStep(const Call &call)
         search.Size = recordKeySize + 1;
     }
 
-    Found found;
+    Found found{};
     status = FindAndLock(
         call, request, [&](MDB_txn *view, Found *out) { return FindEntry(handle, view, search, out); },
         &found);
@@ -277,7 +277,7 @@ int16_t ReadDirect(const Call &call)
     if (status != BtrStatusOk) return status;
 
     const uint32_t record = RecordFromPosition(call.Data);
-    Found found;
+    Found found{};
     status = FindAndLock(
         call, request,
         [&](MDB_txn *view, Found *out) -> int16_t {

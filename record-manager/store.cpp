@@ -360,6 +360,27 @@ void CloseIdle()
     }
 }
 
+// The store of the directory's books, taken out of the list, or null if this process has not opened them.
+Store *TakeKnown(int directoryFd)
+{
+    struct stat found;
+    if (fstatat(directoryFd, booksName, &found, AT_SYMLINK_NOFOLLOW) != 0) return nullptr;
+    Store **link = &stores;
+    while (*link != nullptr && ((*link)->Inode != found.st_ino || (*link)->Device != found.st_dev)) {
+        link = &(*link)->Next;
+    }
+    Store *store = *link;
+    if (store != nullptr) *link = store->Next;
+    return store;
+}
+
+int16_t CheckKnown(const Store &store, bool readOnly)
+{
+    if (store.Dead || (!store.ReadOnly && !HasLockFile(&store))) return BtrStatusIoError;
+    if (store.ReadOnly && !store.ReadOnlySystem && !readOnly) return BtrStatusPermission;
+    return BtrStatusOk;
+}
+
 } // namespace
 
 void LockRegistry() { pthread_mutex_lock(&registryMutex); }
@@ -374,36 +395,21 @@ int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **
     }
     LockRegistry();
     CloseIdle();
-    struct stat found;
-    Store *store = nullptr;
-    if (fstatat(directoryFd, booksName, &found, AT_SYMLINK_NOFOLLOW) == 0) {
-        Store **link = &stores;
-        while (*link != nullptr && ((*link)->Inode != found.st_ino || (*link)->Device != found.st_dev)) {
-            link = &(*link)->Next;
-        }
-        store = *link;
-        if (store != nullptr) *link = store->Next;
-    }
+    Store *store = TakeKnown(directoryFd);
     int16_t status = BtrStatusOk;
-    if (store == nullptr) {
-        status = OpenStore(directory, directoryFd, create, readOnly, &store);
-    } else {
+    if (store != nullptr) {
         close(directoryFd);
-        if (store->Dead || (!store->ReadOnly && !HasLockFile(store))) {
-            status = BtrStatusIoError;
-        } else if (store->ReadOnly && !store->ReadOnlySystem && !readOnly) {
-            status = BtrStatusPermission;
-        }
+        status = CheckKnown(*store, readOnly);
+    } else {
+        status = OpenStore(directory, directoryFd, create, readOnly, &store);
     }
     if (store != nullptr) {
         store->Next = stores;
         stores = store;
-    }
-    if (status == BtrStatusOk) {
-        store->Users++;
-        *out = store;
+        if (status == BtrStatusOk) store->Users++;
     }
     UnlockRegistry();
+    *out = store;
     return status;
 }
 

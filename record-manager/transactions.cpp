@@ -69,7 +69,10 @@ void StepBack(Handle *handle, MDB_txn *view)
 {
     const ClientFile &file = *handle->In;
     const Definition &definition = file.Of->Layout;
-    if (handle->State == Physical::Here && handle->Version > file.FirstSequence) {
+    if (handle->State != Physical::None && handle->Record > file.FirstRecord) {
+        handle->State = Physical::Behind;
+        handle->Record = file.FirstRecord;
+    } else if (handle->State == Physical::Here && handle->Version > file.FirstSequence) {
         Bytes stored;
         if (view != nullptr && FetchStored(view, *file.Of, handle->Record, &stored) == BtrStatusOk) {
             handle->Version = VersionOf(stored);
@@ -78,7 +81,7 @@ void StepBack(Handle *handle, MDB_txn *view)
         }
     }
     if (handle->LogicalKey < 0) return;
-    const Key *key = FindKey(definition, static_cast<int8_t>(handle->LogicalKey));
+    const Key *key = FindKey(definition, handle->LogicalKey);
     const size_t valueEnd = 1u + key->Length;
     if (!key->Duplicates || GetBigEndian(handle->Place + valueEnd, stampSize) <= file.FirstSequence) return;
     PutBigEndian(handle->Place + valueEnd, file.FirstSequence, stampSize);
