@@ -42,7 +42,8 @@ LockResult TryLock(int fd, LockKind kind, int64_t offset, int64_t length)
     if (errno != EAGAIN && errno != EACCES) return LockResult::Failed;
     range = Range(type, offset, length);
     if (fcntl(fd, F_OFD_GETLK, &range) != 0) return LockResult::Failed;
-    return range.l_type != F_UNLCK && range.l_len == wholeFile ? LockResult::FileBusy
+    // The ranges of two files may have grown together.
+    return range.l_type != F_UNLCK && range.l_len >= wholeFile ? LockResult::FileBusy
                                                                : LockResult::RecordBusy;
 }
 

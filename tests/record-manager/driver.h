@@ -20,9 +20,9 @@ namespace wbtrvtest {
 struct TempDirectory {
     std::filesystem::path Path;
 
-    TempDirectory()
+    explicit TempDirectory(const std::filesystem::path &where = std::filesystem::temp_directory_path())
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "wbtrv-XXXXXX").string();
+        std::string pattern = (where / "wbtrv-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) abort();
         Path = pattern;
     }

@@ -1,0 +1,365 @@
+// The record manager against the model: a long seeded sequence of every operation, by several threads over
+// several files, keys and position blocks, compared call by call. VARK_MODEL_SEED and VARK_MODEL_OPERATIONS
+// change it.
+#include "model.h"
+
+#include "record-manager/limits.h"
+
+#include <condition_variable>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <thread>
+
+namespace {
+
+using namespace wbtrvtest;
+
+// A client in a thread of its own, which carries out one call at a time.
+struct Threaded {
+    std::mutex Mutex;
+    std::condition_variable Changed;
+    const Request *Wanted = nullptr;
+    Answer Got;
+    bool Ends = false;
+    std::thread Thread{[this] { Serve(); }};
+
+    Threaded() = default;
+    Threaded(const Threaded &) = delete;
+    Threaded &operator=(const Threaded &) = delete;
+    ~Threaded()
+    {
+        {
+            const std::lock_guard lock(Mutex);
+            Ends = true;
+        }
+        Changed.notify_all();
+        Thread.join();
+    }
+    Answer operator()(const Request &request)
+    {
+        std::unique_lock lock(Mutex);
+        Wanted = &request;
+        Changed.notify_all();
+        Changed.wait(lock, [&] { return Wanted == nullptr; });
+        return Got;
+    }
+
+private:
+    void Serve()
+    {
+        PositionBlocks blocks{};
+        std::unique_lock lock(Mutex);
+        for (;;) {
+            Changed.wait(lock, [&] { return Wanted != nullptr || Ends; });
+            if (Ends) return;
+            Got = Carry(blocks, *Wanted);
+            Wanted = nullptr;
+            Changed.notify_all();
+        }
+    }
+};
+
+ModelLayout LayoutOf(size_t length, bool variable, const std::vector<ModelKey> &keys)
+{
+    ModelLayout layout{length, variable, keys, {}};
+    std::vector<KeySegment> segments;
+    for (const ModelKey &key : keys) {
+        for (size_t i = 0; i < key.Segments.size(); ++i) {
+            const ModelSegment &segment = key.Segments[i];
+            unsigned flags = 0;
+            if (key.Duplicates) flags |= BtrKeyDuplicates;
+            if (key.Modifiable) flags |= BtrKeyModifiable;
+            if (key.NullAll) flags |= BtrKeyNullAll;
+            if (segment.Descending) flags |= BtrKeyDescending;
+            if (i + 1 < key.Segments.size()) flags |= BtrKeySegmented;
+            segments.push_back({static_cast<uint16_t>(segment.Offset + 1),
+                                static_cast<uint16_t>(segment.Length), flags, segment.Type,
+                                static_cast<uint8_t>(segment.Null)});
+        }
+    }
+    layout.CreateBuffer = CreateBuffer(static_cast<uint16_t>(length), static_cast<unsigned>(keys.size()),
+                                       segments, variable ? 1 : 0);
+    return layout;
+}
+
+constexpr ModelSegment Text(size_t offset, size_t length)
+{
+    return {offset, length, BtrTypeString, false, 0};
+}
+
+// Draws what happens next.
+struct Chooser {
+    std::mt19937_64 Random;
+    std::vector<std::string> Paths;
+    std::map<std::string, ModelLayout> Layouts;
+
+    unsigned Below(unsigned limit) { return static_cast<unsigned>(Random() % limit); }
+    bool OneIn(unsigned many) { return Below(many) == 0; }
+
+    // Few values, so that duplicates, conflicts and neighbours are common.
+    std::string Field(const ModelSegment &segment)
+    {
+        std::string field(segment.Length, '\0');
+        const unsigned pick = Below(12);
+        switch (segment.Type) {
+        case BtrTypeInteger: {
+            const int64_t value = static_cast<int64_t>(pick) * 130 - 700;
+            memcpy(field.data(), &value, segment.Length);
+            break;
+        }
+        case BtrTypeUnsigned: {
+            const uint64_t value = uint64_t{pick} * 100;
+            memcpy(field.data(), &value, segment.Length);
+            break;
+        }
+        case BtrTypeAutoincrement: {
+            const int64_t value = OneIn(3) ? static_cast<int64_t>(Below(30)) - 5 : 0;
+            memcpy(field.data(), &value, segment.Length);
+            break;
+        }
+        case BtrTypeZString:
+            field[0] = static_cast<char>('a' + pick % 4);
+            if (pick % 3 == 0) field[1] = 'z';
+            if (pick % 2 == 0) field[segment.Length - 1] = '#';
+            break;
+        default:
+            for (size_t i = 0; i < segment.Length; ++i) {
+                field[i] = segment.Null != 0 && pick < 4 ? segment.Null
+                                                         : static_cast<char>(i == 0 ? 'a' + pick : 'k');
+            }
+            break;
+        }
+        return field;
+    }
+
+    std::string Record(const ModelLayout &layout)
+    {
+        std::string record(layout.Length, static_cast<char>('0' + Below(10)));
+        for (const ModelKey &key : layout.Keys) {
+            for (const ModelSegment &segment : key.Segments) {
+                record.replace(segment.Offset, segment.Length, Field(segment));
+            }
+        }
+        if (layout.Variable) record.append(Below(40), 'v');
+        return record;
+    }
+
+    Request Next(const Model &model, size_t client)
+    {
+        Request request;
+        request.Block = static_cast<uint8_t>(Below(4));
+        request.Key = std::string(BtrKeyBufferSize, '~');
+        const bool open = model.IsOpen(client, request.Block);
+        if (!open && !OneIn(10)) {
+            request.Operation = OneIn(12) ? BtrOpCreate : BtrOpOpen;
+            request.Key = Paths[Below(static_cast<unsigned>(Paths.size()))];
+            if (request.Operation == BtrOpOpen) {
+                const int8_t modes[] = {0, 0, 0, 0, 0, 0, BtrModeReadOnly, BtrModeVerify, BtrModeExclusive,
+                                        1};
+                request.KeyNumber = modes[Below(10)];
+            } else {
+                request.Data = Layouts[request.Key].CreateBuffer;
+                request.Length = static_cast<uint32_t>(request.Data.size());
+                request.KeyNumber = OneIn(2) ? BtrKeepExisting : 0;
+            }
+            return request;
+        }
+        const std::string file = open ? model.FileOf(client, request.Block) : Paths[0];
+        const ModelLayout &layout = Layouts[file];
+        const auto keys = static_cast<unsigned>(layout.Keys.size());
+        request.KeyNumber = static_cast<int8_t>(Below(keys));
+        if (OneIn(40)) request.KeyNumber = static_cast<int8_t>(keys + Below(3));
+        request.Data = std::string(layout.Length + 60, '#');
+        request.Length = static_cast<uint32_t>(layout.Length + 60);
+        if (OneIn(20)) request.Length = Below(static_cast<unsigned>(layout.Length) + 40);
+        if (OneIn(50)) request.KeyLength = static_cast<uint8_t>(Below(20));
+
+        constexpr unsigned biases[] = {
+            0, 0, 0, 0, 0, 0, BtrBiasLock, BtrBiasMultiple, BtrBiasWaitLock, BtrBiasWaitMultiple};
+        const unsigned bias = biases[Below(10)];
+        const unsigned pick = Below(100);
+        if (pick < 16) {
+            request.Operation = static_cast<uint16_t>(BtrOpInsert + (OneIn(5) ? bias : 0));
+            SetRecord(&request, layout);
+        } else if (pick < 30) {
+            request.Operation = BtrOpUpdate;
+            SetRecord(&request, layout);
+        } else if (pick < 38) {
+            request.Operation = BtrOpDelete;
+        } else if (pick < 68) {
+            request.Operation =
+                static_cast<uint16_t>(BtrOpGetEqual + Below(9) + bias + (OneIn(6) ? BtrBiasKeyOnly : 0));
+            if (request.KeyNumber >= 0 && static_cast<unsigned>(request.KeyNumber) < keys) {
+                std::string value;
+                for (const ModelSegment &segment :
+                     layout.Keys[static_cast<size_t>(request.KeyNumber)].Segments) {
+                    value += Field(segment);
+                }
+                request.Key.replace(0, value.size(), value);
+            }
+        } else if (pick < 76) {
+            const uint16_t steps[] = {BtrOpStepNext, BtrOpStepFirst, BtrOpStepLast, BtrOpStepPrevious};
+            request.Operation = static_cast<uint16_t>(steps[Below(4)] + bias);
+        } else if (pick < 80) {
+            request.Operation = BtrOpGetPosition;
+        } else if (pick < 84) {
+            request.Operation = static_cast<uint16_t>(BtrOpGetDirect + bias);
+            SetPosition(&request, model, file);
+            if (OneIn(4)) request.KeyNumber = BtrNoLogicalPosition;
+        } else if (pick < 87) {
+            request.Operation = BtrOpUnlock;
+            request.KeyNumber = static_cast<int8_t>(static_cast<int>(Below(3)) - 2);
+            SetPosition(&request, model, file);
+        } else if (pick < 90) {
+            request.Operation = BtrOpStat;
+            request.Length = 200;
+            request.KeyNumber = 0;
+        } else if (pick < 92) {
+            request.Operation = BtrOpClose;
+        } else if (OneIn(12)) {
+            request.Operation = OneIn(2) ? BtrOpReset : BtrOpStop;
+        } else if (!model.InTransaction(client)) {
+            const uint16_t begins[] = {BtrOpBegin,
+                                       BtrOpBegin + BtrBiasLock,
+                                       BtrOpBeginConcurrent,
+                                       BtrOpBeginConcurrent,
+                                       BtrOpBeginConcurrent + BtrBiasLock,
+                                       BtrOpBeginConcurrent + BtrBiasMultiple,
+                                       BtrOpBeginConcurrent + BtrBiasNoRetry};
+            request.Operation = OneIn(8) ? uint16_t{BtrOpEnd} : begins[Below(7)];
+        } else {
+            const uint16_t ends[] = {BtrOpEnd, BtrOpAbort, BtrOpBegin};
+            request.Operation = ends[OneIn(10) ? 2 : Below(2)];
+        }
+        return request;
+    }
+
+private:
+    void SetRecord(Request *request, const ModelLayout &layout)
+    {
+        request->Data = Record(layout);
+        request->Length = static_cast<uint32_t>(request->Data.size());
+        if (OneIn(30)) request->Length = static_cast<uint32_t>(layout.Length) - 1;
+        if (OneIn(4)) request->KeyNumber = BtrNoCurrencyChange;
+    }
+    // One that some record has or had, or one that none can have.
+    void SetPosition(Request *request, const Model &model, const std::string &file)
+    {
+        const std::vector<std::string> known = model.KnownPositions(file);
+        std::string position(4, OneIn(2) ? '\0' : '\xFF');
+        if (!known.empty() && !OneIn(10)) {
+            const auto recent = static_cast<unsigned>(std::min<size_t>(known.size(), 20));
+            position = known[known.size() - 1 - Below(recent)];
+        }
+        request->Data.replace(0, 4, position);
+    }
+};
+
+std::string Show(const Answer &answer)
+{
+    return std::to_string(answer.Status) + " length " + std::to_string(answer.Length) + " data " +
+           testing::PrintToString(answer.Data.substr(0, 24)) + " key " +
+           testing::PrintToString(answer.Key.substr(0, 10));
+}
+
+std::string Show(size_t client, const Request &request, const std::string &file)
+{
+    return "client " + std::to_string(client) + " block " + std::to_string(request.Block) + " (" +
+           file.substr(file.rfind('/') + 1) + ") operation " + std::to_string(request.Operation) +
+           " key number " + std::to_string(request.KeyNumber) + " length " + std::to_string(request.Length) +
+           " data " + testing::PrintToString(request.Data.substr(0, 24)) + " key " +
+           testing::PrintToString(request.Key.substr(0, 10));
+}
+
+std::string Last(const std::vector<std::string> &history, size_t count)
+{
+    std::string text;
+    for (size_t i = history.size() < count ? 0 : history.size() - count; i < history.size(); ++i) {
+        text += history[i] + "\n";
+    }
+    return text;
+}
+
+uint64_t Option(const char *name, uint64_t otherwise)
+{
+    const char *value = getenv(name);
+    return value != nullptr ? std::stoull(value) : otherwise;
+}
+
+void Compare(uint64_t seed, uint64_t operations)
+{
+    // Memory is as good a disk as any here, and much faster.
+    const TempDirectory directory(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp");
+    const TempDirectory elsewhere(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp");
+    wbtrv::limits.ChangeWait_ms = 0;
+    wbtrv::limits.MomentaryWait_ms = 0;
+    wbtrv::limits.LockWait_ms = 0;
+
+    Chooser chooser{std::mt19937_64(seed), {}, {}};
+    Model model(3);
+    const ModelLayout t = LayoutOf(24, false,
+                                   {{{Text(0, 2)}, false, false, false, false},
+                                    {{Text(2, 2)}, true, true, false, false},
+                                    {{{4, 2, BtrTypeInteger, true, 0}}, true, true, false, false}});
+    const ModelLayout n =
+        LayoutOf(16, false,
+                 {{{{0, 2, BtrTypeAutoincrement, false, 0}}, false, true, false, true},
+                  {{Text(2, 2), {4, 2, BtrTypeUnsigned, false, 0}}, true, true, false, false}});
+    const ModelLayout v = LayoutOf(12, true,
+                                   {{{{0, 4, BtrTypeZString, false, 0}}, true, true, false, false},
+                                    {{{4, 2, BtrTypeString, true, ' '}}, false, true, true, false}});
+    const std::vector<std::pair<std::string, ModelLayout>> files = {{directory / "t.btr", t},
+                                                                    {directory / "n.btr", n},
+                                                                    {directory / "v.btr", v},
+                                                                    {elsewhere / "t.btr", t}};
+    for (const auto &[path, layout] : files) {
+        chooser.Paths.push_back(path);
+        chooser.Layouts[path] = layout;
+        model.Add(path, layout);
+    }
+    std::vector<std::unique_ptr<Threaded>> clients;
+    for (size_t i = 0; i < 3; ++i) {
+        clients.push_back(std::make_unique<Threaded>());
+    }
+    // The directories are known before the first open, so that a missing file is just that.
+    for (const auto &[path, layout] : files) {
+        const Request create{.Operation = BtrOpCreate,
+                             .Data = layout.CreateBuffer,
+                             .Length = static_cast<uint32_t>(layout.CreateBuffer.size()),
+                             .Key = path};
+        ASSERT_EQ((*clients[0])(create).Status, model.Expect(0, create).Status);
+    }
+
+    std::vector<std::string> history;
+    for (uint64_t i = 0; i < operations; ++i) {
+        const size_t client = chooser.Below(3);
+        const Request request = chooser.Next(model, client);
+        const Answer got = (*clients[client])(request);
+        Answer expected = model.Expect(client, request);
+        if (request.Operation == BtrOpGetPosition && got.Status == BtrStatusOk &&
+            expected.Status == BtrStatusOk) {
+            const std::string position = got.Data.substr(0, 4);
+            ASSERT_TRUE(model.LearnPosition(client, request.Block, position))
+                << "seed " << seed << ", call " << i;
+            expected.Data.replace(0, 4, position);
+        }
+        history.push_back(std::to_string(i) + ": " +
+                          Show(client, request, model.FileOf(client, request.Block)) + " -> " + Show(got));
+        const bool same = got.Status == expected.Status && got.Length == expected.Length &&
+                          got.Data == expected.Data && got.Key == expected.Key;
+        ASSERT_TRUE(same) << "seed " << seed << "\n" << Last(history, 40) << "\nexpected " << Show(expected);
+    }
+}
+
+TEST(ModelComparison, EveryCallAnswersAsTheModelDoes)
+{
+    const uint64_t seed = Option("VARK_MODEL_SEED", 20240611);
+    const uint64_t operations = Option("VARK_MODEL_OPERATIONS", 100000);
+    std::cout << "seed " << seed << ", " << operations << " operations\n";
+    Compare(seed, operations);
+}
+
+} // namespace
