@@ -27,7 +27,11 @@ record(0, { text("mandant", 0, 41), rows = { "text" }, emit = function(r)
     head { left = "zweite Zeile" }
     row("text", "Ein Text <über> alles; \"ja\"")
 end })
-record(1, { text("konto", 0, 8), text("name", 17, 41), amount("soll", 58), amount("haben", 71),
+record(1, {
+    text("konto", 0, 8),
+    text("name", 17, 41),
+    amount("soll", 58),
+    amount("haben", 71),
     level = 1, rows = { "head", "line" },
     emit = function(r)
         row("head", { konto = "Gruppe " .. r.konto, haben = groupsum })
@@ -35,9 +39,13 @@ record(1, { text("konto", 0, 8), text("name", 17, 41), amount("soll", 58), amoun
         r.anzahl = -7
         row("line", r)
     end,
-    close = { rows = { "sum" }, emit = function(sum) row("sum", { konto = "Summe", soll = sum.soll, haben = sum.haben }) end },
+    close = { rows = { "sum" }, emit = function(sum)
+        row("sum", { konto = "Summe", soll = sum.soll, haben = sum.haben })
+    end },
 })
-finish { rows = { "total" }, emit = function(sum) row("total", { name = sum.count .. " Zeilen", soll = sum.soll }) end }
+finish { rows = { "total" }, emit = function(sum)
+    row("total", { name = sum.count .. " Zeilen", soll = sum.soll })
+end }
 )";
 
 struct Files : testing::Test {
@@ -290,38 +298,4 @@ TEST_F(Files, PagesAreDrawnWithLowDescriptorsInUseOrClosed)
     RSWindow secondView = OpenView(second);
     EXPECT_EQ(RSExportView(secondView, directory.At("b.pdf").c_str()), 1);
     RSCloseReport(second);
-}
-
-namespace {
-
-long RssAnonKiB()
-{
-    for (const std::string &line : LinesOf(ReadFile("/proc/self/status"))) {
-        if (line.starts_with("RssAnon:")) return std::stol(line.substr(8));
-    }
-    return -1;
-}
-
-} // namespace
-
-TEST(Memory, IsAsFlatAtTwoHundredThousandLinesAsAtTwoThousand)
-{
-    const Directory directory;
-    long after[2] = {};
-    int number = 0;
-    for (const int lines : {2'000, 200'000}) {
-        const int32_t report = OpenShipped("or_slist.rs", susaId);
-        AddSusaHeader(report);
-        for (int i = 0; i < lines; ++i) {
-            ASSERT_EQ(AddSusaLine(report, {std::to_string(i), "Konto Nummer " + std::to_string(i), 100, 0, 0,
-                                           0, 0, 0}),
-                      1);
-        }
-        RSWindow view = OpenView(report);
-        ASSERT_EQ(RSExportView(view, directory.At("a.csv").c_str()), 1);
-        after[number++] = RssAnonKiB();
-        RSCloseReport(report);
-    }
-    EXPECT_GT(after[0], 0);
-    EXPECT_LT(after[1] - after[0], 20 * 1024) << after[0] << " KiB, then " << after[1] << " KiB";
 }
