@@ -286,3 +286,31 @@ TEST(Templates, FormatTextsWithoutTheLocale)
     EXPECT_EQ(PrintError("local x = string.format('%d', 1.5)"),
               "5: bad argument #2 to 'format' (number has no integer representation)");
 }
+
+TEST(Templates, TheExampleOfTheDocumentationWorks)
+{
+    const std::string page = ReadFile(DOCUMENTATION);
+    const std::string opening = "```lua\n";
+    const size_t begin = page.find(opening);
+    ASSERT_NE(begin, std::string::npos);
+    const size_t end = page.find("```", begin + opening.size());
+    const Directory directory;
+    const std::string path =
+        directory.Write("or_ksald.rs", page.substr(begin + opening.size(), end - begin - opening.size()));
+    const int32_t report = RSOpenReport(path.c_str(), "tervoKOSALIST0.0", 0);
+    ASSERT_GT(report, 0);
+    Record().Text("Muster GmbH", 41).Text("März 1998", 50).Text("", 30).AddTo(report, 0, 121);
+    const auto add = [report](const char *number, const char *name, int64_t amount) {
+        Record().Text(number, 8).Text("", 9).Text(name, 31).Text("", 41).Amount(amount).AddTo(report, 1, 102);
+    };
+    add("100", "Verwaltung", 12345);
+    add("200", "Lager", 0);
+    add("300", "Vertrieb", 655);
+    ASSERT_EQ(RSExportView(OpenView(report), directory.At("a.csv").c_str()), 1);
+    EXPECT_EQ(ReadFile(directory.At("a.csv")), "\xEF\xBB\xBF"
+                                               "Art;Nummer;Kostenstelle;Betrag\r\n"
+                                               "Zeile;100;Verwaltung;123,45\r\n"
+                                               "Zeile;300;Vertrieb;6,55\r\n"
+                                               "Gesamt;;2 Kostenstellen;130,00\r\n");
+    RSCloseReport(report);
+}
