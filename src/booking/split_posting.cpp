@@ -28,7 +28,6 @@ const TeilbuchungEingabe &PartAt(const ThreadContext &context, const SplitEingab
 // as the caller wrote them, so "1200" and " 1200" differ.
 int32_t CheckSides(const ThreadContext &context, const SplitEingabe &eingabe, uint16_t &seite)
 {
-    seite = SplitseiteKeine;
     if (eingabe.Anzahl < 2) return 1;
     const TeilbuchungEingabe &first = eingabe.Teil[0];
     bool sollIsSame = true;
@@ -113,12 +112,14 @@ int32_t PostSplit(ThreadContext &context, const SplitEingabe &eingabe, Buchung &
     if (result != 1) return result;
     const bool isTooMany = eingabe.Anzahl > inlineParts && context.SplitViaEnde == 0;
     if (eingabe.Anzahl < 1 || isTooMany) return Report(context, 1432, partCountRefused, nullptr, noPart);
-    result = CheckSides(context, eingabe, bat.Splitseite);
+    uint16_t seite = SplitseiteKeine;
+    result = CheckSides(context, eingabe, seite);
     if (result != 1) return result;
     result = CheckZahlungsziel(context, eingabe.Zahlungsziel);
     if (result != 1) return result;
 
     bat.Stapel = eingabe.Stapel;
+    bat.Splitseite = seite;
     CopyText(bat.Buchungsdatum, date);
     CopyText(bat.ZweitesDatum, date);
     CopyText(bat.Beleg, eingabe.Beleg);

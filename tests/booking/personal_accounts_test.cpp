@@ -313,8 +313,8 @@ TEST_F(PersonalAccounts, PaymentDayValuesKeepTheirLowHalf)
     peko.Wert1 = 0x12345678;
     peko.Wert2 = -1;
     ASSERT_EQ(1, Do(neu, debitor, peko));
-    EXPECT_EQ(0x5678, Account(TableDebi, "20000").Wert1);
-    EXPECT_EQ(-1, Account(TableDebi, "20000").Wert2);
+    EXPECT_EQ(0x5678, +Account(TableDebi, "20000").Wert1);
+    EXPECT_EQ(-1, +Account(TableDebi, "20000").Wert2);
 }
 
 TEST_F(PersonalAccounts, TheMahnkennzifferDependsOnTheKind)

@@ -180,8 +180,8 @@ TEST_F(Effects, NoKostenschabloneLeavesTheAccountsAlone)
     SakoRecord soll = Aktiva(1);
     SakoRecord haben = Aktiva(2);
     EXPECT_EQ(1, AssignKostenschablone(BoundContext(), soll, S, haben, S, 0, noPart));
-    EXPECT_EQ(1, soll.Kostenschablone);
-    EXPECT_EQ(2, haben.Kostenschablone);
+    EXPECT_EQ(1, +soll.Kostenschablone);
+    EXPECT_EQ(2, +haben.Kostenschablone);
 }
 
 // ---- Cost lines ----
@@ -223,7 +223,7 @@ TEST_F(Effects, ALineHoldsWhatItsRowSays)
     for (const KostenSeite seite : {KostenSeite::Soll, KostenSeite::Haben}) {
         Teilbuchung part = PartOf("000000007,00");
         ASSERT_EQ(Expansion::Done, ExpandKostenschablone(BoundContext(), seite, 1, part));
-        ASSERT_EQ(1, part.Image.Kostenzeilen);
+        ASSERT_EQ(1, +part.Image.Kostenzeilen);
         KobuRecord expected{};
         SetText(expected.Kostenobjekt1, "    100");
         SetText(expected.Kostenobjekt2, "    200");
@@ -345,7 +345,7 @@ Buchung PostingOf(int parts, int lines)
             SetText(part.Kostenzeilen[line].Text, std::to_string(i) + "/" + std::to_string(line));
         }
         EXPECT_TRUE(StoreTeilbuchung(buchung, part, i, i == 0 ? 2 : 0));
-        EXPECT_EQ(nullptr, part.Kostenzeilen) << "the posting owns the lines now";
+        EXPECT_EQ(nullptr, +part.Kostenzeilen) << "the posting owns the lines now";
         ++buchung.Bat.Anzahl;
     }
     return buchung;
@@ -372,13 +372,13 @@ TEST_F(Effects, APostingIsWrittenWithItsPartsAndLines)
     Buchung buchung = PostingOf(3, 2);
     ASSERT_TRUE(WriteBuchung(BoundContext(), buchung, 0));
     const BatRecord bat = books.OnlyPosting();
-    EXPECT_EQ(1, bat.Buchungsnummer);
+    EXPECT_EQ(1, +bat.Buchungsnummer);
     EXPECT_EQ(HexOf(bat), HexOf(buchung.Bat)) << "the numbers come back to the caller";
     const std::vector<SplitRecord> parts = books.Parts();
     ASSERT_EQ(2u, parts.size());
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(bat.Buchungsnummer, parts[static_cast<size_t>(i)].Buchungsnummer);
-        EXPECT_EQ(i + 1, parts[static_cast<size_t>(i)].Splitnummer);
+        EXPECT_EQ(bat.Buchungsnummer, +parts[static_cast<size_t>(i)].Buchungsnummer);
+        EXPECT_EQ(i + 1, +parts[static_cast<size_t>(i)].Splitnummer);
         EXPECT_EQ("Teil " + std::to_string(i + 1), TextOf(parts[static_cast<size_t>(i)].Text));
     }
     Lines lines;
@@ -397,10 +397,10 @@ TEST_F(Effects, APostingMayBeWrittenUnderAGivenNumber)
 {
     Buchung buchung = PostingOf(1, 0);
     ASSERT_TRUE(WriteBuchung(BoundContext(), buchung, 77));
-    EXPECT_EQ(77, books.OnlyPosting().Buchungsnummer);
+    EXPECT_EQ(77, +books.OnlyPosting().Buchungsnummer);
     buchung.Bat.Buchungsnummer = 0;
     ASSERT_TRUE(WriteBuchung(BoundContext(), buchung, 0));
-    EXPECT_EQ(78, books.Postings().back().Buchungsnummer);
+    EXPECT_EQ(78, +books.Postings().back().Buchungsnummer);
     FreeBuchung(buchung);
 }
 
@@ -433,7 +433,7 @@ TEST_F(Effects, EveryRefusedInsertLeavesNothingAndNoTransaction)
     Buchung buchung = PostingOf(3, 2);
     EXPECT_TRUE(WriteBuchung(context, buchung, 0)) << "and the thread goes on";
     FreeBuchung(buchung);
-    EXPECT_EQ(1, books.OnlyPosting().Buchungsnummer);
+    EXPECT_EQ(1, +books.OnlyPosting().Buchungsnummer);
 }
 
 TEST_F(Effects, ARefusedBeginOrEndLeavesNothing)

@@ -191,7 +191,7 @@ TEST_F(PostingWithCosts, ChecksComeInTheirOrder)
         EXPECT_TRUE(books.IsEmpty()) << row.Repair;
         EXPECT_EQ(HexOf(before), HexOf(b)) << "the caller's structure stays as it is";
     }
-    EXPECT_EQ(17, books.OnlyPosting().Stapel);
+    EXPECT_EQ(17, +books.OnlyPosting().Stapel);
     EXPECT_EQ(1u, books.CostLines().size());
 }
 
@@ -242,7 +242,7 @@ TEST_F(SinglePosting, NumbersFollowOneAnother)
 {
     for (int32_t number = 1; number <= 3; ++number) {
         EXPECT_EQ(1, Post(PlainBooking()));
-        EXPECT_EQ(number, books.Postings().back().Buchungsnummer);
+        EXPECT_EQ(number, +books.Postings().back().Buchungsnummer);
     }
 }
 
@@ -620,8 +620,8 @@ TEST_F(PostingWithCosts, TheSollAccountsKostenschabloneSpreadsTheNetAmount)
     Give("3400", ZuordnungGuv, 1, 0, SteuerRegelsatz | SteuerVorsteuer);
     EXPECT_EQ(1, Post(Booking("3400", 1, "70000", 2, "116,02")));
     const BatRecord bat = books.OnlyPosting();
-    EXPECT_EQ(1, bat.Teil.Kostenschablone);
-    EXPECT_EQ(2, bat.Teil.Kostenzeilen);
+    EXPECT_EQ(1, +bat.Teil.Kostenschablone);
+    EXPECT_EQ(2, +bat.Teil.Kostenzeilen);
     EXPECT_EQ("000000100,02", TextOf(bat.Teil.Netto));
     const std::vector<KobuRecord> lines = books.CostLines();
     ASSERT_EQ(2u, lines.size());
@@ -656,7 +656,7 @@ TEST_F(PostingWithCosts, TheSollAccountsKostenschabloneComesFirst)
     Give("4000", ZuordnungGuv, 1, 0);
     Give("4100", ZuordnungGuv, 2, 0);
     EXPECT_EQ(1, Post(Booking("4000", 1, "4100", 1, "1")));
-    EXPECT_EQ(1, books.OnlyPosting().Teil.Kostenschablone);
+    EXPECT_EQ(1, +books.OnlyPosting().Teil.Kostenschablone);
     EXPECT_EQ(1u, books.CostLines().size());
 }
 
@@ -668,13 +668,13 @@ TEST_F(PostingWithCosts, TheCallersKostenschabloneReplacesTheAccountsOwn)
     BuchungEingabe booking = Booking("4000", 1, "4100", 1, "1");
     booking.Kostenschablone = 2;
     EXPECT_EQ(1, Post(booking));
-    EXPECT_EQ(2, books.OnlyPosting().Teil.Kostenschablone);
+    EXPECT_EQ(2, +books.OnlyPosting().Teil.Kostenschablone);
     const std::vector<KobuRecord> lines = books.CostLines();
     ASSERT_EQ(2u, lines.size());
     EXPECT_EQ(0x20, lines[0].Flag) << "it went to the account that has one";
     for (const SakoRecord &record : books.Read<SakoRecord>(1, TableSako)) {
         const int32_t own = TextOf(record.Konto) == "   4100" ? 1 : 0;
-        EXPECT_EQ(own, record.Kostenschablone) << "the accounts' records stay";
+        EXPECT_EQ(own, +record.Kostenschablone) << "the accounts' records stay";
     }
 }
 
@@ -682,7 +682,7 @@ TEST_F(PostingWithCosts, AMarkWithoutANumberSatisfiesTheDuty)
 {
     Give("4000", ZuordnungGuv, 0, 1);
     EXPECT_EQ(1, Post(PlainBooking()));
-    EXPECT_EQ(0, books.OnlyPosting().Teil.Kostenzeilen);
+    EXPECT_EQ(0, +books.OnlyPosting().Teil.Kostenzeilen);
     EXPECT_EQ(HexOf(PlainPosting(1)), HexOf(books.OnlyPosting()));
 }
 
@@ -710,9 +710,9 @@ TEST_F(PostingWithCosts, AKostenschabloneThatCannotBeSpreadCountsOnlyWhereCostsA
     MakeCostsOptional();
     VARK_SchliesseDB();
     EXPECT_EQ(1, Post(Booking("4000", 1, "1200", 1, "1")));
-    EXPECT_EQ(2, books.Postings().back().Teil.Kostenschablone);
+    EXPECT_EQ(2, +books.Postings().back().Teil.Kostenschablone);
     EXPECT_EQ(1, Post(Booking("4100", 1, "1200", 1, "1")));
-    EXPECT_EQ(0, books.Postings().back().Teil.Kostenschablone);
+    EXPECT_EQ(0, +books.Postings().back().Teil.Kostenschablone);
     EXPECT_EQ(0u, books.CostLines().size());
     EXPECT_EQ(Lines{}, books.TakeBoxes());
 }
@@ -733,7 +733,7 @@ TEST_F(SinglePosting, WithoutCostAccountingAKostenschabloneIsOnlyChecked)
     BuchungEingabe booking = Booking("1000", 1, "1200", 1, "1");
     booking.Kostenschablone = 1;
     EXPECT_EQ(1, Post(booking));
-    EXPECT_EQ(0, books.OnlyPosting().Teil.Kostenschablone);
+    EXPECT_EQ(0, +books.OnlyPosting().Teil.Kostenschablone);
     EXPECT_EQ(0u, books.CostLines().size());
     booking.Kostenschablone = 2;
     EXPECT_EQ(-43, Post(booking));
@@ -756,7 +756,7 @@ TEST_F(SinglePosting, DirektExTakesKostenschabloneAndZahlungsziel)
                                                  "", 8, 6));
     EXPECT_EQ(1, VARK_BuchungEinfuegenDirektEx(1, 1, 16, "150598", "", "", "4000", 1, "1200", 1, "1", "", "",
                                                0, 6));
-    EXPECT_EQ(6, books.OnlyPosting().Zahlungsziel);
+    EXPECT_EQ(6, +books.OnlyPosting().Zahlungsziel);
 }
 
 TEST_F(SinglePosting, DirektTakesDatesInAllForms)

@@ -178,7 +178,7 @@ TEST_F(SplitWithCosts, ChecksComeInTheirOrder)
         EXPECT_TRUE(books.IsEmpty()) << row.Repair;
         EXPECT_EQ(HexOf(before), HexOf(s)) << "the caller's structure stays as it is";
     }
-    EXPECT_EQ(2, books.OnlyPosting().Anzahl);
+    EXPECT_EQ(2, +books.OnlyPosting().Anzahl);
     EXPECT_EQ(1u, books.Parts().size());
     EXPECT_EQ(2u, books.CostLines().size());
 }
@@ -233,15 +233,15 @@ TEST_F(SplitPosting, EveryTeilbuchungHasItsOwnTax)
     SetText(split.Teil[2].Steuersatz, "15");
     ASSERT_EQ(1, Post(split));
     const BatRecord bat = books.OnlyPosting();
-    EXPECT_EQ(2, bat.Teil.Steuerschluessel);
+    EXPECT_EQ(2, +bat.Teil.Steuerschluessel);
     EXPECT_EQ("   1776", TextOf(bat.Teil.Steuerkonto));
     EXPECT_EQ("000000100,00", TextOf(bat.Teil.Netto));
     const std::vector<SplitRecord> parts = books.Parts();
-    EXPECT_EQ(4, parts[0].Steuerschluessel);
+    EXPECT_EQ(4, +parts[0].Steuerschluessel);
     EXPECT_EQ("07,00", TextOf(parts[0].Steuersatz));
     EXPECT_EQ("000000100,00", TextOf(parts[0].Netto));
-    EXPECT_EQ(0x42, parts[1].Steuerschluessel);
-    EXPECT_EQ(1, parts[1].Steuerfolge);
+    EXPECT_EQ(0x42, +parts[1].Steuerschluessel);
+    EXPECT_EQ(1, +parts[1].Steuerfolge);
     EXPECT_EQ("   1775", TextOf(parts[1].Steuerkonto));
     EXPECT_EQ("000000100,00", TextOf(parts[1].Netto));
 }
@@ -249,16 +249,16 @@ TEST_F(SplitPosting, EveryTeilbuchungHasItsOwnTax)
 TEST_F(SplitPosting, TheSideThatAllShareIsMarked)
 {
     ASSERT_EQ(1, Post(SplitOf({Part("4000", 1, "1200", 1), Part("4100", 1, "1200", 1)})));
-    EXPECT_EQ(SplitseiteHaben, books.Postings().back().Splitseite);
+    EXPECT_EQ(SplitseiteHaben, +books.Postings().back().Splitseite);
     ASSERT_EQ(1, Post(SplitOf({Part("1200", 1, "4000", 1), Part("1200", 1, "4100", 1)})));
-    EXPECT_EQ(SplitseiteSoll, books.Postings().back().Splitseite);
+    EXPECT_EQ(SplitseiteSoll, +books.Postings().back().Splitseite);
 }
 
 TEST_F(SplitPosting, OneTeilbuchungAloneHasNoSide)
 {
     ASSERT_EQ(1, Post(SplitOf({Part("4000", 1, "1200", 1)})));
-    EXPECT_EQ(SplitseiteKeine, books.OnlyPosting().Splitseite);
-    EXPECT_EQ(1, books.OnlyPosting().Anzahl);
+    EXPECT_EQ(SplitseiteKeine, +books.OnlyPosting().Splitseite);
+    EXPECT_EQ(1, +books.OnlyPosting().Anzahl);
     EXPECT_TRUE(books.Parts().empty());
 }
 
@@ -292,7 +292,7 @@ TEST_F(SplitPosting, UpToTenTeilbuchungenComeInAStructure)
     }
     SplitEingabe split = SplitOf(parts);
     ASSERT_EQ(1, Post(split));
-    EXPECT_EQ(10, books.OnlyPosting().Anzahl);
+    EXPECT_EQ(10, +books.OnlyPosting().Anzahl);
     EXPECT_EQ(9u, books.Parts().size());
     for (const int32_t count : {11, 0, -1, INT32_MAX, INT32_MIN}) {
         split.Anzahl = count;
@@ -307,10 +307,10 @@ TEST_F(SplitPosting, TheZahlungszielIsTheFirstThatIsFoundUnlessTheCallerNamesOne
     SplitEingabe split =
         SplitOf({Part("1200", 1, "10000", 4), Part("1200", 1, "70001", 2), Part("1200", 1, "10002", 4)});
     ASSERT_EQ(1, Post(split));
-    EXPECT_EQ(7, books.Postings().back().Zahlungsziel);
+    EXPECT_EQ(7, +books.Postings().back().Zahlungsziel);
     split.Zahlungsziel = 6;
     ASSERT_EQ(1, Post(split));
-    EXPECT_EQ(6, books.Postings().back().Zahlungsziel);
+    EXPECT_EQ(6, +books.Postings().back().Zahlungsziel);
 }
 
 TEST_F(SplitPosting, ACurrencyOfItsOwnIsNotLookedAt)
@@ -359,15 +359,15 @@ TEST_F(SplitWithCosts, LinesOfFurtherTeilbuchungenCarryTheSplitNumber)
     const std::vector<KobuRecord> lines = books.CostLines();
     ASSERT_EQ(4u, lines.size());
     for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(i < 2 ? 1 : 0, lines[i].Buchungsnummer);
-        EXPECT_EQ(i < 2 ? 0 : 1, lines[i].Splitnummer);
+        EXPECT_EQ(i < 2 ? 1 : 0, +lines[i].Buchungsnummer);
+        EXPECT_EQ(i < 2 ? 0 : 1, +lines[i].Splitnummer);
         EXPECT_EQ(i < 2 ? "000000001,00" : "000000002,00", TextOf(lines[i].Betrag));
         EXPECT_EQ("180515", TextOf(lines[i].Datum));
         EXPECT_EQ(i % 2, lines[i].Flag);
     }
-    EXPECT_EQ(2, books.OnlyPosting().Teil.Kostenzeilen);
-    EXPECT_EQ(2, books.Parts()[0].Kostenzeilen);
-    EXPECT_EQ(1, books.Parts()[0].Kostenschablone);
+    EXPECT_EQ(2, +books.OnlyPosting().Teil.Kostenzeilen);
+    EXPECT_EQ(2, +books.Parts()[0].Kostenzeilen);
+    EXPECT_EQ(1, +books.Parts()[0].Kostenschablone);
 }
 
 TEST_F(SplitWithCosts, EverythingHangsOnASachkontoOnSoll)
@@ -389,7 +389,7 @@ TEST_F(SplitWithCosts, TheSollAccountsKostenschabloneComesFirst)
     Give("4000", ZuordnungGuv, 1);
     Give("4100", ZuordnungGuv, 2);
     ASSERT_EQ(1, Post(SplitOf({Part("4000", 1, "4100", 1)})));
-    EXPECT_EQ(1, books.OnlyPosting().Teil.Kostenschablone);
+    EXPECT_EQ(1, +books.OnlyPosting().Teil.Kostenschablone);
     ASSERT_EQ(1u, books.CostLines().size());
     EXPECT_EQ(0, books.CostLines()[0].Flag);
 }
@@ -445,10 +445,10 @@ TEST_F(SplitPosting, StartWithoutExHasNoZahlungsziel)
     ASSERT_EQ(1, VARK_SplitEinfuegenEx("1200", 1, "4000", 1, "1", "", "", std::string(50, 't').c_str(), 0));
     ASSERT_EQ(1, VARK_SplitEnde(1, 1));
     const BatRecord bat = books.OnlyPosting();
-    EXPECT_EQ(17, bat.Stapel);
+    EXPECT_EQ(17, +bat.Stapel);
     EXPECT_EQ("12345678", TextOf(bat.Beleg));
     EXPECT_EQ(0x91, bat.Kennzeichen);
-    EXPECT_EQ(0, bat.Zahlungsziel);
+    EXPECT_EQ(0, +bat.Zahlungsziel);
     EXPECT_EQ(std::string(35, 't'), TextOf(bat.Teil.Text));
 }
 
@@ -461,14 +461,14 @@ TEST_F(SplitPosting, PieceByPieceThereIsNoUpperLimit)
         }
         ASSERT_EQ(1, VARK_SplitEnde(1, 1)) << count;
         const BatRecord bat = books.OnlyPosting();
-        EXPECT_EQ(count, bat.Anzahl);
+        EXPECT_EQ(count, +bat.Anzahl);
         const std::vector<SplitRecord> parts = books.Parts();
         ASSERT_EQ(static_cast<size_t>(count - 1), parts.size());
         for (size_t i = 0; i < parts.size(); ++i) {
             char amount[16];
             std::snprintf(amount, sizeof amount, "%09d,00", static_cast<int>(i + 1));
             EXPECT_EQ(amount, TextOf(parts[i].Brutto));
-            EXPECT_EQ(bat.Buchungsnummer, parts[i].Buchungsnummer);
+            EXPECT_EQ(bat.Buchungsnummer, +parts[i].Buchungsnummer);
         }
         VARK_SchliesseDB();
         books.EmptyTable(1, TableBat);
@@ -517,7 +517,7 @@ TEST_F(SplitPosting, AStartDropsTheSplitBefore)
     ASSERT_EQ(1, Add("4000", "1200", "7"));
     ASSERT_EQ(1, VARK_SplitEnde(1, 1));
     EXPECT_EQ("000000007,00", TextOf(books.OnlyPosting().Teil.Brutto));
-    EXPECT_EQ(1, books.OnlyPosting().Anzahl);
+    EXPECT_EQ(1, +books.OnlyPosting().Anzahl);
 }
 
 TEST_F(SplitPosting, AfterARefusalAndAfterAPostTheSplitIsOver)
@@ -543,7 +543,7 @@ TEST_F(SplitPosting, ADirectPostingInBetweenIsLimitedToTenAndLeavesTheSplitAlone
     EXPECT_EQ(-25, Post(split));
     ASSERT_EQ(1, Add("4100", "1200", "6"));
     ASSERT_EQ(1, VARK_SplitEnde(1, 1));
-    EXPECT_EQ(2, books.Postings().back().Anzahl);
+    EXPECT_EQ(2, +books.Postings().back().Anzahl);
     EXPECT_EQ("000000005,00", TextOf(books.Postings().back().Teil.Brutto));
 }
 
@@ -579,8 +579,8 @@ TEST_F(SplitPosting, TwoThreadsBuildTwoSplitsAtOnce)
     }).join();
     ASSERT_EQ(1, VARK_SplitEnde(1, 1));
     ASSERT_EQ(2u, books.Postings().size());
-    EXPECT_EQ(2, books.Postings()[0].Anzahl);
-    EXPECT_EQ(1, books.Postings()[1].Anzahl);
+    EXPECT_EQ(2, +books.Postings()[0].Anzahl);
+    EXPECT_EQ(1, +books.Postings()[1].Anzahl);
 }
 
 TEST_F(SplitPosting, WithoutMemoryTheTeilbuchungenBeforeStay)
@@ -593,7 +593,7 @@ TEST_F(SplitPosting, WithoutMemoryTheTeilbuchungenBeforeStay)
     EXPECT_EQ(-2, Add("4000", "1200"));
     StopAllocationFaults();
     ASSERT_EQ(1, VARK_SplitEnde(1, 1));
-    EXPECT_EQ(10, books.OnlyPosting().Anzahl);
+    EXPECT_EQ(10, +books.OnlyPosting().Anzahl);
 }
 
 TEST_F(SplitPosting, TheMostPartsAreWhatTheRecordCanCount)

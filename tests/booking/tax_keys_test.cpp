@@ -166,8 +166,8 @@ TEST_F(RateCase, CodeAndSequenceAreSetAlsoWhenThereIsNoRate)
     image.Steuerfolge = 9;
     SetText(image.Steuersatz, "11,00");
     EXPECT_FALSE(RateAt(BoundContext(), 0x22, date, image));
-    EXPECT_EQ(2, image.Steuerschluessel);
-    EXPECT_EQ(0, image.Steuerfolge);
+    EXPECT_EQ(2, +image.Steuerschluessel);
+    EXPECT_EQ(0, +image.Steuerfolge);
     EXPECT_EQ("11,00", TextOf(image.Steuersatz));
 }
 
