@@ -73,23 +73,35 @@ void AnswerDialog(Window *dialog)
     }
 }
 
+// What is to be answered next: the topmost window, else the innermost modal dialog, hidden though it may be,
+// since its thread waits for nothing but its end. Null when there is nothing left to answer.
+Window *NextUnanswered(Thread *thread)
+{
+    Window *top = Topmost(thread);
+    if (top != nullptr && top->Answer != Unseen::Forced) return top;
+    for (const ModalLoop *loop = thread->Modal; loop != nullptr; loop = loop->Outer) {
+        Window *dialog = Find(loop->Dialog);
+        if (dialog != nullptr && !loop->Ended) return dialog;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 bool AnswerUnseen(Thread *thread)
 {
-    Window *top = Topmost(thread);
-    if (top == nullptr || top->Answer == Unseen::Forced) return false;
-    if (top->Kind == Kind::Dialog && top->Dialog->IsBox && top->Answer == Unseen::Untouched) {
-        AnswerBox(top);
-        return true;
+    Window *next = NextUnanswered(thread);
+    if (next == nullptr) return false;
+    if (next->Kind == Kind::Dialog && next->Dialog->IsBox && next->Answer == Unseen::Untouched) {
+        AnswerBox(next);
+    } else if (next->Kind == Kind::Dialog) {
+        AnswerDialog(next);
+    } else {
+        // A window that is no dialog is asked to close once; where it stays, its thread waits for other
+        // threads.
+        next->Answer = Unseen::Forced;
+        PostInput(next->Handle, MakeInput(InputKind::Close));
     }
-    if (top->Kind == Kind::Dialog) {
-        AnswerDialog(top);
-        return true;
-    }
-    // A window that is no dialog is asked to close once; where it stays, its thread waits for other threads.
-    top->Answer = Unseen::Forced;
-    PostInput(top->Handle, MakeInput(InputKind::Close));
     return true;
 }
 

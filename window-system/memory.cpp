@@ -38,4 +38,6 @@ char *CopyText(const char *text, size_t length)
 
 void FailAllocationAfter(long count) { allocationsToFailure = count; }
 
+long AllocationsToFailure() { return allocationsToFailure; }
+
 } // namespace varkui

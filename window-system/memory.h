@@ -20,4 +20,7 @@ char *CopyText(const char *text, size_t length);
 // Has the allocation after `count` further ones fail, once; negative for none.
 void FailAllocationAfter(long count);
 
+// How many further ones succeed before; negative when it has failed already.
+long AllocationsToFailure();
+
 } // namespace varkui

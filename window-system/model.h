@@ -37,7 +37,8 @@ struct Window;
 enum class Kind : unsigned char { Plain, Dialog, Button, Edit, Static, ListBox, ComboBox, TabControl };
 
 struct WindowClass {
-    char *Name;
+    const char *Name;
+    char *OwnName; // the memory of a name that was told; null for the system's
     WNDPROC Procedure;
     int ExtraBytes;
     enum Kind Kind;

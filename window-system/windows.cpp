@@ -31,6 +31,7 @@ Place table[tableSize]; // place 0 stays empty
 unsigned usedPlaces = 1;
 unsigned firstFree;
 unsigned lastFree;
+unsigned freePlaces;
 
 HWND HandleOf(unsigned place)
 {
@@ -38,16 +39,20 @@ HWND HandleOf(unsigned place)
     return AsPointer<HWND>(value);
 }
 
-// Freed places are taken again in the order in which they were freed, so that a dead handle stays dead long.
+// Freed places are taken again in the order in which they were freed, and only once there are many: so a dead
+// handle stays dead long, and the table short.
+constexpr unsigned manyFree = 512;
+
 unsigned TakePlace()
 {
     unsigned place = 0;
-    if (usedPlaces < tableSize) {
-        place = usedPlaces++;
-    } else if (firstFree != 0) {
+    if (firstFree != 0 && (freePlaces > manyFree || usedPlaces == tableSize)) {
         place = firstFree;
         firstFree = table[place].NextFree;
         if (firstFree == 0) lastFree = 0;
+        --freePlaces;
+    } else if (usedPlaces < tableSize) {
+        place = usedPlaces++;
     } else {
         return 0;
     }
@@ -59,6 +64,8 @@ unsigned TakePlace()
 void FreePlace(unsigned place)
 {
     table[place].Occupant = nullptr;
+    table[place].NextFree = 0;
+    ++freePlaces;
     if (lastFree != 0) {
         table[lastFree].NextFree = place;
     } else {
@@ -90,19 +97,22 @@ const SystemClass systemClasses[] = {
 
 ATOM nextAtom = 0xC000;
 
-WindowClass *AddClass(const char *name, WNDPROC procedure, int extraBytes, enum Kind kind)
+// A class of the host's; null when there is no memory.
+WindowClass *AddClass(const WNDCLASSA &told)
 {
     auto *made = static_cast<WindowClass *>(Allocate(sizeof(WindowClass)));
-    if (made == nullptr) return nullptr;
-    made->Name = CopyText(name, strlen(name));
-    if (made->Name == nullptr || nextAtom == 0xFFFF) {
-        Release(made->Name);
+    char *name = made != nullptr ? CopyText(told.lpszClassName, strlen(told.lpszClassName)) : nullptr;
+    if (name == nullptr || nextAtom == 0xFFFF) {
+        Release(name);
         Release(made);
         return nullptr;
     }
-    made->Procedure = procedure;
-    made->ExtraBytes = extraBytes;
-    made->Kind = kind;
+    made->Name = name;
+    made->OwnName = name;
+    made->Procedure = told.lpfnWndProc;
+    made->ExtraBytes = told.cbWndExtra;
+    made->Kind = Kind::Plain;
+    made->Told = told;
     made->Atom = nextAtom++;
     made->Next = model.Classes;
     model.Classes = made;
@@ -111,12 +121,20 @@ WindowClass *AddClass(const char *name, WNDPROC procedure, int extraBytes, enum 
 
 void AddSystemClasses()
 {
+    // These need no memory, so that windows can always be tried.
+    static WindowClass storage[sizeof systemClasses / sizeof systemClasses[0]];
+    WindowClass *made = storage;
     for (const SystemClass &each : systemClasses) {
-        WindowClass *made = AddClass(each.Name, each.Procedure, each.ExtraBytes, each.Kind);
-        if (made == nullptr) continue; // windows of that class cannot be made then
+        made->Name = each.Name;
+        made->Procedure = each.Procedure;
+        made->ExtraBytes = each.ExtraBytes;
+        made->Kind = each.Kind;
         made->OfSystem = true;
         made->Told.lpfnWndProc = each.Procedure;
         made->Told.cbWndExtra = each.ExtraBytes;
+        made->Atom = nextAtom++;
+        made->Next = model.Classes;
+        model.Classes = made++;
     }
 }
 
@@ -705,11 +723,8 @@ ATOM RegisterClassA(const WNDCLASSA *windowClass)
     if (strlen(windowClass->lpszClassName) > longestClassName) return 0;
     const Locked locked(mutates);
     if (FindClass(windowClass->lpszClassName) != nullptr) return 0;
-    WindowClass *made =
-        AddClass(windowClass->lpszClassName, windowClass->lpfnWndProc, windowClass->cbWndExtra, Kind::Plain);
-    if (made == nullptr) return 0;
-    made->Told = *windowClass;
-    return made->Atom;
+    const WindowClass *made = AddClass(*windowClass);
+    return made != nullptr ? made->Atom : static_cast<ATOM>(0);
 }
 
 BOOL UnregisterClassA(LPCSTR name, HINSTANCE /*instance*/)
@@ -722,7 +737,7 @@ BOOL UnregisterClassA(LPCSTR name, HINSTANCE /*instance*/)
         link = &(*link)->Next;
     }
     *link = gone->Next;
-    Release(gone->Name);
+    Release(gone->OwnName);
     Release(gone);
     return TRUE;
 }
