@@ -30,12 +30,10 @@ int32_t VARK_CALL VARK_HoleKonto(VarkWindow, int32_t, int32_t, const char *, con
 }
 int32_t VARK_CALL VARK_HoleZahlungsziel(VarkWindow, int32_t) { return AfterFrame(); }
 int32_t VARK_CALL VARK_HoleKostenschablone(VarkWindow, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_InitReports(uint32_t, uint32_t, const char *, VarkWindow) { return 0; }
 int32_t VARK_CALL VARK_IsMessage(VarkMessage *) { return 0; }
 VarkWindow VARK_CALL VARK_Kontenplan(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Bilanz(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Kontenblatt(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }
-VarkWindow VARK_CALL VARK_SummenSaldenListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_HauptAbschluss(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_GUV(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Buchungsjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }

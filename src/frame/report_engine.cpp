@@ -6,21 +6,35 @@ namespace vark {
 
 ReportEngineBinding reportEngine;
 
-const char *const reportEngineEntryNames[11] = {
-    "RSOpenReport",        "RSCopyReport",         "RSCloseReport",    "RSAddData",
-    "RSOpenVirtualReport", "RSCloseVirtualReport", "RSAddVirtualData", "RSGetVirtualPages",
-    "RSOpenView",          "RSCopyView",           "RSPrintView"};
+namespace {
+
+template <typename Entry> bool Bind(Entry &entry, const char *name)
+{
+    entry = reinterpret_cast<Entry>(FindEntry(reportEngine.ReportEngineLibrary, name));
+    return entry != nullptr;
+}
+
+bool BindEntries()
+{
+    ReportEngineBinding &engine = reportEngine;
+    return Bind(engine.OpenReport, "RSOpenReport") && Bind(engine.CopyReport, "RSCopyReport") &&
+           Bind(engine.CloseReport, "RSCloseReport") && Bind(engine.AddData, "RSAddData") &&
+           Bind(engine.OpenVirtualReport, "RSOpenVirtualReport") &&
+           Bind(engine.CloseVirtualReport, "RSCloseVirtualReport") &&
+           Bind(engine.AddVirtualData, "RSAddVirtualData") &&
+           Bind(engine.GetVirtualPages, "RSGetVirtualPages") && Bind(engine.OpenView, "RSOpenView") &&
+           Bind(engine.CopyView, "RSCopyView") && Bind(engine.PrintView, "RSPrintView");
+}
+
+} // namespace
 
 void BindReportEngine()
 {
     reportEngine.ReportEngineLibrary = LoadReportEngine();
     if (reportEngine.ReportEngineLibrary == nullptr) return;
-    for (int i = 0; i < 11; ++i) {
-        reportEngine.Entries[i] = FindEntry(reportEngine.ReportEngineLibrary, reportEngineEntryNames[i]);
-        if (reportEngine.Entries[i] == nullptr) {
-            ReleasePart(reportEngine.ReportEngineLibrary);
-            return;
-        }
+    if (!BindEntries()) {
+        ReleasePart(reportEngine.ReportEngineLibrary);
+        return;
     }
     reportEngine.ReportEngineBound = 1;
 }

@@ -1,20 +1,30 @@
 // The report engine's eleven entries, bound by name when the library attaches. Without them everything but
-// reports works.
+// reports works, and every report is a template that cannot be opened.
 #pragma once
+
+#include "report-engine/rs.h"
 
 #include <cstdint>
 
 namespace vark {
 
-// What is passed through as a word or a pointer: handles of reports are 16-bit, of windows pointers.
 struct ReportEngineBinding {
     void *ReportEngineLibrary; // null when it did not load
     int32_t ReportEngineBound; // 1 once all eleven entries were found
-    void *Entries[11];         // in the order of reportEngineEntryNames
+    decltype(&::RSOpenReport) OpenReport;
+    decltype(&::RSCopyReport) CopyReport;
+    decltype(&::RSCloseReport) CloseReport;
+    decltype(&::RSAddData) AddData;
+    decltype(&::RSOpenVirtualReport) OpenVirtualReport;
+    decltype(&::RSCloseVirtualReport) CloseVirtualReport;
+    decltype(&::RSAddVirtualData) AddVirtualData;
+    decltype(&::RSGetVirtualPages) GetVirtualPages;
+    decltype(&::RSOpenView) OpenView;
+    decltype(&::RSCopyView) CopyView;
+    decltype(&::RSPrintView) PrintView;
 };
 
 extern ReportEngineBinding reportEngine;
-extern const char *const reportEngineEntryNames[11];
 
 // Loads the engine and binds its entries; the first one missing leaves it unbound.
 void BindReportEngine();

@@ -1,0 +1,274 @@
+#include "src/reports/frame/account_range.h"
+
+#include "src/frame/record_store.h"
+#include "src/model/account_records.h"
+#include "src/model/company_records.h"
+#include "src/values/amounts.h"
+#include "text/fixed_text.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace vark {
+
+using text::CopyText;
+
+namespace {
+
+constexpr UINT messageRange = WM_USER + 5; // a notification of a control of the group, after its own handling
+
+struct KindOfAccount {
+    int16_t Kontoart;
+    int Button;
+    TableId Table;
+};
+
+// In the order in which an account of unknown kind is looked for.
+constexpr KindOfAccount kinds[] = {
+    {KontoartSachkonto, controlSachkonten, TableSako},
+    {KontoartKreditor, controlKreditoren, TableKred},
+    {KontoartDebitor, controlDebitoren, TableDebi},
+    {KontoartKostenstelle, controlKostenstellen, TableKore},
+};
+
+// Number and Kürzel stand at the head of the records of all four tables.
+struct RecordHead {
+    AccountNumber Konto;
+    char Kuerzel[10];
+};
+
+union AnyAccount {
+    RecordHead Head;
+    SakoRecord Sako;
+    PersonalRecord Personal;
+    KoreRecord Kore;
+};
+
+bool HasControl(HWND dialog, int control) { return GetDlgItem(dialog, control) != nullptr; }
+
+bool IsChecked(HWND dialog, int button) { return IsDlgButtonChecked(dialog, button) == BST_CHECKED; }
+
+void SetCheck(HWND dialog, int button, bool isChecked)
+{
+    SendDlgItemMessageA(dialog, button, BM_SETCHECK, isChecked ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+void ShowKind(HWND dialog, int16_t kontoart)
+{
+    for (const KindOfAccount &kind : kinds) {
+        SetCheck(dialog, kind.Button, kind.Kontoart == kontoart);
+    }
+}
+
+void ShowAccountRange(HWND dialog, AccountRangeState &state)
+{
+    ShowKind(dialog, state.Selection.KontoArt);
+    const AccountLimits &limits = LimitsOf(state.Selection, state.Selection.KontoArt);
+    SetDlgItemTextA(dialog, controlKontoVon, limits.Von);
+    SetDlgItemTextA(dialog, controlKontoBis, limits.Bis);
+}
+
+void ShowEinzeln(HWND dialog, const AccountRangeState &state)
+{
+    if (!HasControl(dialog, controlEinzeln)) return;
+    const bool isSingle = state.EinzelnState != 0;
+    SetCheck(dialog, controlEinzeln, isSingle);
+    for (const KindOfAccount &kind : kinds) {
+        if (HWND button = GetDlgItem(dialog, kind.Button); button != nullptr)
+            EnableWindow(button, isSingle ? FALSE : TRUE);
+    }
+    for (const int control : {controlKontoBis, controlBisLabel}) {
+        if (HWND window = GetDlgItem(dialog, control); window != nullptr)
+            ShowWindow(window, isSingle ? SW_HIDE : SW_SHOW);
+    }
+    SetDlgItemTextA(dialog, controlVonLabel, isSingle ? "Ko&nto:" : "vo&n:");
+    HWND focus = GetFocus();
+    if (focus != nullptr && IsChild(dialog, focus) && !IsWindowEnabled(focus)) {
+        SendMessageA(dialog, WM_NEXTDLGCTL, 0, FALSE);
+    }
+}
+
+bool IsAllDigits(const char *text)
+{
+    while (*text >= '0' && *text <= '9') {
+        ++text;
+    }
+    return *text == 0;
+}
+
+// Writes a record's number without blanks to `out` and into the edit.
+void TakeNumber(HWND dialog, int control, const AnyAccount &record, AccountNumber &out)
+{
+    CopyText(out, record.Head.Konto);
+    TrimLeft(out, sizeof out);
+    SetDlgItemTextA(dialog, control, out);
+}
+
+bool FindByKuerzel(ThreadContext &context, TableId table, const char *begin, AnyAccount &record)
+{
+    const bool wasOpen = context.OpenCounts[table] != 0;
+    bool found = false;
+    const KeyBuffer key = KeyOfText(begin, sizeof record.Head.Kuerzel);
+    const bool read = GetGreaterEqualF(context, &record, key, found, KeyCode(table, 1));
+    if (!wasOpen) CloseTable(context, table);
+    return read && found && std::strncmp(record.Head.Kuerzel, begin, std::strlen(begin)) == 0;
+}
+
+bool FindByNumber(ThreadContext &context, TableId table, const AccountNumber &number, AnyAccount &record)
+{
+    bool found = false;
+    return GetEqual(context, &record, KeyOfText(number, sizeof number), found, table) && found;
+}
+
+// Turns what stands in an edit into a number. `kontoart` 0 looks through all kinds. Returns the kind, 0 for
+// none.
+int16_t ResolveAccountText(HWND dialog, ThreadContext &context, int control, int16_t kontoart,
+                           AccountNumber &out)
+{
+    char typed[9] = {};
+    GetDlgItemTextA(dialog, control, typed, sizeof typed - 1);
+    TrimLeft(typed, sizeof typed);
+    AnyAccount record{};
+    if (!IsAllDigits(typed)) {
+        for (const KindOfAccount &kind : kinds) {
+            if (kontoart != 0 && kind.Kontoart != kontoart) continue;
+            if (!FindByKuerzel(context, kind.Table, typed, record)) continue;
+            TakeNumber(dialog, control, record, out);
+            return kind.Kontoart;
+        }
+    }
+    CopyText(out, typed);
+    if (kontoart != 0) return kontoart;
+    AccountNumber number;
+    CopyText(number, typed);
+    RightJustify(number, accountDigits);
+    for (const KindOfAccount &kind : kinds) {
+        if (!FindByNumber(context, kind.Table, number, record)) continue;
+        TakeNumber(dialog, control, record, out);
+        return kind.Kontoart;
+    }
+    return 0;
+}
+
+const KindOfAccount *KindOf(int16_t kontoart)
+{
+    for (const KindOfAccount &kind : kinds) {
+        if (kind.Kontoart == kontoart) return &kind;
+    }
+    return nullptr;
+}
+
+void AcceptSingle(HWND dialog, AccountRangeState &state, AccountRangeSelection &selection)
+{
+    selection.Einzeln = 1;
+    AccountNumber number{};
+    int16_t kontoart = ResolveAccountText(dialog, *state.Context, controlKontoVon, 0, number);
+    const KindOfAccount *const kind = KindOf(kontoart);
+    if (kind == nullptr || !HasControl(dialog, kind->Button)) {
+        state.NotFound = 1;
+        kontoart = KontoartSachkonto;
+    } else {
+        CopyText(LimitsOf(selection, kontoart).Von, number);
+    }
+    selection.KontoArt = kontoart;
+    ShowKind(dialog, kontoart);
+}
+
+void AttachEditList(HWND dialog)
+{
+    auto *list = static_cast<AccountEditList *>(std::calloc(1, sizeof(AccountEditList)));
+    if (list == nullptr) return;
+    list->Active = 1;
+    for (const int control : {controlKontoVon, controlKontoBis}) {
+        if (HWND edit = GetDlgItem(dialog, control); edit != nullptr) list->Edits[list->Count++] = edit;
+    }
+    if (!SetPropA(dialog, accountEditProperty, list)) std::free(list);
+}
+
+// A notification of the group's own controls.
+void HandleNotification(AccountRangeState &state, HWND dialog, int control, int notification)
+{
+    if (control == controlEinzeln && notification == BN_CLICKED) {
+        state.EinzelnState = IsChecked(dialog, controlEinzeln) ? 1 : 0;
+        if (state.EinzelnState != 0) {
+            SendMessageA(dialog, messageRange, MAKEWPARAM(controlKontoVon, EN_KILLFOCUS), 0);
+        }
+        ShowEinzeln(dialog, state);
+        return;
+    }
+    if ((control == controlKontoVon || control == controlKontoBis) && notification == EN_KILLFOCUS) {
+        AcceptAccountRange(dialog, state, state.Selection);
+        return;
+    }
+    if (notification != BN_CLICKED) return;
+    for (const KindOfAccount &kind : kinds) {
+        if (kind.Button != control) continue;
+        // The old kind's button is still checked, so what was typed is kept under the old kind.
+        AcceptAccountRange(dialog, state, state.Selection);
+        state.Selection.KontoArt = kind.Kontoart;
+        ShowAccountRange(dialog, state);
+    }
+}
+
+} // namespace
+
+void InitAccountRange(HWND dialog, bool hasSingle, AccountRangeSelection &selection, ThreadContext &context,
+                      AccountRangeState &state)
+{
+    selection.HasSingle = hasSingle ? 1 : 0;
+    state = {};
+    state.Context = &context;
+    state.Selection = selection;
+    int16_t &kontoart = state.Selection.KontoArt;
+    if (KindOf(kontoart) == nullptr) kontoart = KontoartSachkonto;
+    // One pass in this order: each kind without a button gives way to the next.
+    if (kontoart == KontoartKostenstelle && !HasControl(dialog, controlKostenstellen))
+        kontoart = KontoartSachkonto;
+    if (kontoart == KontoartSachkonto && !HasControl(dialog, controlSachkonten)) kontoart = KontoartKreditor;
+    if (kontoart == KontoartKreditor && !HasControl(dialog, controlKreditoren)) kontoart = KontoartDebitor;
+    if (kontoart == KontoartDebitor && !HasControl(dialog, controlDebitoren)) kontoart = KontoartKostenstelle;
+    ShowAccountRange(dialog, state);
+    state.EinzelnState = state.Selection.Einzeln;
+    ShowEinzeln(dialog, state);
+    AttachEditList(dialog);
+}
+
+bool AccountRangeMessage(AccountRangeState &state, HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    const int control = LOWORD(wParam);
+    if (message == WM_DESTROY) {
+        std::free(RemovePropA(dialog, accountEditProperty));
+        return false;
+    }
+    if (message == WM_COMMAND && control >= controlSachkonten && control <= controlEinzeln && lParam != 0) {
+        PostMessageA(dialog, messageRange, wParam, lParam);
+        return true;
+    }
+    if (message != messageRange) return false;
+    HandleNotification(state, dialog, control, HIWORD(wParam));
+    return true;
+}
+
+void AcceptAccountRange(HWND dialog, AccountRangeState &state, AccountRangeSelection &selection)
+{
+    AccountRangeSelection &working = state.Selection;
+    state.NotFound = 0;
+    working.HasSingle = HasControl(dialog, controlEinzeln) ? 1 : 0;
+    if (working.HasSingle != 0 && IsChecked(dialog, controlEinzeln)) {
+        AcceptSingle(dialog, state, working);
+    } else {
+        working.Einzeln = 0;
+        for (const KindOfAccount &kind : kinds) {
+            if (!IsChecked(dialog, kind.Button)) continue;
+            working.KontoArt = kind.Kontoart;
+            if (!HasControl(dialog, controlKontoVon)) break;
+            AccountLimits &limits = LimitsOf(working, kind.Kontoart);
+            ResolveAccountText(dialog, *state.Context, controlKontoVon, kind.Kontoart, limits.Von);
+            ResolveAccountText(dialog, *state.Context, controlKontoBis, kind.Kontoart, limits.Bis);
+            break;
+        }
+    }
+    selection = working;
+}
+
+} // namespace vark
