@@ -17,7 +17,7 @@ long AnonymousKiB()
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
         if (line.compare(0, 8, "RssAnon:") == 0)
-            return std::atol(line.c_str() + 8); // NOLINT: digits by the kernel
+            return std::stol(line.substr(8));
     }
     return 0;
 }
