@@ -7,12 +7,6 @@ namespace rs {
 
 namespace {
 
-// Everything that decides where later rows go; two equal ones lead to the same pages.
-struct Position {
-    RowMarker Marker;
-    Layout Pages;
-};
-
 void CountRows(RowMarker &marker, Layout &layout, const uint8_t *styles, int count)
 {
     for (int i = 0; i < count; ++i) {
@@ -45,18 +39,15 @@ void CountRecord(RowMarker &marker, Layout &layout, int kind)
     CountRows(marker, layout, marker.Of->Kinds[kind].Rows, marker.Of->Kinds[kind].RowCount);
 }
 
-// Apart from how many pages came before.
-bool IsSame(const Position &a, const Position &b)
+// Whether two positions lead to the same pages from there on, however many came before.
+bool IsSame(const RowMarker &a, const Layout &x, const RowMarker &b, const Layout &y)
 {
-    const Layout &x = a.Pages;
-    const Layout &y = b.Pages;
-    return a.Marker.Coming == b.Marker.Coming && a.Marker.KeptLevel == b.Marker.KeptLevel &&
-           a.Marker.KeptHasRows == b.Marker.KeptHasRows &&
-           std::memcmp(a.Marker.IsOpen, b.Marker.IsOpen, sizeof a.Marker.IsOpen) == 0 &&
-           (x.Pages == 0) == (y.Pages == 0) && x.Used == y.Used && x.HasRows == y.HasRows &&
-           x.HasCounted == y.HasCounted && x.CarryIsOpen == y.CarryIsOpen &&
-           x.CarryHasCounted == y.CarryHasCounted && x.CarryBeganBefore == y.CarryBeganBefore &&
-           x.GroupIsSplit == y.GroupIsSplit && x.HeldCount == y.HeldCount && x.HeldHeight == y.HeldHeight &&
+    return x.Used == y.Used && x.HeldCount == y.HeldCount && x.HeldHeight == y.HeldHeight &&
+           (x.Pages == 0) == (y.Pages == 0) && x.HasRows == y.HasRows && x.HasCounted == y.HasCounted &&
+           x.CarryIsOpen == y.CarryIsOpen && x.CarryHasCounted == y.CarryHasCounted &&
+           x.CarryBeganBefore == y.CarryBeganBefore && x.GroupIsSplit == y.GroupIsSplit &&
+           a.Coming == b.Coming && a.KeptLevel == b.KeptLevel && a.KeptHasRows == b.KeptHasRows &&
+           std::memcmp(a.IsOpen, b.IsOpen, sizeof a.IsOpen) == 0 &&
            std::memcmp(x.Held, y.Held, sizeof x.Held[0] * static_cast<size_t>(x.HeldCount)) == 0;
 }
 
@@ -86,15 +77,16 @@ bool CountRecords(CountingReport &report, int kind, int32_t count)
     if (!report.Def.Kinds[kind].IsDeclared) return true;
     // One position is kept and compared with each later one; it moves on at 1, 2, 4, 8 ... records, so a
     // cycle of any length is found (as Brent finds it).
-    Position anchor = {report.Marker, report.Pages};
+    RowMarker anchorMarker = report.Marker;
+    Layout anchor = report.Pages;
     int32_t sinceAnchor = 0;
     int32_t nextAnchor = 1;
     for (int32_t left = count; left > 0;) {
         CountRecord(report.Marker, report.Pages, kind);
         --left;
         ++sinceAnchor;
-        if (IsSame({report.Marker, report.Pages}, anchor)) {
-            const int64_t pages = report.Pages.Pages - anchor.Pages.Pages;
+        if (IsSame(report.Marker, report.Pages, anchorMarker, anchor)) {
+            const int64_t pages = report.Pages.Pages - anchor.Pages;
             report.Pages.Pages += left / sinceAnchor * pages;
             left %= sinceAnchor;
             while (left-- > 0) {
@@ -103,7 +95,8 @@ bool CountRecords(CountingReport &report, int kind, int32_t count)
             return true;
         }
         if (sinceAnchor == nextAnchor) {
-            anchor = {report.Marker, report.Pages};
+            anchorMarker = report.Marker;
+            anchor = report.Pages;
             sinceAnchor = 0;
             nextAnchor *= 2;
         }

@@ -83,7 +83,6 @@ FileKind KindOf(const char *path)
 // directory.
 struct NewFile {
     int File;
-    bool IsDirect; // no regular file (a device, a pipe): written as it is
     char Final[PATH_MAX];
     char Working[PATH_MAX];
 };
@@ -94,11 +93,7 @@ int CreateNewFile(NewFile &file, const char *path)
     struct stat status = {};
     if (stat(path, &status) == 0) {
         if (S_ISDIR(status.st_mode)) return EISDIR;
-        if (!S_ISREG(status.st_mode)) {
-            file.IsDirect = true;
-            file.File = open(path, O_WRONLY | O_CLOEXEC | O_NOCTTY);
-            return file.File < 0 ? errno : 0;
-        }
+        if (!S_ISREG(status.st_mode)) return EINVAL; // a device or a pipe cannot be replaced
         // A file that may not be written is not replaced either; a link keeps pointing at what it points at.
         if (access(path, W_OK) != 0) return errno;
         if (realpath(path, file.Final) == nullptr) return errno;
@@ -154,7 +149,6 @@ bool ReplaceFile(NewFile &file, const char *path, bool isGood)
         Complain(path, ": %s", strerrordesc_np(errno));
         isGood = false;
     }
-    if (file.IsDirect) return isGood;
     if (isGood && std::rename(file.Working, file.Final) != 0) {
         Complain(path, ": %s", strerrordesc_np(errno));
         isGood = false;

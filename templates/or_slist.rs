@@ -45,6 +45,8 @@ record(0, {
     end,
 })
 
+local class = nil -- the first figure of the accounts in hand
+
 record(1, {
     text("konto", 0, 8),
     text("kuerzel", 8, 9),
@@ -61,6 +63,10 @@ record(1, {
     rows = { "line" },
     emit = function(r)
         if r.bewegt == 0 then return end
+        if r.konto:sub(1, 1) ~= class then
+            class = r.konto:sub(1, 1)
+            bookmark("Kontenklasse " .. class)
+        end
         local saldo = r.summeSoll - r.summeHaben
         if saldo >= 0 then r.saldoSoll = saldo else r.saldoHaben = -saldo end
         row("line", r)

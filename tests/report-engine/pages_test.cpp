@@ -261,6 +261,8 @@ struct Shipped {
     std::vector<size_t> sizes; // by kind
 };
 
+void PrintTo(const Shipped &one, std::ostream *out) { *out << one.file; } // googletest looks for it
+
 const std::vector<Shipped> shipped = {
     {"or_kpla.rs", "tervoKTOPLAN0.0", {101, 280}},
     {"or_spla.rs", "tervoSAKTOPLAN0.0", {101, 187}},
