@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <string>
 
@@ -48,7 +47,7 @@ int main(int argumentCount, char **arguments)
     const auto begin = std::chrono::steady_clock::now();
     const int32_t report = RSOpenReport(arguments[1], "tervoSUSALIST0.0", 0);
     char header[128] = "Muster GmbH";
-    std::memcpy(header + 41, "311218", 6);
+    PutText(header + 41, 7, "311218");
     bool isGood = RSAddData(report, 0, header) == 1;
     uint32_t state = 1;
     for (int i = 0; i < lines && isGood; ++i) {
@@ -56,7 +55,7 @@ int main(int argumentCount, char **arguments)
         char record[166] = {};
         PutText(record, 8, line.Konto);
         PutText(record + 17, 41, line.Name);
-        for (int amount = 0; amount < 8; ++amount) {
+        for (size_t amount = 0; amount < 8; ++amount) {
             PutAmount(record + 58 + 13 * amount, line.Amounts[amount]);
         }
         record[162] = 1;

@@ -45,9 +45,7 @@ void CloseSandbox(Sandbox &sandbox);
 
 template <typename Owner> Owner &OwnerOf(lua_State *state)
 {
-    Owner *owner = nullptr;
-    __builtin_memcpy(&owner, lua_getextraspace(state), sizeof owner);
-    return *owner;
+    return **static_cast<Owner **>(lua_getextraspace(state));
 }
 
 // Runs `body` with `argument` under the bounds; an error in it comes back as false and as text in `message`,

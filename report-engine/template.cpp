@@ -4,6 +4,7 @@
 #include "report-engine/values.h"
 #include "text/windows1252.h"
 
+#include <cmath>
 #include <cstring>
 #include <initializer_list>
 
@@ -101,7 +102,7 @@ bool MeasureEntry(lua_State *state, int table, const char *key, int32_t highest,
     if (!(number >= 0 && number * 100 <= highest)) {
         luaL_error(state, "'%s' must be a number from 0 to %d", key, highest / 100);
     }
-    out = static_cast<int32_t>(number * 100 + 0.5);
+    out = static_cast<int32_t>(std::lround(number * 100));
     lua_pop(state, 1);
     return true;
 }
@@ -567,6 +568,7 @@ Report &Printing(lua_State *state, const char *what)
 // Copies a text into the item at `used`: proper UTF-8, blanks for control characters, cut at maxTextLength.
 size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
 {
+    constexpr char replacement[3] = {'\xEF', '\xBF', '\xBD'}; // U+FFFD
     char *out = report.ItemData + used;
     size_t written = 0;
     const char *const end = bytes + length;
@@ -576,8 +578,8 @@ size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
         if (character < ' ' || (character >= 0x7F && character < 0xA0)) {
             out[written++] = ' ';
         } else if (character == 0xFFFD) {
-            std::memcpy(out + written, "\uFFFD", 3);
-            written += 3;
+            std::memcpy(out + written, replacement, sizeof replacement);
+            written += sizeof replacement;
         } else {
             std::memcpy(out + written, from, static_cast<size_t>(bytes - from));
             written += static_cast<size_t>(bytes - from);

@@ -15,11 +15,21 @@ constexpr double pointsPerUnit = 72.0 / 2540.0; // of a hundredth of a millimetr
 constexpr double gutter = 5;                    // points kept free between two columns
 constexpr size_t maxBatch = 4096;
 constexpr size_t maxBatchText = 4 * maxBatch;
+constexpr size_t maxRules = 512;
 
 constexpr double Points(int32_t hundredths_mm) { return hundredths_mm * pointsPerUnit; }
 
 struct Line {
     LinePart Parts[3];
+};
+
+struct RuleBatch {
+    size_t Count;
+    struct {
+        double Left;
+        double Right;
+        double Y;
+    } Lines[maxRules];
 };
 
 struct Drawing {
@@ -52,6 +62,8 @@ struct Drawing {
     cairo_glyph_t Batch[maxBatch];
     cairo_text_cluster_t BatchClusters[maxBatch];
     char BatchText[maxBatchText];
+
+    RuleBatch Rules[2]; // dark ones, hair lines
 
     double Lefts[maxColumns];
     double BodyTop;
@@ -145,26 +157,36 @@ void DrawNumber(Drawing &drawing, const Style &style, int face, const char *text
 
 // ---- Rules ----
 
-void DrawRule(const Drawing &drawing, Rule rule, double left, double right, double y)
+// Rules wait for the end of the page, so that all of a kind are drawn at once.
+void ShowRules(Drawing &drawing, bool isHair)
 {
+    RuleBatch &batch = drawing.Rules[isHair ? 1 : 0];
+    if (batch.Count == 0) return;
     cairo_t *cairo = drawing.Cairo;
-    if (rule == Rule::none) return;
-    const bool isHair = rule == Rule::hair;
-    cairo_set_source_rgb(cairo, isHair ? 0.78 : 0, isHair ? 0.78 : 0, isHair ? 0.78 : 0);
+    const double grey = isHair ? 0.78 : 0;
+    cairo_set_source_rgb(cairo, grey, grey, grey);
     cairo_set_line_width(cairo, isHair ? 0.25 : 0.5);
-    cairo_move_to(cairo, left, y);
-    cairo_line_to(cairo, right, y);
-    if (rule == Rule::twofold) {
-        cairo_move_to(cairo, left, y - 1.4);
-        cairo_line_to(cairo, right, y - 1.4);
+    for (size_t i = 0; i < batch.Count; ++i) {
+        cairo_move_to(cairo, batch.Lines[i].Left, batch.Lines[i].Y);
+        cairo_line_to(cairo, batch.Lines[i].Right, batch.Lines[i].Y);
     }
     cairo_stroke(cairo);
     cairo_set_source_rgb(cairo, 0, 0, 0);
+    batch.Count = 0;
+}
+
+void DrawRule(Drawing &drawing, Rule rule, double left, double right, double y)
+{
+    if (rule == Rule::none) return;
+    RuleBatch &batch = drawing.Rules[rule == Rule::hair ? 1 : 0];
+    if (batch.Count + 2 > maxRules) ShowRules(drawing, rule == Rule::hair);
+    batch.Lines[batch.Count++] = {left, right, y};
+    if (rule == Rule::twofold) batch.Lines[batch.Count++] = {left, right, y - 1.4};
 }
 
 // Hair lines run across the page; the rules of a sum stand over and under its figures.
-void DrawRules(const Drawing &drawing, const Style &style, const bool (&hasFigure)[maxColumns],
-               bool hasAnyFigure, double top, double height)
+void DrawRules(Drawing &drawing, const Style &style, const bool (&hasFigure)[maxColumns], bool hasAnyFigure,
+               double top, double height)
 {
     const Rule rules[2] = {style.Above, style.Below};
     const double heights[2] = {top + 0.4, top + height - 0.4};
@@ -413,6 +435,8 @@ void FinishPage(Drawing &drawing)
     if (drawing.Page == 0) return;
     if (!drawing.HasHead) DrawHead(drawing);
     ShowBatch(drawing);
+    ShowRules(drawing, true);
+    ShowRules(drawing, false);
     drawing.Target->EndPage(drawing.Target->Context, drawing.Page);
 }
 

@@ -7,7 +7,7 @@ namespace rs {
 
 namespace {
 
-constexpr size_t cachePlaces = 4096; // some 8 MiB when every place is taken
+constexpr size_t cachePlaces = 4096; // some 4 MiB when every place is taken
 
 uint64_t HashOf(int face, const char *text, size_t length)
 {
@@ -86,6 +86,57 @@ Glyph ShapeFigure(Fonts &fonts, int face, const char *text)
 
 } // namespace
 
+namespace {
+
+// Latin letters and marks: what is read from left to right, so that words may be shaped each by itself.
+bool IsPlain(const char *text, size_t length)
+{
+    for (size_t i = 0; i < length; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isPunctuation = byte == 0xE2; // U+2000 to U+2FFF
+        if (byte >= 0xD6 && !isPunctuation) return false;
+    }
+    return true;
+}
+
+// The glyph of what has one width and no neighbours that it would move for; null for any other character.
+const Glyph *FigureFor(const Face &face, char character)
+{
+    if (character >= '0' && character <= '9') return &face.Figures[character - '0'];
+    if (character == '.') return &face.Point;
+    if (character == ',') return &face.Comma;
+    return character == ' ' ? &face.Blank : nullptr;
+}
+
+void Append(Fonts &fonts, Run &line, const Glyph *glyphs, size_t count, size_t textAt)
+{
+    for (size_t i = 0; i < count && line.Count < maxGlyphs; ++i) {
+        Glyph &placed = fonts.Line[line.Count++];
+        placed = glyphs[i];
+        placed.TextAt = static_cast<uint16_t>(placed.TextAt + textAt);
+        line.Width += placed.Advance;
+    }
+}
+
+Run ShapeWord(Fonts &fonts, int face, const char *text, size_t length)
+{
+    if (length > maxWord) return Shape(fonts, face, text, length);
+    CachedWord &place = fonts.Cache[HashOf(face, text, length) % cachePlaces];
+    if (place.Face != face + 1 || place.Length != length || std::memcmp(place.Text, text, length) != 0) {
+        const Run run = Shape(fonts, face, text, length);
+        if (run.Count > maxWord) return run;
+        place.Face = static_cast<uint8_t>(face + 1);
+        place.Length = static_cast<uint8_t>(length);
+        place.Count = static_cast<uint8_t>(run.Count);
+        place.Width = run.Width;
+        std::memcpy(place.Text, text, length);
+        std::memcpy(place.Glyphs, run.Glyphs, run.Count * sizeof(Glyph));
+    }
+    return {place.Width, place.Count, place.Glyphs};
+}
+
+} // namespace
+
 void OpenFonts(Fonts &fonts, const char *family)
 {
     fonts.Family = family;
@@ -100,7 +151,7 @@ void OpenFonts(Fonts &fonts, const char *family)
     cairo_font_options_destroy(options);
     pango_context_set_round_glyph_positions(fonts.Context, FALSE);
     pango_context_set_language(fonts.Context, pango_language_from_string("de"));
-    fonts.Cache = static_cast<CachedRun *>(g_malloc0(cachePlaces * sizeof(CachedRun)));
+    fonts.Cache = static_cast<CachedWord *>(g_malloc0(cachePlaces * sizeof(CachedWord)));
 }
 
 int FaceFor(Fonts &fonts, const Style &style, int32_t size)
@@ -143,43 +194,41 @@ int FaceFor(Fonts &fonts, const Style &style, int32_t size)
     }
     face.Point = ShapeFigure(fonts, number, ".");
     face.Comma = ShapeFigure(fonts, number, ",");
+    face.Blank = ShapeFigure(fonts, number, " ");
     face.Minus = ShapeFigure(fonts, number, "\u2212");
     return number;
 }
 
 Run ShapeText(Fonts &fonts, int face, const char *text, size_t length)
 {
-    if (length == 0) return {0, 0, fonts.Scratch};
-    if (length > maxRun) return Shape(fonts, face, text, length);
-    CachedRun &place = fonts.Cache[HashOf(face, text, length) % cachePlaces];
-    if (place.Face != face + 1 || place.Length != length || std::memcmp(place.Text, text, length) != 0) {
-        const Run run = Shape(fonts, face, text, length);
-        if (run.Count > maxRun) return run;
-        place.Face = static_cast<uint8_t>(face + 1);
-        place.Length = static_cast<uint8_t>(length);
-        place.Count = static_cast<uint8_t>(run.Count);
-        place.Width = run.Width;
-        std::memcpy(place.Text, text, length);
-        std::memcpy(place.Glyphs, run.Glyphs, run.Count * sizeof(Glyph));
+    if (!IsPlain(text, length)) return Shape(fonts, face, text, length);
+    Run line = {0, 0, fonts.Line};
+    for (size_t at = 0; at < length && line.Count + maxWord < maxGlyphs;) {
+        if (const Glyph *figure = FigureFor(fonts.Faces[face], text[at])) {
+            Append(fonts, line, figure, 1, at);
+            ++at;
+            continue;
+        }
+        size_t end = at + 1;
+        while (end < length && FigureFor(fonts.Faces[face], text[end]) == nullptr &&
+               end - at < maxGlyphs / 4) {
+            ++end;
+        }
+        const Run word = ShapeWord(fonts, face, text + at, end - at);
+        Append(fonts, line, word.Glyphs, word.Count, at);
+        at = end;
     }
-    return {place.Width, place.Count, place.Glyphs};
+    return line;
 }
 
 Run SetNumber(Fonts &fonts, int face, const char *text, size_t length)
 {
     const Face &from = fonts.Faces[face];
-    Run run = {0, 0, fonts.Scratch};
+    Run run = {0, 0, fonts.Line};
     for (size_t i = 0; i < length; ++i) {
-        const char character = text[i];
-        const Glyph *glyph = &from.Minus;
-        if (character >= '0' && character <= '9') glyph = &from.Figures[character - '0'];
-        if (character == '.') glyph = &from.Point;
-        if (character == ',') glyph = &from.Comma;
-        if ((static_cast<unsigned char>(character) & 0xC0) == 0x80) continue; // the rest of the minus sign
-        Glyph &placed = fonts.Scratch[run.Count++];
-        placed = *glyph;
-        placed.TextAt = static_cast<uint16_t>(i);
-        run.Width += glyph->Advance;
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue; // the rest of the minus sign
+        const Glyph *figure = FigureFor(from, text[i]);
+        Append(fonts, run, figure != nullptr ? figure : &from.Minus, 1, i);
     }
     return run;
 }

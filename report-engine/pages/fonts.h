@@ -13,8 +13,8 @@ namespace rs {
 
 inline constexpr int maxFaces = 48;       // sizes and weights of the report's font
 inline constexpr int maxFonts = 128;      // with those that stand in for characters it lacks
-inline constexpr size_t maxRun = 96;      // glyphs of a run that is kept
-inline constexpr size_t maxGlyphs = 1024; // of any run; longer texts were cut before
+inline constexpr size_t maxWord = 32;     // bytes and glyphs of a word that is kept
+inline constexpr size_t maxGlyphs = 2048; // of any run; longer texts were cut before
 
 // The bytes of the text that a glyph stands for go with it into the file, for whoever searches or copies:
 // what a font says about its glyphs is not enough to find that.
@@ -44,16 +44,17 @@ struct Face {
     Glyph Figures[10];
     Glyph Point;
     Glyph Comma;
+    Glyph Blank;
     Glyph Minus; // each with the text that it stands for at 0
 };
 
-struct CachedRun {
+struct CachedWord {
     uint8_t Face; // number + 1, 0 for an empty place
     uint8_t Length;
     uint8_t Count;
     float Width;
-    char Text[maxRun];
-    Glyph Glyphs[maxRun];
+    char Text[maxWord];
+    Glyph Glyphs[maxWord];
 };
 
 struct Fonts {
@@ -65,8 +66,9 @@ struct Fonts {
     Face Faces[maxFaces];
     PangoFont *Used[maxFonts];
     cairo_scaled_font_t *Scaled[maxFonts];
-    CachedRun *Cache;
-    Glyph Scratch[maxGlyphs];
+    CachedWord *Cache;
+    Glyph Line[maxGlyphs];    // the run given out last
+    Glyph Scratch[maxGlyphs]; // a word being shaped
 };
 
 void OpenFonts(Fonts &fonts, const char *family);
