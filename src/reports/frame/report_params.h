@@ -105,7 +105,7 @@ bool IsBehindLimit(const AccountNumber &number, const AccountNumber &bis);
 // The words of a range: "Sachkonten" (or, with `isSingular` and equal limits, "Sachkonto"), and
 // "von 1000 bis 1999".
 using RangeWord = char[30];
-using RangeText = char[32];
+using RangeText = char[30];
 void RangeTexts(const AccountRangeSelection &selection, RangeWord *kindWord, RangeText &rangeText,
                 bool isSingular);
 
