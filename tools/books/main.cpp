@@ -1,4 +1,5 @@
 // books: makes, checks and moves books.
+#include "tools/books/check.h"
 #include "tools/books/sample.h"
 #include "tools/common/german_arguments.h"
 #include "tools/common/terminal.h"
@@ -18,9 +19,19 @@ int MakeSampleBooks(const books::SampleOptions &options)
         summary = books::MakeSample(options, [&bar](double part) { bar.Show(part); });
     }
     std::cout << "Bücher angelegt in " << place << ": 3 Mandanten, " << summary.Directories
-              << " Jahresverzeichnisse, " << tools::Grouped(summary.Records) << " Datensätze.\n"
+              << " Jahresverzeichnisse, " << tools::Grouped(summary.Postings) << " endgültige Buchungen, "
+              << tools::Grouped(summary.Records) << " Datensätze.\n"
               << "Mit VARK_CONFIG_DIR=" << place << " arbeitet VARK40 in diesen Büchern.\n";
     return tools::ExitGood;
+}
+
+int Check(const books::CheckOptions &options)
+{
+    tools::ProgressBar bar("Prüfen");
+    return books::CheckBooks(options, [&bar](double part) {
+        bar.Show(part);
+        if (part >= 1) bar.Hide();
+    });
 }
 
 int Run(int argc, char **argv)
@@ -47,9 +58,24 @@ int Run(int argc, char **argv)
     sample->footer("Beispiele:\n  books beispiel /tmp/beispiel --ersetzen\n"
                    "  books beispiel /tmp/gross --buchungen 100000 --personenkonten 10000 --posten 10000");
 
+    books::CheckOptions checking;
+    CLI::App *check = tools::AddCommand(app, "pruefen", "Prüfen, ob Bücher in sich stimmen");
+    check
+        ->add_option("VERZEICHNIS", checking.Directory, "Verzeichnis mit den Ini-Dateien, oder der Datenpfad")
+        ->required();
+    check->add_option("--hoechstens", checking.MostPerRule,
+                      "so viele Abweichungen einer Art je Tabelle zeigen (sonst 20)");
+    check->add_flag("--json", checking.IsJson, "Ausgabe für Programme");
+    check->footer(
+        "Geprüft werden der Aufbau jeder Tabelle, jedes Feld, jeder Index und was die Sätze einander "
+        "schulden:\n"
+        "Soll und Haben, Monatswerte und Buchungen, offene Posten und Salden, Kosten, Vorträge, Verweise.\n\n"
+        "Beispiel: books pruefen /tmp/beispiel");
+
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;
     if (*sample) return MakeSampleBooks(options);
+    if (*check) return Check(checking);
     return tools::ExitUsage;
 }
 

@@ -122,7 +122,7 @@ struct OpenItem {
     int64_t NetOpen; // of what is open: net and tax, for the discount and for tax on receipt
     int64_t TaxOpen;
     Tax Duty;
-    int8_t Reminders;
+    int16_t Reminders;
 };
 
 struct CostShare {

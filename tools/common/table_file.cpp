@@ -59,7 +59,9 @@ EngineError::EngineError(const char *operation, int status, const std::filesyste
       Status(status)
 {}
 
-void CreateTable(const TableLayout &layout, const std::filesystem::path &directory)
+namespace {
+
+void Create(const TableLayout &layout, const std::filesystem::path &directory, int existing)
 {
     const std::filesystem::path path = directory / layout.FileName();
     Specification specification = {};
@@ -86,8 +88,20 @@ void CreateTable(const TableLayout &layout, const std::filesystem::path &directo
     PutPath(key, path);
     auto length = static_cast<uint32_t>(sizeof specification.File +
                                         static_cast<size_t>(next - specification.Segments) * sizeof *next);
-    const int status = Engine(BtrOpCreate, positionBlock, &specification, &length, key, BtrKeepExisting);
+    const int status = Engine(BtrOpCreate, positionBlock, &specification, &length, key, existing);
     if (status != 0) throw EngineError("Anlegen", status, path);
+}
+
+} // namespace
+
+void CreateTable(const TableLayout &layout, const std::filesystem::path &directory)
+{
+    Create(layout, directory, BtrKeepExisting);
+}
+
+void ReplaceTable(const TableLayout &layout, const std::filesystem::path &directory)
+{
+    Create(layout, directory, 0);
 }
 
 TableFile::TableFile(const TableLayout &layout, const std::filesystem::path &directory, OpenMode mode)

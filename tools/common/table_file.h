@@ -32,6 +32,9 @@ enum class OpenMode : int8_t {
 // Makes an empty table with its keys. An existing file is refused (status 59).
 void CreateTable(const TableLayout &layout, const std::filesystem::path &directory);
 
+// The same in place of one that exists, whose records are gone then.
+void ReplaceTable(const TableLayout &layout, const std::filesystem::path &directory);
+
 // Definition of a table as it stands on disk.
 struct TableDefinition {
     uint16_t RecordLength;
