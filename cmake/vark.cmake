@@ -40,5 +40,6 @@ function(vark_test name)
   add_executable(test_${name} ${arg_SOURCES})
   target_link_libraries(test_${name} PRIVATE vark_warnings GTest::gtest_main ${arg_LIBRARIES})
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
-                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}")
+                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
+                       ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/thread_sanitizer.supp")
 endfunction()

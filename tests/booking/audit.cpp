@@ -49,7 +49,7 @@ std::string AuditPostings(const Books &books, int mandant, const std::string &ye
     for (const SplitRecord &part : books.Read<SplitRecord>(mandant, TableSplit, year)) {
         ++parts[part.Buchungsnummer];
         const std::string what = "Teilbuchung " + std::to_string(part.Splitnummer);
-        const std::string fault = CheckLines(part, linesOfParts[part.Splitnummer], what);
+        std::string fault = CheckLines(part, linesOfParts[part.Splitnummer], what);
         if (!fault.empty()) return fault;
         linesOfParts.erase(part.Splitnummer);
     }
@@ -59,7 +59,7 @@ std::string AuditPostings(const Books &books, int mandant, const std::string &ye
         if (further != bat.Anzahl - 1)
             return what + ": " + std::to_string(further) + " further Teilbuchungen";
         parts.erase(bat.Buchungsnummer);
-        const std::string fault = CheckLines(bat.Teil, linesOfPostings[bat.Buchungsnummer], what);
+        std::string fault = CheckLines(bat.Teil, linesOfPostings[bat.Buchungsnummer], what);
         if (!fault.empty()) return fault;
         linesOfPostings.erase(bat.Buchungsnummer);
     }
