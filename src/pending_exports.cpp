@@ -6,13 +6,6 @@ using namespace vark;
 
 namespace {
 
-int32_t AfterFrame()
-{
-    ThreadContext *context = nullptr;
-    const int32_t entered = EnterExport(context);
-    return entered != ready ? entered : engineFailure;
-}
-
 VarkWindow NoReport()
 {
     ThreadContext *context = nullptr;
@@ -22,14 +15,6 @@ VarkWindow NoReport()
 
 } // namespace
 
-int32_t VARK_CALL VARK_HoleMandantenNr(VarkWindow) { return AfterFrame(); }
-int32_t VARK_CALL VARK_HoleStapelNr(VarkWindow, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_HoleKonto(VarkWindow, int32_t, int32_t, const char *, const char *, char *)
-{
-    return AfterFrame();
-}
-int32_t VARK_CALL VARK_HoleZahlungsziel(VarkWindow, int32_t) { return AfterFrame(); }
-int32_t VARK_CALL VARK_HoleKostenschablone(VarkWindow, int32_t) { return AfterFrame(); }
 int32_t VARK_CALL VARK_IsMessage(VarkMessage *) { return 0; }
 VarkWindow VARK_CALL VARK_Kontenplan(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Bilanz(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }

@@ -63,6 +63,10 @@ struct ThreadContext {
     KeyBuffer CursorKey;         // key 0 of the record that is delivered next
     AccountNumber CursorAccount; // open items of this account only, empty for all
 
+    // Rate dialog: the rate that a posting lacks, which the dialog offers for entry
+    PackedDate PendingRateDate; // empty when there is none
+    char PendingWaehrung[5];
+
     // Reports
     uint32_t ReportViewExStyle;
     uint32_t ReportViewStyle;

@@ -1,4 +1,5 @@
-// Rates of exchange that the user may have to supply.
+// The dialog in which rates of exchange are kept, and the search for a rate that opens it where one is
+// missing.
 #pragma once
 
 #include "src/frame/thread_context.h"
@@ -7,10 +8,14 @@
 
 namespace vark {
 
-// The rate of a currency at a date, as FindRate finds it; where there is none the user is asked whether to
-// enter one (message 1802, shown always). False when the user declines. `owner` is the window that the entry
-// belongs to, null for none.
+// The rate of a currency at a date, as FindRate; as long as there is none the user is asked (1802, also when
+// the caller wants no messages: it is a question) whether to enter one, in the dialog over `owner`. False
+// when the user declines.
 bool FindRateOrAsk(ThreadContext &context, HWND owner, KurseRecord &record, const char *waehrung,
                    const PackedDate &date);
+
+// Runs the dialog for the Mandant in force. What stands in context.PendingWaehrung and PendingRateDate is
+// offered for entry and taken away; without it the dialog begins with today.
+void RunRateDialog(ThreadContext &context, HWND owner);
 
 } // namespace vark

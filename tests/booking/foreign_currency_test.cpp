@@ -103,14 +103,12 @@ TEST_F(ForeignCurrency, WithoutARateTheUserIsAskedWhateverTheCallerWished)
     EXPECT_TRUE(books.IsEmpty());
 }
 
-TEST(ForeignCurrencyAsked, AYesIsANoAsLongAsNoRateCanBeEntered)
+TEST(ForeignCurrencyAsked, AYesOpensTheDialogInWhichTheRateIsEntered)
 {
-    Ledger books({}, "box yes Wechselkurs\nbox no Wechselkurs\n");
-    EXPECT_EQ(0, Post(InDollars("1200", "1")));
-    EXPECT_EQ(0, Post(InDollars("1200", "1")));
-    EXPECT_EQ((Lines{"box " + noRate, "box yes Wechselkurs", "box " + noRate, "box no Wechselkurs"}),
-              books.TakeLog());
-    EXPECT_TRUE(books.IsEmpty());
+    Ledger books({}, "box yes Wechselkurs\ndialog 131\ntext 30125 1,75\ntext 30127 1\npress 1\npress 2\n");
+    EXPECT_EQ(1, Post(InDollars("1200", "100")));
+    EXPECT_EQ("000000175,00", TextOf(books.OnlyPosting().Waehrungsbetrag));
+    EXPECT_EQ(1u, books.Count(1, TableKurse));
 }
 
 TEST_F(ForeignCurrency, AnAmountThatDoesNotFitIsRefused)
