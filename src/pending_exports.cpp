@@ -1,5 +1,4 @@
-// Exports whose families are still to be built: each attaches, refuses as every export does, and then answers
-// as it would if the record manager had failed.
+// Reports that are still to be built: each attaches and ends as one that made nothing.
 #include "src/frame/lifecycle.h"
 
 using namespace vark;

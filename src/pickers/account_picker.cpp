@@ -89,8 +89,9 @@ using AccountLine = char[sizeof(AccountNumber) + kuerzelWidth + sizeof SakoRecor
 
 void AppendColumn(AccountLine &line, size_t &length, const char *field, size_t width)
 {
-    CopyText(line + length, sizeof line - length, field, width - 1);
-    length += std::strlen(line + length);
+    const size_t count = strnlen(field, width - 1);
+    std::memcpy(line + length, field, count);
+    length += count;
 }
 
 void FormatLine(const AccountPick &pick, const char *record, AccountLine &line)
@@ -98,18 +99,15 @@ void FormatLine(const AccountPick &pick, const char *record, AccountLine &line)
     AccountNumber konto;
     CopyText(konto, sizeof konto, record, sizeof konto - 1);
     TrimLeft(konto, sizeof konto);
+    const char *const kuerzel = record + kuerzelOffset;
+    const bool isByNumber = pick.SortedBy == Sorting::ByNumber;
     size_t length = 0;
-    if (pick.SortedBy == Sorting::ByNumber) {
-        AppendColumn(line, length, konto, sizeof konto);
-        line[length++] = '\t';
-        AppendColumn(line, length, record + kuerzelOffset, kuerzelWidth);
-    } else {
-        AppendColumn(line, length, record + kuerzelOffset, kuerzelWidth);
-        line[length++] = '\t';
-        AppendColumn(line, length, konto, sizeof konto);
-    }
+    AppendColumn(line, length, isByNumber ? konto : kuerzel, isByNumber ? sizeof konto : kuerzelWidth);
+    line[length++] = '\t';
+    AppendColumn(line, length, isByNumber ? kuerzel : konto, isByNumber ? kuerzelWidth : sizeof konto);
     line[length++] = '\t';
     AppendColumn(line, length, record + pick.Kind.NameOffset, pick.Kind.NameWidth);
+    line[length] = 0;
 }
 
 // Numbers are compared in their right-justified form, in which shorter ones come first.

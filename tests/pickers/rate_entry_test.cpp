@@ -316,7 +316,7 @@ TEST(RateDialog, ChecksItsFieldsInOrder)
         expect focus 30119
         text 30119 USD
         press 1
-        box ok Zur weiteren Bearbeitung müssen Sie in dem Feld, in welches die Einfügemarke gesetzt wird, eine Eingabe vornehmen.
+        box ok Zur weiteren Bearbeitung müssen Sie in dem Feld, in welches die Einfügemarke
         expect focus 22994
         text 22994 32.01.98
         press 1

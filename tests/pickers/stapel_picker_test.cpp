@@ -634,10 +634,10 @@ TEST(StapelDeletion, ItsPostingsGoWithTeilbuchungenAndCostLines)
         select 1000 "Mai [B]"
         press 4
         press 4
-        box no Alle Stapelbuchungen im Stapel 'Mai' werden mitgelöscht. Soll der Stapel trotzdem gelöscht werden?
+        box no Alle Stapelbuchungen im Stapel 'Mai' werden mitgelöscht.
         dialog 109
         press 4
-        box yes Alle Stapelbuchungen im Stapel 'Mai' werden mitgelöscht. Soll der Stapel trotzdem gelöscht werden?
+        box yes Alle Stapelbuchungen im Stapel 'Mai' werden mitgelöscht.
         dialog 103
         expect rows 1000 5
         expect row 1000 Archiv
@@ -709,7 +709,7 @@ TEST(StapelDeletion, SettlementsOfOpenItemsForbidIt)
         select 1000 "Mai [B]"
         press 4
         press 4
-        box ok Im Stapel 'Mai' befinden sich noch OP-Ausgleichsbuchungen. Er darf deshalb nicht gelöscht werden!
+        box ok Im Stapel 'Mai' befinden sich noch OP-Ausgleichsbuchungen.
         dialog 109
         press 2
         press 2
@@ -796,4 +796,70 @@ TEST(StapelDeletion, PostingsThatCannotBeReadForbidIt)
     StopEngineFaults();
     EXPECT_EQ("", books.Trouble());
     EXPECT_EQ(6u, books.Count(1, TableStapel));
+}
+
+namespace {
+
+RecordManagerEntry realEngine;
+Books *watched;
+int stapelReads;
+
+// Another user: adds postings to Stapel 16 and 19 right before the library reads a Stapel's postings for the
+// second time, which is after the question has been answered.
+int16_t BookMeanwhile(uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                      uint8_t keyLength, int8_t keyNumber)
+{
+    if (operation == 9 && keyNumber == 1 && ++stapelReads == 2) {
+        AddPosting(*watched, 19);
+        AddPosting(*watched, 16, 1, 1);
+    }
+    return realEngine(operation, block, data, length, key, keyLength, keyNumber);
+}
+
+void LetAnotherBookMeanwhile(Books &books)
+{
+    AttachLibrary();
+    watched = &books;
+    realEngine = EngineEntry;
+    EngineEntry = BookMeanwhile;
+}
+
+} // namespace
+
+TEST(StapelDeletion, AQuestionThatIsNoLongerRightIsPutAnew)
+{
+    PickBooks books(R"(
+        select 1000 "leer"
+        press 4
+        press 4
+        box yes Soll der leere Stapel 'leer' wirklich gelöscht werden?
+        box no Alle Stapelbuchungen im Stapel 'leer' werden mitgelöscht.
+        dialog 109
+        press 2
+        press 2
+    )");
+    AddBooks(books);
+    LetAnotherBookMeanwhile(books);
+    EXPECT_EQ(0, VARK_HoleStapelNr(nullptr, -1));
+    EXPECT_EQ("", books.Trouble());
+    EXPECT_EQ((Size{6, 5, 0, 10}), SizeOf(books));
+}
+
+TEST(StapelDeletion, ASettlementThatComesMeanwhileForbidsIt)
+{
+    PickBooks books(R"(
+        select 1000 "Mai [B]"
+        press 4
+        press 4
+        box yes Alle Stapelbuchungen im Stapel 'Mai' werden mitgelöscht.
+        box ok Im Stapel 'Mai' befinden sich noch OP-Ausgleichsbuchungen.
+        dialog 109
+        press 2
+        press 2
+    )");
+    AddBooks(books);
+    LetAnotherBookMeanwhile(books);
+    EXPECT_EQ(0, VARK_HoleStapelNr(nullptr, -1));
+    EXPECT_EQ("", books.Trouble());
+    EXPECT_EQ((Size{6, 5, 0, 10}), SizeOf(books));
 }
