@@ -56,8 +56,8 @@ struct ThreadContext {
     StekeRecord TaxRow;
 
     // Reading: one cursor a thread, over postings, accounts or open items
-    int32_t CursorKind;          // number of the table that is read, -1 for none
-    int32_t CursorMandant;       // Mandant and year that it is read in, whatever was selected since
+    int32_t CursorKind;    // number of the table that is read, -1 for none
+    int32_t CursorMandant; // Mandant and year that it is read in, whatever was selected since
     char CursorYear[5];
     uint32_t SplitPartCounter;   // number of the part of a split posting, 0 outside one
     KeyBuffer CursorKey;         // key 0 of the record that is delivered next
