@@ -40,6 +40,7 @@ function(vark_test name)
   add_executable(test_${name} ${arg_SOURCES})
   target_link_libraries(test_${name} PRIVATE vark_warnings GTest::gtest_main ${arg_LIBRARIES})
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
-                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
-                       ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/thread_sanitizer.supp")
+                       PROPERTIES TIMEOUT ${arg_TIMEOUT}
+                       ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/thread_sanitizer.supp"
+                       LABELS "${arg_LABELS}")
 endfunction()
