@@ -329,3 +329,28 @@ TEST(Demo, ItRunsThroughAndGivesAnAccount)
     EXPECT_TRUE(Contains(demo.Out, "Von 18 Buchungen für Mandant 1 stehen 10 im Stapel 16"));
     EXPECT_EQ("", demo.Err);
 }
+
+TEST_F(VarkProgram, ADialogGivesTheNumberThatWasChosen)
+{
+    const fs::path script = Directory.Path / "script";
+    const auto pick = [&](const std::string &played, std::vector<std::string> arguments) {
+        WriteFile(script, played);
+        arguments.insert(arguments.begin(), {"--config", Books.string(), "waehlen"});
+        return tests::Run({VARK_PROGRAM, arguments, "", {{"VARK_UI", "script:" + script.string()}}});
+    };
+    EXPECT_EQ("10010\n", pick("dialog 102\npress 1\n", {"konto", "--art", "4"}).Out);
+    EXPECT_EQ("10030\n", pick("press 1\n", {"konto", "--art", "4", "--von", "10030", "--bis", "10040"}).Out);
+    EXPECT_EQ("16\n", pick("dialog 103\nexpect hidden 3\nselect 1000 0\npress 1\n", {"stapel"}).Out);
+    EXPECT_EQ("16\n", pick("expect visible 3\npress 1\n", {"stapel", "--verwalten"}).Out) << "remembered";
+    EXPECT_EQ("1\n", pick("dialog 101\nactivate 1004 \"Nordhafen\"\n", {"mandant"}).Out);
+    EXPECT_EQ("1\n", pick("dialog 116\npress 1\n", {"zahlungsziel", "--mandant", "1"}).Out);
+    EXPECT_EQ("1\n", pick("dialog 133\npress 1\n", {"kostenschablone"}).Out);
+
+    const Result cancelled = pick("press 2\n", {"mandant"});
+    EXPECT_EQ(1, cancelled.ExitCode);
+    EXPECT_EQ("", cancelled.Out);
+    EXPECT_EQ("vark: abgebrochen\n", cancelled.Err);
+    EXPECT_EQ(1, pick("", {"konto", "--von", "9999999"}).ExitCode);
+    EXPECT_EQ(1, pick("", {"stapel", "--mandant", "99"}).ExitCode);
+    EXPECT_EQ(2, pick("", {"buch"}).ExitCode);
+}

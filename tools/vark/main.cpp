@@ -4,6 +4,7 @@
 #include "tools/common/terminal.h"
 #include "tools/vark/batch.h"
 #include "tools/vark/booking.h"
+#include "tools/vark/pick.h"
 #include "tools/vark/reasons.h"
 #include "tools/vark/status.h"
 
@@ -35,7 +36,6 @@ constexpr const char *bookingExamples =
 int Run(int argc, char **argv)
 {
     tools::EndQuietlyOnClosedPipe();
-    cli::UseNoWindows();
 
     CLI::App app("VARK40 auf der Kommandozeile: buchen und nachsehen", "vark");
     tools::MakeGerman(app);
@@ -86,13 +86,31 @@ int Run(int argc, char **argv)
     showBatch->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
     showBatch->footer("Beispiele:\n  vark stapel --mandant 1\n  vark stapel --mandant 1 16 --kosten");
 
+    cli::PickOptions pick;
+    CLI::App *pickDialog =
+        tools::AddCommand(app, "waehlen", "Im Dialog auswählen lassen und die Nummer ausgeben");
+    pickDialog->add_option("WAS", pick.What, "mandant, stapel, konto, zahlungsziel oder kostenschablone")
+        ->required()
+        ->check(CLI::IsMember({"mandant", "stapel", "konto", "zahlungsziel", "kostenschablone"}));
+    pickDialog->add_option("--mandant", pick.Mandant, "Nummer des Mandanten, sonst 1")
+        ->check(CLI::Range(1, 32767));
+    pickDialog->add_option("--art", pick.Kontoart,
+                           "bei konto: 1 Sachkonten (sonst), 2 Kreditoren, 4 Debitoren, 8 Kostenstellen");
+    pickDialog->add_option("--von", pick.From, "bei konto: kleinste Nummer");
+    pickDialog->add_option("--bis", pick.To, "bei konto: größte Nummer");
+    pickDialog->add_flag("--verwalten", pick.Manages,
+                         "bei stapel: alle, auch zum Anlegen, Ändern und Löschen");
+    pickDialog->footer("Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4");
+
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;
+    if (!*pickDialog) cli::UseNoWindows();
     if (!configuration.empty()) tools::UseConfiguration(configuration);
     batch.As = isJson ? cli::Output::Json : isCsv ? cli::Output::Csv : cli::Output::Table;
     if (*status) return cli::ShowStatus(isJson);
     if (*book) return cli::Book(booking);
     if (*showBatch) return cli::ShowBatch(batch);
+    if (*pickDialog) return cli::Pick(pick);
     return tools::ExitUsage;
 }
 
