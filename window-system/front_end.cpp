@@ -1,4 +1,5 @@
 #include "window-system/front_end.h"
+#include "window-system/screen.h"
 
 #include <atomic>
 #include <cstdio>
@@ -26,6 +27,8 @@ void Choose()
     constexpr char script[] = "script:";
     if (strncmp(wish, script, sizeof script - 1) == 0) {
         if (OpenScript(wish + sizeof script - 1)) chosen = FrontEnd::Script;
+    } else if (strcmp(wish, "gtk") == 0) {
+        if (StartScreen()) chosen = FrontEnd::Screen;
     } else if (strcmp(wish, "headless") != 0) {
         char line[256];
         snprintf(line, sizeof line, "VARK_UI=%s is not known; going on without a screen", wish);
@@ -51,17 +54,23 @@ bool AskFrontEnd(Thread *thread)
 {
     switch (chosen.load()) {
     case FrontEnd::Script: return PlayScript(thread);
-    case FrontEnd::Screen: return false;
+    case FrontEnd::Screen: TellScreen(); return false;
     case FrontEnd::Headless: break;
     }
     return AnswerUnseen(thread);
 }
 
-void ShowChanges() {}
+void ShowChanges()
+{
+    if (chosen != FrontEnd::Screen) return;
+    const Locked locked;
+    TellScreen();
+}
 
 void ForgetFrontEnd()
 {
-    if (chosen != FrontEnd::Headless) chosen = FrontEnd::Headless;
+    ForgetScreen();
+    chosen = FrontEnd::Headless;
 }
 
 } // namespace varkui

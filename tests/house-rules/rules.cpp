@@ -31,8 +31,11 @@ bool IsPublicHeaderOfAPart(std::string_view path)
     return known.contains(path);
 }
 
+// What the library and its parts run inside of a host. The program that shows windows is none of them: it is
+// a process of its own, and the window system goes on without it when it ends.
 bool IsInLibraryOrPart(std::string_view path)
 {
+    if (LiesIn(path, "window-system/ui")) return false;
     return LiesIn(path, "src") || std::any_of(parts.begin(), parts.end(),
                                               [&](const std::string &part) { return LiesIn(path, part); });
 }

@@ -101,7 +101,8 @@ TEST_F(Scripts, TypeTexts)
 {
     Play("focus 30\ntext 10 Miete\nexpect text 10 Miete\nexpect focus 30\ntext 10 \" x \"\nexpect text 10 \" "
          "x \"\n"
-         "text 10\nexpect text 10\ntext 10 Köln\nexpect text 10 Köln\ntext 31 ATS\nexpect text 31 ATS\npress "
+         "text 10\nexpect text 10\ntext 10 Köln\nexpect text 10 Köln\ntext 31 ATS\n"
+         "expect text 31 ATS\npress "
          "1\n");
     EXPECT_TRUE(Heard("10 768"));
     EXPECT_TRUE(Heard("31 5"));
