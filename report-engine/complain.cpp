@@ -18,6 +18,7 @@ void Complain(const char *path, const char *format, ...)
     int length = std::snprintf(line, sizeof line, "librs: %s%s", shown == path ? "" : "...", shown);
     va_list arguments;
     va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it was started one line above
     const int rest =
         std::vsnprintf(line + length, sizeof line - static_cast<size_t>(length), format, arguments);
     va_end(arguments);

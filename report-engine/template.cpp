@@ -49,7 +49,7 @@ bool TextEntry(lua_State *state, int table, const char *key, char *out, size_t s
     }
     size_t length = 0;
     const char *value = type == LUA_TSTRING ? lua_tolstring(state, -1, &length) : nullptr;
-    if (value == nullptr) luaL_error(state, "'%s' must be a text", key);
+    if (value == nullptr) return luaL_error(state, "'%s' must be a text", key) != 0;
     if (length >= size) luaL_error(state, "'%s' may have %d bytes", key, static_cast<int>(size) - 1);
     const char *next = value;
     while (next < value + length) {

@@ -165,6 +165,7 @@ TEST(Entries, ManyReportsRunAtOnce)
 {
     const Directory directory;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     std::atomic<int> written = 0;
     for (int number = 0; number < 4; ++number) {
         threads.emplace_back([&, number] {

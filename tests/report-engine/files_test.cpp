@@ -286,6 +286,7 @@ TEST_F(Files, PagesAreDrawnWithLowDescriptorsInUseOrClosed)
     // The descriptors that the drawing program expects may be taken, or free and given to the engine's own
     // files.
     std::vector<int> taken;
+    taken.reserve(10);
     for (int i = 0; i < 10; ++i) {
         taken.push_back(open("/dev/null", O_RDONLY));
     }
