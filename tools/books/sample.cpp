@@ -91,6 +91,16 @@ void WriteIniFiles(const fs::path &place, const fs::path &target)
     WriteText(place / "vark.ini", "[VARK]\nPfad=" + data + "\nReportPfad=" + reports + "\n");
 }
 
+// The report templates that lie beside this program; an installation without them has no reports.
+void CopyTemplates(const fs::path &target)
+{
+    const fs::path templates = fs::read_symlink("/proc/self/exe").parent_path() / "templates";
+    if (!fs::is_directory(templates)) return;
+    for (const fs::directory_entry &file : fs::directory_iterator(templates)) {
+        fs::copy_file(file.path(), target / file.path().filename());
+    }
+}
+
 // The directory being filled; gone again unless it was moved to its place.
 struct Workplace {
     fs::path Path;
@@ -177,6 +187,7 @@ SampleSummary MakeSample(const SampleOptions &options, const Progress &progress)
     const fs::path data = workplace.Path / dataDirectory;
     fs::create_directory(data);
     fs::create_directory(workplace.Path / reportDirectory);
+    CopyTemplates(workplace.Path / reportDirectory);
     WriteIniFiles(workplace.Path, wanted.Directory);
 
     SampleSummary summary;

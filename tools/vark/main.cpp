@@ -6,6 +6,7 @@
 #include "tools/vark/booking.h"
 #include "tools/vark/pick.h"
 #include "tools/vark/reasons.h"
+#include "tools/vark/report.h"
 #include "tools/vark/status.h"
 
 #include <cstdio>
@@ -102,6 +103,29 @@ int Run(int argc, char **argv)
                          "bei stapel: alle, auch zum Anlegen, Ändern und Löschen");
     pickDialog->footer("Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4");
 
+    cli::ReportOptions report;
+    CLI::App *reports = tools::AddCommand(app, "bericht", "Berichte als Text oder Datei");
+    reports->require_subcommand(1);
+    CLI::App *balances = tools::AddCommand(*reports, "susa", "Summen- und Saldenliste");
+    balances->add_option("--mandant", report.Mandant, "Nummer des Mandanten")->required();
+    balances->add_option("--per", report.Per, "letzter Tag, TT.MM.JJJJ; sonst heute");
+    balances->add_option("--von", report.Von, "erstes Konto");
+    balances->add_option("--bis", report.Bis, "letztes Konto");
+    balances->add_option("--art", report.Art, "Sachkonten, Kreditoren oder Debitoren");
+    for (const char *kind : {"pdf", "csv", "json", "html"}) {
+        balances->add_option_function<std::string>(
+            std::string("--") + kind,
+            [&report, kind](const std::string &path) {
+                report.Target = path;
+                report.Kind = kind;
+            },
+            "in diese Datei");
+    }
+    bool isText = true; // what comes without a file
+    balances->add_flag("--text", isText, "als Text, wie auch ohne Angabe");
+    balances->footer("Beispiele:\n  vark bericht susa --mandant 1 --per 31.3.98\n"
+                     "  vark bericht susa --mandant 1 --per 31.3.98 --art Debitoren --pdf susa.pdf");
+
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;
     if (!*pickDialog) cli::UseNoWindows();
@@ -111,6 +135,8 @@ int Run(int argc, char **argv)
     if (*book) return cli::Book(booking);
     if (*showBatch) return cli::ShowBatch(batch);
     if (*pickDialog) return cli::Pick(pick);
+
+    if (*balances) return cli::MakeSummenSaldenListe(report);
     return tools::ExitUsage;
 }
 

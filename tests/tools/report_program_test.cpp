@@ -1,0 +1,94 @@
+// `vark bericht susa` through the built program, on sample books.
+#include "tests/tools/program.h"
+
+#include <gtest/gtest.h>
+
+using namespace tests;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct ReportProgram : testing::Test {
+    TemporaryDirectory Directory;
+    fs::path Books = Directory.Path / "buch";
+
+    void SetUp() override { ASSERT_EQ(0, tests::Books({"beispiel", Books.string()}).ExitCode); }
+
+    Result Susa(std::vector<std::string> more)
+    {
+        std::vector<std::string> arguments = {"bericht", "susa", "--mandant", "1"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Vark(Books, std::move(arguments));
+    }
+    std::string File(const char *name) const { return (Directory.Path / name).string(); }
+};
+
+bool Contains(const std::string &text, const std::string &part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST_F(ReportProgram, TextGoesToStandardOutput)
+{
+    const Result result = Susa({"--per", "31.3.98", "--von", "1810", "--bis", "1820"});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_TRUE(Contains(result.Out, "Summen- und Saldenliste"));
+    EXPECT_TRUE(Contains(result.Out, "per 31.03.1998 (Monat: März)"));
+    EXPECT_TRUE(Contains(result.Out, "Kasse Hauptgeschäft"));
+    EXPECT_TRUE(Contains(result.Out, "Kasse Filiale Altona"));
+    EXPECT_FALSE(Contains(result.Out, "Postbank"));
+}
+
+TEST_F(ReportProgram, KindOfAccountIsChosenByItsName)
+{
+    EXPECT_TRUE(Contains(Susa({"--per", "31.3.98", "--art", "Debitoren"}).Out, "Adler-Apotheke"));
+    const Result refused = Susa({"--per", "31.3.98", "--art", "Konten"});
+    EXPECT_EQ(2, refused.ExitCode);
+    EXPECT_EQ("vark: Die Art ist Sachkonten, Kreditoren oder Debitoren, nicht Konten\n", refused.Err);
+}
+
+TEST_F(ReportProgram, FilesAreMadeByKind)
+{
+    EXPECT_EQ(0, Susa({"--per", "31.3.98", "--pdf", File("a.pdf")}).ExitCode);
+    EXPECT_EQ("%PDF", ReadFile(File("a.pdf")).substr(0, 4));
+    EXPECT_EQ(0, Susa({"--per", "31.3.98", "--csv", File("a.csv")}).ExitCode);
+    EXPECT_TRUE(Contains(ReadFile(File("a.csv")), "Konto;Bezeichnung"));
+    EXPECT_EQ(0, Susa({"--per", "31.3.98", "--json", File("a.json")}).ExitCode);
+    EXPECT_EQ('{', ReadFile(File("a.json")).front());
+    EXPECT_EQ(0, Susa({"--per", "31.3.98", "--html", File("a.html")}).ExitCode);
+    EXPECT_TRUE(Contains(ReadFile(File("a.html")), "<html"));
+}
+
+TEST_F(ReportProgram, FileWhoseNameSaysAnotherKindIsRefused)
+{
+    const Result result = Susa({"--per", "31.3.98", "--pdf", File("a.csv")});
+    EXPECT_EQ(2, result.ExitCode);
+    EXPECT_EQ("vark: --pdf braucht eine Datei auf .pdf\n", result.Err);
+    EXPECT_FALSE(fs::exists(File("a.csv")));
+}
+
+TEST_F(ReportProgram, DateThatIsNoneOrNotBookableIsRefused)
+{
+    EXPECT_EQ(2, Susa({"--per", "gestern"}).ExitCode);
+    EXPECT_EQ(2, Susa({"--per", "31.3"}).ExitCode);
+    const Result later = Susa({"--per", "31.3.99"});
+    EXPECT_EQ(1, later.ExitCode);
+    EXPECT_EQ("vark: Das Datum muß innerhalb der bebuchbaren Geschäftsjahre liegen!\n", later.Err);
+    EXPECT_EQ("", later.Out);
+}
+
+TEST_F(ReportProgram, UnknownMandantIsRefused)
+{
+    const Result result = Vark(Books, {"bericht", "susa", "--mandant", "9", "--per", "31.3.98"});
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_EQ("vark: Der Mandant existiert nicht!\n", result.Err);
+}
+
+TEST_F(ReportProgram, FileThatCannotBeWrittenIsTold)
+{
+    const Result result = Susa({"--per", "31.3.98", "--csv", File("missing/a.csv")});
+    EXPECT_EQ(3, result.ExitCode);
+    EXPECT_TRUE(Contains(result.Err, "a.csv läßt sich nicht schreiben."));
+}
