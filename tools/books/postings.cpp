@@ -283,6 +283,11 @@ struct Generator {
     void Reconcile();
 
     int64_t Amount(int64_t lowDm, int64_t highDm);
+    // What every month costs; the smaller Mandanten have smaller rooms and fewer people.
+    int64_t Fixed(int64_t pfennig) const
+    {
+        return Books.Of->OpeningShare == 1 ? pfennig : pfennig / (Books.Of->OpeningShare * 2);
+    }
     void StartYear(int index);
     void Run();
     int64_t WriteOpenItems();
@@ -533,7 +538,7 @@ void Generator::Sale(int64_t room)
             // A private customer in the EC pays the tax of this country.
             line.Duty = {Get(2430), Today >= regularChange ? regularSince : regularBefore, SteuerEg, true};
         }
-        line.HabenAmount = Amount(80, 6500);
+        line.HabenAmount = Amount(150, 16000);
         line.TaxAmount = Percent(line.HabenAmount, line.Duty.Rate);
         line.SollAmount = line.HabenAmount + line.TaxAmount;
         if (parts > 1) line.Status = BubeSplitSoll;
@@ -888,18 +893,18 @@ void Generator::Anything(int64_t room)
 void Generator::MonthBegins()
 {
     ++Voucher;
-    BookPlain(8010, 1840, 320000, "BA", Voucher, "Miete"_w);
-    BookExpense(*Get(8150), *Get(1840), 74000, "BA", Voucher, "Leasing Lieferwagen"_w);
-    BookPlain(8420, 1840, 41380, "BA", Voucher, "Telefon"_w);
-    if (Month % 3 == 0) BookPlain(8530, 1840, 96500, "BA", Voucher, "Versicherungen"_w);
+    BookPlain(8010, 1840, Fixed(320000), "BA", Voucher, "Miete"_w);
+    BookExpense(*Get(8150), *Get(1840), Fixed(74000), "BA", Voucher, "Leasing Lieferwagen"_w);
+    BookPlain(8420, 1840, Fixed(41380), "BA", Voucher, "Telefon"_w);
+    if (Month % 3 == 0) BookPlain(8530, 1840, Fixed(96500), "BA", Voucher, "Versicherungen"_w);
 }
 
 void Generator::MonthMiddle()
 {
     ++Voucher;
-    BookPlain(2450, 1840, 1250000, "BA", Voucher, "Umsatzsteuer-Vorauszahlung"_w);
-    BookPlain(2510, 1840, 1180000, "BA", Voucher, "Lohnsteuer"_w);
-    BookPlain(2520, 1840, 1460000, "BA", Voucher, "Krankenkassen"_w);
+    BookPlain(2450, 1840, Fixed(1250000), "BA", Voucher, "Umsatzsteuer-Vorauszahlung"_w);
+    BookPlain(2510, 1840, Fixed(1180000), "BA", Voucher, "Lohnsteuer"_w);
+    BookPlain(2520, 1840, Fixed(1460000), "BA", Voucher, "Krankenkassen"_w);
 }
 
 // Wages are one split: what the company owes for them stands on Soll, and on Haben who gets it.
@@ -917,8 +922,8 @@ void Generator::MonthWages()
         Line line;
         line.Soll = Get(7010);
         line.Haben = Get(part.Account);
-        line.SollAmount = part.Amount;
-        line.HabenAmount = part.Amount;
+        line.SollAmount = Fixed(part.Amount);
+        line.HabenAmount = line.SollAmount;
         line.Status = BubeSplitSoll;
         if (&part == parts) {
             line.Status |= BubeSplitAnfang;
@@ -929,16 +934,16 @@ void Generator::MonthWages()
         line.Text = part.Text;
         Book(line);
     }
-    BookPlain(7050, 2520, 730000, "LO", Voucher, "Anteil des Arbeitgebers"_w);
-    BookPlain(2530, 1840, 4120000, "BA", Voucher, "Löhne und Gehälter"_w);
+    BookPlain(7050, 2520, Fixed(730000), "LO", Voucher, "Anteil des Arbeitgebers"_w);
+    BookPlain(2530, 1840, Fixed(4120000), "BA", Voucher, "Löhne und Gehälter"_w);
 }
 
 void Generator::MonthEnds()
 {
     ++Voucher;
-    BookPlain(7530, 1260, 64000, "AF", Voucher, "Abschreibung Büroeinrichtung"_w);
-    BookPlain(7540, 1240, 118000, "AF", Voucher, "Abschreibung Fahrzeuge"_w);
-    BookPlain(7510, 1010, 27500, "AF", Voucher, "Abschreibung Software"_w);
+    BookPlain(7530, 1260, Fixed(64000), "AF", Voucher, "Abschreibung Büroeinrichtung"_w);
+    BookPlain(7540, 1240, Fixed(118000), "AF", Voucher, "Abschreibung Fahrzeuge"_w);
+    BookPlain(7510, 1010, Fixed(27500), "AF", Voucher, "Abschreibung Software"_w);
     if (CommunityNet != 0) {
         // A purchase in the EC bears tax on both sides.
         const int rate = Today >= regularChange ? regularSince : regularBefore;
@@ -953,11 +958,11 @@ void Generator::YearEnds()
 {
     ++Voucher;
     const int stock = Find(1410) != nullptr ? 1410 : Find(1450) != nullptr ? 1450 : 1480;
-    BookPlain(stock, 6310, 1840000, "AB", Voucher, "Bestandserhöhung"_w, BubeOhneNetto);
-    BookPlain(7010, 2120, 620000, "AB", Voucher, "Rückstellung für Urlaub"_w, BubeOhneNetto);
-    BookPlain(8460, 2140, 950000, "AB", Voucher, "Rückstellung für Abschluß"_w, BubeOhneNetto);
-    BookPlain(1910, 8530, 212000, "AB", Voucher, "Versicherungen Folgejahr"_w, BubeOhneNetto);
-    BookPlain(8730, 2110, 1430000, "AB", Voucher, "Gewerbesteuer"_w, BubeOhneNetto);
+    BookPlain(stock, 6310, Fixed(1840000), "AB", Voucher, "Bestandserhöhung"_w, BubeOhneNetto);
+    BookPlain(7010, 2120, Fixed(620000), "AB", Voucher, "Rückstellung für Urlaub"_w, BubeOhneNetto);
+    BookPlain(8460, 2140, Fixed(950000), "AB", Voucher, "Rückstellung für Abschluß"_w, BubeOhneNetto);
+    BookPlain(1910, 8530, Fixed(212000), "AB", Voucher, "Versicherungen Folgejahr"_w, BubeOhneNetto);
+    BookPlain(8730, 2110, Fixed(1430000), "AB", Voucher, "Gewerbesteuer"_w, BubeOhneNetto);
 }
 
 // Brings the collective accounts up to what happened on Debitoren and Kreditoren this month.

@@ -5,6 +5,7 @@
 #include "tools/vark/batch.h"
 #include "tools/vark/booking.h"
 #include "tools/vark/pick.h"
+#include "tools/vark/queries.h"
 #include "tools/vark/reasons.h"
 #include "tools/vark/report.h"
 #include "tools/vark/status.h"
@@ -102,6 +103,39 @@ int Run(int argc, char **argv)
     pickDialog->add_flag("--verwalten", pick.Manages,
                          "bei stapel: alle, auch zum Anlegen, Ändern und Löschen");
     pickDialog->footer("Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4");
+    cli::QueryOptions query;
+    const auto addQuery = [&](const char *name, const char *description, const char *example) {
+        CLI::App *command = tools::AddCommand(app, name, description);
+        command->add_option("--mandant", query.Mandant, "Nummer des Mandanten")->required();
+        command->footer(std::string("Beispiel: vark ") + example);
+        return command;
+    };
+    const auto addForms = [&](CLI::App *command) {
+        command->add_flag("--csv", isCsv, "Ausgabe als CSV");
+        command->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
+    };
+    CLI::App *accounts =
+        addQuery("konten", "Konten einer Art auflisten", "konten --mandant 1 --art Debitor --von 10100");
+    accounts->add_option("--art", query.Kind, "Sachkonto, Kreditor oder Debitor")->required();
+    accounts->add_option("--von", query.From, "ab dieser Nummer");
+    accounts->add_option("--bis", query.To, "bis zu dieser Nummer");
+    addForms(accounts);
+    CLI::App *freeNumber =
+        addQuery("konto-frei", "Die nächste freie Nummer", "konto-frei --mandant 1 --art Kreditor");
+    freeNumber->add_option("--art", query.Kind, "Kreditor oder Debitor")->required();
+    CLI::App *balance = addQuery("saldo", "Saldo eines Kontos", "saldo --mandant 1 1840");
+    balance->add_option("KONTO", query.Konto, "Kontonummer")->required();
+    balance->add_option("--art", query.Kind,
+                        "Sachkonto, Kreditor, Debitor, Kostenstelle; sonst nach der Nummer");
+    addForms(balance);
+    CLI::App *journal = addQuery("journal", "Endgültige Buchungen eines Geschäftsjahrs",
+                                 "journal --mandant 1 --ab 1.1.97 --csv | head");
+    journal->add_option("--ab", query.From, "ab diesem Tag; er bestimmt auch das Geschäftsjahr")->required();
+    addForms(journal);
+    CLI::App *items = addQuery("op", "Offene Posten", "op --mandant 1 --art Debitor --konto 10010");
+    items->add_option("--art", query.Kind, "Debitor oder Kreditor")->required();
+    items->add_option("--konto", query.Konto, "nur die dieses Kontos");
+    addForms(items);
 
     cli::ReportOptions report;
     CLI::App *reports = tools::AddCommand(app, "bericht", "Berichte als Text oder Datei");
@@ -130,12 +164,17 @@ int Run(int argc, char **argv)
     if (parsed >= 0) return parsed;
     if (!*pickDialog) cli::UseNoWindows();
     if (!configuration.empty()) tools::UseConfiguration(configuration);
-    batch.As = isJson ? cli::Output::Json : isCsv ? cli::Output::Csv : cli::Output::Table;
+    batch.As = isJson ? tools::Output::Json : isCsv ? tools::Output::Csv : tools::Output::Table;
     if (*status) return cli::ShowStatus(isJson);
     if (*book) return cli::Book(booking);
     if (*showBatch) return cli::ShowBatch(batch);
     if (*pickDialog) return cli::Pick(pick);
-
+    query.As = batch.As;
+    if (*accounts) return cli::ListAccounts(query);
+    if (*freeNumber) return cli::ShowFreeNumber(query);
+    if (*balance) return cli::ShowBalance(query);
+    if (*journal) return cli::ShowJournal(query);
+    if (*items) return cli::ShowOpenItems(query);
     if (*balances) return cli::MakeSummenSaldenListe(report);
     return tools::ExitUsage;
 }

@@ -44,6 +44,8 @@ ReasonCatcher::~ReasonCatcher()
     close(caught);
 }
 
+void ReasonCatcher::Pass(const std::string &text) const { WriteAll(caught < 0 ? STDERR_FILENO : real, text); }
+
 std::string ReasonCatcher::Take()
 {
     std::string reasons;
@@ -77,6 +79,8 @@ std::string TextOfCode(int code)
     case -2: return "Der Betrag kann nicht umgerechnet werden.";
     case -3: return "Die Datenbank läßt sich nicht benutzen.";
     case -5: return "Der Mandant existiert nicht.";
+    case -7: return "Die Kontoart ist unzulässig.";
+    case -37: return "Es ist keine Nummer mit 7 Zeichen mehr frei.";
     case -36: return "In keiner Ini-Datei steht, wo die Daten liegen (tolka.ini: [TOLKA] Pfad32=…).";
     case -42: return "Die Bibliothek hat keinen Speicher für diesen Aufruf.";
     default: return "Abgelehnt mit dem Code " + std::to_string(code) + ".";

@@ -19,6 +19,8 @@ struct ReasonCatcher {
 
     // The messages shown since the last call, separated by blanks; empty when there were none.
     std::string Take();
+    // Writes to the real standard error.
+    void Pass(const std::string &text) const;
 
 private:
     int caught = -1; // file that stands in for standard error

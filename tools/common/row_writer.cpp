@@ -1,0 +1,124 @@
+#include "tools/common/row_writer.h"
+
+#include "text/windows1252.h"
+#include "tools/common/texts.h"
+
+#include <cstdio>
+
+namespace tools {
+
+namespace {
+
+constexpr size_t flushBytes = 1 << 16;
+// Longest text of a record field, in UTF-8.
+constexpr size_t utf8Max = 512;
+
+void AppendJson(std::string &to, std::string_view text)
+{
+    to += '"';
+    for (const char character : text) {
+        if (character == '"' || character == '\\') to += '\\';
+        // Control characters never stand in a text that a person entered.
+        to += static_cast<unsigned char>(character) < 0x20 ? ' ' : character;
+    }
+    to += '"';
+}
+
+} // namespace
+
+RowWriter::RowWriter(std::vector<RowColumn> rowColumns, Output form)
+    : columns(std::move(rowColumns)), as(form)
+{
+    Begin();
+}
+
+void RowWriter::Begin()
+{
+    if (as == Output::Json) {
+        buffer += '[';
+        return;
+    }
+    if (as == Output::Csv) {
+        for (const RowColumn &one : columns) {
+            if (&one != &columns.front()) buffer += ';';
+            buffer += one.Heading;
+        }
+        buffer += '\n';
+        return;
+    }
+    for (const bool isRule : {false, true}) {
+        for (const RowColumn &one : columns) {
+            if (&one != &columns.front()) buffer += "  ";
+            if (isRule) {
+                for (size_t i = 0; i < one.Width; ++i) {
+                    buffer += "─";
+                }
+            } else {
+                const bool isLast = &one == &columns.back();
+                buffer += isLast                     ? one.Heading
+                          : one.Side == Align::Right ? Right(one.Heading, one.Width)
+                                                     : Left(one.Heading, one.Width);
+            }
+        }
+        buffer += '\n';
+    }
+}
+
+void RowWriter::Put(const char *windows1252)
+{
+    char utf8[utf8Max];
+    text::ToUtf8(windows1252, utf8, sizeof utf8);
+    PutUtf8(utf8);
+}
+
+void RowWriter::PutNumber(int64_t number) { PutUtf8(std::to_string(number)); }
+
+void RowWriter::PutUtf8(std::string_view utf8)
+{
+    const RowColumn &one = columns[column];
+    if (as == Output::Json) {
+        buffer += column > 0 ? ", " : Rows > 0 ? ",\n {" : "\n {";
+        AppendJson(buffer, one.Name);
+        buffer += ": ";
+        AppendJson(buffer, utf8);
+    } else if (as == Output::Csv) {
+        if (column > 0) buffer += ';';
+        if (utf8.find_first_of("\"; ") == std::string_view::npos) {
+            buffer += utf8;
+        } else {
+            buffer += CsvField(std::string(utf8));
+        }
+    } else {
+        if (column > 0) buffer += "  ";
+        const bool isLast = column + 1 == columns.size();
+        buffer += one.Side == Align::Right ? Right(utf8, one.Width)
+                  : isLast                 ? std::string(utf8)
+                                           : Left(utf8, one.Width);
+    }
+    ++column;
+}
+
+void RowWriter::EndRow()
+{
+    if (as == Output::Json) buffer += '}';
+    if (as == Output::Table) buffer.erase(buffer.find_last_not_of(' ') + 1);
+    if (as != Output::Json) buffer += '\n';
+    column = 0;
+    ++Rows;
+    if (buffer.size() >= flushBytes) Flush();
+}
+
+void RowWriter::End()
+{
+    if (as == Output::Json) buffer += "\n]\n";
+    Flush();
+    std::fflush(stdout);
+}
+
+void RowWriter::Flush()
+{
+    std::fwrite(buffer.data(), 1, buffer.size(), stdout);
+    buffer.clear();
+}
+
+} // namespace tools

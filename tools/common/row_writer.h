@@ -1,0 +1,46 @@
+// Rows that go out as they come: as a table of fixed columns, as CSV, or as JSON. Nothing is gathered, so
+// memory does not grow with the rows.
+#pragma once
+
+#include "tools/common/text_table.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tools {
+
+enum class Output : uint8_t { Table, Csv, Json };
+
+struct RowColumn {
+    const char *Heading; // of tables and CSV
+    const char *Name;    // of JSON
+    size_t Width;        // of tables; the last column is not filled up
+    Align Side = Align::Left;
+};
+
+// Writes to standard output. The end of the rows must be told.
+struct RowWriter {
+    RowWriter(std::vector<RowColumn> columns, Output as);
+
+    // The next column's value: Windows-1252 as the library gives it, or UTF-8.
+    void Put(const char *windows1252);
+    void PutUtf8(std::string_view utf8);
+    void PutNumber(int64_t number);
+    void EndRow();
+    void End();
+
+    int64_t Rows = 0;
+
+private:
+    void Begin();
+    void Flush();
+
+    std::vector<RowColumn> columns;
+    Output as;
+    size_t column = 0;
+    std::string buffer;
+};
+
+} // namespace tools
