@@ -98,7 +98,7 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
         Withdraw(change);
         if (!WaitMore(&patience)) break;
     }
-    if (status == BtrStatusOk) status = ViewCursor(handle, store->Writer, &change->Cursor);
+    if (status == BtrStatusOk) status = UseWriteCursor(handle, &change->Cursor);
     if (status != BtrStatusOk) {
         Withdraw(change);
         return status;
@@ -163,7 +163,8 @@ int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t
     if (key.Duplicates) {
         // The running number is the highest of all, so another of the group would lie just before.
         Bytes before;
-        status = SeekPrevious(change->Cursor, &before);
+        Bytes ignored;
+        status = SeekPrevious(change->Cursor, &before, &ignored);
         if (status != BtrStatusOk && status != BtrStatusEndOfFile) {
             change->Damaged = true;
             return status;
@@ -298,6 +299,7 @@ void FollowRecord(const Call &call, const Key &key, const uint8_t *record, uint6
     ValueFromRecord(definition, key, record, call.Key);
     if (IsNull(definition, key, record)) return;
     handle->LogicalKey = call.KeyNumber;
+    handle->AtPlace = false;
     handle->PlaceLength = EntryKeyOf(definition, key, record, running, handle->Place);
 }
 

@@ -268,12 +268,13 @@ void EndView(ClientStore *store)
     if (store->Writer == nullptr) ResetSnapshot(store->Snapshot);
 }
 
-int16_t ViewCursor(Handle *handle, MDB_txn *view, MDB_cursor **cursor)
+int16_t UseWriteCursor(Handle *handle, MDB_cursor **cursor)
 {
-    const bool pending = handle->In->Home->Writer != nullptr;
-    MDB_cursor **own = pending ? &handle->WriteCursor : &handle->ReadCursor;
-    const int16_t status = OpenCursor(view, *handle->In->Of, own, !pending);
-    *cursor = *own;
+    int16_t status = BtrStatusOk;
+    if (handle->WriteCursor == nullptr) {
+        status = OpenWriteCursor(handle->In->Home->Writer, *handle->In->Of, &handle->WriteCursor);
+    }
+    *cursor = handle->WriteCursor;
     return status;
 }
 

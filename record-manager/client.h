@@ -87,7 +87,10 @@ struct Handle {
     uint32_t Index;
     int8_t Mode;
     ClientFile *In;
-    MDB_cursor *ReadCursor;
+    SnapshotCursor IndexCursor;
+    SnapshotCursor RecordCursor;
+    bool AtPlace;      // IndexCursor, if it still stands, is on the entry of Place
+    uint32_t AtRecord; // and RecordCursor on this record
     MDB_cursor *WriteCursor;
 
     Physical State;
@@ -154,8 +157,8 @@ void ReleaseClientFile(ClientFile *file);
 // Where to read: the pending changes, or a fresh snapshot until EndView.
 int16_t BeginView(ClientStore *store, MDB_txn **view);
 void EndView(ClientStore *store);
-// The position block's cursor in that view.
-int16_t ViewCursor(Handle *handle, MDB_txn *view, MDB_cursor **cursor);
+// The position block's cursor in the pending changes.
+int16_t UseWriteCursor(Handle *handle, MDB_cursor **cursor);
 
 // Locks a record for a position block or a pending change, or counts one more holder.
 LockResult HoldRecord(ClientFile *file, uint32_t record, const LockRequest &request);

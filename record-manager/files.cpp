@@ -219,7 +219,8 @@ int16_t CloseHandle(Handle *handle)
     }
     ReleaseSingle(handle);
     ReleaseAllMultiple(handle);
-    if (handle->ReadCursor != nullptr) CloseCursor(handle->ReadCursor);
+    if (handle->IndexCursor.Cursor != nullptr) CloseCursor(handle->IndexCursor.Cursor);
+    if (handle->RecordCursor.Cursor != nullptr) CloseCursor(handle->RecordCursor.Cursor);
     if (handle->WriteCursor != nullptr) CloseCursor(handle->WriteCursor);
     RemoveHandle(client, handle);
     file->Opens--;

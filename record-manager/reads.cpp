@@ -19,30 +19,83 @@ struct Search {
     size_t Size;
     size_t Prefix;
     Side Where;
-    int16_t None; // status when nothing is there
+    bool FromHere; // the bound is where the position block stands
+    int16_t None;  // status when nothing is there
 };
 
-int16_t FindEntry(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+// Searches with a cursor; one that stands where the search begins only moves on.
+int16_t SeekOrMove(MDB_cursor *cursor, bool stands, const Search &search, Bytes *key, Bytes *value)
 {
-    MDB_cursor *cursor = nullptr;
-    int16_t status = ViewCursor(handle, view, &cursor);
-    if (status != BtrStatusOk) return status;
-    Bytes key;
-    Bytes value;
-    status = Seek(cursor, {search.Bound, search.Size}, search.Where, &key, &value);
+    if (!stands) return Seek(cursor, {search.Bound, search.Size}, search.Where, key, value);
+    return search.Where == Side::Before ? SeekPrevious(cursor, key, value) : SeekNext(cursor, key, value);
+}
+
+int16_t FindRecord(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+{
+    const File &file = *handle->In->Of;
+    Bytes key{};
+    int16_t status = BtrStatusOk;
+    if (handle->In->Home->Writer != nullptr) {
+        MDB_cursor *cursor = nullptr;
+        status = UseWriteCursor(handle, &cursor);
+        if (status == BtrStatusOk) status = SeekOrMove(cursor, false, search, &key, &found->Stored);
+    } else {
+        bool stands = false;
+        status = UseCursor(view, file, &handle->RecordCursor, &stands);
+        stands = stands && search.FromHere && handle->State == Physical::Here &&
+                 handle->AtRecord == handle->Record;
+        handle->AtRecord = 0;
+        if (status == BtrStatusOk) {
+            status = SeekOrMove(handle->RecordCursor.Cursor, stands, search, &key, &found->Stored);
+        }
+    }
     if (status == BtrStatusEndOfFile) return search.None;
     if (status != BtrStatusOk) return status;
     if (!BeginsWith(key, search.Bound, search.Prefix)) return search.None;
+    if (key.Size != recordKeySize || !IsWhole(file.Layout, found->Stored)) return BtrStatusForeignFile;
+    found->Record = static_cast<uint32_t>(GetBigEndian(key.Data + 1, 4));
+    if (handle->In->Home->Writer == nullptr) handle->AtRecord = found->Record;
+    return BtrStatusOk;
+}
 
-    if (search.Bound[0] == recordsPrefix) {
-        if (key.Size != recordKeySize || !IsWhole(handle->In->Of->Layout, value)) return BtrStatusForeignFile;
-        *found = {static_cast<uint32_t>(GetBigEndian(key.Data + 1, 4)), {}, value};
-        return BtrStatusOk;
+// The record of an index entry; next to it lies, more often than not, the one that was read before.
+int16_t FetchIndexed(Handle *handle, MDB_txn *view, uint32_t record, Bytes *stored)
+{
+    const File &file = *handle->In->Of;
+    if (handle->In->Home->Writer != nullptr) return FetchStored(view, file, record, stored);
+    bool stands = false;
+    int16_t status = UseCursor(view, file, &handle->RecordCursor, &stands);
+    if (status != BtrStatusOk) return status;
+    const RecordKey key = KeyOfRecord(record);
+    status = SeekExactly(handle->RecordCursor.Cursor, ToBytes(key), stored);
+    handle->AtRecord = status == BtrStatusOk ? record : 0;
+    if (status != BtrStatusOk) return status;
+    return IsWhole(file.Layout, *stored) ? BtrStatusOk : BtrStatusForeignFile;
+}
+
+int16_t FindEntry(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+{
+    Bytes value{};
+    int16_t status = BtrStatusOk;
+    if (handle->In->Home->Writer != nullptr) {
+        MDB_cursor *cursor = nullptr;
+        status = UseWriteCursor(handle, &cursor);
+        if (status == BtrStatusOk) status = SeekOrMove(cursor, false, search, &found->Entry, &value);
+    } else {
+        bool stands = false;
+        status = UseCursor(view, *handle->In->Of, &handle->IndexCursor, &stands);
+        stands = stands && search.FromHere && handle->AtPlace;
+        handle->AtPlace = false;
+        if (status == BtrStatusOk) {
+            status = SeekOrMove(handle->IndexCursor.Cursor, stands, search, &found->Entry, &value);
+        }
     }
-    if (value.Size != 4 || key.Size > maxEntryKey) return BtrStatusForeignFile;
+    if (status == BtrStatusEndOfFile) return search.None;
+    if (status != BtrStatusOk) return status;
+    if (!BeginsWith(found->Entry, search.Bound, search.Prefix)) return search.None;
+    if (value.Size != 4 || found->Entry.Size > maxEntryKey) return BtrStatusForeignFile;
     found->Record = static_cast<uint32_t>(GetBigEndian(value.Data, 4));
-    found->Entry = key;
-    status = FetchStored(view, *handle->In->Of, found->Record, &found->Stored);
+    status = FetchIndexed(handle, view, found->Record, &found->Stored);
     // An entry without its record is damage.
     return status == BtrStatusKeyNotFound ? static_cast<int16_t>(BtrStatusForeignFile) : status;
 }
@@ -121,6 +174,7 @@ void MakeSearch(const Call &call, const Key &key, Search *search)
     const Handle &handle = *call.On;
     const Definition &definition = handle.In->Of->Layout;
     search->Prefix = 1;
+    search->FromHere = call.Operation == BtrOpGetNext || call.Operation == BtrOpGetPrevious;
     search->None = BtrStatusEndOfFile;
     const size_t valueEnd = 1u + key.Length;
     // Sorts behind every entry of the value, whatever its running number.
@@ -195,6 +249,7 @@ int16_t ReadByKey(const Call &call)
 
     SetPhysical(call, found);
     handle->LogicalKey = call.KeyNumber;
+    handle->AtPlace = handle->In->Home->Writer == nullptr;
     handle->PlaceLength = found.Entry.Size;
     memcpy(handle->Place, found.Entry.Data, found.Entry.Size);
     if (!call.KeyOnly) status = Deliver(call, found);
@@ -218,11 +273,12 @@ int16_t ReadByStep(const Call &call)
     search.Prefix = 1;
     search.None = BtrStatusEndOfFile;
     search.Where = Side::AtOrAfter;
-    const bool fromHere = handle->State != Physical::None;
+    search.FromHere = false;
     switch (call.Operation) {
     case BtrOpStepNext:
     case BtrOpStepPrevious:
-        if (fromHere) {
+        search.FromHere = handle->State != Physical::None;
+        if (search.FromHere) {
             PutBigEndian(search.Bound + 1, handle->Record, 4);
             search.Size = recordKeySize;
             const bool behind = call.Operation == BtrOpStepNext || handle->State == Physical::Behind;
@@ -240,7 +296,7 @@ int16_t ReadByStep(const Call &call)
 
     Found found{};
     status = FindAndLock(
-        call, request, [&](MDB_txn *view, Found *out) { return FindEntry(handle, view, search, out); },
+        call, request, [&](MDB_txn *view, Found *out) { return FindRecord(handle, view, search, out); },
         &found);
     if (status != BtrStatusOk) return status;
     SetPhysical(call, found);
@@ -298,6 +354,7 @@ int16_t ReadDirect(const Call &call)
     handle->LogicalKey = noLogicalKey;
     if (key != nullptr) {
         handle->LogicalKey = call.KeyNumber;
+        handle->AtPlace = false;
         handle->PlaceLength = EntryKeyOf(definition, *key, found.Stored, handle->Place);
     }
     if (!call.KeyOnly) status = Deliver(call, found);

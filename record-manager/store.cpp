@@ -815,10 +815,22 @@ int16_t WriteCounters(Store *store, MDB_txn *writer, const File &file, const Cou
     return PutCatalogue(store, writer, KeyOf(file.Number, 'c').Text, bytes, sizeof stored + values);
 }
 
-int16_t OpenCursor(MDB_txn *view, const File &file, MDB_cursor **cursor, bool renew)
+int16_t OpenWriteCursor(MDB_txn *writer, const File &file, MDB_cursor **cursor)
 {
-    if (*cursor == nullptr) return StatusOf(mdb_cursor_open(view, file.Tree, cursor));
-    return StatusOf(renew ? mdb_cursor_renew(view, *cursor) : 0);
+    return StatusOf(mdb_cursor_open(writer, file.Tree, cursor));
+}
+
+int16_t UseCursor(MDB_txn *snapshot, const File &file, SnapshotCursor *cursor, bool *stands)
+{
+    // Two snapshots of one number are the same, page by page, and what a cursor holds is pages: as long as
+    // nothing was committed it need not be renewed, which would cost it its place and a search from the root.
+    const uint64_t number = mdb_txn_id(snapshot);
+    *stands = cursor->Cursor != nullptr && cursor->Snapshot == number;
+    if (*stands) return BtrStatusOk;
+    const int error = cursor->Cursor == nullptr ? mdb_cursor_open(snapshot, file.Tree, &cursor->Cursor)
+                                                : mdb_cursor_renew(snapshot, cursor->Cursor);
+    if (error == 0) cursor->Snapshot = number;
+    return StatusOf(error);
 }
 
 void CloseCursor(MDB_cursor *cursor) { mdb_cursor_close(cursor); }
@@ -839,14 +851,37 @@ int16_t Seek(MDB_cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *valu
     return BtrStatusOk;
 }
 
-int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key)
+namespace {
+
+int16_t Move(MDB_cursor *cursor, MDB_cursor_op where, Bytes *key, Bytes *value)
 {
     MDB_val foundKey;
     MDB_val foundValue;
-    const int error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_PREV);
+    const int error = mdb_cursor_get(cursor, &foundKey, &foundValue, where);
     if (error == MDB_NOTFOUND) return BtrStatusEndOfFile;
     if (error != 0) return StatusOf(error);
     *key = ToBytes(foundKey);
+    *value = ToBytes(foundValue);
+    return BtrStatusOk;
+}
+
+} // namespace
+
+int16_t SeekNext(MDB_cursor *cursor, Bytes *key, Bytes *value) { return Move(cursor, MDB_NEXT, key, value); }
+
+int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key, Bytes *value)
+{
+    return Move(cursor, MDB_PREV, key, value);
+}
+
+int16_t SeekExactly(MDB_cursor *cursor, Bytes key, Bytes *value)
+{
+    MDB_val wanted = ToVal(key);
+    MDB_val found;
+    const int error = mdb_cursor_get(cursor, &wanted, &found, MDB_SET);
+    if (error == MDB_NOTFOUND) return BtrStatusKeyNotFound;
+    if (error != 0) return StatusOf(error);
+    *value = ToBytes(found);
     return BtrStatusOk;
 }
 

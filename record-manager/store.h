@@ -123,8 +123,17 @@ int16_t SetLoading(Store *store, bool loading);
 int16_t ReadCounters(Store *store, MDB_txn *view, const File &file, Counters *counters);
 int16_t WriteCounters(Store *store, MDB_txn *writer, const File &file, const Counters &counters);
 
-// A cursor on the file's tree. `*cursor` null: made; otherwise, for a snapshot, renewed.
-int16_t OpenCursor(MDB_txn *view, const File &file, MDB_cursor **cursor, bool renew);
+// A cursor on the file's tree in the own write transaction, which frees it at its end.
+int16_t OpenWriteCursor(MDB_txn *writer, const File &file, MDB_cursor **cursor);
+
+// A cursor on the file's tree that outlives the snapshots it is used in. Zeroed at first.
+struct SnapshotCursor {
+    MDB_cursor *Cursor;
+    uint64_t Snapshot; // where it was used last
+};
+// Makes it ready for a snapshot. `*stands` tells that it still stands where it stood, since nothing was
+// committed since.
+int16_t UseCursor(MDB_txn *snapshot, const File &file, SnapshotCursor *cursor, bool *stands);
 void CloseCursor(MDB_cursor *cursor);
 
 enum class Side { AtOrAfter, Before };
@@ -132,8 +141,11 @@ enum class Side { AtOrAfter, Before };
 // The entry nearest to `bound` on one side of it. Keys and values stay where they are until the transaction's
 // next change or end. Returns 0, 9 none, or a failure.
 int16_t Seek(MDB_cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
-// The entry before the one the cursor is on.
-int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key);
+// The entry beside the one the cursor is on.
+int16_t SeekNext(MDB_cursor *cursor, Bytes *key, Bytes *value);
+int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key, Bytes *value);
+// The entry of the key, and the cursor on it. Fast when it lies near. Returns 0, 4 none, or a failure.
+int16_t SeekExactly(MDB_cursor *cursor, Bytes key, Bytes *value);
 
 // Returns 0, 4 none, or a failure.
 int16_t Get(MDB_txn *view, const File &file, Bytes key, Bytes *value);

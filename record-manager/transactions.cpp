@@ -87,6 +87,7 @@ void StepBack(Handle *handle, MDB_txn *view)
     PutBigEndian(handle->Place + valueEnd, file.FirstSequence, stampSize);
     handle->Place[valueEnd + stampSize] = 1;
     handle->PlaceLength = valueEnd + stampSize + 1;
+    handle->AtPlace = false;
 }
 
 void StepAllBack(ClientStore *store)
