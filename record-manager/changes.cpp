@@ -14,7 +14,6 @@ struct Change {
     Handle *On;
     ClientStore *Store;
     ClientFile *In;
-    MDB_cursor *Cursor;
     uint32_t Locked; // record held for this change; 0: none
     bool OwnWriter;  // begun for this change alone
     bool Damaged;    // a tree may be half changed: what is pending can only be aborted
@@ -71,7 +70,7 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
     ClientFile *file = handle->In;
     ClientStore *store = file->Home;
     Client *client = store->Owner;
-    *change = {handle, store, file, nullptr, 0, false, false};
+    *change = {handle, store, file, 0, false, false};
     if (handle->Mode == BtrModeReadOnly || store->Books->ReadOnly) return BtrStatusAccessDenied;
     if (client->Failed != BtrStatusOk) return client->Failed;
     int16_t status = LockWholeFile(handle, call.Lock);
@@ -98,7 +97,6 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
         Withdraw(change);
         if (!WaitMore(&patience)) break;
     }
-    if (status == BtrStatusOk) status = UseWriteCursor(handle, &change->Cursor);
     if (status != BtrStatusOk) {
         Withdraw(change);
         return status;
@@ -111,12 +109,9 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
 int16_t KeepLock(Change *change)
 {
     ClientFile *file = change->In;
-    if (change->Locked == 0 || file->Home->Owner->Transaction != TransactionKind::Concurrent)
-        return BtrStatusOk;
-    for (size_t i = 0; i < file->Implicit.Count; ++i) {
-        if (file->Implicit.Locks[i].Record == change->Locked) return BtrStatusOk;
-    }
-    if (!AppendLock(&file->Implicit, {change->Locked, true})) return BtrStatusHandleTableFull;
+    const bool keeps = file->Home->Owner->Transaction == TransactionKind::Concurrent;
+    if (change->Locked == 0 || !keeps || CountOf(file->Implicit, change->Locked) > 0) return BtrStatusOk;
+    if (!AddCount(&file->Implicit, change->Locked)) return BtrStatusHandleTableFull;
     change->Locked = 0;
     return BtrStatusOk;
 }
@@ -145,69 +140,74 @@ int16_t EndChange(Change *change, int16_t status, unsigned treeChanges)
     return status;
 }
 
+MDB_cursor *IndexCursor(Change *change, const Key &key, int16_t *status)
+{
+    MDB_cursor *cursor = nullptr;
+    *status = UseWriteCursor(change->In, IndexTree(KeyIndex(change->In->Of->Layout, key)), &cursor);
+    return cursor;
+}
+
 // Adds the record's entry to the index of one key; 5 when the value is there and may not be twice.
 int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t number, uint64_t running)
 {
     const Definition &definition = change->In->Of->Layout;
     uint8_t entry[maxEntryKey];
-    uint8_t value[4];
-    const size_t valueEnd = 1u + key.Length;
     const size_t size = EntryKeyOf(definition, key, record, running, entry);
-    PutBigEndian(value, number, sizeof value);
-    int16_t status = Add(change->Cursor, {entry, size}, {value, sizeof value});
-    if (status != BtrStatusOk) {
-        if (status != BtrStatusDuplicateKey) change->Damaged = true;
-        return status;
-    }
+    int16_t status = BtrStatusOk;
+    MDB_cursor *cursor = IndexCursor(change, key, &status);
+    if (status == BtrStatusOk) status = Add(cursor, {entry, size}, KeyOfRecord(number));
+    if (status == BtrStatusDuplicateKey) return status;
     bool first = true;
-    if (key.Duplicates) {
+    if (status == BtrStatusOk && key.Duplicates) {
         // The running number is the highest of all, so another of the group would lie just before.
         Bytes before;
         Bytes ignored;
-        status = SeekPrevious(change->Cursor, &before, &ignored);
-        if (status != BtrStatusOk && status != BtrStatusEndOfFile) {
-            change->Damaged = true;
-            return status;
-        }
-        first = status == BtrStatusEndOfFile || !BeginsWith(before, entry, valueEnd);
+        status = SeekPrevious(cursor, &before, &ignored);
+        first = status == BtrStatusEndOfFile || !BeginsWith(before, entry, key.Length);
+        if (status == BtrStatusEndOfFile) status = BtrStatusOk;
     }
-    if (first) change->In->Now.UniqueValues[entry[0]]++;
+    if (status != BtrStatusOk) {
+        change->Damaged = true;
+        return status;
+    }
+    if (first) change->In->Now.UniqueValues[KeyIndex(definition, key)]++;
     return BtrStatusOk;
 }
 
 // Whether another entry of the group lies at the given side of the entry.
-int16_t HasNeighbour(Change *change, Bytes entry, size_t valueEnd, Side side, bool *has)
+int16_t HasNeighbour(MDB_cursor *cursor, const Key &key, Bytes entry, Side side, bool *has)
 {
     uint8_t bound[maxEntryKey + 1];
     memcpy(bound, entry.Data, entry.Size);
     bound[entry.Size] = 0;
-    Bytes key;
-    Bytes value;
+    Bytes found;
+    Bytes ignored;
     const size_t size = side == Side::AtOrAfter ? entry.Size + 1 : entry.Size;
-    const int16_t status = Seek(change->Cursor, {bound, size}, side, &key, &value);
-    *has = status == BtrStatusOk && BeginsWith(key, entry.Data, valueEnd);
+    const int16_t status = Seek(cursor, {bound, size}, side, &found, &ignored);
+    *has = status == BtrStatusOk && BeginsWith(found, entry.Data, key.Length);
     return status == BtrStatusEndOfFile ? static_cast<int16_t>(BtrStatusOk) : status;
 }
 
 int16_t RemoveEntry(Change *change, const Key &key, const uint8_t *entry)
 {
     const Bytes whole{entry, EntryKeySize(key)};
-    const size_t valueEnd = 1u + key.Length;
+    const size_t index = KeyIndex(change->In->Of->Layout, key);
     bool before = false;
     bool after = false;
     int16_t status = BtrStatusOk;
-    if (key.Duplicates) {
-        status = HasNeighbour(change, whole, valueEnd, Side::Before, &before);
-        if (status == BtrStatusOk && !before) {
-            status = HasNeighbour(change, whole, valueEnd, Side::AtOrAfter, &after);
-        }
+    MDB_cursor *cursor = IndexCursor(change, key, &status);
+    if (status == BtrStatusOk && key.Duplicates) {
+        status = HasNeighbour(cursor, key, whole, Side::Before, &before);
+        if (status == BtrStatusOk && !before)
+            status = HasNeighbour(cursor, key, whole, Side::AtOrAfter, &after);
     }
-    if (status == BtrStatusOk) status = Remove(change->Store->Writer, *change->In->Of, whole);
+    if (status == BtrStatusOk)
+        status = Remove(change->Store->Writer, change->In->Of->Trees[IndexTree(index)], whole);
     if (status != BtrStatusOk) {
         change->Damaged = true;
         return status == BtrStatusKeyNotFound ? static_cast<int16_t>(BtrStatusForeignFile) : status;
     }
-    if (!before && !after) change->In->Now.UniqueValues[entry[0]]--;
+    if (!before && !after) change->In->Now.UniqueValues[index]--;
     return BtrStatusOk;
 }
 
@@ -219,22 +219,16 @@ int16_t AssignNumbers(Change *change, uint8_t *record, bool *assigned)
         const Key &key = definition.Keys[i];
         if (!key.Autoincrement || AutoincrementOf(definition, key, record) != 0) continue;
         const bool descending = definition.Segments[key.FirstSegment].Descending;
-        uint8_t bound[2 + 8];
-        size_t size = 1;
-        bound[0] = static_cast<uint8_t>(i);
-        if (!descending) {
-            memset(bound + 1, 0xFF, key.Length + 1u);
-            size += key.Length + 1u;
-        }
         Bytes entry;
-        Bytes value;
-        const int16_t status =
-            Seek(change->Cursor, {bound, size}, descending ? Side::AtOrAfter : Side::Before, &entry, &value);
+        Bytes ignored;
+        int16_t status = BtrStatusOk;
+        MDB_cursor *cursor = IndexCursor(change, key, &status);
+        if (status == BtrStatusOk) {
+            status = Seek(cursor, {}, descending ? Side::First : Side::Last, &entry, &ignored);
+        }
         if (status != BtrStatusOk && status != BtrStatusEndOfFile) return status;
         uint64_t highest = 0;
-        if (status == BtrStatusOk && BeginsWith(entry, bound, 1)) {
-            highest = AutoincrementFromOrdered(definition, key, entry.Data + 1);
-        }
+        if (status == BtrStatusOk) highest = AutoincrementFromOrdered(definition, key, entry.Data);
         if (highest >= AutoincrementMax(key)) return BtrStatusDuplicateKey;
         SetAutoincrement(definition, key, record, highest + 1);
         *assigned = true;
@@ -330,8 +324,7 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
                 const Key &other = definition.Keys[done];
                 if (other.Duplicates || IsNull(definition, other, record.Data)) continue;
                 uint8_t entry[maxEntryKey];
-                entry[0] = static_cast<uint8_t>(done);
-                OrderedFromRecord(definition, other, record.Data, entry + 1);
+                OrderedFromRecord(definition, other, record.Data, entry);
                 const int16_t undone = RemoveEntry(change, other, entry);
                 if (undone != BtrStatusOk) return undone;
             }
@@ -340,9 +333,8 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
     }
 
     uint8_t *place = nullptr;
-    const RecordKey key = KeyOfRecord(number);
-    const int16_t status = Reserve(change->Store->Writer, *change->In->Of, ToBytes(key),
-                                   StampsSize(definition) + record.Size, true, &place);
+    const int16_t status = Reserve(change->Store->Writer, change->In->Of->Trees[recordTree],
+                                   KeyOfRecord(number), StampsSize(definition) + record.Size, true, &place);
     if (status != BtrStatusOk) {
         change->Damaged = true;
         return status;
@@ -439,7 +431,8 @@ int16_t CompareKeys(Change *change, const uint8_t *from, const uint8_t *to, KeyC
         uint8_t entry[maxEntryKey];
         Bytes value;
         const size_t size = EntryKeyOf(definition, key, to, 0, entry);
-        const int16_t status = Get(change->Store->Writer, *change->In->Of, {entry, size}, &value);
+        const unsigned tree = change->In->Of->Trees[IndexTree(i)];
+        const int16_t status = Get(change->Store->Writer, tree, {entry, size}, &value);
         if (status == BtrStatusOk) return BtrStatusDuplicateKey;
         if (status != BtrStatusKeyNotFound) return status;
     }
@@ -467,9 +460,8 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
         if (status != BtrStatusOk) return status;
     }
     uint8_t *place = nullptr;
-    const RecordKey key = KeyOfRecord(number);
-    const int16_t status = Reserve(change->Store->Writer, *change->In->Of, ToBytes(key),
-                                   StampsSize(definition) + record.Size, false, &place);
+    const int16_t status = Reserve(change->Store->Writer, change->In->Of->Trees[recordTree],
+                                   KeyOfRecord(number), StampsSize(definition) + record.Size, false, &place);
     if (status != BtrStatusOk) return status;
     memcpy(place, old.Data, StampsSize(definition));
     PutBigEndian(place, sequence, stampSize);
@@ -577,8 +569,7 @@ int16_t DeleteRecord(const Call &call)
         }
     }
     if (status == BtrStatusOk) {
-        const RecordKey key = KeyOfRecord(handle->Record);
-        status = Remove(change.Store->Writer, *handle->In->Of, ToBytes(key));
+        status = Remove(change.Store->Writer, handle->In->Of->Trees[recordTree], KeyOfRecord(handle->Record));
         if (status == BtrStatusOk) {
             handle->In->Now.Records--;
         } else {

@@ -150,7 +150,7 @@ Handle *FindHandle(const Client *client, const void *positionBlock)
     return handle != nullptr && handle->Check == image.Check ? handle : nullptr;
 }
 
-Handle *AddHandle(Client *client, void *positionBlock)
+Handle *AddHandle(Client *client, ClientFile *file, void *positionBlock)
 {
     size_t index = 0;
     while (index < client->HandleCount && client->Handles[index] != nullptr) {
@@ -166,6 +166,13 @@ Handle *AddHandle(Client *client, void *positionBlock)
     }
     auto *handle = static_cast<Handle *>(calloc(1, sizeof(Handle)));
     if (handle == nullptr) return nullptr;
+    const size_t trees = IndexTree(file->Of->Layout.KeyCount);
+    handle->Cursors = static_cast<SnapshotCursor *>(calloc(trees, sizeof(SnapshotCursor)));
+    if (handle->Cursors == nullptr) {
+        free(handle);
+        return nullptr;
+    }
+    handle->In = file;
     handle->Check = NewCheck(handle);
     handle->Index = static_cast<uint32_t>(index);
     handle->LogicalKey = noLogicalKey;
@@ -183,6 +190,10 @@ Handle *AddHandle(Client *client, void *positionBlock)
 void RemoveHandle(Client *client, Handle *handle)
 {
     client->Handles[handle->Index] = nullptr;
+    for (size_t tree = 0; tree < IndexTree(handle->In->Of->Layout.KeyCount); ++tree) {
+        if (handle->Cursors[tree].Cursor != nullptr) CloseCursor(handle->Cursors[tree].Cursor);
+    }
+    free(handle->Cursors);
     free(handle->Multiple.Locks);
     free(handle);
 }
@@ -248,7 +259,7 @@ void ReleaseClientFile(ClientFile *file)
     Unlock(file->Home->LockFd, OpensOffset(file->Of->Number), 1);
     ReleaseFile(file->Home->Books, file->Of);
     free(file->Held.Entries);
-    free(file->Implicit.Locks);
+    free(file->Implicit.Entries);
     free(file);
 }
 
@@ -268,13 +279,13 @@ void EndView(ClientStore *store)
     if (store->Writer == nullptr) ResetSnapshot(store->Snapshot);
 }
 
-int16_t UseWriteCursor(Handle *handle, MDB_cursor **cursor)
+int16_t UseWriteCursor(ClientFile *file, size_t tree, MDB_cursor **cursor)
 {
     int16_t status = BtrStatusOk;
-    if (handle->WriteCursor == nullptr) {
-        status = OpenWriteCursor(handle->In->Home->Writer, *handle->In->Of, &handle->WriteCursor);
+    if (file->WriteCursors[tree] == nullptr) {
+        status = OpenWriteCursor(file->Home->Writer, file->Of->Trees[tree], &file->WriteCursors[tree]);
     }
-    *cursor = handle->WriteCursor;
+    *cursor = file->WriteCursors[tree];
     return status;
 }
 

@@ -8,7 +8,7 @@
 //  4. Every lock in a position block's list, and every one in Implicit, is counted once in Held of its file;
 //  a
 //     counted record is locked in the lock description, or lies in the range of a Whole file.
-//  5. WriteCursor of a position block is set only while Writer of its store is.
+//  5. WriteCursors of a file are set only while Writer of its store is.
 #pragma once
 
 #include "record-manager/limits.h"
@@ -23,6 +23,7 @@ struct ClientFile;
 // A file made while changes are pending; making a file is not undone with them.
 struct PendingCreate {
     PendingCreate *Next;
+    uint32_t Replaced; // file number; nobody may open it until it is gone
     Definition Layout;
     char Name[BtrPathSize + 1];
 };
@@ -67,7 +68,8 @@ struct ClientFile {
     uint64_t FirstSequence; // the last one before the pending changes
     uint32_t FirstRecord;   // the last one before the pending changes
     RecordCounts Held;
-    LockList Implicit; // records changed in a concurrent transaction
+    RecordCounts Implicit; // of Held, what ends with the transaction and is in no position block's list
+    MDB_cursor *WriteCursors[1 + BtrMaxKeys]; // as File::Trees
 };
 
 enum class Physical : uint8_t {
@@ -79,7 +81,7 @@ enum class Physical : uint8_t {
 
 inline constexpr int8_t noLogicalKey = -1;
 inline constexpr int8_t mixedLogicalKey = -2; // changed under another key than it was read by
-inline constexpr size_t maxPlace = 1 + maxKeyLength + 6 + 2;
+inline constexpr size_t maxPlace = maxKeyLength + 6 + 2;
 
 // A position block in use.
 struct Handle {
@@ -87,11 +89,9 @@ struct Handle {
     uint32_t Index;
     int8_t Mode;
     ClientFile *In;
-    SnapshotCursor IndexCursor;
-    SnapshotCursor RecordCursor;
-    bool AtPlace;      // IndexCursor, if it still stands, is on the entry of Place
-    uint32_t AtRecord; // and RecordCursor on this record
-    MDB_cursor *WriteCursor;
+    SnapshotCursor *Cursors; // as File::Trees
+    bool AtPlace;            // the logical key's, if it still stands, is on the entry of Place
+    uint32_t AtRecord;       // and the records' on this one
 
     Physical State;
     bool KeyOnly; // the record itself was not read, so it cannot be changed
@@ -143,7 +143,7 @@ void ResetClient(Client *client);
 Handle *FindHandle(const Client *client, const void *positionBlock);
 
 // A new handle whose position block is filled; null for lack of memory.
-Handle *AddHandle(Client *client, void *positionBlock);
+Handle *AddHandle(Client *client, ClientFile *file, void *positionBlock);
 void RemoveHandle(Client *client, Handle *handle);
 
 // The client's part of the books, opened or found. ReleaseClientStore follows once it has no files open.
@@ -157,8 +157,8 @@ void ReleaseClientFile(ClientFile *file);
 // Where to read: the pending changes, or a fresh snapshot until EndView.
 int16_t BeginView(ClientStore *store, MDB_txn **view);
 void EndView(ClientStore *store);
-// The position block's cursor in the pending changes.
-int16_t UseWriteCursor(Handle *handle, MDB_cursor **cursor);
+// The cursor on one of the file's trees in the pending changes.
+int16_t UseWriteCursor(ClientFile *file, size_t tree, MDB_cursor **cursor);
 
 // Locks a record for a position block or a pending change, or counts one more holder.
 LockResult HoldRecord(ClientFile *file, uint32_t record, const LockRequest &request);

@@ -127,7 +127,7 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
     }
     Handle *handle = nullptr;
     if (status == BtrStatusOk) {
-        handle = AddHandle(call.Caller, call.PositionBlock);
+        handle = AddHandle(call.Caller, in, call.PositionBlock);
         if (handle == nullptr) status = BtrStatusHandleTableFull;
     }
     if (status == BtrStatusOk && loading && store->LoadingOpens == 0) {
@@ -139,7 +139,6 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
         ReleaseClientFile(in);
         return status;
     }
-    handle->In = in;
     handle->Mode = call.KeyNumber;
     in->Opens++;
     store->Opens++;
@@ -156,11 +155,12 @@ bool LockToReplace(ClientStore *store, uint32_t number)
     return TryLock(store->LockFd, LockKind::Write, OpensOffset(number), 1) == LockResult::Granted;
 }
 
-int16_t CreatePending(ClientStore *store, const char *name, const Definition &definition)
+int16_t CreatePending(ClientStore *store, const char *name, const Definition &definition, uint32_t replaced)
 {
     auto *created = static_cast<PendingCreate *>(calloc(1, sizeof(PendingCreate)));
     if (created == nullptr) return BtrStatusHandleTableFull;
     created->Layout = definition;
+    created->Replaced = replaced;
     memcpy(created->Name, name, strnlen(name, BtrPathSize));
     const int16_t status = CreateFile(store->Books, store->Writer, name, definition);
     if (status != BtrStatusOk) {
@@ -205,12 +205,12 @@ int16_t CloseHandle(Handle *handle)
     // Locks that were taken inside the transaction stay until its end.
     if (client->Transaction != TransactionKind::None) {
         if (handle->Single.Record != 0 && handle->Single.InTransaction &&
-            AppendLock(&file->Implicit, handle->Single)) {
+            AddCount(&file->Implicit, handle->Single.Record)) {
             handle->Single.Record = 0;
         }
         for (size_t i = 0; i < handle->Multiple.Count;) {
             HeldLock &lock = handle->Multiple.Locks[i];
-            if (lock.InTransaction && AppendLock(&file->Implicit, lock)) {
+            if (lock.InTransaction && AddCount(&file->Implicit, lock.Record)) {
                 lock = handle->Multiple.Locks[--handle->Multiple.Count];
             } else {
                 ++i;
@@ -219,9 +219,6 @@ int16_t CloseHandle(Handle *handle)
     }
     ReleaseSingle(handle);
     ReleaseAllMultiple(handle);
-    if (handle->IndexCursor.Cursor != nullptr) CloseCursor(handle->IndexCursor.Cursor);
-    if (handle->RecordCursor.Cursor != nullptr) CloseCursor(handle->RecordCursor.Cursor);
-    if (handle->WriteCursor != nullptr) CloseCursor(handle->WriteCursor);
     RemoveHandle(client, handle);
     file->Opens--;
     store->Opens--;
@@ -266,7 +263,7 @@ int16_t CreateFile(const Call &call)
     const bool replaces = status == BtrStatusOk && number != 0;
     if (replaces && !LockToReplace(store, number)) status = BtrStatusIncompatibleMode;
     if (status == BtrStatusOk) {
-        status = pending ? CreatePending(store, path.Name, definition)
+        status = pending ? CreatePending(store, path.Name, definition, number)
                          : CreateFile(store->Books, writer, path.Name, definition);
     }
     if (!pending) {
@@ -277,7 +274,8 @@ int16_t CreateFile(const Call &call)
         }
         LeaveGate(store->Books->WriteGate);
     }
-    if (replaces && status != BtrStatusIncompatibleMode) Unlock(store->LockFd, OpensOffset(number), 1);
+    const bool locked = replaces && status != BtrStatusIncompatibleMode;
+    if (locked && (!pending || status != BtrStatusOk)) Unlock(store->LockFd, OpensOffset(number), 1);
     ReleaseIdleStores(call.Caller);
     return status;
 }

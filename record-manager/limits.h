@@ -12,8 +12,8 @@ struct Limits {
     size_t MapSize = size_t{64} << 30;
     // One reader per thread and directory, over all processes.
     unsigned Readers = 4096;
-    // Files of one directory that a process can have used.
-    unsigned Trees = 1024;
+    // Of one directory: one for each file and one for each of its keys.
+    unsigned Trees = 2048;
 
     // How long a change waits for another's lock or for the one writer of the directory.
     unsigned ChangeWait_ms = 5000;

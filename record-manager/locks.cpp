@@ -154,6 +154,14 @@ uint32_t SubtractCount(RecordCounts *counts, uint32_t record)
     return 0;
 }
 
+void ClearCounts(RecordCounts *counts)
+{
+    for (size_t i = 0; i < counts->Capacity; ++i) {
+        counts->Entries[i] = {0, 0};
+    }
+    counts->Used = 0;
+}
+
 uint32_t NextHeld(const RecordCounts &counts, uint32_t from)
 {
     uint32_t next = UINT32_MAX;

@@ -60,6 +60,7 @@ uint32_t CountOf(const RecordCounts &counts, uint32_t record);
 bool AddCount(RecordCounts *counts, uint32_t record);
 // Returns what is left.
 uint32_t SubtractCount(RecordCounts *counts, uint32_t record);
+void ClearCounts(RecordCounts *counts);
 // The lowest record held that is not below `from`; there must be one.
 uint32_t NextHeld(const RecordCounts &counts, uint32_t from);
 

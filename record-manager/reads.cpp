@@ -15,12 +15,13 @@ struct Found {
 
 // Where to search: the entries on one side of a bound that begin as the bound does for `Prefix` bytes.
 struct Search {
-    uint8_t Bound[maxPlace + 1];
-    size_t Size;
-    size_t Prefix;
+    size_t Tree;
     Side Where;
     bool FromHere; // the bound is where the position block stands
     int16_t None;  // status when nothing is there
+    size_t Size;
+    size_t Prefix;
+    alignas(uint32_t) uint8_t Bound[maxPlace + 1];
 };
 
 // Searches with a cursor; one that stands where the search begins only moves on.
@@ -30,30 +31,37 @@ int16_t SeekOrMove(MDB_cursor *cursor, bool stands, const Search &search, Bytes 
     return search.Where == Side::Before ? SeekPrevious(cursor, key, value) : SeekNext(cursor, key, value);
 }
 
-int16_t FindRecord(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+// Searches one of the file's trees. `stands` tells that the cursor, if it still stands, is where the search
+// begins.
+int16_t Find(Handle *handle, MDB_txn *view, const Search &search, bool stands, Bytes *key, Bytes *value)
 {
-    const File &file = *handle->In->Of;
-    Bytes key{};
+    ClientFile *file = handle->In;
     int16_t status = BtrStatusOk;
-    if (handle->In->Home->Writer != nullptr) {
+    if (file->Home->Writer != nullptr) {
         MDB_cursor *cursor = nullptr;
-        status = UseWriteCursor(handle, &cursor);
-        if (status == BtrStatusOk) status = SeekOrMove(cursor, false, search, &key, &found->Stored);
+        status = UseWriteCursor(file, search.Tree, &cursor);
+        if (status == BtrStatusOk) status = SeekOrMove(cursor, false, search, key, value);
     } else {
-        bool stands = false;
-        status = UseCursor(view, file, &handle->RecordCursor, &stands);
-        stands = stands && search.FromHere && handle->State == Physical::Here &&
-                 handle->AtRecord == handle->Record;
-        handle->AtRecord = 0;
-        if (status == BtrStatusOk) {
-            status = SeekOrMove(handle->RecordCursor.Cursor, stands, search, &key, &found->Stored);
-        }
+        SnapshotCursor &cursor = handle->Cursors[search.Tree];
+        bool unmoved = false;
+        status = UseCursor(view, file->Of->Trees[search.Tree], &cursor, &unmoved);
+        if (status == BtrStatusOk) status = SeekOrMove(cursor.Cursor, stands && unmoved, search, key, value);
     }
     if (status == BtrStatusEndOfFile) return search.None;
     if (status != BtrStatusOk) return status;
-    if (!BeginsWith(key, search.Bound, search.Prefix)) return search.None;
-    if (key.Size != recordKeySize || !IsWhole(file.Layout, found->Stored)) return BtrStatusForeignFile;
-    found->Record = static_cast<uint32_t>(GetBigEndian(key.Data + 1, 4));
+    return BeginsWith(*key, search.Bound, search.Prefix) ? static_cast<int16_t>(BtrStatusOk) : search.None;
+}
+
+int16_t FindRecord(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+{
+    Bytes key{};
+    const bool stands =
+        search.FromHere && handle->State == Physical::Here && handle->AtRecord == handle->Record;
+    handle->AtRecord = 0;
+    const int16_t status = Find(handle, view, search, stands, &key, &found->Stored);
+    if (status != BtrStatusOk) return status;
+    found->Record = RecordNumber(key);
+    if (found->Record == 0 || !IsWhole(handle->In->Of->Layout, found->Stored)) return BtrStatusForeignFile;
     if (handle->In->Home->Writer == nullptr) handle->AtRecord = found->Record;
     return BtrStatusOk;
 }
@@ -63,38 +71,25 @@ int16_t FetchIndexed(Handle *handle, MDB_txn *view, uint32_t record, Bytes *stor
 {
     const File &file = *handle->In->Of;
     if (handle->In->Home->Writer != nullptr) return FetchStored(view, file, record, stored);
-    bool stands = false;
-    int16_t status = UseCursor(view, file, &handle->RecordCursor, &stands);
+    bool unmoved = false;
+    handle->AtRecord = 0;
+    int16_t status = UseCursor(view, file.Trees[recordTree], &handle->Cursors[recordTree], &unmoved);
     if (status != BtrStatusOk) return status;
-    const RecordKey key = KeyOfRecord(record);
-    status = SeekExactly(handle->RecordCursor.Cursor, ToBytes(key), stored);
-    handle->AtRecord = status == BtrStatusOk ? record : 0;
+    status = SeekExactly(handle->Cursors[recordTree].Cursor, KeyOfRecord(record), stored);
     if (status != BtrStatusOk) return status;
+    handle->AtRecord = record;
     return IsWhole(file.Layout, *stored) ? BtrStatusOk : BtrStatusForeignFile;
 }
 
 int16_t FindEntry(Handle *handle, MDB_txn *view, const Search &search, Found *found)
 {
     Bytes value{};
-    int16_t status = BtrStatusOk;
-    if (handle->In->Home->Writer != nullptr) {
-        MDB_cursor *cursor = nullptr;
-        status = UseWriteCursor(handle, &cursor);
-        if (status == BtrStatusOk) status = SeekOrMove(cursor, false, search, &found->Entry, &value);
-    } else {
-        bool stands = false;
-        status = UseCursor(view, *handle->In->Of, &handle->IndexCursor, &stands);
-        stands = stands && search.FromHere && handle->AtPlace;
-        handle->AtPlace = false;
-        if (status == BtrStatusOk) {
-            status = SeekOrMove(handle->IndexCursor.Cursor, stands, search, &found->Entry, &value);
-        }
-    }
-    if (status == BtrStatusEndOfFile) return search.None;
+    const bool stands = search.FromHere && handle->AtPlace;
+    handle->AtPlace = false;
+    int16_t status = Find(handle, view, search, stands, &found->Entry, &value);
     if (status != BtrStatusOk) return status;
-    if (!BeginsWith(found->Entry, search.Bound, search.Prefix)) return search.None;
-    if (value.Size != 4 || found->Entry.Size > maxEntryKey) return BtrStatusForeignFile;
-    found->Record = static_cast<uint32_t>(GetBigEndian(value.Data, 4));
+    found->Record = RecordNumber(value);
+    if (found->Record == 0 || found->Entry.Size > maxEntryKey) return BtrStatusForeignFile;
     status = FetchIndexed(handle, view, found->Record, &found->Stored);
     // An entry without its record is damage.
     return status == BtrStatusKeyNotFound ? static_cast<int16_t>(BtrStatusForeignFile) : status;
@@ -167,31 +162,19 @@ const LockRequest &RequestOf(const Call &call)
     return inherits ? client.Inherited : call.Lock;
 }
 
-// The bound of a keyed read, from the key buffer or from the position. Its first byte, the key, is there
-// already.
+// The bound of a keyed read, from the key buffer or from the position.
 void MakeSearch(const Call &call, const Key &key, Search *search)
 {
     const Handle &handle = *call.On;
     const Definition &definition = handle.In->Of->Layout;
-    search->Prefix = 1;
+    search->Tree = IndexTree(KeyIndex(definition, key));
     search->FromHere = call.Operation == BtrOpGetNext || call.Operation == BtrOpGetPrevious;
     search->None = BtrStatusEndOfFile;
-    const size_t valueEnd = 1u + key.Length;
-    // Sorts behind every entry of the value, whatever its running number.
-    const auto behindValue = [&] {
-        memset(search->Bound + valueEnd, 0xFF, stampSize + 1);
-        return valueEnd + stampSize + 1;
-    };
+    search->Size = 0;
+    search->Prefix = 0;
     switch (call.Operation) {
-    case BtrOpGetFirst:
-        search->Size = 1;
-        search->Where = Side::AtOrAfter;
-        return;
-    case BtrOpGetLast:
-        memset(search->Bound + 1, 0xFF, valueEnd + stampSize);
-        search->Size = valueEnd + stampSize + 1;
-        search->Where = Side::Before;
-        return;
+    case BtrOpGetFirst: search->Where = Side::First; return;
+    case BtrOpGetLast: search->Where = Side::Last; return;
     case BtrOpGetNext:
     case BtrOpGetPrevious:
         memcpy(search->Bound, handle.Place, handle.PlaceLength);
@@ -203,22 +186,19 @@ void MakeSearch(const Call &call, const Key &key, Search *search)
         return;
     default: break;
     }
-    OrderedFromValue(definition, key, call.Key, search->Bound + 1);
-    search->Size = valueEnd;
+    OrderedFromValue(definition, key, call.Key, search->Bound);
+    search->Size = key.Length;
     search->Where = Side::AtOrAfter;
-    switch (call.Operation) {
-    case BtrOpGetEqual:
-        search->Prefix = valueEnd;
+    if (call.Operation == BtrOpGetEqual) {
+        search->Prefix = key.Length;
         search->None = BtrStatusKeyNotFound;
-        break;
-    case BtrOpGetGreater: search->Size = behindValue(); break;
-    case BtrOpGetLess: search->Where = Side::Before; break;
-    case BtrOpGetLessOrEqual:
-        search->Size = behindValue();
-        search->Where = Side::Before;
-        break;
-    default: break;
     }
+    if (call.Operation == BtrOpGetGreater || call.Operation == BtrOpGetLessOrEqual) {
+        // Sorts behind every entry of the value, whatever its running number.
+        memset(search->Bound + search->Size, 0xFF, stampSize + 1);
+        search->Size += stampSize + 1;
+    }
+    if (call.Operation == BtrOpGetLess || call.Operation == BtrOpGetLessOrEqual) search->Where = Side::Before;
 }
 
 } // namespace
@@ -239,7 +219,6 @@ int16_t ReadByKey(const Call &call)
     if (status != BtrStatusOk) return status;
 
     Search search;
-    search.Bound[0] = static_cast<uint8_t>(KeyIndex(definition, *key));
     MakeSearch(call, *key, &search);
     Found found{};
     status = FindAndLock(
@@ -268,30 +247,23 @@ int16_t ReadByStep(const Call &call)
     if (status != BtrStatusOk) return status;
 
     Search search;
-    search.Bound[0] = recordsPrefix;
-    search.Size = 1;
-    search.Prefix = 1;
-    search.None = BtrStatusEndOfFile;
-    search.Where = Side::AtOrAfter;
+    search.Tree = recordTree;
     search.FromHere = false;
-    switch (call.Operation) {
-    case BtrOpStepNext:
-    case BtrOpStepPrevious:
-        search.FromHere = handle->State != Physical::None;
-        if (search.FromHere) {
-            PutBigEndian(search.Bound + 1, handle->Record, 4);
-            search.Size = recordKeySize;
-            const bool behind = call.Operation == BtrOpStepNext || handle->State == Physical::Behind;
-            if (behind) search.Bound[search.Size++] = 0;
-        }
-        if (call.Operation == BtrOpStepPrevious) search.Where = Side::Before;
-        break;
-    case BtrOpStepLast: search.Where = Side::Before; break;
-    default: break;
-    }
-    if (search.Where == Side::Before && search.Size == 1) {
-        memset(search.Bound + 1, 0xFF, recordKeySize);
-        search.Size = recordKeySize + 1;
+    search.None = BtrStatusEndOfFile;
+    search.Size = 0;
+    search.Prefix = 0;
+    const bool forward = call.Operation == BtrOpStepFirst || call.Operation == BtrOpStepNext;
+    search.Where = forward ? Side::First : Side::Last;
+    const bool relative = call.Operation == BtrOpStepNext || call.Operation == BtrOpStepPrevious;
+    if (relative && handle->State != Physical::None) {
+        uint32_t bound = handle->Record;
+        if (forward || handle->State == Physical::Behind) ++bound;
+        // Behind the highest number there is nothing.
+        if (forward && bound == 0) return BtrStatusEndOfFile;
+        memcpy(search.Bound, &bound, sizeof bound);
+        search.Size = sizeof bound;
+        search.Where = forward ? Side::AtOrAfter : Side::Before;
+        search.FromHere = true;
     }
 
     Found found{};

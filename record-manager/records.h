@@ -1,14 +1,14 @@
-// How records and index entries lie in a file's tree.
+// How records and index entries lie in a file's trees.
 //
-//   key                                                  value
-//   key index (1) · ordered value · running number (6)   record number (4)    duplicates allowed
-//   key index (1) · ordered value                        record number (4)    otherwise
-//   0xFF · record number (4)                             stamps · record
+//   tree            key                                 value
+//   records         record number, u32                  stamps · record
+//   each index      ordered value · running number (6)  record number, u32    duplicates allowed
+//                   ordered value                       record number, u32    otherwise
 //
-// Numbers in keys are big-endian, so that the tree's byte order is theirs; records come last, so that a new
-// one is always the last entry of the tree. The stamps are six bytes each: the change that last wrote the
-// record, from which a conflict is told, then per key with duplicates the running number of its index entry.
-// All are drawn from the file's sequence, so the youngest of a group of duplicates comes last in it.
+// The numbers in the keys of an index are big-endian, so that the order of its bytes is theirs. The stamps
+// are six bytes each: the change that last wrote the record, from which a conflict is told, then per key with
+// duplicates the running number of its index entry. All are drawn from the file's sequence, so the youngest
+// of a group of duplicates comes last in it.
 #pragma once
 
 #include "record-manager/keys.h"
@@ -20,9 +20,7 @@
 namespace wbtrv {
 
 inline constexpr size_t stampSize = 6;
-inline constexpr uint8_t recordsPrefix = 0xFF;
-inline constexpr size_t recordKeySize = 5;
-inline constexpr size_t maxEntryKey = 1 + maxKeyLength + stampSize;
+inline constexpr size_t maxEntryKey = maxKeyLength + stampSize;
 
 inline void PutBigEndian(uint8_t *to, uint64_t value, size_t size)
 {
@@ -40,19 +38,18 @@ inline uint64_t GetBigEndian(const uint8_t *from, size_t size)
     return value;
 }
 
-struct RecordKey {
-    uint8_t Data[recordKeySize];
-};
-
-inline RecordKey KeyOfRecord(uint32_t record)
+inline Bytes KeyOfRecord(const uint32_t &record)
 {
-    RecordKey key;
-    key.Data[0] = recordsPrefix;
-    PutBigEndian(key.Data + 1, record, 4);
-    return key;
+    return {reinterpret_cast<const uint8_t *>(&record), sizeof record};
 }
 
-inline Bytes ToBytes(const RecordKey &key) { return {key.Data, sizeof key.Data}; }
+// The record number that a tree gives, as a record's key or an entry's value; 0 when it is none.
+inline uint32_t RecordNumber(Bytes bytes)
+{
+    uint32_t record = 0;
+    if (bytes.Size == sizeof record) memcpy(&record, bytes.Data, sizeof record);
+    return record;
+}
 
 inline size_t StampsSize(const Definition &definition) { return stampSize * (1u + definition.DuplicateKeys); }
 
@@ -66,7 +63,7 @@ inline uint64_t VersionOf(Bytes stored) { return GetBigEndian(stored.Data, stamp
 // Where the running number of a key with duplicates lies in the stamps.
 inline size_t RunningOffset(const Key &key) { return stampSize * (1u + key.DuplicateIndex); }
 
-inline size_t EntryKeySize(const Key &key) { return 1u + key.Length + (key.Duplicates ? stampSize : 0); }
+inline size_t EntryKeySize(const Key &key) { return key.Length + (key.Duplicates ? stampSize : 0); }
 
 // Whether an entry's key begins with the first `size` bytes of `bound`.
 inline bool BeginsWith(Bytes key, const uint8_t *bound, size_t size)
@@ -78,9 +75,8 @@ inline bool BeginsWith(Bytes key, const uint8_t *bound, size_t size)
 inline size_t EntryKeyOf(const Definition &definition, const Key &key, const uint8_t *record,
                          uint64_t running, uint8_t *out)
 {
-    out[0] = static_cast<uint8_t>(KeyIndex(definition, key));
-    OrderedFromRecord(definition, key, record, out + 1);
-    if (key.Duplicates) PutBigEndian(out + 1 + key.Length, running, stampSize);
+    OrderedFromRecord(definition, key, record, out);
+    if (key.Duplicates) PutBigEndian(out + key.Length, running, stampSize);
     return EntryKeySize(key);
 }
 
@@ -115,8 +111,7 @@ inline bool IsWhole(const Definition &definition, Bytes stored)
 // Returns 0, 4 none, or a failure.
 inline int16_t FetchStored(MDB_txn *view, const File &file, uint32_t record, Bytes *stored)
 {
-    const RecordKey key = KeyOfRecord(record);
-    const int16_t status = Get(view, file, ToBytes(key), stored);
+    const int16_t status = Get(view, file.Trees[recordTree], KeyOfRecord(record), stored);
     if (status != BtrStatusOk) return status;
     return IsWhole(file.Layout, *stored) ? BtrStatusOk : BtrStatusForeignFile;
 }

@@ -30,7 +30,8 @@ constexpr char lockName[] = "books.mdb-lock";
 //   "n:" NAME        file number, u32
 //   NNNNNNNN "c"     counters, 16 bytes and 4 per key
 //   NNNNNNNN "d"     definition, as create gave it
-//   NNNNNNNN "t"     the file's tree, which the store itself keeps here
+//   NNNNNNNN "t"     the tree of its records, which the store itself keeps here
+//   NNNNNNNN "iKK"   the tree of an index, KK being the key's place in the definition, in hexadecimal too
 // NNNNNNNN is the file number in hexadecimal. So a file's counters, which each commit writes, share a page
 // with the root of its tree, which each commit writes anyway.
 struct FormatRecord {
@@ -91,7 +92,7 @@ Bytes ToBytes(const MDB_val &val) { return {static_cast<const uint8_t *>(val.mv_
 
 // "0000002at" and the like.
 struct CatalogueKey {
-    char Text[10];
+    char Text[12];
 };
 
 CatalogueKey KeyOf(uint32_t number, char what)
@@ -103,6 +104,17 @@ CatalogueKey KeyOf(uint32_t number, char what)
     }
     key.Text[8] = what;
     key.Text[9] = 0;
+    return key;
+}
+
+// The name of one of a file's trees.
+CatalogueKey KeyOfTree(uint32_t number, size_t tree)
+{
+    CatalogueKey key = KeyOf(number, tree == recordTree ? 't' : 'i');
+    if (tree == recordTree) return key;
+    key.Text[9] = "0123456789abcdef"[(tree - IndexTree(0)) >> 4];
+    key.Text[10] = "0123456789abcdef"[(tree - IndexTree(0)) & 15];
+    key.Text[11] = 0;
     return key;
 }
 
@@ -472,21 +484,25 @@ int16_t LoadDefinition(Store *store, MDB_txn *view, uint32_t number, Definition 
     return status == BtrStatusOk ? BtrStatusOk : BtrStatusForeignFile;
 }
 
-int16_t OpenTree(MDB_txn *view, uint32_t number, unsigned *tree)
+// Opens the trees of a file of `keys` keys.
+int16_t OpenTrees(MDB_txn *view, uint32_t number, size_t keys, unsigned *trees)
 {
-    MDB_dbi opened = 0;
-    const int error = mdb_dbi_open(view, KeyOf(number, 't').Text, 0, &opened);
-    *tree = opened;
-    return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+    for (size_t tree = 0; tree < IndexTree(keys); ++tree) {
+        MDB_dbi opened = 0;
+        const int error = mdb_dbi_open(view, KeyOfTree(number, tree).Text, 0, &opened);
+        if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+        trees[tree] = opened;
+    }
+    return BtrStatusOk;
 }
 
 // A tree's handle is made in a transaction of its own, since it reaches the others only by a commit.
-int16_t OpenTreeForAll(Store *store, uint32_t number, unsigned *tree)
+int16_t OpenTreesForAll(Store *store, uint32_t number, size_t keys, unsigned *trees)
 {
     MDB_txn *view = nullptr;
     int16_t status = StatusOf(mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, &view));
     if (status != BtrStatusOk) return status;
-    status = OpenTree(view, number, tree);
+    status = OpenTrees(view, number, keys, trees);
     if (status == BtrStatusOk) return StatusOf(mdb_txn_commit(view));
     mdb_txn_abort(view);
     return status;
@@ -501,7 +517,9 @@ void ForgetReplaced(Store *store, const char *name, uint32_t number)
             link = &file->Next;
             continue;
         }
-        mdb_dbi_close(store->Environment, file->Tree);
+        for (size_t tree = 0; tree < IndexTree(file->Layout.KeyCount); ++tree) {
+            mdb_dbi_close(store->Environment, file->Trees[tree]);
+        }
         *link = file->Next;
         free(file);
     }
@@ -513,7 +531,9 @@ int16_t LoadFile(Store *store, MDB_txn *view, bool writing, uint32_t number, con
     if (file == nullptr) return BtrStatusHandleTableFull;
     int16_t status = LoadDefinition(store, view, number, &file->Layout);
     if (status == BtrStatusOk) {
-        status = writing ? OpenTree(view, number, &file->Tree) : OpenTreeForAll(store, number, &file->Tree);
+        const size_t keys = file->Layout.KeyCount;
+        status = writing ? OpenTrees(view, number, keys, file->Trees)
+                         : OpenTreesForAll(store, number, keys, file->Trees);
     }
     if (status != BtrStatusOk) {
         free(file);
@@ -559,13 +579,34 @@ void ForgetFile(Store *store, uint32_t number)
     }
 }
 
+// How many keys a file has; 4 when there is no such file (any more).
+int16_t ReadKeyCount(const Store *store, MDB_txn *view, uint32_t number, size_t *keys)
+{
+    const CatalogueKey name = KeyOf(number, 'd');
+    MDB_val key = ToVal(name.Text);
+    MDB_val value;
+    BtrFileSpec spec;
+    const int error = mdb_get(view, store->Catalogue, &key, &value);
+    if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
+    if (value.mv_size < sizeof spec) return BtrStatusForeignFile;
+    memcpy(&spec, value.mv_data, sizeof spec);
+    *keys = spec.KeyCount;
+    return spec.KeyCount <= BtrMaxKeys ? BtrStatusOk : BtrStatusForeignFile;
+}
+
 int16_t RemoveFile(Store *store, MDB_txn *writer, uint32_t number)
 {
     ForgetFile(store, number);
     store->TreesDropped = true;
-    MDB_dbi tree = 0;
-    int error = mdb_dbi_open(writer, KeyOf(number, 't').Text, 0, &tree);
-    if (error == 0) error = mdb_drop(writer, tree, 1);
+    size_t keys = 0;
+    const int16_t status = ReadKeyCount(store, writer, number, &keys);
+    if (status != BtrStatusOk) return status;
+    int error = 0;
+    for (size_t tree = 0; tree < IndexTree(keys) && error == 0; ++tree) {
+        MDB_dbi opened = 0;
+        error = mdb_dbi_open(writer, KeyOfTree(number, tree).Text, 0, &opened);
+        if (error == 0) error = mdb_drop(writer, opened, 1);
+    }
     for (const char what : {'c', 'd'}) {
         const CatalogueKey name = KeyOf(number, what);
         MDB_val key = ToVal(name.Text);
@@ -638,9 +679,10 @@ int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Defini
         file.Layout.KeyCount = definition.KeyCount;
         status = WriteCounters(store, writer, file, Counters{});
     }
-    if (status == BtrStatusOk) {
-        MDB_dbi tree = 0;
-        status = StatusOf(mdb_dbi_open(writer, KeyOf(number, 't').Text, MDB_CREATE, &tree));
+    for (size_t tree = 0; tree < IndexTree(definition.KeyCount) && status == BtrStatusOk; ++tree) {
+        MDB_dbi made = 0;
+        const unsigned flags = tree == recordTree ? MDB_CREATE | MDB_INTEGERKEY : MDB_CREATE;
+        status = StatusOf(mdb_dbi_open(writer, KeyOfTree(number, tree).Text, flags, &made));
     }
     pthread_mutex_unlock(&store->Mutex);
     return status;
@@ -657,7 +699,10 @@ void ForgetTrees(Store *store, uint32_t last)
 {
     pthread_mutex_lock(&store->Mutex);
     for (File *file = store->Files; file != nullptr; file = file->Next) {
-        if (file->Number > last) file->Tree = noTree;
+        if (file->Number <= last) continue;
+        for (unsigned &tree : file->Trees) {
+            tree = noTree;
+        }
     }
     pthread_mutex_unlock(&store->Mutex);
 }
@@ -667,7 +712,9 @@ int16_t RenewTrees(Store *store, MDB_txn *writer, uint32_t last)
     int16_t status = BtrStatusOk;
     pthread_mutex_lock(&store->Mutex);
     for (File *file = store->Files; file != nullptr && status == BtrStatusOk; file = file->Next) {
-        if (file->Number > last) status = OpenTree(writer, file->Number, &file->Tree);
+        if (file->Number > last) {
+            status = OpenTrees(writer, file->Number, file->Layout.KeyCount, file->Trees);
+        }
     }
     pthread_mutex_unlock(&store->Mutex);
     return status;
@@ -705,15 +752,17 @@ void EndSnapshot(MDB_txn *snapshot) { mdb_txn_abort(snapshot); }
 namespace {
 
 // Opens the trees of all files; numbers whose file was replaced have none.
-int16_t OpenTrees(Store *store, uint32_t last)
+int16_t OpenAllTrees(Store *store, uint32_t last)
 {
     MDB_txn *view = nullptr;
     int16_t status = StatusOf(mdb_txn_begin(store->Environment, nullptr, MDB_RDONLY, &view));
     if (status != BtrStatusOk) return status;
     for (uint32_t number = store->KnownFile + 1; number <= last && status == BtrStatusOk; ++number) {
-        MDB_dbi tree = 0;
-        const int error = mdb_dbi_open(view, KeyOf(number, 't').Text, 0, &tree);
-        if (error != MDB_NOTFOUND) status = StatusOf(error);
+        size_t keys = 0;
+        unsigned trees[1 + BtrMaxKeys];
+        status = ReadKeyCount(store, view, number, &keys);
+        if (status == BtrStatusOk) status = OpenTrees(view, number, keys, trees);
+        if (status == BtrStatusKeyNotFound) status = BtrStatusOk;
     }
     if (status != BtrStatusOk) {
         mdb_txn_abort(view);
@@ -736,7 +785,7 @@ int16_t BeginWithAllTrees(Store *store, MDB_txn **writer)
         int16_t status = ReadLastFile(store, *writer, &last);
         if (status == BtrStatusOk && last <= store->KnownFile) return BtrStatusOk;
         mdb_txn_abort(*writer);
-        if (status == BtrStatusOk) status = OpenTrees(store, last);
+        if (status == BtrStatusOk) status = OpenAllTrees(store, last);
         if (status != BtrStatusOk) return status;
     }
 }
@@ -815,19 +864,19 @@ int16_t WriteCounters(Store *store, MDB_txn *writer, const File &file, const Cou
     return PutCatalogue(store, writer, KeyOf(file.Number, 'c').Text, bytes, sizeof stored + values);
 }
 
-int16_t OpenWriteCursor(MDB_txn *writer, const File &file, MDB_cursor **cursor)
+int16_t OpenWriteCursor(MDB_txn *writer, unsigned tree, MDB_cursor **cursor)
 {
-    return StatusOf(mdb_cursor_open(writer, file.Tree, cursor));
+    return StatusOf(mdb_cursor_open(writer, tree, cursor));
 }
 
-int16_t UseCursor(MDB_txn *snapshot, const File &file, SnapshotCursor *cursor, bool *stands)
+int16_t UseCursor(MDB_txn *snapshot, unsigned tree, SnapshotCursor *cursor, bool *stands)
 {
     // Two snapshots of one number are the same, page by page, and what a cursor holds is pages: as long as
     // nothing was committed it need not be renewed, which would cost it its place and a search from the root.
     const uint64_t number = mdb_txn_id(snapshot);
     *stands = cursor->Cursor != nullptr && cursor->Snapshot == number;
     if (*stands) return BtrStatusOk;
-    const int error = cursor->Cursor == nullptr ? mdb_cursor_open(snapshot, file.Tree, &cursor->Cursor)
+    const int error = cursor->Cursor == nullptr ? mdb_cursor_open(snapshot, tree, &cursor->Cursor)
                                                 : mdb_cursor_renew(snapshot, cursor->Cursor);
     if (error == 0) cursor->Snapshot = number;
     return StatusOf(error);
@@ -839,13 +888,18 @@ int16_t Seek(MDB_cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *valu
 {
     MDB_val foundKey = ToVal(bound);
     MDB_val foundValue;
-    int error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_SET_RANGE);
-    if (side == Side::Before) {
+    int error = 0;
+    switch (side) {
+    case Side::First: error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_FIRST); break;
+    case Side::Last: error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_LAST); break;
+    case Side::AtOrAfter: error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_SET_RANGE); break;
+    case Side::Before:
+        error = mdb_cursor_get(cursor, &foundKey, &foundValue, MDB_SET_RANGE);
         if (error != 0 && error != MDB_NOTFOUND) return StatusOf(error);
         error = mdb_cursor_get(cursor, &foundKey, &foundValue, error == 0 ? MDB_PREV : MDB_LAST);
+        break;
     }
-    if (error == MDB_NOTFOUND) return BtrStatusEndOfFile;
-    if (error != 0) return StatusOf(error);
+    if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusEndOfFile);
     *key = ToBytes(foundKey);
     *value = ToBytes(foundValue);
     return BtrStatusOk;
@@ -885,22 +939,22 @@ int16_t SeekExactly(MDB_cursor *cursor, Bytes key, Bytes *value)
     return BtrStatusOk;
 }
 
-int16_t Get(MDB_txn *view, const File &file, Bytes key, Bytes *value)
+int16_t Get(MDB_txn *view, unsigned tree, Bytes key, Bytes *value)
 {
     MDB_val wanted = ToVal(key);
     MDB_val found;
-    const int error = mdb_get(view, file.Tree, &wanted, &found);
+    const int error = mdb_get(view, tree, &wanted, &found);
     if (error == MDB_NOTFOUND) return BtrStatusKeyNotFound;
     if (error != 0) return StatusOf(error);
     *value = ToBytes(found);
     return BtrStatusOk;
 }
 
-int16_t Reserve(MDB_txn *writer, const File &file, Bytes key, size_t size, bool append, uint8_t **place)
+int16_t Reserve(MDB_txn *writer, unsigned tree, Bytes key, size_t size, bool append, uint8_t **place)
 {
     MDB_val where = ToVal(key);
     MDB_val value{size, nullptr};
-    const int error = mdb_put(writer, file.Tree, &where, &value, MDB_RESERVE | (append ? MDB_APPEND : 0u));
+    const int error = mdb_put(writer, tree, &where, &value, MDB_RESERVE | (append ? MDB_APPEND : 0u));
     if (error != 0) return StatusOf(error);
     *place = static_cast<uint8_t *>(value.mv_data);
     return BtrStatusOk;
@@ -914,10 +968,10 @@ int16_t Add(MDB_cursor *cursor, Bytes key, Bytes value)
     return StatusOf(error, MDB_KEYEXIST, BtrStatusDuplicateKey);
 }
 
-int16_t Remove(MDB_txn *writer, const File &file, Bytes key)
+int16_t Remove(MDB_txn *writer, unsigned tree, Bytes key)
 {
     MDB_val where = ToVal(key);
-    const int error = mdb_del(writer, file.Tree, &where, nullptr);
+    const int error = mdb_del(writer, tree, &where, nullptr);
     return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
 }
 

@@ -36,11 +36,14 @@ struct Counters {
 struct File {
     File *Next;
     uint32_t Number;
-    unsigned Tree;
     unsigned Uses;
+    unsigned Trees[1 + BtrMaxKeys]; // recordTree, and IndexTree of each key
     char Name[BtrPathSize + 1];
     Definition Layout;
 };
+
+inline constexpr size_t recordTree = 0;
+constexpr size_t IndexTree(size_t key) { return key + 1; }
 
 // The books of a directory, once per process.
 struct Store {
@@ -123,23 +126,23 @@ int16_t SetLoading(Store *store, bool loading);
 int16_t ReadCounters(Store *store, MDB_txn *view, const File &file, Counters *counters);
 int16_t WriteCounters(Store *store, MDB_txn *writer, const File &file, const Counters &counters);
 
-// A cursor on the file's tree in the own write transaction, which frees it at its end.
-int16_t OpenWriteCursor(MDB_txn *writer, const File &file, MDB_cursor **cursor);
+// A cursor in the own write transaction, which frees it at its end.
+int16_t OpenWriteCursor(MDB_txn *writer, unsigned tree, MDB_cursor **cursor);
 
-// A cursor on the file's tree that outlives the snapshots it is used in. Zeroed at first.
+// A cursor that outlives the snapshots it is used in. Zeroed at first.
 struct SnapshotCursor {
     MDB_cursor *Cursor;
     uint64_t Snapshot; // where it was used last
 };
 // Makes it ready for a snapshot. `*stands` tells that it still stands where it stood, since nothing was
 // committed since.
-int16_t UseCursor(MDB_txn *snapshot, const File &file, SnapshotCursor *cursor, bool *stands);
+int16_t UseCursor(MDB_txn *snapshot, unsigned tree, SnapshotCursor *cursor, bool *stands);
 void CloseCursor(MDB_cursor *cursor);
 
-enum class Side { AtOrAfter, Before };
+enum class Side : uint8_t { First, Last, AtOrAfter, Before };
 
-// The entry nearest to `bound` on one side of it. Keys and values stay where they are until the transaction's
-// next change or end. Returns 0, 9 none, or a failure.
+// The first or last entry, or the one nearest to `bound` on one side of it. Keys and values stay where they
+// are until the transaction's next change or end. Returns 0, 9 none, or a failure.
 int16_t Seek(MDB_cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
 // The entry beside the one the cursor is on.
 int16_t SeekNext(MDB_cursor *cursor, Bytes *key, Bytes *value);
@@ -148,16 +151,16 @@ int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key, Bytes *value);
 int16_t SeekExactly(MDB_cursor *cursor, Bytes key, Bytes *value);
 
 // Returns 0, 4 none, or a failure.
-int16_t Get(MDB_txn *view, const File &file, Bytes key, Bytes *value);
+int16_t Get(MDB_txn *view, unsigned tree, Bytes key, Bytes *value);
 
 // Writes an entry of `size` bytes, whose place to be filled is given back. `append`: the key lies behind all
 // others.
-int16_t Reserve(MDB_txn *writer, const File &file, Bytes key, size_t size, bool append, uint8_t **place);
+int16_t Reserve(MDB_txn *writer, unsigned tree, Bytes key, size_t size, bool append, uint8_t **place);
 
 // Adds an entry; 5 when the key exists, and nothing is changed. The cursor then stands on it.
 int16_t Add(MDB_cursor *cursor, Bytes key, Bytes value);
 
 // Returns 0, 4 none, or a failure.
-int16_t Remove(MDB_txn *writer, const File &file, Bytes key);
+int16_t Remove(MDB_txn *writer, unsigned tree, Bytes key);
 
 } // namespace wbtrv

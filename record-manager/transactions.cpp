@@ -11,10 +11,8 @@ namespace {
 // What every end of the pending changes has in common. The store frees the cursors of a writer by itself.
 void LeaveWriter(ClientStore *store)
 {
-    const Client *client = store->Owner;
-    for (size_t i = 0; i < client->HandleCount; ++i) {
-        Handle *handle = client->Handles[i];
-        if (handle != nullptr && handle->In->Home == store) handle->WriteCursor = nullptr;
+    for (ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+        memset(file->WriteCursors, 0, sizeof file->WriteCursors);
     }
     store->Writer = nullptr;
     store->LoadedChanges = 0;
@@ -26,6 +24,7 @@ void ForgetCreated(ClientStore *store)
     while (store->Created != nullptr) {
         PendingCreate *created = store->Created;
         store->Created = created->Next;
+        if (created->Replaced != 0) Unlock(store->LockFd, OpensOffset(created->Replaced), 1);
         free(created);
     }
 }
@@ -82,7 +81,7 @@ void StepBack(Handle *handle, MDB_txn *view)
     }
     if (handle->LogicalKey < 0) return;
     const Key *key = FindKey(definition, handle->LogicalKey);
-    const size_t valueEnd = 1u + key->Length;
+    const size_t valueEnd = key->Length;
     if (!key->Duplicates || GetBigEndian(handle->Place + valueEnd, stampSize) <= file.FirstSequence) return;
     PutBigEndian(handle->Place + valueEnd, file.FirstSequence, stampSize);
     handle->Place[valueEnd + stampSize] = 1;
@@ -114,10 +113,13 @@ void ReleaseUnused(ClientStore *store)
 
 void ReleaseTaken(ClientFile *file)
 {
-    for (size_t i = 0; i < file->Implicit.Count; ++i) {
-        DropRecord(file, file->Implicit.Locks[i].Record);
+    RecordCounts &implicit = file->Implicit;
+    for (size_t i = 0; i < implicit.Capacity; ++i) {
+        for (uint32_t left = implicit.Entries[i].Count; left > 0; --left) {
+            DropRecord(file, implicit.Entries[i].Record);
+        }
     }
-    file->Implicit.Count = 0;
+    ClearCounts(&implicit);
 }
 
 void ReleaseTaken(Handle *handle)

@@ -289,6 +289,7 @@ void Model::Undo(size_t client)
     }
     who.Changed.clear();
     who.Made.clear();
+    who.Replaced.clear();
 }
 
 void Model::Release(size_t client)
@@ -297,6 +298,7 @@ void Model::Release(size_t client)
     who.Transaction = ModelTransaction::None;
     who.Changed.clear();
     who.Made.clear();
+    who.Replaced.clear();
     who.Whole.clear();
     who.Known.clear();
     who.KeptAlone.clear();
@@ -317,6 +319,9 @@ Answer Model::Open(size_t client, const Request &request)
     if (files.find(path) == files.end()) return Unchanged(request, BtrStatusFileNotFound);
     const bool alone = request.KeyNumber == BtrModeExclusive;
     for (size_t other = 0; other < Clients.size(); ++other) {
+        if (other != client && Clients[other].Replaced.count(path) > 0) {
+            return Unchanged(request, BtrStatusIncompatibleMode);
+        }
         bool opensAlone = std::any_of(
             Clients[other].Handles.begin(), Clients[other].Handles.end(), [&](const ModelHandle &handle) {
                 return handle.Open && handle.File == path && handle.Mode == BtrModeExclusive;
@@ -371,7 +376,10 @@ Answer Model::Create(size_t client, const Request &request)
     }
     view.Files[path] = {};
     Positions.erase(path);
-    if (pending != Pending.end()) who.Made.push_back(path);
+    if (pending != Pending.end()) {
+        who.Made.push_back(path);
+        if (States[directory].Files.count(path) > 0) who.Replaced.insert(path);
+    }
     return Unchanged(request, BtrStatusOk);
 }
 

@@ -85,8 +85,9 @@ struct ModelClient {
     std::set<std::string> Known;     // files that were closed inside the transaction
     std::set<std::string> KeptAlone; // of them, those that were opened exclusively
     std::map<std::string, std::set<uint64_t>> Implicit;
-    std::vector<std::string> Made; // files made among pending changes
-    uint64_t FirstRecord = 0;      // numbers given out before the pending changes
+    std::vector<std::string> Made;  // files made among pending changes
+    std::set<std::string> Replaced; // of them, those that all others still see as they were
+    uint64_t FirstRecord = 0;       // numbers given out before the pending changes
     uint64_t FirstChange = 0;
 };
 

@@ -268,10 +268,13 @@ std::string Show(const Answer &answer)
 std::string Show(size_t client, const Request &request, const std::string &file)
 {
     return "client " + std::to_string(client) + " block " + std::to_string(request.Block) + " (" +
-           file.substr(file.rfind('/') + 1) + ") operation " + std::to_string(request.Operation) +
-           " key number " + std::to_string(request.KeyNumber) + " length " + std::to_string(request.Length) +
-           " data " + testing::PrintToString(request.Data.substr(0, 24)) + " key " +
-           testing::PrintToString(request.Key.substr(0, 10));
+           file.substr(file.size() < 12 ? 0 : file.size() - 12) + ") operation " +
+           std::to_string(request.Operation) + " key number " + std::to_string(request.KeyNumber) +
+           " length " + std::to_string(request.Length) + " data " +
+           testing::PrintToString(request.Data.substr(0, 24)) + " key " +
+           testing::PrintToString(request.Operation == BtrOpOpen || request.Operation == BtrOpCreate
+                                      ? request.Key
+                                      : request.Key.substr(0, 10));
 }
 
 std::string Last(const std::vector<std::string> &history, size_t count)
