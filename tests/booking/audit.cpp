@@ -47,21 +47,23 @@ std::string AuditPostings(const Books &books, int mandant, const std::string &ye
     }
     std::map<int32_t, int> parts;
     for (const SplitRecord &part : books.Read<SplitRecord>(mandant, TableSplit, year)) {
-        ++parts[part.Buchungsnummer];
-        const std::string what = "Teilbuchung " + std::to_string(part.Splitnummer);
-        std::string fault = CheckLines(part, linesOfParts[part.Splitnummer], what);
+        const int32_t posting = part.Buchungsnummer;
+        const int32_t number = part.Splitnummer;
+        ++parts[posting];
+        std::string fault = CheckLines(part, linesOfParts[number], "Teilbuchung " + std::to_string(number));
         if (!fault.empty()) return fault;
-        linesOfParts.erase(part.Splitnummer);
+        linesOfParts.erase(number);
     }
     for (const BatRecord &bat : books.Read<BatRecord>(mandant, TableBat, year)) {
-        const std::string what = "posting " + std::to_string(bat.Buchungsnummer);
-        const int further = parts[bat.Buchungsnummer];
+        const int32_t number = bat.Buchungsnummer;
+        const std::string what = "posting " + std::to_string(number);
+        const int further = parts[number];
         if (further != bat.Anzahl - 1)
             return what + ": " + std::to_string(further) + " further Teilbuchungen";
-        parts.erase(bat.Buchungsnummer);
-        std::string fault = CheckLines(bat.Teil, linesOfPostings[bat.Buchungsnummer], what);
+        parts.erase(number);
+        std::string fault = CheckLines(bat.Teil, linesOfPostings[number], what);
         if (!fault.empty()) return fault;
-        linesOfPostings.erase(bat.Buchungsnummer);
+        linesOfPostings.erase(number);
     }
     if (!parts.empty()) return "Teilbuchungen without a posting";
     if (!linesOfParts.empty() || !linesOfPostings.empty()) return "cost lines without a Teilbuchung";
