@@ -3,6 +3,7 @@
 #include "src/frame/messages.h"
 #include "src/platform/platform.h"
 #include "src/values/dates.h"
+#include "src/values/dialog_fields.h"
 #include "text/fixed_text.h"
 
 #include <charconv>
@@ -220,12 +221,9 @@ void CheckDateControl(HWND dialog, PeriodDialogState &state, int control)
     }
     const uint32_t field = control == controlVon ? InvalidVon : InvalidBis;
     state.InvalidFields |= field;
-    char text[11] = {};
-    GetDlgItemTextA(dialog, control, text, sizeof text);
-    int message = CheckDateField(*state.Context, text, sizeof text);
     PackedDate date;
-    CopyText(date, text);
-    if (message == 0) message = CheckYear(*state.Context, FiscalYearOf(date), state.Selection.ArchivJahr);
+    if (!ReadDateField(*state.Context, dialog, control, date)) return;
+    const int message = CheckYear(*state.Context, FiscalYearOf(date), state.Selection.ArchivJahr);
     if (message != 0) {
         ShowMessage(message, static_cast<uint16_t>(control), nullptr, -1);
         return;

@@ -1,5 +1,6 @@
 #include "src/reports/frame/report_dialog.h"
 
+#include "src/frame/dialogs.h"
 #include "src/frame/messages.h"
 #include "text/windows1252.h"
 
@@ -208,6 +209,7 @@ struct OpenReportDialog {
     PeriodDialogState Period;
     AccountRangeState Range;
     int32_t Ausgabe;
+    bool Accepted; // by OK
 };
 
 void ShowOutput(HWND dialog, int32_t ausgabe)
@@ -269,13 +271,12 @@ bool Accept(OpenReportDialog &open, HWND dialog)
 
 INT_PTR CALLBACK ReportDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
 {
+    auto *open = DialogState<OpenReportDialog>(dialog, message, lParam);
+    if (open == nullptr) return FALSE;
     if (message == WM_INITDIALOG) {
-        SetWindowLongPtrA(dialog, DWLP_USER, lParam);
-        Init(*reinterpret_cast<OpenReportDialog *>(lParam), dialog);
+        Init(*open, dialog);
         return TRUE;
     }
-    auto *open = reinterpret_cast<OpenReportDialog *>(GetWindowLongPtrA(dialog, DWLP_USER));
-    if (open == nullptr) return FALSE;
     bool handled = false;
     if (open->Dialog->PeriodOptions != 0) {
         handled = PeriodControlMessage(open->Period, dialog, message, wParam, lParam);
@@ -291,6 +292,7 @@ INT_PTR CALLBACK ReportDialogProcedure(HWND dialog, UINT message, WPARAM wParam,
             // Once more as a plain command, when the changes of focus that the click brought have settled.
             PostMessageA(dialog, WM_COMMAND, IDOK, 0);
         } else if (Accept(*open, dialog)) {
+            open->Accepted = true;
             EndDialog(dialog, IDOK);
         }
         return TRUE;
@@ -314,12 +316,7 @@ bool RunReportDialog(ThreadContext &context, const ReportDialog &dialog, VarkWin
     open.Working = choice;
     DialogBuilder builder;
     const DialogTable table = BuildReportDialog(builder, dialog);
-    DLGTEMPLATE *const dialogTemplate = varkui::MakeDialogTemplate(table);
-    if (dialogTemplate == nullptr) return false;
-    const INT_PTR result = DialogBoxIndirectParamA(nullptr, dialogTemplate, static_cast<HWND>(parent),
-                                                   ReportDialogProcedure, reinterpret_cast<LPARAM>(&open));
-    varkui::FreeDialogTemplate(dialogTemplate);
-    return result == IDOK;
+    return RunDialog(table, static_cast<HWND>(parent), ReportDialogProcedure, &open) && open.Accepted;
 }
 
 } // namespace vark
