@@ -32,8 +32,8 @@ struct Table {
 void Create(const std::string &directory)
 {
     struct {
-        BtrFileSpec File{};
-        BtrKeySpec Keys[3] = {};
+        BtrFileHeader File{};
+        BtrKeyEntry Keys[3] = {};
     } buffer;
     buffer.File.RecordLength = sizeof(BenchRecord);
     buffer.File.PageSize = 4096;

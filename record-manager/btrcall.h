@@ -168,8 +168,8 @@ enum { BtrPositionBlockSize = 128, BtrKeyBufferSize = 255, BtrPathSize = 255, Bt
 
 #pragma pack(push, 1)
 
-// What create takes and stat returns: this, then one BtrKeySpec per segment.
-struct BtrFileSpec {
+// What create takes and stat returns: this, then one BtrKeyEntry per segment.
+struct BtrFileHeader {
     uint16_t RecordLength; // of the fixed part
     uint16_t PageSize;
     uint8_t KeyCount; // keys, not segments
@@ -181,7 +181,7 @@ struct BtrFileSpec {
     uint16_t Pages;
 };
 
-struct BtrKeySpec {
+struct BtrKeyEntry {
     uint16_t Position; // in the record, from 1
     uint16_t Length;
     uint16_t Flags;
@@ -205,8 +205,8 @@ struct BtrVersionBlock {
 #ifdef __cplusplus
 }
 
-static_assert(sizeof(BtrFileSpec) == 16);
-static_assert(sizeof(BtrKeySpec) == 16);
+static_assert(sizeof(BtrFileHeader) == 16);
+static_assert(sizeof(BtrKeyEntry) == 16);
 static_assert(sizeof(BtrVersionBlock) == 5);
 #endif
 

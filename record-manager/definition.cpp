@@ -23,18 +23,18 @@ bool IsOneOf(unsigned length, unsigned a, unsigned b, unsigned c, unsigned d)
     return length == a || length == b || length == c || length == d;
 }
 
-int16_t SetKind(const BtrKeySpec &spec, Segment *segment)
+int16_t SetKind(const BtrKeyEntry &entry, Segment *segment)
 {
-    const unsigned length = spec.Length;
-    if ((spec.Flags & BtrKeyExtendedType) == 0) {
-        if ((spec.Flags & BtrKeyOldBinary) == 0) {
+    const unsigned length = entry.Length;
+    if ((entry.Flags & BtrKeyExtendedType) == 0) {
+        if ((entry.Flags & BtrKeyOldBinary) == 0) {
             segment->Kind = SegmentKind::String;
             return BtrStatusOk;
         }
         segment->Kind = SegmentKind::Unsigned;
         return length == 1 || length % 2 == 0 ? BtrStatusOk : BtrStatusBadKeyLength;
     }
-    switch (spec.Type) {
+    switch (entry.Type) {
     case BtrTypeString: segment->Kind = SegmentKind::String; return BtrStatusOk;
     case BtrTypeZString: segment->Kind = SegmentKind::ZString; return BtrStatusOk;
     case BtrTypeLString: segment->Kind = SegmentKind::LString; return BtrStatusOk;
@@ -59,42 +59,42 @@ int16_t SetKind(const BtrKeySpec &spec, Segment *segment)
     }
 }
 
-int16_t ParseSegment(const BtrKeySpec &spec, Definition *definition, Key *key)
+int16_t ParseSegment(const BtrKeyEntry &entry, Definition *definition, Key *key)
 {
     constexpr unsigned sameOverAll = BtrKeyDuplicates | BtrKeyModifiable | BtrKeyNullAll | BtrKeyNullAny;
     Segment &segment = definition->Segments[definition->SegmentCount];
-    const BtrKeySpec &first = definition->KeySpecs[key->FirstSegment];
+    const BtrKeyEntry &first = definition->KeyEntries[key->FirstSegment];
 
-    if (spec.Length == 0) return BtrStatusBadKeyLength;
-    if (spec.Position == 0 || spec.Position - 1 + spec.Length > definition->RecordLength) {
+    if (entry.Length == 0) return BtrStatusBadKeyLength;
+    if (entry.Position == 0 || entry.Position - 1 + entry.Length > definition->RecordLength) {
         return BtrStatusBadKeyPosition;
     }
-    if (key->Length + spec.Length > static_cast<int>(maxKeyLength)) return BtrStatusBadKeyLength;
-    if ((spec.Flags & BtrKeyCollation) != 0) return BtrStatusBadCollation;
-    if (((spec.Flags ^ first.Flags) & sameOverAll) != 0) return BtrStatusBadKeyFlags;
-    const int16_t status = SetKind(spec, &segment);
+    if (key->Length + entry.Length > static_cast<int>(maxKeyLength)) return BtrStatusBadKeyLength;
+    if ((entry.Flags & BtrKeyCollation) != 0) return BtrStatusBadCollation;
+    if (((entry.Flags ^ first.Flags) & sameOverAll) != 0) return BtrStatusBadKeyFlags;
+    const int16_t status = SetKind(entry, &segment);
     if (status != BtrStatusOk) return status;
     if (segment.Kind == SegmentKind::Autoincrement &&
-        ((spec.Flags & (BtrKeyDuplicates | BtrKeySegmented)) != 0 || key->SegmentCount > 0)) {
+        ((entry.Flags & (BtrKeyDuplicates | BtrKeySegmented)) != 0 || key->SegmentCount > 0)) {
         return BtrStatusBadKeyType;
     }
 
-    segment.Offset = static_cast<uint16_t>(spec.Position - 1);
-    segment.Length = spec.Length;
-    segment.NullByte = spec.NullValue;
-    segment.Descending = (spec.Flags & BtrKeyDescending) != 0;
-    segment.Caseless = (spec.Flags & BtrKeyCaseless) != 0;
-    definition->KeySpecs[definition->SegmentCount] = spec;
+    segment.Offset = static_cast<uint16_t>(entry.Position - 1);
+    segment.Length = entry.Length;
+    segment.NullByte = entry.NullValue;
+    segment.Descending = (entry.Flags & BtrKeyDescending) != 0;
+    segment.Caseless = (entry.Flags & BtrKeyCaseless) != 0;
+    definition->KeyEntries[definition->SegmentCount] = entry;
     definition->SegmentCount++;
     key->SegmentCount++;
-    key->Length = static_cast<uint16_t>(key->Length + spec.Length);
+    key->Length = static_cast<uint16_t>(key->Length + entry.Length);
     return BtrStatusOk;
 }
 
 void FinishKey(Definition *definition, Key *key)
 {
     const Segment &segment = definition->Segments[key->FirstSegment];
-    const unsigned flags = definition->KeySpecs[key->FirstSegment].Flags;
+    const unsigned flags = definition->KeyEntries[key->FirstSegment].Flags;
     key->Duplicates = (flags & BtrKeyDuplicates) != 0;
     key->Modifiable = (flags & BtrKeyModifiable) != 0;
     key->NullAll = (flags & BtrKeyNullAll) != 0;
@@ -112,34 +112,37 @@ int16_t ParseDefinition(const void *buffer, size_t length, Definition *definitio
     const auto *bytes = static_cast<const uint8_t *>(buffer);
     memset(definition, 0, sizeof *definition);
     memset(definition->KeyByNumber, noKey, sizeof definition->KeyByNumber);
-    BtrFileSpec &spec = definition->Spec;
-    if (length < sizeof spec) return BtrStatusDataBufferShort;
-    memcpy(&spec, bytes, sizeof spec);
+    BtrFileHeader &header = definition->Header;
+    if (length < sizeof header) return BtrStatusDataBufferShort;
+    memcpy(&header, bytes, sizeof header);
 
-    if (spec.PageSize < 512 || spec.PageSize > 4096 || spec.PageSize % 512 != 0) return BtrStatusBadPageSize;
-    if (spec.KeyCount > MaxSegments(spec.PageSize)) return BtrStatusBadKeyCount;
+    if (header.PageSize < 512 || header.PageSize > 4096 || header.PageSize % 512 != 0)
+        return BtrStatusBadPageSize;
+    if (header.KeyCount > MaxSegments(header.PageSize)) return BtrStatusBadKeyCount;
     // A page spends six bytes on itself.
-    if (spec.RecordLength == 0 || spec.RecordLength > spec.PageSize - 6) return BtrStatusBadRecordLength;
-    definition->RecordLength = spec.RecordLength;
-    definition->Variable = (spec.Flags & BtrFileVariable) != 0;
+    if (header.RecordLength == 0 || header.RecordLength > header.PageSize - 6)
+        return BtrStatusBadRecordLength;
+    definition->RecordLength = header.RecordLength;
+    definition->Variable = (header.Flags & BtrFileVariable) != 0;
 
-    for (; definition->KeyCount < spec.KeyCount; definition->KeyCount++) {
+    for (; definition->KeyCount < header.KeyCount; definition->KeyCount++) {
         Key &key = definition->Keys[definition->KeyCount];
         key.FirstSegment = definition->SegmentCount;
-        BtrKeySpec segment;
+        BtrKeyEntry segment;
         do {
-            if (definition->SegmentCount == MaxSegments(spec.PageSize)) return BtrStatusBadKeyCount;
-            const size_t offset = sizeof spec + definition->SegmentCount * sizeof segment;
+            if (definition->SegmentCount == MaxSegments(header.PageSize)) return BtrStatusBadKeyCount;
+            const size_t offset = sizeof header + definition->SegmentCount * sizeof segment;
             if (length < offset + sizeof segment) return BtrStatusDataBufferShort;
             memcpy(&segment, bytes + offset, sizeof segment);
-            if (key.SegmentCount == 0) definition->KeySpecs[key.FirstSegment] = segment;
+            if (key.SegmentCount == 0) definition->KeyEntries[key.FirstSegment] = segment;
             const int16_t status = ParseSegment(segment, definition, &key);
             if (status != BtrStatusOk) return status;
         } while ((segment.Flags & BtrKeySegmented) != 0);
         FinishKey(definition, &key);
 
-        key.Number = (spec.Flags & BtrFileKeyNumbers) != 0 ? definition->KeySpecs[key.FirstSegment].KeyNumber
-                                                           : definition->KeyCount;
+        key.Number = (header.Flags & BtrFileKeyNumbers) != 0
+                         ? definition->KeyEntries[key.FirstSegment].KeyNumber
+                         : definition->KeyCount;
         if (key.Number >= BtrMaxKeys || definition->KeyByNumber[key.Number] != noKey)
             return BtrStatusBadKeyCount;
         definition->KeyByNumber[key.Number] = definition->KeyCount;
@@ -149,7 +152,7 @@ int16_t ParseDefinition(const void *buffer, size_t length, Definition *definitio
 
 size_t DefinitionSize(const Definition &definition)
 {
-    return sizeof(BtrFileSpec) + definition.SegmentCount * sizeof(BtrKeySpec);
+    return sizeof(BtrFileHeader) + definition.SegmentCount * sizeof(BtrKeyEntry);
 }
 
 } // namespace wbtrv

@@ -34,8 +34,8 @@ struct Key {
 };
 
 struct Definition {
-    BtrFileSpec Spec; // as given to create
-    BtrKeySpec KeySpecs[BtrMaxKeys];
+    BtrFileHeader Header; // as given to create
+    BtrKeyEntry KeyEntries[BtrMaxKeys];
     uint16_t RecordLength;
     bool Variable;
     uint8_t KeyCount;

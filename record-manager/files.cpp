@@ -300,18 +300,18 @@ int16_t StatFile(const Call &call)
         counters = &read;
     }
 
-    BtrFileSpec spec = definition.Spec;
-    spec.RecordCount = counters->Records;
-    if (call.KeyNumber != -1) spec.Version = 0;
-    spec.DuplicatePointers = 0;
-    spec.Reserved13 = 0;
-    spec.Pages = 0;
-    memcpy(call.Data, &spec, sizeof spec);
-    uint8_t *out = call.Data + sizeof spec;
+    BtrFileHeader header = definition.Header;
+    header.RecordCount = counters->Records;
+    if (call.KeyNumber != -1) header.Version = 0;
+    header.DuplicatePointers = 0;
+    header.Reserved13 = 0;
+    header.Pages = 0;
+    memcpy(call.Data, &header, sizeof header);
+    uint8_t *out = call.Data + sizeof header;
     for (size_t i = 0; i < definition.KeyCount; ++i) {
         const Key &key = definition.Keys[i];
-        for (size_t j = 0; j < key.SegmentCount; ++j, out += sizeof(BtrKeySpec)) {
-            BtrKeySpec segment = definition.KeySpecs[key.FirstSegment + j];
+        for (size_t j = 0; j < key.SegmentCount; ++j, out += sizeof(BtrKeyEntry)) {
+            BtrKeyEntry segment = definition.KeyEntries[key.FirstSegment + j];
             segment.UniqueValues = counters->UniqueValues[i];
             memcpy(out, &segment, sizeof segment);
         }

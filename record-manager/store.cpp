@@ -585,13 +585,13 @@ int16_t ReadKeyCount(const Store *store, MDB_txn *view, uint32_t number, size_t 
     const CatalogueKey name = KeyOf(number, 'd');
     MDB_val key = ToVal(name.Text);
     MDB_val value;
-    BtrFileSpec spec;
+    BtrFileHeader header;
     const int error = mdb_get(view, store->Catalogue, &key, &value);
     if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
-    if (value.mv_size < sizeof spec) return BtrStatusForeignFile;
-    memcpy(&spec, value.mv_data, sizeof spec);
-    *keys = spec.KeyCount;
-    return spec.KeyCount <= BtrMaxKeys ? BtrStatusOk : BtrStatusForeignFile;
+    if (value.mv_size < sizeof header) return BtrStatusForeignFile;
+    memcpy(&header, value.mv_data, sizeof header);
+    *keys = header.KeyCount;
+    return header.KeyCount <= BtrMaxKeys ? BtrStatusOk : BtrStatusForeignFile;
 }
 
 int16_t RemoveFile(Store *store, MDB_txn *writer, uint32_t number)
@@ -667,10 +667,10 @@ int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Defini
         status = PutCatalogue(store, writer, KeyOfName(name).Text, &number, sizeof number);
     }
     if (status == BtrStatusOk) {
-        uint8_t stored[sizeof(BtrFileSpec) + BtrMaxKeys * sizeof(BtrKeySpec)];
-        memcpy(stored, &definition.Spec, sizeof(BtrFileSpec));
-        memcpy(stored + sizeof(BtrFileSpec), definition.KeySpecs,
-               definition.SegmentCount * sizeof(BtrKeySpec));
+        uint8_t stored[sizeof(BtrFileHeader) + BtrMaxKeys * sizeof(BtrKeyEntry)];
+        memcpy(stored, &definition.Header, sizeof(BtrFileHeader));
+        memcpy(stored + sizeof(BtrFileHeader), definition.KeyEntries,
+               definition.SegmentCount * sizeof(BtrKeyEntry));
         status = PutCatalogue(store, writer, KeyOf(number, 'd').Text, stored, DefinitionSize(definition));
     }
     if (status == BtrStatusOk) {

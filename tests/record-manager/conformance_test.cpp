@@ -59,12 +59,12 @@ TEST_F(FileT, StatTellsTheDefinitionAndTheCount)
     const Answer answer = Me({.Operation = BtrOpStat, .Length = 64});
     ASSERT_EQ(answer.Status, BtrStatusOk);
     EXPECT_EQ(answer.Length, 64u);
-    BtrFileSpec file;
+    BtrFileHeader file;
     memcpy(&file, answer.Data.data(), sizeof file);
     EXPECT_EQ(file.RecordLength, 64);
     EXPECT_EQ(file.KeyCount, 3);
     EXPECT_EQ(file.RecordCount, 0u);
-    BtrKeySpec keys[3];
+    BtrKeyEntry keys[3];
     memcpy(keys, answer.Data.data() + 16, sizeof keys);
     EXPECT_EQ(keys[1].Position, 9);
     EXPECT_EQ(keys[1].Length, 8);

@@ -11,10 +11,10 @@ struct Fault {
     int16_t Status;
 };
 
-std::string Raw(BtrFileSpec file, const std::vector<BtrKeySpec> &keys)
+std::string Raw(BtrFileHeader file, const std::vector<BtrKeyEntry> &keys)
 {
     std::string buffer(reinterpret_cast<const char *>(&file), sizeof file);
-    for (const BtrKeySpec &key : keys) {
+    for (const BtrKeyEntry &key : keys) {
         buffer.append(reinterpret_cast<const char *>(&key), sizeof key);
     }
     return buffer;
@@ -129,16 +129,16 @@ TEST(Create, KeysCanBringTheirOwnNumbers)
 {
     const TempDirectory directory;
     Local me;
-    BtrFileSpec file{};
+    BtrFileHeader file{};
     file.RecordLength = 8;
     file.PageSize = 512;
     file.KeyCount = 2;
     file.Flags = BtrFileKeyNumbers;
-    BtrKeySpec first{};
+    BtrKeyEntry first{};
     first.Position = 1;
     first.Length = 4;
     first.KeyNumber = 7;
-    BtrKeySpec second = first;
+    BtrKeyEntry second = first;
     second.Position = 5;
     second.KeyNumber = 2;
     ASSERT_EQ(Create(me, directory / "f.btr", Raw(file, {first, second})).Status, BtrStatusOk);

@@ -220,14 +220,14 @@ struct KeySegment {
 inline std::string CreateBuffer(uint16_t recordLength, unsigned keys, const std::vector<KeySegment> &segments,
                                 unsigned fileFlags = 0, uint16_t pageSize = 4096)
 {
-    BtrFileSpec file{};
+    BtrFileHeader file{};
     file.RecordLength = recordLength;
     file.PageSize = pageSize;
     file.KeyCount = static_cast<uint8_t>(keys);
     file.Flags = static_cast<uint16_t>(fileFlags);
     std::string buffer(reinterpret_cast<const char *>(&file), sizeof file);
     for (const KeySegment &segment : segments) {
-        BtrKeySpec key{};
+        BtrKeyEntry key{};
         key.Position = segment.Position;
         key.Length = segment.Length;
         key.Flags = static_cast<uint16_t>(segment.Flags | BtrKeyExtendedType);

@@ -149,11 +149,11 @@ TEST(OldKeys, WithoutATypeAKeyIsTextOrAnUnsignedNumberOfAnyEvenLength)
 {
     const TempDirectory directory;
     Local me;
-    BtrFileSpec file{};
+    BtrFileHeader file{};
     file.RecordLength = 16;
     file.PageSize = 512;
     file.KeyCount = 2;
-    BtrKeySpec keys[2] = {};
+    BtrKeyEntry keys[2] = {};
     keys[0].Position = 1;
     keys[0].Length = 6;
     keys[0].Flags = BtrKeyOldBinary;

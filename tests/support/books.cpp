@@ -89,30 +89,30 @@ std::vector<Key> KeysOf(TableId table)
 void CreateTable(const std::string &path, TableId table)
 {
     const std::vector<Key> keys = KeysOf(table);
-    std::string spec(16, 0);
-    const auto put = [&spec](size_t at, unsigned value) {
-        spec[at] = static_cast<char>(value & 0xFF);
-        spec[at + 1] = static_cast<char>(value >> 8);
+    std::string definition(16, 0);
+    const auto put = [&definition](size_t at, unsigned value) {
+        definition[at] = static_cast<char>(value & 0xFF);
+        definition[at + 1] = static_cast<char>(value >> 8);
     };
     put(0, tableCatalogue[table].RecordLength);
     put(2, 4096);
-    spec[4] = static_cast<char>(keys.size());
+    definition[4] = static_cast<char>(keys.size());
     for (const Key &key : keys) {
         for (size_t i = 0; i < key.Segments.size(); ++i) {
-            const size_t at = spec.size();
-            spec.resize(at + 16);
+            const size_t at = definition.size();
+            definition.resize(at + 16);
             const bool more = i + 1 < key.Segments.size();
             put(at, key.Segments[i].Offset + 1u);
             put(at + 2, key.Segments[i].Length);
             put(at + 4, static_cast<unsigned>(key.Flags | BtrKeyExtendedType | (more ? BtrKeySegmented : 0)));
-            spec[at + 10] = static_cast<char>(key.Segments[i].Type);
+            definition[at + 10] = static_cast<char>(key.Segments[i].Type);
         }
     }
     char block[128] = {};
     char name[255] = {};
     path.copy(name, sizeof name - 1);
-    auto length = static_cast<uint32_t>(spec.size());
-    const int status = BTRCALL(BtrOpCreate, block, spec.data(), &length, name, 255, 0);
+    auto length = static_cast<uint32_t>(definition.size());
+    const int status = BTRCALL(BtrOpCreate, block, definition.data(), &length, name, 255, 0);
     if (status != 0) Refused("create", path, status);
 }
 

@@ -12,8 +12,8 @@ constexpr uint16_t pageSize = 4096;
 
 // What Create takes and Stat gives.
 struct Specification {
-    BtrFileSpec File;
-    BtrKeySpec Segments[BtrMaxKeys];
+    BtrFileHeader File;
+    BtrKeyEntry Segments[BtrMaxKeys];
 };
 
 int Engine(uint16_t operation, void *positionBlock, void *data, uint32_t *length, void *key, int keyNumber)
@@ -68,7 +68,7 @@ void Create(const TableLayout &layout, const std::filesystem::path &directory, i
     specification.File.RecordLength = layout.RecordLength;
     specification.File.PageSize = pageSize;
     specification.File.KeyCount = static_cast<uint8_t>(layout.Keys.size());
-    BtrKeySpec *next = specification.Segments;
+    BtrKeyEntry *next = specification.Segments;
     for (const KeyLayout &key : layout.Keys) {
         for (size_t i = 0; i < key.Segments.size(); ++i) {
             const KeySegment &segment = key.Segments[i];
@@ -203,7 +203,7 @@ TableDefinition TableFile::Definition()
     if (status != 0) throw EngineError("Abfragen", status, Path);
 
     TableDefinition definition{specification.File.RecordLength, specification.File.RecordCount, {}};
-    const BtrKeySpec *next = specification.Segments;
+    const BtrKeyEntry *next = specification.Segments;
     for (unsigned i = 0; i < specification.File.KeyCount; ++i) {
         KeyLayout key{(next->Flags & BtrKeyDuplicates) != 0, (next->Flags & BtrKeyModifiable) != 0, {}};
         for (bool more = true; more; ++next) {
