@@ -23,8 +23,7 @@ enum class Kind : uint8_t { Plain, Dialog, Button, Edit, Static, ListBox, ComboB
 enum class InputKind : uint8_t { Click, Select, Pick, Text, Focus, Activate, Close, Resize, Drop };
 
 constexpr uint32_t typeMask = 0xF;
-constexpr uint32_t pushButton = 0, defaultButton = 1, checkBox = 2, radioButton = 4, groupBox = 7,
-                   autoRadioButton = 9;
+constexpr uint32_t pushButton = 0, defaultButton = 1, radioButton = 4, groupBox = 7, autoRadioButton = 9;
 constexpr uint32_t statics = 0x1F, staticCenter = 1, staticRight = 2, staticLine = 0x10,
                    staticNoPrefix = 0x80;
 constexpr uint32_t editNumber = 0x2000, editReadOnly = 0x800, editPassword = 0x20;
