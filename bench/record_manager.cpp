@@ -4,6 +4,7 @@
 #include "bench/record_table.h"
 #include "record-manager/btrcall.h"
 
+#include <charconv>
 #include <memory>
 #include <optional>
 
@@ -90,7 +91,9 @@ long Anonymous()
     char line[256];
     FILE *status = fopen("/proc/self/status", "r");
     while (status != nullptr && fgets(line, sizeof line, status) != nullptr) {
-        if (memcmp(line, "RssAnon:", 8) == 0) found = std::strtol(line + 8, nullptr, 10);
+        if (memcmp(line, "RssAnon:", 8) != 0) continue;
+        const char *digits = line + 8 + strspn(line + 8, " \t");
+        std::from_chars(digits, line + strlen(line), found);
     }
     if (status != nullptr) fclose(status);
     return found;

@@ -140,8 +140,9 @@ void MakeTableAnew(const TableLayout &layout, const fs::path &directory)
     StopEngine();
 }
 
-// The entries of a table's tree in the store, changed behind the record manager's back.
-void WithTree(const fs::path &directory, const std::string &table,
+// The entries of one of a table's trees in the store, changed behind the record manager's back: "t" is that
+// of its records, "i00" that of its first index.
+void WithTree(const fs::path &directory, const std::string &table, const char *which,
               const std::function<void(MDB_txn *, MDB_dbi)> &change)
 {
     MDB_env *env = nullptr;
@@ -160,7 +161,7 @@ void WithTree(const fs::path &directory, const std::string &table,
     uint32_t number = 0;
     std::memcpy(&number, value.mv_data, sizeof number);
     char tree[16];
-    std::snprintf(tree, sizeof tree, "%08xt", number);
+    std::snprintf(tree, sizeof tree, "%08x%s", number, which);
     MDB_dbi dbi = 0;
     ASSERT_EQ(0, mdb_dbi_open(txn, tree, 0, &dbi)) << tree;
     change(txn, dbi);
@@ -168,26 +169,25 @@ void WithTree(const fs::path &directory, const std::string &table,
     mdb_env_close(env);
 }
 
-void DeleteFirstOf(MDB_txn *txn, MDB_dbi dbi, uint8_t prefix)
+void DeleteFirst(MDB_txn *txn, MDB_dbi dbi)
 {
     MDB_cursor *cursor = nullptr;
     mdb_cursor_open(txn, dbi, &cursor);
-    MDB_val key{1, &prefix};
+    MDB_val key{};
     MDB_val value{};
-    ASSERT_EQ(0, mdb_cursor_get(cursor, &key, &value, MDB_SET_RANGE));
-    ASSERT_EQ(prefix, *static_cast<uint8_t *>(key.mv_data));
+    ASSERT_EQ(0, mdb_cursor_get(cursor, &key, &value, MDB_FIRST));
     ASSERT_EQ(0, mdb_cursor_del(cursor, 0));
     mdb_cursor_close(cursor);
 }
 
 // Lets the first two entries of an index lead to each other's records.
-void SwapFirstTwo(MDB_txn *txn, MDB_dbi dbi, uint8_t prefix)
+void SwapFirstTwo(MDB_txn *txn, MDB_dbi dbi)
 {
     MDB_cursor *cursor = nullptr;
     mdb_cursor_open(txn, dbi, &cursor);
-    MDB_val key{1, &prefix};
+    MDB_val key{};
     MDB_val value{};
-    ASSERT_EQ(0, mdb_cursor_get(cursor, &key, &value, MDB_SET_RANGE));
+    ASSERT_EQ(0, mdb_cursor_get(cursor, &key, &value, MDB_FIRST));
     const std::string firstKey(static_cast<char *>(key.mv_data), key.mv_size);
     const std::string firstValue(static_cast<char *>(value.mv_data), value.mv_size);
     ASSERT_EQ(0, mdb_cursor_get(cursor, &key, &value, MDB_NEXT));
@@ -854,21 +854,14 @@ const std::vector<Damage> inFiles = {
      },
      "bat", "Schlüssel 1", "definition"},
     {"IndexEntryGone", "the account isn't found by its short name any more",
-     [](const GoodBooks &b) {
-         WithTree(b.Data / "1998", "sako.btr", [](MDB_txn *txn, MDB_dbi dbi) { DeleteFirstOf(txn, dbi, 1); });
-     },
-     "sako", "Schlüssel 1", "index"},
+     [](const GoodBooks &b) { WithTree(b.Data / "1998", "sako.btr", "i01", DeleteFirst); }, "sako",
+     "Schlüssel 1", "index"},
     {"IndexEntriesSwapped", "a search by number gives another account",
-     [](const GoodBooks &b) {
-         WithTree(b.Data / "1998", "debi.btr", [](MDB_txn *txn, MDB_dbi dbi) { SwapFirstTwo(txn, dbi, 0); });
-     },
-     "debi", "Schlüssel 0", "index"},
+     [](const GoodBooks &b) { WithTree(b.Data / "1998", "debi.btr", "i00", SwapFirstTwo); }, "debi",
+     "Schlüssel 0", "index"},
     {"RecordGoneFromUnderItsIndex", "a search finds an entry and no record",
-     [](const GoodBooks &b) {
-         WithTree(b.Data / "1998", "kore.btr",
-                  [](MDB_txn *txn, MDB_dbi dbi) { DeleteFirstOf(txn, dbi, 0xFF); });
-     },
-     "kore", "Schlüssel 0", "index"},
+     [](const GoodBooks &b) { WithTree(b.Data / "1998", "kore.btr", "t", DeleteFirst); }, "kore",
+     "Schlüssel 0", "index"},
     {"FileCutOff", "a disk that was full",
      [](const GoodBooks &b) {
          fs::resize_file(b.Data / "1998" / "books.mdb", fs::file_size(b.Data / "1998" / "books.mdb") / 2);
