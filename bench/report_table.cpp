@@ -15,8 +15,7 @@ long AnonymousKiB()
 {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
-        if (line.compare(0, 8, "RssAnon:") == 0)
-            return std::stol(line.substr(8));
+        if (line.compare(0, 8, "RssAnon:") == 0) return std::stol(line.substr(8));
     }
     return 0;
 }

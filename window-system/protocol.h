@@ -15,9 +15,9 @@ constexpr uint32_t longestFrame = 64u << 20;
 enum class ToScreen : uint8_t {
     Window = 1, // handle, parent, owner, thread, kind, flags, style, exStyle, id, x, y, width, height, value,
                 // limit, anchor, caret, serial, boxStyle, text, number of tab stops, tab stops in pixels
-    Rows,      // handle, count, texts
-    Destroyed, // handle
-    Top,       // handle of a window without parent, active, focus, default button
+    Rows,       // handle, count, texts
+    Destroyed,  // handle
+    Top,        // handle of a window without parent, active, focus, default button
 };
 
 // From the screen.
