@@ -11,7 +11,7 @@ namespace {
 constexpr uint16_t pageSize = 4096;
 
 // What Create takes and Stat gives.
-struct Specification {
+struct FileDefinition {
     BtrFileHeader File;
     BtrKeyEntry Segments[BtrMaxKeys];
 };
@@ -64,11 +64,11 @@ namespace {
 void Create(const TableLayout &layout, const std::filesystem::path &directory, int existing)
 {
     const std::filesystem::path path = directory / layout.FileName();
-    Specification specification = {};
-    specification.File.RecordLength = layout.RecordLength;
-    specification.File.PageSize = pageSize;
-    specification.File.KeyCount = static_cast<uint8_t>(layout.Keys.size());
-    BtrKeyEntry *next = specification.Segments;
+    FileDefinition stored = {};
+    stored.File.RecordLength = layout.RecordLength;
+    stored.File.PageSize = pageSize;
+    stored.File.KeyCount = static_cast<uint8_t>(layout.Keys.size());
+    BtrKeyEntry *next = stored.Segments;
     for (const KeyLayout &key : layout.Keys) {
         for (size_t i = 0; i < key.Segments.size(); ++i) {
             const KeySegment &segment = key.Segments[i];
@@ -86,9 +86,9 @@ void Create(const TableLayout &layout, const std::filesystem::path &directory, i
     uint8_t positionBlock[BtrPositionBlockSize] = {};
     uint8_t key[BtrKeyBufferSize];
     PutPath(key, path);
-    auto length = static_cast<uint32_t>(sizeof specification.File +
-                                        static_cast<size_t>(next - specification.Segments) * sizeof *next);
-    const int status = Engine(BtrOpCreate, positionBlock, &specification, &length, key, existing);
+    auto length = static_cast<uint32_t>(sizeof stored.File +
+                                        static_cast<size_t>(next - stored.Segments) * sizeof *next);
+    const int status = Engine(BtrOpCreate, positionBlock, &stored, &length, key, existing);
     if (status != 0) throw EngineError("Anlegen", status, path);
 }
 
@@ -197,14 +197,14 @@ bool TableFile::GreaterEqual(void *record, const void *value, int key)
 
 TableDefinition TableFile::Definition()
 {
-    Specification specification = {};
-    uint32_t length = sizeof specification;
-    const int status = Engine(BtrOpStat, positionBlock, &specification, &length, keyBuffer, 0);
+    FileDefinition stored = {};
+    uint32_t length = sizeof stored;
+    const int status = Engine(BtrOpStat, positionBlock, &stored, &length, keyBuffer, 0);
     if (status != 0) throw EngineError("Abfragen", status, Path);
 
-    TableDefinition definition{specification.File.RecordLength, specification.File.RecordCount, {}};
-    const BtrKeyEntry *next = specification.Segments;
-    for (unsigned i = 0; i < specification.File.KeyCount; ++i) {
+    TableDefinition definition{stored.File.RecordLength, stored.File.RecordCount, {}};
+    const BtrKeyEntry *next = stored.Segments;
+    for (unsigned i = 0; i < stored.File.KeyCount; ++i) {
         KeyLayout key{(next->Flags & BtrKeyDuplicates) != 0, (next->Flags & BtrKeyModifiable) != 0, {}};
         for (bool more = true; more; ++next) {
             more = (next->Flags & BtrKeySegmented) != 0;
