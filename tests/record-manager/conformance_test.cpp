@@ -63,14 +63,14 @@ TEST_F(FileT, StatTellsTheDefinitionAndTheCount)
     memcpy(&file, answer.Data.data(), sizeof file);
     EXPECT_EQ(file.RecordLength, 64);
     EXPECT_EQ(file.KeyCount, 3);
-    EXPECT_EQ(file.RecordCount, 0u);
+    EXPECT_EQ(uint32_t{file.RecordCount}, 0u);
     BtrKeyEntry keys[3];
     memcpy(keys, answer.Data.data() + 16, sizeof keys);
     EXPECT_EQ(keys[1].Position, 9);
     EXPECT_EQ(keys[1].Length, 8);
     EXPECT_EQ(keys[1].Flags, BtrKeyDuplicates | BtrKeyModifiable | BtrKeyExtendedType);
     EXPECT_EQ(keys[2].Type, BtrTypeInteger);
-    EXPECT_EQ(keys[2].UniqueValues, 0u);
+    EXPECT_EQ(uint32_t{keys[2].UniqueValues}, 0u);
 }
 
 TEST_F(FileT, StatRefusesABufferThatCannotHoldAllOfIt)

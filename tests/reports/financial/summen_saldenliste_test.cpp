@@ -135,7 +135,7 @@ TEST_F(SummenSaldenliste, SendsHeaderAndALinePerAccount)
             "1200|000000000,00|000000000,00|000000000,00|000000000,00|000000000,00|000000000,00|"
             "000000000,00|000000000,00|0"}),
         sent.Lines);
-    EXPECT_EQ(1u, params.ViewResult);
+    EXPECT_EQ(1u, uint32_t{params.ViewResult});
 }
 
 TEST_F(SummenSaldenliste, FirstMonthHasNoMonthsBeforeIt)
@@ -182,7 +182,7 @@ TEST_F(SummenSaldenliste, PrintedReportGivesNoViewButTellsOfItsSuccess)
     params.Ausgabe = 1;
     sent.PrintResult = 0;
     EXPECT_EQ(nullptr, VARK_SummenSaldenListe(1, nullptr, &params));
-    EXPECT_EQ(1u, params.ViewResult) << "a failed print is told by the printer's result alone";
+    EXPECT_EQ(1u, uint32_t{params.ViewResult}) << "a failed print is told by the printer's result alone";
     EXPECT_EQ("print", sent.Calls.at(3));
     EXPECT_EQ("close 7", sent.Calls.at(4));
     EXPECT_EQ(0u, GetThreadContext()->LastPrintResult);
@@ -198,7 +198,7 @@ TEST_F(SummenSaldenliste, RefusedRecordEndsTheReportAsFailed)
         EXPECT_EQ(nullptr, VARK_SummenSaldenListe(1, nullptr, &params)) << refused;
         EXPECT_EQ("close 7", sent.Calls.back());
         EXPECT_EQ(Lines{"Die Summen- und Saldenliste konnte nicht erstellt werden!"}, books.TakeBoxes());
-        EXPECT_EQ(0u, params.ViewResult);
+        EXPECT_EQ(0u, uint32_t{params.ViewResult});
     }
 }
 
@@ -209,7 +209,7 @@ TEST_F(SummenSaldenliste, ViewThatDoesNotOpenIsAFailedReport)
     EXPECT_EQ(nullptr, VARK_SummenSaldenListe(1, nullptr, &params));
     EXPECT_EQ(Lines{"Die Summen- und Saldenliste konnte nicht erstellt werden!"}, books.TakeBoxes());
     EXPECT_EQ("close 7", sent.Calls.back());
-    EXPECT_EQ(0u, params.ViewResult);
+    EXPECT_EQ(0u, uint32_t{params.ViewResult});
 }
 
 TEST_F(SummenSaldenliste, SumThatOverflowsIsNeverPrinted)
@@ -238,7 +238,7 @@ TEST_F(SummenSaldenliste, UnknownMandantGivesNothingAndShowsNothing)
     Record();
     params.ViewResult = 1;
     EXPECT_EQ(nullptr, VARK_SummenSaldenListe(9, nullptr, &params));
-    EXPECT_EQ(0u, params.ViewResult);
+    EXPECT_EQ(0u, uint32_t{params.ViewResult});
     EXPECT_EQ(Lines{}, books.TakeBoxes());
     EXPECT_TRUE(sent.Calls.empty());
 }

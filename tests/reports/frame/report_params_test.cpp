@@ -152,14 +152,14 @@ TEST_F(ReportParameters, WhatWasChosenIsWrittenBackWithItsFlags)
     params.ParamFlags = ParamEinzeln;
     GatherReportParams(context, params, &period, &range, &ausgabe);
     EXPECT_EQ(uint32_t{ParamZeitraum | ParamDaten | ParamJahr | ParamKontoArt | ParamKonten | ParamAusgabe},
-              params.ParamFlags);
-    EXPECT_EQ(0, params.Zeitraum);
+              uint32_t{params.ParamFlags});
+    EXPECT_EQ(0, int32_t{params.Zeitraum});
     EXPECT_STREQ("010198", params.VonDatum);
     EXPECT_STREQ("310398", params.BisDatum);
-    EXPECT_EQ(18, params.JahrIndex);
-    EXPECT_EQ(4, params.KontoArt);
+    EXPECT_EQ(18, int32_t{params.JahrIndex});
+    EXPECT_EQ(4, int32_t{params.KontoArt});
     EXPECT_STREQ("10000", params.DebitorVon);
-    EXPECT_EQ(1, params.Ausgabe);
+    EXPECT_EQ(1, int32_t{params.Ausgabe});
 }
 
 TEST_F(ReportParameters, FieldsThatADialogDoesNotHaveLoseTheirFlag)
@@ -167,7 +167,7 @@ TEST_F(ReportParameters, FieldsThatADialogDoesNotHaveLoseTheirFlag)
     params.ParamFlags = ParamDaten | ParamJahr | ParamArchivJahr;
     period.Code = 5;
     GatherReportParams(context, params, &period, nullptr, nullptr);
-    EXPECT_EQ(uint32_t{ParamZeitraum | ParamArchivJahr}, params.ParamFlags);
+    EXPECT_EQ(uint32_t{ParamZeitraum | ParamArchivJahr}, uint32_t{params.ParamFlags});
 }
 
 TEST_F(ReportParameters, SingleAccountIsToldOnlyWhereItWasOffered)
