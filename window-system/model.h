@@ -285,14 +285,39 @@ constexpr bool mutates = true;
 // Every invariant of above; asserts.
 void CheckModel();
 
-// ---- Handles and the tree (windows.cpp) ----
+// ---- Handles (handles.cpp) ----
+
+// Gives `window` a place in the table and its handle; null when the table is full.
+HWND TakeHandle(Window *window);
+
+// The handle leads nowhere from now on.
+void FreeHandle(HWND handle);
+
+// The window of a handle, null for any other value.
+Window *Find(HWND handle);
 
 // The windows in the order of their handles: the first at or after `place`, null behind the last. `place`
-// moves behind it.
+// moves behind it. Windows may go meanwhile.
 Window *NextInTable(unsigned &place);
 
 // The place of a handle in the table.
 unsigned PlaceOf(HWND handle);
+
+// How many places have ever been taken; there are never more windows.
+unsigned PlacesUsed();
+
+// ---- Classes (classes.cpp) ----
+
+// Needs no memory, so that windows can always be tried.
+void AddSystemClasses();
+
+// A name is a text or, as a number below 65536, an atom. Null if there is no such class.
+WindowClass *FindClass(LPCSTR name);
+
+// Whether `name` is a text that names something. Atoms are refused, since nobody registers any.
+bool IsName(LPCSTR name);
+
+// ---- The life of windows (windows.cpp) ----
 
 // Forgets everything: a forked child begins without windows.
 void ForgetWindows();
@@ -300,8 +325,30 @@ void ForgetWindows();
 // Takes the windows of a thread that ends away, without a message.
 void TakeAwayWindows(Thread *thread);
 
-// The window of a handle, null for any other value.
-Window *Find(HWND handle);
+bool IsWindowOfCaller(const Window *window);
+
+// `window` has changed; the screen hears of it when its thread waits.
+void Note(Window *window, unsigned change);
+
+// ---- The tree (tree.cpp) ----
+
+// The ends of the children of `parent`, of the outermost windows for null.
+Window *&FirstOf(Window *parent);
+Window *&LastOf(Window *parent);
+
+void Unlink(Window *window);
+
+// Puts a window that stands nowhere among the children of `parent`, behind `after` (null: first).
+void LinkBehind(Window *window, Window *parent, Window *after);
+
+int DepthOf(const Window *window);
+
+// Longest chain of owners above `window`, and of windows owned by each other below it; `depth` bounds the
+// recursion.
+int OwnerDepthOf(const Window *window);
+int OwnedDepthOf(const Window *window, int depth);
+
+bool IsOwnedBy(const Window *window, const Window *owner);
 
 // The outermost window around `window`.
 Window *Outermost(Window *window);
@@ -310,24 +357,28 @@ bool LiesInside(const Window *window, const Window *parent);
 bool IsShown(const Window *window);    // it and all around it
 bool AreEnabled(const Window *window); // it and all around it
 
-// `window` has changed; the screen hears of it when its thread waits.
-void Note(Window *window, unsigned change);
-
-// Text of a window, never null.
-const char *TextOf(const Window *window);
-
-// Replaces the text; false without memory, and the old one stays.
-bool ReplaceText(Window *window, const char *text, size_t length);
-
-// Shows or hides, with all messages; without a word about who is active.
-void SetShown(HWND handle, bool shown);
-
 // A descendant of `parent` by its id: pages in view first, then direct children, then any. Null if there is
 // none.
 Window *FindControl(Window *parent, LONG_PTR id);
 
 // The window an owner given by a caller stands for: the outermost around it. Null for no window.
 Window *OwnerOf(HWND handle);
+
+// ---- Places (places.cpp) ----
+
+// A rectangle with its numbers kept so small that they stay summable over all depths.
+RECT PlaceAt(LONG x, LONG y, LONG width, LONG height);
+
+// Shows or hides, with all messages; without a word about who is active.
+void SetShown(HWND handle, bool shown);
+
+// ---- What a window carries (window_data.cpp) ----
+
+// Text of a window, never null.
+const char *TextOf(const Window *window);
+
+// Replaces the text; false without memory, and the old one stays.
+bool ReplaceText(Window *window, const char *text, size_t length);
 
 // ---- Threads and messages (queue.cpp) ----
 

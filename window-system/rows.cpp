@@ -294,3 +294,5 @@ void CheckRows(const Rows &rows)
 }
 
 } // namespace varkui
+
+void VarkUiLimitLists(LONG rows) { varkui::LimitRows(rows); }

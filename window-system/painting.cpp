@@ -1,0 +1,52 @@
+// Cursor and painting.
+#include "window-system/front_end.h"
+#include "window-system/model.h"
+
+using namespace varkui;
+
+namespace {
+
+constexpr ULONG_PTR arrowCursor = 32512;
+constexpr ULONG_PTR waitCursor = 32514;
+
+} // namespace
+
+BOOL InvalidateRect(HWND window, const RECT * /*rectangle*/, BOOL /*erase*/) { return UpdateWindow(window); }
+
+BOOL UpdateWindow(HWND window)
+{
+    if (IsWindow(window) == FALSE) return FALSE;
+    ShowChanges();
+    return TRUE;
+}
+
+HCURSOR LoadCursorA(HINSTANCE module, LPCSTR name)
+{
+    const auto number = reinterpret_cast<ULONG_PTR>(name);
+    if (module != nullptr || number < arrowCursor || number > waitCursor) return nullptr;
+    return AsPointer<HCURSOR>(number);
+}
+
+HCURSOR SetCursor(HCURSOR cursor)
+{
+    HCURSOR before = nullptr;
+    {
+        const Locked locked;
+        Thread *thread = Self();
+        if (thread == nullptr) return nullptr;
+        before = thread->Cursor;
+        thread->Cursor = cursor;
+    }
+    if (cursor != before) ShowChanges();
+    return before;
+}
+
+DWORD GetSysColor(int index) { return index == COLOR_BTNFACE ? 0xF0F0F0u : 0u; }
+
+COLORREF SetBkColor(HDC /*device*/, COLORREF /*color*/) { return 0; }
+
+BOOL ExtTextOutA(HDC /*device*/, int /*x*/, int /*y*/, UINT /*options*/, const RECT * /*rectangle*/,
+                 LPCSTR /*text*/, UINT /*length*/, const int * /*widths*/)
+{
+    return FALSE;
+}
