@@ -14,7 +14,6 @@ VarkWindow NoReport()
 
 } // namespace
 
-int32_t VARK_CALL VARK_IsMessage(VarkMessage *) { return 0; }
 VarkWindow VARK_CALL VARK_Kontenplan(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Bilanz(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Kontenblatt(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }

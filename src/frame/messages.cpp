@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 
 namespace vark {
 
@@ -102,8 +103,13 @@ bool ReportLocked(int16_t status)
 HWND FocusControl(HWND window, uint16_t id)
 {
     if (HWND control = GetDlgItem(window, id); control != nullptr) return control;
-    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-        if (HWND control = FocusControl(child, id); control != nullptr) return control;
+    // Of pages with the same controls the one in view counts.
+    for (const bool visible : {true, false}) {
+        for (HWND child = GetWindow(window, GW_CHILD); child != nullptr;
+             child = GetWindow(child, GW_HWNDNEXT)) {
+            if ((IsWindowVisible(child) != FALSE) != visible) continue;
+            if (HWND control = FocusControl(child, id); control != nullptr) return control;
+        }
     }
     return nullptr;
 }

@@ -29,7 +29,8 @@ void ReportStatus(int16_t status, const char *text);
 // For a record or file in use (status 84, 85) shows message 1420 and returns true; else false, silently.
 bool ReportLocked(int16_t status);
 
-// The control of that id in `window`: a direct child, failing that any descendant; null when there is none.
+// The control of that id in `window`: a direct child, failing that any descendant, one in view before
+// a hidden one; null when there is none.
 HWND FocusControl(HWND window, uint16_t id);
 
 // Focuses a control and selects all of its text if it has any to select.

@@ -3,20 +3,13 @@
 #pragma once
 
 #include "src/reports/frame/account_range.h"
+#include "src/reports/frame/dialog_layout.h"
 #include "src/reports/frame/period_controls.h"
 #include "src/reports/frame/report_params.h"
-#include "window-system/dialog_table.h"
 
 #include <cstdint>
 
 namespace vark {
-
-// Radio buttons of the output group.
-inline constexpr int controlBildschirm = 20100;
-inline constexpr int controlDrucker = 20101;
-
-// Kinds of account that a dialog offers, as bits: the Kontoarten 1, 2, 4 and 8.
-using KontoartSet = int32_t;
 
 // What a report's dialog consists of.
 struct ReportDialog {
