@@ -13,15 +13,21 @@ struct Arguments {
     long Count;
 };
 
+// The number that a text begins with, 0 for none.
+inline long NumberOf(const char *text)
+{
+    long number = 0;
+    std::from_chars(text, text + std::strlen(text), number);
+    return number;
+}
+
 inline Arguments PeerArguments(int count, char **arguments)
 {
     if (count < 3) {
         std::fprintf(stderr, "%s DIRECTORY COUNT\n", arguments[0]);
         std::exit(2);
     }
-    long records = 0;
-    std::from_chars(arguments[2], arguments[2] + std::strlen(arguments[2]), records);
-    return {arguments[1], records};
+    return {arguments[1], NumberOf(arguments[2])};
 }
 
 // Ends the program for any result but 0.

@@ -196,7 +196,18 @@ int32_t CallSplit(Input &input)
     return VARK_SplitBuchungEinfuegen(&s, 0);
 }
 
-int32_t CallSplitPart(Input &input)
+int32_t CallShortDirekt(Input &input)
+{
+    const char *t[8];
+    for (const char *&text : t) {
+        text = input.Text();
+    }
+    const int32_t sollArt = input.Number();
+    return VARK_BuchungEinfuegenDirekt(0, 1, 16, t[0], t[1], t[2], t[3], sollArt, t[4], input.Number(), t[5],
+                                       t[6], t[7]);
+}
+
+int32_t CallSplitPart(Input &input, bool isShort)
 {
     const char *t[6];
     for (const char *&text : t) {
@@ -204,6 +215,7 @@ int32_t CallSplitPart(Input &input)
     }
     const int32_t sollArt = input.Number();
     const int32_t habenArt = input.Number();
+    if (isShort) return VARK_SplitEinfuegen(t[0], sollArt, t[1], habenArt, t[2], t[3], t[4], t[5]);
     return VARK_SplitEinfuegenEx(t[0], sollArt, t[1], habenArt, t[2], t[3], t[4], t[5], input.Number());
 }
 
@@ -227,6 +239,38 @@ int32_t CallPeko(Input &input)
     const int32_t aktion = input.Number();
     const int32_t art = input.Number();
     return VARK_Peko(aktion, art, &p, 0);
+}
+
+int32_t CallPekoDirekt(Input &input)
+{
+    const char *t[15];
+    for (const char *&text : t) {
+        text = input.Text();
+    }
+    int32_t n[6];
+    for (int32_t &number : n) {
+        number = input.Number();
+    }
+    return VARK_PekoDirekt(n[0], n[1], 0, 1, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9],
+                           t[10], t[11], t[12], t[13], n[2], n[3], t[14], n[4], n[5]);
+}
+
+// Without a window a dialog is cancelled.
+int32_t CallPicker(Input &input)
+{
+    const uint8_t which = input.Byte();
+    const int32_t mandant = input.Byte() < 240 ? 1 : input.Number();
+    switch (which % 5) {
+    case 0: return VARK_HoleMandantenNr(nullptr);
+    case 1: return VARK_HoleStapelNr(nullptr, which < 128 ? mandant : -mandant);
+    case 2: return VARK_HoleZahlungsziel(nullptr, mandant);
+    case 3: return VARK_HoleKostenschablone(nullptr, mandant);
+    default: {
+        const int32_t kontoart = input.Number();
+        const char *from = input.Text();
+        return VARK_HoleKonto(nullptr, mandant, kontoart, from, input.Text(), input.Out(8));
+    }
+    }
 }
 
 int32_t CallPostingCursor(Input &input)
@@ -276,12 +320,13 @@ const Codes pekoCodes = {1,   -2,  -3,  -5,  -7,  -10, -15, -16, -17, -18,
                          -19, -27, -28, -29, -30, -31, -32, -33, -42};
 const Codes queryCodes = {1, 0, -3, -5, -7, -10, -11, -20, -23, -37, -42};
 const Codes cursorCodes = {1, 2, -3, -20, -39, -40, -42};
+const Codes pickerCodes = {0, -1, -3, -5, -7, -42};
 
 int32_t CallOne(Input &input, const Codes *&codes)
 {
     const uint8_t which = input.Byte();
     codes = &postingCodes;
-    switch (which % 16) {
+    switch (which % 23) {
     case 0: return CallSingle(input);
     case 1: return CallDirekt(input);
     case 2: return CallSplit(input);
@@ -289,18 +334,28 @@ int32_t CallOne(Input &input, const Codes *&codes)
         const char *date = input.Text();
         return VARK_SplitStartEx(1, 16, date, input.Text(), input.Byte(), input.Number());
     }
-    case 4: return CallSplitPart(input);
+    case 4: return CallSplitPart(input, false);
     case 5: return VARK_SplitEnde(input.Byte() % 4, 0);
     case 6: codes = &pekoCodes; return CallPeko(input);
     case 8: codes = &cursorCodes; return CallPostingCursor(input);
     case 9: codes = &cursorCodes; return CallAccountCursor(input);
     case 10: codes = &cursorCodes; return CallItemCursor(input);
+    case 16: return CallShortDirekt(input);
+    case 17: {
+        const char *date = input.Text();
+        return VARK_SplitStart(1, 16, date, input.Text(), input.Byte());
+    }
+    case 18: return CallSplitPart(input, true);
+    case 19: codes = &pekoCodes; return CallPekoDirekt(input);
+    case 20: codes = &cursorCodes; return VARK_BeendeHolen();
+    case 21: VARK_SchliesseDB(); return VARK_Status();
+    case 22: codes = &pickerCodes; return CallPicker(input);
     default: break;
     }
     codes = &queryCodes;
     const int32_t mandant = input.Byte() < 240 ? 1 : input.Number();
     const char *text = input.Text();
-    switch (which % 16) {
+    switch (which % 23) {
     case 7: return VARK_HoleSaldo(mandant, text, input.Number(), 0, input.Number(), input.Out(17));
     case 11: return VARK_InitHoleBube(mandant, text, 0);
     case 12: return VARK_InitHoleKonto(mandant, input.Number(), text, 0);
@@ -316,6 +371,18 @@ Ledger &SharedBooks()
         auto made = std::make_unique<Ledger>(MandantOptions{.Kostenrechnung = true});
         made->AddKostenschablone(1, {"033,33", "066,67"});
         made->Insert(1, TableKurse, MakeKurs("USD", "180515", "000000001,75"));
+        for (int32_t number = 1; number <= 6; ++number) {
+            BubeRecord posting = MakeBube(number, "150118", "10000", "8400", "000000116,00");
+            posting.Steuerflags =
+                static_cast<uint8_t>(number % 2 == 0 ? BubeSteuerMinus | 2 : BubeSteuerErrechnet);
+            if (number == 2) posting.Status = BubeGefaltet;
+            if (number == 3) posting.Status = BubeSplitSoll | BubeSplitAnfang;
+            if (number == 4) posting.Status = BubeSplitSoll;
+            made->Insert(1, TableBube, posting);
+            made->Insert(1, TableOpdebi,
+                         MakeOpenItem(static_cast<uint32_t>(number), number % 2 != 0 ? "10000" : "10001",
+                                      "180115", "000000116,00"));
+        }
         return made;
     }();
     return *books;
@@ -328,6 +395,9 @@ void AuditNowAndThen(Ledger &books)
     VARK_SchliesseDB();
     const std::string fault = AuditPostings(books, 1);
     if (!fault.empty()) throw std::logic_error(fault);
+    if (books.Count(1, TableBube) != 6 || books.Count(1, TableOpdebi) != 6) {
+        throw std::logic_error("a query has changed the books");
+    }
     if (books.Count(1, TableBat) < 300) return;
     for (const TableId table : {TableBat, TableSplit, TableKobu}) {
         books.EmptyTable(1, table);

@@ -1,4 +1,4 @@
-// Calls of the exports that need no window, read from bytes: for the fuzz target and for a short run in the
+// Calls of every export but the reports, read from bytes: for the fuzz target and for a short run in the
 // tests.
 #pragma once
 
