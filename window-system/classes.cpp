@@ -26,6 +26,7 @@ const SystemClass systemClasses[] = {
     {"ListBox", ListBoxProcedure, 0, Kind::ListBox},
     {"ComboBox", ComboBoxProcedure, 0, Kind::ComboBox},
     {WC_TABCONTROLA, TabControlProcedure, 0, Kind::TabControl},
+    {VARKUI_PICTURE_CLASS, PictureProcedure, 0, Kind::Picture},
 };
 
 ATOM nextAtom = 0xC000;

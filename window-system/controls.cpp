@@ -1,5 +1,6 @@
 // What all controls share: their state, their notices, and what a person does to them.
 #include <cstring>
+#include <unistd.h>
 
 #include "window-system/front_end.h"
 #include "window-system/memory.h"
@@ -18,6 +19,7 @@ size_t StateSize(enum Kind kind)
     case Kind::ListBox: return sizeof(ListState);
     case Kind::ComboBox: return sizeof(ComboState);
     case Kind::TabControl: return sizeof(TabState);
+    case Kind::Picture: return sizeof(PictureState);
     case Kind::Plain:
     case Kind::Static: break;
     }
@@ -87,6 +89,7 @@ bool MakeState(Window *window)
         window->Combo->Edit.Limit = longestText;
         break;
     case Kind::TabControl: window->Tabs->Selected = -1; break;
+    case Kind::Picture: window->Picture->Shown.Descriptor = -1; break;
     default: break;
     }
     return true;
@@ -102,6 +105,9 @@ void FreeState(Window *window)
             Release(window->Tabs->Items[i].Text);
         }
         Release(window->Tabs->Items);
+    }
+    if (window->Kind == Kind::Picture && window->Picture->Shown.Descriptor >= 0) {
+        close(window->Picture->Shown.Descriptor);
     }
     Release(window->State);
     window->State = nullptr;
@@ -129,6 +135,10 @@ void HandleInput(HWND window, const Input &input)
         if (target.Usable) SendMessageA(target.Outermost, WM_SYSCOMMAND, SC_CLOSE, 0);
         return;
     }
+    if (input.Kind == InputKind::Area) {
+        if (target.Kind == Kind::Picture) InputToPicture(window, input);
+        return;
+    }
     if (input.Kind == InputKind::Resize) {
         Resize(window, input);
         return;
@@ -142,7 +152,7 @@ void HandleInput(HWND window, const Input &input)
     }
     if (!target.Active) Activate(target.Outermost, true);
     if (input.Kind == InputKind::Activate) return;
-    if (input.Kind != InputKind::Text) TellParents(window);
+    if (input.Kind < InputKind::Area && input.Kind != InputKind::Text) TellParents(window);
     switch (input.Kind) {
     case InputKind::Click: SendMessageA(window, BM_CLICK, 0, 0); break;
     case InputKind::Focus: SetFocus(window); break;
@@ -155,8 +165,16 @@ void HandleInput(HWND window, const Input &input)
         if (target.Kind == Kind::ComboBox) InputToComboBox(window, input);
         if (target.Kind == Kind::TabControl) InputToTabControl(window, input);
         break;
+    case InputKind::Scroll:
+    case InputKind::Press:
+    case InputKind::Drag:
+    case InputKind::Release:
+    case InputKind::Zoom:
+        if (target.Kind == Kind::Picture) InputToPicture(window, input);
+        break;
     case InputKind::Activate:
     case InputKind::Close:
+    case InputKind::Area:
     case InputKind::Resize: break;
     }
 }

@@ -34,7 +34,17 @@ constexpr size_t longestClassName = 255;
 struct Thread;
 struct Window;
 
-enum class Kind : unsigned char { Plain, Dialog, Button, Edit, Static, ListBox, ComboBox, TabControl };
+enum class Kind : unsigned char {
+    Plain,
+    Dialog,
+    Button,
+    Edit,
+    Static,
+    ListBox,
+    ComboBox,
+    TabControl,
+    Picture
+};
 
 struct WindowClass {
     const char *Name;
@@ -96,6 +106,12 @@ struct TabState {
     int Selected;
 };
 
+struct PictureState {
+    VARKUIPICTURE Shown; // with a descriptor of its own
+    VARKUIAREA Area;     // as the screen tells it; all of the window until it does
+    bool AreaTold;
+};
+
 // ---- Dialogs ----
 
 // How far a dialog that nobody sees has been answered.
@@ -116,7 +132,8 @@ struct DialogState {
 enum Change : unsigned {
     changedState = 1, // style, place, text, check, selection, order: everything that is small
     changedRows = 2,
-    changedAll = 3,
+    changedPicture = 4,
+    changedAll = 7,
 };
 
 struct Window {
@@ -153,6 +170,7 @@ struct Window {
         ListState *List;
         ComboState *Combo;
         TabState *Tabs;
+        PictureState *Picture;
         void *State;
     };
 };
@@ -169,6 +187,12 @@ enum class InputKind : unsigned char {
     Close,
     Resize, // Index is the width, Index2 the height
     Drop,   // the list of a combo box opens or closes (Index)
+    Area,   // a picture has Index x Index2 pixels to show, each Serial pixels of the screen wide
+    Scroll, // of a picture: Index, Index2 comes to the upper left corner
+    Press,  // into a picture at Index, Index2; Serial is the number of presses, serialShift with Shift
+    Drag,
+    Release,
+    Zoom, // at Index, Index2; Serial is the number of steps as a signed number
 };
 
 struct Input {
@@ -181,6 +205,8 @@ struct Input {
 
 // The message that carries an input; its payload stays with the thread.
 constexpr UINT inputMessage = 0xFF01;
+
+constexpr unsigned serialShift = 0x100;
 
 // ---- Threads ----
 
@@ -253,8 +279,12 @@ struct Model {
     WindowClass *Classes;
     Window *FirstTop; // the topmost window without parent
     Window *LastTop;
+    char *Copied; // what a person can paste, null for nothing
+    unsigned CopiedSerial;
     unsigned BaseX; // pixels of 4 horizontal and 8 vertical dialog units
     unsigned BaseY;
+    char *Copied = nullptr; // what a person can paste
+    unsigned CopiedSerial = 0;
 };
 
 extern Model model;
@@ -439,6 +469,7 @@ LRESULT CALLBACK StaticProcedure(HWND window, UINT message, WPARAM wParam, LPARA
 LRESULT CALLBACK ListBoxProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 LRESULT CALLBACK ComboBoxProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 LRESULT CALLBACK TabControlProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK PictureProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Sends WM_COMMAND with `code` from the control to its parent.
 void NotifyParent(HWND control, int code);
@@ -451,6 +482,7 @@ void InputToEdit(HWND edit, const Input &input);
 void InputToListBox(HWND list, const Input &input);
 void InputToComboBox(HWND combo, const Input &input);
 void InputToTabControl(HWND tabs, const Input &input);
+void InputToPicture(HWND picture, const Input &input);
 
 // Makes and frees the state of a control; false without memory.
 bool MakeState(Window *window);

@@ -18,6 +18,9 @@ enum class ToScreen : uint8_t {
     Rows,       // handle, count, texts
     Destroyed,  // handle
     Top,        // handle of a window without parent, active, focus, default button
+    Picture,    // handle, width, height, x, y, content width, content height, page, number of descriptors (0
+                // or 1) that come with the first byte of this frame
+    Copied,     // text for whoever pastes
 };
 
 // From the screen.

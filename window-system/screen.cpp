@@ -6,6 +6,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <initializer_list>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -29,15 +30,28 @@ struct Bytes {
     size_t Capacity;
 };
 
+// A descriptor on its way, sent with the byte at Offset of the frames.
+struct Passed {
+    size_t Offset;
+    int Descriptor;
+};
+
+// Frames to be written, with the descriptors that go with them in order.
+struct Outgoing {
+    Bytes Frames;
+    Bytes Descriptors; // of Passed
+};
+
 struct Screen {
     int Socket;
     int Wake; // tells the thread below that there is something to write
-    Bytes Out;
+    Outgoing Going;
+    unsigned CopiedSerial;        // of the text for pasting that the screen has
     HWND Known[1u << handleBits]; // which windows the screen has, by place
     bool Lost;                    // memory ran out for what the screen must know
 };
 
-Screen screen = {-1, -1, {}, {}, false};
+Screen screen = {-1, -1, {}, 0, {}, false};
 
 constexpr int startTimeout_ms = 5000;
 
@@ -57,12 +71,12 @@ bool Reserve(Bytes &bytes, size_t more)
 
 void PutBytes(const void *data, size_t size)
 {
-    if (screen.Lost || !Reserve(screen.Out, size)) {
+    if (screen.Lost || !Reserve(screen.Going.Frames, size)) {
         screen.Lost = true;
         return;
     }
-    memcpy(screen.Out.Data + screen.Out.Count, data, size);
-    screen.Out.Count += size;
+    memcpy(screen.Going.Frames.Data + screen.Going.Frames.Count, data, size);
+    screen.Going.Frames.Count += size;
 }
 
 void PutU8(uint8_t value) { PutBytes(&value, sizeof value); }
@@ -79,21 +93,22 @@ void PutHandle(const Window *window)
 void PutText(const char *text)
 {
     const size_t size = 3 * strlen(text) + 1;
-    if (screen.Lost || !Reserve(screen.Out, size + 4)) {
+    if (screen.Lost || !Reserve(screen.Going.Frames, size + 4)) {
         screen.Lost = true;
         return;
     }
-    const size_t at = screen.Out.Count;
-    const size_t length = text::ToUtf8(text, reinterpret_cast<char *>(screen.Out.Data + at + 4), size);
+    const size_t at = screen.Going.Frames.Count;
+    const size_t length =
+        text::ToUtf8(text, reinterpret_cast<char *>(screen.Going.Frames.Data + at + 4), size);
     const auto shown = static_cast<uint32_t>(length);
-    memcpy(screen.Out.Data + at, &shown, sizeof shown);
-    screen.Out.Count += 4 + length;
+    memcpy(screen.Going.Frames.Data + at, &shown, sizeof shown);
+    screen.Going.Frames.Count += 4 + length;
 }
 
 // A frame is begun with room for its length, which is filled in at its end.
 size_t BeginFrame(ToScreen type)
 {
-    const size_t at = screen.Out.Count;
+    const size_t at = screen.Going.Frames.Count;
     PutU32(0);
     PutU8(static_cast<uint8_t>(type));
     return at;
@@ -102,8 +117,8 @@ size_t BeginFrame(ToScreen type)
 void EndFrame(size_t at)
 {
     if (screen.Lost) return;
-    const auto length = static_cast<uint32_t>(screen.Out.Count - at - 4);
-    memcpy(screen.Out.Data + at, &length, sizeof length);
+    const auto length = static_cast<uint32_t>(screen.Going.Frames.Count - at - 4);
+    memcpy(screen.Going.Frames.Data + at, &length, sizeof length);
 }
 
 // ---- Telling ----
@@ -188,6 +203,38 @@ void TellRows(const Window *window)
     EndFrame(frame);
 }
 
+// The picture with a descriptor of its own, since the window may have another one before it is sent.
+void TellPicture(const Window *window)
+{
+    if (window->Kind != Kind::Picture) return;
+    const VARKUIPICTURE &shown = window->Picture->Shown;
+    Bytes &descriptors = screen.Going.Descriptors;
+    const size_t frame = BeginFrame(ToScreen::Picture);
+    PutHandle(window);
+    for (const LONG number :
+         {shown.Width, shown.Height, shown.X, shown.Y, shown.ContentWidth, shown.ContentHeight, shown.Page}) {
+        PutI32(number);
+    }
+    Passed passed = {frame, -1};
+    if (shown.Descriptor >= 0 && Reserve(descriptors, sizeof passed)) {
+        passed.Descriptor = fcntl(shown.Descriptor, F_DUPFD_CLOEXEC, 0);
+    }
+    PutU8(passed.Descriptor >= 0 ? 1 : 0);
+    EndFrame(frame);
+    if (passed.Descriptor < 0) return;
+    memcpy(descriptors.Data + descriptors.Count, &passed, sizeof passed);
+    descriptors.Count += sizeof passed;
+}
+
+void TellCopied()
+{
+    if (screen.CopiedSerial == model.CopiedSerial) return;
+    screen.CopiedSerial = model.CopiedSerial;
+    const size_t frame = BeginFrame(ToScreen::Copied);
+    PutText(model.Copied != nullptr ? model.Copied : "");
+    EndFrame(frame);
+}
+
 bool IsKnown(const Window *window) { return screen.Known[PlaceOf(window->Handle)] == window->Handle; }
 
 void Tell(Window *window)
@@ -199,6 +246,7 @@ void Tell(Window *window)
     if (window->Owner != nullptr && !IsKnown(window->Owner)) Tell(window->Owner);
     TellWindow(window);
     if (!known || (window->Changed & changedRows) != 0) TellRows(window);
+    if (!known || (window->Changed & changedPicture) != 0) TellPicture(window);
     screen.Known[PlaceOf(window->Handle)] = window->Handle;
     window->Changed = 0;
 }
@@ -234,7 +282,7 @@ void HearInput(FrameReader &reader)
     input->Text = utf8 != nullptr ? static_cast<char *>(Allocate(length + size_t{1})) : nullptr;
     if (input->Text != nullptr) text::FromUtf8(utf8, input->Text, length + size_t{1});
     Release(utf8);
-    if (reader.Bad || kind > InputKind::Drop || input->Text == nullptr) {
+    if (reader.Bad || kind > InputKind::Zoom || input->Text == nullptr) {
         FreeInput(input);
         return;
     }
@@ -290,36 +338,86 @@ bool ReadSome(Bytes &in)
     return got > 0;
 }
 
-// Writes as much as the socket takes; false when the other side has gone.
-bool WriteSome(Bytes &pending, size_t &written)
+// Sends `size` bytes, a descriptor with the first of them unless it is -1.
+ssize_t SendWith(int descriptor, const uint8_t *data, size_t size)
 {
-    while (written < pending.Count) {
-        const ssize_t sent =
-            send(screen.Socket, pending.Data + written, pending.Count - written, MSG_NOSIGNAL);
+    iovec part = {const_cast<uint8_t *>(data), size};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof descriptor)] = {};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    if (descriptor >= 0) {
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
+        cmsghdr *header = CMSG_FIRSTHDR(&message);
+        header->cmsg_level = SOL_SOCKET;
+        header->cmsg_type = SCM_RIGHTS;
+        header->cmsg_len = CMSG_LEN(sizeof descriptor);
+        memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+    }
+    return sendmsg(screen.Socket, &message, MSG_NOSIGNAL);
+}
+
+// How far a conversation has come with what it writes.
+struct Progress {
+    size_t Bytes;
+    size_t Descriptors; // as bytes of the list of them
+};
+
+// Writes as much as the socket takes; false when the other side has gone.
+bool WriteSome(const Outgoing &pending, Progress &done)
+{
+    while (done.Bytes < pending.Frames.Count) {
+        Passed next = {pending.Frames.Count, -1};
+        if (done.Descriptors < pending.Descriptors.Count) {
+            memcpy(&next, pending.Descriptors.Data + done.Descriptors, sizeof next);
+        }
+        const bool isWith = next.Descriptor >= 0 && next.Offset == done.Bytes;
+        const size_t end = isWith ? pending.Frames.Count : next.Offset;
+        // With a descriptor, a byte alone: the next descriptor has a place of its own then as well.
+        const ssize_t sent = SendWith(isWith ? next.Descriptor : -1, pending.Frames.Data + done.Bytes,
+                                      isWith ? 1 : end - done.Bytes);
         if (sent < 0) return errno == EAGAIN || errno == EINTR;
-        written += static_cast<size_t>(sent);
+        done.Bytes += static_cast<size_t>(sent);
+        if (!isWith) continue;
+        close(next.Descriptor);
+        done.Descriptors += sizeof next;
     }
     return true;
+}
+
+// Closes the descriptors that were not sent.
+void DropDescriptors(Outgoing &going, size_t from)
+{
+    for (size_t at = from; at < going.Descriptors.Count; at += sizeof(Passed)) {
+        Passed passed = {};
+        memcpy(&passed, going.Descriptors.Data + at, sizeof passed);
+        close(passed.Descriptor);
+    }
+    going.Descriptors.Count = 0;
+    going.Frames.Count = 0;
 }
 
 // The thread that speaks with the screen, so that no thread of the host ever waits for it.
 void *Converse(void * /*nothing*/)
 {
     Bytes in = {};
-    Bytes pending = {};
-    size_t written = 0;
+    Outgoing pending = {};
+    Progress written = {};
     bool goesOn = true;
     while (goesOn) {
-        if (written == pending.Count) {
+        if (written.Bytes == pending.Frames.Count) {
             Lock();
-            pending.Count = written = 0;
-            const Bytes swapped = pending;
-            pending = screen.Out;
-            screen.Out = swapped;
+            pending.Frames.Count = pending.Descriptors.Count = 0;
+            written = {};
+            const Outgoing swapped = pending;
+            pending = screen.Going;
+            screen.Going = swapped;
             goesOn = !screen.Lost;
             Unlock();
         }
-        const auto events = static_cast<short>(written < pending.Count ? POLLIN | POLLOUT : POLLIN);
+        const auto events =
+            static_cast<short>(written.Bytes < pending.Frames.Count ? POLLIN | POLLOUT : POLLIN);
         pollfd waits[2] = {{screen.Socket, events, 0}, {screen.Wake, POLLIN, 0}};
         if (poll(waits, 2, -1) < 0 && errno != EINTR) break;
         if ((waits[1].revents & POLLIN) != 0) {
@@ -336,11 +434,14 @@ void *Converse(void * /*nothing*/)
         goesOn = goesOn && WriteSome(pending, written);
     }
     Release(in.Data);
-    Release(pending.Data);
+    DropDescriptors(pending, written.Descriptors);
+    Release(pending.Frames.Data);
+    Release(pending.Descriptors.Data);
     WriteToStandardError("varkui", "the screen has gone; going on without it");
     Lock();
     close(screen.Socket);
     screen.Socket = -1;
+    DropDescriptors(screen.Going, 0);
     FallBackToHeadless();
     Unlock();
     return nullptr;
@@ -466,7 +567,7 @@ bool StartScreen()
 void TellScreen()
 {
     if (screen.Socket < 0) return;
-    const size_t before = screen.Out.Count;
+    const size_t before = screen.Going.Frames.Count;
     for (unsigned place = 1; place < (1u << handleBits); ++place) {
         HWND known = screen.Known[place];
         if (known == nullptr || Find(known) != nullptr) continue;
@@ -483,7 +584,8 @@ void TellScreen()
     for (Window *top = model.LastTop; top != nullptr; top = top->Previous) {
         if (IsKnown(top)) TellTop(top);
     }
-    if (screen.Out.Count == before) return;
+    TellCopied();
+    if (screen.Going.Frames.Count == before) return;
     const uint64_t one = 1;
     const ssize_t written = write(screen.Wake, &one, sizeof one);
     static_cast<void>(written);
@@ -495,7 +597,8 @@ void ForgetScreen()
     if (screen.Wake >= 0) close(screen.Wake);
     screen.Socket = screen.Wake = -1;
     memset(static_cast<void *>(screen.Known), 0, sizeof screen.Known);
-    screen.Out.Count = 0;
+    DropDescriptors(screen.Going, 0);
+    screen.CopiedSerial = model.CopiedSerial;
 }
 
 } // namespace varkui

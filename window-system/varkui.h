@@ -413,6 +413,7 @@ typedef const DLGTEMPLATE *LPCDLGTEMPLATEA;
 #define BS_AUTORADIOBUTTON    0x0009u
 #define BS_TYPEMASK           0x000Fu
 #define BS_LEFTTEXT           0x0020u
+#define BS_ICON               0x0040u
 #define BS_MULTILINE          0x2000u
 #define BS_NOTIFY             0x4000u
 #define BM_GETCHECK           0x00F0
@@ -581,6 +582,53 @@ typedef const DLGTEMPLATE *LPCDLGTEMPLATEA;
 #define IDC_WAIT              MAKEINTRESOURCEA(32514)
 #define COLOR_BTNFACE         15
 #define ETO_OPAQUE            0x0002
+
+/* Pictures, a class of this window system alone. A picture shows a part of something larger, whose owner
+   draws that part as it is asked for; a person scrolls, points and drags in it. */
+#define VARKUI_PICTURE_CLASS  "VarkPicture"
+
+/* What a picture shows. Places and sizes are in pixels of windows; the picture itself has as many pixels as
+   the screen has in its place, so that it is sharp there. */
+typedef struct VARKUIPICTURE {
+    int Descriptor; /* readable file of Width x Height pixels of 32 bits, 0xAARRGGBB with premultiplied
+                       colours, rows without gaps; -1: nothing is drawn */
+    LONG Width;
+    LONG Height;
+    LONG X; /* where its upper left corner lies in the whole */
+    LONG Y;
+    LONG ContentWidth; /* of the whole */
+    LONG ContentHeight;
+    LONG Page; /* how far a click beside the thumb of the vertical scroll bar goes */
+} VARKUIPICTURE;
+
+/* The part in view: its size in pixels of windows, and how many pixels of the screen one of those has. */
+typedef struct VARKUIAREA {
+    LONG Width;
+    LONG Height;
+    LONG Scale;
+} VARKUIAREA;
+
+/* lParam: const VARKUIPICTURE *. Shows it; the descriptor stays the caller's. 1, 0 when it cannot be. */
+#define PCM_SETPICTURE        (WM_USER + 1)
+/* lParam: VARKUIAREA *, filled. 1. */
+#define PCM_GETAREA           (WM_USER + 2)
+/* lParam: VARKUIPICTURE *, filled with what was set last, without its descriptor. 1. */
+#define PCM_GETPICTURE        (WM_USER + 3)
+
+/* WM_NOTIFY of a picture to its parent. */
+typedef struct NMPICTURE {
+    NMHDR hdr;
+    LONG X; /* in pixels of windows: of a point from the upper left corner in view, else as said below */
+    LONG Y;
+    LONG Count;
+} NMPICTURE;
+
+#define PCN_AREA    ((UINT)-1801) /* PCM_GETAREA gives something else now */
+#define PCN_SCROLL  ((UINT)-1802) /* the person wants X, Y of the whole in the upper left corner */
+#define PCN_PRESS   ((UINT)-1803) /* Count: clicks in a row; negative with Shift */
+#define PCN_DRAG    ((UINT)-1804) /* moved with the button down; may lie outside */
+#define PCN_RELEASE ((UINT)-1805)
+#define PCN_ZOOM    ((UINT)-1806) /* Count: steps to larger, negative to smaller; X, Y: where */
 
 #ifdef __cplusplus
 extern "C" {

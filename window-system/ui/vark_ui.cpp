@@ -3,6 +3,7 @@
 // decides everything: a check, a page or a row changes here for good only when the model says so.
 #include <cerrno>
 #include <cstring>
+#include <deque>
 #include <glib-unix.h>
 #include <gtk/gtk.h>
 #include <string>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "window-system/protocol.h"
+#include "window-system/ui/picture.h"
 
 using namespace varkui;
 
@@ -19,11 +21,29 @@ namespace {
 
 constexpr int hostSocket = 3;
 
-enum class Kind : uint8_t { Plain, Dialog, Button, Edit, Static, ListBox, ComboBox, TabControl };
-enum class InputKind : uint8_t { Click, Select, Pick, Text, Focus, Activate, Close, Resize, Drop };
+enum class Kind : uint8_t { Plain, Dialog, Button, Edit, Static, ListBox, ComboBox, TabControl, Picture };
+enum class InputKind : uint8_t {
+    Click,
+    Select,
+    Pick,
+    Text,
+    Focus,
+    Activate,
+    Close,
+    Resize,
+    Drop,
+    Area,
+    Scroll,
+    Press,
+    Drag,
+    Release,
+    Zoom
+};
 
 constexpr uint32_t typeMask = 0xF;
 constexpr uint32_t pushButton = 0, defaultButton = 1, radioButton = 4, groupBox = 7, autoRadioButton = 9;
+constexpr uint32_t iconButton = 0x40;
+constexpr uint32_t thickFrame = 0x40000;
 constexpr uint32_t statics = 0x1F, staticCenter = 1, staticRight = 2, staticLine = 0x10,
                    staticNoPrefix = 0x80;
 constexpr uint32_t editNumber = 0x2000, editReadOnly = 0x800, editPassword = 0x20;
@@ -46,6 +66,9 @@ struct Item {
     GtkWidget *Partner = nullptr; // keeps a radio button a group of its own
     GtkStringList *Strings = nullptr;
     GtkSingleSelection *Selection = nullptr;
+    pictures::Picture *Shown = nullptr;
+    int32_t ToldWidth = 0, ToldHeight = 0; // of a window that the person may resize
+    bool SizeIsComing = false;
     int32_t ToldAnchor = -1, ToldCaret = -1;
     std::string ToldText;
 };
@@ -80,17 +103,23 @@ void Send(const std::string &frame)
     }
 }
 
-void SendInput(const Item *item, InputKind kind, int index = 0, int index2 = 0, const std::string &text = {})
+void SendInput(const Item *item, InputKind kind, int index, int index2, uint32_t serial,
+               const std::string &text)
 {
     std::string frame(1, static_cast<char>(FromScreen::Input));
     Append(frame, item->Handle);
     frame += static_cast<char>(kind);
     Append(frame, static_cast<uint32_t>(index));
     Append(frame, static_cast<uint32_t>(index2));
-    Append(frame, item->Serial);
+    Append(frame, serial);
     Append(frame, static_cast<uint32_t>(text.size()));
     frame += text;
     Send(frame);
+}
+
+void SendInput(const Item *item, InputKind kind, int index = 0, int index2 = 0, const std::string &text = {})
+{
+    SendInput(item, kind, index, index2, item->Serial, text);
 }
 
 // ---- Texts ----
@@ -211,6 +240,14 @@ void OnFocusIn(GtkEventControllerFocus * /*controller*/, Item *item)
     if (updating == 0) SendInput(item, InputKind::Focus);
 }
 
+void OnPictureEvent(void *owner, pictures::Event event, int x, int y, int count, bool shift)
+{
+    constexpr uint32_t serialShift = 0x100;
+    const auto kind = static_cast<InputKind>(static_cast<int>(InputKind::Area) + static_cast<int>(event));
+    SendInput(static_cast<Item *>(owner), kind, x, y,
+              static_cast<uint32_t>(count) | (shift ? serialShift : 0), {});
+}
+
 gboolean OnCloseRequest(GtkWindow * /*window*/, Item *item)
 {
     SendInput(item, InputKind::Close);
@@ -273,6 +310,10 @@ bool IsForModel(const Item *focus, uint32_t key, GdkModifierType state)
         (key >= 0x70 && key <= 0x7B)) {
         return true;
     }
+    const bool isPageKey = key == 0x21 || key == 0x22;
+    const bool isControlKey =
+        (state & GDK_CONTROL_MASK) != 0 && key < 0x80 && strchr("ACVXZ", static_cast<char>(key)) == nullptr;
+    if (isPageKey || (isControlKey && key >= '0')) return true;
     if (focus == nullptr || (focus->What != Kind::Edit && focus->What != Kind::ComboBox)) return true;
     const bool field = focus->What == Kind::Edit || (focus->Style & 3) != comboList;
     const bool walks =
@@ -409,6 +450,11 @@ void MakeControl(Item *item)
         item->Placed = item->Control = gtk_notebook_new();
         g_signal_connect(item->Control, "switch-page", G_CALLBACK(OnPageSwitched), item);
         break;
+    case Kind::Picture:
+        item->Shown = pictures::Make(OnPictureEvent, item);
+        item->Placed = pictures::Outside(item->Shown);
+        item->Control = pictures::Inside(item->Shown);
+        break;
     case Kind::Plain:
     case Kind::Dialog: item->Placed = item->Inside = gtk_fixed_new(); break;
     }
@@ -452,6 +498,53 @@ void MakeBoxInside(Item *item)
     gtk_window_set_child(GTK_WINDOW(item->Placed), outer);
 }
 
+// The person has pulled a window to another size: its inside is laid out anew by the model.
+gboolean OnInsideSized(void *data)
+{
+    auto *item = static_cast<Item *>(data);
+    item->SizeIsComing = false;
+    if (FindItem(item->Handle) != item) return G_SOURCE_REMOVE;
+    GtkWidget *scroller = gtk_window_get_child(GTK_WINDOW(item->Placed));
+    const int width = gtk_widget_get_width(scroller);
+    const int height = gtk_widget_get_height(scroller);
+    if (width <= 0 || height <= 0 || (width == item->ToldWidth && height == item->ToldHeight)) {
+        return G_SOURCE_REMOVE;
+    }
+    item->ToldWidth = width;
+    item->ToldHeight = height;
+    SendInput(item, InputKind::Resize, width, height);
+    return G_SOURCE_REMOVE;
+}
+
+void OnLayout(GdkSurface * /*surface*/, int /*width*/, int /*height*/, Item *item)
+{
+    // Its inside is measured after this signal.
+    if (!item->SizeIsComing) g_idle_add(OnInsideSized, item);
+    item->SizeIsComing = true;
+}
+
+void OnRealized(GtkWidget *window, Item *item)
+{
+    g_signal_connect(gtk_native_get_surface(GTK_NATIVE(window)), "layout", G_CALLBACK(OnLayout), item);
+}
+
+// A window that can be resized may become smaller than what stands in it now.
+void MakeResizable(Item *item)
+{
+    auto *window = GTK_WINDOW(item->Placed);
+    gtk_window_set_resizable(window, TRUE);
+    GtkWidget *scroller = gtk_scrolled_window_new();
+    gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_EXTERNAL, GTK_POLICY_EXTERNAL);
+    item->Inside = gtk_fixed_new();
+    gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), item->Inside);
+    gtk_widget_set_size_request(scroller, 320, 200);
+    gtk_window_set_child(window, scroller);
+    gtk_window_set_default_size(window, item->Width, item->Height);
+    item->ToldWidth = item->Width;
+    item->ToldHeight = item->Height;
+    g_signal_connect(window, "realize", G_CALLBACK(OnRealized), item);
+}
+
 void MakeTop(Item *item)
 {
     item->Placed = gtk_window_new();
@@ -460,6 +553,8 @@ void MakeTop(Item *item)
     gtk_window_set_mnemonics_visible(window, TRUE);
     if ((item->Flags & flagBox) != 0) {
         MakeBoxInside(item);
+    } else if ((item->Style & thickFrame) != 0) {
+        MakeResizable(item);
     } else {
         item->Inside = gtk_fixed_new();
         gtk_widget_set_size_request(item->Inside, item->Width, item->Height);
@@ -558,6 +653,25 @@ void ShowStatic(Item *item)
     }
 }
 
+// The text of a button with an icon: its name for those who cannot see it, a tab, and what the icon is
+// called.
+void ShowIcon(Item *item)
+{
+    const size_t tab = item->Text.find('\t');
+    const std::string name = item->Text.substr(0, tab);
+    const std::string icon = tab != std::string::npos ? item->Text.substr(tab + 1) : "";
+    GtkIconTheme *theme = gtk_icon_theme_get_for_display(gdk_display_get_default());
+    if (gtk_icon_theme_has_icon(theme, icon.c_str()) != FALSE) {
+        gtk_button_set_icon_name(GTK_BUTTON(item->Placed), icon.c_str());
+        gtk_widget_set_tooltip_text(item->Placed, name.c_str());
+        gtk_accessible_update_property(GTK_ACCESSIBLE(item->Placed), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                       name.c_str(), -1);
+    } else {
+        gtk_button_set_label(GTK_BUTTON(item->Placed), name.c_str());
+    }
+    gtk_widget_add_css_class(item->Placed, "flat");
+}
+
 void ShowButton(Item *item)
 {
     const uint32_t type = item->Style & typeMask;
@@ -565,6 +679,8 @@ void ShowButton(Item *item)
     if (type == groupBox) {
         GtkWidget *label = gtk_frame_get_label_widget(GTK_FRAME(item->Placed));
         gtk_label_set_text_with_mnemonic(GTK_LABEL(label), text.c_str());
+    } else if ((item->Style & iconButton) != 0) {
+        ShowIcon(item);
     } else if (type == pushButton || type == defaultButton) {
         gtk_button_set_label(GTK_BUTTON(item->Placed), text.c_str());
     } else {
@@ -600,7 +716,8 @@ void ShowTop(Item *item)
     }
     GtkWidget *inside = gtk_window_get_child(window);
     gtk_widget_set_can_target(inside, (item->Flags & flagEnabled) != 0);
-    if (item->Buttons == nullptr) gtk_widget_set_size_request(inside, item->Width, item->Height);
+    const bool isFixed = item->Buttons == nullptr && (item->Style & thickFrame) == 0;
+    if (isFixed) gtk_widget_set_size_request(inside, item->Width, item->Height);
     const bool shown = (item->Flags & flagShown) != 0;
     if (shown && !gtk_widget_get_visible(item->Placed)) gtk_window_present(window);
     if (!shown) gtk_widget_set_visible(item->Placed, FALSE);
@@ -699,6 +816,36 @@ void HearRows(FrameReader &reader)
     ShowValue(item);
 }
 
+std::deque<int> descriptors; // that came and whose frames are still to come
+
+void HearPicture(FrameReader &reader)
+{
+    Item *item = FindItem(TakeU32(reader));
+    pictures::Content content = {};
+    for (int *field : {&content.Width, &content.Height, &content.X, &content.Y, &content.ContentWidth,
+                       &content.ContentHeight, &content.Page}) {
+        *field = TakeI32(reader);
+    }
+    int descriptor = -1;
+    if (TakeU8(reader) != 0 && !descriptors.empty()) {
+        descriptor = descriptors.front();
+        descriptors.pop_front();
+    }
+    if (item != nullptr && item->Shown != nullptr) {
+        pictures::Show(item->Shown, content, descriptor);
+    } else if (descriptor >= 0) {
+        close(descriptor);
+    }
+}
+
+void HearCopied(FrameReader &reader)
+{
+    uint32_t length = 0;
+    const char *text = TakeText(reader, length);
+    GdkClipboard *clipboard = gdk_display_get_clipboard(gdk_display_get_default());
+    gdk_clipboard_set_text(clipboard, std::string(text, length).c_str());
+}
+
 // The widgets inside go with the one that holds them; their items come one by one, in any order.
 void HearDestroyed(FrameReader &reader)
 {
@@ -714,6 +861,7 @@ void HearDestroyed(FrameReader &reader)
         if (around != nullptr && GTK_IS_BOX(around)) gtk_box_remove(GTK_BOX(around), item->Placed);
     }
     if (item->Partner != nullptr) g_object_unref(item->Partner);
+    if (item->Shown != nullptr) pictures::Free(item->Shown);
     items.erase(handle);
     // The item itself stays: signals of a widget that is still on its way out may name it.
 }
@@ -749,15 +897,41 @@ void HearFrame(const std::string &frame)
     case ToScreen::Rows: HearRows(reader); break;
     case ToScreen::Destroyed: HearDestroyed(reader); break;
     case ToScreen::Top: HearTop(reader); break;
+    case ToScreen::Picture: HearPicture(reader); break;
+    case ToScreen::Copied: HearCopied(reader); break;
     }
     --updating;
+}
+
+// Reads bytes, and puts the descriptors that come with them aside.
+ssize_t Receive(char *bytes, size_t size)
+{
+    iovec part = {bytes, size};
+    alignas(cmsghdr) char control[CMSG_SPACE(8 * sizeof(int))];
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    const ssize_t got = recvmsg(hostSocket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+    if (got < 0) return got;
+    for (cmsghdr *each = CMSG_FIRSTHDR(&message); each != nullptr; each = CMSG_NXTHDR(&message, each)) {
+        if (each->cmsg_level != SOL_SOCKET || each->cmsg_type != SCM_RIGHTS) continue;
+        const size_t count = (each->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+        for (size_t i = 0; i < count; ++i) {
+            int descriptor = -1;
+            memcpy(&descriptor, CMSG_DATA(each) + i * sizeof descriptor, sizeof descriptor);
+            descriptors.push_back(descriptor);
+        }
+    }
+    return got;
 }
 
 gboolean OnSocket(int /*descriptor*/, GIOCondition /*condition*/, void * /*data*/)
 {
     static std::string in;
     char bytes[65536];
-    const ssize_t got = recv(hostSocket, bytes, sizeof bytes, MSG_DONTWAIT);
+    const ssize_t got = Receive(bytes, sizeof bytes);
     if (got < 0 && (errno == EAGAIN || errno == EINTR)) return TRUE;
     if (got <= 0) {
         g_main_loop_quit(mainLoop);
@@ -785,6 +959,9 @@ constexpr char style[] =
     "button { padding-left: 8px; padding-right: 8px; }"
     "checkbutton { min-height: 0; padding: 0; }"
     "listview > row { padding: 1px 6px; }"
+    ".picture { background-color: shade(@theme_bg_color, 0.88); }"
+    ".picture:focus-visible { outline: 1px solid alpha(@theme_selected_bg_color, 0.6); outline-offset: -1px; "
+    "}"
     "notebook > header tab { min-height: 22px; padding: 2px 10px; }";
 
 // How large 4 and 8 dialog units are: the average letter's width and a line with its room.
