@@ -279,8 +279,6 @@ struct Model {
     WindowClass *Classes;
     Window *FirstTop; // the topmost window without parent
     Window *LastTop;
-    char *Copied; // what a person can paste, null for nothing
-    unsigned CopiedSerial;
     unsigned BaseX; // pixels of 4 horizontal and 8 vertical dialog units
     unsigned BaseY;
     char *Copied = nullptr; // what a person can paste
