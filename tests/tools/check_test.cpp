@@ -935,6 +935,17 @@ TEST(CheckBooks, GoodBooksGiveNoFinding)
     EXPECT_EQ(0, tests::Books({"pruefen", books.Data.string()}).ExitCode);
 }
 
+TEST(CheckBooks, NegativeNumbersStandBeforeTheOthersInAnIndex)
+{
+    const GoodBooks books;
+    ZahlzielRecord record{};
+    record.Nummer = -5;
+    std::memcpy(record.Text, "x", 2);
+    books.Add(TableZahlziel, "1998", record);
+    StopEngine();
+    EXPECT_EQ(0, tests::Books({"pruefen", books.Books.string()}).ExitCode);
+}
+
 TEST(CheckBooks, ManyFindingsOfOneKindAreCounted)
 {
     const GoodBooks books;

@@ -1,6 +1,7 @@
 #include "tools/books/check.h"
 
 #include "tools/books/check_year.h"
+#include "tools/books/place.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/json.h"
 #include "tools/common/terminal.h"
@@ -105,23 +106,11 @@ void ReadInChild(Gathered &gathered, const std::string &directory, int64_t mostP
     Gather(gathered, {directory, table, "", "", "lesbar", text}, mostPerRule);
 }
 
-// "1998", "19981": a fiscal year and a Mandant. False for any other name.
-bool ParseDirectory(const std::string &name, int &year, int &mandant)
-{
-    if (name.size() < 4 || name.size() > 8 ||
-        !std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; })) {
-        return false;
-    }
-    year = std::stoi(name.substr(0, 4));
-    mandant = name.size() == 4 ? 1 : std::stoi(name.substr(4)) + 1;
-    return true;
-}
-
 void CheckDirectory(Findings &findings, const fs::path &data, const std::string &name)
 {
     int year = 0;
     int number = 0;
-    if (!ParseDirectory(name, year, number)) {
+    if (!ParseYearDirectory(name, year, number)) {
         findings.Tell("verzeichnis", "", "", "", "das Verzeichnis hat keinen Namen aus Jahr und Mandant");
         return;
     }
@@ -134,19 +123,7 @@ void CheckDirectory(Findings &findings, const fs::path &data, const std::string 
     CheckYear(findings, data, *mandant, year);
 }
 
-fs::path DataPathOf(const fs::path &directory)
-{
-    if (fs::exists(directory / "books.mdb")) return directory;
-    if (fs::is_directory(directory / "DB")) return directory / "DB";
-    UseConfiguration(directory);
-    fs::path data = ConfiguredDataPath();
-    if (data.empty() || !fs::is_directory(data)) {
-        throw std::runtime_error("In " + directory.string() + " liegen keine Bücher.");
-    }
-    return data;
-}
-
-std::string PlaceOf(const Finding &finding)
+std::string WhereOf(const Finding &finding)
 {
     std::string place = finding.Directory;
     if (!finding.Table.empty()) {
@@ -168,7 +145,7 @@ std::string PlaceOf(const Finding &finding)
 void PrintWords(const Gathered &gathered, int64_t mostPerRule)
 {
     for (const Finding &finding : gathered.Shown) {
-        std::cout << PlaceOf(finding) << ": " << finding.Text << '\n';
+        std::cout << WhereOf(finding) << ": " << finding.Text << '\n';
     }
     for (const auto &[place, count] : gathered.CountOf) {
         if (count <= mostPerRule) continue;
@@ -212,7 +189,7 @@ void PrintJson(const Gathered &gathered)
 
 int CheckBooks(const CheckOptions &options, const Progress &progress)
 {
-    const fs::path data = DataPathOf(fs::absolute(options.Directory).lexically_normal());
+    const fs::path data = DataPathOf(options.Directory);
     std::vector<std::string> names;
     for (const fs::directory_entry &entry : fs::directory_iterator(data)) {
         if (entry.is_directory()) names.push_back(entry.path().filename().string());

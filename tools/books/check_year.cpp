@@ -659,7 +659,8 @@ void YearCheck::CheckPosting(const BubeRecord &record, SplitState &split)
     Day day = 0;
     Day documentDay = 0;
     if (!DayOfSort(record.Schluessel.Folge, Of.FirstMonth, day)) return; // told as a fault of form
-    if (!InYear(day)) Tell("datum", "bube", key, "Schluessel", DisplayDay(day) + " liegt nicht im Jahr");
+    if (!InYear(day))
+        Tell("datum", "bube", key, "Schluessel.Folge", DisplayDay(day) + " liegt nicht im Jahr");
     const char *date = record.Datum[0] != 0 ? record.Datum : record.Schluessel.Belegdatum;
     if (DayOfPacked(date, Of.FirstMonth, documentDay) && documentDay != day) {
         Tell("datum", "bube", key, "Datum", DisplayDay(documentDay) + " ist nicht der Tag des Schlüssels");

@@ -24,7 +24,7 @@ enum class Form : uint8_t {
     SortDay,   // SortDate; may be empty
     Calendar,  // day, calendar month, calendar year from 1980; may be empty
     Year,      // four digits; may be empty
-    BubeKey,   // SortDate, running number of four digits, NUL, PackedDate
+    DayNumber, // SortDate, running number of four digits, NUL
     I16,
     I32,
     U8,
@@ -58,6 +58,7 @@ struct FieldLayout {
     uint16_t Width;
     Form Type;
     Reference Target;
+    std::string Meaning; // German
 };
 
 enum class KeyType : uint8_t { String = 0, Integer = 1, Unsigned = 14, Autoincrement = 15 };
@@ -98,7 +99,14 @@ const TableLayout *FindLayout(std::string_view stem);
 // The tables of a year directory: all but fista, which lies in the data path.
 bool IsYearTable(const TableLayout &table);
 
-// The field that is called so; null for none.
-const FieldLayout *FindField(const TableLayout &table, std::string_view name);
+// All bytes of a record: its fields, and what lies between them as "Reserved" and its offset.
+std::vector<FieldLayout> FieldsAndGaps(const TableLayout &table);
+
+// The field that a segment of a key lies on; null where it lies on none.
+const FieldLayout *FieldOf(const TableLayout &table, const KeySegment &segment);
+
+// In German: how a field is written, and the tables in which its value must be found (empty for none).
+std::string_view FormName(Form form);
+std::string_view ReferenceName(Reference reference);
 
 } // namespace tools
