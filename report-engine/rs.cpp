@@ -1,4 +1,4 @@
-// The twelve entries: from handles to what they name, one call at a time on each report.
+// The entries: from handles to what they name, one call at a time on each report.
 #include "report-engine/rs.h"
 
 #include "report-engine/complain.h"
@@ -6,12 +6,15 @@
 #include "report-engine/output.h"
 #include "text/windows1252.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
 namespace {
 
 using namespace rs;
+
+std::atomic<int64_t> recordsTaken{0};
 
 int32_t HandleOf(Report *report)
 {
@@ -87,8 +90,11 @@ int32_t RSAddData(int32_t report, int32_t kind, const void *record)
     const bool isAdded = AddRecord(*held, kind, record);
     pthread_mutex_unlock(&held->Lock);
     ReleaseReport(held);
+    if (isAdded) recordsTaken.fetch_add(1, std::memory_order_relaxed);
     return isAdded ? 1 : 0;
 }
+
+int64_t RSRecordsTaken(void) { return recordsTaken.load(std::memory_order_relaxed); }
 
 int32_t RSOpenVirtualReport(int32_t report)
 {

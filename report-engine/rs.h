@@ -63,6 +63,9 @@ RS_API void RSCloseReport(int32_t report);
    RSCloseReport refuses it. */
 RS_API int32_t RSAddData(int32_t report, int32_t kind, const void *record);
 
+/* How many records all reports of this process have taken so far, for a host that shows how far one is. */
+RS_API int64_t RSRecordsTaken(void);
+
 /* Opens a counting report on the template of an open one: it takes numbers of records instead of records.
    Returns its handle (of a series of its own), 0 on failure. It does not need the report any longer. */
 RS_API int32_t RSOpenVirtualReport(int32_t report);

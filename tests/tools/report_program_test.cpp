@@ -20,6 +20,19 @@ struct ReportProgram : testing::Test {
         arguments.insert(arguments.end(), more.begin(), more.end());
         return Vark(Books, std::move(arguments));
     }
+    // The same with a person who does what the script says.
+    Result SusaPlayed(const std::string &script, std::vector<std::string> more)
+    {
+        WriteFile(Directory.Path / "script", script);
+        return SusaOn("script:" + (Directory.Path / "script").string(), std::move(more));
+    }
+    Result SusaOn(const std::string &frontEnd, std::vector<std::string> more)
+    {
+        std::vector<std::string> arguments = {"--config", Books.string(), "bericht",
+                                              "susa",     "--mandant",    "1"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return tests::Run({VARK_PROGRAM, std::move(arguments), "", {{"VARK_UI", frontEnd}}});
+    }
     std::string File(const char *name) const { return (Directory.Path / name).string(); }
 };
 
@@ -91,4 +104,53 @@ TEST_F(ReportProgram, FileThatCannotBeWrittenIsTold)
     const Result result = Susa({"--per", "31.3.98", "--csv", File("missing/a.csv")});
     EXPECT_EQ(3, result.ExitCode);
     EXPECT_TRUE(Contains(result.Err, "a.csv läßt sich nicht schreiben."));
+}
+
+TEST_F(ReportProgram, DialogIsFilledInAdvanceAndDecides)
+{
+    const Result result =
+        SusaPlayed("dialog 111\nexpect text 22991 31.03.1998\nexpect checked 20052\nexpect text 20054 10010\n"
+                   "check 20050\ntext 20054 1810\ntext 20055 1820\ntext 22991 28.2.98\npress 1\n",
+                   {"--dialog", "--per", "31.3.98", "--art", "Debitoren", "--von", "10010"});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_EQ("", result.Err);
+    EXPECT_TRUE(Contains(result.Out, "per 28.02.1998"));
+    EXPECT_TRUE(Contains(result.Out, "Kasse Hauptgeschäft"));
+    EXPECT_FALSE(Contains(result.Out, "Postbank"));
+}
+
+TEST_F(ReportProgram, DialogChoosesThePrinterThatWasAskedFor)
+{
+    const Result result = SusaPlayed("dialog 111\nexpect checked 20101\ncheck 20100\npress 1\n",
+                                     {"--dialog", "--drucken", "--per", "31.3.98"});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_TRUE(Contains(result.Out, "per 31.03.1998")) << "the person took the screen instead";
+}
+
+TEST_F(ReportProgram, CancelledDialogMakesNothing)
+{
+    const Result result = SusaPlayed("dialog 111\npress 2\n", {"--dialog", "--csv", File("a.csv")});
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_EQ("vark: Der Bericht wurde nicht erstellt.\n", result.Err);
+    EXPECT_FALSE(fs::exists(File("a.csv")));
+}
+
+TEST_F(ReportProgram, DialogAndDisplayNeedAScreen)
+{
+    for (const char *const option : {"--dialog", "--anzeigen"}) {
+        const Result result = SusaOn("headless", {option, "--per", "31.3.98"});
+        EXPECT_EQ(3, result.ExitCode) << option;
+        EXPECT_EQ("vark: Für Dialog und Anzeige fehlt ein Bildschirm.\n", result.Err);
+        EXPECT_EQ("", result.Out);
+    }
+}
+
+TEST_F(ReportProgram, DisplayAndPrinterExcludeEachOther)
+{
+    EXPECT_EQ(2, Susa({"--anzeigen", "--drucken"}).ExitCode);
+}
+
+TEST_F(ReportProgram, NothingIsToldOfProgressWithoutATerminal)
+{
+    EXPECT_EQ("", Susa({"--per", "31.3.98"}).Err);
 }

@@ -138,7 +138,8 @@ int Run(int argc, char **argv)
     addForms(items);
 
     cli::ReportOptions report;
-    CLI::App *reports = tools::AddCommand(app, "bericht", "Berichte als Text oder Datei");
+    CLI::App *reports =
+        tools::AddCommand(app, "bericht", "Berichte als Text oder Datei, im Fenster, auf dem Drucker");
     reports->require_subcommand(1);
     CLI::App *balances = tools::AddCommand(*reports, "susa", "Summen- und Saldenliste");
     balances->add_option("--mandant", report.Mandant, "Nummer des Mandanten")->required();
@@ -155,14 +156,17 @@ int Run(int argc, char **argv)
             },
             "in diese Datei");
     }
-    bool isText = true; // what comes without a file
-    balances->add_flag("--text", isText, "als Text, wie auch ohne Angabe");
+    balances->add_flag("--text", report.IsText, "als Text, wie auch ohne Angabe");
+    CLI::Option *shows =
+        balances->add_flag("--anzeigen", report.Shows, "in einem Fenster, bis es geschlossen wird");
+    balances->add_flag("--drucken", report.Prints, "auf dem Drucker")->excludes(shows);
+    balances->add_flag("--dialog", report.Asks, "vorher im Dialog des Berichts fragen");
     balances->footer("Beispiele:\n  vark bericht susa --mandant 1 --per 31.3.98\n"
                      "  vark bericht susa --mandant 1 --per 31.3.98 --art Debitoren --pdf susa.pdf");
 
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;
-    if (!*pickDialog) cli::UseNoWindows();
+    if (!*pickDialog && !report.NeedsScreen()) cli::UseNoWindows();
     if (!configuration.empty()) tools::UseConfiguration(configuration);
     batch.As = isJson ? tools::Output::Json : isCsv ? tools::Output::Csv : tools::Output::Table;
     if (*status) return cli::ShowStatus(isJson);
