@@ -8,6 +8,42 @@
 
 namespace rs {
 
+namespace {
+
+thread_local char lastLine[1024];
+
+} // namespace
+
+const char *LastComplaintInGerman()
+{
+    struct Reason {
+        int Error;
+        const char *German;
+    };
+    constexpr Reason reasons[] = {
+        {ENOSPC, "Auf dem Datenträger ist kein Platz mehr."},
+        {EDQUOT, "Ihr Anteil am Datenträger ist aufgebraucht."},
+        {EFBIG, "Die Datei wird zu groß."},
+        {EACCES, "Dort darf nicht geschrieben werden."},
+        {EPERM, "Dort darf nicht geschrieben werden."},
+        {EROFS, "Der Datenträger ist schreibgeschützt."},
+        {ENOENT, "Das Verzeichnis gibt es nicht."},
+        {ENOTDIR, "Das Verzeichnis gibt es nicht."},
+        {EISDIR, "Das ist ein Verzeichnis."},
+        {ENAMETOOLONG, "Der Dateiname ist zu lang."},
+        {ENOMEM, "Der Arbeitsspeicher reicht nicht."},
+    };
+    const size_t length = std::strlen(lastLine);
+    for (const Reason &reason : reasons) {
+        const char *english = strerrordesc_np(reason.Error);
+        const size_t part = std::strlen(english);
+        if (length >= part && std::strcmp(lastLine + length - part, english) == 0) return reason.German;
+    }
+    return std::strstr(lastLine, "no kind of file") != nullptr
+               ? "Die Endung sagt nicht, welche Form die Datei haben soll (pdf, csv, html, json, txt)."
+               : lastLine;
+}
+
 void Complain(const char *path, const char *format, ...)
 {
     const int savedErrno = errno;
@@ -28,6 +64,8 @@ void Complain(const char *path, const char *format, ...)
         if (static_cast<unsigned char>(line[i]) < ' ' || line[i] == 0x7F) line[i] = ' ';
     }
     line[length++] = '\n';
+    std::memcpy(lastLine, line, static_cast<size_t>(length));
+    lastLine[length] = 0;
     // Nothing can be done about a standard error that takes nothing.
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line, static_cast<size_t>(length));
     errno = savedErrno;

@@ -8,4 +8,7 @@ namespace rs {
 // blanks, since parts of the line come from templates. The errno of the caller survives.
 __attribute__((format(printf, 2, 3))) void Complain(const char *path, const char *format, ...);
 
+// What was last told on this thread, of a file that could not be written, for a person: UTF-8, German.
+const char *LastComplaintInGerman();
+
 } // namespace rs

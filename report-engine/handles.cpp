@@ -1,7 +1,11 @@
 #include "report-engine/handles.h"
 
+#include "report-engine/view_window.h"
+
 #include <cstdlib>
+#include <cstring>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace rs {
 
@@ -22,8 +26,25 @@ Table<Report> reports;
 Table<CountingReport> countings;
 Table<View> views;
 
+// A forked child has none of what its parent has open: both would write into the same temporary files. The
+// memory stays, since another thread may have been at work on it.
+void StartAfresh()
+{
+    tableLock = PTHREAD_MUTEX_INITIALIZER;
+    for (Report *&report : reports.Things) {
+        if (report != nullptr) close(report->Store.File);
+        report = nullptr;
+    }
+    std::memset(static_cast<void *>(countings.Things), 0, sizeof countings.Things);
+    std::memset(static_cast<void *>(views.Things), 0, sizeof views.Things);
+}
+
+void WatchForks() { pthread_atfork(nullptr, nullptr, StartAfresh); }
+
 template <typename Thing> int32_t Add(Table<Thing> &table, Thing *thing)
 {
+    static pthread_once_t once = PTHREAD_ONCE_INIT;
+    pthread_once(&once, WatchForks);
     thing->References = 1;
     pthread_mutex_lock(&tableLock);
     int32_t handle = 0;
@@ -104,11 +125,23 @@ void *AddView(View *view)
     return reinterpret_cast<void *>(firstViewHandle + static_cast<uintptr_t>(handle)); // NOLINT: no pointer
 }
 
-View *HoldView(const void *handle)
+namespace {
+
+// The number of a view's handle, 0 for anything else.
+int32_t NumberOf(const void *handle)
 {
     const auto number = reinterpret_cast<uintptr_t>(handle);
-    if (number <= firstViewHandle || number >= firstViewHandle + handleEnd) return nullptr;
-    return Hold(views, static_cast<int32_t>(number - firstViewHandle));
+    if (number <= firstViewHandle || number >= firstViewHandle + handleEnd) return 0;
+    return static_cast<int32_t>(number - firstViewHandle);
+}
+
+} // namespace
+
+View *HoldView(void *handle)
+{
+    if (NumberOf(handle) == 0 && handle != nullptr) handle = ViewOfWindow(static_cast<HWND>(handle));
+    const int32_t number = NumberOf(handle);
+    return number != 0 ? Hold(views, number) : nullptr;
 }
 
 void ReleaseView(View *view)
@@ -118,17 +151,38 @@ void ReleaseView(View *view)
     std::free(view);
 }
 
+void RemoveView(void *handle)
+{
+    const int32_t number = NumberOf(handle);
+    View *view = number != 0 ? Remove(views, number) : nullptr;
+    if (view != nullptr) ReleaseView(view);
+}
+
 void RemoveViewsOf(int32_t reportHandle)
 {
     reportHandle &= 0xFFFF;
     for (int32_t handle = 1; handle < handleEnd; ++handle) {
         pthread_mutex_lock(&tableLock);
         View *view = views.Things[handle];
-        const bool isOne = view != nullptr && view->ReportHandle == reportHandle;
+        const bool isOne = view != nullptr && view->ReportHandle == reportHandle && view->Window == nullptr;
         if (isOne) views.Things[handle] = nullptr;
         pthread_mutex_unlock(&tableLock);
         if (isOne) ReleaseView(view);
     }
+}
+
+void RemoveReportOf(const View &view)
+{
+    pthread_mutex_lock(&tableLock);
+    Report *report = reports.Things[view.ReportHandle];
+    bool isLast = report == view.Of;
+    for (int32_t handle = 1; handle < handleEnd && isLast; ++handle) {
+        const View *other = views.Things[handle];
+        if (other != nullptr && other != &view && other->Of == view.Of) isLast = false;
+    }
+    if (isLast) reports.Things[view.ReportHandle] = nullptr;
+    pthread_mutex_unlock(&tableLock);
+    if (isLast) ReleaseReport(report);
 }
 
 } // namespace rs

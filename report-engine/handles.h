@@ -23,10 +23,16 @@ CountingReport *HoldCounting(int32_t handle);
 void ReleaseCounting(CountingReport *report);
 void RemoveCounting(int32_t handle);
 
-// A view's handle looks like a pointer and is none.
+// A view's handle looks like a pointer and is none; HoldView takes the window that shows it as well.
 void *AddView(View *view);
-View *HoldView(const void *handle);
+View *HoldView(void *handle);
 void ReleaseView(View *view);
+void RemoveView(void *handle);
+
+// Takes away the views without a window of a report.
 void RemoveViewsOf(int32_t reportHandle);
+
+// Takes the report of a view away, unless another view of it is there.
+void RemoveReportOf(const View &view);
 
 } // namespace rs

@@ -102,6 +102,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
         return nullptr;
     }
     StartMarker(report->Marker, report->Def);
+    StartLayout(report->Counted, report->Def, nullptr, nullptr);
     report->State = ReportState::open;
     return report;
 }
@@ -184,6 +185,7 @@ bool FinishReport(Report &report)
         return false;
     }
     CloseSandbox(report.Box); // it has said what it had to say
+    report.PageCount = EndLayout(report.Counted);
     report.State = ReportState::finished;
     return true;
 }

@@ -64,6 +64,8 @@ struct Report {
     Sandbox Box;
     Spool Store;
     RowMarker Marker;
+    Layout Counted;    // lays the rows out as they come, for the number of pages alone
+    int64_t PageCount; // of a finished report
 
     // What the function that runs may print.
     bool IsPrinting;

@@ -4,6 +4,8 @@
 #include "report-engine/complain.h"
 #include "report-engine/handles.h"
 #include "report-engine/output.h"
+#include "report-engine/printing.h"
+#include "report-engine/view_window.h"
 #include "text/windows1252.h"
 
 #include <atomic>
@@ -27,8 +29,9 @@ int32_t HandleOf(Report *report)
     return handle;
 }
 
-// Finishes the report and makes a view of it. Takes over the reference to the report.
-RSWindow OpenViewOf(int32_t handle, Report *report, const char *title)
+// Finishes the report and makes a view of it, with a window where somebody sees it. Takes over the reference
+// to the report.
+RSWindow OpenViewOf(int32_t handle, Report *report, const char *title, const ViewPlace &place)
 {
     pthread_mutex_lock(&report->Lock);
     const bool isFinished = FinishReport(*report);
@@ -42,14 +45,17 @@ RSWindow OpenViewOf(int32_t handle, Report *report, const char *title)
     view->ReportHandle = handle & 0xFFFF;
     view->Of = report;
     std::memcpy(view->Title, title, strnlen(title, sizeof view->Title - 1));
-    RSWindow window = AddView(view);
-    if (window == nullptr) {
+    RSWindow opened = AddView(view);
+    if (opened == nullptr) {
         Complain(report->Path, ": too many views are open");
         ReleaseReport(report);
         std::free(view);
         return nullptr;
     }
-    return window;
+    if (!ViewsHaveWindows()) return opened;
+    opened = OpenViewWindow(opened, view, place);
+    if (opened == nullptr) Complain(place.Parent == nullptr ? "" : "view", ": the window cannot be made");
+    return opened;
 }
 
 } // namespace
@@ -132,28 +138,30 @@ int32_t RSGetVirtualPages(int32_t virtualReport)
     return pages;
 }
 
-RSWindow RSOpenView(int32_t report, const char *title, const char * /*pageTitle*/, RSWindow /*parent*/,
-                    int32_t /*left*/, int32_t /*top*/, int32_t /*width*/, int32_t /*height*/,
-                    uint32_t /*style*/, uint32_t /*exStyle*/, uint32_t /*firstReserved*/,
-                    uint32_t /*secondReserved*/, RSWindow /*frame*/)
+RSWindow RSOpenView(int32_t report, const char *title, const char * /*pageTitle*/, RSWindow parent,
+                    int32_t left, int32_t top, int32_t width, int32_t height, uint32_t style,
+                    uint32_t exStyle, uint32_t /*firstReserved*/, uint32_t /*secondReserved*/,
+                    RSWindow /*frame*/)
 {
     Report *held = HoldReport(report);
     if (held == nullptr) return nullptr;
     char utf8[maxViewTitle] = "";
     if (title != nullptr) text::ToUtf8(title, utf8, sizeof utf8);
-    return OpenViewOf(report, held, utf8);
+    return OpenViewOf(report, held, utf8,
+                      {static_cast<HWND>(parent), left, top, width, height, style, exStyle});
 }
 
-RSWindow RSCopyView(int32_t report, RSWindow view, int32_t /*third*/, int32_t /*left*/, int32_t /*top*/,
-                    int32_t /*width*/, int32_t /*height*/, uint32_t /*style*/, uint32_t /*exStyle*/,
-                    int32_t /*reserved*/)
+RSWindow RSCopyView(int32_t report, RSWindow view, int32_t /*third*/, int32_t left, int32_t top,
+                    int32_t width, int32_t height, uint32_t style, uint32_t exStyle, int32_t /*reserved*/)
 {
     View *first = HoldView(view);
     if (first == nullptr) return nullptr;
     RSWindow copy = nullptr;
     Report *held = HoldReport(report);
     if (held != nullptr && held->Catalogue == first->Of->Catalogue) {
-        copy = OpenViewOf(report, held, first->Title);
+        copy = OpenViewOf(report, held, first->Title,
+                          PlaceBeside(static_cast<HWND>(first->Window),
+                                      {nullptr, left, top, width, height, style, exStyle}));
     } else if (held != nullptr) {
         ReleaseReport(held);
     }
@@ -165,9 +173,9 @@ int32_t RSPrintView(RSWindow view, int32_t /*reserved*/)
 {
     View *held = HoldView(view);
     if (held == nullptr) return 0;
-    Complain(held->Of->Path, ": there is no printer");
+    const bool isPrinted = PrintView(*held);
     ReleaseView(held);
-    return 0;
+    return isPrinted ? 1 : 0;
 }
 
 int32_t RSExportView(RSWindow view, const char *path)

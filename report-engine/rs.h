@@ -52,8 +52,8 @@ RS_API int32_t RSOpenReport(const char *templatePath, const char *reportId, int3
    of the second, 0 on failure. */
 RS_API int32_t RSCopyReport(int32_t report, const char *reportId, int32_t reserved);
 
-/* Ends a report. Its views without a window end with it; a view with a window ends when the window is
-   destroyed, and the report with it. A handle that is not open is ignored. */
+/* Ends a report. Its views without a window end with it; a view with a window goes on showing it, and ends
+   when the window is destroyed. A handle that is not open is ignored. */
 RS_API void RSCloseReport(int32_t report);
 
 /* Hands over one record: kind 0 is the header, 1 to 8 are the data records of the report. Nothing of `record`
@@ -83,17 +83,25 @@ RS_API int32_t RSAddVirtualData(int32_t virtualReport, int32_t kind, int32_t cou
 RS_API int32_t RSGetVirtualPages(int32_t virtualReport);
 
 /* Finishes the report - open groups are closed, the grand total is made - and opens a view of it, which owns
-   the report from then on. `title` is the view's title. Where there is no display the view has no window: the
-   result is an opaque value for the three functions below, and RSCloseReport ends it. `pageTitle` and the two
-   last numbers are taken and not read, and without a display neither are parent, rectangle, styles and frame.
-   A report may have several views. Returns the view, 0 on failure. */
+   the report from then on. `title` is the view's title, empty for that of the template. A report may have
+   several views. Returns the view, 0 on failure.
+
+   Where somebody sees windows (libvarkui.so beside this library, with a front end) the view is a window of
+   the calling thread, to be destroyed with DestroyWindow or by the person; its end ends the report. With
+   WS_CHILD it stands in `parent` at the given rectangle; without, `parent` owns it, it can be moved, sized
+   and closed whatever the style, has the size of the rectangle unless that is empty, and is shown when its
+   thread next handles messages - so one that is printed and destroyed is never seen.
+
+   Where nobody does, the view has no window: the result is an opaque value for the three functions below,
+   RSCloseReport ends it, and parent, rectangle and styles are not read. `pageTitle`, the two last numbers and
+   `frame` are never read. */
 RS_API RSWindow RSOpenView(int32_t report, const char *title, const char *pageTitle, RSWindow parent,
                            int32_t left, int32_t top, int32_t width, int32_t height, uint32_t style,
                            uint32_t exStyle, uint32_t firstReserved, uint32_t secondReserved, RSWindow frame);
 
-/* Opens a view of `report` in place of `view`, a view of a report with the same id: the title is taken from
-   it. `third` and `reserved` are taken and not read. `view` stays until it is ended. Returns the new view, 0
-   on failure. */
+/* Opens a view of `report` in place of `view`, a view of a report with the same id: title and parent are
+   taken from it, the rectangle is one of the screen. `third` and `reserved` are taken and not read. `view`
+   stays until it is ended. Returns the new view, 0 on failure. */
 RS_API RSWindow RSCopyView(int32_t report, RSWindow view, int32_t third, int32_t left, int32_t top,
                            int32_t width, int32_t height, uint32_t style, uint32_t exStyle, int32_t reserved);
 

@@ -709,6 +709,7 @@ int PrintRow(lua_State *state)
     header.Flags = row.Flags;
     header.Size = static_cast<uint32_t>(used);
     StoreItem(state, report, header);
+    AddRow(report.Counted, row);
     report.PrintedRows = true;
     return 0;
 }

@@ -1,6 +1,5 @@
-// Views of finished reports. A view here has no window: what a display adds - a window of the window system
-// that shows the pages and whose end ends the view - comes beside this and holds a View as well; everything
-// that a view can do without being seen stands here and in output.h.
+// Views of finished reports. What a display adds - a window that shows the pages and whose end ends the view
+// - stands in view_window.h; everything that a view can do without being seen stands here and in output.h.
 #pragma once
 
 #include "report-engine/report.h"
@@ -13,6 +12,7 @@ struct View {
     int References; // guarded by the handle table
     int32_t ReportHandle;
     Report *Of;               // finished; the view holds a reference to it
+    void *Window;             // that shows it; null for a view without
     char Title[maxViewTitle]; // UTF-8
 };
 

@@ -3,6 +3,7 @@
 #include "report-engine/values.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -32,16 +33,9 @@ struct RuleBatch {
     } Lines[maxRules];
 };
 
-struct Drawing {
-    const Document *Of;
-    const Definition *Def;
-    const PageTarget *Target;
-    cairo_t *Cairo;
-    Fonts Letters;
-    int StyleFaces[maxStyles];
-
-    int64_t PageCount; // of the whole document
-    int64_t Page;      // in hand, 0 before the first
+// What changes from page to page.
+struct PageState {
+    int64_t Page; // in hand, 0 before the first
     int64_t Sheet;
     int32_t SheetsBefore;
     bool HasHead; // drawn on this page
@@ -54,6 +48,30 @@ struct Drawing {
 
     int64_t CarrySums[maxSumColumns];
     int64_t PageSums[maxSumColumns];
+};
+
+// A walk over pages for the first or last one that has what is looked for.
+struct Search {
+    const ItemTest *Test;
+    int64_t First;
+    int64_t Last;
+    bool WantsLast;
+    int64_t Found;
+};
+
+struct Drawing {
+    const Document *Of;
+    const Definition *Def;
+    const PageTarget *Target;
+    cairo_t *Cairo;
+    Fonts Letters;
+    int StyleFaces[maxStyles];
+
+    int64_t PageCount;  // of the whole document
+    int64_t WantedPage; // the only one that is drawn, 0 for all
+    PageState Now;
+    LetterList *Collected; // what is drawn is noted here as well; null for nowhere
+    Search *Searching;     // null while pages are drawn
 
     // Glyphs of one font that wait to be shown together.
     uint16_t BatchFont;
@@ -85,9 +103,13 @@ void ShowBatch(Drawing &drawing)
     drawing.BatchBytes = 0;
 }
 
-void DrawGlyphs(Drawing &drawing, const Glyph *glyphs, size_t count, const char *text, double x,
+void DrawGlyphs(Drawing &drawing, int face, const Glyph *glyphs, size_t count, const char *text, double x,
                 double baseline)
 {
+    if (drawing.Collected != nullptr) {
+        const Face &of = drawing.Letters.Faces[face];
+        CollectRun(*drawing.Collected, glyphs, count, text, x, baseline, of.Ascent, of.Descent);
+    }
     for (size_t i = 0; i < count; ++i) {
         const Glyph &glyph = glyphs[i];
         if (drawing.BatchCount == maxBatch || glyph.Font != drawing.BatchFont ||
@@ -121,7 +143,7 @@ double DrawText(Drawing &drawing, int face, const char *text, size_t length, dou
         double x = left;
         if (align == Align::right) x = right - run.Width;
         if (align == Align::centre) x = left + (room - run.Width) / 2;
-        DrawGlyphs(drawing, run.Glyphs, run.Count, text, x, baseline);
+        DrawGlyphs(drawing, face, run.Glyphs, run.Count, text, x, baseline);
         return run.Width;
     }
     constexpr char ellipsis[] = "…";
@@ -132,9 +154,9 @@ double DrawText(Drawing &drawing, int face, const char *text, size_t length, dou
     while (count < run.Count && width + run.Glyphs[count].Advance + mark <= room) {
         width += run.Glyphs[count++].Advance;
     }
-    DrawGlyphs(drawing, run.Glyphs, count, text, left, baseline);
+    DrawGlyphs(drawing, face, run.Glyphs, count, text, left, baseline);
     run = ShapeText(drawing.Letters, face, ellipsis, sizeof ellipsis - 1);
-    DrawGlyphs(drawing, run.Glyphs, run.Count, ellipsis, left + width, baseline);
+    DrawGlyphs(drawing, face, run.Glyphs, run.Count, ellipsis, left + width, baseline);
     return room;
 }
 
@@ -152,7 +174,7 @@ void DrawNumber(Drawing &drawing, const Style &style, int face, const char *text
     double x = right - run.Width;
     if (align == Align::left) x = left;
     if (align == Align::centre) x = left + (room - run.Width) / 2;
-    DrawGlyphs(drawing, run.Glyphs, run.Count, text, x, baseline);
+    DrawGlyphs(drawing, face, run.Glyphs, run.Count, text, x, baseline);
 }
 
 // ---- Rules ----
@@ -257,8 +279,8 @@ void Count(Drawing &drawing, uint8_t column, int64_t amount)
 {
     for (int sum = 0; sum < drawing.Def->SumCount; ++sum) {
         if (drawing.Def->SumColumns[sum] != column) continue;
-        drawing.CarrySums[sum] += amount;
-        drawing.PageSums[sum] += amount;
+        drawing.Now.CarrySums[sum] += amount;
+        drawing.Now.PageSums[sum] += amount;
     }
 }
 
@@ -316,10 +338,10 @@ LinePart Expand(const Drawing &drawing, const LinePart &part, char (&out)[maxTex
         const char *Name;
         int64_t Value;
     };
-    const Place places[] = {{"{page}", drawing.Page},
+    const Place places[] = {{"{page}", drawing.Now.Page},
                             {"{pages}", drawing.PageCount},
-                            {"{sheet}", drawing.Sheet},
-                            {"{before}", drawing.Page - 1}};
+                            {"{sheet}", drawing.Now.Sheet},
+                            {"{before}", drawing.Now.Page - 1}};
     size_t written = 0;
     for (size_t i = 0; i < part.Length && written + amountSize < sizeof out;) {
         const Place *found = nullptr;
@@ -371,16 +393,16 @@ void DrawLine(Drawing &drawing, const Line &line, uint8_t styleNumber, double to
 void DrawHead(Drawing &drawing)
 {
     const Definition &def = *drawing.Def;
-    drawing.HasHead = true;
+    drawing.Now.HasHead = true;
     int32_t top = def.Top;
-    for (int i = 0; i < drawing.HeadCount; ++i) {
+    for (int i = 0; i < drawing.Now.HeadCount; ++i) {
         const uint8_t style = i == 0 ? titleStyle : subtitleStyle;
-        DrawLine(drawing, drawing.Head[i], style, Points(top));
+        DrawLine(drawing, drawing.Now.Head[i], style, Points(top));
         top += def.Styles[style].Height;
     }
     top = def.PageHeight - def.Bottom - FootHeight(def) + gapOverFoot;
-    for (int i = 0; i < drawing.FootCount; ++i) {
-        DrawLine(drawing, drawing.Foot[i], footStyle, Points(top));
+    for (int i = 0; i < drawing.Now.FootCount; ++i) {
+        DrawLine(drawing, drawing.Now.Foot[i], footStyle, Points(top));
         top += def.Styles[footStyle].Height;
     }
 }
@@ -430,23 +452,38 @@ void DrawColumnTitles(Drawing &drawing)
 
 // ---- Pages ----
 
+void LookAt(Drawing &drawing, const ItemHeader &item)
+{
+    Search *search = drawing.Searching;
+    if (search == nullptr || (search->Found != 0 && !search->WantsLast)) return;
+    const int64_t page = drawing.Now.Page;
+    if (page < search->First || page > search->Last || page == search->Found) return;
+    if (search->Test->Passes(search->Test->Context, *drawing.Def, item)) search->Found = page;
+}
+
+bool IsWanted(const Drawing &drawing)
+{
+    return drawing.WantedPage == 0 || drawing.WantedPage == drawing.Now.Page;
+}
+
 void FinishPage(Drawing &drawing)
 {
-    if (drawing.Page == 0) return;
-    if (!drawing.HasHead) DrawHead(drawing);
+    if (drawing.Now.Page == 0 || !IsWanted(drawing)) return;
+    if (!drawing.Now.HasHead) DrawHead(drawing);
     ShowBatch(drawing);
     ShowRules(drawing, true);
     ShowRules(drawing, false);
-    drawing.Target->EndPage(drawing.Target->Context, drawing.Page);
+    drawing.Target->EndPage(drawing.Target->Context, drawing.Now.Page);
 }
 
 void StartPage(Drawing &drawing, int64_t page)
 {
     FinishPage(drawing);
-    drawing.Page = page;
-    ++drawing.Sheet;
-    drawing.HasHead = false;
-    std::memset(drawing.PageSums, 0, sizeof drawing.PageSums);
+    drawing.Now.Page = page;
+    ++drawing.Now.Sheet;
+    drawing.Now.HasHead = false;
+    std::memset(drawing.Now.PageSums, 0, sizeof drawing.Now.PageSums);
+    if (!IsWanted(drawing)) return;
     drawing.Target->BeginPage(drawing.Target->Context, page);
     cairo_set_source_rgb(drawing.Cairo, 0, 0, 0);
     DrawColumnTitles(drawing);
@@ -461,20 +498,24 @@ void TakeLine(Line *lines, int &count, const ItemHeader &item)
 // What stands between the row placed last and this place applies from here on.
 void ApplyItems(Drawing &drawing, uint64_t until, double y)
 {
-    while (drawing.Scanned < until) {
-        const ItemHeader *item = ItemAt(*drawing.Of, drawing.Scanned);
+    while (drawing.Now.Scanned < until) {
+        const ItemHeader *item = ItemAt(*drawing.Of, drawing.Now.Scanned);
         if (item == nullptr) return;
         const char *data = reinterpret_cast<const char *>(item + 1);
+        if (item->Kind == Item::head || item->Kind == Item::foot) LookAt(drawing, *item);
         switch (item->Kind) {
-        case Item::head: TakeLine(drawing.Head, drawing.HeadCount, *item); break;
-        case Item::foot: TakeLine(drawing.Foot, drawing.FootCount, *item); break;
-        case Item::sheet: std::memcpy(&drawing.SheetsBefore, data, sizeof drawing.SheetsBefore); break;
+        case Item::head: TakeLine(drawing.Now.Head, drawing.Now.HeadCount, *item); break;
+        case Item::foot: TakeLine(drawing.Now.Foot, drawing.Now.FootCount, *item); break;
+        case Item::sheet:
+            std::memcpy(&drawing.Now.SheetsBefore, data, sizeof drawing.Now.SheetsBefore);
+            break;
         case Item::bookmark: {
+            if (!IsWanted(drawing)) break;
             char text[maxTextLength + 1];
             std::memcpy(text, data, item->Count);
             text[item->Count] = 0;
-            drawing.Target->Bookmark(drawing.Target->Context, item->Level, text, drawing.Page, drawing.Left,
-                                     y);
+            drawing.Target->Bookmark(drawing.Target->Context, item->Level, text, drawing.Now.Page,
+                                     drawing.Left, y);
             break;
         }
         case Item::row: break;
@@ -500,49 +541,111 @@ void DrawCarry(Drawing &drawing, const char *label, const int64_t (&sums)[maxSum
     DrawCells(drawing, carryStyle, row, top);
 }
 
+// The amounts of a row on a page that is not drawn.
+void CountRow(Drawing &drawing, const ItemHeader &item)
+{
+    if ((item.Flags & rowCounts) == 0 || drawing.Def->SumCount == 0) return;
+    CellReader cells = CellsOf(item, reinterpret_cast<const char *>(&item + 1));
+    Cell cell;
+    while (NextCell(cells, cell)) {
+        if (cell.Kind == CellKind::amount && cell.Column != spanColumn) {
+            Count(drawing, cell.Column, cell.Number);
+        }
+    }
+}
+
 void Place(void *context, Placed what, const LayoutRow *row, int64_t page, int32_t placedTop)
 {
     auto &drawing = *static_cast<Drawing *>(context);
-    if (page != drawing.Page) StartPage(drawing, page);
+    PageState &now = drawing.Now;
+    if (page != now.Page) StartPage(drawing, page);
+    const bool isDrawn = IsWanted(drawing);
     const double top = drawing.BodyTop + Points(placedTop);
     const CarryRule &carry = drawing.Def->Carry;
+    if (what != Placed::row && !isDrawn) return;
     switch (what) {
-    case Placed::carryUp: DrawCarry(drawing, carry.Up, drawing.CarrySums, top); return;
-    case Placed::pageSum: DrawCarry(drawing, carry.PageSum, drawing.PageSums, top); return;
-    case Placed::carryDown: DrawCarry(drawing, carry.Down, drawing.CarrySums, top); return;
+    case Placed::carryUp: DrawCarry(drawing, carry.Up, now.CarrySums, top); return;
+    case Placed::pageSum: DrawCarry(drawing, carry.PageSum, now.PageSums, top); return;
+    case Placed::carryDown: DrawCarry(drawing, carry.Down, now.CarrySums, top); return;
     case Placed::row: break;
     }
-    drawing.SheetsBefore = -1;
+    now.SheetsBefore = -1;
     ApplyItems(drawing, row->Offset, top);
-    if ((row->Flags & rowNewPage) != 0 || drawing.SheetsBefore >= 0) {
-        drawing.Sheet = (drawing.SheetsBefore >= 0 ? drawing.SheetsBefore : 0) + 1;
+    if ((row->Flags & rowNewPage) != 0 || now.SheetsBefore >= 0) {
+        now.Sheet = (now.SheetsBefore >= 0 ? now.SheetsBefore : 0) + 1;
     }
-    if (!drawing.HasHead) DrawHead(drawing);
+    if (!now.HasHead && isDrawn) DrawHead(drawing);
     if ((row->Flags & rowOpensCarry) != 0) {
-        std::memset(drawing.CarrySums, 0, sizeof drawing.CarrySums);
-        std::memset(drawing.PageSums, 0, sizeof drawing.PageSums);
+        std::memset(now.CarrySums, 0, sizeof now.CarrySums);
+        std::memset(now.PageSums, 0, sizeof now.PageSums);
     }
     uint64_t offset = row->Offset;
     const ItemHeader *item = ItemAt(*drawing.Of, offset);
-    if (item != nullptr) DrawRow(drawing, *item, top);
-    drawing.Scanned = offset;
+    if (item != nullptr && isDrawn) DrawRow(drawing, *item, top);
+    if (item != nullptr && !isDrawn) {
+        LookAt(drawing, *item);
+        CountRow(drawing, *item);
+    }
+    now.Scanned = offset;
+}
+
+// A place in the document: the next item, and the layout of all before it.
+struct Position {
+    uint64_t Offset;
+    Layout Laid;
+};
+
+// Adds the next row to the layout; false at the end of the document.
+bool LayNextRow(const Document &document, Position &position)
+{
+    for (;;) {
+        const uint64_t begin = position.Offset;
+        const ItemHeader *item = ItemAt(document, position.Offset);
+        if (item == nullptr) return false;
+        if (item->Kind != Item::row) continue;
+        AddRow(position.Laid,
+               {begin, document.Def->Styles[item->Style].Height, item->Flags, item->Level, item->Style});
+        return true;
+    }
 }
 
 // Runs the rows of the document through the layout.
 int64_t LayOut(const Document &document, PlaceCall place, void *context)
 {
-    static Layout layout; // too large for a stack frame
-    StartLayout(layout, *document.Def, place, context);
-    uint64_t offset = document.First;
-    for (;;) {
-        const uint64_t begin = offset;
-        const ItemHeader *item = ItemAt(document, offset);
-        if (item == nullptr) break;
-        if (item->Kind != Item::row) continue;
-        AddRow(layout,
-               {begin, document.Def->Styles[item->Style].Height, item->Flags, item->Level, item->Style});
+    static Position position; // too large for a stack frame
+    position.Offset = document.First;
+    StartLayout(position.Laid, *document.Def, place, context);
+    while (LayNextRow(document, position)) {
     }
-    return EndLayout(layout);
+    return EndLayout(position.Laid);
+}
+
+void StartDrawing(Drawing &drawing, const Document &document)
+{
+    const Definition &def = *document.Def;
+    drawing.Of = &document;
+    drawing.Def = &def;
+    drawing.Now.Scanned = document.First;
+    OpenFonts(drawing.Letters, def.Font);
+    for (int i = 0; i < def.StyleCount; ++i) {
+        drawing.StyleFaces[i] = FaceFor(drawing.Letters, def.Styles[i], def.Styles[i].FontSize);
+    }
+    double left = Points(def.Left);
+    drawing.Left = left;
+    drawing.Right = Points(def.PageWidth - def.Right);
+    drawing.BodyTop = Points(def.Top + HeadHeight(def) + ColumnTitlesHeight(def));
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        drawing.Lefts[i] = left;
+        left += Points(def.Columns[i].Width);
+    }
+}
+
+// What follows the last row, and the end of the page in hand.
+void EndDrawing(Drawing &drawing)
+{
+    if (drawing.Now.Page == 0) StartPage(drawing, 1);
+    ApplyItems(drawing, drawing.Of->Size, drawing.BodyTop);
+    FinishPage(drawing);
 }
 
 } // namespace
@@ -577,30 +680,123 @@ int64_t DrawDocument(const Document &document, const PageTarget &target)
 {
     static Drawing drawing;
     drawing = {};
-    const Definition &def = *document.Def;
-    drawing.Of = &document;
-    drawing.Def = &def;
     drawing.Target = &target;
     drawing.Cairo = target.Cairo;
-    drawing.Scanned = document.First;
-    OpenFonts(drawing.Letters, def.Font);
-    for (int i = 0; i < def.StyleCount; ++i) {
-        drawing.StyleFaces[i] = FaceFor(drawing.Letters, def.Styles[i], def.Styles[i].FontSize);
-    }
-    double left = Points(def.Left);
-    drawing.Left = left;
-    drawing.Right = Points(def.PageWidth - def.Right);
-    drawing.BodyTop = Points(def.Top + HeadHeight(def) + ColumnTitlesHeight(def));
-    for (int i = 0; i < def.ColumnCount; ++i) {
-        drawing.Lefts[i] = left;
-        left += Points(def.Columns[i].Width);
-    }
+    StartDrawing(drawing, document);
     drawing.PageCount = LayOut(document, nullptr, nullptr);
     LayOut(document, Place, &drawing);
-    if (drawing.Page == 0) StartPage(drawing, 1);
-    ApplyItems(drawing, document.Size, drawing.BodyTop);
-    FinishPage(drawing);
+    EndDrawing(drawing);
     return drawing.PageCount;
+}
+
+// ---- Pages in any order ----
+
+namespace {
+
+// Where a page begins that was walked over: drawing one goes on from the last mark before it. When all are
+// used, every second one is given up.
+struct Mark {
+    Position Where;
+    PageState Now;
+};
+
+constexpr int maxMarks = 256;
+
+struct {
+    Drawing Draws;
+    Position Where;
+    Mark *Marks[maxMarks];
+    int MarkCount;
+    int64_t Stride; // pages between two marks
+} pages;
+
+void ThinMarks()
+{
+    int kept = 0;
+    for (int i = 0; i < pages.MarkCount; ++i) {
+        if (i % 2 == 0) {
+            pages.Marks[kept++] = pages.Marks[i];
+        } else {
+            std::free(pages.Marks[i]);
+        }
+    }
+    pages.MarkCount = kept;
+    pages.Stride *= 2;
+}
+
+void LeaveMark()
+{
+    const int64_t last = pages.MarkCount > 0 ? pages.Marks[pages.MarkCount - 1]->Now.Page : 0;
+    const int64_t page = pages.Draws.Now.Page;
+    if (page < last + pages.Stride) return;
+    if (pages.MarkCount == maxMarks) ThinMarks();
+    auto *mark = static_cast<Mark *>(std::malloc(sizeof(Mark)));
+    if (mark == nullptr) return; // the way is longer then
+    mark->Where = pages.Where;
+    mark->Now = pages.Draws.Now;
+    pages.Marks[pages.MarkCount++] = mark;
+}
+
+// Back to a place before `page` of which nothing stands on that page.
+void GoBefore(int64_t page)
+{
+    for (int i = pages.MarkCount - 1; i >= 0; --i) {
+        if (pages.Marks[i]->Now.Page >= page) continue;
+        pages.Where = pages.Marks[i]->Where;
+        pages.Draws.Now = pages.Marks[i]->Now;
+        return;
+    }
+    pages.Where.Offset = pages.Draws.Of->First;
+    StartLayout(pages.Where.Laid, *pages.Draws.Def, Place, &pages.Draws);
+    pages.Draws.Now = {};
+    pages.Draws.Now.Scanned = pages.Draws.Of->First;
+}
+
+} // namespace
+
+void OpenPages(const Document &document, int64_t pageCount)
+{
+    StartDrawing(pages.Draws, document);
+    pages.Draws.PageCount = pageCount;
+    pages.Stride = 4;
+}
+
+void DrawPage(int64_t page, const PageTarget &target, LetterList *letters)
+{
+    Drawing &drawing = pages.Draws;
+    drawing.Target = &target;
+    drawing.Cairo = target.Cairo;
+    drawing.Collected = letters;
+    drawing.WantedPage = page;
+    GoBefore(page);
+    bool goesOn = true;
+    while (goesOn && drawing.Now.Page <= page) {
+        goesOn = LayNextRow(*drawing.Of, pages.Where);
+        if (goesOn) LeaveMark();
+    }
+    if (!goesOn) {
+        EndLayout(pages.Where.Laid);
+        EndDrawing(drawing);
+    }
+    ShowBatch(drawing);
+    drawing.Collected = nullptr;
+}
+
+int64_t FindPage(int64_t first, int64_t last, bool wantsLast, const ItemTest &test)
+{
+    Drawing &drawing = pages.Draws;
+    drawing.WantedPage = -1;
+    Search search = {&test, first, last, wantsLast, 0};
+    drawing.Searching = &search;
+    GoBefore(first);
+    bool goesOn = true;
+    while (goesOn && drawing.Now.Page <= last && (wantsLast || search.Found == 0)) {
+        goesOn = LayNextRow(*drawing.Of, pages.Where);
+        if (goesOn) LeaveMark();
+    }
+    if (!goesOn) EndLayout(pages.Where.Laid);
+    drawing.Searching = nullptr;
+    return search.Found;
 }
 
 } // namespace rs

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "report-engine/pages/fonts.h"
+#include "report-engine/pages/letters.h"
 #include "report-engine/spool.h"
 
 namespace rs {
@@ -31,5 +32,22 @@ struct PageTarget {
 
 // Lays the document out, draws all pages in order and returns how many there are.
 int64_t DrawDocument(const Document &document, const PageTarget &target);
+
+// ---- Pages in any order, of the one document that the process shows ----
+
+// Makes the document the one that is shown; `pageCount` is how many pages it has.
+void OpenPages(const Document &document, int64_t pageCount);
+
+// Draws one page, and notes its letters if `letters` is not null. The way to a page that lies further on than
+// any before it leads over all between, without drawing them; the ways after that are short.
+void DrawPage(int64_t page, const PageTarget &target, LetterList *letters);
+
+struct ItemTest {
+    bool (*Passes)(void *context, const Definition &definition, const ItemHeader &item);
+    void *Context;
+};
+
+// The first (or last) page from `first` to `last` with a row, head or foot that passes; 0 for none.
+int64_t FindPage(int64_t first, int64_t last, bool wantsLast, const ItemTest &test);
 
 } // namespace rs

@@ -1,10 +1,15 @@
-// rs-pages TITLE: draws the document that stands open as descriptor 3 into the PDF that stands open as
-// descriptor 4, and says "ok" or why not on descriptor 5. librs.so runs it; nobody else needs to.
+// rs-pages pdf TITLE: draws the document that stands open as descriptor 3 into the PDF that stands open as
+// descriptor 4, and says "ok" or why not on descriptor 5.
+// rs-pages show COUNT: draws pages of that document as they are asked for through the socket that is
+// descriptor 4; COUNT is how many it has.
+// librs.so runs it; nobody else needs to.
 #include "report-engine/pages/draw.h"
+#include "report-engine/pages/show.h"
 
 #include <cairo-pdf.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -124,7 +129,17 @@ int main(int argumentCount, char **arguments)
     mallopt(M_MMAP_THRESHOLD, 64 << 20);
     mallopt(M_TOP_PAD, 1 << 20);
 
-    const char *problem = WritePdf(argumentCount > 1 ? arguments[1] : nullptr);
+    const bool isShown = argumentCount > 2 && std::strcmp(arguments[1], "show") == 0;
+    if (isShown) {
+        // A child of its own, so that the host has none to wait for.
+        const pid_t child = fork();
+        if (child != 0) _exit(child < 0 ? 1 : 0);
+        setsid();
+        int64_t pageCount = 1;
+        std::from_chars(arguments[2], arguments[2] + std::strlen(arguments[2]), pageCount);
+        _exit(rs::ShowPages(spoolDescriptor, fileDescriptor, pageCount) == nullptr ? 0 : 1);
+    }
+    const char *problem = WritePdf(argumentCount > 2 ? arguments[2] : nullptr);
     const char *result = problem != nullptr ? problem : "ok";
     const size_t length = std::strlen(result);
     const bool isTold = write(statusDescriptor, result, length) == static_cast<ssize_t>(length);

@@ -1,0 +1,402 @@
+#include "report-engine/pages/show.h"
+
+#include "report-engine/page_requests.h"
+#include "report-engine/pages/draw.h"
+#include "report-engine/values.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace rs {
+
+namespace {
+
+constexpr double pointsPerUnit = 72.0 / 2540.0;
+constexpr size_t maxHits = 4096; // of one page
+
+void Nothing(void * /*context*/, int64_t /*page*/) {}
+
+void NoBookmark(void * /*context*/, int /*depth*/, const char * /*text*/, int64_t /*page*/, double /*x*/,
+                double /*y*/)
+{}
+
+struct {
+    LetterList Letters;
+    Hit Hits[maxHits];
+    int64_t PageCount;
+    const Definition *Def;
+} shown;
+
+// The letters of a page in reading order.
+LetterList &LettersOf(int64_t page, cairo_t *cairo)
+{
+    const PageTarget target = {cairo, Nothing, Nothing, NoBookmark, nullptr};
+    ForgetLetters(shown.Letters);
+    DrawPage(page, target, &shown.Letters);
+    OrderLetters(shown.Letters);
+    return shown.Letters;
+}
+
+// The same of a page that nobody sees.
+LetterList &LettersUnseen(int64_t page)
+{
+    cairo_surface_t *surface = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
+    cairo_t *cairo = cairo_create(surface);
+    cairo_rectangle(cairo, 0, 0, 0, 0);
+    cairo_clip(cairo);
+    LetterList &letters = LettersOf(page, cairo);
+    cairo_destroy(cairo);
+    cairo_surface_destroy(surface);
+    return letters;
+}
+
+// ---- Selections ----
+
+bool LiesBefore(const PagePlace &one, const PagePlace &other)
+{
+    if (one.Page != other.Page) return one.Page < other.Page;
+    return one.Y != other.Y ? one.Y < other.Y : one.X < other.X;
+}
+
+// Puts the ends into reading order: on one line the left one comes first, whichever is higher.
+void OrderSelection(PageRequest &request)
+{
+    if (LiesBefore(request.To, request.From)) {
+        const PagePlace to = request.To;
+        request.To = request.From;
+        request.From = to;
+    }
+}
+
+PagePoint PointOf(const PagePlace &place) { return {place.X * pointsPerUnit, place.Y * pointsPerUnit}; }
+
+bool SelectedOn(const PageRequest &request, int64_t page, const LetterList &letters, Hit &range)
+{
+    if (request.From.Page == 0 || page < request.From.Page || page > request.To.Page) return false;
+    PagePoint from = PointOf(request.From);
+    PagePoint to = PointOf(request.To);
+    // Within one line the two ends may stand at slightly different heights.
+    Hit unused;
+    const auto grain = static_cast<Grain>(request.SelectionGrain);
+    if (request.From.Page == request.To.Page && grain == Grain::letter &&
+        !LettersBetween(letters, &from, &to, grain, unused)) {
+        const PagePoint swapped = from;
+        from = to;
+        to = swapped;
+    }
+    return LettersBetween(letters, page == request.From.Page ? &from : nullptr,
+                          page == request.To.Page ? &to : nullptr, grain, range);
+}
+
+// ---- Drawing ----
+
+// Colours the letters of a range, line by line.
+void Colour(cairo_t *cairo, const LetterList &letters, const Hit &range, double red, double green,
+            double blue)
+{
+    cairo_save(cairo);
+    cairo_set_operator(cairo, CAIRO_OPERATOR_MULTIPLY);
+    cairo_set_source_rgb(cairo, red, green, blue);
+    for (size_t i = range.First; i <= range.Last;) {
+        const Letter &first = letters.Letters[i];
+        size_t last = i;
+        while (last < range.Last && letters.Letters[last + 1].Line == first.Line) {
+            ++last;
+        }
+        cairo_rectangle(cairo, first.Left, first.Top, letters.Letters[last].Right - first.Left,
+                        first.Bottom - first.Top);
+        i = last + 1;
+    }
+    cairo_fill(cairo);
+    cairo_restore(cairo);
+}
+
+void DrawOnePage(const PageRequest &request, cairo_t *cairo, int64_t page, double top)
+{
+    const double scale = request.PixelsPerUnit / pointsPerUnit;
+    const double width = shown.Def->PageWidth * pointsPerUnit;
+    const double height = shown.Def->PageHeight * pointsPerUnit;
+    cairo_save(cairo);
+    cairo_translate(cairo, request.Left, top);
+    cairo_scale(cairo, scale, scale);
+    // A sheet of paper on its ground.
+    cairo_set_source_rgba(cairo, 0, 0, 0, 0.12);
+    cairo_rectangle(cairo, -1.5, -0.75, width + 3, height + 3);
+    cairo_fill(cairo);
+    cairo_set_source_rgb(cairo, 1, 1, 1);
+    cairo_rectangle(cairo, 0, 0, width, height);
+    cairo_fill_preserve(cairo);
+    cairo_clip(cairo);
+    const LetterList &letters = LettersOf(page, cairo);
+    if (request.Sought[0] != 0) {
+        const size_t count =
+            FindHits(letters, request.Sought, std::strlen(request.Sought), shown.Hits, maxHits);
+        for (size_t i = 0; i < count; ++i) {
+            const bool isFound = page == request.Found && static_cast<int64_t>(i) == request.FoundPlace;
+            Colour(cairo, letters, shown.Hits[i], 1, isFound ? 0.65 : 0.93, isFound ? 0.25 : 0.45);
+        }
+    }
+    Hit range;
+    if (SelectedOn(request, page, letters, range)) Colour(cairo, letters, range, 0.62, 0.79, 1);
+    cairo_restore(cairo);
+}
+
+// A file of pixels; -1 when there is none.
+int DrawImage(const PageRequest &request)
+{
+    constexpr int32_t largest = 16'384;
+    if (request.Width <= 0 || request.Height <= 0 || request.Width > largest || request.Height > largest)
+        return -1;
+    if (!(request.PixelsPerUnit > 0) || request.Pitch <= 0) return -1;
+    const size_t size = size_t{4} * static_cast<size_t>(request.Width) * static_cast<size_t>(request.Height);
+    const int file = memfd_create("rs-pages", MFD_CLOEXEC);
+    if (file < 0) return -1;
+    void *bytes = ftruncate(file, static_cast<off_t>(size)) == 0
+                      ? mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
+                      : MAP_FAILED;
+    if (bytes == MAP_FAILED) {
+        close(file);
+        return -1;
+    }
+    cairo_surface_t *surface =
+        cairo_image_surface_create_for_data(static_cast<unsigned char *>(bytes), CAIRO_FORMAT_ARGB32,
+                                            request.Width, request.Height, 4 * request.Width);
+    cairo_t *cairo = cairo_create(surface);
+    int64_t page = request.FirstPage;
+    for (int64_t top = request.FirstTop; top < request.Height && page <= shown.PageCount; ++page) {
+        if (page > 0) DrawOnePage(request, cairo, page, static_cast<double>(top));
+        top += request.Pitch;
+    }
+    const bool isGood = cairo_status(cairo) == CAIRO_STATUS_SUCCESS;
+    cairo_destroy(cairo);
+    cairo_surface_flush(surface);
+    cairo_surface_destroy(surface);
+    munmap(bytes, size);
+    if (isGood) return file;
+    close(file);
+    return -1;
+}
+
+// ---- Searching ----
+
+struct Sought {
+    const char *Text;
+    size_t Length;
+};
+
+// Whether a row has the text in one of its cells, or in several that follow each other.
+bool RowHas(void *context, const Definition & /*definition*/, const ItemHeader &item)
+{
+    const auto &sought = *static_cast<const Sought *>(context);
+    const char *data = reinterpret_cast<const char *>(&item + 1);
+    char row[4096];
+    size_t used = 0;
+    const auto add = [&](const char *text, size_t length) {
+        if (used + length + 1 > sizeof row) length = sizeof row - used - 1;
+        std::memcpy(row + used, text, length);
+        used += length;
+        row[used++] = ' ';
+    };
+    if (item.Kind != Item::row) {
+        LinePart parts[3];
+        LinePartsOf(data, parts);
+        for (const LinePart &part : parts) {
+            if (used + 1 < sizeof row) add(part.Text, part.Length);
+        }
+    } else {
+        CellReader cells = CellsOf(item, data);
+        Cell cell;
+        while (NextCell(cells, cell) && used + 1 < sizeof row) {
+            char figure[amountSize];
+            if (cell.Kind == CellKind::text) {
+                add(cell.Text, cell.Length);
+            } else {
+                add(figure, cell.Kind == CellKind::number
+                                ? WriteNumber(cell.Number, Look::grouped, figure)
+                                : WriteHundredths(cell.Number, Look::grouped, figure));
+            }
+        }
+    }
+    char folded[sizeof row];
+    const size_t count = FoldText(row, used, folded, sizeof folded);
+    return memmem(folded, count, sought.Text, sought.Length) != nullptr;
+}
+
+// The places of the sought text on a page.
+size_t HitsOn(int64_t page, const Sought &sought)
+{
+    return FindHits(LettersUnseen(page), sought.Text, sought.Length, shown.Hits, maxHits);
+}
+
+// The first (or last) page from `first` to `last` with a place; its places are in shown.Hits.
+int64_t PageWith(int64_t first, int64_t last, bool isBackwards, Sought &sought, size_t &count)
+{
+    const ItemTest test = {RowHas, &sought};
+    while (first <= last) {
+        const int64_t page = FindPage(first, last, isBackwards, test);
+        if (page == 0) return 0;
+        count = HitsOn(page, sought);
+        if (count > 0) return page;
+        // What the row has is not in view: a text that was cut.
+        if (isBackwards) {
+            last = page - 1;
+        } else {
+            first = page + 1;
+        }
+    }
+    return 0;
+}
+
+void AnswerFind(const PageRequest &request, PageAnswer &answer)
+{
+    Sought sought = {request.Sought, std::strlen(request.Sought)};
+    if (sought.Length == 0) return;
+    const bool isBackwards = request.IsBackwards != 0;
+    int64_t begin = request.Found;
+    if (begin < 1) begin = 1;
+    if (begin > shown.PageCount) begin = shown.PageCount;
+    size_t count = HitsOn(begin, sought);
+    int64_t page = begin;
+    int64_t place = isBackwards ? request.FoundPlace - 1 : request.FoundPlace + 1;
+    if (place < 0 || place >= static_cast<int64_t>(count)) {
+        page = isBackwards ? PageWith(1, begin - 1, true, sought, count)
+                           : PageWith(begin + 1, shown.PageCount, false, sought, count);
+        if (page == 0) {
+            answer.HasWrapped = 1;
+            page = isBackwards ? PageWith(begin, shown.PageCount, true, sought, count)
+                               : PageWith(1, begin, false, sought, count);
+        }
+        place = isBackwards ? static_cast<int64_t>(count) - 1 : 0;
+    }
+    if (page == 0) return;
+    const Hit &hit = shown.Hits[place];
+    const Letter &first = shown.Letters.Letters[hit.First];
+    const Letter &last = shown.Letters.Letters[hit.Last];
+    answer.Page = page;
+    answer.Place = static_cast<int32_t>(place);
+    answer.From = {page, static_cast<int32_t>(first.Left / pointsPerUnit),
+                   static_cast<int32_t>(first.Top / pointsPerUnit)};
+    answer.To = {page, static_cast<int32_t>(last.Right / pointsPerUnit),
+                 static_cast<int32_t>(last.Bottom / pointsPerUnit)};
+}
+
+// ---- Copying ----
+
+bool WriteAll(int file, const char *bytes, size_t length)
+{
+    while (length > 0) {
+        const ssize_t count = write(file, bytes, length);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        bytes += count;
+        length -= static_cast<size_t>(count);
+    }
+    return true;
+}
+
+// The letters of a range as text: cells parted by tabs, lines by line ends, with plain minus signs.
+bool WriteRange(int file, const LetterList &letters, const Hit &range, int64_t &length)
+{
+    for (size_t i = range.First; i <= range.Last && length < maxCopied; ++i) {
+        const Letter &letter = letters.Letters[i];
+        char bytes[16];
+        size_t count = 0;
+        if (i > range.First && letter.Line != letters.Letters[i - 1].Line) {
+            bytes[count++] = '\n';
+        } else if (i > range.First && letter.Begins) {
+            bytes[count++] = '\t';
+        }
+        const char *text = letters.Text + letter.TextAt;
+        if (letter.TextLength == 3 && std::memcmp(text, "\xE2\x88\x92", 3) == 0) {
+            bytes[count++] = '-';
+        } else if (count + letter.TextLength <= sizeof bytes) {
+            std::memcpy(bytes + count, text, letter.TextLength);
+            count += letter.TextLength;
+        }
+        if (!WriteAll(file, bytes, count)) return false;
+        length += static_cast<int64_t>(count);
+    }
+    if (!WriteAll(file, "\n", 1)) return false;
+    ++length;
+    return true;
+}
+
+int CopyText(const PageRequest &request, int64_t &length)
+{
+    const int file = memfd_create("rs-pages", MFD_CLOEXEC);
+    if (file < 0) return -1;
+    bool isGood = true;
+    for (int64_t page = request.From.Page;
+         page > 0 && page <= request.To.Page && page <= shown.PageCount && length < maxCopied; ++page) {
+        const LetterList &letters = LettersUnseen(page);
+        Hit range;
+        if (SelectedOn(request, page, letters, range)) {
+            isGood = isGood && WriteRange(file, letters, range, length);
+        }
+    }
+    if (isGood) return file;
+    close(file);
+    return -1;
+}
+
+// ---- Requests ----
+
+bool Answer(int socket, const PageAnswer &answer, int file)
+{
+    iovec part = {const_cast<PageAnswer *>(&answer), sizeof answer};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    if (file >= 0) {
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
+        cmsghdr *header = CMSG_FIRSTHDR(&message);
+        header->cmsg_level = SOL_SOCKET;
+        header->cmsg_type = SCM_RIGHTS;
+        header->cmsg_len = CMSG_LEN(sizeof file);
+        std::memcpy(CMSG_DATA(header), &file, sizeof file);
+    }
+    const bool isSent = sendmsg(socket, &message, MSG_NOSIGNAL) == static_cast<ssize_t>(sizeof answer);
+    if (file >= 0) close(file);
+    return isSent;
+}
+
+} // namespace
+
+const char *ShowPages(int spool, int requests, int64_t pageCount)
+{
+    static Document document;
+    if (!OpenDocument(document, spool)) return "rs-pages does not belong to this librs.so";
+    shown.Def = document.Def;
+    shown.PageCount = pageCount;
+    OpenPages(document, pageCount);
+    for (;;) {
+        PageRequest request;
+        const ssize_t got = recv(requests, &request, sizeof request, 0);
+        if (got < 0 && errno == EINTR) continue;
+        if (got != static_cast<ssize_t>(sizeof request)) return nullptr;
+        request.Sought[maxSought - 1] = 0;
+        char folded[maxSought];
+        const size_t length =
+            FoldText(request.Sought, std::strlen(request.Sought), folded, sizeof folded - 1);
+        std::memcpy(request.Sought, folded, length);
+        request.Sought[length] = 0;
+        OrderSelection(request);
+        PageAnswer answer = {};
+        int file = -1;
+        switch (request.Wish) {
+        case PageWish::draw: file = DrawImage(request); break;
+        case PageWish::find: AnswerFind(request, answer); break;
+        case PageWish::copy: file = CopyText(request, answer.Length); break;
+        }
+        answer.IsGood = request.Wish == PageWish::find || file >= 0 ? 1 : 0;
+        if (!Answer(requests, answer, file)) return nullptr;
+    }
+}
+
+} // namespace rs
