@@ -1,7 +1,11 @@
-// The README's program does what it says on the sample books.
+// The examples do what they say on the sample books: a program that posts, and a host with a window and a
+// message loop of its own, played by a script and driven as a person would.
+#include "tests/support/display.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -38,6 +42,21 @@ protected:
         return OutputOf("VARK_CONFIG_DIR='" + books + "' VARK_UI=headless '" VARK_BUCHEN "'", exitCode);
     }
 
+    void MakeBooks() const
+    {
+        int exitCode = -1;
+        const std::string made = OutputOf("'" VARK_BOOKS "' beispiel '" + books + "' --ersetzen", &exitCode);
+        ASSERT_EQ(0, exitCode) << made;
+    }
+    // The host with a person who does what the script says.
+    std::string Berichte(const std::string &script, int *exitCode) const
+    {
+        std::ofstream(books + "/script") << script;
+        return OutputOf("VARK_CONFIG_DIR='" + books + "' VARK_UI='script:" + books +
+                            "/script' '" VARK_BERICHTE "'",
+                        exitCode);
+    }
+
     std::string books;
 };
 
@@ -46,8 +65,7 @@ protected:
 TEST_F(Example, PostsIntoTheSampleBooks)
 {
     int exitCode = -1;
-    const std::string made = OutputOf("'" VARK_BOOKS "' beispiel '" + books + "'", &exitCode);
-    ASSERT_EQ(0, exitCode) << made;
+    MakeBooks();
     EXPECT_EQ("gebucht (1)\n", Buchen(&exitCode));
     EXPECT_EQ(0, exitCode);
 }
@@ -57,4 +75,49 @@ TEST_F(Example, IsRefusedWithoutBooks)
     int exitCode = -1;
     EXPECT_EQ("abgelehnt (-36)\n", Buchen(&exitCode));
     EXPECT_EQ(1, exitCode);
+}
+
+TEST_F(Example, HostShowsReportsInItsOwnLoopAndRemembersWhatWasChosen)
+{
+    MakeBooks();
+    int exitCode = -1;
+    EXPECT_EQ("erstellt per 310398\nerstellt per 280298\n",
+              Berichte("expect title Wirt\npress 101\ndialog 111\ntext 22991 31.3.98\npress 1\n"
+                       "expect title Wirt\npress 101\nexpect text 22991 31.03.1998\ntext 22991 28.2.98\n"
+                       "press 1\nexpect title Wirt\npress 102\n",
+                       &exitCode));
+    EXPECT_EQ(0, exitCode);
+}
+
+TEST_F(Example, HostTakesACancelAndTheKeysOfItsFrame)
+{
+    MakeBooks();
+    int exitCode = -1;
+    EXPECT_EQ("nicht erstellt\n", Berichte("expect focus 101\nkey Space\n"
+                                           "dialog 111\nkey Escape\nexpect title Wirt\nclose\n",
+                                           &exitCode));
+    EXPECT_EQ(0, exitCode);
+}
+
+TEST_F(Example, HostIsDrivenByKeysOnAScreen)
+{
+    MakeBooks();
+    vark::test::Display display;
+    if (!display.Start()) GTEST_SKIP() << "Xvfb, openbox and xdotool are not all installed";
+    setenv("VARK_CONFIG_DIR", books.c_str(), 1);
+    const std::string output = books + "/output";
+    vark::test::Process host({VARK_BERICHTE}, output);
+    const auto said = [&output] {
+        std::ifstream file(output);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    ASSERT_TRUE(display.HasKeyboard("Wirt"));
+    display.Do("key alt+s");
+    ASSERT_TRUE(display.HasKeyboard("Summen- und Saldenliste"));
+    display.Do("type --delay 20 31.3.98");
+    display.Do("key Return");
+    EXPECT_TRUE(vark::test::Eventually([&] { return said() == "erstellt per 310398\n"; })) << said();
+    ASSERT_TRUE(display.HasKeyboard("Wirt"));
+    display.Do("key alt+b");
+    EXPECT_EQ(0, host.ExitCode());
 }

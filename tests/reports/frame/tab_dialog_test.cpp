@@ -10,6 +10,7 @@
 #include "src/reports/frame/output_choice.h"
 #include "tests/support/alloc_faults.h"
 #include "tests/support/books.h"
+#include "text/windows1252.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -18,6 +19,7 @@
 
 using namespace vark;
 using namespace vark::test;
+using namespace text;
 using varkui::DialogControl;
 using varkui::DialogControlKind;
 using varkui::DialogTable;
@@ -73,7 +75,7 @@ DialogTable TwoPeriodsTable(DialogBuilder &builder, bool isGuv)
     builder = BeginDialog();
     AddPeriodTabs(builder, PageOptions(isGuv));
     AddOutputGroup(builder);
-    return FinishDialog(builder, 127, "Zwei Zeiträume");
+    return FinishDialog(builder, 127, "Zwei Zeiträume"_w);
 }
 
 // A dialog of one tab control and nothing behind the tabs.
@@ -85,7 +87,7 @@ constexpr DialogTable plainTable = {900, "Seiten", 180, 80, plainControls, 2, 0}
 
 constexpr DialogControl barControls[] = {
     {DialogControlKind::PushButton, 31, "voriger Monat", 0, 0, 60, 14, 0, 0},
-    {DialogControlKind::PushButton, 32, "nächster", 62, 0, 60, 14, 0, 0},
+    {DialogControlKind::PushButton, 32, "nächster"_w, 62, 0, 60, 14, 0, 0},
 };
 constexpr DialogTable barTable = {115, "", 130, 14, barControls, 2, 0};
 
