@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -53,7 +52,7 @@ int32_t FillReport(const char *path, int lines)
     if (report == 0) return 0;
     char header[176] = {};
     std::memcpy(header, "Muster GmbH", 11);
-    std::memcpy(header + 41, "310398", 6);
+    std::memcpy(header + 41, "310318", 6);
     std::memcpy(header + 48, "M\xE4rz", 4);
     std::memcpy(header + 68, "Sachkonten", 10);
     RSAddData(report, 0, header);
@@ -82,7 +81,7 @@ int main(int argumentCount, char **arguments)
         std::cerr << "report_view: nobody sees windows here\n";
         return 1;
     }
-    const int32_t report = FillReport(arguments[1], std::atoi(arguments[2]));
+    const int32_t report = FillReport(arguments[1], std::stoi(arguments[2]));
     if (report == 0) return 1;
     const Clock::time_point filled = Clock::now();
     auto view = static_cast<HWND>(

@@ -142,19 +142,59 @@ bool WriteContents(FileKind kind, int file, const View &view, const char *path)
     return isRead && isWritten;
 }
 
-bool ReplaceFile(NewFile &file, const char *path, bool isGood)
+// The directory remembers a new name only once it is on disk itself.
+int SyncDirectoryOf(char *path)
 {
+    char *slash = std::strrchr(path, '/');
+    const char *directory = slash == nullptr ? "." : slash == path ? "/" : path;
+    if (slash != nullptr) *slash = 0;
+    const int file = open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int error = file < 0 ? errno : 0;
+    // Not every file system syncs directories; then it has nothing to lose there.
+    if (error == 0 && fsync(file) != 0 && errno != EINVAL && errno != ENOTSUP) error = errno;
+    if (file >= 0) close(file);
+    return error;
+}
+
+// 0 or errno; EEXIST only without `mayReplace`.
+int GiveName(const NewFile &file, bool mayReplace)
+{
+    if (mayReplace) return std::rename(file.Working, file.Final) == 0 ? 0 : errno;
+    if (renameat2(AT_FDCWD, file.Working, AT_FDCWD, file.Final, RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return errno;
+    if (access(file.Final, F_OK) == 0) return EEXIST;
+    return std::rename(file.Working, file.Final) == 0 ? 0 : errno;
+}
+
+// The working file under its final name, or gone. The content is on disk before the name is, so that a crash
+// leaves the old file or the new one, never an empty one.
+int FinishFile(NewFile &file, bool mayReplace, int error)
+{
+    if (error == 0 && fsync(file.File) != 0 && errno != EINVAL) error = errno;
     // What close finds wrong (a full disk on a network) counts as much as what write finds.
-    if (close(file.File) != 0 && isGood) {
-        Complain(path, ": %s", strerrordesc_np(errno));
-        isGood = false;
+    if (close(file.File) != 0 && error == 0) error = errno;
+    if (error == 0) error = GiveName(file, mayReplace);
+    if (error != 0) {
+        unlink(file.Working);
+        return error;
     }
-    if (isGood && std::rename(file.Working, file.Final) != 0) {
-        Complain(path, ": %s", strerrordesc_np(errno));
-        isGood = false;
+    return SyncDirectoryOf(file.Final);
+}
+
+Written WriteFile(const View &view, FileKind kind, const char *path, bool mayReplace)
+{
+    auto *file = static_cast<NewFile *>(std::calloc(1, sizeof(NewFile)));
+    int error = file != nullptr ? CreateNewFile(*file, path) : ENOMEM;
+    bool isTold = false;
+    if (error == 0) {
+        isTold = !WriteContents(kind, file->File, view, path);
+        error = FinishFile(*file, mayReplace, isTold ? EIO : 0);
     }
-    if (!isGood) unlink(file.Working);
-    return isGood;
+    std::free(file);
+    if (error == 0) return Written::whole;
+    if (error == EEXIST && !mayReplace) return Written::nameTaken;
+    if (!isTold) Complain(path, ": %s", strerrordesc_np(error));
+    return Written::failed;
 }
 
 } // namespace
@@ -167,16 +207,12 @@ bool ExportView(const View &view, const char *path)
         Complain(path, ": no kind of file that a report can be written to");
         return false;
     }
-    auto *file = static_cast<NewFile *>(std::calloc(1, sizeof(NewFile)));
-    const int error = file != nullptr ? CreateNewFile(*file, path) : ENOMEM;
-    bool isGood = error == 0;
-    if (isGood) {
-        isGood = ReplaceFile(*file, path, WriteContents(kind, file->File, view, path));
-    } else {
-        Complain(path, ": %s", strerrordesc_np(error));
-    }
-    std::free(file);
-    return isGood;
+    return WriteFile(view, kind, path, true) == Written::whole;
+}
+
+Written WritePdfFile(const View &view, const char *path, bool mayReplace)
+{
+    return WriteFile(view, FileKind::pdf, path, mayReplace);
 }
 
 } // namespace rs

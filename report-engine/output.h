@@ -4,11 +4,18 @@
 #include "report-engine/view.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace rs {
 
 // Writes the view to `path` by its extension; false on failure, which has been told.
 bool ExportView(const View &view, const char *path);
+
+enum class Written : uint8_t { whole, nameTaken, failed };
+
+// Writes the pages to `path`, whatever its extension; `nameTaken` only without `mayReplace`. A failure has
+// been told.
+Written WritePdfFile(const View &view, const char *path, bool mayReplace);
 
 // Bytes on their way to a file; the first failure stays and stops the rest.
 struct Writer {

@@ -14,24 +14,6 @@ namespace {
 
 constexpr char magic[4] = {'R', 'S', 'M', '1'};
 
-int OpenNamelessFile()
-{
-    const char *directory = secure_getenv("TMPDIR");
-    if (directory == nullptr || directory[0] == 0) directory = "/tmp";
-    int file = open(directory, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    if (file >= 0 || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return file;
-    // A file system that knows no nameless files: a name for a moment.
-    char path[4096];
-    const int length = std::snprintf(path, sizeof path, "%s/librs-XXXXXX", directory);
-    if (length < 0 || length >= static_cast<int>(sizeof path)) {
-        errno = ENAMETOOLONG;
-        return -1;
-    }
-    file = mkostemp(path, O_CLOEXEC);
-    if (file >= 0) unlink(path);
-    return file;
-}
-
 bool WriteAll(int file, const char *bytes, size_t size, uint64_t offset)
 {
     while (size > 0) {
@@ -49,6 +31,24 @@ bool WriteAll(int file, const char *bytes, size_t size, uint64_t offset)
 }
 
 } // namespace
+
+int OpenNamelessFile()
+{
+    const char *directory = secure_getenv("TMPDIR");
+    if (directory == nullptr || directory[0] == 0) directory = "/tmp";
+    int file = open(directory, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (file >= 0 || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return file;
+    // A file system that knows no nameless files: a name for a moment.
+    char path[4096];
+    const int length = std::snprintf(path, sizeof path, "%s/librs-XXXXXX", directory);
+    if (length < 0 || length >= static_cast<int>(sizeof path)) {
+        errno = ENAMETOOLONG;
+        return -1;
+    }
+    file = mkostemp(path, O_CLOEXEC);
+    if (file >= 0) unlink(path);
+    return file;
+}
 
 bool OpenSpool(Spool &spool, const Definition &definition)
 {

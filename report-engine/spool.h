@@ -66,6 +66,9 @@ struct Spool {
     char Buffer[spoolBufferSize];
 };
 
+// Opens a file without a name in $TMPDIR (or /tmp), readable and writable; -1 with errno.
+int OpenNamelessFile();
+
 // A file without a name in $TMPDIR (or /tmp). False with errno in Error.
 bool OpenSpool(Spool &spool, const Definition &definition);
 void CloseSpool(Spool &spool);

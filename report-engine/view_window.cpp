@@ -55,21 +55,16 @@ const BarControl barControls[] = {
      "N\xE4"
      "chste Seite (Bild ab)\tgo-next-symbolic",
      174, 32, iconStyle},
-    {smallerButton, "Button", "Kleiner (\x96)\tzoom-out-symbolic", 222, 32, iconStyle},
+    {smallerButton, "Button", "Kleiner (–)\tzoom-out-symbolic"_w, 222, 32, iconStyle},
     {zoomList, "ComboBox", "", 256, 132, CBS_DROPDOWNLIST | WS_TABSTOP},
-    {largerButton, "Button",
-     "Gr\xF6\xDF"
-     "er (+)\tzoom-in-symbolic",
-     390, 32, iconStyle},
-    {searchEdit, "Edit", "", 438, 190, ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP},
-    {searchBackButton, "Button",
-     "R\xFC"
-     "ckw\xE4rts suchen (Umschalt+F3)\tgo-up-symbolic",
-     630, 32, iconStyle},
-    {searchNextButton, "Button", "Weitersuchen (F3)\tgo-down-symbolic", 662, 32, iconStyle},
-    {copyButton, "Button", "Kopieren (Strg+C)\tedit-copy-symbolic", 710, 32, iconStyle},
-    {printButton, "Button", "Drucken (Strg+P)\tdocument-print-symbolic", 744, 32, iconStyle},
-    {saveButton, "Button", "Speichern (Strg+S)\tdocument-save-symbolic", 778, 32, iconStyle},
+    {largerButton, "Button", "Größer (+)\tzoom-in-symbolic"_w, 390, 32, iconStyle},
+    {searchText, "Static", "Suchen:", 438, 60, SS_RIGHT},
+    {searchEdit, "Edit", "", 504, 170, ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP},
+    {searchBackButton, "Button", "Rückwärts suchen (Umschalt+F3)\tgo-up-symbolic"_w, 676, 32, iconStyle},
+    {searchNextButton, "Button", "Weitersuchen (F3)\tgo-down-symbolic", 708, 32, iconStyle},
+    {copyButton, "Button", "Kopieren (Strg+C)\tedit-copy-symbolic", 756, 32, iconStyle},
+    {printButton, "Button", "Drucken (Strg+P)\tdocument-print-symbolic", 790, 32, iconStyle},
+    {saveButton, "Button", "Speichern (Strg+S)\tdocument-save-symbolic", 824, 32, iconStyle},
 };
 
 // ---- The strip of pages ----
@@ -489,7 +484,7 @@ bool MakeControls(ViewWindow &view)
         return control;
     };
     for (const BarControl &each : barControls) {
-        const bool isText = each.Id == pageCountText;
+        const bool isText = each.Id == pageCountText || each.Id == searchText;
         const LONG top = isText ? 10 : 5;
         const RECT place = {each.Left, top, each.Left + each.Width, top + (isText ? 18 : controlHeight)};
         if (make(each.Class, each.Text, each.Style, place, each.Id) == nullptr) return false;

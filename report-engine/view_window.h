@@ -24,6 +24,7 @@ enum ViewControl : int {
     copyButton,
     printButton,
     saveButton,
+    searchText,
     stateText,
     pagePicture = 120
 };

@@ -96,9 +96,18 @@ void ShowBatch(Drawing &drawing)
     if (drawing.BatchCount == 0) return;
     cairo_set_scaled_font(drawing.Cairo, drawing.Letters.Scaled[drawing.BatchFont]);
     const auto count = static_cast<int>(drawing.BatchCount);
-    cairo_show_text_glyphs(drawing.Cairo, drawing.BatchText, static_cast<int>(drawing.BatchBytes),
-                           drawing.Batch, count, drawing.BatchClusters, count,
-                           static_cast<cairo_text_cluster_flags_t>(0));
+    switch (drawing.Target->Letters) {
+    case Ink::none: break;
+    case Ink::outlines:
+        cairo_glyph_path(drawing.Cairo, drawing.Batch, count);
+        cairo_fill(drawing.Cairo);
+        break;
+    case Ink::glyphs:
+        cairo_show_text_glyphs(drawing.Cairo, drawing.BatchText, static_cast<int>(drawing.BatchBytes),
+                               drawing.Batch, count, drawing.BatchClusters, count,
+                               static_cast<cairo_text_cluster_flags_t>(0));
+        break;
+    }
     drawing.BatchCount = 0;
     drawing.BatchBytes = 0;
 }

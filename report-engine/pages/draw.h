@@ -21,6 +21,10 @@ bool OpenDocument(Document &document, int file);
 // An item in a document; `offset` moves behind it. Null at the end.
 const ItemHeader *ItemAt(const Document &document, uint64_t &offset);
 
+// How letters come onto a page: as glyphs; as filled outlines, each exactly where it belongs, for surfaces
+// that put glyphs on whole pixels; or not at all.
+enum class Ink : uint8_t { glyphs, outlines, none };
+
 struct PageTarget {
     cairo_t *Cairo;
     void (*BeginPage)(void *context, int64_t page);
@@ -28,6 +32,7 @@ struct PageTarget {
     // A bookmark to a place on the page in hand, in points.
     void (*Bookmark)(void *context, int depth, const char *text, int64_t page, double x, double y);
     void *Context;
+    Ink Letters;
 };
 
 // Lays the document out, draws all pages in order and returns how many there are.

@@ -108,7 +108,7 @@ const char *WritePdf(const char *title)
                                             document.Def->PageHeight * pointsPerUnit);
     DescribeFile(document, title);
     cairo_t *cairo = cairo_create(pdf.Surface);
-    const rs::PageTarget target = {cairo, BeginPage, EndPage, Bookmark, nullptr};
+    const rs::PageTarget target = {cairo, BeginPage, EndPage, Bookmark, nullptr, rs::Ink::glyphs};
     rs::DrawDocument(document, target);
     const cairo_status_t drawn = cairo_status(cairo);
     cairo_destroy(cairo);

@@ -32,9 +32,9 @@ struct {
 } shown;
 
 // The letters of a page in reading order.
-LetterList &LettersOf(int64_t page, cairo_t *cairo)
+LetterList &LettersOf(int64_t page, cairo_t *cairo, Ink ink)
 {
-    const PageTarget target = {cairo, Nothing, Nothing, NoBookmark, nullptr};
+    const PageTarget target = {cairo, Nothing, Nothing, NoBookmark, nullptr, ink};
     ForgetLetters(shown.Letters);
     DrawPage(page, target, &shown.Letters);
     OrderLetters(shown.Letters);
@@ -48,7 +48,7 @@ LetterList &LettersUnseen(int64_t page)
     cairo_t *cairo = cairo_create(surface);
     cairo_rectangle(cairo, 0, 0, 0, 0);
     cairo_clip(cairo);
-    LetterList &letters = LettersOf(page, cairo);
+    LetterList &letters = LettersOf(page, cairo, Ink::none);
     cairo_destroy(cairo);
     cairo_surface_destroy(surface);
     return letters;
@@ -131,7 +131,7 @@ void DrawOnePage(const PageRequest &request, cairo_t *cairo, int64_t page, doubl
     cairo_rectangle(cairo, 0, 0, width, height);
     cairo_fill_preserve(cairo);
     cairo_clip(cairo);
-    const LetterList &letters = LettersOf(page, cairo);
+    const LetterList &letters = LettersOf(page, cairo, Ink::outlines);
     if (request.Sought[0] != 0) {
         const size_t count =
             FindHits(letters, request.Sought, std::strlen(request.Sought), shown.Hits, maxHits);
