@@ -1,9 +1,7 @@
 // report_view TEMPLATE LINES [turns]: opens the view of a table report and shows it until its window is
 // closed. With "turns" it prints the milliseconds to the first page, once the records are in, and of turning
 // pages (median), and its own memory (RssAnon, KiB) and that of what shows the window, and ends.
-#include "bench/report_lines.h"
-#include "report-engine/rs.h"
-#include "text/windows1252.h"
+#include "bench/report_fill.h"
 #include "window-system/varkui.h"
 
 #include <algorithm>
@@ -36,39 +34,6 @@ void CatchUp()
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
         Handle(message);
     }
-}
-
-void PutAmount(char *field, int64_t pfennig)
-{
-    char digits[32];
-    std::snprintf(digits, sizeof digits, "%lld,%02lld", static_cast<long long>(pfennig / 100),
-                  static_cast<long long>(pfennig % 100));
-    std::snprintf(field, 13, "%12s", digits);
-}
-
-int32_t FillReport(const char *path, int lines)
-{
-    const int32_t report = RSOpenReport(path, "tervoSUSALIST0.0", 0);
-    if (report == 0) return 0;
-    char header[176] = {};
-    std::memcpy(header, "Muster GmbH", 11);
-    std::memcpy(header + 41, "310318", 6);
-    std::memcpy(header + 48, "M\xE4rz", 4);
-    std::memcpy(header + 68, "Sachkonten", 10);
-    RSAddData(report, 0, header);
-    uint32_t state = 1;
-    for (int i = 0; i < lines; ++i) {
-        const BenchLine made = MakeBenchLine(1000 + i, state);
-        char line[166] = {};
-        std::snprintf(line, 8, "%s", made.Konto.c_str());
-        text::FromUtf8(made.Name.c_str(), line + 17, 41);
-        for (int j = 0; j < 8; ++j) {
-            PutAmount(line + 58 + 13 * j, made.Amounts[j]);
-        }
-        line[162] = 1;
-        if (RSAddData(report, 1, line) == 0) return 0;
-    }
-    return report;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <cups/cups.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
@@ -24,6 +25,16 @@ const char *Because(const char *what)
     return reason;
 }
 
+// A printing system that says nothing for this long has gone.
+constexpr unsigned longestSilence_s = 60;
+
+void GiveUp(int /*signal*/)
+{
+    constexpr char text[] = "Der Druckdienst antwortet nicht.";
+    const ssize_t written = write(statusDescriptor, text, sizeof text - 1);
+    _exit(written > 0 ? 1 : 2);
+}
+
 // Null when the whole file has gone out, else why not.
 const char *SendFile(const char *queue)
 {
@@ -35,6 +46,7 @@ const char *SendFile(const char *queue)
         if (count < 0) return "Die Seiten können nicht gelesen werden.";
         if (count == 0) break;
         offset += count;
+        alarm(longestSilence_s);
         const http_status_t status =
             cupsWriteRequestData(CUPS_HTTP_DEFAULT, bytes, static_cast<size_t>(count));
         if (status != HTTP_STATUS_CONTINUE) return Because("Der Drucker nimmt den Bericht nicht an.");
@@ -76,6 +88,8 @@ const char *Print(const char *title, const char *wanted)
 
 int main(int argumentCount, char **arguments)
 {
+    std::signal(SIGALRM, GiveUp);
+    alarm(longestSilence_s);
     const char *title = argumentCount > 1 && arguments[1][0] != 0 ? arguments[1] : "Bericht";
     const char *problem = Print(title, argumentCount > 2 ? arguments[2] : nullptr);
     const char *result = problem != nullptr ? problem : "ok";
