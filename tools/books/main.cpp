@@ -1,9 +1,13 @@
 // books: makes, checks, moves and shows books.
 #include "tools/books/check.h"
+#include "tools/books/copy.h"
 #include "tools/books/describe.h"
+#include "tools/books/load_report.h"
 #include "tools/books/sample.h"
+#include "tools/books/save.h"
 #include "tools/books/show.h"
 #include "tools/common/german_arguments.h"
+#include "tools/common/json.h"
 #include "tools/common/terminal.h"
 
 #include <cstdio>
@@ -12,13 +16,46 @@
 
 namespace {
 
-int MakeSampleBooks(const books::SampleOptions &options)
+// Runs `work` with a progress bar, which is gone when it is done.
+template <typename Work> auto WithBar(const char *title, Work work)
 {
-    books::SampleSummary summary;
-    const std::string place = std::filesystem::absolute(options.Directory).lexically_normal().string();
-    {
-        tools::ProgressBar bar("Bücher anlegen");
-        summary = books::MakeSample(options, [&bar](double part) { bar.Show(part); });
+    tools::ProgressBar bar(title);
+    return work([&bar](double part) {
+        tools::ThrowIfInterrupted();
+        bar.Show(part);
+    });
+}
+
+std::string FullPath(const std::filesystem::path &path)
+{
+    return std::filesystem::absolute(path).lexically_normal().string();
+}
+
+// The one object that a command which makes or moves books prints for programs.
+void PrintSummaryJson(const std::string &place,
+                      std::initializer_list<std::pair<const char *, int64_t>> counts)
+{
+    rapidjson::OStreamWrapper stream(std::cout);
+    tools::JsonWriter json(stream);
+    json.StartObject();
+    tools::Put(json, "ziel", place);
+    for (const auto &[name, count] : counts) {
+        tools::Put(json, name, count);
+    }
+    json.EndObject();
+    std::cout << '\n';
+}
+
+int MakeSampleBooks(const books::SampleOptions &options, bool isJson)
+{
+    const std::string place = FullPath(options.Directory);
+    const books::SampleSummary summary =
+        WithBar("Bücher anlegen", [&](const auto &progress) { return books::MakeSample(options, progress); });
+    if (isJson) {
+        PrintSummaryJson(place, {{"verzeichnisse", summary.Directories},
+                                 {"buchungen", summary.Postings},
+                                 {"saetze", summary.Records}});
+        return tools::ExitGood;
     }
     std::cout << "Bücher angelegt in " << place << ": 3 Mandanten, " << summary.Directories
               << " Jahresverzeichnisse, " << tools::Grouped(summary.Postings) << " endgültige Buchungen, "
@@ -31,14 +68,59 @@ int Check(const books::CheckOptions &options)
 {
     tools::ProgressBar bar("Prüfen");
     return books::CheckBooks(options, [&bar](double part) {
+        tools::ThrowIfInterrupted();
         bar.Show(part);
         if (part >= 1) bar.Hide();
     });
 }
 
+int Save(const books::SaveOptions &options, bool isJson)
+{
+    const books::SaveSummary summary =
+        WithBar("Sichern", [&](const auto &progress) { return books::SaveBooks(options, progress); });
+    if (options.To == "-") return tools::ExitGood;
+    if (isJson) {
+        PrintSummaryJson(FullPath(options.To), {{"tabellen", summary.Tables}, {"saetze", summary.Records}});
+    } else {
+        std::cout << "Gesichert nach " << FullPath(options.To) << ": " << summary.Tables
+                  << (summary.Tables == 1 ? " Tabelle, " : " Tabellen, ") << tools::Grouped(summary.Records)
+                  << (summary.Records == 1 ? " Satz.\n" : " Sätze.\n");
+    }
+    return tools::ExitGood;
+}
+
+int Load(const books::LoadOptions &options, bool isJson)
+{
+    const books::LoadSummary summary =
+        WithBar("Laden", [&](const auto &progress) { return books::LoadBooks(options, progress); });
+    if (isJson) {
+        books::PrintLoadJson(summary);
+    } else {
+        books::PrintLoad(summary, options);
+    }
+    return summary.Refused == 0 ? tools::ExitGood : tools::ExitRefused;
+}
+
+int Copy(const books::CopyOptions &options, bool isJson)
+{
+    const std::string place = FullPath(options.To);
+    const books::CopySummary summary =
+        WithBar("Kopieren", [&](const auto &progress) { return books::CopyBooks(options, progress); });
+    if (isJson) {
+        PrintSummaryJson(
+            place, {{"verzeichnisse", summary.Directories}, {"bytes", static_cast<int64_t>(summary.Bytes)}});
+    } else {
+        std::cout << "Kopiert nach " << place << ": " << summary.Directories << " Verzeichnisse, "
+                  << tools::Grouped(static_cast<int64_t>(summary.Bytes >> 20)) << " MiB.\n"
+                  << "Mit VARK_CONFIG_DIR=" << place << " arbeitet VARK40 in der Kopie.\n";
+    }
+    return tools::ExitGood;
+}
+
 int Run(int argc, char **argv)
 {
     tools::EndQuietlyOnClosedPipe();
+    tools::CatchInterrupts();
     CLI::App app("Bücher anlegen, prüfen, sichern, laden und ansehen", "books");
     tools::MakeGerman(app);
     app.require_subcommand(1);
@@ -74,8 +156,73 @@ int Run(int argc, char **argv)
         "Soll und Haben, Monatswerte und Buchungen, offene Posten und Salden, Kosten, Vorträge, Verweise.\n\n"
         "Beispiel: books pruefen /tmp/beispiel");
 
+    constexpr const char *anyBooks = "Verzeichnis mit den Ini-Dateien, oder der Datenpfad";
     bool isCsv = false;
     bool isJson = false;
+    sample->add_flag("--json", isJson, "Ausgabe für Programme");
+
+    books::SaveOptions saving;
+    CLI::App *save = tools::AddCommand(app, "sichern", "Tabellen in sequentielle Dateien sichern");
+    save->add_option("BÜCHER", saving.From, anyBooks)->required();
+    save->add_option("ZIEL", saving.To,
+                     "Verzeichnis; bei einer Tabelle die Datei, oder - für die Standardausgabe")
+        ->required();
+    save->add_option("--mandant", saving.Mandant, "nur dieser Mandant; bei einer Tabelle sonst der erste")
+        ->check(CLI::Range(1, 32767));
+    save->add_option("--tabelle", saving.Table, "nur diese Tabelle");
+    save->add_option("--jahr", saving.Year, "Geschäftsjahr der Tabelle, sonst das letzte bebuchbare")
+        ->needs("--tabelle");
+    save->add_option("--schluessel", saving.Key,
+                     "Schlüssel, in dessen Reihenfolge gesichert wird (sonst 0); -1: wie die Sätze liegen")
+        ->needs("--tabelle");
+    save->add_flag("--ersetzen", saving.Replace, "ersetzen, was am Ziel schon liegt");
+    save->add_flag("--json", isJson, "Ausgabe für Programme");
+    save->footer(
+        "Jeder Satz steht als Länge, Komma, seine Bytes, CR LF; nach dem letzten kommt ein Byte 1A.\n"
+        "Gesichert wird der Stand eines Augenblicks, auch wenn andere weiterbuchen.\n\n"
+        "Beispiele:\n  books sichern /tmp/beispiel /tmp/gesichert\n"
+        "  books sichern /tmp/beispiel /tmp/mandant2 --mandant 2\n"
+        "  books sichern /tmp/beispiel konten.seq --tabelle sako --mandant 1 --jahr 1998");
+
+    books::LoadOptions loading;
+    CLI::App *load = tools::AddCommand(app, "laden", "Tabellen aus sequentiellen Dateien laden");
+    load->add_option("QUELLE", loading.From, "Verzeichnis; bei einer Tabelle die Datei")->required();
+    load->add_option(
+            "BÜCHER", loading.To,
+            "Verzeichnis mit den Ini-Dateien, oder der Datenpfad; für alle Tabellen darf es neu sein")
+        ->required();
+    load->add_option("--mandant", loading.Mandant, "nur dieser Mandant, oder in dessen Bücher die Tabelle")
+        ->check(CLI::Range(1, 32767));
+    load->add_option("--tabelle", loading.Table, "nur diese Tabelle");
+    load->add_option("--jahr", loading.Year, "Geschäftsjahr der Tabelle, sonst das letzte bebuchbare")
+        ->needs("--tabelle");
+    load->add_flag("--ersetzen", loading.Replace, "ersetzen, was schon da ist");
+    load->add_flag("--anfuegen", loading.Append, "die Sätze der Tabelle zu denen, die da sind")
+        ->needs("--tabelle")
+        ->excludes("--ersetzen");
+    load->add_flag("--trotzdem", loading.IsLenient,
+                   "auch Sätze laden, in denen Felder keine gute Form haben");
+    load->add_flag("--nur-pruefen", loading.IsTrial, "alles bis auf den letzten Schritt");
+    load->add_option("--hoechstens", loading.MostPerTable, "so viele Gründe je Datei zeigen (sonst 20)")
+        ->check(CLI::NonNegativeNumber);
+    load->add_flag("--json", isJson, "Ausgabe für Programme");
+    load->footer(
+        "Geladen wird alles oder nichts. Was abgelehnt wird, steht mit Datei, Satz, Schlüssel, Feld und\n"
+        "Grund in der Ausgabe. Ein Verzeichnis enthält fista.seq und je Jahr und Mandant ein\n"
+        "Verzeichnis wie 1998 oder 19981 mit sako.seq, bube.seq und so weiter.\n\n"
+        "Beispiele:\n  books laden /tmp/gesichert /tmp/neu\n"
+        "  books laden /tmp/mandant2 /tmp/beispiel --mandant 2 --ersetzen\n"
+        "  books laden konten.seq /tmp/beispiel --tabelle sako --mandant 1 --jahr 1998 --ersetzen");
+
+    books::CopyOptions copying;
+    CLI::App *copy = tools::AddCommand(app, "kopie", "Bücher kopieren, auch während andere darin arbeiten");
+    copy->add_option("BÜCHER", copying.From, anyBooks)->required();
+    copy->add_option("ZIEL", copying.To, "Wohin; wird angelegt")->required();
+    copy->add_flag("--ersetzen", copying.Replace, "Bücher ersetzen, die dort schon liegen");
+    copy->add_flag("--json", isJson, "Ausgabe für Programme");
+    copy->footer("Jedes Jahr wird kopiert, wie es in einem Augenblick ist. Niemand muß dafür aufhören.\n\n"
+                 "Beispiel: books kopie /tmp/beispiel /tmp/kopie");
+
     const auto addForms = [&](CLI::App *command) {
         command->add_flag("--csv", isCsv, "Ausgabe als CSV");
         command->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
@@ -113,7 +260,10 @@ int Run(int argc, char **argv)
 
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;
-    if (*sample) return MakeSampleBooks(options);
+    if (*sample) return MakeSampleBooks(options, isJson);
+    if (*save) return Save(saving, isJson);
+    if (*load) return Load(loading, isJson);
+    if (*copy) return Copy(copying, isJson);
     if (*check) return Check(checking);
     showing.As = isJson ? tools::Output::Json : isCsv ? tools::Output::Csv : tools::Output::Table;
     if (*show) return books::ShowTable(showing);
@@ -132,6 +282,9 @@ int main(int argc, char **argv)
 {
     try {
         return Run(argc, argv);
+    } catch (const tools::Interrupted &error) {
+        std::fprintf(stderr, "books: %s\n", error.what());
+        return tools::ExitInterrupted;
     } catch (const tools::UsageError &error) {
         std::fprintf(stderr, "books: %s\n", error.what());
         return tools::ExitUsage;

@@ -65,15 +65,6 @@ bool StandsRight(const FieldLayout &field)
            field.Type == Form::Rate || field.Type == Form::Share;
 }
 
-// Nothing that a damaged record holds may steer the terminal.
-std::string Printable(std::string text)
-{
-    for (char &character : text) {
-        if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) character = '?';
-    }
-    return text;
-}
-
 // Goes through the records of the range; false from `show` ends it.
 template <typename Show>
 void ForEach(const TableLayout &layout, const TablePlace &place, const ShowOptions &options, Show show)

@@ -10,6 +10,7 @@ enum ExitCode : int {
     ExitRefused = 1, // something asked for was refused or is not in order
     ExitUsage = 2,   // the command line is wrong
     ExitFailure = 3, // books, files or the library cannot be used
+    ExitInterrupted = 130,
 };
 
 // The command line names what does not exist or cannot be understood. what() is German; ends with ExitUsage.

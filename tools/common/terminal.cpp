@@ -47,6 +47,29 @@ void ProgressBar::Show(double part)
     std::fflush(stderr);
 }
 
+namespace {
+
+volatile std::sig_atomic_t isInterrupted = 0;
+
+void NoteInterrupt(int) { isInterrupted = 1; }
+
+} // namespace
+
+void CatchInterrupts()
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        action.sa_handler = NoteInterrupt;
+        sigemptyset(&action.sa_mask);
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+void ThrowIfInterrupted()
+{
+    if (isInterrupted != 0) throw Interrupted();
+}
+
 void EndQuietlyOnClosedPipe() { std::signal(SIGPIPE, SIG_DFL); }
 
 std::string Grouped(int64_t number)

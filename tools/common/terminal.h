@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 
 namespace tools {
@@ -24,6 +25,16 @@ private:
     int64_t lastDrawn_ms = 0;
     bool isDrawn = false;
 };
+
+// From here on an interruption from the keyboard, or a request to end, is noticed by ThrowIfInterrupted, so
+// that what was begun can be cleared away.
+void CatchInterrupts();
+
+struct Interrupted : std::runtime_error {
+    Interrupted() : std::runtime_error("abgebrochen") {}
+};
+
+void ThrowIfInterrupted();
 
 // From here on a closed pipe ends the program at once and silently, as `… | head` expects of a filter.
 void EndQuietlyOnClosedPipe();

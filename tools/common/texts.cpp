@@ -62,6 +62,14 @@ bool IsUtf8(std::string_view text)
     return true;
 }
 
+std::string Printable(std::string text)
+{
+    for (char &character : text) {
+        if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) character = '?';
+    }
+    return text;
+}
+
 std::string_view Trimmed(std::string_view text)
 {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {

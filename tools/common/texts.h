@@ -21,6 +21,9 @@ std::string FromUtf8(std::string_view utf8);
 // True for well-formed UTF-8.
 bool IsUtf8(std::string_view text);
 
+// With "?" for each control character: nothing that a damaged record holds may steer a terminal.
+std::string Printable(std::string text);
+
 // Without blanks at either end.
 std::string_view Trimmed(std::string_view text);
 

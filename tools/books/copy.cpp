@@ -1,0 +1,92 @@
+#include "tools/books/copy.h"
+
+#include "src/platform/platform.h"
+#include "tools/books/installation_files.h"
+#include "tools/books/place.h"
+#include "tools/books/snapshot.h"
+#include "tools/common/installation.h"
+#include "tools/common/table_file.h"
+#include "tools/common/workplace.h"
+
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace books {
+
+namespace fs = std::filesystem;
+using namespace tools;
+
+namespace {
+
+// The installation's ini files with the paths of the copy; everything else in them stays.
+void CopyIniFiles(const fs::path &from, const fs::path &place, const fs::path &target)
+{
+    bool hasBoth = true;
+    for (const char *name : {"tolka.ini", "vark.ini"}) {
+        const bool isThere = fs::is_regular_file(from / name);
+        if (isThere) fs::copy_file(from / name, place / name);
+        hasBoth = hasBoth && isThere;
+    }
+    if (!hasBoth) {
+        WriteIniFiles(place, target);
+        return;
+    }
+    UseConfiguration(place);
+    const std::string data = (target / dataDirectory).string();
+    const std::string reports = (target / reportDirectory).string() + "/";
+    const auto write = [](const char *section, const char *key, const std::string &value, const char *file) {
+        if (!vark::WriteProfileText(section, key, value.c_str(), file)) {
+            throw std::runtime_error(std::string(file) + " läßt sich nicht schreiben.");
+        }
+    };
+    write("TOLKA", "Pfad32", data, "tolka.ini");
+    write("TOLKA", "Pfad", data, "tolka.ini");
+    write("TOLKA", "ReportPfad", reports, "tolka.ini");
+    write("VARK", "Pfad", data, "vark.ini");
+    write("VARK", "ReportPfad", reports, "vark.ini");
+}
+
+} // namespace
+
+CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
+{
+    const fs::path data = DataPathOf(options.From);
+    const fs::path from = fs::absolute(options.From).lexically_normal();
+    const fs::path target = TargetPath(options.To);
+    if (fs::exists(target) && fs::equivalent(target, from)) {
+        throw std::runtime_error("Bücher lassen sich nicht auf sich selbst kopieren.");
+    }
+    CheckTarget(target, options.Replace);
+    std::optional<HeldBooks> held;
+    if (fs::exists(target / dataDirectory)) held.emplace(target / dataDirectory);
+
+    Workplace workplace(target);
+    const fs::path place = workplace.Path / dataDirectory;
+    fs::create_directory(place);
+    std::vector<std::string> names = YearDirectories(data);
+    names.insert(names.begin(), "");
+    CopySummary summary;
+    for (const std::string &name : names) {
+        progress(static_cast<double>(summary.Directories) / static_cast<double>(names.size()));
+        if (!name.empty() && !fs::exists(data / name / "books.mdb")) continue;
+        const fs::path to = name.empty() ? place : place / name;
+        fs::create_directory(to);
+        CopyStore(name.empty() ? data : data / name, to);
+        summary.Bytes += fs::file_size(to / "books.mdb");
+        ++summary.Directories;
+    }
+    if (fs::is_directory(from / reportDirectory)) {
+        fs::copy(from / reportDirectory, workplace.Path / reportDirectory, fs::copy_options::recursive);
+    } else {
+        fs::create_directory(workplace.Path / reportDirectory);
+        CopyTemplates(workplace.Path / reportDirectory);
+    }
+    CopyIniFiles(from, workplace.Path, target);
+    progress(1);
+    workplace.MoveTo(target);
+    StopEngine();
+    return summary;
+}
+
+} // namespace books

@@ -1,0 +1,26 @@
+// A copy of an installation, while others work in it.
+#pragma once
+
+#include "tools/books/sample.h"
+
+#include <filesystem>
+
+namespace books {
+
+struct CopyOptions {
+    std::filesystem::path From; // with the ini files, or the data path itself
+    std::filesystem::path To;
+    bool Replace = false;
+};
+
+struct CopySummary {
+    int Directories = 0;
+    uint64_t Bytes = 0;
+};
+
+// Every directory is copied as it stands at one moment, and every change of books lies in one directory; so
+// the copy is consistent. It comes with ini files of its own and the templates beside the source, and is
+// whole or absent. Throws with a German text.
+CopySummary CopyBooks(const CopyOptions &options, const Progress &progress);
+
+} // namespace books

@@ -1,0 +1,83 @@
+#include "tools/books/snapshot.h"
+
+#include "tools/common/table_file.h"
+#include "tools/common/terminal.h"
+#include "tools/common/workplace.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <lmdb.h>
+#include <memory>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace books {
+
+namespace fs = std::filesystem;
+using namespace tools;
+
+namespace {
+
+constexpr const char *booksName = "books.mdb";
+
+// What the child ends with beside 0: whether reading or writing was the trouble.
+enum ChildEnd : int { ChildRead = 1, ChildFull = 2, ChildWrite = 3 };
+
+// Holds the directory's books open for reading while they are copied behind the record manager's back, so
+// that nobody takes them for unused. It refuses what is damaged at its head, too.
+std::unique_ptr<TableFile> OpenAny(const fs::path &directory)
+{
+    for (const TableLayout &layout : Tables()) {
+        try {
+            return std::make_unique<TableFile>(layout, directory, OpenMode::ReadOnly);
+        } catch (const EngineError &error) {
+            if (error.Status != BtrStatusFileNotFound) throw;
+        }
+    }
+    throw std::runtime_error("In " + directory.string() + " liegen keine Bücher.");
+}
+
+int CopyInChild(const fs::path &from, int to)
+{
+    MDB_env *env = nullptr;
+    if (mdb_env_create(&env) != 0) return ChildRead;
+    if (mdb_env_open(env, (from / booksName).c_str(), MDB_NOSUBDIR | MDB_RDONLY | MDB_NOTLS, 0) != 0) {
+        return ChildRead;
+    }
+    const int error = mdb_env_copyfd2(env, to, MDB_CP_COMPACT);
+    if (error == ENOSPC || error == EDQUOT || error == EFBIG) return ChildFull;
+    if (error != 0) return error == EIO ? ChildWrite : ChildRead;
+    return fsync(to) == 0 || errno == EINVAL ? 0 : ChildWrite;
+}
+
+} // namespace
+
+void CopyStore(const fs::path &from, const fs::path &to)
+{
+    const std::unique_ptr<TableFile> held = OpenAny(from);
+    const fs::path target = to / booksName;
+    const int file = open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0) ThrowFileError(target, "Schreiben", errno);
+    // The store refuses to be opened twice in a process.
+    const pid_t child = fork();
+    if (child == 0) {
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            std::signal(signal, SIG_DFL);
+        }
+        _exit(CopyInChild(from, file));
+    }
+    close(file);
+    if (child < 0) throw std::runtime_error("Es läßt sich kein weiterer Prozeß starten.");
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    ThrowIfInterrupted();
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == ChildFull) ThrowFileError(target, "Schreiben", ENOSPC);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == ChildWrite) ThrowFileError(target, "Schreiben", EIO);
+    throw std::runtime_error((from / booksName).string() + ": Lesen nicht möglich, die Datei ist beschädigt");
+}
+
+} // namespace books

@@ -1,0 +1,14 @@
+// Books as they are at one moment, taken while others work in them.
+#pragma once
+
+#include <filesystem>
+
+namespace books {
+
+// Copies the books of one directory, all its tables as they stand together at one moment, into another, which
+// must exist and hold none. Nobody has to wait, and nobody's changes are lost; what is done meanwhile is not
+// in the copy. Free space is left out. A damaged file ends a process of its own, not this one. Throws when
+// there are no books or they cannot be read or written.
+void CopyStore(const std::filesystem::path &from, const std::filesystem::path &to);
+
+} // namespace books
