@@ -9,6 +9,7 @@
 #include "tools/common/german_arguments.h"
 #include "tools/common/json.h"
 #include "tools/common/terminal.h"
+#include "tools/common/workplace.h"
 
 #include <cstdio>
 #include <exception>
@@ -285,6 +286,9 @@ int main(int argc, char **argv)
     } catch (const tools::Interrupted &error) {
         std::fprintf(stderr, "books: %s\n", error.what());
         return tools::ExitInterrupted;
+    } catch (const std::filesystem::filesystem_error &error) {
+        std::fprintf(stderr, "books: %s: %s\n", error.path1().c_str(),
+                     tools::ErrorText(error.code().value()).c_str());
     } catch (const tools::UsageError &error) {
         std::fprintf(stderr, "books: %s\n", error.what());
         return tools::ExitUsage;
