@@ -16,9 +16,6 @@ using text::CopyText;
 
 namespace {
 
-constexpr int32_t unitTable[] = {1, 10, 100, 1000, 10000, 100000};
-constexpr int32_t firstIndexedCode = 2; // codes from here to the end of the table are indexes
-
 // Key 0: the currency in five bytes filled with NUL, then the date.
 struct RateKey {
     char Waehrung[sizeof KurseRecord::Waehrung];
@@ -56,12 +53,6 @@ bool FindInOpenTable(ThreadContext &context, KurseRecord &record, RateKey &wante
 }
 
 } // namespace
-
-int32_t UnitsOfCode(int32_t code)
-{
-    return code >= firstIndexedCode && code < static_cast<int32_t>(std::size(unitTable)) ? unitTable[code]
-                                                                                         : code;
-}
 
 int32_t CodeOfUnits(int32_t units)
 {

@@ -13,7 +13,14 @@ namespace vark {
 // How many foreign units a Kurs stands for is stored as a code: 1 and 10 as they are, and from 100 on the
 // power of ten (100 is 2, 100000 is 5). Both ways leave every other number as it is, so that the plain
 // numbers 2 to 5 do not survive the way there and back.
-int32_t UnitsOfCode(int32_t code);
+inline constexpr int32_t unitTable[] = {1, 10, 100, 1000, 10000, 100000};
+inline constexpr int32_t firstIndexedCode = 2; // codes from here to the end of the table are indexes
+
+constexpr int32_t UnitsOfCode(int32_t code)
+{
+    constexpr int32_t end = sizeof unitTable / sizeof unitTable[0];
+    return code >= firstIndexedCode && code < end ? unitTable[code] : code;
+}
 int32_t CodeOfUnits(int32_t units);
 
 // The rate of a currency at a date: that of the very day or, failing that, the average rate of its month. A

@@ -3,6 +3,7 @@
 #include "text/windows1252.h"
 #include "tools/common/texts.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace tools {
@@ -41,7 +42,7 @@ void RowWriter::Begin()
     if (as == Output::Csv) {
         for (const RowColumn &one : columns) {
             if (&one != &columns.front()) buffer += ';';
-            buffer += one.Heading;
+            buffer += one.Heading[0] != 0 ? one.Heading : one.Name;
         }
         buffer += '\n';
         return;
@@ -71,15 +72,55 @@ void RowWriter::Put(const char *windows1252)
     PutUtf8(utf8);
 }
 
-void RowWriter::PutNumber(int64_t number) { PutUtf8(std::to_string(number)); }
+void RowWriter::PutNumber(int64_t number)
+{
+    if (as == Output::Json) {
+        PutRaw(std::to_string(number));
+    } else {
+        PutUtf8(std::to_string(number));
+    }
+}
+
+void RowWriter::PutFlag(bool isSet, const char *shown)
+{
+    if (as == Output::Json) {
+        PutRaw(isSet ? "true" : "false");
+    } else {
+        PutUtf8(isSet ? shown : "");
+    }
+}
+
+void RowWriter::PutAmount(const char *amount)
+{
+    if (as != Output::Json) {
+        Put(amount);
+        return;
+    }
+    std::string plain = amount;
+    std::replace(plain.begin(), plain.end(), ',', '.');
+    PutUtf8(plain);
+}
+
+// The name of the next value in a JSON object.
+void RowWriter::BeginValue()
+{
+    buffer += column > 0 ? ", " : Rows > 0 ? ",\n {" : "\n {";
+    AppendJson(buffer, columns[column].Name);
+    buffer += ": ";
+}
+
+void RowWriter::PutRaw(std::string_view json)
+{
+    BeginValue();
+    buffer += json;
+    ++column;
+}
 
 void RowWriter::PutUtf8(std::string_view utf8)
 {
     const RowColumn &one = columns[column];
     if (as == Output::Json) {
-        buffer += column > 0 ? ", " : Rows > 0 ? ",\n {" : "\n {";
-        AppendJson(buffer, one.Name);
-        buffer += ": ";
+        BeginValue();
         AppendJson(buffer, utf8);
     } else if (as == Output::Csv) {
         if (column > 0) buffer += ';';

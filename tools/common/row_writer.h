@@ -14,7 +14,7 @@ namespace tools {
 enum class Output : uint8_t { Table, Csv, Json };
 
 struct RowColumn {
-    const char *Heading; // of tables and CSV
+    const char *Heading; // of tables and CSV; where it is empty, CSV takes the name
     const char *Name;    // of JSON
     size_t Width;        // of tables; the last column is not filled up
     Align Side = Align::Left;
@@ -28,6 +28,10 @@ struct RowWriter {
     void Put(const char *windows1252);
     void PutUtf8(std::string_view utf8);
     void PutNumber(int64_t number);
+    void PutFlag(bool isSet,
+                 const char *shown); // in tables and CSV `shown` or nothing, in JSON true or false
+    // An amount or rate as the library gives it; JSON gets a point for its comma.
+    void PutAmount(const char *amount);
     void EndRow();
     void End();
 
@@ -35,6 +39,8 @@ struct RowWriter {
 
 private:
     void Begin();
+    void BeginValue();
+    void PutRaw(std::string_view json);
     void Flush();
 
     std::vector<RowColumn> columns;

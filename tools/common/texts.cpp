@@ -81,6 +81,15 @@ std::string_view Trimmed(std::string_view text)
     return text;
 }
 
+std::string Lower(std::string_view text)
+{
+    std::string lower(text);
+    for (char &character : lower) {
+        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
+    }
+    return lower;
+}
+
 size_t Columns(std::string_view utf8)
 {
     const char *from = utf8.data();

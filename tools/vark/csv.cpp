@@ -76,4 +76,11 @@ bool ReadCsvLine(std::istream &in, CsvLine &line)
     return false;
 }
 
+CsvLine SplitCsvText(const std::string &text)
+{
+    CsvLine line{0, text, {}, {}};
+    Split(line);
+    return line;
+}
+
 } // namespace cli

@@ -19,4 +19,7 @@ struct CsvLine {
 // by line; a byte order mark is skipped. False at the end.
 bool ReadCsvLine(std::istream &in, CsvLine &line);
 
+// The fields of a single text.
+CsvLine SplitCsvText(const std::string &text);
+
 } // namespace cli

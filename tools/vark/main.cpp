@@ -2,10 +2,14 @@
 #include "tools/common/german_arguments.h"
 #include "tools/common/installation.h"
 #include "tools/common/terminal.h"
+#include "tools/vark/accounts.h"
 #include "tools/vark/batch.h"
 #include "tools/vark/booking.h"
+#include "tools/vark/mandanten.h"
+#include "tools/vark/partners.h"
 #include "tools/vark/pick.h"
 #include "tools/vark/queries.h"
+#include "tools/vark/rates.h"
 #include "tools/vark/reasons.h"
 #include "tools/vark/report.h"
 #include "tools/vark/status.h"
@@ -19,6 +23,39 @@ namespace {
 
 constexpr const char *exitCodes =
     "Rückgabe: 0 gut, 1 etwas wurde abgelehnt, 2 falscher Aufruf, 3 Bücher oder Bibliothek nicht benutzbar";
+
+constexpr const char *splitExamples =
+    "Beispiele:\n"
+    "  vark split --mandant 1 --stapel 16 --datum 15.03.1998 --beleg RE4712 --haben 1840 \\\n"
+    "      --teil \"8010;;1.000,00;Miete Kontor\" --teil \"8020;;120,50;Heizung\"\n"
+    "  vark split --mandant 1 --stapel 16 --datei split.csv\n"
+    "\n"
+    "Ein Teil nennt SOLL;HABEN;BETRAG;TEXT;SATZ;STEUER;SCHABLONE. Was er leer läßt, kommt aus den übrigen\n"
+    "Angaben. Alle Teile haben dasselbe Sollkonto oder dasselbe Habenkonto.\n"
+    "Die Datei hat die Spalten von vark buchen und nach Wunsch Kennzeichen. Zeilen, die mit demselben Datum\n"
+    "und Beleg aufeinander folgen, sind eine Splitbuchung; sie wird ganz gebucht oder gar nicht.";
+
+constexpr const char *partnerExamples =
+    "Beispiele:\n"
+    "  vark peko neu --mandant 1 --art Debitor --kuerzel ADLER --name \"Adler & Co\" --plz 20095 --ort "
+    "Hamburg\n"
+    "  vark peko aendern --mandant 1 --art Debitor --konto 10010 --ort Bremen --zahlungsziel -\n"
+    "  vark peko loeschen --mandant 1 --art Kreditor --kuerzel SPEDNORD\n"
+    "  vark konten --mandant 1 --art Debitor --csv | vark peko aendern --mandant 1 --art Debitor --datei -\n"
+    "\n"
+    "Ohne --konto bekommt ein neues Konto die nächste freie Nummer. Beim Ändern bleibt, was nicht genannt\n"
+    "wird; ein Strich (-) leert ein Feld. Die Datei hat die Spalten, die vark konten --csv ausgibt, oder\n"
+    "einige davon.";
+
+constexpr const char *rateExamples =
+    "Beispiele:\n"
+    "  vark kurse --mandant 1 --waehrung USD\n"
+    "  vark kurse --mandant 1 --neu --waehrung USD --datum 15.03.1998 --kurs 1,82\n"
+    "  vark kurse --mandant 1 --loeschen --waehrung USD --datum 15.03.1998\n"
+    "  vark kurse --mandant 1 --dialog\n"
+    "\n"
+    "Erfaßt und gelöscht wird im Dialog der Fremdwährungsverwaltung, den vark dazu unsichtbar bedient: Es\n"
+    "gelten dieselben Prüfungen.";
 
 constexpr const char *bookingExamples =
     "Beispiele:\n"
@@ -52,31 +89,93 @@ int Run(int argc, char **argv)
     bool isCsv = false;
     CLI::App *status = tools::AddCommand(app, "status", "Zustand der Bibliothek und Liste der Mandanten");
     status->add_flag("--json", isJson, "Ausgabe für Programme");
-    status->footer("Beispiel: vark --config /tmp/beispiel status");
+    status->footer(std::string("Beispiel: vark --config /tmp/beispiel status\n\n") + exitCodes);
+
+    const auto addForms = [&](CLI::App *command) {
+        command->add_flag("--csv", isCsv, "Ausgabe als CSV");
+        command->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
+    };
+    // What comes as one piece of work or as a file of them.
+    const auto addTask = [&](CLI::App *command, cli::TaskOptions &task) {
+        command->add_option("--datei", task.File, "aus dieser CSV-Datei, - für die Standardeingabe");
+        command->add_option("--abgelehnt", task.Rejections, "abgelehnte Zeilen mit Grund in diese CSV-Datei");
+        command->add_flag("--leise", task.IsQuiet, "keine Zusammenfassung");
+        addForms(command);
+    };
+    CLI::App *mandanten = tools::AddCommand(app, "mandanten", "Liste der Mandanten");
+    addForms(mandanten);
+    mandanten->footer(std::string("Beispiel: vark mandanten --csv\n\n") + exitCodes);
 
     cli::BookingOptions booking;
     CLI::App *book =
         tools::AddCommand(app, "buchen", "Eine Buchung oder viele aus einer Datei in einen Stapel schreiben");
-    book->add_option("--mandant", booking.Defaults.Mandant, "Nummer des Mandanten");
-    book->add_option("--stapel", booking.Defaults.Stapel, "Nummer des Stapels");
-    book->add_option("--datum", booking.Defaults.Datum, "Belegdatum, TT.MM.JJJJ");
-    book->add_option("--beleg", booking.Defaults.Beleg, "Belegnummer, bis 8 Zeichen");
-    book->add_option("--text", booking.Defaults.Text, "Buchungstext, bis 35 Zeichen");
-    book->add_option("--soll", booking.Defaults.Sollkonto, "Sollkonto");
-    book->add_option("--soll-art", booking.Defaults.Sollart,
-                     "Sachkonto, Kreditor oder Debitor; sonst nach der Nummer");
-    book->add_option("--haben", booking.Defaults.Habenkonto, "Habenkonto");
-    book->add_option("--haben-art", booking.Defaults.Habenart, "wie --soll-art");
-    book->add_option("--betrag", booking.Defaults.Betrag, "Bruttobetrag");
-    book->add_option("--satz", booking.Defaults.Steuersatz, "Steuersatz; sonst der des Kontos");
-    book->add_option("--steuer", booking.Defaults.Steuerbetrag, "Steuerbetrag; sonst aus dem Satz errechnet");
-    book->add_option("--schablone", booking.Defaults.Kostenschablone, "Nummer der Kostenschablone");
-    book->add_option("--zahlungsziel", booking.Defaults.Zahlungsziel, "Nummer; sonst das des Personenkontos");
-    book->add_option("--datei", booking.File, "Buchungen aus dieser CSV-Datei, - für die Standardeingabe");
-    book->add_option("--abgelehnt", booking.Rejections, "abgelehnte Zeilen mit Grund in diese CSV-Datei");
-    book->add_flag("--leise", booking.IsQuiet, "keine Zusammenfassung");
-    book->add_flag("--json", booking.IsJson, "Ausgabe für Programme");
+    const auto addBooking = [&](CLI::App *command, cli::BookingText &text, cli::TaskOptions &task) {
+        command->add_option("--mandant", text.Mandant, "Nummer des Mandanten");
+        command->add_option("--stapel", text.Stapel, "Nummer des Stapels");
+        command->add_option("--datum", text.Datum, "Belegdatum, TT.MM.JJJJ");
+        command->add_option("--beleg", text.Beleg, "Belegnummer, bis 8 Zeichen");
+        command->add_option("--text", text.Text, "Buchungstext, bis 35 Zeichen");
+        command->add_option("--soll", text.Sollkonto, "Sollkonto");
+        command->add_option("--soll-art", text.Sollart,
+                            "Sachkonto, Kreditor oder Debitor; sonst nach der Nummer");
+        command->add_option("--haben", text.Habenkonto, "Habenkonto");
+        command->add_option("--haben-art", text.Habenart, "wie --soll-art");
+        command->add_option("--betrag", text.Betrag, "Bruttobetrag");
+        command->add_option("--satz", text.Steuersatz, "Steuersatz; sonst der des Kontos");
+        command->add_option("--steuer", text.Steuerbetrag, "Steuerbetrag; sonst aus dem Satz errechnet");
+        command->add_option("--schablone", text.Kostenschablone, "Nummer der Kostenschablone");
+        command->add_option("--zahlungsziel", text.Zahlungsziel, "Nummer; sonst das des Personenkontos");
+        addTask(command, task);
+    };
+    addBooking(book, booking.Defaults, booking.Task);
     book->footer(std::string(bookingExamples) + "\n\n" + exitCodes);
+
+    cli::SplitOptions split;
+    CLI::App *bookSplit = tools::AddCommand(app, "split", "Splitbuchungen in einen Stapel schreiben");
+    addBooking(bookSplit, split.Defaults, split.Task);
+    bookSplit->add_option("--kennzeichen", split.Defaults.Kennzeichen, "0 bis 255");
+    bookSplit->add_option("--teil", split.Parts, "eine Teilbuchung; für jede einmal")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    bookSplit->footer(std::string(splitExamples) + "\n\n" + exitCodes);
+
+    cli::PartnerOptions partner;
+    CLI::App *partners = tools::AddCommand(app, "peko", "Debitoren und Kreditoren anlegen, ändern, löschen");
+    partners->require_subcommand(1);
+    partners->footer(std::string(partnerExamples) + "\n\n" + exitCodes);
+    const auto addPartner = [&](const char *name, const char *description, cli::PartnerAction action) {
+        CLI::App *command = tools::AddCommand(*partners, name, description);
+        command->callback([&partner, action] { partner.Action = action; });
+        command->add_option("--mandant", partner.Mandant, "Nummer des Mandanten")->required();
+        command->add_option("--art", partner.Kind, "Debitor oder Kreditor")->required();
+        cli::PartnerText &text = partner.Defaults;
+        command->add_option("--konto", text.Konto, "Kontonummer");
+        command->add_option("--kuerzel", text.Kuerzel, "Kürzel, bis 8 Zeichen");
+        if (action != cli::PartnerAction::Delete) {
+            command->add_option("--name", text.Name, "Name, bis 25 Zeichen");
+            command->add_option("--name2", text.Name2, "zweiter Name");
+            command->add_option("--strasse", text.Strasse, "Straße");
+            command->add_option("--plz", text.Plz, "Postleitzahl");
+            command->add_option("--ort", text.Ort, "Ort");
+            command->add_option("--land", text.Land, "Länderkennzeichen; sonst das des Mandanten");
+            command->add_option("--ustid", text.UstId, "USt-IdNr");
+            command->add_option("--waehrung", text.Waehrung, "Währung, nur bei Kreditoren");
+            command->add_option("--blz", text.Blz, "Bankleitzahl, nur mit --bankkonto");
+            command->add_option("--bankkonto", text.Bankkonto, "Bankkontonummer, nur mit --blz");
+            command->add_option("--bank", text.Bank, "Name der Bank");
+            command->add_option("--gegenkonto", text.Gegenkonto, "ein Sachkonto");
+            command->add_option("--wert1", text.Wert1, "erster Zahlungswert");
+            command->add_option("--wert2", text.Wert2, "zweiter Zahlungswert");
+            command->add_option("--skonto", text.Skonto, "Skonto in Prozent");
+            command->add_option("--mahnkennziffer", text.Mahnkennziffer, "-1 bis 3, nur bei Debitoren");
+            command->add_option("--zahlungsziel", text.Zahlungsziel, "Nummer des Zahlungsziels");
+        }
+        addTask(command, partner.Task);
+        command->footer(std::string(partnerExamples) + "\n\n" + exitCodes);
+    };
+    addPartner("neu", "Anlegen", cli::PartnerAction::New);
+    addPartner("aendern", "Ändern, was genannt wird", cli::PartnerAction::Change);
+    addPartner("loeschen", "Löschen", cli::PartnerAction::Delete);
 
     cli::BatchOptions batch;
     CLI::App *showBatch =
@@ -84,9 +183,10 @@ int Run(int argc, char **argv)
     showBatch->add_option("--mandant", batch.Mandant, "Nummer des Mandanten")->required();
     showBatch->add_option("STAPEL", batch.Number, "Nummer des Stapels; ohne sie die Liste");
     showBatch->add_flag("--kosten", batch.WithCosts, "mit den Kostenzeilen");
-    showBatch->add_flag("--csv", isCsv, "Ausgabe als CSV");
-    showBatch->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
-    showBatch->footer("Beispiele:\n  vark stapel --mandant 1\n  vark stapel --mandant 1 16 --kosten");
+    addForms(showBatch);
+    showBatch->footer(
+        std::string("Beispiele:\n  vark stapel --mandant 1\n  vark stapel --mandant 1 16 --kosten\n\n") +
+        exitCodes);
 
     cli::PickOptions pick;
     CLI::App *pickDialog =
@@ -102,40 +202,62 @@ int Run(int argc, char **argv)
     pickDialog->add_option("--bis", pick.To, "bei konto: größte Nummer");
     pickDialog->add_flag("--verwalten", pick.Manages,
                          "bei stapel: alle, auch zum Anlegen, Ändern und Löschen");
-    pickDialog->footer("Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4");
+    pickDialog->footer(
+        std::string("Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4\n\n") +
+        exitCodes);
     cli::QueryOptions query;
-    const auto addQuery = [&](const char *name, const char *description, const char *example) {
+    cli::AccountOptions listed;
+    cli::RateOptions rate;
+    const auto addQuery = [&](const char *name, const char *description, int &mandant, const char *examples) {
         CLI::App *command = tools::AddCommand(app, name, description);
-        command->add_option("--mandant", query.Mandant, "Nummer des Mandanten")->required();
-        command->footer(std::string("Beispiel: vark ") + example);
+        command->add_option("--mandant", mandant, "Nummer des Mandanten")->required();
+        command->footer(std::string(examples) + "\n\n" + exitCodes);
+        addForms(command);
         return command;
     };
-    const auto addForms = [&](CLI::App *command) {
-        command->add_flag("--csv", isCsv, "Ausgabe als CSV");
-        command->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
-    };
-    CLI::App *accounts =
-        addQuery("konten", "Konten einer Art auflisten", "konten --mandant 1 --art Debitor --von 10100");
-    accounts->add_option("--art", query.Kind, "Sachkonto, Kreditor oder Debitor")->required();
-    accounts->add_option("--von", query.From, "ab dieser Nummer");
-    accounts->add_option("--bis", query.To, "bis zu dieser Nummer");
-    addForms(accounts);
-    CLI::App *freeNumber =
-        addQuery("konto-frei", "Die nächste freie Nummer", "konto-frei --mandant 1 --art Kreditor");
+    CLI::App *accounts = addQuery("konten", "Konten auflisten", listed.Mandant,
+                                  "Beispiele:\n"
+                                  "  vark konten --mandant 1 --art Debitor --von 10100 --bis 10200\n"
+                                  "  vark konten --mandant 1 --nach Kürzel --von B --bis D --csv\n"
+                                  "  vark konten --mandant 1 BERGENKO");
+    accounts->add_option("KONTO", listed.Single, "nur dieses, nach Nummer oder Kürzel");
+    accounts->add_option("--art", listed.Kind,
+                         "Sachkonto, Debitor, Kreditor oder Kostenstelle; sonst die ersten drei");
+    accounts->add_option("--von", listed.From, "ab dieser Nummer");
+    accounts->add_option("--bis", listed.To, "bis zu dieser Nummer");
+    accounts->add_option("--nach", listed.Order,
+                         "Nummer (sonst) oder Kürzel: Reihenfolge, und was --von meint");
+    CLI::App *freeNumber = addQuery("konto-frei", "Die nächste freie Nummer", query.Mandant,
+                                    "Beispiel: vark konto-frei --mandant 1 --art Kreditor");
     freeNumber->add_option("--art", query.Kind, "Kreditor oder Debitor")->required();
-    CLI::App *balance = addQuery("saldo", "Saldo eines Kontos", "saldo --mandant 1 1840");
-    balance->add_option("KONTO", query.Konto, "Kontonummer")->required();
+    CLI::App *balance = addQuery("saldo", "Salden von Konten", query.Mandant,
+                                 "Beispiele:\n"
+                                 "  vark saldo --mandant 1 1840\n"
+                                 "  vark saldo --mandant 1 1840 10010 BERGENKO --csv");
+    balance->add_option("KONTO", query.Konten, "Kontonummern oder Kürzel")->required();
     balance->add_option("--art", query.Kind,
                         "Sachkonto, Kreditor, Debitor, Kostenstelle; sonst nach der Nummer");
-    addForms(balance);
-    CLI::App *journal = addQuery("journal", "Endgültige Buchungen eines Geschäftsjahrs",
-                                 "journal --mandant 1 --ab 1.1.97 --csv | head");
+    CLI::App *journal = addQuery("journal", "Endgültige Buchungen eines Geschäftsjahrs", query.Mandant,
+                                 "Beispiel: vark journal --mandant 1 --ab 1.1.97 --csv | head");
     journal->add_option("--ab", query.From, "ab diesem Tag; er bestimmt auch das Geschäftsjahr")->required();
-    addForms(journal);
-    CLI::App *items = addQuery("op", "Offene Posten", "op --mandant 1 --art Debitor --konto 10010");
-    items->add_option("--art", query.Kind, "Debitor oder Kreditor")->required();
-    items->add_option("--konto", query.Konto, "nur die dieses Kontos");
-    addForms(items);
+    CLI::App *items = addQuery("op", "Offene Posten", query.Mandant,
+                               "Beispiele:\n"
+                               "  vark op --mandant 1\n"
+                               "  vark op --mandant 1 --art Debitor --konto 10010");
+    items->add_option("--art", query.Kind, "Debitor oder Kreditor; sonst beide");
+    items->add_option("--konto", query.Konten, "nur die dieses Kontos, nach Nummer oder Kürzel")->expected(1);
+    CLI::App *rates = addQuery("kurse", "Wechselkurse auflisten und pflegen", rate.Mandant, rateExamples);
+    CLI::Option *newRate = rates->add_flag("--neu", rate.IsNew, "einen Kurs erfassen");
+    CLI::Option *oldRate =
+        rates->add_flag("--loeschen", rate.Deletes, "einen Kurs löschen")->excludes(newRate);
+    CLI::Option *rateDialog = rates->add_flag("--dialog", rate.Asks, "im Dialog am Bildschirm pflegen");
+    rateDialog->excludes(newRate)->excludes(oldRate);
+    rates->add_option("--waehrung", rate.Waehrung, "Währung; in der Liste nur diese");
+    rates->add_option("--datum", rate.Datum, "Tag des Kurses, TT.MM.JJJJ");
+    rates->add_option("--kurs", rate.Kurs, "Kurs")->needs(newRate);
+    rates->add_option("--einheiten", rate.Einheiten, "für so viele Einheiten: 1 (sonst), 10, 100 … 100000")
+        ->needs(newRate);
+    rates->add_flag("--durchschnitt", rate.IsAverage, "Durchschnittskurs des Monats")->needs(newRate);
 
     cli::ReportOptions report;
     CLI::App *reports =
@@ -166,19 +288,24 @@ int Run(int argc, char **argv)
 
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;
-    if (!*pickDialog && !report.NeedsScreen()) cli::UseNoWindows();
+    if (!*pickDialog && !rate.Asks && !report.NeedsScreen()) cli::UseNoWindows();
     if (!configuration.empty()) tools::UseConfiguration(configuration);
-    batch.As = isJson ? tools::Output::Json : isCsv ? tools::Output::Csv : tools::Output::Table;
+    const tools::Output as = isJson ? tools::Output::Json : isCsv ? tools::Output::Csv : tools::Output::Table;
+    batch.As = query.As = listed.As = rate.As = as;
+    booking.Task.As = split.Task.As = partner.Task.As = as;
     if (*status) return cli::ShowStatus(isJson);
+    if (*mandanten) return cli::ShowMandanten(as);
     if (*book) return cli::Book(booking);
+    if (*bookSplit) return cli::BookSplit(split);
+    if (*partners) return cli::KeepPartners(partner);
     if (*showBatch) return cli::ShowBatch(batch);
     if (*pickDialog) return cli::Pick(pick);
-    query.As = batch.As;
-    if (*accounts) return cli::ListAccounts(query);
+    if (*accounts) return cli::ListAccounts(listed);
     if (*freeNumber) return cli::ShowFreeNumber(query);
-    if (*balance) return cli::ShowBalance(query);
+    if (*balance) return cli::ShowBalances(query);
     if (*journal) return cli::ShowJournal(query);
     if (*items) return cli::ShowOpenItems(query);
+    if (*rates) return cli::KeepRates(rate);
     if (*balances) return cli::MakeSummenSaldenListe(report);
     return tools::ExitUsage;
 }
@@ -188,7 +315,12 @@ int Run(int argc, char **argv)
 int main(int argc, char **argv)
 {
     try {
-        return Run(argc, argv);
+        const int exitCode = Run(argc, argv);
+        if (std::cout.flush() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return exitCode;
+        std::fputs("vark: Die Ausgabe läßt sich nicht schreiben.\n", stderr);
+    } catch (const tools::UsageError &error) {
+        std::fprintf(stderr, "vark: %s\nMehr dazu: vark --hilfe\n", error.what());
+        return tools::ExitUsage;
     } catch (const std::exception &error) {
         std::fprintf(stderr, "vark: %s\n", error.what());
     } catch (...) {

@@ -1,7 +1,11 @@
 #include "tools/vark/reasons.h"
 
+#include "include/vark40.h"
+#include "tools/common/exit_codes.h"
+
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -70,6 +74,25 @@ std::string ReasonCatcher::Take()
         }
     }
     return reasons;
+}
+
+int Refuse(ReasonCatcher &catcher, int code)
+{
+    std::string reason = catcher.Take();
+    if (reason.empty()) reason = TextOfCode(code);
+    if (code == -3 || code == -36 || code == -42) throw std::runtime_error(reason);
+    std::fflush(stdout);
+    catcher.Pass("vark: " + reason + "\n");
+    return tools::ExitRefused;
+}
+
+void NeedLibrary()
+{
+    ReasonCatcher catcher;
+    const int state = VARK_Status();
+    if (state == 1) return;
+    catcher.Take();
+    throw std::runtime_error(TextOfCode(state));
 }
 
 std::string TextOfCode(int code)

@@ -28,6 +28,13 @@ private:
     long read = 0;   // how much of the caught text has been taken
 };
 
+// Tells why a call of the library gave `code`: its own words, or what the code says. Returns ExitRefused;
+// when the books cannot be used at all it throws.
+int Refuse(ReasonCatcher &catcher, int code);
+
+// Throws, with the reason, when the library is not ready.
+void NeedLibrary();
+
 // What a result code says where no message came with it: also the states of the library.
 std::string TextOfCode(int code);
 

@@ -1,12 +1,10 @@
 #include "tools/vark/status.h"
 
 #include "include/vark40.h"
-#include "tools/common/calendar.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
 #include "tools/common/json.h"
-#include "tools/common/text_table.h"
-#include "tools/common/texts.h"
+#include "tools/vark/mandanten.h"
 #include "tools/vark/reasons.h"
 
 #include <iostream>
@@ -14,29 +12,6 @@
 namespace cli {
 
 using namespace tools;
-
-namespace {
-
-constexpr const char *monthNames[] = {"Januar", "Februar", "März",      "April",   "Mai",      "Juni",
-                                      "Juli",   "August",  "September", "Oktober", "November", "Dezember"};
-
-std::string YearsOf(const Mandant &mandant)
-{
-    return mandant.LowerYear.empty() ? mandant.UpperYear : mandant.LowerYear + "–" + mandant.UpperYear;
-}
-
-std::string CostsOf(const Mandant &mandant)
-{
-    if (mandant.Record.Kostenrechnung == 0) return "nein";
-    return mandant.Record.KostenPflicht == 0 ? "ja" : "ja, Pflicht";
-}
-
-std::string MonthOf(const Mandant &mandant)
-{
-    return mandant.FirstMonth >= 1 && mandant.FirstMonth <= 12 ? monthNames[mandant.FirstMonth - 1] : "?";
-}
-
-} // namespace
 
 int ShowStatus(bool isJson)
 {
@@ -86,13 +61,7 @@ int ShowStatus(bool isJson)
         return exitCode;
     }
     std::cout << "VARK40 ist bereit.\n\n";
-    TextTable table{
-        {{"Nr", Align::Right}, {"Mandant"}, {"bebuchbar"}, {"Geschäftsjahr ab"}, {"Kostenrechnung"}}, {}};
-    for (const Mandant &mandant : mandanten) {
-        table.Add({std::to_string(mandant.Number), mandant.Name, YearsOf(mandant), MonthOf(mandant),
-                   CostsOf(mandant)});
-    }
-    table.Print(std::cout);
+    MandantenTable(mandanten).Print(std::cout);
     return exitCode;
 }
 

@@ -1,0 +1,26 @@
+// Kinds of account, as the exports count them and as a person writes them.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace cli {
+
+enum Kontoart : int { ArtSachkonto = 1, ArtKreditor = 2, ArtDebitor = 4, ArtKostenstelle = 8 };
+
+// "Debitor", "Debitoren", "d" or "4", without regard to case; nothing for what is no kind.
+std::optional<int> ReadKontoart(const std::string &text);
+
+// The same; what is no kind is a UsageError.
+int KontoartOf(const std::string &text);
+
+// "S", "K", "D", "KSt"; empty for any other number.
+const char *KindLetter(int art);
+// "Sachkonto" …
+const char *KindName(int art);
+
+// The kind of an account by its number (Windows-1252). Sachkonto for one that is unknown: the library then
+// says what is wrong with it.
+int FindKind(int mandant, const std::string &konto);
+
+} // namespace cli
