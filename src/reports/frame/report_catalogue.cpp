@@ -53,7 +53,7 @@ uint16_t LowWord(int32_t handle) { return static_cast<uint16_t>(handle); }
 
 HWND WindowOf(VarkWindow window) { return static_cast<HWND>(window); }
 
-void ShowFailure(ReportRow row) { ShowMessage(1446, 0, ReportCatalogue[row].DisplayName, -1); }
+uint32_t ShowFailure(ReportRow row) { return ShowMessage(1446, 0, ReportCatalogue[row].DisplayName, -1); }
 
 } // namespace
 
@@ -102,7 +102,7 @@ bool ShowOrPrintReport(ThreadContext &context, ReportRow row, uint16_t report, A
                               context.ReportViewExStyle, 65535, 65535, context.ReportFrameWindow));
     SetArrowCursor();
     if (opened == nullptr) {
-        ReportFailed(row, report);
+        AbandonReport(row, report);
         return false;
     }
     if (ausgabe == Ausgabe::Bildschirm) {
@@ -119,9 +119,8 @@ bool ShowOrPrintReport(ThreadContext &context, ReportRow row, uint16_t report, A
     return true;
 }
 
-bool CopyReportView(ReportRow row, VarkWindow view, uint16_t report, int32_t third, VarkWindow &newView)
+int32_t CopyReportView(ReportRow row, VarkWindow view, uint16_t report, int32_t third, VarkWindow &newView)
 {
-    newView = nullptr;
     const auto style = static_cast<uint32_t>(GetWindowLongA(WindowOf(view), GWL_STYLE));
     const auto exStyle = static_cast<uint32_t>(GetWindowLongA(WindowOf(view), GWL_EXSTYLE));
     RECT screen{};
@@ -130,15 +129,16 @@ bool CopyReportView(ReportRow row, VarkWindow view, uint16_t report, int32_t thi
                                                             screen.right - screen.left,
                                                             screen.bottom - screen.top, style, exStyle, 0));
     SetArrowCursor();
-    if (newView == nullptr) ShowFailure(row);
-    return newView != nullptr;
+    return newView != nullptr ? 1 : static_cast<int32_t>(ShowFailure(row));
 }
 
-void ReportFailed(ReportRow row, uint16_t report)
+int32_t ReportFailed(ReportRow row) { return ShowFailure(row) == 0 ? 1 : 0; }
+
+void AbandonReport(ReportRow row, uint16_t report)
 {
     SetArrowCursor();
     reportEngine.CloseReport(report);
-    ShowFailure(row);
+    ReportFailed(row);
 }
 
 namespace {

@@ -63,10 +63,16 @@ bool AddReportRecord(uint16_t report, int32_t kind, const void *record);
 bool ShowOrPrintReport(ThreadContext &context, ReportRow row, uint16_t report, Ausgabe ausgabe,
                        VarkWindow parent, VarkWindow &view);
 
-// A further view in the place of an open one. False after message 1446.
-bool CopyReportView(ReportRow row, VarkWindow view, uint16_t report, int32_t third, VarkWindow &newView);
+// A further view of `report` in the place of an open one, whose styles and place on the screen it takes.
+// `third` is handed on. Returns 1 with the view in `newView`; without one `newView` is null, message 1446 has
+// been shown, and its answer is returned, which for OK is 1 as well: only `newView` tells.
+int32_t CopyReportView(ReportRow row, VarkWindow view, uint16_t report, int32_t third, VarkWindow &newView);
 
-// The end of a report that failed after its template was open: closes it and shows message 1446.
-void ReportFailed(ReportRow row, uint16_t report);
+// Shows message 1446, that the report of this row could not be made. Returns 0 once the person has taken
+// note, the report's success.
+int32_t ReportFailed(ReportRow row);
+
+// The end of a report that failed after its template was open: closes it and tells of it.
+void AbandonReport(ReportRow row, uint16_t report);
 
 } // namespace vark

@@ -33,7 +33,7 @@ VarkWindow RunReport(ReportRow row, const ReportDialog &dialog, ReportBody body,
     run.Report = OpenReportTemplate(row);
     if (run.Report == 0) return nullptr;
     if (!body(run)) {
-        ReportFailed(row, run.Report);
+        AbandonReport(row, run.Report);
         return nullptr;
     }
     VarkWindow view = nullptr;
