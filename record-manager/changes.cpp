@@ -163,7 +163,7 @@ int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t
         Bytes before;
         Bytes ignored;
         status = SeekPrevious(cursor, &before, &ignored);
-        first = status == BtrStatusEndOfFile || !BeginsWith(before, entry, key.Length);
+        first = status != BtrStatusOk || !BeginsWith(before, entry, key.Length);
         if (status == BtrStatusEndOfFile) status = BtrStatusOk;
     }
     if (status != BtrStatusOk) {

@@ -812,11 +812,56 @@ int16_t BeginWriter(Store *store, MDB_txn **writer)
     return status;
 }
 
+namespace {
+
+// How the store's own structure begins; only its flags tell, and only there, that it gave up.
+struct EnvironmentHead {
+    int BooksFd;
+    int LockFd;
+    int HeadFd;
+    uint32_t Flags;
+};
+constexpr uint32_t gaveUp = 0x80000000;
+
+// When it cannot write the page that makes a transaction final, the store refuses every later call of this
+// process, while others go on: what they see is the transaction before. This process does as they do, once
+// there is space again. Should the structure not be the one that is known here, the books stay closed until
+// their last user has left.
+void GoOn(const Store *store)
+{
+    EnvironmentHead head;
+    int booksFd = -1;
+    unsigned known = 0;
+    memcpy(&head, store->Environment, sizeof head);
+    if (mdb_env_get_fd(store->Environment, &booksFd) != 0 || head.BooksFd != booksFd) return;
+    if (mdb_env_get_flags(store->Environment, &known) != 0 || (head.Flags & known) != known) return;
+    head.Flags &= ~gaveUp;
+    memcpy(store->Environment, &head, sizeof head);
+}
+
+// Whether the books could not grow by a page. The store tells of a write that was cut short as of any other
+// failure; only the holder of the gate may ask.
+bool IsDiskFull(const Store *store)
+{
+    const uint8_t page[4096] = {};
+    struct stat found;
+    if (fstat(store->PresenceFd, &found) != 0) return false;
+    const ssize_t written = pwrite(store->PresenceFd, page, sizeof page, found.st_size);
+    const bool full =
+        written < 0 ? StatusOf(errno) == BtrStatusDiskFull : static_cast<size_t>(written) < sizeof page;
+    if (written > 0) (void)!ftruncate(store->PresenceFd, found.st_size);
+    return full;
+}
+
+} // namespace
+
 int16_t CommitWriter(Store *store, MDB_txn *writer)
 {
-    const int16_t status = StatusOf(mdb_txn_commit(writer));
-    if (status != BtrStatusOk && store->TreesDropped) store->KnownFile = 0;
-    return status;
+    const int error = mdb_txn_commit(writer);
+    if (error == 0) return BtrStatusOk;
+    if (store->TreesDropped) store->KnownFile = 0;
+    GoOn(store);
+    return error == EIO && IsDiskFull(store) ? static_cast<int16_t>(BtrStatusDiskFull) : StatusOf(error);
 }
 
 void AbortWriter(Store *store, MDB_txn *writer)

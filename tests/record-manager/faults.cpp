@@ -11,13 +11,19 @@
 #include <fcntl.h>
 #include <lmdb.h>
 #include <mutex>
+#include <sys/stat.h>
 #include <sys/uio.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define WITH_SANITIZER 1
-#else
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define WITH_SANITIZER 1
+#endif
+#endif
+#ifndef WITH_SANITIZER
 #define WITH_SANITIZER 0
 #endif
 
@@ -31,6 +37,7 @@ struct Armed {
     uint64_t Count = 0;
     bool ForEver = false;
     bool Failed = false;
+    bool Paused = false;
     unsigned Inside = 0; // calls that the store makes to carry out one of its own are no store calls
 };
 thread_local constinit Armed armed;
@@ -40,7 +47,7 @@ std::atomic<bool> readOnly{false};
 
 bool Fails(Fault fault)
 {
-    if (armed.What != fault) return false;
+    if (armed.What != fault || armed.Paused) return false;
     const uint64_t count = ++armed.Count;
     const bool fails = armed.ForEver ? count >= armed.Nth : count == armed.Nth;
     armed.Failed = armed.Failed || fails;
@@ -100,6 +107,9 @@ uint64_t Disarm()
 }
 
 bool HasFailed() { return armed.Failed; }
+
+void Pause() { armed.Paused = true; }
+void Resume() { armed.Paused = false; }
 
 bool CanFailAllocations() { return WITH_SANITIZER == 0; }
 
@@ -165,20 +175,52 @@ CAUGHT void *realloc(void *old, size_t size)
 }
 #endif
 
-CAUGHT ssize_t pwrite(int fd, const void *from, size_t size, off_t offset)
+namespace {
+
+// How many of the bytes are to be written; -1 when the disk is full. A write that is cut short fills the
+// disk.
+ssize_t Room(size_t size)
 {
-    static auto *real = Real<ssize_t(int, const void *, size_t, off_t)>("pwrite");
-    if (Fails(Fault::Write)) {
+    if (Fails(Fault::Write)) return -1;
+    if (!Fails(Fault::ShortWrite)) return static_cast<ssize_t>(size);
+    return armed.Count == armed.Nth ? static_cast<ssize_t>(size / 2) : -1;
+}
+
+// Writes what there is room for, at an offset or, with -1, where the description stands.
+template <typename Real> ssize_t WriteRoom(int fd, const char *from, size_t size, off_t offset, Real real)
+{
+    const bool recorded = IsRecorded(fd);
+    const ssize_t room = Room(size);
+    if (room < 0) {
         errno = ENOSPC;
         return -1;
     }
-    if (IsRecorded(fd)) {
+    if (recorded) {
+        const off_t at = offset < 0 ? lseek(fd, 0, SEEK_CUR) : offset;
         Record({DiskEvent::Written,
-                static_cast<uint64_t>(offset),
-                {static_cast<const char *>(from), size},
+                static_cast<uint64_t>(at),
+                {from, static_cast<size_t>(room)},
                 WaitsForDisk(fd)});
     }
-    return real(fd, from, size, offset);
+    return real(static_cast<size_t>(room));
+}
+
+bool WatchesWrites() { return armed.What == Fault::Write || armed.What == Fault::ShortWrite || recording; }
+
+// Only files count; a pipe to another process is no disk.
+bool IsFile(int fd)
+{
+    struct stat found;
+    return fstat(fd, &found) == 0 && S_ISREG(found.st_mode);
+}
+
+} // namespace
+
+CAUGHT ssize_t pwrite(int fd, const void *from, size_t size, off_t offset)
+{
+    static auto *real = Real<ssize_t(int, const void *, size_t, off_t)>("pwrite");
+    return WriteRoom(fd, static_cast<const char *>(from), size, offset,
+                     [&](size_t room) { return real(fd, from, room, offset); });
 }
 
 CAUGHT ssize_t pwrite64(int fd, const void *from, size_t size, off_t offset)
@@ -189,39 +231,24 @@ CAUGHT ssize_t pwrite64(int fd, const void *from, size_t size, off_t offset)
 CAUGHT ssize_t write(int fd, const void *from, size_t size)
 {
     static auto *real = Real<ssize_t(int, const void *, size_t)>("write");
-    if (IsRecorded(fd)) {
-        if (Fails(Fault::Write)) {
-            errno = ENOSPC;
-            return -1;
-        }
-        Record({DiskEvent::Written,
-                static_cast<uint64_t>(lseek(fd, 0, SEEK_CUR)),
-                {static_cast<const char *>(from), size},
-                WaitsForDisk(fd)});
-    }
-    return real(fd, from, size);
+    if (!WatchesWrites() || !IsFile(fd)) return real(fd, from, size);
+    return WriteRoom(fd, static_cast<const char *>(from), size, -1,
+                     [&](size_t room) { return real(fd, from, room); });
 }
 
-CAUGHT ssize_t pwritev(int fd, const iovec *parts, int count, off_t offset)
+// The parts are joined, so that a cut may lie anywhere in them.
+CAUGHT ssize_t writev(int fd, const iovec *parts, int count)
 {
-    static auto *real = Real<ssize_t(int, const iovec *, int, off_t)>("pwritev");
-    if (Fails(Fault::Write)) {
-        errno = ENOSPC;
-        return -1;
+    static auto *real = Real<ssize_t(int, const iovec *, int)>("writev");
+    if (!WatchesWrites() || !IsFile(fd)) return real(fd, parts, count);
+    std::string data;
+    for (int i = 0; i < count; ++i) {
+        data.append(static_cast<const char *>(parts[i].iov_base), parts[i].iov_len);
     }
-    if (IsRecorded(fd)) {
-        std::string data;
-        for (int i = 0; i < count; ++i) {
-            data.append(static_cast<const char *>(parts[i].iov_base), parts[i].iov_len);
-        }
-        Record({DiskEvent::Written, static_cast<uint64_t>(offset), data, WaitsForDisk(fd)});
-    }
-    return real(fd, parts, count, offset);
-}
-
-CAUGHT ssize_t pwritev64(int fd, const iovec *parts, int count, off_t offset)
-{
-    return pwritev(fd, parts, count, offset);
+    return WriteRoom(fd, data.data(), data.size(), -1, [&](size_t room) {
+        const iovec joined{data.data(), room};
+        return real(fd, &joined, 1);
+    });
 }
 
 CAUGHT int fdatasync(int fd)
@@ -318,8 +345,11 @@ CAUGHT int openat(int directory, const char *path, int flags, ...)
     CAUGHT int name parameters                                                                               \
     {                                                                                                        \
         static auto *real = Real<int parameters>(#name);                                                     \
-        if (Fails(Fault::StoreCall)) return error;                                                           \
-        return real arguments;                                                                               \
+        if (armed.Inside == 0 && Fails(Fault::StoreCall)) return error;                                      \
+        ++armed.Inside;                                                                                      \
+        const int result = real arguments;                                                                   \
+        --armed.Inside;                                                                                      \
+        return result;                                                                                       \
     }
 
 CAUGHT_STORE_CALL(mdb_env_create, (MDB_env * *env), (env), ENOMEM)
@@ -344,15 +374,22 @@ CAUGHT_STORE_CALL(mdb_cursor_get, (MDB_cursor * cursor, MDB_val *key, MDB_val *d
                   (cursor, key, data, op), EIO)
 CAUGHT_STORE_CALL(mdb_cursor_put, (MDB_cursor * cursor, MDB_val *key, MDB_val *data, unsigned flags),
                   (cursor, key, data, flags), MDB_MAP_FULL)
+CAUGHT_STORE_CALL(mdb_env_info, (MDB_env * env, MDB_envinfo *info), (env, info), EIO)
+CAUGHT_STORE_CALL(mdb_env_stat, (MDB_env * env, MDB_stat *stat), (env, stat), EIO)
+CAUGHT_STORE_CALL(mdb_env_sync, (MDB_env * env, int force), (env, force), EIO)
+CAUGHT_STORE_CALL(mdb_env_set_flags, (MDB_env * env, unsigned flags, int on), (env, flags, on), ENOMEM)
 CAUGHT_STORE_CALL(mdb_stat, (MDB_txn * txn, MDB_dbi dbi, MDB_stat *stat), (txn, dbi, stat), EIO)
 
 // A commit that fails has undone the transaction and freed it.
 CAUGHT int mdb_txn_commit(MDB_txn *txn)
 {
     static auto *real = Real<int(MDB_txn *)>("mdb_txn_commit");
-    if (Fails(Fault::StoreCall)) {
+    if (armed.Inside == 0 && Fails(Fault::StoreCall)) {
         mdb_txn_abort(txn);
         return EIO;
     }
-    return real(txn);
+    ++armed.Inside;
+    const int result = real(txn);
+    --armed.Inside;
+    return result;
 }

@@ -9,7 +9,9 @@
 namespace wbtrvtest {
 
 // What is made to fail. Counting starts with Arm and concerns the calling thread alone.
-enum class Fault { None, Allocation, Write, Sync, StoreCall };
+// Write: nothing is written, since the disk is full. ShortWrite: half of it is, and the disk is full from then
+// on if the fault is for ever.
+enum class Fault { None, Allocation, Write, ShortWrite, Sync, StoreCall };
 
 // Makes call number `nth` (from 1) of that kind fail, and with `forEver` every later one too.
 void Arm(Fault fault, uint64_t nth, bool forEver = false);
@@ -17,6 +19,9 @@ void Arm(Fault fault, uint64_t nth, bool forEver = false);
 uint64_t Disarm();
 // Whether the armed call was reached and failed.
 bool HasFailed();
+// Between these two nothing is counted, and nothing fails.
+void Pause();
+void Resume();
 
 // Whether allocations can be made to fail: a sanitizer has its own.
 bool CanFailAllocations();

@@ -2,65 +2,18 @@
 // several files, keys and position blocks, compared call by call. VARK_MODEL_SEED and VARK_MODEL_OPERATIONS
 // change it.
 #include "model.h"
+#include "threaded.h"
 
 #include "record-manager/limits.h"
 
-#include <condition_variable>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <random>
-#include <thread>
 
 namespace {
 
 using namespace wbtrvtest;
-
-// A client in a thread of its own, which carries out one call at a time.
-struct Threaded {
-    std::mutex Mutex;
-    std::condition_variable Changed;
-    const Request *Wanted = nullptr;
-    Answer Got;
-    bool Ends = false;
-    std::thread Thread{[this] { Serve(); }};
-
-    Threaded() = default;
-    Threaded(const Threaded &) = delete;
-    Threaded &operator=(const Threaded &) = delete;
-    ~Threaded()
-    {
-        {
-            const std::lock_guard lock(Mutex);
-            Ends = true;
-        }
-        Changed.notify_all();
-        Thread.join();
-    }
-    Answer operator()(const Request &request)
-    {
-        std::unique_lock lock(Mutex);
-        Wanted = &request;
-        Changed.notify_all();
-        Changed.wait(lock, [&] { return Wanted == nullptr; });
-        return Got;
-    }
-
-private:
-    void Serve()
-    {
-        PositionBlocks blocks{};
-        std::unique_lock lock(Mutex);
-        for (;;) {
-            Changed.wait(lock, [&] { return Wanted != nullptr || Ends; });
-            if (Ends) return;
-            Got = Carry(blocks, *Wanted);
-            Wanted = nullptr;
-            Changed.notify_all();
-        }
-    }
-};
 
 ModelLayout LayoutOf(size_t length, bool variable, const std::vector<ModelKey> &keys)
 {
