@@ -1,0 +1,214 @@
+// The maker of final postings at work: its state, and its steps, one source for each subject. Only the
+// sources of the postings include it.
+#pragma once
+
+#include "tools/books/postings.h"
+#include "tools/books/random.h"
+#include "tools/common/table_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace books {
+
+// Records in one transaction: enough that its end costs nothing, few enough that it stays small in memory.
+inline constexpr int recordsPerTransaction = 20000;
+
+// A sale below this would show a wrong rate where the rate is worked out from the amounts.
+inline constexpr int64_t smallestNet = 1000;
+
+// Percent in hundredths.
+inline constexpr int regularBefore = 1500;
+inline constexpr int regularSince = 1600;
+inline const tools::Day regularChange = tools::DayOf(1998, 4, 1);
+
+// Half up, which is what rounding of a positive or negative amount means in the books.
+int64_t Percent(int64_t amount, int hundredths);
+
+// Writes a field; an amount that does not fit is an exception.
+void PutAmount(vark::AmountText &field, int64_t pfennig);
+
+// `width` digits of a number, without a NUL.
+void PutDigits(char *to, int64_t number, int width);
+
+template <size_t Width> void PutText(char (&field)[Width], const char *windows1252)
+{
+    std::memcpy(field, windows1252, std::min(std::strlen(windows1252), Width - 1));
+}
+
+// "16,00" in hundredths.
+int ShareOf(const char *text);
+
+// What a posting's tax does.
+struct Tax {
+    Account *Of = nullptr; // tax account, null for none
+    int Rate = 0;          // hundredths
+    uint8_t Key = 0;       // Steuerflags
+    bool OnHaben = false;
+};
+
+// One record of bube in the making. The side that carries the tax holds the net amount, the other the gross
+// one.
+struct Line {
+    Account *Soll = nullptr;
+    Account *Haben = nullptr;
+    int64_t SollAmount = 0;
+    int64_t HabenAmount = 0;
+    Tax Duty = {};
+    int64_t TaxAmount = 0;
+    uint16_t Status = 0;
+    int16_t Parts = 0; // of a split's first line: how many follow it
+    const char *Prefix = "";
+    int64_t Voucher = 0;
+    const char *Text = ""; // Windows-1252
+    int64_t TaxBase = 0;   // where it isn't the net amount
+};
+
+// An invoice that waits for its payment.
+struct OpenItem {
+    int32_t Account; // index among Debitoren or Kreditoren
+    int32_t Booking; // Buchungsnummer, 0 for one of an earlier year
+    int32_t Voucher;
+    tools::Day Date;
+    int64_t Original;
+    int64_t Open;
+    int64_t NetOpen; // of what is open: net and tax, for the discount and for tax on receipt
+    int64_t TaxOpen;
+    Tax Duty;
+    int16_t Reminders;
+};
+
+struct CostShare {
+    CostObject *First;
+    CostObject *Second; // null for none
+    int Share;          // hundredths of a percent; 10000 all of it
+    uint8_t Flag;
+    vark::AccountNumber FirstKey;
+    vark::AccountNumber SecondKey;
+    char Text[sizeof(vark::KobuRecord::Text)];
+};
+
+struct CostTemplate {
+    int Number;
+    std::vector<CostShare> Shares;
+};
+
+std::vector<CostTemplate> MakeTemplates(Ledger &ledger);
+
+// The two tables of a year that postings go into, written in transactions of bounded size.
+struct YearFiles {
+    tools::TableFile Bube;
+    tools::TableFile Kobu;
+    std::optional<tools::EngineTransaction> Transaction;
+    int Pending = 0;
+
+    explicit YearFiles(const std::filesystem::path &directory)
+        : Bube(tools::LayoutOf(vark::TableBube), directory, tools::OpenMode::Accelerated),
+          Kobu(tools::LayoutOf(vark::TableKobu), directory, tools::OpenMode::Accelerated)
+    {}
+
+    void Write(tools::TableFile &table, void *record)
+    {
+        if (!Transaction) Transaction.emplace();
+        table.Insert(record);
+        if (++Pending >= recordsPerTransaction) Flush();
+    }
+
+    void Flush()
+    {
+        if (Transaction) Transaction->Finish();
+        Transaction.reset();
+        Pending = 0;
+    }
+
+    void Close()
+    {
+        Flush();
+        Bube.Close();
+        Kobu.Close();
+    }
+};
+
+struct Generator {
+    Ledger &Books;
+    const PostingPlan &Plan;
+    const std::filesystem::path &Data;
+    const Progress &Report;
+    Random Dice;
+    std::vector<CostTemplate> Templates;
+    std::deque<OpenItem> Receivable;
+    std::deque<OpenItem> Payable;
+    std::optional<YearFiles> Files;
+
+    int YearIndex = 0;
+    tools::Day Today = 0;
+    int Month = 0; // 0..11, fiscal
+    vark::PackedDate TodayPacked = {};
+    vark::SortDate TodaySort = {};
+    int Running = 0; // of the day
+    int32_t Booking = 0;
+    int64_t Written = 0;
+    int64_t CostLines = 0;
+    int64_t Shrink = 1;
+    int32_t Invoice = 0;
+    int32_t Receipt = 0;
+    int32_t Statement = 0;
+    int32_t Voucher = 0;
+    int64_t CommunityNet = 0;           // bought in the EC this month
+    Totals DebitorMonth, KreditorMonth; // of the collective accounts
+    std::vector<Account *> Sales, Purchases, Expenses;
+
+    Generator(Ledger &ledger, const PostingPlan &plan, const std::filesystem::path &data,
+              const Progress &progress);
+
+    // ---- Accounts ----
+    Account *Get(int number) const;
+    Account *Find(int number) const { return Books.FindSachkonto(number); }
+    Tax TaxOf(const Account &account, bool onHaben) const;
+    // One of the accounts; with `like` given, one with the same tax key, so that an invoice has one rate.
+    Account *Pick(const std::vector<Account *> &accounts, const Account *like);
+
+    // ---- Records ----
+    void Book(Line line);
+    void BookCosts(const Line &line, int32_t booking);
+    void Add(Account &account, int64_t soll, int64_t haben, bool isClosing);
+    void BookPlain(int soll, int haben, int64_t amount, const char *prefix, int64_t voucher, const char *text,
+                   uint16_t status = 0);
+    void BookExpense(Account &expense, Account &payer, int64_t net, const char *prefix, int64_t voucher,
+                     const char *text);
+    bool HasRoom(int64_t records) const { return Written + records <= Plan.Count; }
+
+    // ---- What happens ----
+    void AddOpenings();
+    void Sale(int64_t room);
+    void CashSale(int64_t room);
+    void Purchase(int64_t room);
+    void CustomerPays(int64_t room);
+    void SupplierIsPaid(int64_t room);
+    void SmallExpense();
+    void CreditNote(int64_t room);
+    void MoveCash();
+    void RareThing();
+    void Anything(int64_t room);
+    void MonthBegins();
+    void MonthMiddle();
+    void MonthWages();
+    void MonthEnds();
+    void YearEnds();
+    void Reconcile();
+
+    int64_t Amount(int64_t lowDm, int64_t highDm);
+    // What every month costs; the smaller Mandanten have smaller rooms and fewer people.
+    int64_t Fixed(int64_t pfennig) const
+    {
+        return Books.Of->OpeningShare == 1 ? pfennig : pfennig / (Books.Of->OpeningShare * 2);
+    }
+    void StartYear(int index);
+    void Run();
+    int64_t WriteOpenItems();
+};
+
+} // namespace books
