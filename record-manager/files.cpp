@@ -50,17 +50,19 @@ int16_t StatusOfMissing(const FilePath &path)
                                                                    : BtrStatusFileNotFound;
 }
 
+// The first open takes the lock, the first one for loading makes it exclusive.
 LockResult LockUsage(ClientStore *store, bool loading)
 {
-    const LockKind kind = loading || store->LoadingOpens > 0 ? LockKind::Write : LockKind::Read;
-    return TryLock(store->LockFd, kind, usageOffset, 1);
+    if (loading && store->LoadingOpens == 0) return TryLock(store->LockFd, LockKind::Write, usageOffset, 1);
+    return store->Opens > 0 ? LockResult::Granted : TryLock(store->LockFd, LockKind::Read, usageOffset, 1);
 }
 
-void UnlockUsage(ClientStore *store)
+// What LockUsage took is given back once the opens are counted without this one.
+void UnlockUsage(ClientStore *store, bool loading)
 {
     if (store->Opens == 0) {
         Unlock(store->LockFd, usageOffset, 1);
-    } else if (store->LoadingOpens == 0) {
+    } else if (loading && store->LoadingOpens == 0) {
         (void)TryLock(store->LockFd, LockKind::Read, usageOffset, 1);
     }
 }
@@ -135,7 +137,7 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
         if (status != BtrStatusOk) RemoveHandle(call.Caller, handle);
     }
     if (status != BtrStatusOk) {
-        UnlockUsage(store);
+        UnlockUsage(store, loading);
         ReleaseClientFile(in);
         return status;
     }
@@ -226,7 +228,7 @@ int16_t CloseHandle(Handle *handle)
         const int16_t synced = SetLoading(store->Books, false);
         if (status == BtrStatusOk) status = synced;
     }
-    UnlockUsage(store);
+    UnlockUsage(store, loading);
     ReleaseClientFile(file);
     return status;
 }

@@ -3,6 +3,7 @@
 #include "record-manager/books_file.h"
 #include "record-manager/limits.h"
 #include "record-manager/locks.h"
+#include "record-manager/spare_pages.h"
 
 #include <cerrno>
 #include <charconv>
@@ -326,8 +327,13 @@ int16_t OpenBooks(Store *store, bool create, bool readOnly)
     return StatusOf(errno, ENOENT, create ? BtrStatusPermission : BtrStatusFileNotFound);
 }
 
-int16_t OpenStore(const char *directory, int directoryFd, bool create, bool readOnly, Store **out)
+int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out)
 {
+    const int directoryFd = open(directory, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (directoryFd < 0) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
+        return missing ? static_cast<int16_t>(BtrStatusFileNotFound) : StatusOf(errno);
+    }
     auto *store = static_cast<Store *>(calloc(1, sizeof(Store)));
     if (store == nullptr) {
         close(directoryFd);
@@ -362,8 +368,9 @@ void CloseIdle()
     for (Store **link = &stores; *link != nullptr;) {
         Store *store = *link;
         struct stat found;
-        const bool useless = store->Dead || fstat(store->PresenceFd, &found) != 0 || found.st_nlink == 0;
-        if (store->Users > 0 || (!useless && ++idle <= limits.IdleStores)) {
+        const bool stays = store->Users > 0 || (!store->Dead && fstat(store->PresenceFd, &found) == 0 &&
+                                                found.st_nlink > 0 && ++idle <= limits.IdleStores);
+        if (stays) {
             link = &store->Next;
             continue;
         }
@@ -373,10 +380,12 @@ void CloseIdle()
 }
 
 // The store of the directory's books, taken out of the list, or null if this process has not opened them.
-Store *TakeKnown(int directoryFd)
+Store *TakeKnown(const char *directory)
 {
+    char path[BtrPathSize + sizeof booksName + 1];
+    snprintf(path, sizeof path, "%s/%s", directory, booksName);
     struct stat found;
-    if (fstatat(directoryFd, booksName, &found, AT_SYMLINK_NOFOLLOW) != 0) return nullptr;
+    if (lstat(path, &found) != 0) return nullptr;
     Store **link = &stores;
     while (*link != nullptr && ((*link)->Inode != found.st_ino || (*link)->Device != found.st_dev)) {
         link = &(*link)->Next;
@@ -400,21 +409,11 @@ void UnlockRegistry() { pthread_mutex_unlock(&registryMutex); }
 
 int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **out)
 {
-    const int directoryFd = open(directory, O_PATH | O_DIRECTORY | O_CLOEXEC);
-    if (directoryFd < 0) {
-        const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
-        return missing ? static_cast<int16_t>(BtrStatusFileNotFound) : StatusOf(errno);
-    }
     LockRegistry();
     CloseIdle();
-    Store *store = TakeKnown(directoryFd);
-    int16_t status = BtrStatusOk;
-    if (store != nullptr) {
-        close(directoryFd);
-        status = CheckKnown(*store, readOnly);
-    } else {
-        status = OpenStore(directory, directoryFd, create, readOnly, &store);
-    }
+    Store *store = TakeKnown(directory);
+    const int16_t status =
+        store != nullptr ? CheckKnown(*store, readOnly) : OpenStore(directory, create, readOnly, &store);
     if (store != nullptr) {
         store->Next = stores;
         stores = store;
@@ -790,6 +789,16 @@ int16_t BeginWithAllTrees(Store *store, MDB_txn **writer)
     }
 }
 
+// Looks after the free pages when the file has grown. False: the transaction is of no use any more.
+bool KeepSparePages(Store *store, MDB_txn *writer)
+{
+    MDB_envinfo info;
+    if (mdb_env_info(store->Environment, &info) != 0 || info.me_last_pgno == store->LastPage) return true;
+    store->LastPage = info.me_last_pgno;
+    return !SparePagesShort(store->Environment) ||
+           AddSparePages(writer, store->Catalogue, store->PresenceFd, info.me_last_pgno);
+}
+
 } // namespace
 
 int16_t BeginWriter(Store *store, MDB_txn **writer)
@@ -805,7 +814,11 @@ int16_t BeginWriter(Store *store, MDB_txn **writer)
         mdb_reader_check(store->Environment, &dead);
     }
     pthread_mutex_lock(&store->Mutex);
-    const int16_t status = BeginWithAllTrees(store, writer);
+    int16_t status = BeginWithAllTrees(store, writer);
+    if (status == BtrStatusOk && !KeepSparePages(store, *writer)) {
+        mdb_txn_abort(*writer);
+        status = BeginWithAllTrees(store, writer);
+    }
     pthread_mutex_unlock(&store->Mutex);
     if (status != BtrStatusOk) *writer = nullptr;
     store->TreesDropped = false;

@@ -1,6 +1,7 @@
 // The ordered store below the calls: the books of one directory, their files, and reading and writing them in
 // transactions. It knows bytes and files; records' currency, locks and statuses of calls are the business of
-// those above. This is the only part that knows which store it is (store.cpp alone includes its header).
+// those above. This is the only part that knows which store it is (store.cpp and spare_pages.cpp
+// alone include its header).
 #pragma once
 
 #include "record-manager/definition.h"
@@ -65,6 +66,7 @@ struct Store {
 
     // Guarded by the gate.
     uint32_t KnownFile; // the trees of files up to this number are open
+    size_t LastPage;    // of the file, when its free pages were looked after
     bool TreesDropped;  // by the write transaction under way
     int64_t LastReaderCheck_s;
 };

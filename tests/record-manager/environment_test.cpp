@@ -13,6 +13,7 @@
 #include <lmdb.h>
 #include <poll.h>
 #include <random>
+#include <set>
 #include <sys/stat.h>
 #include <thread>
 
@@ -158,6 +159,13 @@ TEST(Books, BooksThatWereCutOffAreRefused)
     MakeT(directory);
     Local me;
     ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    // So many that the spare pages are used up and the last pages of the file hold records.
+    const OnT<Local> t{me};
+    ASSERT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    for (int i = 0; i < 20000; ++i) {
+        ASSERT_EQ(t.Insert("z" + std::to_string(i), "x", i).Status, BtrStatusOk);
+    }
+    ASSERT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
     const uint64_t size = fs::file_size(directory / "books.mdb");
     ASSERT_EQ(Close(me).Status, BtrStatusOk);
     for (uint64_t length :
@@ -170,6 +178,23 @@ TEST(Books, BooksThatWereCutOffAreRefused)
     // Cut while this process still knows them.
     fs::resize_file(directory / "books.mdb", size / 2);
     EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
+}
+
+TEST(Books, TakeManyPagesFromTheEndOfTheFileAtOnceAndThenLiveOnThem)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    Local me;
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    const OnT<Local> t{me};
+    std::set<uint64_t> sizes;
+    for (int i = 0; i < 300; ++i) {
+        ASSERT_EQ(t.Insert("z" + std::to_string(i), "x", i).Status, BtrStatusOk);
+        sizes.insert(fs::file_size(directory / "books.mdb"));
+    }
+    // Without spare pages each of the first commits and every full page would lengthen the file.
+    EXPECT_LE(sizes.size(), 4u);
+    EXPECT_LT(*sizes.rbegin(), 4u << 20);
 }
 
 TEST(Books, PagesThatAreFreeMayBeMissingAtTheEnd)
