@@ -9,7 +9,7 @@
 
 #include "window-system/varkui.h"
 
-enum { BUTTON_REPORT = 101, BUTTON_CLOSE = 102, BAR_HEIGHT = 40 };
+enum { BUTTON_REPORT = 1001, BUTTON_CLOSE = 1002, BAR_HEIGHT = 40 };
 
 static HWND frame;
 static HWND area; /* what the frame has below its buttons; a report's view fills it */

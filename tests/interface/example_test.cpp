@@ -81,11 +81,13 @@ TEST_F(Example, HostShowsReportsInItsOwnLoopAndRemembersWhatWasChosen)
 {
     MakeBooks();
     int exitCode = -1;
-    EXPECT_EQ("erstellt per 310398\nerstellt per 280298\n",
-              Berichte("expect title Wirt\npress 101\ndialog 111\ntext 22991 31.3.98\npress 1\n"
-                       "expect title Wirt\npress 101\nexpect text 22991 31.03.1998\ntext 22991 28.2.98\n"
-                       "press 1\nexpect title Wirt\npress 102\n",
-                       &exitCode));
+    EXPECT_EQ(
+        "erstellt per 310398\nerstellt per 280298\n",
+        Berichte("expect title Wirt\npress 1001\ndialog 111\ntext 22991 31.3.98\npress 1\n"
+                 "expect title Wirt\nexpect text 103 \"von 3\"\npress 1001\nexpect text 22991 31.03.1998\n"
+                 "text 22991 28.2.98\n"
+                 "press 1\nexpect title Wirt\npress 1002\n",
+                 &exitCode));
     EXPECT_EQ(0, exitCode);
 }
 
@@ -93,7 +95,7 @@ TEST_F(Example, HostTakesACancelAndTheKeysOfItsFrame)
 {
     MakeBooks();
     int exitCode = -1;
-    EXPECT_EQ("nicht erstellt\n", Berichte("expect focus 101\nkey Space\n"
+    EXPECT_EQ("nicht erstellt\n", Berichte("expect focus 1001\nkey Space\n"
                                            "dialog 111\nkey Escape\nexpect title Wirt\nclose\n",
                                            &exitCode));
     EXPECT_EQ(0, exitCode);

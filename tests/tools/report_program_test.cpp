@@ -145,6 +145,54 @@ TEST_F(ReportProgram, DialogAndDisplayNeedAScreen)
     }
 }
 
+TEST_F(ReportProgram, WindowStaysUntilItIsClosed)
+{
+    // The report's dialog is answered before a person sees it.
+    const Result result =
+        SusaPlayed("expect title \"Summen- und Saldenliste\"\nexpect text 103 \"von 3\"\nclose\n",
+                   {"--anzeigen", "--per", "31.3.98"});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_EQ("", result.Out + result.Err);
+}
+
+TEST_F(ReportProgram, WindowMayFollowTheDialogAndAFile)
+{
+    const Result result =
+        SusaPlayed("dialog 111\ntext 22991 28.2.98\npress 1\nexpect text 103 \"von 3\"\nclose\n",
+                   {"--anzeigen", "--dialog", "--csv", File("a.csv")});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_TRUE(Contains(ReadFile(File("a.csv")), "Kasse Hauptgeschäft"));
+}
+
+TEST_F(ReportProgram, ReportIsPrintedIntoAFile)
+{
+    WriteFile(Books / "vark.ini",
+              ReadFile(Books / "vark.ini") + "[RS]\nDrucker=datei:" + File("{bericht}.pdf") + "\n");
+    const Result result = Susa({"--drucken", "--per", "31.3.98"});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_EQ("", result.Out);
+    EXPECT_EQ("%PDF", ReadFile(File("Summen- und Saldenliste.pdf")).substr(0, 4));
+}
+
+TEST_F(ReportProgram, DialogThatChoosesThePrinterPrints)
+{
+    WriteFile(Books / "vark.ini",
+              ReadFile(Books / "vark.ini") + "[RS]\nDrucker=datei:" + File("a.pdf") + "\n");
+    const Result result = SusaPlayed("dialog 111\ncheck 20101\npress 1\n", {"--dialog", "--per", "31.3.98"});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_EQ("", result.Out);
+    EXPECT_EQ("%PDF", ReadFile(File("a.pdf")).substr(0, 4));
+}
+
+TEST_F(ReportProgram, PrinterThatDoesNotTakeItIsTold)
+{
+    WriteFile(Books / "vark.ini",
+              ReadFile(Books / "vark.ini") + "[RS]\nDrucker=datei:" + File("missing/a.pdf") + "\n");
+    const Result result = Susa({"--drucken", "--per", "31.3.98"});
+    EXPECT_EQ(3, result.ExitCode);
+    EXPECT_TRUE(Contains(result.Err, "vark: Der Bericht wurde nicht gedruckt.")) << result.Err;
+}
+
 TEST_F(ReportProgram, DisplayAndPrinterExcludeEachOther)
 {
     EXPECT_EQ(2, Susa({"--anzeigen", "--drucken"}).ExitCode);
