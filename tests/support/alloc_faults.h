@@ -11,4 +11,7 @@ void FailAllocation(int n);
 // Ends it. Returns how many allocations have been counted.
 int StopAllocationFaults();
 
+// Blocks that have been allocated so, by any thread, and not been freed.
+long LiveAllocations();
+
 } // namespace vark::test

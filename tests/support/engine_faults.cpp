@@ -12,6 +12,25 @@ thread_local int countdown;
 thread_local int counted;
 thread_local int onlyOperation; // -1: all
 thread_local int16_t answer;
+thread_local int openFiles;
+thread_local bool inTransaction;
+thread_local uint16_t lastFailed;
+
+enum Operation : uint16_t { Open = 0, Close = 1, Begin = 19, BeginConcurrent = 1019, End = 20, Abort = 21 };
+
+// What the library holds after a call that went well.
+void Note(uint16_t operation)
+{
+    switch (operation) {
+    case Open: ++openFiles; break;
+    case Close: --openFiles; break;
+    case Begin:
+    case BeginConcurrent: inTransaction = true; break;
+    case End:
+    case Abort: inTransaction = false; break;
+    default: break;
+    }
+}
 
 int16_t Faulty(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
                uint8_t keyLength, int8_t keyNumber)
@@ -19,12 +38,18 @@ int16_t Faulty(uint16_t operation, void *positionBlock, void *data, uint32_t *da
     if (armed && (onlyOperation < 0 || onlyOperation == operation)) {
         ++counted;
         if (counted == countdown) {
+            lastFailed = operation;
             // A file that stays open with nobody knowing it would be this stand-in's fault.
-            if (operation == 1) real(operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
+            if (operation == Close) {
+                real(operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
+                Note(operation);
+            }
             return answer;
         }
     }
-    return real(operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
+    const int16_t status = real(operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
+    if (status == 0) Note(operation);
+    return status;
 }
 
 void Arm(int operation, int n, int16_t status)
@@ -52,5 +77,11 @@ int StopEngineFaults()
     armed = false;
     return counted;
 }
+
+int OpenEngineFiles() { return openFiles; }
+
+bool IsInEngineTransaction() { return inTransaction; }
+
+uint16_t LastFailedOperation() { return lastFailed; }
 
 } // namespace vark::test

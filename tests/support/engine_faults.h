@@ -15,4 +15,10 @@ void FailEngineOperation(uint16_t operation, int n, int16_t status);
 // Ends it. Returns how many calls have been counted.
 int StopEngineFaults();
 
+// From the first of these calls on: how many files this thread's library has open, whether it is in a
+// transaction, and which operation was the last that failed on demand.
+int OpenEngineFiles();
+bool IsInEngineTransaction();
+uint16_t LastFailedOperation();
+
 } // namespace vark::test
