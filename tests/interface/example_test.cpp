@@ -57,6 +57,30 @@ protected:
                         exitCode);
     }
 
+    // The library and its parts in a directory of their own, without the report engine or with the one named,
+    // as the loader finds them for the examples.
+    void MoveParts(const char *reportEngine) const
+    {
+        const fs::path place = books + "/parts";
+        fs::create_directory(place);
+        for (const char *const part : {"libvark40.so", "libwbtrv32.so", "libvarkui.so"}) {
+            fs::copy_file(fs::path(VARK_PARTS) / part, place / part);
+        }
+        if (reportEngine != nullptr) fs::copy_file(reportEngine, place / "librs.so");
+        setenv("LD_LIBRARY_PATH", place.c_str(), 1);
+    }
+    // A report's dialog comes up and its OK finds no template, with its full path; the host goes on.
+    void ExpectNoTemplate() const
+    {
+        int exitCode = -1;
+        EXPECT_EQ("nicht erstellt\n",
+                  Berichte("press 1001\ndialog 111\npress 1\nbox ok Reportdatei '" + books +
+                               "/reports/or_slist.rs' konnte nicht gefunden werden oder beim Öffnen ist ein "
+                               "Fehler aufgetreten.\nexpect title Wirt\npress 1002\n",
+                           &exitCode));
+        EXPECT_EQ(0, exitCode);
+    }
+
     std::string books;
 };
 
@@ -122,4 +146,20 @@ TEST_F(Example, HostIsDrivenByKeysOnAScreen)
     ASSERT_TRUE(display.HasKeyboard("Wirt"));
     display.Do("key alt+b");
     EXPECT_EQ(0, host.ExitCode());
+}
+
+TEST_F(Example, WithoutAReportEngineReportsAreTemplatesThatDoNotOpen)
+{
+    MakeBooks();
+    MoveParts(nullptr);
+    ExpectNoTemplate();
+    int exitCode = -1;
+    EXPECT_EQ("gebucht (1)\n", Buchen(&exitCode)) << "everything but reports works";
+}
+
+TEST_F(Example, ReportEngineWithoutAnEntryIsNone)
+{
+    MakeBooks();
+    MoveParts(REPORT_ENGINE_WITHOUT_ENTRY);
+    ExpectNoTemplate();
 }
