@@ -503,6 +503,8 @@ TEST_F(MoveBooks, WhatIsAskedForMustBeThere)
     refused(2, {"laden", At("nein"), books, "--tabelle", "bank"}, "--mandant sagt, in wessen Bücher");
     refused(3, {"laden", At("nein"), At("n")}, "ist kein Verzeichnis");
     refused(3, {"laden", books, At("n")}, "es fehlt fista.seq");
+    refused(2, {"laden", At("x"), books, "--mandant", "0"}, "„0“ ist keine Zahl von 1 bis 32767");
+    refused(2, {"laden", At("x"), books, "--hoechstens", "x"}, "„x“ ist keine Zahl ab 0");
     refused(2, {"laden", At("x"), books, "--anfuegen"}, "passen nicht zusammen");
     refused(3, {"kopie", At("nein"), At("x")}, "ist kein Verzeichnis");
     refused(3, {"kopie", books, books}, "auf sich selbst");

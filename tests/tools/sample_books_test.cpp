@@ -439,6 +439,87 @@ TEST_F(SampleBooks, BooksInUseAreNotReplaced)
     EXPECT_NE(std::string::npos, refused.Err.find("in einer anderen Anwendung geöffnet")) << refused.Err;
 }
 
+TEST_F(SampleBooks, AsManyPersonalAccountsAsWanted)
+{
+    const fs::path made = Directory.Path / "viele";
+    ASSERT_EQ(0, tests::Books({"beispiel", made.string(), "--personenkonten", "300"}).ExitCode);
+    for (const char *year : {"1997", "1998"}) {
+        EXPECT_EQ(200u, NumbersOf(TableDebi, made / "DB" / year).size());
+        EXPECT_EQ(100u, NumbersOf(TableKred, made / "DB" / year).size());
+    }
+    // The others keep theirs.
+    EXPECT_EQ(NumbersOf(TableDebi, Data / "19981"), NumbersOf(TableDebi, made / "DB" / "19981"));
+    EXPECT_EQ(0, tests::Books({"pruefen", made.string()}).ExitCode);
+}
+
+TEST_F(SampleBooks, AboutAsManyOpenItemsAsWanted)
+{
+    const auto itemsOf = [&](const char *wanted) {
+        const fs::path made = Directory.Path / wanted;
+        EXPECT_EQ(
+            0, tests::Books({"beispiel", made.string(), "--buchungen", "4000", "--posten", wanted}).ExitCode);
+        EXPECT_EQ(0, tests::Books({"pruefen", made.string()}).ExitCode);
+        return RecordsOf(LayoutOf(TableOpdebi), made / "DB" / "1998").size() +
+               RecordsOf(LayoutOf(TableOpkred), made / "DB" / "1998").size();
+    };
+    const size_t few = itemsOf("100");
+    const size_t many = itemsOf("900");
+    EXPECT_GE(few, 70u);
+    EXPECT_LE(few, 140u);
+    EXPECT_GE(many, 650u);
+    EXPECT_LE(many, 1100u);
+}
+
+TEST_F(SampleBooks, TheSeedDecidesTheBookings)
+{
+    int times = 0;
+    const auto bookings = [&](const char *seed) {
+        const fs::path made = Directory.Path / ("saat" + std::to_string(++times));
+        EXPECT_EQ(0,
+                  tests::Books({"beispiel", made.string(), "--saat", seed, "--buchungen", "700"}).ExitCode);
+        return RecordsOf(LayoutOf(TableBube), made / "DB" / "1998");
+    };
+    const auto one = bookings("7");
+    EXPECT_NE(one, bookings("8"));
+    EXPECT_EQ(one, bookings("7"));
+}
+
+TEST_F(SampleBooks, AsManyFinalBookingsAsWanted)
+{
+    for (const int wanted : {600, 601, 1234, 12345}) {
+        const fs::path made = Directory.Path / std::to_string(wanted);
+        ASSERT_EQ(0,
+                  tests::Books({"beispiel", made.string(), "--buchungen", std::to_string(wanted)}).ExitCode);
+        const auto count = [&](const char *year) {
+            return static_cast<int>(RecordsOf(LayoutOf(TableBube), made / "DB" / year).size());
+        };
+        EXPECT_EQ(wanted, count("1997") + count("1998"));
+        // The others have a tenth, but no fewer than what every month brings.
+        const int others = std::max(600, wanted / 10);
+        EXPECT_EQ(others, count("19971") + count("19981"));
+        EXPECT_EQ(others, count("19972") + count("19982"));
+    }
+}
+
+TEST(BooksProgram, WhatSampleBooksCannotHoldIsRefused)
+{
+    const TemporaryDirectory directory;
+    const std::string place = (directory.Path / "b").string();
+    const auto refused = [&](std::vector<std::string> arguments, const char *reason) {
+        arguments.insert(arguments.begin(), {"beispiel", place});
+        const Result result = tests::Books(std::move(arguments));
+        EXPECT_EQ(2, result.ExitCode);
+        EXPECT_NE(std::string::npos, result.Err.find(reason)) << result.Err;
+        EXPECT_FALSE(fs::exists(place));
+    };
+    refused({"--buchungen", "599"}, "muß 0 sein oder zwischen 600 und 3.000.000 liegen");
+    refused({"--buchungen", "3000001"}, "muß 0 sein oder zwischen 600 und 3.000.000 liegen");
+    refused({"--buchungen", "viele"}, "viele");
+    refused({"--personenkonten", "5"}, "muß zwischen 6 und 25.000 liegen");
+    refused({"--personenkonten", "25001"}, "muß zwischen 6 und 25.000 liegen");
+    refused({"--posten", "751"}, "nicht mehr Posten offen sein, als ein Viertel");
+}
+
 TEST_F(SampleBooks, OtherThingsInTheWayAreNotTouched)
 {
     const fs::path other = Directory.Path / "anderes";

@@ -218,8 +218,7 @@ TEST_F(VarkProgram, LongTextsAreCutAndCounted)
     const Result result = BookCsv("Datum;Beleg;Sollkonto;Habenkonto;Betrag;Text\n"
                                   "15.04.1998;123456789;10010;5010;116,00;" +
                                   std::string(36, 'x') + "\n");
-    EXPECT_EQ("1 Buchung in den Stapel geschrieben, 0 abgelehnt.\n1 davon mit gekürztem Text.\n",
-              result.Out);
+    EXPECT_EQ("1 Buchung in den Stapel geschrieben, 0 abgelehnt.\n1 davon mit gekürztem Text.\n", result.Out);
     EXPECT_TRUE(
         Batch().ends_with(";12345678;10010;5010;116,00;16,00;2410;100,00;;1;" + std::string(35, 'x') + "\n"));
 }

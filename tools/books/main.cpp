@@ -148,8 +148,10 @@ int Run(int argc, char **argv)
     check
         ->add_option("VERZEICHNIS", checking.Directory, "Verzeichnis mit den Ini-Dateien, oder der Datenpfad")
         ->required();
-    check->add_option("--hoechstens", checking.MostPerRule,
-                      "so viele Abweichungen einer Art je Tabelle zeigen (sonst 20)");
+    check
+        ->add_option("--hoechstens", checking.MostPerRule,
+                     "so viele Abweichungen einer Art je Tabelle zeigen (sonst 20)")
+        ->check(tools::NumberFrom(0, INT64_MAX));
     check->add_flag("--json", checking.IsJson, "Ausgabe für Programme");
     check->footer(
         "Geprüft werden der Aufbau jeder Tabelle, jedes Feld, jeder Index und was die Sätze einander "
@@ -164,12 +166,12 @@ int Run(int argc, char **argv)
 
     books::SaveOptions saving;
     CLI::App *save = tools::AddCommand(app, "sichern", "Tabellen in sequentielle Dateien sichern");
-    save->add_option("BÜCHER", saving.From, anyBooks)->required();
+    save->add_option("VERZEICHNIS", saving.From, anyBooks)->required();
     save->add_option("ZIEL", saving.To,
                      "Verzeichnis; bei einer Tabelle die Datei, oder - für die Standardausgabe")
         ->required();
     save->add_option("--mandant", saving.Mandant, "nur dieser Mandant; bei einer Tabelle sonst der erste")
-        ->check(CLI::Range(1, 32767));
+        ->check(tools::NumberFrom(1, INT16_MAX));
     save->add_option("--tabelle", saving.Table, "nur diese Tabelle");
     save->add_option("--jahr", saving.Year, "Geschäftsjahr der Tabelle, sonst das letzte bebuchbare")
         ->needs("--tabelle");
@@ -189,11 +191,11 @@ int Run(int argc, char **argv)
     CLI::App *load = tools::AddCommand(app, "laden", "Tabellen aus sequentiellen Dateien laden");
     load->add_option("QUELLE", loading.From, "Verzeichnis; bei einer Tabelle die Datei")->required();
     load->add_option(
-            "BÜCHER", loading.To,
+            "VERZEICHNIS", loading.To,
             "Verzeichnis mit den Ini-Dateien, oder der Datenpfad; für alle Tabellen darf es neu sein")
         ->required();
     load->add_option("--mandant", loading.Mandant, "nur dieser Mandant, oder in dessen Bücher die Tabelle")
-        ->check(CLI::Range(1, 32767));
+        ->check(tools::NumberFrom(1, INT16_MAX));
     load->add_option("--tabelle", loading.Table, "nur diese Tabelle");
     load->add_option("--jahr", loading.Year, "Geschäftsjahr der Tabelle, sonst das letzte bebuchbare")
         ->needs("--tabelle");
@@ -205,7 +207,7 @@ int Run(int argc, char **argv)
                    "auch Sätze laden, in denen Felder keine gute Form haben");
     load->add_flag("--nur-pruefen", loading.IsTrial, "alles bis auf den letzten Schritt");
     load->add_option("--hoechstens", loading.MostPerTable, "so viele Gründe je Datei zeigen (sonst 20)")
-        ->check(CLI::NonNegativeNumber);
+        ->check(tools::NumberFrom(0, INT64_MAX));
     load->add_flag("--json", isJson, "Ausgabe für Programme");
     load->footer(
         "Geladen wird alles oder nichts. Was abgelehnt wird, steht mit Datei, Satz, Schlüssel, Feld und\n"
@@ -217,7 +219,7 @@ int Run(int argc, char **argv)
 
     books::CopyOptions copying;
     CLI::App *copy = tools::AddCommand(app, "kopie", "Bücher kopieren, auch während andere darin arbeiten");
-    copy->add_option("BÜCHER", copying.From, anyBooks)->required();
+    copy->add_option("VERZEICHNIS", copying.From, anyBooks)->required();
     copy->add_option("ZIEL", copying.To, "Wohin; wird angelegt")->required();
     copy->add_flag("--ersetzen", copying.Replace, "Bücher ersetzen, die dort schon liegen");
     copy->add_flag("--json", isJson, "Ausgabe für Programme");
@@ -233,7 +235,8 @@ int Run(int argc, char **argv)
     show->add_option("TABELLE", showing.Table, "sako, bube, debi …; alle nennt books aufbau")->required();
     show->add_option("VERZEICHNIS", showing.Directory,
                      "Verzeichnis mit den Ini-Dateien, oder der Datenpfad; sonst das eingestellte");
-    show->add_option("--mandant", showing.Mandant, "Nummer des Mandanten, sonst der erste");
+    show->add_option("--mandant", showing.Mandant, "Nummer des Mandanten, sonst der erste")
+        ->check(tools::NumberFrom(1, INT16_MAX));
     show->add_option("--jahr", showing.Year, "Geschäftsjahr, sonst das letzte bebuchbare");
     show->add_option("--schluessel", showing.Key, "Nummer des Schlüssels, in dessen Reihenfolge (sonst 0)");
     show->add_option("--gleich", showing.Equal, "nur dieser Wert des Schlüssels; ein Text gilt als Anfang");
@@ -241,7 +244,7 @@ int Run(int argc, char **argv)
     show->add_option("--bis", showing.To, "bis zu diesem Wert einschließlich")->excludes("--gleich");
     show->add_option("--felder", showing.Fields, "nur diese Felder, nebeneinander")->delimiter(',');
     show->add_flag("--alles", showing.WithGaps, "auch die Bytes, die kein Feld sind");
-    show->add_option("--hoechstens", showing.Most, "so viele Sätze")->check(CLI::PositiveNumber);
+    show->add_option("--hoechstens", showing.Most, "so viele Sätze")->check(tools::NumberFrom(1, INT64_MAX));
     addForms(show);
     show->footer(
         "Tage werden als TT.MM.JJJJ angegeben, die Teile eines Schlüssels mit Komma dazwischen.\n\n"

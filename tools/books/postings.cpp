@@ -87,15 +87,13 @@ void Generator::Run()
     const Day last = LastPostingDay(Books);
     const auto isWorkday = [](Day day) { return WeekdayOf(day) < 5; };
     int workdays = 0;
-    Day lastWorkday = first;
     for (Day day = first; day <= last; ++day) {
-        if (!isWorkday(day)) continue;
-        ++workdays;
-        lastWorkday = day;
+        if (isWorkday(day)) ++workdays;
     }
     int workdaysDone = 0;
     // What the ends of months still need of the count.
     constexpr int64_t monthEndRecords = 4 + 4;
+    constexpr int64_t wageRecords = 5;
     int previousMonth = -1;
     bool middleDone = false;
     bool wagesDone = false;
@@ -124,9 +122,9 @@ void Generator::Run()
             wagesDone = true;
             MonthWages();
         }
-        const bool isLast = day >= lastWorkday;
         if (isWorkday(day)) ++workdaysDone;
-        const int64_t target = isLast ? Plan.Count - monthEndRecords : Plan.Count * workdaysDone / workdays;
+        const int64_t kept = monthEndRecords + (wagesDone ? 0 : wageRecords);
+        const int64_t target = std::min(Plan.Count * workdaysDone / workdays, Plan.Count - kept);
         while (isWorkday(day) && Written < target) {
             Anything(target - Written);
         }

@@ -4,6 +4,7 @@
 #include "tools/books/ledger.h"
 #include "tools/books/master_records.h"
 #include "tools/books/postings.h"
+#include "tools/common/exit_codes.h"
 #include "tools/common/table_file.h"
 #include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
@@ -46,16 +47,15 @@ void CheckSize(const SampleOptions &options)
         return value != 0 && (value < low || value > high);
     };
     if (outside(options.Postings, postingsMin, postingsMax)) {
-        throw std::runtime_error("Die Zahl der Buchungen muß 0 sein oder zwischen " + Grouped(postingsMin) +
-                                 " und " + Grouped(postingsMax) + " liegen.");
+        throw UsageError("Die Zahl der Buchungen muß 0 sein oder zwischen " + Grouped(postingsMin) + " und " +
+                         Grouped(postingsMax) + " liegen.");
     }
     if (outside(options.PersonalAccounts, 6, partnersMax)) {
-        throw std::runtime_error("Die Zahl der Personenkonten muß zwischen 6 und " + Grouped(partnersMax) +
-                                 " liegen.");
+        throw UsageError("Die Zahl der Personenkonten muß zwischen 6 und " + Grouped(partnersMax) +
+                         " liegen.");
     }
     if (outside(options.OpenItems, 1, options.Postings / 4)) {
-        throw std::runtime_error(
-            "Es können nicht mehr Posten offen sein, als ein Viertel der Buchungen ausmacht.");
+        throw UsageError("Es können nicht mehr Posten offen sein, als ein Viertel der Buchungen ausmacht.");
     }
 }
 

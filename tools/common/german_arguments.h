@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -23,10 +24,26 @@ inline void MakeGerman(CLI::App &app)
     formatter->label("SUBCOMMANDS", "BEFEHL");
     formatter->label("Positionals", "Angaben");
     formatter->label("REQUIRED", "nötig");
-    formatter->label("TEXT", "");
+    for (const char *kind : {"TEXT", "INT", "UINT", "FLOAT"}) {
+        formatter->label(kind, "");
+    }
     formatter->label("Needs", "nur mit");
     formatter->label("Excludes", "nicht mit");
     formatter->column_width(34);
+}
+
+// Refuses a number outside of `low` to `high`, both good themselves.
+inline CLI::Validator NumberFrom(int64_t low, int64_t high)
+{
+    return CLI::Validator(
+        [low, high](const std::string &text) -> std::string {
+            int64_t number = 0;
+            if (CLI::detail::lexical_cast(text, number) && number >= low && number <= high) return {};
+            const std::string from = std::to_string(low);
+            return "„" + text + "“ ist keine Zahl " +
+                   (high == INT64_MAX ? "ab " + from : "von " + from + " bis " + std::to_string(high));
+        },
+        "");
 }
 
 // A command with the look of its program, which must have been made German before.
