@@ -76,12 +76,18 @@ void ReadEqual(Table *table, uint32_t count)
     }
 }
 
+// The first `count` records along a key.
 void ReadAlong(Table *table, int8_t key, uint32_t count)
 {
     Must(table->Do(BtrOpGetFirst, key));
     for (uint32_t i = 1; i < count; ++i) {
         Must(table->Do(BtrOpGetNext, key));
     }
+}
+
+void MustBeAtEnd(Table *table, int8_t key)
+{
+    Must(table->Do(BtrOpGetNext, key) == BtrStatusEndOfFile ? 0 : 1);
 }
 
 // Anonymous memory of this process, in KiB.
@@ -139,8 +145,11 @@ int main(int argumentCount, char **arguments)
     }
     watch = {};
     if (task.What == "equal") ReadEqual(&table, task.Count);
-    if (task.What == "next") ReadAlong(&table, 0, task.Count);
-    if (task.What == "scattered") ReadAlong(&table, 1, task.Count);
+    if (task.What == "next" || task.What == "scattered") {
+        const int8_t key = task.What == "next" ? 0 : 1;
+        ReadAlong(&table, key, task.Count);
+        MustBeAtEnd(&table, key);
+    }
     if (task.What == "scan") {
         ReadAlong(&table, 0, task.Count / 10);
         const long early = Anonymous();
