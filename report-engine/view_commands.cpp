@@ -148,7 +148,7 @@ constexpr DialogControl saveControls[] = {
     {DialogControlKind::Text, -1, "&Datei:", 7, 9, 36, 8, 0, 0},
     {DialogControlKind::Edit, pathEdit, "", 46, 7, 220, 14, 0, 0},
     {DialogControlKind::Text, -1, "&Form:", 7, 29, 36, 8, 0, 0},
-    {DialogControlKind::ComboList, kindList, "", 46, 27, 110, 80, 0, 0},
+    {DialogControlKind::ComboList, kindList, "", 46, 27, 110, 14, 0, 0},
     {DialogControlKind::DefaultButton, IDOK, "&Speichern", 150, 50, 56, 14, 0, 0},
     {DialogControlKind::PushButton, IDCANCEL, "&Abbrechen", 210, 50, 56, 14, 0, 0},
 };
