@@ -65,7 +65,7 @@ void Complain(const char *path, const char *format, ...)
     }
     line[length++] = '\n';
     std::memcpy(lastLine, line, static_cast<size_t>(length));
-    lastLine[length] = 0;
+    lastLine[length - 1] = 0; // without the line end
     // Nothing can be done about a standard error that takes nothing.
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line, static_cast<size_t>(length));
     errno = savedErrno;

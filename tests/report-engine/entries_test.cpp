@@ -152,15 +152,6 @@ TEST(Entries, ACopyIsASecondEmptyReportOnTheTemplateAsItWas)
     RSCloseReport(second);
 }
 
-TEST(Entries, ThereIsNoPrinterWithoutADisplay)
-{
-    const int32_t report = OpenShipped("or_slist.rs", susaId);
-    RSWindow view = OpenView(report);
-    EXPECT_EQ(Errors([&] { EXPECT_EQ(RSPrintView(view, 0), 0); }),
-              "librs: " + ShippedTemplate("or_slist.rs") + ": there is no printer\n");
-    RSCloseReport(report);
-}
-
 TEST(Entries, ManyReportsRunAtOnce)
 {
     const Directory directory;

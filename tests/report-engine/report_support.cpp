@@ -3,6 +3,7 @@
 #include "text/windows1252.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -203,6 +204,20 @@ std::vector<std::string> LinesOf(const std::string &text)
         lines.push_back(line);
     }
     return lines;
+}
+
+int KillMarked(const std::string &name, const std::string &mark)
+{
+    int killed = 0;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
+        const std::string id = entry.path().filename().string();
+        if (id.find_first_not_of("0123456789") != std::string::npos) continue;
+        if (ReadFile(entry.path().string() + "/comm") != name + "\n") continue;
+        const std::string environment = '\0' + ReadFile(entry.path().string() + "/environ");
+        if (environment.find('\0' + ("VARK_TEST_MARK=" + mark) + '\0') == std::string::npos) continue;
+        if (kill(std::stoi(id), SIGKILL) == 0) ++killed;
+    }
+    return killed;
 }
 
 } // namespace reports

@@ -1,0 +1,442 @@
+// Views with windows, as a host opens them and a person - here a script - uses them.
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "report_support.h"
+#include "window-system/varkui.h"
+
+using namespace reports;
+
+namespace {
+
+enum Control : int {
+    previousPage = 101,
+    pageNumber,
+    pageCount,
+    nextPage,
+    smaller,
+    zoom,
+    larger,
+    search,
+    searchBack,
+    searchOn,
+    copy,
+    print,
+    save,
+    state = 115,
+    pages = 120
+};
+
+// Handles messages until `view` has gone.
+void RunUntilClosed(HWND view)
+{
+    MSG message;
+    while (IsWindow(view) != 0 && GetMessageA(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+struct Views : testing::Test {
+    Directory directory;
+    int32_t report = 0;
+
+    void SetUp() override
+    {
+        setenv("VARK_UI_LOG", directory.At("log").c_str(), 1);
+        setenv("VARK_CONFIG_DIR", directory.Path.c_str(), 1); // no settings but those of the test
+        setenv("CUPS_SERVER", directory.At("no-scheduler").c_str(), 1);
+        setenv("HOME", directory.Path.c_str(), 1);
+    }
+
+    // What a person does; a failed step ends up in what Log tells.
+    void Play(const std::string &script) const
+    {
+        setenv("VARK_UI", ("script:" + directory.Write("script", script)).c_str(), 1);
+    }
+
+    std::string Log() const { return ReadFile(directory.At("log")); }
+
+    // An open report of 200 lines: six pages.
+    void Fill(int lines = 200)
+    {
+        report = OpenShipped("or_slist.rs", susaId);
+        AddSusaHeader(report);
+        for (int line = 0; line < lines; ++line) {
+            AddSusaLine(report, {.Konto = std::to_string(1000 + line),
+                                 .Name = "Konto " + std::to_string(line),
+                                 .KumSoll = 100});
+        }
+    }
+
+    // Opens the view of the report, has it used and returns what went wrong.
+    std::string Use(const std::string &script)
+    {
+        Play(script + "\nclose\n");
+        Fill();
+        auto *view = static_cast<HWND>(OpenView(report));
+        EXPECT_NE(IsWindow(view), 0);
+        RunUntilClosed(view);
+        const std::string log = Log();
+        const size_t complaint = log.find("script:");
+        return complaint == std::string::npos ? "" : log.substr(complaint);
+    }
+};
+
+} // namespace
+
+TEST_F(Views, ShowTheirFirstPageUnderTheirTitle)
+{
+    EXPECT_EQ(Use("expect title Bericht\n"
+                  "expect text 102 1\n"
+                  "expect text 103 von 6\n"
+                  "expect disabled 101\n"
+                  "expect enabled 104\n"
+                  "expect focus 120\n"),
+              "");
+}
+
+TEST_F(Views, TurnPagesByButtonKeyAndNumber)
+{
+    EXPECT_EQ(Use("press 104\n"
+                  "expect text 102 2\n"
+                  "focus 120\n"
+                  "key PageDown\n"
+                  "expect text 102 3\n"
+                  "key PageUp\n"
+                  "expect text 102 2\n"
+                  "key End\n"
+                  "expect text 102 6\n"
+                  "expect disabled 104\n"
+                  "key Home\n"
+                  "expect text 102 1\n"
+                  "focus 102\n"
+                  "text 102 4\n"
+                  "key Enter\n"
+                  "expect focus 120\n"
+                  "expect text 102 4\n"
+                  "focus 102\n"
+                  "text 102 99\n"
+                  "key Enter\n"
+                  "expect text 102 6\n"),
+              "");
+}
+
+TEST_F(Views, ZoomInStepsAndByList)
+{
+    EXPECT_EQ(Use("expect row 106 Seitenbreite\n"
+                  "select 106 \"100 %\"\n"
+                  "press 107\n"
+                  "expect row 106 \"125 %\"\n"
+                  "press 105\n"
+                  "press 105\n"
+                  "expect row 106 \"75 %\"\n"
+                  "focus 120\n"
+                  "key +\n"
+                  "expect row 106 \"100 %\"\n"
+                  "key -\n"
+                  "expect row 106 \"75 %\"\n"
+                  "key Ctrl+0\n"
+                  "expect row 106 \"100 %\"\n"
+                  "select 106 \"Ganze Seite\"\n"
+                  "expect row 106 \"Ganze Seite\"\n"),
+              "");
+}
+
+TEST_F(Views, FindTextOnAnyPageInBothDirectionsAndAround)
+{
+    EXPECT_EQ(Use("key Ctrl+f\n"
+                  "expect focus 108\n"
+                  "text 108 KONTO 150\n"
+                  "key Enter\n"
+                  "expect text 102 4\n"
+                  "key F3\n"
+                  "expect text 115 \"Am Ende angekommen, am Anfang weitergesucht.\"\n"
+                  "text 108 Konto 19\n"
+                  "press 110\n"
+                  "expect text 102 5\n"
+                  "press 109\n"
+                  "expect text 102 1\n"
+                  "text 108 gibt es nicht\n"
+                  "key F3\n"
+                  "expect text 115 Nicht gefunden.\n"
+                  "focus 108\n"
+                  "key Escape\n"
+                  "expect text 108\n"
+                  "expect focus 120\n"),
+              "");
+}
+
+TEST_F(Views, CopyTheSelectedPageAsCells)
+{
+    EXPECT_EQ(Use("key Ctrl+a\n"
+                  "key Ctrl+c\n"
+                  "expect text 115 Kopiert.\n"),
+              "");
+    std::string copied(100'000, '\0');
+    copied.resize(static_cast<size_t>(VarkUiCopiedText(copied.data(), static_cast<int>(copied.size()))));
+    EXPECT_NE(copied.find("Summen- und Saldenliste"), std::string::npos);
+    EXPECT_NE(copied.find("1003\tKonto 3\t1,00\t"), std::string::npos) << copied;
+    EXPECT_EQ(copied.find("Konto 150"), std::string::npos) << "of another page";
+}
+
+TEST_F(Views, CopyNothingWhereNothingIsSelected)
+{
+    EXPECT_EQ(Use("press 111\nexpect text 115 Es ist nichts markiert.\n"), "");
+    EXPECT_EQ(VarkUiCopiedText(nullptr, 0), 0);
+}
+
+TEST_F(Views, SaveAFileOfAnyForm)
+{
+    EXPECT_EQ(Use("key Ctrl+s\n"
+                  "dialog 140\n"
+                  "expect title Bericht speichern\n"
+                  "expect text 201 " +
+                  directory.At("Summen- und Saldenliste.pdf") +
+                  "\n"
+                  "press 1\n"
+                  "expect text 115 Der Bericht wurde gespeichert.\n"
+                  "press 113\n"
+                  "select 202 \"CSV\"\n"
+                  "expect text 201 " +
+                  directory.At("Summen- und Saldenliste.csv") +
+                  "\n"
+                  "press 1\n"
+                  "press 113\n"
+                  "text 201 ~/a.txt\n"
+                  "press 1\n"
+                  "press 113\n"
+                  "text 201 ~/a.txt\n"
+                  "press 1\n"
+                  "box no gibt es schon\n"
+                  "press 2\n"),
+              "");
+    EXPECT_TRUE(ReadFile(directory.At("Summen- und Saldenliste.pdf")).starts_with("%PDF"));
+    EXPECT_NE(ReadFile(directory.At("Summen- und Saldenliste.csv")).find(";Konto 150;"), std::string::npos);
+    EXPECT_NE(ReadFile(directory.At("a.txt")).find("Konto 150"), std::string::npos);
+}
+
+TEST_F(Views, TellWhyAFileCannotBeWritten)
+{
+    EXPECT_EQ(Use("press 113\n"
+                  "text 201 /gibt/es/nicht/a.pdf\n"
+                  "press 1\n"
+                  "box ok Das Verzeichnis gibt es nicht.\n"
+                  "text 201\n"
+                  "press 1\n"
+                  "box ok in welche Datei\n"
+                  "text 201 ~/a.doc\n"
+                  "press 1\n"
+                  "box ok Die Endung\n"
+                  "press 2\n"),
+              "");
+}
+
+TEST_F(Views, TellWhyNothingIsPrinted)
+{
+    EXPECT_EQ(Use("press 112\n"
+                  "box ok nicht gedruckt\n"
+                  "expect text 115\n"),
+              "");
+}
+
+TEST_F(Views, CloseByEscapeAndByKey)
+{
+    for (const char *key : {"key Escape\n", "key Ctrl+w\n"}) {
+        const pid_t child = fork(); // a window system, and so a script, for each
+        if (child == 0) {
+            Play(key);
+            Fill();
+            RunUntilClosed(static_cast<HWND>(OpenView(report)));
+            const bool isDone = Log().find("script:") == std::string::npos && AddSusaHeader(report) == 0;
+            _exit(isDone && RSCopyReport(report, susaId, 0) == 0 ? 0 : 1);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0) << key;
+    }
+}
+
+TEST_F(Views, EndWithTheirReportWhenTheHostDestroysThem)
+{
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    ASSERT_NE(IsWindow(view), 0);
+    EXPECT_EQ(IsWindowVisible(view), 0) << "nobody has seen it before messages are handled";
+    EXPECT_NE(DestroyWindow(view), 0);
+    EXPECT_EQ(RSExportView(view, directory.At("a.csv").c_str()), 0);
+    EXPECT_EQ(RSPrintView(view, 0), 0);
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0) << "the report went with its only view";
+}
+
+TEST_F(Views, GoOnShowingAReportThatTheHostCloses)
+{
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    RSCloseReport(report);
+    EXPECT_EQ(AddSusaHeader(report), 0);
+    ASSERT_NE(IsWindow(view), 0);
+    EXPECT_EQ(RSExportView(view, directory.At("a.csv").c_str()), 1);
+    DestroyWindow(view);
+}
+
+TEST_F(Views, OfOneReportEndOneByOne)
+{
+    Play("");
+    Fill();
+    auto *first = static_cast<HWND>(OpenView(report));
+    auto *second = static_cast<HWND>(OpenView(report));
+    DestroyWindow(first);
+    EXPECT_EQ(RSExportView(second, directory.At("a.csv").c_str()), 1);
+    const int32_t copied = RSCopyReport(report, susaId, 0);
+    EXPECT_NE(copied, 0) << "the second view still has it";
+    RSCloseReport(copied);
+    DestroyWindow(second);
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
+}
+
+namespace {
+
+LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    return DefWindowProcA(window, message, wParam, lParam);
+}
+
+HWND MakeFrame()
+{
+    WNDCLASSA made = {};
+    made.lpfnWndProc = FrameProcedure;
+    made.lpszClassName = "Rahmen";
+    RegisterClassA(&made);
+    return CreateWindowExA(0, "Rahmen", "Rahmen", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 60, 800, 700, nullptr,
+                           nullptr, nullptr, nullptr);
+}
+
+RSWindow OpenChild(int32_t report, HWND frame, uint32_t style = WS_CHILD)
+{
+    return RSOpenView(report, "Blatt", "%N", frame, 10, 20, 600, 400, style, 0, 65535, 65535, frame);
+}
+
+} // namespace
+
+TEST_F(Views, AsChildrenStandWhereTheHostWantsThem)
+{
+    Play("");
+    Fill();
+    HWND frame = MakeFrame();
+    auto *view = static_cast<HWND>(OpenChild(report, frame));
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(GetParent(view), frame);
+    EXPECT_NE(IsWindowVisible(view), 0);
+    RECT place = {};
+    GetWindowRect(view, &place);
+    EXPECT_EQ(place.left, 60);
+    EXPECT_EQ(place.top, 80);
+    EXPECT_EQ(place.right - place.left, 600);
+    EXPECT_EQ(place.bottom - place.top, 400);
+    const auto style = static_cast<DWORD>(GetWindowLongPtrA(view, GWL_STYLE));
+    EXPECT_NE(style & WS_CHILD, 0U);
+    EXPECT_EQ(style & WS_CAPTION, 0U);
+    DestroyWindow(frame);
+    EXPECT_EQ(IsWindow(view), 0);
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0) << "the frame's end was the end of view and report";
+}
+
+TEST_F(Views, AsChildrenNeedAParent)
+{
+    Play("");
+    Fill();
+    EXPECT_NE(Errors([&] { EXPECT_EQ(OpenChild(report, nullptr), nullptr); }), "");
+    EXPECT_NE(RSCopyReport(report, susaId, 0), 0) << "the report is still the host's";
+    RSCloseReport(report);
+}
+
+TEST_F(Views, CopiedTakeTheOldOnesPlace)
+{
+    Play("");
+    Fill();
+    HWND frame = MakeFrame();
+    auto *view = static_cast<HWND>(OpenChild(report, frame));
+    const int32_t second = RSCopyReport(report, susaId, 0);
+    AddSusaHeader(second);
+    AddSusaLine(second, {.Konto = "7777", .Name = "Neu"});
+    RECT place = {};
+    GetWindowRect(view, &place);
+    auto *copied = static_cast<HWND>(
+        RSCopyView(second, view, 0, place.left, place.top, place.right - place.left, place.bottom - place.top,
+                   static_cast<uint32_t>(GetWindowLongPtrA(view, GWL_STYLE)),
+                   static_cast<uint32_t>(GetWindowLongPtrA(view, GWL_EXSTYLE)), 0));
+    ASSERT_NE(copied, nullptr);
+    ASSERT_NE(copied, view);
+    EXPECT_EQ(GetParent(copied), frame);
+    char title[40] = "";
+    GetWindowTextA(copied, title, sizeof title);
+    EXPECT_STREQ(title, "Blatt");
+    RECT after = {};
+    GetWindowRect(copied, &after);
+    EXPECT_EQ(after.left, place.left);
+    EXPECT_EQ(after.top, place.top);
+    EXPECT_EQ(after.right, place.right);
+    EXPECT_EQ(after.bottom, place.bottom);
+    DestroyWindow(view);
+    EXPECT_EQ(RSExportView(copied, directory.At("a.csv").c_str()), 1);
+    EXPECT_NE(ReadFile(directory.At("a.csv")).find(";7777;Neu;"), std::string::npos);
+    DestroyWindow(frame);
+}
+
+TEST_F(Views, ClosedWhileTheirSuccessorIsFilledGiveNone)
+{
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    const int32_t second = RSCopyReport(report, susaId, 0);
+    AddSusaHeader(second);
+    DestroyWindow(view);
+    EXPECT_EQ(AddSusaLine(second, {.Konto = "7777"}), 1) << "the new report does not need the old view";
+    EXPECT_EQ(RSCopyView(second, view, 0, 0, 0, 100, 100, 0, 0, 0), nullptr);
+    RSCloseReport(second);
+}
+
+TEST_F(Views, DrawOnWhenTheirProgramWasKilled)
+{
+    setenv("VARK_TEST_MARK", directory.Path.c_str(), 1);
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    ASSERT_EQ(KillMarked("rs-pages", directory.Path.string()), 1);
+    SendMessageA(view, WM_COMMAND, nextPage, 0);
+    char number[16] = "";
+    GetWindowTextA(GetDlgItem(view, pageNumber), number, sizeof number);
+    EXPECT_STREQ(number, "2");
+    GetWindowTextA(GetDlgItem(view, state), number, sizeof number);
+    EXPECT_STREQ(number, "") << "nothing was lost";
+    DestroyWindow(view);
+}
+
+TEST_F(Views, AfterAForkTheChildStartsAfresh)
+{
+    Fill(3);
+    const pid_t child = fork();
+    if (child == 0) {
+        bool isGood = AddSusaLine(report, {.Konto = "9999"}) == 0;
+        RSCloseReport(report); // not the child's
+        const int32_t own = OpenShipped("or_slist.rs", susaId);
+        isGood = isGood && AddSusaHeader(own) == 1 && OpenView(own) != nullptr;
+        _exit(isGood ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(AddSusaLine(report, {.Konto = "1234", .Name = "Eltern"}), 1);
+    EXPECT_EQ(RSExportView(OpenView(report), directory.At("a.csv").c_str()), 1);
+    const std::string file = ReadFile(directory.At("a.csv"));
+    EXPECT_NE(file.find(";1234;Eltern;"), std::string::npos);
+    EXPECT_EQ(file.find("9999"), std::string::npos);
+    RSCloseReport(report);
+}
