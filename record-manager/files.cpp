@@ -67,62 +67,86 @@ void UnlockUsage(ClientStore *store, bool loading)
     }
 }
 
-ClientFile *FindClientFile(ClientStore *store, const File *file)
+ClientFile *FindClientFile(ClientStore *store, uint32_t number)
 {
     ClientFile *found = store->Files;
-    while (found != nullptr && found->Of != file) {
+    while (found != nullptr && found->Of->Number != number) {
         found = found->Next;
     }
     return found;
 }
 
-// The client's part of the file, with the lock that tells others of it.
-int16_t AcquireClientFile(ClientStore *store, File *file, bool alone, ClientFile **out)
+int16_t FindNumber(ClientStore *store, const FilePath &path, uint32_t *number)
 {
-    ClientFile *found = FindClientFile(store, file);
-    if (found != nullptr && found->Opens > 0 && (alone || found->OpenedAlone))
-        return BtrStatusIncompatibleMode;
-    const LockKind kind = alone ? LockKind::Write : LockKind::Read;
-    const LockResult result = TryLock(store->LockFd, kind, OpensOffset(file->Number), 1);
-    if (result != LockResult::Granted) {
-        return result == LockResult::Failed ? BtrStatusIoError : BtrStatusIncompatibleMode;
-    }
-    if (found == nullptr) {
-        found = static_cast<ClientFile *>(calloc(1, sizeof(ClientFile)));
-        if (found == nullptr) {
-            Unlock(store->LockFd, OpensOffset(file->Number), 1);
-            return BtrStatusHandleTableFull;
-        }
-        found->Home = store;
-        found->Of = file;
-        found->Next = store->Files;
-        store->Files = found;
-    } else {
-        ReleaseFile(store->Books, file); // it has been counted already
-    }
-    found->OpenedAlone = alone;
-    *out = found;
+    MDB_txn *view = nullptr;
+    int16_t status = BeginView(store, &view);
+    if (status != BtrStatusOk) return status;
+    status = FindFileNumber(store->Books, view, path.Name, number);
+    EndView(store);
+    return status == BtrStatusOk && *number == 0 ? StatusOfMissing(path) : status;
+}
+
+int16_t AcquireNamed(ClientStore *store, const FilePath &path, File **file)
+{
+    MDB_txn *view = nullptr;
+    int16_t status = BeginView(store, &view);
+    if (status != BtrStatusOk) return status;
+    status = AcquireFile(store->Books, path.Name, view, store->Writer != nullptr, file);
+    EndView(store);
+    return status == BtrStatusFileNotFound ? StatusOfMissing(path) : status;
+}
+
+int16_t AddClientFile(ClientStore *store, File *file, ClientFile **out)
+{
+    auto *made = static_cast<ClientFile *>(calloc(1, sizeof(ClientFile)));
+    if (made == nullptr) return BtrStatusHandleTableFull;
+    made->Home = store;
+    made->Of = file;
+    made->Next = store->Files;
+    store->Files = made;
+    *out = made;
     return BtrStatusOk;
+}
+
+// The client's part of the file, with the lock that tells others of it. The lock comes first: a file that
+// somebody is about to replace may not be touched, since its trees are gone from this process already. Who
+// has it replaced meanwhile leads to a second try.
+int16_t AcquireClientFile(ClientStore *store, const FilePath &path, bool alone, ClientFile **out)
+{
+    for (;;) {
+        uint32_t number = 0;
+        int16_t status = FindNumber(store, path, &number);
+        if (status != BtrStatusOk) return status;
+        ClientFile *found = FindClientFile(store, number);
+        if (found != nullptr && found->Opens > 0 && (alone || found->OpenedAlone))
+            return BtrStatusIncompatibleMode;
+        const LockKind kind = alone ? LockKind::Write : LockKind::Read;
+        const LockResult result = TryLock(store->LockFd, kind, OpensOffset(number), 1);
+        if (result != LockResult::Granted) {
+            return result == LockResult::Failed ? BtrStatusIoError : BtrStatusIncompatibleMode;
+        }
+        if (found == nullptr) {
+            File *file = nullptr;
+            status = AcquireNamed(store, path, &file);
+            const bool same = status == BtrStatusOk && file->Number == number;
+            if (same) status = AddClientFile(store, file, &found);
+            if (!same || status != BtrStatusOk) Unlock(store->LockFd, OpensOffset(number), 1);
+            if (file != nullptr && found == nullptr) ReleaseFile(store->Books, file);
+            if (status != BtrStatusOk) return status;
+            if (!same) continue;
+        }
+        found->OpenedAlone = alone;
+        *out = found;
+        return BtrStatusOk;
+    }
 }
 
 int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
 {
-    File *file = nullptr;
-    MDB_txn *view = nullptr;
-    int16_t status = BeginView(store, &view);
-    if (status != BtrStatusOk) return status;
-    status = AcquireFile(store->Books, path.Name, view, store->Writer != nullptr, &file);
-    EndView(store);
-    if (status == BtrStatusFileNotFound) return StatusOfMissing(path);
-    if (status != BtrStatusOk) return status;
-
     const bool loading = call.KeyNumber == BtrModeLoading;
     ClientFile *in = nullptr;
-    status = AcquireClientFile(store, file, call.KeyNumber == BtrModeExclusive, &in);
-    if (status != BtrStatusOk) {
-        ReleaseFile(store->Books, file);
-        return status;
-    }
+    int16_t status = AcquireClientFile(store, path, call.KeyNumber == BtrModeExclusive, &in);
+    if (status != BtrStatusOk) return status;
     const LockResult usage = LockUsage(store, loading);
     if (usage != LockResult::Granted) {
         status = usage == LockResult::Failed ? BtrStatusIoError : BtrStatusIncompatibleMode;

@@ -276,6 +276,8 @@ int16_t SetUp(Store *store, const char *directory, bool create)
     if (status == BtrStatusOk && !empty) status = CheckLength(store);
     if (status == BtrStatusOk) status = CheckFormat(store, create && alone);
     if (status == BtrStatusOk && empty) status = SyncDirectory(store);
+    // Half a head would be foreign to the next who tries, where an empty file is as good as none.
+    if (status != BtrStatusOk && empty) (void)!ftruncate(store->PresenceFd, 0);
     if (status != BtrStatusOk) return status;
 
     struct stat lockFile;

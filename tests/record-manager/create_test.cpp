@@ -1,5 +1,7 @@
 // What create takes and what it refuses, and what stat gives back of it.
+#include "audit.h"
 #include "files.h"
+#include "threaded.h"
 
 namespace {
 
@@ -270,6 +272,37 @@ TEST(Stat, TellsTheVersionWhenAsked)
     ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
     EXPECT_EQ(me({.Operation = BtrOpStat, .Length = 64, .KeyNumber = -1}).Data[5], 0x61);
     EXPECT_EQ(me({.Operation = BtrOpStat, .Length = 64, .KeyNumber = 0}).Data[5], 0);
+}
+
+// The trees of a replaced file are gone from the process as soon as the transaction has replaced it, and
+// others still find its name.
+TEST(Create, AFileBeingReplacedInATransactionIsOpenedByNobodyElse)
+{
+    const TempDirectory directory;
+    Local me;
+    Threaded other;
+    ASSERT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Create(me, directory / "u.btr", DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    ASSERT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    ASSERT_EQ(OnT<Local>{me}.Insert("a", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Create(me, directory / "u.btr", DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Create(me, directory / "v.btr", DefinitionOfT()).Status, BtrStatusOk);
+    EXPECT_EQ(Open(other, directory / "u.btr").Status, BtrStatusIncompatibleMode);
+    ASSERT_EQ(Open(me, directory / "u.btr", 1).Status, BtrStatusOk);
+    ASSERT_EQ((OnT<Local>{me, 1}.Insert("b", "y", 2).Status), BtrStatusOk);
+    ASSERT_EQ(Open(me, directory / "v.btr", 2).Status, BtrStatusOk);
+    ASSERT_EQ((OnT<Local>{me, 2}.Insert("c", "z", 3).Status), BtrStatusOk);
+    ASSERT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+
+    const Remote next; // finds what was written, not what this process knows
+    for (const char *name : {"t.btr", "u.btr", "v.btr"}) {
+        const FileImage image =
+            Audit([&](const Request &request) { return next(request); }, directory / name);
+        EXPECT_EQ(image.Opened, BtrStatusOk) << name;
+        EXPECT_EQ(image.Complaint, "") << name;
+        EXPECT_EQ(image.Records.size(), 1U) << name;
+    }
 }
 
 } // namespace

@@ -57,7 +57,9 @@ struct Request {
 
 using PositionBlocks = std::array<std::array<uint8_t, BtrPositionBlockSize>, 16>;
 
-inline Answer Carry(PositionBlocks &blocks, const Request &request)
+// Makes the call, with `before` and `after` right around it.
+inline Answer Carry(
+    PositionBlocks &blocks, const Request &request, void (*before)() = [] {}, void (*after)() = [] {})
 {
     std::vector<uint8_t> data(request.Data.begin(), request.Data.end());
     if (data.size() < request.Length) data.resize(request.Length);
@@ -65,8 +67,10 @@ inline Answer Carry(PositionBlocks &blocks, const Request &request)
     memcpy(key.data(), request.Key.data(), std::min(request.Key.size(), key.size()));
     Answer answer;
     answer.Length = request.Length;
+    before();
     answer.Status = BTRCALL(request.Operation, blocks[request.Block].data(), data.data(), &answer.Length,
                             key.data(), request.KeyLength, request.KeyNumber);
+    after();
     answer.Data.assign(data.begin(), data.end());
     answer.Key.assign(key.data(), BtrKeyBufferSize);
     return answer;

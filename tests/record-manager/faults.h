@@ -9,8 +9,8 @@
 namespace wbtrvtest {
 
 // What is made to fail. Counting starts with Arm and concerns the calling thread alone.
-// Write: nothing is written, since the disk is full. ShortWrite: half of it is, and the disk is full from then
-// on if the fault is for ever.
+// Write: nothing is written, since the disk is full. ShortWrite: half of it is, and the disk is full from
+// then on if the fault is for ever.
 enum class Fault { None, Allocation, Write, ShortWrite, Sync, StoreCall };
 
 // Makes call number `nth` (from 1) of that kind fail, and with `forEver` every later one too.

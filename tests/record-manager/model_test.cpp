@@ -1,6 +1,7 @@
 // The record manager against the model: a long seeded sequence of every operation, by several threads over
 // several files, keys and position blocks, compared call by call. VARK_MODEL_SEED and VARK_MODEL_OPERATIONS
 // change it.
+#include "layouts.h"
 #include "model.h"
 #include "threaded.h"
 
@@ -14,34 +15,6 @@
 namespace {
 
 using namespace wbtrvtest;
-
-ModelLayout LayoutOf(size_t length, bool variable, const std::vector<ModelKey> &keys)
-{
-    ModelLayout layout{length, variable, keys, {}};
-    std::vector<KeySegment> segments;
-    for (const ModelKey &key : keys) {
-        for (size_t i = 0; i < key.Segments.size(); ++i) {
-            const ModelSegment &segment = key.Segments[i];
-            unsigned flags = 0;
-            if (key.Duplicates) flags |= BtrKeyDuplicates;
-            if (key.Modifiable) flags |= BtrKeyModifiable;
-            if (key.NullAll) flags |= BtrKeyNullAll;
-            if (segment.Descending) flags |= BtrKeyDescending;
-            if (i + 1 < key.Segments.size()) flags |= BtrKeySegmented;
-            segments.push_back({static_cast<uint16_t>(segment.Offset + 1),
-                                static_cast<uint16_t>(segment.Length), flags, segment.Type,
-                                static_cast<uint8_t>(segment.Null)});
-        }
-    }
-    layout.CreateBuffer = CreateBuffer(static_cast<uint16_t>(length), static_cast<unsigned>(keys.size()),
-                                       segments, variable ? 1 : 0);
-    return layout;
-}
-
-constexpr ModelSegment Text(size_t offset, size_t length)
-{
-    return {offset, length, BtrTypeString, false, 0};
-}
 
 // Draws what happens next.
 struct Chooser {
@@ -256,17 +229,9 @@ void Compare(uint64_t seed, uint64_t operations)
 
     Chooser chooser{std::mt19937_64(seed), {}, {}};
     Model model(3);
-    const ModelLayout t = LayoutOf(24, false,
-                                   {{{Text(0, 2)}, false, false, false, false},
-                                    {{Text(2, 2)}, true, true, false, false},
-                                    {{{4, 2, BtrTypeInteger, true, 0}}, true, true, false, false}});
-    const ModelLayout n =
-        LayoutOf(16, false,
-                 {{{{0, 2, BtrTypeAutoincrement, false, 0}}, false, true, false, true},
-                  {{Text(2, 2), {4, 2, BtrTypeUnsigned, false, 0}}, true, true, false, false}});
-    const ModelLayout v = LayoutOf(12, true,
-                                   {{{{0, 4, BtrTypeZString, false, 0}}, true, true, false, false},
-                                    {{{4, 2, BtrTypeString, true, ' '}}, false, true, true, false}});
+    const ModelLayout t = LayoutT();
+    const ModelLayout n = LayoutN();
+    const ModelLayout v = LayoutV();
     const std::vector<std::pair<std::string, ModelLayout>> files = {{directory / "t.btr", t},
                                                                     {directory / "n.btr", n},
                                                                     {directory / "v.btr", v},
