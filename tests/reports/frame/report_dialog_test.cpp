@@ -1,73 +1,11 @@
 // The parameter dialog of a report, played by scripts on the dialog of the Summen- und Saldenliste and on one
 // that has every control.
-#include "src/reports/frame/report_dialog.h"
-
-#include "src/frame/lifecycle.h"
-#include "src/frame/mandant.h"
-#include "src/platform/platform.h"
-#include "tests/support/books.h"
+#include "tests/reports/frame/played_dialog.h"
 
 #include <gtest/gtest.h>
 
 using namespace vark;
 using namespace vark::test;
-
-namespace {
-
-constexpr ReportDialog perDialog = {111,  "Summen- und Saldenliste", 3008, PeriodDayExact, true, 1 | 2 | 4,
-                                    false};
-constexpr ReportDialog fullDialog = {114, "Kontenblatt", 3009, 0x0F, false, 1 | 2 | 4 | 8, true};
-constexpr ReportDialog taxDialog = {122, "Umsatzsteuervoranmeldung", 3012, 0x1E, false, 0, false};
-
-struct Played {
-    Books Installation;
-    ThreadContext *Context = nullptr;
-    ReportChoice Choice{};
-    bool Accepted = false;
-
-    Played(const std::string &script, const ReportDialog &dialog, const ReportParams &params = {},
-           int16_t firstMonth = 1, bool setzeJahr = false)
-        : Installation(script)
-    {
-        MandantOptions options;
-        options.FirstFiscalMonth = firstMonth;
-        Installation.AddMandant(1, options);
-        Installation.Insert(1, TableSako, MakeSako("1000"));
-        Installation.Insert(1, TableSako, MakeSako("1200"));
-        Installation.Insert(1, TableKred, MakePersonal("70000"));
-        Installation.Insert(1, TableDebi, MakePersonal("70000"));
-        if (setzeJahr) WriteProfileText("TOLKA", "SetzeJahr", "1", "tolka.ini");
-        EXPECT_EQ(1, EnterExport(Context));
-        FistaRecord mandant;
-        EXPECT_EQ(1, SelectMandant(*Context, 1, mandant));
-        SpreadReportParams(*Context, params, &Choice.Period, &Choice.Range, &Choice.Ausgabe);
-        Accepted = RunReportDialog(*Context, dialog, nullptr, Choice);
-    }
-    ~Played() { VARK_SchliesseDB(); }
-    Played(const Played &) = delete;
-    Played &operator=(const Played &) = delete;
-
-    // What the window system logged of a script that did not fit.
-    std::string Refusals()
-    {
-        std::string refusals;
-        for (const std::string &line : Installation.TakeLog()) {
-            if (line.find("script:") == 0) refusals += line + "\n";
-        }
-        return refusals;
-    }
-};
-
-ReportParams PeriodCode(int32_t code, int32_t jahr)
-{
-    ReportParams params{};
-    params.ParamFlags = ParamZeitraum | ParamJahr;
-    params.Zeitraum = code;
-    params.JahrIndex = jahr;
-    return params;
-}
-
-} // namespace
 
 TEST(ReportDialogs, ClearedBlockStartsFromToday)
 {
