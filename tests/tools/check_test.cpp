@@ -864,7 +864,8 @@ const std::vector<Damage> inFiles = {
      "Schlüssel 0", "index"},
     {"FileCutOff", "a disk that was full",
      [](const GoodBooks &b) {
-         fs::resize_file(b.Data / "1998" / "books.mdb", fs::file_size(b.Data / "1998" / "books.mdb") / 2);
+         // Its second half might hold free pages alone.
+         fs::resize_file(b.Data / "1998" / "books.mdb", 40960);
      },
      "", "", "lesbar"},
     {"FileOfSomethingElse", "a file that was copied over it",

@@ -9,7 +9,9 @@ using namespace vark;
 
 void YearCheck::CheckRates()
 {
-    Check<StekeRecord>(TableSteke, [&](const StekeRecord &row) {
+    CheckTable(Out, LayoutOf(TableSteke), Directory, Of.FirstMonth, [&](const char *bytes) {
+        StekeRecord row;
+        std::memcpy(&row, bytes, sizeof row);
         Rate rate{row.Folge, row.GueltigAb[0] == 0,         0,
                   0,         Packed(row.Umsatzsteuerkonto), Packed(row.Vorsteuerkonto)};
         DayOfPacked(row.GueltigAb, Of.FirstMonth, rate.From);
@@ -39,16 +41,7 @@ void YearCheck::CheckRateRows()
         TableFile table(LayoutOf(TableSteke), Directory, OpenMode::ReadOnly);
         StekeRecord row{};
         for (bool found = table.StepFirst(&row); found; found = table.StepNext(&row)) {
-            const std::string key =
-                KeyText(table.Layout, reinterpret_cast<const char *>(&row)) + " " + std::to_string(row.Folge);
-            if (!IsSachkonto(row.Umsatzsteuerkonto)) {
-                Tell("verweis", "steke", key, "Umsatzsteuerkonto",
-                     "das Sachkonto " + Konto(row.Umsatzsteuerkonto) + " gibt es nicht");
-            }
-            if (!IsSachkonto(row.Vorsteuerkonto)) {
-                Tell("verweis", "steke", key, "Vorsteuerkonto",
-                     "das Sachkonto " + Konto(row.Vorsteuerkonto) + " gibt es nicht");
-            }
+            CheckReferences(TableSteke, row);
         }
     } catch (const EngineError &) {
         // Told when the table itself was checked.
@@ -149,10 +142,6 @@ void YearCheck::CheckSachkonto(const SakoRecord &record)
     if (record.Kennzahl < 0 || record.Kennzahl > 99) {
         Tell("kennzahl", "sako", number, "Kennzahl", std::to_string(record.Kennzahl) + " ist keine Kennzahl");
     }
-    if (record.Kostenschablone != 0 && Templates.count(record.Kostenschablone) == 0) {
-        Tell("verweis", "sako", number, "Kostenschablone",
-             "die Kostenschablone " + std::to_string(record.Kostenschablone) + " gibt es nicht");
-    }
 }
 
 void YearCheck::CheckPartner(AccountKind kind, const PersonalRecord &record)
@@ -161,14 +150,6 @@ void YearCheck::CheckPartner(AccountKind kind, const PersonalRecord &record)
     const std::string number = Konto(record.Konto);
     CheckShortName(table, number, FieldText(record.Kuerzel));
     if (record.Name1[0] == 0) Tell("name", table, number, "Name1", "der Name fehlt");
-    if (!IsEmpty(record.Gegenkonto) && !IsSachkonto(record.Gegenkonto)) {
-        Tell("verweis", table, number, "Gegenkonto",
-             "das Sachkonto " + Konto(record.Gegenkonto) + " gibt es nicht");
-    }
-    if (record.Zahlungsziel != 0 && Terms.count(record.Zahlungsziel) == 0) {
-        Tell("verweis", table, number, "Zahlungsziel",
-             "das Zahlungsziel " + std::to_string(record.Zahlungsziel) + " gibt es nicht");
-    }
     const bool hasBank = record.Bankkonto[0] != 0 || record.BankkontoAlt[0] != 0;
     if ((record.Blz[0] != 0) != hasBank) {
         Tell("bank", table, number, "Blz", "Bankleitzahl und Bankkonto gehören zusammen");
@@ -179,10 +160,6 @@ void YearCheck::CheckPartner(AccountKind kind, const PersonalRecord &record)
     if (!isGoodReminder) {
         Tell("mahnkennziffer", table, number, "Mahnkennziffer",
              "den Wert " + std::to_string(record.Mahnkennziffer) + " gibt es hier nicht");
-    }
-    const std::string currency = FieldText(record.Waehrung);
-    if (!currency.empty() && currency != FieldText(Of.Record.Waehrung) && Currencies.count(currency) == 0) {
-        Tell("verweis", table, number, "Waehrung", "zur Währung " + currency + " gibt es keinen Kurs");
     }
 }
 

@@ -13,10 +13,7 @@ void YearCheck::CheckPart(const SplitRecord &part, const std::string &table, con
 {
     const auto check = [&](const AccountNumber &number, uint8_t kind, const char *field) {
         const AccountState *account = Find(number);
-        if (account == nullptr) {
-            Tell("verweis", table, key, field, "das Konto " + Konto(number) + " gibt es nicht");
-            return;
-        }
+        if (account == nullptr) return; // told with the references
         const uint8_t expected = account->Kind == AccountKind::Sachkonto  ? BuchungSachkonto
                                  : account->Kind == AccountKind::Kreditor ? BuchungKreditor
                                                                           : BuchungDebitor;
@@ -28,14 +25,6 @@ void YearCheck::CheckPart(const SplitRecord &part, const std::string &table, con
     const std::string prefix = table == "bat" ? "Teil." : "";
     check(part.Sollkonto, part.SollArt, (prefix + "Sollkonto").c_str());
     check(part.Habenkonto, part.HabenArt, (prefix + "Habenkonto").c_str());
-    if (!IsEmpty(part.Steuerkonto) && !IsSachkonto(part.Steuerkonto)) {
-        Tell("verweis", table, key, prefix + "Steuerkonto",
-             "das Sachkonto " + Konto(part.Steuerkonto) + " gibt es nicht");
-    }
-    if (part.Kostenschablone != 0 && Templates.count(part.Kostenschablone) == 0) {
-        Tell("verweis", table, key, prefix + "Kostenschablone",
-             "die Kostenschablone " + std::to_string(part.Kostenschablone) + " gibt es nicht");
-    }
     const int64_t gross = Pfennig(part.Brutto);
     const int64_t net = Pfennig(part.Netto);
     if ((gross < 0) != (net < 0) && net != 0 && gross != 0) {
@@ -98,18 +87,7 @@ void YearCheck::CheckBatches()
         if (std::memcmp(head.Buchungsdatum, head.ZweitesDatum, sizeof head.Buchungsdatum) != 0) {
             Tell("datum", "bat", key, "ZweitesDatum", "die beiden Daten sind verschieden");
         }
-        if (Batches.count(head.Stapel) == 0) {
-            Tell("verweis", "bat", key, "Stapel",
-                 "den Stapel " + std::to_string(head.Stapel) + " gibt es nicht");
-        }
-        if (head.Zahlungsziel != 0 && Terms.count(head.Zahlungsziel) == 0) {
-            Tell("verweis", "bat", key, "Zahlungsziel",
-                 "das Zahlungsziel " + std::to_string(head.Zahlungsziel) + " gibt es nicht");
-        }
-        const std::string currency = FieldText(head.Waehrung);
-        if (!currency.empty() && Currencies.count(currency) == 0) {
-            Tell("verweis", "bat", key, "Waehrung", "zur Währung " + currency + " gibt es keinen Kurs");
-        }
+        CheckReferences(TableBat, head);
         CheckPart(head.Teil, "bat", key, day);
         compareCosts("bat", key, head.Teil.Kostenzeilen,
                      countCosts(head.Buchungsnummer, keyOfHeadCosts, &KobuRecord::Buchungsnummer));
@@ -120,6 +98,7 @@ void YearCheck::CheckBatches()
             ++parts;
             const std::string partKey =
                 std::to_string(part.Buchungsnummer) + " " + std::to_string(part.Splitnummer);
+            CheckReferences(TableSplit, part);
             CheckPart(part, "split", partKey, day);
             compareCosts("split", partKey, part.Kostenzeilen,
                          countCosts(part.Splitnummer, keyOfPartCosts, &KobuRecord::Splitnummer));
@@ -144,21 +123,12 @@ void YearCheck::CheckOpenItems(TableId id, AccountKind kind)
     std::unordered_map<uint64_t, int64_t> open;
     Check<OpenItemRecord>(id, [&](const OpenItemRecord &record) {
         const std::string key = std::to_string(record.Nummer);
-        const AccountState *account = Find(record.Konto);
-        if (account == nullptr || account->Kind != kind) {
-            Tell("verweis", stem, key, "Konto", "das Konto " + Konto(record.Konto) + " gibt es nicht");
-        }
         open[Packed(record.Konto)] += Pfennig(record.Betrag1);
         Day first = 0;
         Day due = 0;
         if (DayOfSort(record.Datum1, Of.FirstMonth, first) && DayOfSort(record.Termin, Of.FirstMonth, due) &&
             due < first) {
             Tell("datum", stem, key, "Termin", DisplayDay(due) + " liegt vor dem Belegdatum");
-        }
-        const std::string currency = FieldText(record.Waehrung);
-        if (!currency.empty() && currency != FieldText(Of.Record.Waehrung) &&
-            Currencies.count(currency) == 0) {
-            Tell("verweis", stem, key, "Waehrung", "zur Währung " + currency + " gibt es keinen Kurs");
         }
     });
     for (const AccountState &account : Accounts) {

@@ -57,16 +57,13 @@ void YearCheck::CheckCostLines()
         const std::string key = std::to_string(line.FinaleBuchung);
         Day day = 0;
         const bool hasDay = DayOfSort(line.Datum, Of.FirstMonth, day);
-        const auto checkObject = [&](const AccountNumber &number, const char *field,
-                                     bool isNeeded) -> CostState * {
-            if (IsEmpty(number) && !isNeeded) return nullptr;
+        CheckReferences(TableKobu, line);
+        const auto find = [this](const AccountNumber &number) {
             const auto object = CostOf.find(Packed(number));
-            if (object != CostOf.end()) return &Costs[object->second];
-            Tell("verweis", "kobu", key, field, "die Kostenstelle " + Konto(number) + " gibt es nicht");
-            return nullptr;
+            return object != CostOf.end() ? &Costs[object->second] : nullptr;
         };
-        CostState *first = checkObject(line.Kostenobjekt1, "Kostenobjekt1", true);
-        CostState *second = checkObject(line.Kostenobjekt2, "Kostenobjekt2", false);
+        CostState *first = find(line.Kostenobjekt1);
+        CostState *second = find(line.Kostenobjekt2);
         if (line.FinaleBuchung == 0) {
             BatRecord head{};
             SplitRecord part{};
@@ -136,18 +133,6 @@ void YearCheck::CheckTemplates()
             if (*at >= '0' && *at <= '9') share = share * 10 + *at - '0';
         }
         shares[record.Nummer] += share;
-        if (Templates.count(record.Nummer) == 0) {
-            Tell("verweis", "koschaze", key, "Nummer", "die Kostenschablone gibt es nicht");
-        }
-        const auto check = [&](const AccountNumber &number, const char *field, bool isNeeded) {
-            if (IsEmpty(number) && !isNeeded) return;
-            if (CostOf.count(Packed(number)) == 0) {
-                Tell("verweis", "koschaze", key, field,
-                     "die Kostenstelle " + Konto(number) + " gibt es nicht");
-            }
-        };
-        check(record.Kostenobjekt1, "Kostenobjekt1", true);
-        check(record.Kostenobjekt2, "Kostenobjekt2", false);
     });
     for (const auto &[number, count] : TemplateLines) {
         const std::string key = std::to_string(number);

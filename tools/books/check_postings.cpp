@@ -40,10 +40,6 @@ void YearCheck::CheckTax(const BubeRecord &record, const std::string &key)
         }
         return;
     }
-    if (!IsSachkonto(record.Steuerkonto)) {
-        Tell("verweis", "bube", key, "Steuerkonto",
-             "das Sachkonto " + Konto(record.Steuerkonto) + " gibt es nicht");
-    }
     if (onSoll == onHaben) {
         Tell("steuer", "bube", key, "Steuerflags", "die Seite der Steuer ist nicht bestimmt");
         return;
@@ -140,17 +136,7 @@ void YearCheck::CheckPosting(const BubeRecord &record, SplitState &split)
              std::to_string(record.Buchungsnummer) + " ist keine Nummer");
     }
     const int month = FiscalOf(day, Of.FirstMonth).Month - 1;
-    const auto checkAccount = [&](const AccountNumber &number, const char *field) {
-        if (Find(number) == nullptr) {
-            Tell("verweis", "bube", key, field, "das Konto " + Konto(number) + " gibt es nicht");
-        }
-    };
-    checkAccount(record.Sollkonto, "Sollkonto");
-    checkAccount(record.Habenkonto, "Habenkonto");
-    const std::string user = FieldText(record.Benutzer, sizeof(UserRecord::Schluessel));
-    if (!user.empty() && Users.count(user) == 0) {
-        Tell("verweis", "bube", key, "Benutzer", "den Benutzer " + user + " gibt es nicht");
-    }
+    CheckReferences(TableBube, record);
     CheckTax(record, key);
     CheckSplitLine(record, key, split);
 

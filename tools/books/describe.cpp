@@ -51,6 +51,14 @@ std::string KeyList(const TableLayout &layout)
     return list;
 }
 
+// The tables in which the value stands, with "leer" where there need not be one.
+std::string ReferenceText(const FieldLayout &field)
+{
+    std::string text(ReferenceName(field.Target));
+    if (!text.empty() && !field.IsNeeded) text += ", leer";
+    return text;
+}
+
 void PutField(RowWriter &rows, const TableLayout &layout, const FieldLayout &field, bool isNamed)
 {
     if (isNamed) rows.PutUtf8(layout.Stem);
@@ -59,7 +67,7 @@ void PutField(RowWriter &rows, const TableLayout &layout, const FieldLayout &fie
     rows.PutUtf8(field.Name);
     rows.PutUtf8(FormName(field.Type));
     rows.PutUtf8(KeysOf(layout, field));
-    rows.PutUtf8(ReferenceName(field.Target));
+    rows.PutUtf8(ReferenceText(field));
     rows.PutUtf8(field.Meaning);
     rows.EndRow();
 }
@@ -68,7 +76,7 @@ std::vector<RowColumn> FieldColumns(bool isNamed)
 {
     std::vector<RowColumn> columns = {{"Ab", "ab", 4, Align::Right},  {"Bytes", "bytes", 5, Align::Right},
                                       {"Feld", "feld", 24},           {"Form", "form", 18},
-                                      {"Schlüssel", "schluessel", 9}, {"Steht in", "steht_in", 16},
+                                      {"Schlüssel", "schluessel", 9}, {"Steht in", "steht_in", 22},
                                       {"Bedeutung", "bedeutung", 40}};
     if (isNamed) columns.insert(columns.begin(), {"Tabelle", "tabelle", 8});
     return columns;
@@ -171,7 +179,7 @@ void PrintPage(const TableLayout *only)
             out << (field.Type == Form::Bytes ? "<tr class=\"gap\">" : "<tr>") << "<td class=\"n\">"
                 << field.Offset << "</td><td class=\"n\">" << field.Width << "</td><td class=\"f\">"
                 << Html(field.Name) << "</td><td>" << Html(FormName(field.Type)) << "</td><td>"
-                << KeysOf(layout, field) << "</td><td>" << ReferenceName(field.Target) << "</td><td>"
+                << KeysOf(layout, field) << "</td><td>" << ReferenceText(field) << "</td><td>"
                 << Html(field.Meaning) << "</td></tr>\n";
         }
         out << "</table>\n";

@@ -126,12 +126,14 @@ struct YearCheck {
         Out.Tell(rule, table, key, field, text);
     }
 
+    // Checks a table, what its records refer to, and hands them to `visit` before that.
     template <typename Record, typename Visit> bool Check(vark::TableId id, Visit visit)
     {
         return CheckTable(Out, tools::LayoutOf(id), Directory, Of.FirstMonth, [&](const char *bytes) {
             Record record;
             std::memcpy(&record, bytes, sizeof record);
             visit(record);
+            CheckReferences(tools::LayoutOf(id), bytes);
         });
     }
 
@@ -155,13 +157,17 @@ struct YearCheck {
         return found != AccountOf.end() ? &Accounts[found->second] : nullptr;
     }
 
-    bool IsSachkonto(const vark::AccountNumber &number)
-    {
-        const AccountState *account = Find(number);
-        return account != nullptr && account->Kind == AccountKind::Sachkonto;
-    }
-
     bool InYear(tools::Day day) const { return tools::FiscalOf(day, Of.FirstMonth).Year == Year; }
+
+    // What the fields of a record refer to must be there, by the description of the tables. Nodes of trees,
+    // bookings and their parts are followed where these are read.
+    void CheckReferences(const tools::TableLayout &layout, const char *record);
+    // What is missing of it; empty for nothing.
+    std::string FaultOfReference(const tools::FieldLayout &field, const char *record) const;
+    template <typename Record> void CheckReferences(vark::TableId id, const Record &record)
+    {
+        CheckReferences(tools::LayoutOf(id), reinterpret_cast<const char *>(&record));
+    }
 
     void Run();
     void ReadReferences();

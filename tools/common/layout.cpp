@@ -16,6 +16,11 @@ using namespace vark;
     {                                                                                                        \
 #member, offsetof(record, member), sizeof(record::member), form, Reference::target, meaning          \
     }
+#define NEEDS(record, member, form, target, meaning)                                                         \
+    FieldLayout                                                                                              \
+    {                                                                                                        \
+#member, offsetof(record, member), sizeof(record::member), form, Reference::target, meaning, true    \
+    }
 #define SEGMENT(record, member, type)                                                                        \
     KeySegment { offsetof(record, member), sizeof(record::member), KeyType::type }
 
@@ -129,7 +134,7 @@ TableLayout Personal(TableId id, const char *stem, const char *content)
         FIELD(R, Skonto, Form::Rate, "Skontoprozente"),
         FIELD(R, Mahnkennziffer, Form::I16, "-1 bis 3 bei Debitoren, 0 bei Kreditoren"),
         FIELD(R, UstId, Form::Text, "USt-IdNr; die ersten zwei Zeichen nennen das Land"),
-        FIELD(R, Waehrung, Form::Text, "Währung eines Kreditors; leer: die des Mandanten"),
+        LINK(R, Waehrung, Form::Text, Waehrung, "Währung eines Kreditors; leer: die des Mandanten"),
         FIELD(R, Kennzeichen, Form::U8, "1 steht im Kontenplan als Ja"),
     };
     fields.insert(fields.end(), terms.begin(), terms.end());
@@ -161,8 +166,8 @@ TableLayout Steke()
              FIELD(R, Folge, Form::U16, "Nummer des Satzes im Schlüssel, der neueste zuerst"),
              FIELD(R, GueltigAb, Form::PackedDay, "erster Tag des Satzes; leer: schon immer"),
              FIELD(R, Satz, Form::Rate, "Prozentsatz"),
-             LINK(R, Umsatzsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto ohne das Vorsteuer-Bit"),
-             LINK(R, Vorsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto mit dem Vorsteuer-Bit")}};
+             NEEDS(R, Umsatzsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto ohne das Vorsteuer-Bit"),
+             NEEDS(R, Vorsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto mit dem Vorsteuer-Bit")}};
 }
 
 TableLayout Fista()
@@ -252,7 +257,7 @@ TableLayout Kobu()
              LINK(R, Buchungsnummer, Form::I32, Buchung, "die in bat, bei der ersten Teilbuchung, sonst 0"),
              LINK(R, Splitnummer, Form::I32, Teil, "die in split, bei einer weiteren Teilbuchung, sonst 0"),
              FIELD(R, Datum, Form::SortDay, "Tag der Buchung"),
-             LINK(R, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
+             NEEDS(R, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
              LINK(R, Kostenobjekt2, Form::Konto, Kostenobjekt, "zweite Kostenstelle"),
              LINK(R, Konto, Form::Konto, Konto, "Konto der endgültigen Buchung"),
              FIELD(R, Flag, Form::U8, "Kennzeichen der Schablone; dazu 32 auf der Habenseite"),
@@ -264,8 +269,8 @@ std::vector<FieldLayout> SplitFields()
     using R = SplitRecord;
     return {LINK(R, Buchungsnummer, Form::I32, Buchung, "die in bat"),
             FIELD(R, Splitnummer, Form::I32, "vergibt die Datenbank"),
-            LINK(R, Sollkonto, Form::Konto, Konto, "Sollkonto"),
-            LINK(R, Habenkonto, Form::Konto, Konto, "Habenkonto"),
+            NEEDS(R, Sollkonto, Form::Konto, Konto, "Sollkonto"),
+            NEEDS(R, Habenkonto, Form::Konto, Konto, "Habenkonto"),
             LINK(R, Steuerkonto, Form::Konto, Sachkonto, "Steuerkonto, leer ohne Steuer"),
             FIELD(R, SollArt, Form::U8, "Art des Sollkontos: 2 Sachkonto, 4 Kreditor, 8 Debitor"),
             FIELD(R, HabenArt, Form::U8, "Art des Habenkontos, ebenso"),
@@ -295,7 +300,7 @@ TableLayout Bat()
 {
     using R = BatRecord;
     std::vector<FieldLayout> fields = {
-        LINK(R, Stapel, Form::I32, Stapel, "Nummer des Stapels"),
+        NEEDS(R, Stapel, Form::I32, Stapel, "Nummer des Stapels"),
         FIELD(R, Buchungsnummer, Form::I32, "vergibt die Datenbank"),
         FIELD(R, Buchungsdatum, Form::PackedDay, "Buchungsdatum"),
         FIELD(R, ZweitesDatum, Form::PackedDay, "wie das Buchungsdatum; Datum der Kostenzeilen"),
@@ -306,7 +311,7 @@ TableLayout Bat()
     };
     AddNested(fields, "Teil", offsetof(R, Teil), "erste Teilbuchung", SplitFields());
     const std::vector<FieldLayout> rest = {
-        FIELD(R, Waehrung, Form::Text, "Währung des Personenkontos"),
+        LINK(R, Waehrung, Form::Text, Waehrung, "Währung des Personenkontos"),
         FIELD(R, Waehrungsbetrag, Form::Amount, "Betrag in dieser Währung"),
         FIELD(R, Kennzeichen, Form::U8, "wie der Aufrufer es gab"),
         FIELD(R, OpAusgleich, Form::U8, "nicht 0: die Buchung gleicht einen offenen Posten aus"),
@@ -337,8 +342,8 @@ TableLayout Bube()
              ChangingKey({SEGMENT(R, Buchungsdatum, String)})},
             {FIELD(R, Schluessel.Folge, Form::DayNumber, "Tag und seine laufende Nummer, JJMMTTNNNN"),
              FIELD(R, Schluessel.Belegdatum, Form::PackedDay, "Belegdatum"),
-             LINK(R, Sollkonto, Form::Konto, Konto, "Sollkonto"),
-             LINK(R, Habenkonto, Form::Konto, Konto, "Habenkonto"),
+             NEEDS(R, Sollkonto, Form::Konto, Konto, "Sollkonto"),
+             NEEDS(R, Habenkonto, Form::Konto, Konto, "Habenkonto"),
              LINK(R, Steuerkonto, Form::Konto, Sachkonto, "Steuerkonto, leer ohne Steuer"),
              FIELD(R, Status, Form::U16,
                    "Bits: 2 ohne Netto, 4 nicht im Monat, 8 gefaltet, 16 ohne Kennzahl, 128/256 Split auf "
@@ -384,11 +389,12 @@ TableLayout OpenItems(TableId id, const char *stem, const char *content, Referen
         FIELD(R, Betrag2, Form::Amount, "zweiter Betrag"),
         FIELD(R, Betrag4, Form::Amount, "Betrag der OP-Liste"),
         FIELD(R, Wert3, Form::I32, "Wert der OP-Liste"),
-        FIELD(R, Waehrung, Form::Text, "Währung; leer: die des Mandanten"),
+        LINK(R, Waehrung, Form::Text, Waehrung, "Währung; leer: die des Mandanten"),
         FIELD(R, Waehrungsbetrag, Form::Amount, "Betrag in dieser Währung"),
         FIELD(R, Zahlungsart, Form::U8, "1 Überweisung, 2 Scheck, 3 Einzug, 4 Abbuchung"),
     };
     fields[1].Target = account;
+    fields[1].IsNeeded = true;
     return {id,
             stem,
             sizeof(R),
@@ -457,8 +463,8 @@ TableLayout Koschaze()
             sizeof(R),
             "Zeilen der Kostenschablonen",
             {DuplicateKey({SEGMENT(R, Nummer, Integer)})},
-            {LINK(R, Nummer, Form::I32, Kostenschablone, "Nummer der Kostenschablone"),
-             LINK(R, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
+            {NEEDS(R, Nummer, Form::I32, Kostenschablone, "Nummer der Kostenschablone"),
+             NEEDS(R, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
              LINK(R, Kostenobjekt2, Form::Konto, Kostenobjekt, "zweite Kostenstelle"),
              FIELD(R, Flag, Form::U8, "Kennzeichen"), FIELD(R, Anteil, Form::Share, "Anteil in Prozent"),
              FIELD(R, Text, Form::Text, "Text")}};
@@ -627,6 +633,7 @@ std::string_view ReferenceName(Reference reference)
     case Reference::Buchung: return "bat";
     case Reference::Teil: return "split";
     case Reference::Final: return "bube";
+    case Reference::Waehrung: return "kurse";
     }
     return {};
 }

@@ -46,10 +46,11 @@ enum class Reference : uint8_t {
     Kostenschablone,
     Stapel,
     Benutzer,
-    Knoten,  // a node of the same table
-    Buchung, // bat
-    Teil,    // split
-    Final,   // bube, by its Buchungsnummer
+    Knoten,   // a node of the same table
+    Buchung,  // bat
+    Teil,     // split
+    Final,    // bube, by its Buchungsnummer
+    Waehrung, // kurse, or the Mandant's own
 };
 
 struct FieldLayout {
@@ -58,7 +59,8 @@ struct FieldLayout {
     uint16_t Width;
     Form Type;
     Reference Target;
-    std::string Meaning; // German
+    std::string Meaning;   // German
+    bool IsNeeded = false; // what it refers to, that is: the field may not be empty (or 0)
 };
 
 enum class KeyType : uint8_t { String = 0, Integer = 1, Unsigned = 14, Autoincrement = 15 };
