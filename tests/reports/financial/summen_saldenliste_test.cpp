@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -112,6 +113,83 @@ TEST_F(SummenSaldenliste, FailingReadEndsTheReport)
     StopEngineFaults();
     EXPECT_EQ((Lines{"I/O Error", "Die Summen- und Saldenliste konnte nicht erstellt werden!"}),
               books.TakeBoxes());
+}
+
+TEST_F(SummenSaldenliste, WhicheverReadFailsTheReportIsWholeOrNotThere)
+{
+    // A day inside a month, so that postings are read as well.
+    std::memcpy(params.BisDatum, "150398", 7);
+    books.Insert(1, TableBube, MakeBube(1, "200318", "1000", "1200", "000000010,00"));
+    sent.Install();
+    ASSERT_NE(nullptr, VARK_SummenSaldenListe(1, nullptr, &params));
+    VARK_SchliesseDB();
+    const Lines whole = sent.Calls;
+    bool wasTried = true;
+    int failed = 0;
+    for (int n = 1; wasTried; ++n) {
+        ASSERT_LT(n, 200);
+        sent.Calls.clear();
+        books.TakeBoxes();
+        FailEngineCall(n, 2);
+        VarkWindow view = VARK_SummenSaldenListe(1, nullptr, &params);
+        wasTried = StopEngineFaults() >= n;
+        const Lines boxes = books.TakeBoxes();
+        if (view != nullptr) {
+            // Nothing but a close failed.
+            EXPECT_EQ(whole, sent.Calls) << n;
+            EXPECT_EQ(1u, uint32_t{params.ViewResult}) << n;
+        } else {
+            ++failed;
+            EXPECT_EQ(0u, uint32_t{params.ViewResult}) << n;
+            const bool wasOpened = !sent.Calls.empty();
+            if (wasOpened) {
+                EXPECT_EQ("close 7", sent.Calls.back()) << n;
+                ASSERT_FALSE(boxes.empty());
+                EXPECT_EQ("Die Summen- und Saldenliste konnte nicht erstellt werden!", boxes.back()) << n;
+            }
+        }
+        VARK_SchliesseDB();
+    }
+    EXPECT_GT(failed, 5);
+}
+
+TEST_F(SummenSaldenliste, BlockOfRandomBytesIsReadWithinItself)
+{
+    // What cannot be read is corrected or refused by the dialog; nothing is written outside the block.
+    sent.Install();
+    constexpr unsigned seed = 20240817;
+    std::mt19937 random(seed);
+    struct {
+        char Before[64];
+        ReportParams Block;
+        char After[64];
+    } fenced;
+    int made = 0;
+    for (int round = 0; round < 300; ++round) {
+        std::memset(&fenced, 0x5A, sizeof fenced);
+        auto *bytes = reinterpret_cast<unsigned char *>(&fenced.Block);
+        for (size_t i = 0; i < sizeof fenced.Block; ++i) {
+            bytes[i] = static_cast<unsigned char>(random());
+        }
+        // Half of them with dates that are dates, so that reports are made as well.
+        if (round % 2 == 0) {
+            std::memcpy(fenced.Block.VonDatum, "010198", 7);
+            std::memcpy(fenced.Block.BisDatum, "310398", 7);
+            fenced.Block.ParamFlags = (fenced.Block.ParamFlags | ParamDaten) & ~uint32_t{ParamArchivJahr};
+        }
+        const bool isShown = VARK_SummenSaldenListe(1, nullptr, &fenced.Block) != nullptr;
+        if (uint32_t{fenced.Block.ViewResult} == 1) {
+            ++made;
+            EXPECT_EQ(int32_t{fenced.Block.Ausgabe} == 0, isShown) << "seed " << seed << " round " << round;
+        } else {
+            EXPECT_FALSE(isShown) << "seed " << seed << " round " << round;
+        }
+        for (size_t i = 0; i < sizeof fenced.Before; ++i) {
+            ASSERT_EQ(0x5A, fenced.Before[i]) << "seed " << seed << " round " << round;
+            ASSERT_EQ(0x5A, fenced.After[i]) << "seed " << seed << " round " << round;
+        }
+    }
+    EXPECT_GT(made, 100);
 }
 
 TEST_F(SummenSaldenliste, UnknownMandantGivesNothingAndShowsNothing)
