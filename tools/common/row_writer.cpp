@@ -56,9 +56,9 @@ void RowWriter::Begin()
                 }
             } else {
                 const bool isLast = &one == &columns.back();
-                buffer += isLast                     ? one.Heading
-                          : one.Side == Align::Right ? Right(one.Heading, one.Width)
-                                                     : Left(one.Heading, one.Width);
+                buffer += one.Side == Align::Right ? Right(one.Heading, one.Width)
+                          : isLast                 ? one.Heading
+                                                   : Left(one.Heading, one.Width);
             }
         }
         buffer += '\n';

@@ -46,9 +46,10 @@ std::string NumberOf(int mandant, const std::string &konto, int &art, int otherw
     return found ? std::string(found->Konto) : number;
 }
 
-// "1.160,00 Soll": a negative balance is a Haben balance.
+// "1.160,00 Soll": a negative balance is a Haben balance, and nothing has no side.
 std::string SideOf(const AmountOut &amount)
 {
+    if (std::string_view(amount) == "0,00") return amount;
     const bool isHaben = amount[0] == '-';
     return std::string(amount + (isHaben ? 1 : 0)) + (isHaben ? " Haben" : " Soll");
 }
@@ -144,7 +145,7 @@ int ShowJournal(const QueryOptions &options)
         }
         rows.Put(datum);
         rows.Put(beleg);
-        if (part == 0) {
+        if (part == 0 && options.As != Output::Json) {
             rows.PutUtf8("");
         } else {
             rows.PutNumber(part);
@@ -165,6 +166,25 @@ int ShowJournal(const QueryOptions &options)
 
 namespace {
 
+// What people see has no room for the second reference, which is seldom there.
+std::vector<RowColumn> ItemColumns(Output as)
+{
+    std::vector<RowColumn> columns = {{"", "art", 1},
+                                      {"Konto", "konto", 7, Align::Right},
+                                      {"Beleg", "referenz1", 9},
+                                      {"Referenz", "referenz2", 9},
+                                      {"vom", "datum1", 10},
+                                      {"fällig", "datum2", 10},
+                                      {"Skonto bis", "datum3", 10},
+                                      {"offen", "betrag1", 15, Align::Right},
+                                      {"Skonto", "betrag2", 13, Align::Right},
+                                      {"Whg", "waehrung", 4},
+                                      {"Name", "text1", 25},
+                                      {"Text", "text2", 25}};
+    if (as == Output::Table) columns.erase(columns.begin() + 3);
+    return columns;
+}
+
 // The items of one kind, or of one account of it. The library's code where it refuses, else 0.
 int PutOpenItems(RowWriter &rows, const QueryOptions &options, int art, const std::string &konto)
 {
@@ -179,7 +199,10 @@ int PutOpenItems(RowWriter &rows, const QueryOptions &options, int art, const st
                              betrag1, betrag2, waehrung);
         if (result < 1) break;
         rows.PutUtf8(KindLetter(art));
-        for (const char *value : {number, referenz1, referenz2, datum1, datum2, datum3}) {
+        rows.Put(number);
+        rows.Put(referenz1);
+        if (options.As != Output::Table) rows.Put(referenz2);
+        for (const char *value : {datum1, datum2, datum3}) {
             rows.Put(value);
         }
         rows.PutAmount(betrag1);
@@ -200,19 +223,7 @@ int ShowOpenItems(const QueryOptions &options)
     int art = options.Kind.empty() ? 0 : KontoartOf(options.Kind);
     std::string konto;
     if (!options.Konten.empty()) konto = NumberOf(options.Mandant, options.Konten.front(), art, ArtDebitor);
-    RowWriter rows({{"", "art", 1},
-                    {"Konto", "konto", 7, Align::Right},
-                    {"Beleg", "referenz1", 9},
-                    {"Referenz", "referenz2", 9},
-                    {"vom", "datum1", 10},
-                    {"fällig", "datum2", 10},
-                    {"Skonto bis", "datum3", 10},
-                    {"offen", "betrag1", 15, Align::Right},
-                    {"Skonto", "betrag2", 13, Align::Right},
-                    {"Whg", "waehrung", 4},
-                    {"Name", "text1", 25},
-                    {"Text", "text2", 25}},
-                   options.As);
+    RowWriter rows(ItemColumns(options.As), options.As);
     const std::vector<int> kinds =
         art != 0 ? std::vector<int>{art} : std::vector<int>{ArtDebitor, ArtKreditor};
     for (const int each : kinds) {
