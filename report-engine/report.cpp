@@ -4,6 +4,8 @@
 #include "report-engine/template.h"
 
 #include <cerrno>
+#include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -69,8 +71,21 @@ bool FailReport(Report &report, const char *message)
     return false;
 }
 
+bool CopyShared(Report &to, const Report &from)
+{
+    for (int i = 0; i < from.SharedCount; ++i) {
+        SharedSource &shared = to.Shared[i];
+        shared = from.Shared[i];
+        shared.Source = Duplicate(from.Shared[i].Source, from.Shared[i].Length);
+        if (shared.Source == nullptr) return false;
+        ++to.SharedCount;
+    }
+    return true;
+}
+
 // Takes ownership of `source`.
-Report *CreateOwning(const char *path, char *source, size_t length, const CatalogueRow *row)
+Report *CreateOwning(const char *path, char *source, size_t length, const CatalogueRow *row,
+                     const Report *sharing)
 {
     auto *report = static_cast<Report *>(std::calloc(1, sizeof(Report)));
     char *pathCopy = Duplicate(path, std::strlen(path));
@@ -89,7 +104,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
     report->Catalogue = row;
     report->Store.File = -1;
     char message[messageSize] = "1: not enough memory";
-    if (!OpenSandbox(report->Box, report) ||
+    if ((sharing != nullptr && !CopyShared(*report, *sharing)) || !OpenSandbox(report->Box, report) ||
         !RunProtected(report->Box, OfferFunctions, report, message, sizeof message) ||
         !RunProtected(report->Box, RunDeclarations, report, message, sizeof message)) {
         FailReport(*report, message);
@@ -127,15 +142,16 @@ Report *CreateReport(const char *path, const char *reportId)
         Complain(path, ": %s", strerrordesc_np(errno));
         return nullptr;
     }
-    return CreateOwning(path, source, length, row);
+    return CreateOwning(path, source, length, row, nullptr);
 }
 
-Report *CreateReportFromSource(const char *path, const char *source, size_t length, const char *reportId)
+Report *CreateReportFromSource(const char *path, const char *source, size_t length, const char *reportId,
+                               const Report *sharing)
 {
     const CatalogueRow *row = RowOrComplain(path, reportId);
     char *copy = row != nullptr ? Duplicate(source, length) : nullptr;
     if (copy == nullptr) return nullptr;
-    return CreateOwning(path, copy, length, row);
+    return CreateOwning(path, copy, length, row, sharing);
 }
 
 void DestroyReport(Report *report)
@@ -145,7 +161,35 @@ void DestroyReport(Report *report)
     pthread_mutex_destroy(&report->Lock);
     std::free(report->Path);
     std::free(report->Source);
+    for (int i = 0; i < report->SharedCount; ++i) {
+        std::free(report->Shared[i].Source);
+    }
     std::free(report);
+}
+
+const SharedSource *SharedSourceOf(Report &report, const char *name)
+{
+    for (int i = 0; i < report.SharedCount; ++i) {
+        if (std::strcmp(report.Shared[i].Name, name) == 0) return &report.Shared[i];
+    }
+    if (report.SharedCount == maxShared) {
+        errno = E2BIG;
+        return nullptr;
+    }
+    char path[PATH_MAX];
+    const char *slash = std::strrchr(report.Path, '/');
+    const int directory = slash != nullptr ? static_cast<int>(slash - report.Path) + 1 : 0;
+    const int length = std::snprintf(path, sizeof path, "%.*s%s", directory, report.Path, name);
+    if (length < 0 || length >= static_cast<int>(sizeof path)) {
+        errno = ENAMETOOLONG;
+        return nullptr;
+    }
+    SharedSource &shared = report.Shared[report.SharedCount];
+    shared.Source = ReadFile(path, shared.Length);
+    if (shared.Source == nullptr) return nullptr;
+    std::snprintf(shared.Name, sizeof shared.Name, "%s", name);
+    ++report.SharedCount;
+    return &shared;
 }
 
 bool AddRecord(Report &report, int kind, const void *record)

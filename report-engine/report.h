@@ -34,6 +34,15 @@ struct KindCode {
     Field Fields[maxFields];
 };
 
+// A file that the template shares with others, kept for copies of the report.
+struct SharedSource {
+    char Name[48];
+    char *Source; // owned
+    size_t Length;
+};
+
+inline constexpr int maxShared = 4;
+
 // A sum that stands in the head of its own group: its place in the spool is filled in when the group closes.
 struct LateCell {
     uint64_t Offset;
@@ -51,6 +60,9 @@ struct Report {
     char *Path; // of the template, for messages and copies
     char *Source;
     size_t SourceLength;
+    SharedSource Shared[maxShared];
+    int SharedCount;
+    int SharesUsed; // calls of share so far
     const CatalogueRow *Catalogue;
 
     Definition Def;
@@ -88,7 +100,13 @@ struct Report {
 
 // Loads the template. Null on failure, which has been told. The caller owns the report.
 Report *CreateReport(const char *path, const char *reportId);
-Report *CreateReportFromSource(const char *path, const char *source, size_t length, const char *reportId);
+// `sharing` is a report on the same template whose shared files are taken as they were, or null.
+Report *CreateReportFromSource(const char *path, const char *source, size_t length, const char *reportId,
+                               const Report *sharing = nullptr);
+
+// The source of a shared file of the report's template, read when it is first wanted; null with errno. Stays
+// the report's.
+const SharedSource *SharedSourceOf(Report &report, const char *name);
 void DestroyReport(Report *report);
 
 // The following are called with the report's lock held.

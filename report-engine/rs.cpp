@@ -73,7 +73,8 @@ int32_t RSCopyReport(int32_t report, const char *reportId, int32_t /*reserved*/)
     if (reportId == nullptr || std::strcmp(reportId, first->Catalogue->Id) != 0) {
         Complain(first->Path, ": this is not the report '%s'", reportId != nullptr ? reportId : "");
     } else {
-        handle = HandleOf(CreateReportFromSource(first->Path, first->Source, first->SourceLength, reportId));
+        handle = HandleOf(
+            CreateReportFromSource(first->Path, first->Source, first->SourceLength, reportId, first));
     }
     ReleaseReport(first);
     return handle;

@@ -382,16 +382,23 @@ bool RunProtected(Sandbox &sandbox, lua_CFunction body, void *argument, char *me
         const size_t prefix = sizeof templateName; // the name without its "=", and the colon
         const bool isPlaced =
             std::strncmp(text, templateName + 1, prefix - 2) == 0 && text[prefix - 2] == ':';
-        // What is wrong with the whole has no line of its own.
-        std::snprintf(message, size, "%s%s", isPlaced ? "" : "1: ", isPlaced ? text + prefix - 1 : text);
+        // What is wrong with the whole has no line of its own; what is wrong in a shared file, that file's.
+        const bool isShared = !isPlaced && std::strstr(text, ".lua:") != nullptr;
+        std::snprintf(message, size, "%s%s",
+                      isPlaced   ? ""
+                      : isShared ? " "
+                                 : "1: ",
+                      isPlaced ? text + prefix - 1 : text);
     }
     lua_settop(state, 0);
     return false;
 }
 
-void LoadTemplate(lua_State *state, const char *source, size_t length)
+void LoadTemplate(lua_State *state, const char *source, size_t length, const char *fileName)
 {
-    if (luaL_loadbufferx(state, source, length, templateName, "t") != LUA_OK) lua_error(state);
+    char name[64];
+    std::snprintf(name, sizeof name, "=%s", fileName != nullptr ? fileName : templateName + 1);
+    if (luaL_loadbufferx(state, source, length, name, "t") != LUA_OK) lua_error(state);
 }
 
 } // namespace rs

@@ -54,7 +54,7 @@ template <typename Owner> Owner &OwnerOf(lua_State *state)
 bool RunProtected(Sandbox &sandbox, lua_CFunction body, void *argument, char *message, size_t size);
 
 // Compiles `source` (text only), for `body` of RunProtected: leaves the function on the stack or raises the
-// error.
-void LoadTemplate(lua_State *state, const char *source, size_t length);
+// error. `fileName` names a file other than the template itself in messages; null for the template.
+void LoadTemplate(lua_State *state, const char *source, size_t length, const char *fileName);
 
 } // namespace rs

@@ -4,7 +4,9 @@
 #include "report-engine/values.h"
 #include "text/windows1252.h"
 
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 
@@ -959,6 +961,28 @@ void CheckDeclarations(lua_State *state, const Report &report)
     }
 }
 
+// share(name): runs the file NAME.lua beside the template, in the same environment, and returns what it
+// returns.
+int ShareFile(lua_State *state)
+{
+    Report &report = Declaring(state, "share(name)");
+    const char *name = luaL_checkstring(state, 1);
+    const size_t length = std::strlen(name);
+    constexpr size_t longestName = 40;
+    if (length == 0 || length > longestName ||
+        std::strspn(name, "abcdefghijklmnopqrstuvwxyz0123456789_") != length) {
+        return luaL_error(state, "a shared file has a name of up to 40 small letters, digits and '_'");
+    }
+    if (++report.SharesUsed > maxShared) return luaL_error(state, "share(name) is called too often");
+    char fileName[48];
+    std::snprintf(fileName, sizeof fileName, "%s.lua", name);
+    const SharedSource *shared = SharedSourceOf(report, fileName);
+    if (shared == nullptr) return luaL_error(state, "%s: %s", name, strerrordesc_np(errno));
+    LoadTemplate(state, shared->Source, shared->Length, shared->Name);
+    lua_call(state, 0, 1);
+    return 1;
+}
+
 } // namespace
 
 int OfferFunctions(lua_State *state)
@@ -968,8 +992,8 @@ int OfferFunctions(lua_State *state)
         {"columns", DeclareColumns}, {"carry", DeclareCarry}, {"record", DeclareRecord},
         {"finish", DeclareFinish},   {"row", PrintRow},       {"add", AddToSums},
         {"head", PrintHead},         {"foot", PrintFoot},     {"bookmark", PrintBookmark},
-        {"sheet", PrintSheet},       {"money", AmountAsText}, {"today", TodayAsText},
-        {nullptr, nullptr}};
+        {"share", ShareFile},        {"sheet", PrintSheet},   {"money", AmountAsText},
+        {"today", TodayAsText},      {nullptr, nullptr}};
     struct FormRow {
         const char *Name;
         FieldForm Form;
@@ -1015,7 +1039,7 @@ int OfferFunctions(lua_State *state)
 int RunDeclarations(lua_State *state)
 {
     auto &report = *static_cast<Report *>(lua_touserdata(state, 1));
-    LoadTemplate(state, report.Source, report.SourceLength);
+    LoadTemplate(state, report.Source, report.SourceLength, nullptr);
     lua_call(state, 0, 0);
     CheckDeclarations(state, report);
     return 0;

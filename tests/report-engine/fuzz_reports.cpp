@@ -50,7 +50,7 @@ bool RunReport(const uint8_t *data, size_t size, const std::string &pdf)
     // In blocks of their own, so that a byte too many is seen.
     auto exact = std::make_unique<char[]>(source.size());
     std::memcpy(exact.get(), source.data(), source.size());
-    Report *report = CreateReportFromSource("fuzz.rs", exact.get(), source.size(), id);
+    Report *report = CreateReportFromSource(TEMPLATES "/fuzz.rs", exact.get(), source.size(), id);
     if (report == nullptr) return false;
     CountingReport *counting = CreateCountingReport(report->Catalogue, report->Def);
     if (counting == nullptr) std::abort();

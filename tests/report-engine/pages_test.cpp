@@ -312,6 +312,18 @@ std::string Filled(const std::string &source, const std::string &kind, size_t si
 
 } // namespace
 
+// A template's text with that of the files it shares.
+static std::string WithShared(std::string source)
+{
+    const std::string call = "share(\"";
+    for (size_t at = source.find(call); at != std::string::npos; at = source.find(call, at + 1)) {
+        const size_t begin = at + call.size();
+        const std::string name = source.substr(begin, source.find('"', begin) - begin);
+        source += ReadFile(ShippedTemplate(name + ".lua"));
+    }
+    return source;
+}
+
 class EveryTemplate : public testing::TestWithParam<Shipped> {};
 
 TEST_P(EveryTemplate, PrintsAsManyPagesAsItCounts)
@@ -319,7 +331,7 @@ TEST_P(EveryTemplate, PrintsAsManyPagesAsItCounts)
     constexpr unsigned seed = 4711;
     std::mt19937 random(seed); // NOLINT(cert-msc51-cpp): the same run every time
     const Directory directory;
-    const std::string source = ReadFile(ShippedTemplate(GetParam().file));
+    const std::string source = WithShared(ReadFile(ShippedTemplate(GetParam().file)));
     std::vector<std::string> records;
     for (size_t kind = 0; kind < GetParam().sizes.size(); ++kind) {
         const size_t size = GetParam().sizes[kind];
@@ -361,6 +373,20 @@ TEST_P(EveryTemplate, PrintsAsManyPagesAsItCounts)
         RSCloseVirtualReport(counting);
         RSCloseReport(report);
     }
+}
+
+TEST(Templates, AreAllCounted)
+{
+    size_t found = 0;
+    for (const auto &entry : std::filesystem::directory_iterator(TEMPLATES)) {
+        if (entry.path().extension() != ".rs") continue;
+        ++found;
+        const std::string name = entry.path().filename().string();
+        EXPECT_TRUE(std::any_of(std::begin(shipped), std::end(shipped), [&](const Shipped &each) {
+            return each.file == name;
+        })) << name;
+    }
+    EXPECT_EQ(found, 21U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Templates, EveryTemplate, testing::ValuesIn(shipped), [](const auto &one) {

@@ -1,5 +1,6 @@
 // Templates that are wrong, broken or hostile: each ends as 0 and one line that names the file and its line.
 #include <chrono>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -313,4 +314,44 @@ TEST(Templates, TheExampleOfTheDocumentationWorks)
                                                "Zeile;300;Vertrieb;6,55\r\n"
                                                "Gesamt;;2 Kostenstellen;130,00\r\n");
     RSCloseReport(report);
+}
+
+TEST(Templates, ShareAFileThatStandsBesideThem)
+{
+    const Directory directory;
+    directory.Write("gemeinsam.lua", "return { titel = 'Geteilt' }\n");
+    const std::string path = directory.Write(
+        "or_slist.rs", "report { id = \"tervoSUSALIST0.0\", title = share(\"gemeinsam\").titel }\n");
+    const int32_t report = RSOpenReport(path.c_str(), susaId, 0);
+    ASSERT_GT(report, 0);
+    // A copy is on the template as it was, shared files included.
+    std::filesystem::remove(directory.At("gemeinsam.lua"));
+    const int32_t copied = RSCopyReport(report, susaId, 0);
+    ASSERT_GT(copied, 0);
+    ASSERT_EQ(RSExportView(OpenView(copied), directory.At("a.json").c_str()), 1);
+    EXPECT_NE(ReadFile(directory.At("a.json")).find("\"title\":\"Geteilt\""), std::string::npos);
+    RSCloseReport(copied);
+    RSCloseReport(report);
+}
+
+TEST(Templates, TellWhatIsWrongWithAFileThatTheyShare)
+{
+    const Directory directory;
+    const auto said = [&](const std::string &call, const std::string &file = {}) {
+        if (!file.empty()) directory.Write("geteilt.lua", file);
+        const std::string path = directory.Write(
+            "or_slist.rs", "report { id = \"tervoSUSALIST0.0\", title = \"x\" }\n" + call + "\n");
+        std::string errors = Errors([&] { EXPECT_EQ(RSOpenReport(path.c_str(), susaId, 0), 0); });
+        const std::string before = "librs: " + path + ":";
+        EXPECT_TRUE(errors.starts_with(before)) << errors;
+        return errors.substr(std::min(before.size(), errors.size()));
+    };
+    EXPECT_EQ(said("share('fehlt')"), "2: fehlt: No such file or directory\n");
+    EXPECT_EQ(said("share('../geheim')"),
+              "2: a shared file has a name of up to 40 small letters, digits and '_'\n");
+    EXPECT_EQ(said("share('geteilt')", "\nerror('so nicht')\n"), " geteilt.lua:2: so nicht\n");
+    EXPECT_EQ(said("share('geteilt')", "\n\nx = = 1\n"), "2: geteilt.lua:3: unexpected symbol near '='\n");
+    EXPECT_EQ(said("share('geteilt')", "return share('geteilt')\n"),
+              " geteilt.lua:1: share(name) is called too often\n");
+    EXPECT_EQ(said("share('geteilt')", "while true do end\n").find("2:"), std::string::npos);
 }
