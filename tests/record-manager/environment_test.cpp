@@ -880,22 +880,6 @@ TEST_F(Sharing, MomentaryLocksOfUpdatesAreNotSeenByRequests)
 
 // ---- The file's size ----
 
-TEST_F(Sharing, AnIdleReaderDoesNotMakeTheFileGrow)
-{
-    const Remote reader;
-    ASSERT_EQ(Open(reader, Path).Status, BtrStatusOk);
-    ASSERT_EQ(Name(OnT<const Remote>{reader}.GetEqual("a")), "a");
-    ASSERT_EQ(Name(T.GetEqual("a")), "a");
-    for (int i = 0; i < 20; ++i) {
-        ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
-    }
-    const uint64_t size = fs::file_size(Directory / "books.mdb");
-    for (int i = 0; i < 1000; ++i) {
-        ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
-    }
-    EXPECT_LE(fs::file_size(Directory / "books.mdb"), size + 16 * 4096);
-}
-
 TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
 {
     const pid_t child = fork();

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -45,8 +46,16 @@ thread_local constinit Armed armed;
 std::atomic<uint32_t> fileSystemType{0};
 std::atomic<bool> readOnly{false};
 
+// Ends the process at the call it was armed for, and there as a crash does.
+void DieIfArmed()
+{
+    if (armed.What != Fault::Killed || armed.Paused) return;
+    if (++armed.Count == armed.Nth) kill(getpid(), SIGKILL);
+}
+
 bool Fails(Fault fault)
 {
+    if (fault != Fault::Allocation) DieIfArmed();
     if (armed.What != fault || armed.Paused) return false;
     const uint64_t count = ++armed.Count;
     const bool fails = armed.ForEver ? count >= armed.Nth : count == armed.Nth;
@@ -181,6 +190,7 @@ namespace {
 // disk.
 ssize_t Room(size_t size)
 {
+    if (armed.What == Fault::Killed) return static_cast<ssize_t>(size);
     if (Fails(Fault::Write)) return -1;
     if (!Fails(Fault::ShortWrite)) return static_cast<ssize_t>(size);
     return armed.Count == armed.Nth ? static_cast<ssize_t>(size / 2) : -1;
@@ -202,6 +212,11 @@ template <typename Real> ssize_t WriteRoom(int fd, const char *from, size_t size
                 {from, static_cast<size_t>(room)},
                 WaitsForDisk(fd)});
     }
+    // One that is killed in its write has written a part of it.
+    if (armed.What == Fault::Killed && !armed.Paused && armed.Count + 1 == armed.Nth) {
+        (void)!real(static_cast<size_t>(room) / 2);
+    }
+    DieIfArmed();
     return real(static_cast<size_t>(room));
 }
 
@@ -273,6 +288,13 @@ CAUGHT int fsync(int fd)
     const int result = real(fd);
     if (result == 0 && IsRecorded(fd)) Record({DiskEvent::Synced, 0, {}, false});
     return result;
+}
+
+CAUGHT int posix_fallocate(int fd, off_t offset, off_t length)
+{
+    static auto *real = Real<int(int, off_t, off_t)>("posix_fallocate");
+    if (Fails(Fault::Write)) return ENOSPC;
+    return real(fd, offset, length);
 }
 
 CAUGHT int ftruncate(int fd, off_t length)
