@@ -228,10 +228,8 @@ void DoKey(HWND handle, WPARAM key, bool shift)
     } else if (row != CB_ERR) {
         Choose(handle, row);
     } else {
-        Edit(handle, [key, shift](Window *window, EditState &edit) {
-            if (key == VK_DELETE) ++edit.Serial;
-            return PressKey(window, edit, key, shift);
-        });
+        Edit(handle,
+             [key, shift](Window *window, EditState &edit) { return PressKey(window, edit, key, shift); });
     }
 }
 
@@ -255,7 +253,6 @@ void DoCharacter(HWND handle, WPARAM wParam)
         return;
     }
     Edit(handle, [wParam](Window *window, EditState &edit) {
-        ++edit.Serial;
         return TypeCharacter(window, edit, static_cast<unsigned char>(wParam));
     });
 }
@@ -293,6 +290,12 @@ void InputToComboBox(HWND combo, const Input &input)
         Edit(combo, [&input](Window *window, EditState &state) { return TakeTyped(window, state, input); });
         return;
     }
+    if (input.Kind == InputKind::Caret) {
+        const Locked locked(mutates);
+        Window *window = FindCombo(combo);
+        if (window != nullptr) TakeCaret(window, window->Combo->Edit, input);
+        return;
+    }
     if (GetFocus() != combo) SetFocus(combo);
     if (GetFocus() != combo) return;
     if (input.Kind == InputKind::Drop) {
@@ -314,6 +317,10 @@ LRESULT CALLBACK ComboBoxProcedure(HWND window, UINT message, WPARAM wParam, LPA
     case WM_GETDLGCODE: return DialogCodeOf(window, lParam);
     case WM_SETTEXT: return SetText(window, wParam, lParam);
     case WM_KEYDOWN: DoKey(window, wParam, GetKeyState(VK_SHIFT) < 0); return 0;
+    case WM_SYSKEYDOWN:
+        if (wParam != VK_DOWN && wParam != VK_UP) return DefWindowProcA(window, message, wParam, lParam);
+        DoKey(window, VK_F4, false);
+        return 0;
     case WM_CHAR: DoCharacter(window, wParam); return 0;
     case WM_LBUTTONDOWN: SetFocus(window); return 0;
     case WM_SETFOCUS: TakeFocus(window); return 0;

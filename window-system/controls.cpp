@@ -147,7 +147,15 @@ void HandleInput(HWND window, const Input &input)
         // It was usable when the person saw it; what they did there is taken back on the screen.
         const Locked locked;
         Window *found = Find(window);
-        if (found != nullptr) Note(found, changedState);
+        if (found == nullptr) return;
+        if (found->Kind == Kind::Edit) ++found->Edit->Serial;
+        if (found->Kind == Kind::ComboBox) ++found->Combo->Edit.Serial;
+        Note(found, changedState);
+        return;
+    }
+    if (input.Kind == InputKind::Caret) {
+        if (target.Kind == Kind::Edit) InputToEdit(window, input);
+        if (target.Kind == Kind::ComboBox) InputToComboBox(window, input);
         return;
     }
     if (!target.Active) Activate(target.Outermost, true);
@@ -175,7 +183,8 @@ void HandleInput(HWND window, const Input &input)
     case InputKind::Activate:
     case InputKind::Close:
     case InputKind::Area:
-    case InputKind::Resize: break;
+    case InputKind::Resize:
+    case InputKind::Caret: break;
     }
 }
 

@@ -125,7 +125,6 @@ void ReplaceSelectionOf(HWND handle, LPARAM lParam)
         Window *window = FindEdit(handle);
         if (window == nullptr) return;
         edited = ReplaceSelection(window, *window->Edit, text, true);
-        ++window->Edit->Serial;
     }
     TellEdited(handle, edited);
 }
@@ -179,6 +178,7 @@ void SelectText(Window *window, EditState &edit, LONG start, LONG end)
         edit.Anchor = Clamp(start, length);
         edit.Caret = end < 0 ? length : Clamp(end, length);
     }
+    ++edit.Serial;
     Note(window, changedState);
 }
 
@@ -205,6 +205,7 @@ Edited ReplaceSelection(Window *window, EditState &edit, const char *text, bool 
     window->Text = whole;
     edit.Anchor = edit.Caret = start + added;
     edit.Modified = true;
+    ++edit.Serial;
     Note(window, changedState);
     return Edited::Changed;
 }
@@ -249,6 +250,7 @@ Edited PressKey(Window *window, EditState &edit, WPARAM key, bool shift)
     }
     edit.Caret = Clamp(caret, length);
     if (!shift) edit.Anchor = edit.Caret;
+    ++edit.Serial;
     Note(window, changedState);
     return Edited::Nothing;
 }
@@ -288,12 +290,28 @@ Edited TakeTyped(Window *window, EditState &edit, const Input &input)
     const bool placed = input.Serial != serialOfScript;
     edit.Caret = placed ? Clamp(input.Index, count) : count;
     edit.Anchor = placed ? Clamp(input.Index2, count) : count;
-    if (input.Serial == serialOfScript || strcmp(typed, TextOf(window)) != 0) Note(window, changedState);
+    if (input.Serial == serialOfScript || strcmp(typed, TextOf(window)) != 0) {
+        ++edit.Serial; // this is not what stands on the screen
+        Note(window, changedState);
+    }
     return !same ? Edited::Changed : cut ? Edited::AtLimit : Edited::Nothing;
+}
+
+void TakeCaret(Window *window, EditState &edit, const Input &input)
+{
+    if (input.Serial != edit.Serial) return; // a newer one has been set meanwhile
+    const LONG length = LengthOf(window);
+    edit.Caret = Clamp(input.Index, length);
+    edit.Anchor = Clamp(input.Index2, length);
 }
 
 void InputToEdit(HWND edit, const Input &input)
 {
+    if (input.Kind == InputKind::Caret) {
+        const Locked locked(mutates);
+        Window *window = FindEdit(edit);
+        if (window != nullptr) TakeCaret(window, *window->Edit, input);
+    }
     if (input.Kind != InputKind::Text) return;
     Edit(edit, [&input](Window *window, EditState &state) { return TakeTyped(window, state, input); });
 }
@@ -305,14 +323,12 @@ LRESULT CALLBACK EditProcedure(HWND window, UINT message, WPARAM wParam, LPARAM 
     case WM_SETTEXT: return SetText(window, wParam, lParam);
     case WM_CHAR:
         Edit(window, [wParam](Window *edited, EditState &edit) {
-            ++edit.Serial;
             return TypeCharacter(edited, edit, static_cast<unsigned char>(wParam));
         });
         return 0;
     case WM_KEYDOWN: {
         const bool shift = GetKeyState(VK_SHIFT) < 0;
         Edit(window, [wParam, shift](Window *edited, EditState &edit) {
-            if (wParam == VK_DELETE) ++edit.Serial;
             return PressKey(edited, edit, wParam, shift);
         });
         return 0;

@@ -54,7 +54,10 @@ bool AskFrontEnd(Thread *thread)
 {
     switch (chosen.load()) {
     case FrontEnd::Script: return PlayScript(thread);
-    case FrontEnd::Screen: TellScreen(); return false;
+    case FrontEnd::Screen:
+        thread->HandledKey = thread->HeardKey;
+        TellScreen();
+        return false;
     case FrontEnd::Headless: break;
     }
     return AnswerUnseen(thread);

@@ -77,7 +77,8 @@ struct EditState {
     LONG Caret;  // where it ends; both are offsets in the text
     LONG Limit;
     bool Modified;
-    unsigned Serial; // counts the texts that did not come from the screen, so that a late one is told apart
+    unsigned Serial; // counts the texts and selections that did not come from the screen, so that a late one
+                     // of it is told apart
 };
 
 struct ListState {
@@ -192,7 +193,8 @@ enum class InputKind : unsigned char {
     Press,  // into a picture at Index, Index2; Serial is the number of presses, serialShift with Shift
     Drag,
     Release,
-    Zoom, // at Index, Index2; Serial is the number of steps as a signed number
+    Zoom,  // at Index, Index2; Serial is the number of steps as a signed number
+    Caret, // of an edit or combo box is at Index, the other end of the selection at Index2
 };
 
 struct Input {
@@ -258,6 +260,8 @@ struct Thread {
     Input *Current; // payload of the input message that was taken last
     int Descriptor; // -1 until asked for
     int WindowCount;
+    uint32_t HeardKey;     // number of the last key that came from the screen
+    uint32_t HandledKey;   // the same when the thread last had nothing left to do
     unsigned ScriptTicket; // 0 while it does not wait for the script
     Thread *Next;
 };
@@ -499,6 +503,9 @@ enum class Edited : unsigned char { Nothing, Changed, AtLimit, NoMemory };
 Edited TypeCharacter(Window *window, EditState &edit, unsigned char character);
 Edited PressKey(Window *window, EditState &edit, WPARAM key, bool shift);
 Edited TakeTyped(Window *window, EditState &edit, const Input &input);
+
+// Where the person has put the caret.
+void TakeCaret(Window *window, EditState &edit, const Input &input);
 
 // Puts `text` in the place of the selection, cut to the limit if `limited`.
 Edited ReplaceSelection(Window *window, EditState &edit, const char *text, bool limited);

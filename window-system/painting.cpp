@@ -4,13 +4,6 @@
 
 using namespace varkui;
 
-namespace {
-
-constexpr ULONG_PTR arrowCursor = 32512;
-constexpr ULONG_PTR waitCursor = 32514;
-
-} // namespace
-
 BOOL InvalidateRect(HWND window, const RECT * /*rectangle*/, BOOL /*erase*/) { return UpdateWindow(window); }
 
 BOOL UpdateWindow(HWND window)
@@ -23,7 +16,9 @@ BOOL UpdateWindow(HWND window)
 HCURSOR LoadCursorA(HINSTANCE module, LPCSTR name)
 {
     const auto number = reinterpret_cast<ULONG_PTR>(name);
-    if (module != nullptr || number < arrowCursor || number > waitCursor) return nullptr;
+    if (module != nullptr || number < reinterpret_cast<ULONG_PTR>(IDC_ARROW) ||
+        number > reinterpret_cast<ULONG_PTR>(IDC_WAIT))
+        return nullptr;
     return AsPointer<HCURSOR>(number);
 }
 

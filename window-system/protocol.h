@@ -8,7 +8,7 @@
 
 namespace varkui {
 
-constexpr uint32_t protocolVersion = 1;
+constexpr uint32_t protocolVersion = 2;
 constexpr uint32_t longestFrame = 64u << 20;
 
 // To the screen. A window's state comes whole each time; its parent's comes before.
@@ -17,23 +17,28 @@ enum class ToScreen : uint8_t {
                 // limit, anchor, caret, serial, boxStyle, text, number of tab stops, tab stops in pixels
     Rows,       // handle, count, texts
     Destroyed,  // handle
-    Top,        // handle of a window without parent, active, focus, default button
-    Picture,    // handle, width, height, x, y, content width, content height, page, number of descriptors (0
-                // or 1) that come with the first byte of this frame
-    Copied,     // text for whoever pastes
+    Top,     // handle of a window without parent, flags, focus, default button, number of the last key that
+             // its thread has handled
+    Picture, // handle, width, height, x, y, content width, content height, page, number of descriptors (0
+             // or 1) that come with the first byte of this frame
+    Copied,  // text for whoever pastes
 };
 
 // From the screen.
 enum class FromScreen : uint8_t {
     Hello = 1, // version, width and height of the base of dialog units
     Input,     // handle, kind, index, index2, serial, text
-    Key,       // handle of a window without parent, key, character as a code point, modifiers
+    Key,       // handle of a window without parent, number, key, character as a code point, modifiers
 };
 
 constexpr uint8_t flagShown = 1;
 constexpr uint8_t flagEnabled = 2;
 constexpr uint8_t flagBox = 4;
 constexpr uint8_t flagDropped = 8;
+
+// Of a window without parent.
+constexpr uint8_t flagActive = 1;
+constexpr uint8_t flagWaits = 2; // its thread shows the hourglass
 
 constexpr uint8_t modifierShift = 1;
 constexpr uint8_t modifierControl = 2;

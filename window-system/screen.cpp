@@ -259,9 +259,13 @@ void TellTop(Window *top)
     if (id != 0) button = FindControl(top, id);
     const size_t frame = BeginFrame(ToScreen::Top);
     PutHandle(top);
-    PutU8(top->Thread->Active == top->Handle ? 1 : 0);
+    uint8_t flags = 0;
+    if (top->Thread->Active == top->Handle) flags |= flagActive;
+    if (reinterpret_cast<LPSTR>(top->Thread->Cursor) == IDC_WAIT) flags |= flagWaits;
+    PutU8(flags);
     PutHandle(focus != nullptr && LiesInside(focus, top) ? focus : nullptr);
     PutHandle(button);
+    PutU32(top->Thread->HandledKey);
     EndFrame(frame);
 }
 
@@ -282,7 +286,7 @@ void HearInput(FrameReader &reader)
     input->Text = utf8 != nullptr ? static_cast<char *>(Allocate(length + size_t{1})) : nullptr;
     if (input->Text != nullptr) text::FromUtf8(utf8, input->Text, length + size_t{1});
     Release(utf8);
-    if (reader.Bad || kind > InputKind::Zoom || input->Text == nullptr) {
+    if (reader.Bad || kind > InputKind::Caret || input->Text == nullptr) {
         FreeInput(input);
         return;
     }
@@ -292,6 +296,7 @@ void HearInput(FrameReader &reader)
 void HearKey(FrameReader &reader)
 {
     Window *top = Find(AsPointer<HWND>(WPARAM{TakeU32(reader)}));
+    const uint32_t number = TakeU32(reader);
     KeyPress press = {};
     press.Key = TakeU32(reader) & 0xFF;
     press.Character = text::ByteOf(TakeU32(reader));
@@ -299,7 +304,9 @@ void HearKey(FrameReader &reader)
     press.Shift = (modifiers & modifierShift) != 0;
     press.Control = (modifiers & modifierControl) != 0;
     press.Alt = (modifiers & modifierAlt) != 0;
-    if (top != nullptr && !reader.Bad && AreEnabled(top)) PostKey(top->Thread, press);
+    if (top == nullptr || reader.Bad) return;
+    top->Thread->HeardKey = number;
+    if (AreEnabled(top)) PostKey(top->Thread, press);
 }
 
 void HearFrame(const uint8_t *data, size_t size)

@@ -12,146 +12,17 @@
 #include <unordered_map>
 #include <vector>
 
-#include "window-system/protocol.h"
-#include "window-system/ui/picture.h"
+#include "window-system/ui/fields.h"
+#include "window-system/ui/item.h"
+#include "window-system/ui/keys.h"
+#include "window-system/ui/labels.h"
+#include "window-system/ui/lists.h"
 
-using namespace varkui;
+using namespace ui;
 
 namespace {
 
-constexpr int hostSocket = 3;
-
-enum class Kind : uint8_t { Plain, Dialog, Button, Edit, Static, ListBox, ComboBox, TabControl, Picture };
-enum class InputKind : uint8_t {
-    Click,
-    Select,
-    Pick,
-    Text,
-    Focus,
-    Activate,
-    Close,
-    Resize,
-    Drop,
-    Area,
-    Scroll,
-    Press,
-    Drag,
-    Release,
-    Zoom
-};
-
-constexpr uint32_t typeMask = 0xF;
-constexpr uint32_t pushButton = 0, defaultButton = 1, radioButton = 4, groupBox = 7, autoRadioButton = 9;
-constexpr uint32_t iconButton = 0x40;
-constexpr uint32_t thickFrame = 0x40000;
-constexpr uint32_t statics = 0x1F, staticCenter = 1, staticRight = 2, staticLine = 0x10,
-                   staticNoPrefix = 0x80;
-constexpr uint32_t editNumber = 0x2000, editReadOnly = 0x800, editPassword = 0x20;
-constexpr uint32_t comboList = 3;
-
-// One window of the model and what shows it.
-struct Item {
-    uint32_t Handle = 0, Parent = 0, Owner = 0, Style = 0, ExStyle = 0, Serial = 0, BoxStyle = 0;
-    Kind What = Kind::Plain;
-    uint8_t Flags = 0;
-    int32_t Id = 0, X = 0, Y = 0, Width = 0, Height = 0, Value = 0, Limit = 0, Anchor = 0, Caret = 0;
-    std::string Text;
-    std::vector<int32_t> TabStops;
-    std::vector<std::string> Rows;
-    GtkWidget *Placed =
-        nullptr; // what stands in the parent's place; the window itself for one without parent
-    GtkWidget *Control = nullptr; // what has the focus
-    GtkWidget *Inside = nullptr;  // holds the children
-    GtkWidget *Buttons = nullptr; // of a message box
-    GtkWidget *Partner = nullptr; // keeps a radio button a group of its own
-    GtkStringList *Strings = nullptr;
-    GtkSingleSelection *Selection = nullptr;
-    pictures::Picture *Shown = nullptr;
-    int32_t ToldWidth = 0, ToldHeight = 0; // of a window that the person may resize
-    bool SizeIsComing = false;
-    int32_t ToldAnchor = -1, ToldCaret = -1;
-    std::string ToldText;
-};
-
-std::unordered_map<uint32_t, Item *> items;
-int updating; // while the model's state is being shown, nothing that changes is the person's doing
 GMainLoop *mainLoop;
-
-Item *FindItem(uint32_t handle)
-{
-    const auto found = items.find(handle);
-    return found != items.end() ? found->second : nullptr;
-}
-
-// ---- Speaking ----
-
-void Append(std::string &frame, uint32_t value)
-{
-    frame.append(reinterpret_cast<const char *>(&value), sizeof value);
-}
-
-void Send(const std::string &frame)
-{
-    std::string whole;
-    Append(whole, static_cast<uint32_t>(frame.size()));
-    whole += frame;
-    size_t sent = 0;
-    while (sent < whole.size()) {
-        const ssize_t some = send(hostSocket, whole.data() + sent, whole.size() - sent, MSG_NOSIGNAL);
-        if (some <= 0) _exit(0); // the host has gone
-        sent += static_cast<size_t>(some);
-    }
-}
-
-void SendInput(const Item *item, InputKind kind, int index, int index2, uint32_t serial,
-               const std::string &text)
-{
-    std::string frame(1, static_cast<char>(FromScreen::Input));
-    Append(frame, item->Handle);
-    frame += static_cast<char>(kind);
-    Append(frame, static_cast<uint32_t>(index));
-    Append(frame, static_cast<uint32_t>(index2));
-    Append(frame, serial);
-    Append(frame, static_cast<uint32_t>(text.size()));
-    frame += text;
-    Send(frame);
-}
-
-void SendInput(const Item *item, InputKind kind, int index = 0, int index2 = 0, const std::string &text = {})
-{
-    SendInput(item, kind, index, index2, item->Serial, text);
-}
-
-// ---- Texts ----
-
-// "&Name" as GTK writes it, "_Name"; "&&" is an ampersand.
-std::string WithUnderlines(const std::string &text)
-{
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '_') {
-            out += "__";
-        } else if (text[i] != '&') {
-            out += text[i];
-        } else if (i + 1 < text.size() && text[i + 1] == '&') {
-            out += '&';
-            ++i;
-        } else {
-            out += '_';
-        }
-    }
-    return out;
-}
-
-std::string WithoutMnemonic(const std::string &text)
-{
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '&' && i + 1 < text.size()) ++i;
-        out += text[i];
-    }
-    return out;
-}
 
 // ---- What the person does ----
 
@@ -184,50 +55,6 @@ void OnToggled(GtkCheckButton * /*button*/, Item *item)
 void OnRadioReleased(GtkGestureClick * /*gesture*/, int /*presses*/, double /*x*/, double /*y*/, Item *item)
 {
     if (item->Value != 0) SendInput(item, InputKind::Click);
-}
-
-void OnTextChanged(GtkEditable *editable, Item *item)
-{
-    if (updating != 0) return;
-    const int caret = gtk_editable_get_position(editable);
-    item->ToldText = gtk_editable_get_text(editable);
-    item->ToldAnchor = item->ToldCaret = caret;
-    SendInput(item, InputKind::Text, caret, caret, item->ToldText);
-}
-
-void OnInsertText(GtkEditable *editable, const char *text, int length, int * /*position*/, Item *item)
-{
-    if (updating != 0 || item->What != Kind::Edit || (item->Style & editNumber) == 0) return;
-    const size_t size = length < 0 ? strlen(text) : static_cast<size_t>(length);
-    for (size_t i = 0; i < size; ++i) {
-        if (text[i] >= '0' && text[i] <= '9') continue;
-        g_signal_stop_emission_by_name(editable, "insert-text");
-        return;
-    }
-}
-
-void OnRowSelected(GtkSingleSelection *selection, GParamSpec * /*property*/, Item *item)
-{
-    if (updating != 0) return;
-    const guint row = gtk_single_selection_get_selected(selection);
-    if (row != GTK_INVALID_LIST_POSITION) SendInput(item, InputKind::Select, static_cast<int>(row));
-}
-
-void OnRowActivated(GtkListView * /*view*/, guint row, Item *item)
-{
-    SendInput(item, InputKind::Pick, static_cast<int>(row));
-}
-
-void OnComboChanged(GtkComboBox *combo, Item *item)
-{
-    if (updating != 0) return;
-    const int row = gtk_combo_box_get_active(combo);
-    if (row >= 0) {
-        SendInput(item, InputKind::Select, row);
-        return;
-    }
-    GtkWidget *entry = gtk_combo_box_get_child(combo);
-    if (GTK_IS_EDITABLE(entry)) OnTextChanged(GTK_EDITABLE(entry), item);
 }
 
 void OnPageSwitched(GtkNotebook * /*notebook*/, GtkWidget * /*page*/, guint number, Item *item)
@@ -269,80 +96,6 @@ void OnActive(GtkWindow *window, GParamSpec * /*property*/, Item *item)
     }
 }
 
-struct KeyOf {
-    guint Symbol;
-    uint32_t Key;
-};
-
-constexpr KeyOf namedKeys[] = {
-    {GDK_KEY_Tab, 0x09},       {GDK_KEY_ISO_Left_Tab, 0x09}, {GDK_KEY_Return, 0x0D}, {GDK_KEY_KP_Enter, 0x0D},
-    {GDK_KEY_Escape, 0x1B},    {GDK_KEY_space, 0x20},        {GDK_KEY_Prior, 0x21},  {GDK_KEY_Next, 0x22},
-    {GDK_KEY_End, 0x23},       {GDK_KEY_Home, 0x24},         {GDK_KEY_Left, 0x25},   {GDK_KEY_Up, 0x26},
-    {GDK_KEY_Right, 0x27},     {GDK_KEY_Down, 0x28},         {GDK_KEY_Insert, 0x2D}, {GDK_KEY_Delete, 0x2E},
-    {GDK_KEY_BackSpace, 0x08},
-};
-
-uint32_t KeyOfSymbol(guint symbol)
-{
-    for (const KeyOf &each : namedKeys) {
-        if (each.Symbol == symbol) return each.Key;
-    }
-    if (symbol >= GDK_KEY_F1 && symbol <= GDK_KEY_F12) return 0x70 + (symbol - GDK_KEY_F1);
-    const guint upper = gdk_keyval_to_upper(symbol);
-    if ((upper >= 'A' && upper <= 'Z') || (upper >= '0' && upper <= '9')) return upper;
-    return gdk_keyval_to_unicode(symbol) != 0 ? 0xE7 : 0;
-}
-
-Item *FocusedItem(GtkWindow *window)
-{
-    for (GtkWidget *widget = gtk_window_get_focus(window); widget != nullptr;
-         widget = gtk_widget_get_parent(widget)) {
-        auto *item = static_cast<Item *>(g_object_get_data(G_OBJECT(widget), "item"));
-        if (item != nullptr) return item;
-    }
-    return nullptr;
-}
-
-// Keys are the model's, but for those that edit a text.
-bool IsForModel(const Item *focus, uint32_t key, GdkModifierType state)
-{
-    if (key == 0x09 || key == 0x0D || key == 0x1B || (state & GDK_ALT_MASK) != 0 ||
-        (key >= 0x70 && key <= 0x7B)) {
-        return true;
-    }
-    const bool isPageKey = key == 0x21 || key == 0x22;
-    const bool isControlKey =
-        (state & GDK_CONTROL_MASK) != 0 && key < 0x80 && strchr("ACVXZ", static_cast<char>(key)) == nullptr;
-    if (isPageKey || (isControlKey && key >= '0')) return true;
-    if (focus == nullptr || (focus->What != Kind::Edit && focus->What != Kind::ComboBox)) return true;
-    const bool field = focus->What == Kind::Edit || (focus->Style & 3) != comboList;
-    const bool walks =
-        focus->What == Kind::ComboBox && (key == 0x26 || key == 0x28 || key == 0x21 || key == 0x22);
-    return !field || walks;
-}
-
-gboolean OnKey(GtkEventControllerKey * /*controller*/, guint symbol, guint /*code*/, GdkModifierType state,
-               Item *top)
-{
-    const uint32_t key = KeyOfSymbol(symbol);
-    if (key == 0) return FALSE;
-    const Item *focus = FocusedItem(GTK_WINDOW(top->Placed));
-    if (!IsForModel(focus, key, state)) return FALSE;
-    uint32_t character = gdk_keyval_to_unicode(symbol);
-    if (key == 0x0D || key == 0x09 || key == 0x1B || key == 0x08) character = key;
-    std::string frame(1, static_cast<char>(FromScreen::Key));
-    Append(frame, top->Handle);
-    Append(frame, key);
-    Append(frame, character);
-    uint8_t modifiers = 0;
-    if ((state & GDK_SHIFT_MASK) != 0) modifiers |= modifierShift;
-    if ((state & GDK_CONTROL_MASK) != 0) modifiers |= modifierControl;
-    if ((state & GDK_ALT_MASK) != 0) modifiers |= modifierAlt;
-    frame += static_cast<char>(modifiers);
-    Send(frame);
-    return TRUE;
-}
-
 // ---- Making widgets ----
 
 void WatchFocus(GtkWidget *widget, Item *item)
@@ -350,45 +103,6 @@ void WatchFocus(GtkWidget *widget, Item *item)
     GtkEventController *controller = gtk_event_controller_focus_new();
     g_signal_connect(controller, "enter", G_CALLBACK(OnFocusIn), item);
     gtk_widget_add_controller(widget, controller);
-}
-
-void OnRowSetup(GtkListItemFactory * /*factory*/, GtkListItem *row, Item *item)
-{
-    GtkWidget *label = gtk_label_new(nullptr);
-    gtk_label_set_xalign(GTK_LABEL(label), 0);
-    if (!item->TabStops.empty()) {
-        PangoTabArray *tabs = pango_tab_array_new(static_cast<int>(item->TabStops.size()), TRUE);
-        for (size_t i = 0; i < item->TabStops.size(); ++i) {
-            pango_tab_array_set_tab(tabs, static_cast<int>(i), PANGO_TAB_LEFT, item->TabStops[i]);
-        }
-        gtk_label_set_tabs(GTK_LABEL(label), tabs);
-        pango_tab_array_free(tabs);
-    }
-    gtk_list_item_set_child(row, label);
-}
-
-void OnRowBind(GtkListItemFactory * /*factory*/, GtkListItem *row, Item * /*item*/)
-{
-    auto *string = GTK_STRING_OBJECT(gtk_list_item_get_item(row));
-    gtk_label_set_text(GTK_LABEL(gtk_list_item_get_child(row)), gtk_string_object_get_string(string));
-}
-
-void MakeList(Item *item)
-{
-    GtkListItemFactory *factory = gtk_signal_list_item_factory_new();
-    g_signal_connect(factory, "setup", G_CALLBACK(OnRowSetup), item);
-    g_signal_connect(factory, "bind", G_CALLBACK(OnRowBind), item);
-    item->Strings = gtk_string_list_new(nullptr);
-    item->Selection = gtk_single_selection_new(G_LIST_MODEL(item->Strings));
-    gtk_single_selection_set_autoselect(item->Selection, FALSE);
-    gtk_single_selection_set_can_unselect(item->Selection, TRUE);
-    gtk_single_selection_set_selected(item->Selection, GTK_INVALID_LIST_POSITION);
-    item->Control = gtk_list_view_new(GTK_SELECTION_MODEL(item->Selection), factory);
-    g_signal_connect(item->Selection, "notify::selected", G_CALLBACK(OnRowSelected), item);
-    g_signal_connect(item->Control, "activate", G_CALLBACK(OnRowActivated), item);
-    item->Placed = gtk_scrolled_window_new();
-    gtk_scrolled_window_set_has_frame(GTK_SCROLLED_WINDOW(item->Placed), TRUE);
-    gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(item->Placed), item->Control);
 }
 
 void MakeButton(Item *item)
@@ -431,21 +145,9 @@ void MakeControl(Item *item)
         }
         gtk_widget_set_can_target(item->Placed, FALSE);
         break;
-    case Kind::Edit: {
-        item->Placed = item->Control = gtk_entry_new();
-        GtkEditable *field = gtk_editable_get_delegate(GTK_EDITABLE(item->Control));
-        g_signal_connect(item->Control, "changed", G_CALLBACK(OnTextChanged), item);
-        g_signal_connect(field, "insert-text", G_CALLBACK(OnInsertText), item);
-        gtk_entry_set_visibility(GTK_ENTRY(item->Control), (item->Style & editPassword) == 0);
-        break;
-    }
+    case Kind::Edit: MakeEdit(item); break;
     case Kind::ListBox: MakeList(item); break;
-    case Kind::ComboBox:
-        item->Placed =
-            (item->Style & 3) == comboList ? gtk_combo_box_text_new() : gtk_combo_box_text_new_with_entry();
-        item->Control = item->Placed;
-        g_signal_connect(item->Placed, "changed", G_CALLBACK(OnComboChanged), item);
-        break;
+    case Kind::ComboBox: MakeCombo(item); break;
     case Kind::TabControl:
         item->Placed = item->Control = gtk_notebook_new();
         g_signal_connect(item->Control, "switch-page", G_CALLBACK(OnPageSwitched), item);
@@ -464,13 +166,14 @@ void MakeControl(Item *item)
     WatchFocus(item->Control, item);
 }
 
-const char *IconOf(uint32_t boxStyle)
+// What kind of box it is, as icons and colours are called; null for a box without an icon.
+const char *KindOfBox(uint32_t boxStyle)
 {
     switch (boxStyle & 0xF0) {
-    case 0x10: return "dialog-error";
-    case 0x20: return "dialog-question";
-    case 0x30: return "dialog-warning";
-    case 0x40: return "dialog-information";
+    case 0x10: return "error";
+    case 0x20: return "question";
+    case 0x30: return "warning";
+    case 0x40: return "information";
     default: return nullptr;
     }
 }
@@ -479,14 +182,18 @@ const char *IconOf(uint32_t boxStyle)
 void MakeBoxInside(Item *item)
 {
     GtkWidget *outer = gtk_box_new(GTK_ORIENTATION_VERTICAL, 18);
+    constexpr int narrowest = 240; // leaves room for the caption
+    gtk_widget_set_size_request(outer, narrowest, -1);
     gtk_widget_set_margin_top(outer, 18);
     gtk_widget_set_margin_bottom(outer, 12);
     gtk_widget_set_margin_start(outer, 18);
     gtk_widget_set_margin_end(outer, 18);
     item->Inside = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 16);
-    if (IconOf(item->BoxStyle) != nullptr) {
-        GtkWidget *icon = gtk_image_new_from_icon_name(IconOf(item->BoxStyle));
-        gtk_image_set_pixel_size(GTK_IMAGE(icon), 40);
+    const char *kind = KindOfBox(item->BoxStyle);
+    if (kind != nullptr) {
+        GtkWidget *icon = gtk_image_new_from_icon_name(("dialog-" + std::string(kind) + "-symbolic").c_str());
+        gtk_widget_add_css_class(icon, "box-icon");
+        gtk_widget_add_css_class(icon, kind);
         gtk_widget_set_valign(icon, GTK_ALIGN_START);
         gtk_box_append(GTK_BOX(item->Inside), icon);
     }
@@ -547,11 +254,16 @@ void MakeResizable(Item *item)
 
 void MakeTop(Item *item)
 {
-    item->Placed = gtk_window_new();
+    const bool isBox = (item->Flags & flagBox) != 0;
+    const GtkAccessibleRole role = isBox                        ? GTK_ACCESSIBLE_ROLE_ALERT_DIALOG
+                                   : item->What == Kind::Dialog ? GTK_ACCESSIBLE_ROLE_DIALOG
+                                                                : GTK_ACCESSIBLE_ROLE_WINDOW;
+    item->Placed = GTK_WIDGET(g_object_new(GTK_TYPE_WINDOW, "accessible-role", role, nullptr));
     auto *window = GTK_WINDOW(item->Placed);
     gtk_window_set_resizable(window, FALSE);
     gtk_window_set_mnemonics_visible(window, TRUE);
-    if ((item->Flags & flagBox) != 0) {
+    gtk_window_set_focus_visible(window, TRUE);
+    if (isBox) {
         MakeBoxInside(item);
     } else if ((item->Style & thickFrame) != 0) {
         MakeResizable(item);
@@ -560,25 +272,39 @@ void MakeTop(Item *item)
         gtk_widget_set_size_request(item->Inside, item->Width, item->Height);
         gtk_window_set_child(window, item->Inside);
     }
-    GtkEventController *keys = gtk_event_controller_key_new();
-    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
-    g_signal_connect(keys, "key-pressed", G_CALLBACK(OnKey), item);
-    gtk_widget_add_controller(item->Placed, keys);
+    WatchKeys(item);
     g_signal_connect(item->Placed, "close-request", G_CALLBACK(OnCloseRequest), item);
     g_signal_connect(item->Placed, "notify::is-active", G_CALLBACK(OnActive), item);
+}
+
+uint32_t heightOfLine; // 8 dialog units in pixels
+
+bool IsInBox(const Item *item)
+{
+    const Item *parent = FindItem(item->Parent);
+    return parent != nullptr && parent->Buttons != nullptr;
+}
+
+// A text beside a field: 8 units high, as it stands in dialogs, 2 below the field's top.
+bool IsOneLine(const Item *item)
+{
+    return item->What == Kind::Static && (item->Style & statics) != staticLine &&
+           item->Height <= static_cast<int32_t>(heightOfLine);
 }
 
 void Place(Item *item)
 {
     Item *parent = FindItem(item->Parent);
     if (parent == nullptr || parent->Inside == nullptr) return;
-    if (parent->Buttons != nullptr) {
+    if (IsInBox(item)) {
         GtkWidget *row = item->What == Kind::Button ? parent->Buttons : parent->Inside;
         if (item->What == Kind::Button) gtk_widget_set_size_request(item->Placed, 96, -1);
         if (gtk_widget_get_parent(item->Placed) == nullptr) gtk_box_append(GTK_BOX(row), item->Placed);
         return;
     }
-    gtk_widget_set_size_request(item->Placed, item->Width, item->Height);
+    // A line's text stands in the middle of the 10 units that bring it level with what is beside it.
+    const int height = IsOneLine(item) ? item->Height + item->Height / 4 : item->Height;
+    gtk_widget_set_size_request(item->Placed, item->Width, height);
     if (gtk_widget_get_parent(item->Placed) == nullptr) {
         gtk_fixed_put(GTK_FIXED(parent->Inside), item->Placed, item->X, item->Y);
     } else {
@@ -588,48 +314,12 @@ void Place(Item *item)
 
 // ---- Showing the model's state ----
 
-GtkEditable *FieldOf(Item *item)
-{
-    if (item->What == Kind::Edit) return GTK_EDITABLE(item->Control);
-    if (item->What != Kind::ComboBox || (item->Style & 3) == comboList) return nullptr;
-    GtkWidget *entry = gtk_combo_box_get_child(GTK_COMBO_BOX(item->Control));
-    return GTK_IS_EDITABLE(entry) ? GTK_EDITABLE(entry) : nullptr;
-}
-
-void ShowField(Item *item)
-{
-    GtkEditable *field = FieldOf(item);
-    if (field == nullptr) return;
-    gtk_editable_set_max_width_chars(field, 1);
-    gtk_editable_set_width_chars(field, 1);
-    if (item->What == Kind::Edit) {
-        gtk_entry_set_max_length(GTK_ENTRY(item->Control), item->Limit > 65535 ? 0 : item->Limit);
-        gtk_editable_set_editable(field, (item->Style & editReadOnly) == 0);
-    } else {
-        gtk_entry_set_max_length(GTK_ENTRY(field), item->Limit > 65535 ? 0 : item->Limit);
-    }
-    if (item->Text != gtk_editable_get_text(field)) {
-        gtk_editable_set_text(field, item->Text.c_str());
-        item->ToldAnchor = -1;
-    }
-    // The caret is the person's, unless the model has moved it.
-    if (item->Anchor == item->ToldAnchor && item->Caret == item->ToldCaret) return;
-    gtk_editable_select_region(field, item->Anchor, item->Caret);
-    item->ToldAnchor = item->Anchor;
-    item->ToldCaret = item->Caret;
-}
-
 void ShowValue(Item *item)
 {
     if (item->What == Kind::ListBox) {
-        const guint row = item->Value < 0 ? GTK_INVALID_LIST_POSITION : static_cast<guint>(item->Value);
-        if (gtk_single_selection_get_selected(item->Selection) != row) {
-            gtk_single_selection_set_selected(item->Selection, row);
-        }
-        if (item->Value >= 0) gtk_widget_activate_action(item->Control, "list.scroll-to-item", "u", row);
+        ShowSelectedRow(item);
     } else if (item->What == Kind::ComboBox) {
-        gtk_combo_box_set_active(GTK_COMBO_BOX(item->Control), item->Value);
-        ShowField(item);
+        ShowCombo(item);
     } else if (item->What == Kind::TabControl) {
         gtk_notebook_set_current_page(GTK_NOTEBOOK(item->Control), item->Value);
     }
@@ -641,16 +331,16 @@ void ShowStatic(Item *item)
     auto *label = GTK_LABEL(item->Placed);
     const uint32_t type = item->Style & statics;
     gtk_label_set_xalign(label, type == staticRight ? 1.0F : type == staticCenter ? 0.5F : 0.0F);
-    gtk_label_set_yalign(label, 0);
-    if ((item->Style & staticNoPrefix) != 0) {
+    if (IsInBox(item)) {
+        constexpr int widest = 480;
+        gtk_label_set_wrap(label, FALSE);
+        gtk_label_set_text(label, BrokenIntoLines(item->Placed, item->Text, widest).c_str());
+    } else if ((item->Style & staticNoPrefix) != 0) {
         gtk_label_set_text(label, item->Text.c_str());
-        const glong length = g_utf8_strlen(item->Text.c_str(), -1);
-        gtk_label_set_width_chars(label, length > 50 ? 50 : static_cast<int>(length));
-        gtk_label_set_max_width_chars(label, 60);
-        gtk_label_set_yalign(label, 0.5F);
     } else {
-        gtk_label_set_text_with_mnemonic(label, WithUnderlines(item->Text).c_str());
+        SetLabelText(label, item->Text);
     }
+    gtk_label_set_yalign(label, IsInBox(item) || IsOneLine(item) ? 0.5F : 0);
 }
 
 // The text of a button with an icon: its name for those who cannot see it, a tab, and what the icon is
@@ -678,7 +368,7 @@ void ShowButton(Item *item)
     const std::string text = WithUnderlines(item->Text);
     if (type == groupBox) {
         GtkWidget *label = gtk_frame_get_label_widget(GTK_FRAME(item->Placed));
-        gtk_label_set_text_with_mnemonic(GTK_LABEL(label), text.c_str());
+        SetLabelText(GTK_LABEL(label), item->Text);
     } else if ((item->Style & iconButton) != 0) {
         ShowIcon(item);
     } else if (type == pushButton || type == defaultButton) {
@@ -750,7 +440,7 @@ void HearWindow(FrameReader &reader)
     item->Handle = handle;
     item->Parent = TakeU32(reader);
     item->Owner = TakeU32(reader);
-    TakeU32(reader); // thread
+    item->Thread = TakeU32(reader);
     item->What = static_cast<Kind>(TakeU8(reader));
     item->Flags = TakeU8(reader);
     item->Style = TakeU32(reader);
@@ -769,12 +459,16 @@ void HearWindow(FrameReader &reader)
     uint32_t length = 0;
     const char *text = TakeText(reader, length);
     item->Text.assign(text, length);
-    item->TabStops.clear();
-    for (uint32_t stops = TakeU32(reader); stops > 0 && !reader.Bad; --stops) {
-        item->TabStops.push_back(TakeI32(reader));
+    std::vector<int32_t> stops;
+    for (uint32_t count = TakeU32(reader); count > 0 && !reader.Bad; --count) {
+        stops.push_back(TakeI32(reader));
     }
     if (made && item->Parent == 0) MakeTop(item);
     if (made && item->Parent != 0) MakeControl(item);
+    if (stops != item->TabStops) {
+        item->TabStops = stops;
+        ShowTabStops(item);
+    }
     ShowItem(item);
 }
 
@@ -790,19 +484,9 @@ void HearRows(FrameReader &reader)
     }
     if (item == nullptr) return;
     if (item->What == Kind::ListBox) {
-        std::vector<const char *> texts;
-        texts.reserve(rows.size() + 1);
-        for (const std::string &row : rows) {
-            texts.push_back(row.c_str());
-        }
-        texts.push_back(nullptr);
-        gtk_string_list_splice(item->Strings, 0, g_list_model_get_n_items(G_LIST_MODEL(item->Strings)),
-                               texts.data());
+        ShowRows(item, rows);
     } else if (item->What == Kind::ComboBox) {
-        gtk_combo_box_text_remove_all(GTK_COMBO_BOX_TEXT(item->Control));
-        for (const std::string &row : rows) {
-            gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(item->Control), row.c_str());
-        }
+        ShowComboRows(item, rows);
     } else if (item->What == Kind::TabControl) {
         auto *notebook = GTK_NOTEBOOK(item->Control);
         while (gtk_notebook_get_n_pages(notebook) > 0) {
@@ -861,6 +545,7 @@ void HearDestroyed(FrameReader &reader)
         if (around != nullptr && GTK_IS_BOX(around)) gtk_box_remove(GTK_BOX(around), item->Placed);
     }
     if (item->Partner != nullptr) g_object_unref(item->Partner);
+    if (item->What == Kind::ListBox) ForgetRows(item);
     if (item->Shown != nullptr) pictures::Free(item->Shown);
     items.erase(handle);
     // The item itself stays: signals of a widget that is still on its way out may name it.
@@ -869,22 +554,26 @@ void HearDestroyed(FrameReader &reader)
 void HearTop(FrameReader &reader)
 {
     Item *top = FindItem(TakeU32(reader));
-    const bool active = TakeU8(reader) != 0;
+    const uint8_t flags = TakeU8(reader);
     Item *focus = FindItem(TakeU32(reader));
     Item *button = FindItem(TakeU32(reader));
-    if (top == nullptr || top->Parent != 0 || (top->Flags & flagShown) == 0) return;
+    const uint32_t handledKeys = TakeU32(reader);
+    if (top == nullptr || top->Parent != 0) return;
+    HearHandledKeys(top->Thread, handledKeys);
+    if ((top->Flags & flagShown) == 0) return;
     auto *window = GTK_WINDOW(top->Placed);
+    gtk_widget_set_cursor_from_name(top->Placed, (flags & flagWaits) != 0 ? "wait" : nullptr);
     gtk_window_set_default_widget(window, button != nullptr ? button->Control : nullptr);
-    if (active && gtk_window_is_active(window) == FALSE && (top->Flags & flagEnabled) != 0)
+    const bool isActive = (flags & flagActive) != 0;
+    if (isActive && gtk_window_is_active(window) == FALSE && (top->Flags & flagEnabled) != 0)
         gtk_window_present(window);
     if (focus == nullptr || focus->Control == nullptr || FocusedItem(window) == focus) return;
-    GtkEditable *field = FieldOf(focus);
-    if (focus->What == Kind::Edit) {
-        gtk_entry_grab_focus_without_selecting(GTK_ENTRY(focus->Control));
+    if (focus->What == Kind::Edit || focus->What == Kind::ComboBox) {
+        FocusField(focus);
     } else {
-        gtk_widget_grab_focus(field != nullptr ? GTK_WIDGET(field) : focus->Control);
+        gtk_widget_grab_focus(focus->Control);
     }
-    if (field != nullptr) gtk_editable_select_region(field, focus->Anchor, focus->Caret);
+    if (focus->What == Kind::ListBox) ShowSelectedRow(focus);
 }
 
 void HearFrame(const std::string &frame)
@@ -958,7 +647,14 @@ constexpr char style[] =
     " padding-bottom: 2px; }"
     "button { padding-left: 8px; padding-right: 8px; }"
     "checkbutton { min-height: 0; padding: 0; }"
+    "button.default:not(:disabled) { border-color: @theme_selected_bg_color; }"
     "listview > row { padding: 1px 6px; }"
+    "entry > text:not(:focus-within) > selection { background-color: transparent; color: inherit; }"
+    "frame > label { margin: 2px 8px 0px 8px; }"
+    "image.box-icon { -gtk-icon-size: 36px; }"
+    "image.question, image.information { color: #3584e4; }"
+    "image.warning { color: #e5a50a; }"
+    "image.error { color: #e01b24; }"
     ".picture { background-color: shade(@theme_bg_color, 0.88); }"
     ".picture:focus-visible { outline: 1px solid alpha(@theme_selected_bg_color, 0.6); outline-offset: -1px; "
     "}"
@@ -1000,6 +696,7 @@ int main()
     MeasureLetters(baseX, baseY);
     std::string hello(1, static_cast<char>(FromScreen::Hello));
     Append(hello, protocolVersion);
+    heightOfLine = baseY;
     Append(hello, baseX);
     Append(hello, baseY);
     Send(hello);

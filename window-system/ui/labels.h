@@ -1,0 +1,24 @@
+// Texts as dialogs have them, with "&" before the letter that leads to them, on labels and buttons.
+#pragma once
+
+#include <gtk/gtk.h>
+#include <string>
+
+namespace ui {
+
+// "&Name" as GTK writes it, "_Name"; "&&" is an ampersand.
+std::string WithUnderlines(const std::string &text);
+
+// "&Name" as it is read out, "Name".
+std::string WithoutMnemonic(const std::string &text);
+
+// Shows a text with its mnemonic underlined. GTK does that only for a label that it leads from by itself.
+void SetLabelText(GtkLabel *label, const std::string &text);
+
+// The text with line breaks, so that no line is wider than `mostWidth` pixels unless a single word is.
+std::string BrokenIntoLines(GtkWidget *widget, const std::string &text, int mostWidth);
+
+// The width of a text in pixels as a label in `widget` has it.
+int WidthOf(GtkWidget *widget, const std::string &text);
+
+} // namespace ui

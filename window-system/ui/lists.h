@@ -1,0 +1,26 @@
+// List boxes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "window-system/ui/item.h"
+
+namespace ui {
+
+void MakeList(Item *item);
+
+// Shows other rows.
+void ShowRows(Item *item, const std::vector<std::string> &rows);
+
+// Selects the row that the model has selected and brings it into view; with the keyboard in the list, that
+// row has it.
+void ShowSelectedRow(Item *item);
+
+// Lets go of the rows of a list that goes.
+void ForgetRows(Item *item);
+
+// The tab stops have changed.
+void ShowTabStops(Item *item);
+
+} // namespace ui
