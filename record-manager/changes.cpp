@@ -147,33 +147,6 @@ MDB_cursor *IndexCursor(Change *change, const Key &key, int16_t *status)
     return cursor;
 }
 
-// Adds the record's entry to the index of one key; 5 when the value is there and may not be twice.
-int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t number, uint64_t running)
-{
-    const Definition &definition = change->In->Of->Layout;
-    uint8_t entry[maxEntryKey];
-    const size_t size = EntryKeyOf(definition, key, record, running, entry);
-    int16_t status = BtrStatusOk;
-    MDB_cursor *cursor = IndexCursor(change, key, &status);
-    if (status == BtrStatusOk) status = Add(cursor, {entry, size}, KeyOfRecord(number));
-    if (status == BtrStatusDuplicateKey) return status;
-    bool first = true;
-    if (status == BtrStatusOk && key.Duplicates) {
-        // The running number is the highest of all, so another of the group would lie just before.
-        Bytes before;
-        Bytes ignored;
-        status = SeekPrevious(cursor, &before, &ignored);
-        first = status != BtrStatusOk || !BeginsWith(before, entry, key.Length);
-        if (status == BtrStatusEndOfFile) status = BtrStatusOk;
-    }
-    if (status != BtrStatusOk) {
-        change->Damaged = true;
-        return status;
-    }
-    if (first) change->In->Now.UniqueValues[KeyIndex(definition, key)]++;
-    return BtrStatusOk;
-}
-
 // Whether another entry of the group lies at the given side of the entry.
 int16_t HasNeighbour(MDB_cursor *cursor, const Key &key, Bytes entry, Side side, bool *has)
 {
@@ -186,6 +159,39 @@ int16_t HasNeighbour(MDB_cursor *cursor, const Key &key, Bytes entry, Side side,
     const int16_t status = Seek(cursor, {bound, size}, side, &found, &ignored);
     *has = status == BtrStatusOk && BeginsWith(found, entry.Data, key.Length);
     return status == BtrStatusEndOfFile ? static_cast<int16_t>(BtrStatusOk) : status;
+}
+
+// Adds the record's entry to the index of one key; 5 when the value is there and may not be twice.
+int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t number, uint64_t sequence)
+{
+    const Definition &definition = change->In->Of->Layout;
+    uint8_t entry[maxEntryKey];
+    const size_t size = EntryKeyOf(definition, key, record, RunningOf(key, number, sequence), entry);
+    int16_t status = BtrStatusOk;
+    MDB_cursor *cursor = IndexCursor(change, key, &status);
+    if (status == BtrStatusOk) status = Add(cursor, {entry, size}, KeyOfRecord(number));
+    if (status == BtrStatusDuplicateKey) return status;
+    bool first = true;
+    if (status == BtrStatusOk && key.Duplicates) {
+        // The running number is the highest of all, so another of the group would lie just before; a record
+        // number need not be.
+        Bytes before;
+        Bytes ignored;
+        status = SeekPrevious(cursor, &before, &ignored);
+        first = status != BtrStatusOk || !BeginsWith(before, entry, key.Length);
+        if (status == BtrStatusEndOfFile) status = BtrStatusOk;
+        if (status == BtrStatusOk && first && key.Repeating) {
+            bool after = false;
+            status = HasNeighbour(cursor, key, {entry, size}, Side::AtOrAfter, &after);
+            first = !after;
+        }
+    }
+    if (status != BtrStatusOk) {
+        change->Damaged = true;
+        return status;
+    }
+    if (first) change->In->Now.UniqueValues[KeyIndex(definition, key)]++;
+    return BtrStatusOk;
 }
 
 int16_t RemoveEntry(Change *change, const Key &key, const uint8_t *entry)
@@ -342,6 +348,10 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
     for (size_t stamp = 0; stamp < StampsSize(definition); stamp += stampSize) {
         PutBigEndian(place + stamp, sequence, stampSize);
     }
+    for (size_t i = 0; i < definition.KeyCount; ++i) {
+        const Key &key = definition.Keys[i];
+        if (key.Repeating) PutBigEndian(place + RunningOffset(key), number, stampSize);
+    }
     memcpy(place + StampsSize(definition), record.Data, record.Size);
     now.Sequence = sequence;
     now.LastRecord = number;
@@ -381,7 +391,7 @@ int16_t InsertRecord(const Call &call)
         handle->KeyOnly = false;
         handle->Record = number;
         handle->Version = sequence;
-        if (key != nullptr) FollowRecord(call, *key, record.Data, sequence);
+        if (key != nullptr) FollowRecord(call, *key, record.Data, RunningOf(*key, number, sequence));
     } else if (held) {
         DropRecord(file, number);
     }
@@ -468,7 +478,7 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
     for (size_t i = 0; i < definition.KeyCount; ++i) {
         const Key &changed = definition.Keys[i];
         if (changes[i].Joins && changed.Duplicates) {
-            PutBigEndian(place + RunningOffset(changed), sequence, stampSize);
+            PutBigEndian(place + RunningOffset(changed), RunningOf(changed, number, sequence), stampSize);
         }
     }
     memcpy(place + StampsSize(definition), record.Data, record.Size);
@@ -485,7 +495,8 @@ void MoveWithRecord(const Call &call, const Key &key, const NewRecord &record, B
     const Definition &definition = handle->In->Of->Layout;
     if (handle->LogicalKey == call.KeyNumber) {
         const uint64_t kept = key.Duplicates ? GetBigEndian(old.Data + RunningOffset(key), stampSize) : 0;
-        FollowRecord(call, key, record.Data, changed.Joins ? sequence : kept);
+        const uint64_t joined = RunningOf(key, handle->Record, sequence);
+        FollowRecord(call, key, record.Data, changed.Joins ? joined : kept);
         return;
     }
     if (handle->LogicalKey != noLogicalKey) handle->LogicalKey = mixedLogicalKey;

@@ -352,8 +352,10 @@ int16_t LockWholeFile(Handle *handle, const LockRequest &request)
 {
     ClientFile *file = handle->In;
     if (file->Home->Owner->Transaction != TransactionKind::Exclusive || file->Whole) return BtrStatusOk;
-    const LockResult result = WaitLock(file->Home->LockFd, LockKind::Write, RecordOffset(file->Of->Number, 0),
-                                       wholeFile, request.Wait_ms);
+    // Where nothing can be written the lock cannot be one for writing either.
+    const LockKind kind = file->Home->Books->ReadOnly ? LockKind::Read : LockKind::Write;
+    const LockResult result =
+        WaitLock(file->Home->LockFd, kind, RecordOffset(file->Of->Number, 0), wholeFile, request.Wait_ms);
     if (result != LockResult::Granted) return StatusOfLock(result);
     file->Whole = true;
     ReleaseSingle(handle);
@@ -374,7 +376,7 @@ void UnlockWholeFile(ClientFile *file)
         if (next > from) Unlock(file->Home->LockFd, first + from, next - from);
         from = next + 1;
     }
-    Unlock(file->Home->LockFd, first + from, wholeFile - from);
+    if (from < wholeFile) Unlock(file->Home->LockFd, first + from, wholeFile - from);
 }
 
 int16_t ReserveLock(LockList *list)

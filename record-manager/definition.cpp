@@ -96,6 +96,7 @@ void FinishKey(Definition *definition, Key *key)
     const Segment &segment = definition->Segments[key->FirstSegment];
     const unsigned flags = definition->KeyEntries[key->FirstSegment].Flags;
     key->Duplicates = (flags & BtrKeyDuplicates) != 0;
+    key->Repeating = key->Duplicates && (flags & BtrKeyRepeating) != 0;
     key->Modifiable = (flags & BtrKeyModifiable) != 0;
     key->NullAll = (flags & BtrKeyNullAll) != 0;
     key->NullAny = (flags & BtrKeyNullAny) != 0;

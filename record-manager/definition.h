@@ -26,6 +26,7 @@ struct Key {
     uint8_t DuplicateIndex; // which of a record's running numbers is this key's
     uint16_t Length;        // of the key value, which is also the length of its ordered form
     bool Duplicates;
+    bool Repeating; // with duplicates: in the order of their records, not of their insertion into the group
     bool Modifiable;
     bool NullAll;
     bool NullAny;

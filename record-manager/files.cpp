@@ -144,8 +144,10 @@ int16_t AcquireClientFile(ClientStore *store, const FilePath &path, bool alone, 
 int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
 {
     const bool loading = call.KeyNumber == BtrModeLoading;
+    const bool alone = call.KeyNumber == BtrModeExclusive;
+    if (store->Books->ReadOnly && (loading || alone)) return BtrStatusPermission;
     ClientFile *in = nullptr;
-    int16_t status = AcquireClientFile(store, path, call.KeyNumber == BtrModeExclusive, &in);
+    int16_t status = AcquireClientFile(store, path, alone, &in);
     if (status != BtrStatusOk) return status;
     const LockResult usage = LockUsage(store, loading);
     if (usage != LockResult::Granted) {

@@ -8,7 +8,7 @@
 // The numbers in the keys of an index are big-endian, so that the order of its bytes is theirs. The stamps
 // are six bytes each: the change that last wrote the record, from which a conflict is told, then per key with
 // duplicates the running number of its index entry. All are drawn from the file's sequence, so the youngest
-// of a group of duplicates comes last in it.
+// of a group of duplicates comes last in it; a key with repeating duplicates has the record number instead.
 #pragma once
 
 #include "record-manager/keys.h"
@@ -62,6 +62,12 @@ inline uint64_t VersionOf(Bytes stored) { return GetBigEndian(stored.Data, stamp
 
 // Where the running number of a key with duplicates lies in the stamps.
 inline size_t RunningOffset(const Key &key) { return stampSize * (1u + key.DuplicateIndex); }
+
+// The running number of a record that joins its group of duplicates by this change.
+inline uint64_t RunningOf(const Key &key, uint32_t record, uint64_t sequence)
+{
+    return key.Repeating ? record : sequence;
+}
 
 inline size_t EntryKeySize(const Key &key) { return key.Length + (key.Duplicates ? stampSize : 0); }
 

@@ -82,8 +82,9 @@ void StepBack(Handle *handle, MDB_txn *view)
     if (handle->LogicalKey < 0) return;
     const Key *key = FindKey(definition, handle->LogicalKey);
     const size_t valueEnd = key->Length;
-    if (!key->Duplicates || GetBigEndian(handle->Place + valueEnd, stampSize) <= file.FirstSequence) return;
-    PutBigEndian(handle->Place + valueEnd, file.FirstSequence, stampSize);
+    const uint64_t last = RunningOf(*key, file.FirstRecord, file.FirstSequence);
+    if (!key->Duplicates || GetBigEndian(handle->Place + valueEnd, stampSize) <= last) return;
+    PutBigEndian(handle->Place + valueEnd, last, stampSize);
     handle->Place[valueEnd + stampSize] = 1;
     handle->PlaceLength = valueEnd + stampSize + 1;
     handle->AtPlace = false;

@@ -347,7 +347,10 @@ TEST(FileSystems, AMediumThatCannotBeWrittenCanBeRead)
         EXPECT_EQ(t.GetEqual("b", BtrBiasLock).Status, BtrStatusAccessDenied);
         EXPECT_EQ(Create(me, directory / "u.btr", DefinitionOfT()).Status, BtrStatusPermission);
         EXPECT_EQ(me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        EXPECT_EQ(Name(t.GetEqual("b")), "b");
         EXPECT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+        EXPECT_EQ(Open(me, directory / "t.btr", 1, BtrModeExclusive).Status, BtrStatusPermission);
+        EXPECT_EQ(Open(me, directory / "t.btr", 1, BtrModeLoading).Status, BtrStatusPermission);
     }
     const TempDirectory empty;
     Local me;

@@ -1,4 +1,5 @@
 // The order of key values, type by type, and which records an index leaves out.
+#include "audit.h"
 #include "files.h"
 
 #include <algorithm>
@@ -284,6 +285,51 @@ TEST(Autoincrement, ZeroInAnUpdateAsksForANumberToo)
 }
 
 // ---- Nulls ----
+
+// Gives the first record along the key another value.
+void ChangeFirst(OneKey &test, const std::string &key)
+{
+    const Answer first = test.Me({.Operation = BtrOpGetFirst, .Length = 32});
+    ASSERT_EQ(first.Status, BtrStatusOk);
+    std::string record = first.Data;
+    record.replace(0, key.size(), key);
+    ASSERT_EQ(test.Me({.Operation = BtrOpUpdate, .Data = record, .Length = 32}).Status, BtrStatusOk);
+}
+
+TEST_F(OneKey, DuplicatesComeInTheOrderInWhichTheyJoinedTheirGroup)
+{
+    Make(4, BtrKeyDuplicates | BtrKeyModifiable, BtrTypeString);
+    for (const auto &[key, name] : {std::pair{"x", 'a'}, {"x", 'b'}, {"y", 'c'}, {"x", 'd'}}) {
+        ASSERT_EQ(Insert(key, name), BtrStatusOk);
+    }
+    EXPECT_EQ(Order(), "abdc");
+    ChangeFirst(*this, "y");
+    EXPECT_EQ(Order(), "bdca");
+}
+
+TEST_F(OneKey, RepeatingDuplicatesComeInTheOrderOfTheirRecords)
+{
+    Make(4, BtrKeyDuplicates | BtrKeyModifiable | BtrKeyRepeating, BtrTypeString);
+    for (const auto &[key, name] : {std::pair{"x", 'a'}, {"x", 'b'}, {"y", 'c'}, {"x", 'd'}}) {
+        ASSERT_EQ(Insert(key, name), BtrStatusOk);
+    }
+    EXPECT_EQ(Order(), "abdc");
+    ChangeFirst(*this, "y");
+    EXPECT_EQ(Order(), "bdac");
+    // The position follows the record to its place in the middle of the group.
+    ChangeFirst(*this, "y");
+    EXPECT_EQ(Me({.Operation = BtrOpGetNext, .Length = 32}).Data[31], 'c');
+    EXPECT_EQ(Order(), "dabc");
+    const auto client = [this](const Request &request) { return Me(request); };
+    EXPECT_EQ(Audit(client, Directory / "one.btr").Complaint, "") << "the number of values too";
+    // A place that was taken in a transaction is given up with it.
+    ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpInsert, .Data = Padded("x", 32), .Length = 32}).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpAbort}).Status, BtrStatusOk);
+    ASSERT_EQ(Insert("x", 'e'), BtrStatusOk);
+    EXPECT_EQ(Me({.Operation = BtrOpGetNext, .Length = 32}).Data[31], 'e');
+    EXPECT_EQ(Order(), "deabc");
+}
 
 TEST_F(OneKey, ARecordWhoseKeyIsNullIsNotInTheIndex)
 {
