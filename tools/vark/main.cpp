@@ -17,7 +17,9 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <vector>
 
 namespace {
 
@@ -72,125 +74,168 @@ constexpr const char *bookingExamples =
     "Anführungszeichen; ein Wert geht nie über sein Zeilenende. Leere Zeilen und solche mit # zählen nicht.\n"
     "Jede Zeile wird für sich gebucht: Eine abgelehnte hält keine andere auf.";
 
-int Run(int argc, char **argv)
-{
-    tools::EndQuietlyOnClosedPipe();
+// The command line: its options, and what each command does with them.
+struct Program {
+    CLI::App App{"VARK40 auf der Kommandozeile: buchen und nachsehen", "vark"};
+    std::filesystem::path Configuration;
+    bool IsJson = false;
+    bool IsCsv = false;
+    cli::BookingOptions Booking;
+    cli::SplitOptions Split;
+    cli::PartnerOptions Partner;
+    cli::BatchOptions Batch;
+    cli::PickOptions Pick;
+    cli::QueryOptions Query;
+    cli::AccountOptions Accounts;
+    cli::RateOptions Rate;
+    cli::ReportOptions Report;
 
-    CLI::App app("VARK40 auf der Kommandozeile: buchen und nachsehen", "vark");
-    tools::MakeGerman(app);
-    app.require_subcommand(1);
-    std::filesystem::path configuration;
-    app.add_option("--config", configuration,
-                   "Verzeichnis mit tolka.ini und vark.ini (sonst $VARK_CONFIG_DIR)");
-    app.footer(std::string("Jeder Befehl erklärt sich mit --hilfe, etwa: vark buchen --hilfe\n\n") +
-               exitCodes);
-
-    bool isJson = false;
-    bool isCsv = false;
-    CLI::App *status = tools::AddCommand(app, "status", "Zustand der Bibliothek und Liste der Mandanten");
-    status->add_flag("--json", isJson, "Ausgabe für Programme");
-    status->footer(std::string("Beispiel: vark --config /tmp/beispiel status\n\n") + exitCodes);
-
-    const auto addForms = [&](CLI::App *command) {
-        command->add_flag("--csv", isCsv, "Ausgabe als CSV");
-        command->add_flag("--json", isJson, "Ausgabe für Programme")->excludes("--csv");
+    struct Command {
+        CLI::App *Words;
+        std::function<int()> Run;
     };
+    std::vector<Command> Commands;
+
+    // A command whose help ends with examples and the exit codes.
+    CLI::App *Add(const char *name, const char *description, const std::string &examples,
+                  std::function<int()> run)
+    {
+        CLI::App *command = tools::AddCommand(App, name, description);
+        command->footer(examples + "\n\n" + exitCodes);
+        Commands.push_back({command, std::move(run)});
+        return command;
+    }
+    void AddForms(CLI::App *command)
+    {
+        command->add_flag("--csv", IsCsv, "Ausgabe als CSV");
+        command->add_flag("--json", IsJson, "Ausgabe für Programme")->excludes("--csv");
+    }
     // What comes as one piece of work or as a file of them.
-    const auto addTask = [&](CLI::App *command, cli::TaskOptions &task) {
+    void AddTask(CLI::App *command, cli::TaskOptions &task)
+    {
         command->add_option("--datei", task.File, "aus dieser CSV-Datei, - für die Standardeingabe");
         command->add_option("--abgelehnt", task.Rejections, "abgelehnte Zeilen mit Grund in diese CSV-Datei");
         command->add_flag("--leise", task.IsQuiet, "keine Zusammenfassung");
-        addForms(command);
-    };
-    CLI::App *mandanten = tools::AddCommand(app, "mandanten", "Liste der Mandanten");
-    addForms(mandanten);
-    mandanten->footer(std::string("Beispiel: vark mandanten --csv\n\n") + exitCodes);
+        AddForms(command);
+    }
+    tools::Output Form() const
+    {
+        return IsJson ? tools::Output::Json : IsCsv ? tools::Output::Csv : tools::Output::Table;
+    }
+    // Whether a person is to see windows.
+    bool NeedsScreen() const { return !Pick.What.empty() || Rate.Asks || Report.NeedsScreen(); }
+};
 
-    cli::BookingOptions booking;
+void AddOverviews(Program &program)
+{
+    CLI::App *status = program.Add("status", "Zustand der Bibliothek und Liste der Mandanten",
+                                   "Beispiel: vark --config /tmp/beispiel status",
+                                   [&program] { return cli::ShowStatus(program.IsJson); });
+    status->add_flag("--json", program.IsJson, "Ausgabe für Programme");
+    CLI::App *mandanten = program.Add("mandanten", "Liste der Mandanten", "Beispiel: vark mandanten --csv",
+                                      [&program] { return cli::ShowMandanten(program.Form()); });
+    program.AddForms(mandanten);
+}
+
+void AddBookingOptions(Program &program, CLI::App *command, cli::BookingText &text, cli::TaskOptions &task)
+{
+    command->add_option("--mandant", text.Mandant, "Nummer des Mandanten");
+    command->add_option("--stapel", text.Stapel, "Nummer des Stapels");
+    command->add_option("--datum", text.Datum, "Belegdatum, TT.MM.JJJJ");
+    command->add_option("--beleg", text.Beleg, "Belegnummer, bis 8 Zeichen");
+    command->add_option("--text", text.Text, "Buchungstext, bis 35 Zeichen");
+    command->add_option("--soll", text.Sollkonto, "Sollkonto");
+    command->add_option("--soll-art", text.Sollart,
+                        "Sachkonto, Kreditor oder Debitor; sonst nach der Nummer");
+    command->add_option("--haben", text.Habenkonto, "Habenkonto");
+    command->add_option("--haben-art", text.Habenart, "wie --soll-art");
+    command->add_option("--betrag", text.Betrag, "Bruttobetrag");
+    command->add_option("--satz", text.Steuersatz, "Steuersatz; sonst der des Kontos");
+    command->add_option("--steuer", text.Steuerbetrag, "Steuerbetrag; sonst aus dem Satz errechnet");
+    command->add_option("--schablone", text.Kostenschablone, "Nummer der Kostenschablone");
+    command->add_option("--zahlungsziel", text.Zahlungsziel, "Nummer; sonst das des Personenkontos");
+    program.AddTask(command, task);
+}
+
+void AddBookings(Program &program)
+{
     CLI::App *book =
-        tools::AddCommand(app, "buchen", "Eine Buchung oder viele aus einer Datei in einen Stapel schreiben");
-    const auto addBooking = [&](CLI::App *command, cli::BookingText &text, cli::TaskOptions &task) {
-        command->add_option("--mandant", text.Mandant, "Nummer des Mandanten");
-        command->add_option("--stapel", text.Stapel, "Nummer des Stapels");
-        command->add_option("--datum", text.Datum, "Belegdatum, TT.MM.JJJJ");
-        command->add_option("--beleg", text.Beleg, "Belegnummer, bis 8 Zeichen");
-        command->add_option("--text", text.Text, "Buchungstext, bis 35 Zeichen");
-        command->add_option("--soll", text.Sollkonto, "Sollkonto");
-        command->add_option("--soll-art", text.Sollart,
-                            "Sachkonto, Kreditor oder Debitor; sonst nach der Nummer");
-        command->add_option("--haben", text.Habenkonto, "Habenkonto");
-        command->add_option("--haben-art", text.Habenart, "wie --soll-art");
-        command->add_option("--betrag", text.Betrag, "Bruttobetrag");
-        command->add_option("--satz", text.Steuersatz, "Steuersatz; sonst der des Kontos");
-        command->add_option("--steuer", text.Steuerbetrag, "Steuerbetrag; sonst aus dem Satz errechnet");
-        command->add_option("--schablone", text.Kostenschablone, "Nummer der Kostenschablone");
-        command->add_option("--zahlungsziel", text.Zahlungsziel, "Nummer; sonst das des Personenkontos");
-        addTask(command, task);
-    };
-    addBooking(book, booking.Defaults, booking.Task);
-    book->footer(std::string(bookingExamples) + "\n\n" + exitCodes);
+        program.Add("buchen", "Eine Buchung oder viele aus einer Datei in einen Stapel schreiben",
+                    bookingExamples, [&program] { return cli::Book(program.Booking); });
+    AddBookingOptions(program, book, program.Booking.Defaults, program.Booking.Task);
 
-    cli::SplitOptions split;
-    CLI::App *bookSplit = tools::AddCommand(app, "split", "Splitbuchungen in einen Stapel schreiben");
-    addBooking(bookSplit, split.Defaults, split.Task);
+    cli::SplitOptions &split = program.Split;
+    CLI::App *bookSplit = program.Add("split", "Splitbuchungen in einen Stapel schreiben", splitExamples,
+                                      [&split] { return cli::BookSplit(split); });
+    AddBookingOptions(program, bookSplit, split.Defaults, split.Task);
     bookSplit->add_option("--kennzeichen", split.Defaults.Kennzeichen, "0 bis 255");
     bookSplit->add_option("--teil", split.Parts, "eine Teilbuchung; für jede einmal")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    bookSplit->footer(std::string(splitExamples) + "\n\n" + exitCodes);
 
-    cli::PartnerOptions partner;
-    CLI::App *partners = tools::AddCommand(app, "peko", "Debitoren und Kreditoren anlegen, ändern, löschen");
-    partners->require_subcommand(1);
-    partners->footer(std::string(partnerExamples) + "\n\n" + exitCodes);
-    const auto addPartner = [&](const char *name, const char *description, cli::PartnerAction action) {
-        CLI::App *command = tools::AddCommand(*partners, name, description);
-        command->callback([&partner, action] { partner.Action = action; });
-        command->add_option("--mandant", partner.Mandant, "Nummer des Mandanten")->required();
-        command->add_option("--art", partner.Kind, "Debitor oder Kreditor")->required();
-        cli::PartnerText &text = partner.Defaults;
-        command->add_option("--konto", text.Konto, "Kontonummer");
-        command->add_option("--kuerzel", text.Kuerzel, "Kürzel, bis 8 Zeichen");
-        if (action != cli::PartnerAction::Delete) {
-            command->add_option("--name", text.Name, "Name, bis 25 Zeichen");
-            command->add_option("--name2", text.Name2, "zweiter Name");
-            command->add_option("--strasse", text.Strasse, "Straße");
-            command->add_option("--plz", text.Plz, "Postleitzahl");
-            command->add_option("--ort", text.Ort, "Ort");
-            command->add_option("--land", text.Land, "Länderkennzeichen; sonst das des Mandanten");
-            command->add_option("--ustid", text.UstId, "USt-IdNr");
-            command->add_option("--waehrung", text.Waehrung, "Währung, nur bei Kreditoren");
-            command->add_option("--blz", text.Blz, "Bankleitzahl, nur mit --bankkonto");
-            command->add_option("--bankkonto", text.Bankkonto, "Bankkontonummer, nur mit --blz");
-            command->add_option("--bank", text.Bank, "Name der Bank");
-            command->add_option("--gegenkonto", text.Gegenkonto, "ein Sachkonto");
-            command->add_option("--wert1", text.Wert1, "erster Zahlungswert");
-            command->add_option("--wert2", text.Wert2, "zweiter Zahlungswert");
-            command->add_option("--skonto", text.Skonto, "Skonto in Prozent");
-            command->add_option("--mahnkennziffer", text.Mahnkennziffer, "-1 bis 3, nur bei Debitoren");
-            command->add_option("--zahlungsziel", text.Zahlungsziel, "Nummer des Zahlungsziels");
-        }
-        addTask(command, partner.Task);
-        command->footer(std::string(partnerExamples) + "\n\n" + exitCodes);
-    };
-    addPartner("neu", "Anlegen", cli::PartnerAction::New);
-    addPartner("aendern", "Ändern, was genannt wird", cli::PartnerAction::Change);
-    addPartner("loeschen", "Löschen", cli::PartnerAction::Delete);
-
-    cli::BatchOptions batch;
+    cli::BatchOptions &batch = program.Batch;
     CLI::App *showBatch =
-        tools::AddCommand(app, "stapel", "Inhalt eines Stapels, oder die Liste aller Stapel");
+        program.Add("stapel", "Inhalt eines Stapels, oder die Liste aller Stapel",
+                    "Beispiele:\n  vark stapel --mandant 1\n  vark stapel --mandant 1 16 --kosten",
+                    [&batch] { return cli::ShowBatch(batch); });
     showBatch->add_option("--mandant", batch.Mandant, "Nummer des Mandanten")->required();
     showBatch->add_option("STAPEL", batch.Number, "Nummer des Stapels; ohne sie die Liste");
     showBatch->add_flag("--kosten", batch.WithCosts, "mit den Kostenzeilen");
-    addForms(showBatch);
-    showBatch->footer(
-        std::string("Beispiele:\n  vark stapel --mandant 1\n  vark stapel --mandant 1 16 --kosten\n\n") +
-        exitCodes);
+    program.AddForms(showBatch);
+}
 
-    cli::PickOptions pick;
+void AddPartnerAction(Program &program, CLI::App &partners, const char *name, const char *description,
+                      cli::PartnerAction action)
+{
+    cli::PartnerOptions &partner = program.Partner;
+    CLI::App *command = tools::AddCommand(partners, name, description);
+    command->callback([&partner, action] { partner.Action = action; });
+    command->add_option("--mandant", partner.Mandant, "Nummer des Mandanten")->required();
+    command->add_option("--art", partner.Kind, "Debitor oder Kreditor")->required();
+    cli::PartnerText &text = partner.Defaults;
+    command->add_option("--konto", text.Konto, "Kontonummer");
+    command->add_option("--kuerzel", text.Kuerzel, "Kürzel, bis 8 Zeichen");
+    if (action != cli::PartnerAction::Delete) {
+        command->add_option("--name", text.Name, "Name, bis 25 Zeichen");
+        command->add_option("--name2", text.Name2, "zweiter Name");
+        command->add_option("--strasse", text.Strasse, "Straße");
+        command->add_option("--plz", text.Plz, "Postleitzahl");
+        command->add_option("--ort", text.Ort, "Ort");
+        command->add_option("--land", text.Land, "Länderkennzeichen; sonst das des Mandanten");
+        command->add_option("--ustid", text.UstId, "USt-IdNr");
+        command->add_option("--waehrung", text.Waehrung, "Währung, nur bei Kreditoren");
+        command->add_option("--blz", text.Blz, "Bankleitzahl, nur mit --bankkonto");
+        command->add_option("--bankkonto", text.Bankkonto, "Bankkontonummer, nur mit --blz");
+        command->add_option("--bank", text.Bank, "Name der Bank");
+        command->add_option("--gegenkonto", text.Gegenkonto, "ein Sachkonto");
+        command->add_option("--wert1", text.Wert1, "erster Zahlungswert");
+        command->add_option("--wert2", text.Wert2, "zweiter Zahlungswert");
+        command->add_option("--skonto", text.Skonto, "Skonto in Prozent");
+        command->add_option("--mahnkennziffer", text.Mahnkennziffer, "-1 bis 3, nur bei Debitoren");
+        command->add_option("--zahlungsziel", text.Zahlungsziel, "Nummer des Zahlungsziels");
+    }
+    program.AddTask(command, partner.Task);
+    command->footer(std::string(partnerExamples) + "\n\n" + exitCodes);
+}
+
+void AddPartners(Program &program)
+{
+    CLI::App *partners =
+        program.Add("peko", "Debitoren und Kreditoren anlegen, ändern, löschen", partnerExamples,
+                    [&program] { return cli::KeepPartners(program.Partner); });
+    partners->require_subcommand(1);
+    AddPartnerAction(program, *partners, "neu", "Anlegen", cli::PartnerAction::New);
+    AddPartnerAction(program, *partners, "aendern", "Ändern, was genannt wird", cli::PartnerAction::Change);
+    AddPartnerAction(program, *partners, "loeschen", "Löschen", cli::PartnerAction::Delete);
+}
+
+void AddPick(Program &program)
+{
+    cli::PickOptions &pick = program.Pick;
     CLI::App *pickDialog =
-        tools::AddCommand(app, "waehlen", "Im Dialog auswählen lassen und die Nummer ausgeben");
+        program.Add("waehlen", "Im Dialog auswählen lassen und die Nummer ausgeben",
+                    "Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4",
+                    [&pick] { return cli::Pick(pick); });
     pickDialog->add_option("WAS", pick.What, "mandant, stapel, konto, zahlungsziel oder kostenschablone")
         ->required()
         ->check(CLI::IsMember({"mandant", "stapel", "konto", "zahlungsziel", "kostenschablone"}));
@@ -202,24 +247,25 @@ int Run(int argc, char **argv)
     pickDialog->add_option("--bis", pick.To, "bei konto: größte Nummer");
     pickDialog->add_flag("--verwalten", pick.Manages,
                          "bei stapel: alle, auch zum Anlegen, Ändern und Löschen");
-    pickDialog->footer(
-        std::string("Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4\n\n") +
-        exitCodes);
-    cli::QueryOptions query;
-    cli::AccountOptions listed;
-    cli::RateOptions rate;
-    const auto addQuery = [&](const char *name, const char *description, int &mandant, const char *examples) {
-        CLI::App *command = tools::AddCommand(app, name, description);
+}
+
+void AddQueries(Program &program)
+{
+    cli::QueryOptions &query = program.Query;
+    cli::AccountOptions &listed = program.Accounts;
+    const auto addQuery = [&program](const char *name, const char *description, int &mandant,
+                                     const char *examples, std::function<int()> run) {
+        CLI::App *command = program.Add(name, description, examples, std::move(run));
         command->add_option("--mandant", mandant, "Nummer des Mandanten")->required();
-        command->footer(std::string(examples) + "\n\n" + exitCodes);
-        addForms(command);
+        program.AddForms(command);
         return command;
     };
     CLI::App *accounts = addQuery("konten", "Konten auflisten", listed.Mandant,
                                   "Beispiele:\n"
                                   "  vark konten --mandant 1 --art Debitor --von 10100 --bis 10200\n"
                                   "  vark konten --mandant 1 --nach Kürzel --von B --bis D --csv\n"
-                                  "  vark konten --mandant 1 BERGENKO");
+                                  "  vark konten --mandant 1 BERGENKO",
+                                  [&listed] { return cli::ListAccounts(listed); });
     accounts->add_option("KONTO", listed.Single, "nur dieses, nach Nummer oder Kürzel");
     accounts->add_option("--art", listed.Kind,
                          "Sachkonto, Debitor, Kreditor oder Kostenstelle; sonst die ersten drei");
@@ -228,25 +274,37 @@ int Run(int argc, char **argv)
     accounts->add_option("--nach", listed.Order,
                          "Nummer (sonst) oder Kürzel: Reihenfolge, und was --von meint");
     CLI::App *freeNumber = addQuery("konto-frei", "Die nächste freie Nummer", query.Mandant,
-                                    "Beispiel: vark konto-frei --mandant 1 --art Kreditor");
+                                    "Beispiel: vark konto-frei --mandant 1 --art Kreditor",
+                                    [&query] { return cli::ShowFreeNumber(query); });
     freeNumber->add_option("--art", query.Kind, "Kreditor oder Debitor")->required();
     CLI::App *balance = addQuery("saldo", "Salden von Konten", query.Mandant,
                                  "Beispiele:\n"
                                  "  vark saldo --mandant 1 1840\n"
-                                 "  vark saldo --mandant 1 1840 10010 BERGENKO --csv");
+                                 "  vark saldo --mandant 1 1840 10010 BERGENKO --csv",
+                                 [&query] { return cli::ShowBalances(query); });
     balance->add_option("KONTO", query.Konten, "Kontonummern oder Kürzel")->required();
     balance->add_option("--art", query.Kind,
                         "Sachkonto, Kreditor, Debitor, Kostenstelle; sonst nach der Nummer");
     CLI::App *journal = addQuery("journal", "Endgültige Buchungen eines Geschäftsjahrs", query.Mandant,
-                                 "Beispiel: vark journal --mandant 1 --ab 1.1.97 --csv | head");
+                                 "Beispiel: vark journal --mandant 1 --ab 1.1.97 --csv | head",
+                                 [&query] { return cli::ShowJournal(query); });
     journal->add_option("--ab", query.From, "ab diesem Tag; er bestimmt auch das Geschäftsjahr")->required();
     CLI::App *items = addQuery("op", "Offene Posten", query.Mandant,
                                "Beispiele:\n"
                                "  vark op --mandant 1\n"
-                               "  vark op --mandant 1 --art Debitor --konto 10010");
+                               "  vark op --mandant 1 --art Debitor --konto 10010",
+                               [&query] { return cli::ShowOpenItems(query); });
     items->add_option("--art", query.Kind, "Debitor oder Kreditor; sonst beide");
     items->add_option("--konto", query.Konten, "nur die dieses Kontos, nach Nummer oder Kürzel")->expected(1);
-    CLI::App *rates = addQuery("kurse", "Wechselkurse auflisten und pflegen", rate.Mandant, rateExamples);
+}
+
+void AddRates(Program &program)
+{
+    cli::RateOptions &rate = program.Rate;
+    CLI::App *rates = program.Add("kurse", "Wechselkurse auflisten und pflegen", rateExamples,
+                                  [&rate] { return cli::KeepRates(rate); });
+    rates->add_option("--mandant", rate.Mandant, "Nummer des Mandanten")->required();
+    program.AddForms(rates);
     CLI::Option *newRate = rates->add_flag("--neu", rate.IsNew, "einen Kurs erfassen");
     CLI::Option *oldRate =
         rates->add_flag("--loeschen", rate.Deletes, "einen Kurs löschen")->excludes(newRate);
@@ -258,10 +316,13 @@ int Run(int argc, char **argv)
     rates->add_option("--einheiten", rate.Einheiten, "für so viele Einheiten: 1 (sonst), 10, 100 … 100000")
         ->needs(newRate);
     rates->add_flag("--durchschnitt", rate.IsAverage, "Durchschnittskurs des Monats")->needs(newRate);
+}
 
-    cli::ReportOptions report;
-    CLI::App *reports =
-        tools::AddCommand(app, "bericht", "Berichte als Text oder Datei, im Fenster, auf dem Drucker");
+void AddReports(Program &program)
+{
+    cli::ReportOptions &report = program.Report;
+    CLI::App *reports = tools::AddCommand(program.App, "bericht",
+                                          "Berichte als Text oder Datei, im Fenster, auf dem Drucker");
     reports->require_subcommand(1);
     CLI::App *balances = tools::AddCommand(*reports, "susa", "Summen- und Saldenliste");
     balances->add_option("--mandant", report.Mandant, "Nummer des Mandanten")->required();
@@ -285,28 +346,38 @@ int Run(int argc, char **argv)
     balances->add_flag("--dialog", report.Asks, "vorher im Dialog des Berichts fragen");
     balances->footer("Beispiele:\n  vark bericht susa --mandant 1 --per 31.3.98\n"
                      "  vark bericht susa --mandant 1 --per 31.3.98 --art Debitoren --pdf susa.pdf");
+    program.Commands.push_back({balances, [&report] { return cli::MakeSummenSaldenListe(report); }});
+}
 
-    const int parsed = tools::ParseGerman(app, argc, argv);
+int Run(int argc, char **argv)
+{
+    tools::EndQuietlyOnClosedPipe();
+
+    Program program;
+    tools::MakeGerman(program.App);
+    program.App.require_subcommand(1);
+    program.App.add_option("--config", program.Configuration,
+                           "Verzeichnis mit tolka.ini und vark.ini (sonst $VARK_CONFIG_DIR)");
+    program.App.footer(std::string("Jeder Befehl erklärt sich mit --hilfe, etwa: vark buchen --hilfe\n\n") +
+                       exitCodes);
+    AddOverviews(program);
+    AddBookings(program);
+    AddPartners(program);
+    AddPick(program);
+    AddQueries(program);
+    AddRates(program);
+    AddReports(program);
+
+    const int parsed = tools::ParseGerman(program.App, argc, argv);
     if (parsed >= 0) return parsed;
-    if (!*pickDialog && !rate.Asks && !report.NeedsScreen()) cli::UseNoWindows();
-    if (!configuration.empty()) tools::UseConfiguration(configuration);
-    const tools::Output as = isJson ? tools::Output::Json : isCsv ? tools::Output::Csv : tools::Output::Table;
-    batch.As = query.As = listed.As = rate.As = as;
-    booking.Task.As = split.Task.As = partner.Task.As = as;
-    if (*status) return cli::ShowStatus(isJson);
-    if (*mandanten) return cli::ShowMandanten(as);
-    if (*book) return cli::Book(booking);
-    if (*bookSplit) return cli::BookSplit(split);
-    if (*partners) return cli::KeepPartners(partner);
-    if (*showBatch) return cli::ShowBatch(batch);
-    if (*pickDialog) return cli::Pick(pick);
-    if (*accounts) return cli::ListAccounts(listed);
-    if (*freeNumber) return cli::ShowFreeNumber(query);
-    if (*balance) return cli::ShowBalances(query);
-    if (*journal) return cli::ShowJournal(query);
-    if (*items) return cli::ShowOpenItems(query);
-    if (*rates) return cli::KeepRates(rate);
-    if (*balances) return cli::MakeSummenSaldenListe(report);
+    if (!program.NeedsScreen()) cli::UseNoWindows();
+    if (!program.Configuration.empty()) tools::UseConfiguration(program.Configuration);
+    const tools::Output form = program.Form();
+    program.Batch.As = program.Query.As = program.Accounts.As = program.Rate.As = form;
+    program.Booking.Task.As = program.Split.Task.As = program.Partner.Task.As = form;
+    for (const Program::Command &command : program.Commands) {
+        if (*command.Words) return command.Run();
+    }
     return tools::ExitUsage;
 }
 
