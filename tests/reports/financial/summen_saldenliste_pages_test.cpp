@@ -52,7 +52,7 @@ int32_t AddAndKeep(int32_t report, int32_t kind, const void *record)
         SentLine &line = sentLines.emplace_back();
         line.Konto = TextOf(bytes, 8);
         line.Name = TextOf(bytes + 17, 41);
-        for (int i = 0; i < 8; ++i) {
+        for (size_t i = 0; i < 8; ++i) {
             line.Amounts[i] = PfennigOf(bytes + 58 + i * 13);
         }
         line.IsMoved = bytes[162] != 0;

@@ -10,11 +10,14 @@
 #include "src/reports/frame/output_choice.h"
 #include "tests/support/alloc_faults.h"
 #include "tests/support/books.h"
+#include "tests/support/display.h"
 #include "text/windows1252.h"
 
+#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace vark;
@@ -179,6 +182,13 @@ struct Stage {
         return refusals;
     }
 };
+
+std::string TextOfWindow(HWND window)
+{
+    char text[64];
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
 
 VarkMessage KeyMessage(HWND window, WPARAM key)
 {
@@ -718,4 +728,45 @@ TEST(IsMessage, HostsLoopServesATabbedDialogUntilItsEnd)
     EXPECT_EQ(5u, message.wParam);
     EXPECT_FALSE(IsWindow(dialog));
     EXPECT_EQ("", stage.Refusals());
+}
+
+// ---- On a screen ----
+
+TEST(PeriodTabDialogOnScreen, KeysTurnThePagesAndARefusalStays)
+{
+    Stage stage("");
+    Display display;
+    if (!display.Start()) GTEST_SKIP() << "Xvfb, openbox and xdotool are not all installed";
+    std::thread person;
+    std::atomic<HWND> opened{nullptr};
+    stage.State.AtOpening = [&](HWND dialog) {
+        opened = dialog;
+        person = std::thread([&] {
+            const auto page = [&] {
+                return SendDlgItemMessageA(opened, controlPeriodTabs, TCM_GETCURSEL, 0, 0);
+            };
+            const auto comes = [&](LRESULT wanted) { return Eventually([&] { return page() == wanted; }); };
+            EXPECT_TRUE(display.HasKeyboard("Zwei Zeitr\xC3\xA4ume"));
+            display.Do("key ctrl+Tab");
+            EXPECT_TRUE(comes(1));
+            display.Do("key ctrl+shift+Tab");
+            EXPECT_TRUE(comes(0));
+            // A year that is none keeps the page, and the field is focused and selected for the next try.
+            HWND year = GetDlgItem(stage.State.Tabs.PageWindows[0], controlYear);
+            display.Do("key alt+j");
+            display.Do("type --delay 20 70");
+            EXPECT_TRUE(Eventually([&] { return TextOfWindow(year) == "70"; }));
+            display.Do("key ctrl+Tab");
+            EXPECT_TRUE(display.HasKeyboard("MERIDA"));
+            display.Do("key Return");
+            EXPECT_TRUE(display.HasKeyboard("Zwei Zeitr\xC3\xA4ume"));
+            EXPECT_EQ(0, page());
+            display.Do("type --delay 20 1997");
+            EXPECT_TRUE(Eventually([&] { return TextOfWindow(year) == "1997"; })) << TextOfWindow(year);
+            display.Do("key Return");
+        });
+    };
+    EXPECT_EQ(7, stage.Run());
+    person.join();
+    EXPECT_STREQ("310317", stage.State.Tabs.Selections[0].BisDatum);
 }
