@@ -135,25 +135,36 @@ constexpr const char *pageHead = R"(<!DOCTYPE html>
 <meta name="viewport" content="width=device-width">
 <title>Satzaufbau der Bücher</title>
 <style>
-body { font: 15px/1.5 system-ui, sans-serif; max-width: 70rem; margin: 2rem auto; padding: 0 1rem; color: #222; background: #fff; }
-h1 { font-size: 1.6rem; } h2 { font-size: 1.2rem; margin-top: 2.5rem; border-bottom: 2px solid #ccc; }
-nav { columns: 14rem; } nav a { display: block; }
+body { font: 15px/1.5 system-ui, sans-serif; max-width: 70rem; margin: 2rem auto; padding: 0 1rem; }
+body { color: #222; background: #fff; }
+h1 { font-size: 1.6rem; }
+h2 { font-size: 1.2rem; margin-top: 2.5rem; border-bottom: 2px solid #ccc; }
+nav { columns: 14rem; }
+nav a { display: block; }
 table { border-collapse: collapse; width: 100%; font-size: 14px; }
-th, td { text-align: left; padding: .15rem .6rem .15rem 0; border-bottom: 1px solid #ddd; vertical-align: top; }
-td.n, th.n { text-align: right; } td.f { font-family: monospace; white-space: nowrap; } tr.gap { color: #888; }
+th, td { text-align: left; vertical-align: top; padding: .15rem .6rem .15rem 0; }
+th, td { border-bottom: 1px solid #ddd; }
+td.n, th.n { text-align: right; }
+td.f { font-family: monospace; white-space: nowrap; }
+tr.gap { color: #888; }
 @media (prefers-color-scheme: dark) {
-  body { color: #ddd; background: #181818; } a { color: #8bf; } th, td, h2 { border-color: #444; } tr.gap { color: #777; }
+  body { color: #ddd; background: #181818; }
+  a { color: #8bf; }
+  th, td, h2 { border-color: #444; }
+  tr.gap { color: #777; }
 }
 </style>
 </head>
 <body>
 <h1>Satzaufbau der Bücher</h1>
-<p>Jede Tabelle mit ihren Feldern: ab welchem Byte, wie viele, in welcher Form. Zahlen (i16, u8 …) liegen mit dem
-niedrigsten Byte voran. Texte sind Windows-1252 und enden in ihrer Breite mit NUL. Ein Betrag hat 13 Bytes: neun Stellen,
-an Stelle des Kommas <code>,</code> oder für einen negativen Betrag <code>-</code>, zwei Dezimalen, NUL. Ein Prozentsatz
-ist <code>16,00</code>. Ein Tag besteht aus Tag, Monat des Geschäftsjahrs und dem Jahr, in dem es beginnt, von 1980 an
-gezählt; das Geschäftsjahr beginnt mit dem Monat, den <code>fista</code> nennt. Eine Kontonummer steht rechtsbündig in
-sieben Zeichen. Was „Reserved“ heißt, gehört der Anwendung und bleibt beim Schreiben, wie es ist.</p>
+<p>Jede Tabelle mit ihren Feldern: ab welchem Byte, wie viele, in welcher Form, und in welcher Tabelle
+der Wert steht („leer“: das Feld darf auch leer oder 0 sein). Zahlen (i16, u8 …) liegen mit dem
+niedrigsten Byte voran. Texte sind Windows-1252 und enden in ihrer Breite mit NUL. Ein Betrag hat 13
+Bytes: neun Stellen, an Stelle des Kommas <code>,</code> oder für einen negativen Betrag <code>-</code>,
+zwei Dezimalen, NUL. Ein Prozentsatz ist <code>16,00</code>. Ein Tag besteht aus Tag, Monat des
+Geschäftsjahrs und dem Jahr, in dem es beginnt, von 1980 an gezählt; das Geschäftsjahr beginnt mit dem
+Monat, den <code>fista</code> nennt. Eine Kontonummer steht rechtsbündig in sieben Zeichen. Was
+„Reserved“ heißt, gehört der Anwendung und bleibt beim Schreiben, wie es ist.</p>
 )";
 
 void PrintPage(const TableLayout *only)
