@@ -166,7 +166,8 @@ int DrawImage(const PageRequest &request)
         cairo_image_surface_create_for_data(static_cast<unsigned char *>(bytes), CAIRO_FORMAT_ARGB32,
                                             request.Width, request.Height, 4 * request.Width);
     cairo_t *cairo = cairo_create(surface);
-    cairo_set_tolerance(cairo, 0.25); // of outlines, in pixels: nobody sees less
+    cairo_set_antialias(cairo, CAIRO_ANTIALIAS_FAST); // half the time, and nobody sees the difference in text
+    cairo_set_tolerance(cairo, 0.25);                 // of outlines, in pixels: nobody sees less
     int64_t page = request.FirstPage;
     for (int64_t top = request.FirstTop; top < request.Height && page <= shown.PageCount; ++page) {
         if (page > 0) DrawOnePage(request, cairo, page, static_cast<double>(top));
