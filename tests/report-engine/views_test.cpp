@@ -261,6 +261,25 @@ TEST_F(Views, CloseByEscapeAndByKey)
     }
 }
 
+TEST_F(Views, MayBeClosedWhileADialogOfTheirsIsOpen)
+{
+    for (const int command : {save, print}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            Play("");
+            Fill();
+            auto *view = static_cast<HWND>(OpenView(report));
+            PostMessageA(view, WM_COMMAND, static_cast<WPARAM>(command), 0);
+            PostMessageA(view, WM_CLOSE, 0, 0); // comes to the view while the dialog waits
+            RunUntilClosed(view);
+            _exit(RSCopyReport(report, susaId, 0) == 0 ? 0 : 1);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0) << command;
+    }
+}
+
 TEST_F(Views, EndWithTheirReportWhenTheHostDestroysThem)
 {
     Play("");
