@@ -649,6 +649,25 @@ TEST_F(MoveBooks, DamagedBooksAreNotSavedInPart)
     ExpectOnly({"b"});
 }
 
+TEST_F(MoveBooks, OverwrittenPagesEndReadingWithAWord)
+{
+    const std::string whole = ReadFile(Data / "1998" / "books.mdb");
+    for (const char filler : {'\xEE', '\0', '\xFF'}) {
+        WriteFile(Data / "1998" / "books.mdb",
+                  whole.substr(0, 8192) + std::string(whole.size() - 8192, filler));
+        for (const std::vector<std::string> &arguments :
+             {std::vector<std::string>{"zeigen", "bube", Books.string()},
+              std::vector<std::string>{"sichern", Books.string(), At("x"), "--tabelle", "bube"},
+              std::vector<std::string>{"sichern", Books.string(), At("y")}}) {
+            const Result result = tests::Books(arguments);
+            EXPECT_EQ(3, result.ExitCode) << arguments[0] << int{filler};
+            EXPECT_TRUE(Has(result.Err, "books: ")) << result.Err;
+            EXPECT_FALSE(fs::exists(At("x")));
+            EXPECT_FALSE(fs::exists(At("y")));
+        }
+    }
+}
+
 TEST_F(MoveBooks, OverwrittenPagesEndOnlyTheCopy)
 {
     // The pages behind the first two are nonsense.

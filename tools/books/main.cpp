@@ -265,6 +265,7 @@ int Run(int argc, char **argv)
     const int parsed = tools::ParseGerman(app, argc, argv);
     if (parsed >= 0) return parsed;
     if (*sample) return MakeSampleBooks(options, isJson);
+    if (!*check) tools::EndWithAWordOnDamage(); // the check has its children tell of it
     if (*save) return Save(saving, isJson);
     if (*load) return Load(loading, isJson);
     if (*copy) return Copy(copying, isJson);

@@ -66,6 +66,7 @@ void CopyStore(const fs::path &from, const fs::path &to)
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             std::signal(signal, SIG_DFL);
         }
+        ForgetDamage();
         _exit(CopyInChild(from, file));
     }
     close(file);

@@ -1,5 +1,7 @@
 #include "tools/common/terminal.h"
 
+#include "tools/common/exit_codes.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -68,6 +70,36 @@ void CatchInterrupts()
 void ThrowIfInterrupted()
 {
     if (isInterrupted != 0) throw Interrupted();
+}
+
+namespace {
+
+constexpr int damageSignals[] = {SIGSEGV, SIGBUS, SIGABRT};
+
+void TellDamage(int)
+{
+    constexpr char word[] =
+        "\nbooks: Lesen abgebrochen, eine Datei ist beschädigt. Mehr dazu sagt books pruefen.\n";
+    (void)!write(STDERR_FILENO, word, sizeof word - 1);
+    _exit(ExitFailure);
+}
+
+} // namespace
+
+void EndWithAWordOnDamage()
+{
+#ifndef __SANITIZE_ADDRESS__ // which tells more of it
+    for (const int signal : damageSignals) {
+        std::signal(signal, TellDamage);
+    }
+#endif
+}
+
+void ForgetDamage()
+{
+    for (const int signal : damageSignals) {
+        std::signal(signal, SIG_DFL);
+    }
 }
 
 void EndQuietlyOnClosedPipe() { std::signal(SIGPIPE, SIG_DFL); }

@@ -36,6 +36,11 @@ struct Interrupted : std::runtime_error {
 
 void ThrowIfInterrupted();
 
+// From here on a damaged page, which ends a program that reads it by a signal, ends it with a word and
+// ExitFailure. ForgetDamage, in a child, lets the parent see the signal.
+void EndWithAWordOnDamage();
+void ForgetDamage();
+
 // From here on a closed pipe ends the program at once and silently, as `… | head` expects of a filter.
 void EndQuietlyOnClosedPipe();
 
