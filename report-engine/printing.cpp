@@ -143,7 +143,7 @@ void ShowReason(const View &view, const char *reason)
     char shown[sizeof utf8];
     text::FromUtf8(utf8, shown, sizeof shown);
     HWND window = static_cast<HWND>(view.Window);
-    HWND owner = window == nullptr || WasSeen(window) ? window : GetParent(window);
+    HWND owner = window == nullptr || view.WasSeen ? window : GetParent(window);
     MessageBoxA(owner, shown, "MERIDA", MB_OK | MB_ICONEXCLAMATION);
 }
 

@@ -4,6 +4,8 @@
 
 #include "report-engine/report.h"
 
+#include <atomic>
+
 namespace rs {
 
 inline constexpr size_t maxViewTitle = 300;
@@ -11,9 +13,10 @@ inline constexpr size_t maxViewTitle = 300;
 struct View {
     int References; // guarded by the handle table
     int32_t ReportHandle;
-    Report *Of;               // finished; the view holds a reference to it
-    void *Window;             // that shows it; null for a view without
-    char Title[maxViewTitle]; // UTF-8
+    Report *Of;                // finished; the view holds a reference to it
+    std::atomic<bool> WasSeen; // by a person: its thread has handled messages since
+    void *Window;              // that shows it; null for a view without
+    char Title[maxViewTitle];  // UTF-8
 };
 
 } // namespace rs

@@ -542,7 +542,9 @@ LRESULT CALLBACK ViewProcedure(HWND window, UINT message, WPARAM wParam, LPARAM 
     switch (message) {
     case WM_CREATE: return MakeControls(*view) ? 0 : -1;
     case showMessage:
-        view->WasShown = true;
+        view->Of->WasSeen = true;
+        FitZoom(*view);
+        ShowPart(*view);
         if (!view->IsChild) ShowWindow(window, SW_SHOW);
         SetFocus(view->Picture);
         return 0;
@@ -649,18 +651,16 @@ ViewWindow *StateOfView(HWND window)
     return reinterpret_cast<ViewWindow *>(GetWindowLongPtrA(window, GWLP_USERDATA));
 }
 
-bool WasSeen(HWND window)
-{
-    const ViewWindow *view = StateOfView(window);
-    return view != nullptr && view->WasShown;
-}
-
 void ShowPart(ViewWindow &view)
 {
     const Strip strip = StripOf(view);
     const VARKUIAREA area = AreaOf(view);
     view.X = Clamp(view.X, strip.Width, area.Width);
     view.Y = Clamp(view.Y, strip.Height, area.Height);
+    if (!view.Of->WasSeen) {
+        ShowNumbers(view);
+        return;
+    }
     VARKUIPICTURE picture = {};
     picture.Descriptor = -1;
     picture.Width = area.Width * area.Scale;

@@ -37,7 +37,6 @@ struct ViewWindow {
     HWND Window;
     HWND Picture;
     bool IsChild;    // lives inside another window, whose keys it leaves alone
-    bool WasShown;   // its thread has come to handle messages since it was opened
     bool OwnsReport; // its end closes the report
     bool *Taken;     // while it is made: told that the window has it
     bool IsFilling;  // controls are set to what they show, by nobody's wish
@@ -83,15 +82,12 @@ ViewPlace PlaceBeside(HWND window, ViewPlace place);
 // The handle of the view that `window` shows, null when it is no window of a view.
 void *ViewOfWindow(HWND window);
 
-// Whether a person can have seen it. Null is no.
-bool WasSeen(HWND window);
-
 // ---- What the commands need (view_commands.cpp) ----
 
-// The window's own state; null when it is none of a view, or not of this thread.
+// The window's own state, for its own thread; null when it is none of a view.
 ViewWindow *StateOfView(HWND window);
 
-// Draws anew what is in view.
+// Draws anew what is in view; nothing before a person can see it, so that what is only printed is not drawn.
 void ShowPart(ViewWindow &view);
 
 // Scrolls so that the place comes into view.

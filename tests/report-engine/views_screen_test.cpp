@@ -167,15 +167,19 @@ TEST_F(ViewOnScreen, IsUsedByTheMouseAlone)
 {
     Show([&] {
         // The button that leads on, a wheel, and text that is dragged over and copied by its button.
-        Do(Point(190, 19) + " sleep 0.2 click 1");
-        EXPECT_TRUE(Eventually([&] { return Text(pageNumber) == "2"; }));
+        EXPECT_TRUE(Eventually([&] {
+            if (Text(pageNumber) == "1") Do(Point(190, 19) + " sleep 0.2 click 1");
+            return Text(pageNumber) == "2";
+        }));
         const LONG y = Shown().Y;
         Do(Point(400, 400) + " sleep 0.2 click 5 click 5");
         EXPECT_TRUE(Eventually([&] { return Shown().Y > y; }));
         Do(Point(60, 150) + " sleep 0.1 mousedown 1 sleep 0.1 mousemove_relative 300 100 sleep 0.1 "
                             "mousemove_relative 100 60 sleep 0.1 mouseup 1");
-        Do(Point(772, 19) + " sleep 0.2 click 1");
-        EXPECT_TRUE(Eventually([&] { return Text(stateText) == "Kopiert."; })) << Text(stateText);
+        EXPECT_TRUE(Eventually([&] {
+            Do(Point(772, 19) + " sleep 0.2 click 1");
+            return Text(stateText) == "Kopiert.";
+        })) << Text(stateText);
         EXPECT_GT(VarkUiCopiedText(nullptr, 0), 10);
     });
 }

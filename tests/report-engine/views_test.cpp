@@ -428,6 +428,10 @@ TEST_F(Views, DrawOnWhenTheirProgramWasKilled)
     Play("");
     Fill();
     auto *view = static_cast<HWND>(OpenView(report));
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+        DispatchMessageA(&message);
+    }
     ASSERT_EQ(KillMarked("rs-pages", directory.Path.string()), 1);
     SendMessageA(view, WM_COMMAND, nextPage, 0);
     char number[16] = "";
