@@ -27,6 +27,7 @@ namespace {
 // Checking reads the files once, loading once more and writes: about this part of the time is checking.
 constexpr double checkingPart = 0.2;
 constexpr uint64_t recordsPerStep = 4096;
+constexpr int nobody = 0; // no Mandant has this number
 
 // A file, and the table that it goes into.
 struct Job {
@@ -310,6 +311,20 @@ void CopyOtherFiles(const fs::path &from, const fs::path &to)
     }
 }
 
+// The years of all Mandanten but one.
+void CopyYears(const fs::path &data, const fs::path &to, int butMandant)
+{
+    for (const std::string &name : YearDirectories(data)) {
+        int year = 0;
+        int mandant = 0;
+        ParseYearDirectory(name, year, mandant);
+        if (mandant == butMandant || !fs::exists(data / name / "books.mdb")) continue;
+        fs::create_directory(to / name);
+        CopyOtherFiles(data / name, to / name);
+        CopyStore(data / name, to / name);
+    }
+}
+
 // The data path of the books that lie in a directory; empty where there are none.
 fs::path BooksIn(const fs::path &directory)
 {
@@ -336,15 +351,7 @@ void Loader::ReplaceData(const fs::path &data)
         const auto number = static_cast<int16_t>(Options.Mandant);
         if (fista.Equal(&company, &number, 0)) fista.Delete();
         fista.Close();
-        for (const std::string &name : YearDirectories(data)) {
-            int year = 0;
-            int mandant = 0;
-            ParseYearDirectory(name, year, mandant);
-            if (mandant == Options.Mandant || !fs::exists(data / name / "books.mdb")) continue;
-            fs::create_directory(workplace.Path / name);
-            CopyOtherFiles(data / name, workplace.Path / name);
-            CopyStore(data / name, workplace.Path / name);
-        }
+        CopyYears(data, workplace.Path, Options.Mandant);
     }
     MakeYearDirectories(Jobs, workplace.Path);
     Fill(workplace.Path);
@@ -434,14 +441,7 @@ void Loader::LoadTable()
     Workplace workplace(target, BesideOf(data));
     CopyOtherFiles(target, workplace.Path);
     CopyStore(target, workplace.Path);
-    if (!isYear) {
-        for (const std::string &name : YearDirectories(data)) {
-            if (!fs::exists(data / name / "books.mdb")) continue;
-            fs::create_directory(workplace.Path / name);
-            CopyOtherFiles(data / name, workplace.Path / name);
-            CopyStore(data / name, workplace.Path / name);
-        }
-    }
+    if (!isYear) CopyYears(data, workplace.Path, nobody);
     if (Options.Replace) ReplaceTable(layout, workplace.Path);
     Jobs.front().Directory.clear(); // what is filled is the directory itself
     Fill(workplace.Path);
