@@ -14,7 +14,6 @@ VarkWindow NoReport()
 
 } // namespace
 
-VarkWindow VARK_CALL VARK_Kontenplan(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Bilanz(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Kontenblatt(int32_t, int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_HauptAbschluss(int32_t, VarkWindow, ReportParams *) { return NoReport(); }

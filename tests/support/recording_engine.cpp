@@ -40,6 +40,47 @@ std::vector<RecordField> FieldsOf(const std::string &id, int32_t kind)
                 {"MonatHaben", 97, 13},  {"KumuliertSoll", 110, 13}, {"KumuliertHaben", 123, 13},
                 {"SummeSoll", 136, 13},  {"SummeHaben", 149, 13},    {"Bewegt", 162, 4, Form::Unsigned}};
     }
+    const bool isKontenplan = id == "tervoKTOPLAN0.0" || id == "tervoSAKTOPLAN0.0";
+    if (isKontenplan && kind == 0) return {{"Mandant", 0, 41}, {"Kontoart", 41, 30}, {"Bereich", 71, 30}};
+    if (id == "tervoSAKTOPLAN0.0" && kind == 1) {
+        return {{"Konto", 0, 8},
+                {"Kuerzel", 8, 9},
+                {"Zustand", 17, 4, Form::Unsigned},
+                {"Datum", 21, 7},
+                {"Name", 28, 41},
+                {"Liste", 69, 30},
+                {"Gruppe", 99, 26},
+                {"Steuertext", 125, 40},
+                {"Steuersatz", 165, 6},
+                {"FesterSatz", 171, 4, Form::Unsigned},
+                {"Kontenplanflag", 175, 4, Form::Unsigned},
+                {"Kennzahl", 179, 4, Form::Unsigned},
+                {"Kosten", 183, 4, Form::Unsigned}};
+    }
+    if (id == "tervoKTOPLAN0.0" && kind == 1) {
+        return {{"Konto", 0, 8},
+                {"Kuerzel", 8, 9},
+                {"Zustand", 17, 4, Form::Unsigned},
+                {"Datum", 21, 7},
+                {"Name1", 28, 26},
+                {"Name2", 54, 26},
+                {"Adresse1", 80, 31},
+                {"Plz", 111, 7},
+                {"Land", 118, 4},
+                {"Adresse2", 122, 31},
+                {"Gegenkonto", 153, 8},
+                {"Blz", 161, 9},
+                {"Bankkonto", 170, 11},
+                {"Bank", 181, 28},
+                {"Wert1", 209, 4, Form::Unsigned},
+                {"Wert2", 213, 4, Form::Unsigned},
+                {"Skonto", 217, 6},
+                {"Mahnkennziffer", 223, 4, Form::Unsigned},
+                {"Freitext", 227, 16},
+                {"Waehrung", 243, 5},
+                {"Kennzeichen", 248, 4, Form::Unsigned},
+                {"Text", 252, 28}};
+    }
     return {};
 }
 

@@ -136,12 +136,13 @@ bool SendRecords(ReportRun &run)
     return isGood;
 }
 
+ReportRow RowOf(const ReportChoice &) { return ReportSummenSalden; }
+
 } // namespace
 
 } // namespace vark
 
 VarkWindow VARK_CALL VARK_SummenSaldenListe(int32_t mandant, VarkWindow parent, ReportParams *params)
 {
-    return vark::RunReport(vark::ReportSummenSalden, vark::dialog, vark::SendRecords, mandant, parent,
-                           params);
+    return vark::RunReport(vark::RowOf, vark::dialog, vark::SendRecords, mandant, parent, params);
 }

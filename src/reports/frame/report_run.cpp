@@ -22,7 +22,7 @@ bool Choose(ReportRun &run, const ReportDialog &dialog, VarkWindow parent, Repor
 
 } // namespace
 
-VarkWindow RunReport(ReportRow row, const ReportDialog &dialog, ReportBody body, int32_t mandant,
+VarkWindow RunReport(ReportRowOf rowOf, const ReportDialog &dialog, ReportBody body, int32_t mandant,
                      VarkWindow parent, ReportParams *params)
 {
     if (params != nullptr) params->ViewResult = 0;
@@ -30,6 +30,7 @@ VarkWindow RunReport(ReportRow row, const ReportDialog &dialog, ReportBody body,
     if (EnterExport(run.Context) != ready) return nullptr;
     if (SelectMandant(*run.Context, mandant, run.Mandant) < 1) return nullptr;
     if (!Choose(run, dialog, parent, params)) return nullptr;
+    const ReportRow row = rowOf(run.Choice);
     run.Report = OpenReportTemplate(row);
     if (run.Report == 0) return nullptr;
     if (!body(run)) {

@@ -20,10 +20,13 @@ struct ReportRun {
 // Sends header and data records; false when a read failed or the engine refused a record.
 using ReportBody = bool (*)(ReportRun &run);
 
+// The template of a report, which may follow from what was chosen.
+using ReportRowOf = ReportRow (*)(const ReportChoice &choice);
+
 // Runs a report from the export's arguments to its view. `params` may be null; otherwise it pre-fills the
 // dialog, takes what the user chose, and its ViewResult tells of a finished report. Returns the view, null
 // when nothing was made or it was printed.
-VarkWindow RunReport(ReportRow row, const ReportDialog &dialog, ReportBody body, int32_t mandant,
+VarkWindow RunReport(ReportRowOf rowOf, const ReportDialog &dialog, ReportBody body, int32_t mandant,
                      VarkWindow parent, ReportParams *params);
 
 } // namespace vark
