@@ -155,6 +155,13 @@ TEST_F(ReportProgram, WindowStaysUntilItIsClosed)
     EXPECT_EQ("", result.Out + result.Err);
 }
 
+TEST_F(ReportProgram, WindowIsNotOpenedForADateThatCannotBePostedTo)
+{
+    const Result result = SusaPlayed("", {"--anzeigen", "--per", "31.3.99"});
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_TRUE(Contains(result.Err, "innerhalb der bebuchbaren Geschäftsjahre")) << result.Err;
+}
+
 TEST_F(ReportProgram, WindowMayFollowTheDialogAndAFile)
 {
     const Result result =

@@ -201,8 +201,8 @@ int Make(const ReportOptions &options, ReportParams &params, const tools::Mandan
         return Complain(tools::ExitRefused, "Der Bericht wurde nicht erstellt.");
     }
     int exitCode = tools::ExitRefused;
-    if (!options.NeedsScreen() && !asked.empty() && asked != params.BisDatum) {
-        // The report's dialog moves a date to a bookable year, which a person sees and a script does not.
+    if (!options.Asks && !asked.empty() && asked != params.BisDatum) {
+        // The report's dialog moves a date to a bookable year, which is seen only by a person who is asked.
         progress.Stop();
         Complain(exitCode, "Das Datum muß innerhalb der bebuchbaren Geschäftsjahre liegen!");
     } else {
