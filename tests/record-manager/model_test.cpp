@@ -1,6 +1,7 @@
 // The record manager against the model: a long seeded sequence of every operation, by several threads over
 // several files, keys and position blocks, compared call by call. VARK_MODEL_SEED and VARK_MODEL_OPERATIONS
-// change it.
+// change it: 100,000 operations take seconds, 100,000,000 hours.
+#include "audit.h"
 #include "layouts.h"
 #include "model.h"
 #include "threaded.h"
@@ -11,6 +12,7 @@
 #include <iostream>
 #include <memory>
 #include <random>
+#include <thread>
 
 namespace {
 
@@ -218,47 +220,46 @@ uint64_t Option(const char *name, uint64_t otherwise)
     return value != nullptr ? std::stoull(value) : otherwise;
 }
 
-void Compare(uint64_t seed, uint64_t operations)
-{
-    // Memory is as good a disk as any here, and much faster.
-    const TempDirectory directory(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp");
-    const TempDirectory elsewhere(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp");
-    wbtrv::limits.ChangeWait_ms = 0;
-    wbtrv::limits.MomentaryWait_ms = 0;
-    wbtrv::limits.LockWait_ms = 0;
+// The files of one comparison, and the clients that work in them.
+struct Comparison {
+    std::vector<std::pair<std::string, ModelLayout>> Files;
+    std::vector<Caller> Clients;
+};
 
+// Three files in one directory and one in another.
+std::vector<std::pair<std::string, ModelLayout>>
+FilesIn(const TempDirectory &directory, const TempDirectory &elsewhere, const std::string &prefix)
+{
+    return {{directory / (prefix + "t.btr").c_str(), LayoutT()},
+            {directory / (prefix + "n.btr").c_str(), LayoutN()},
+            {directory / (prefix + "v.btr").c_str(), LayoutV()},
+            {elsewhere / (prefix + "t.btr").c_str(), LayoutT()}};
+}
+
+void Compare(uint64_t seed, uint64_t operations, const Comparison &with)
+{
+    constexpr size_t shown = 40;
     Chooser chooser{std::mt19937_64(seed), {}, {}};
-    Model model(3);
-    const ModelLayout t = LayoutT();
-    const ModelLayout n = LayoutN();
-    const ModelLayout v = LayoutV();
-    const std::vector<std::pair<std::string, ModelLayout>> files = {{directory / "t.btr", t},
-                                                                    {directory / "n.btr", n},
-                                                                    {directory / "v.btr", v},
-                                                                    {elsewhere / "t.btr", t}};
-    for (const auto &[path, layout] : files) {
+    Model model(with.Clients.size());
+    for (const auto &[path, layout] : with.Files) {
         chooser.Paths.push_back(path);
         chooser.Layouts[path] = layout;
         model.Add(path, layout);
     }
-    std::vector<std::unique_ptr<Threaded>> clients;
-    for (size_t i = 0; i < 3; ++i) {
-        clients.push_back(std::make_unique<Threaded>());
-    }
     // The directories are known before the first open, so that a missing file is just that.
-    for (const auto &[path, layout] : files) {
+    for (const auto &[path, layout] : with.Files) {
         const Request create{.Operation = BtrOpCreate,
                              .Data = layout.CreateBuffer,
                              .Length = static_cast<uint32_t>(layout.CreateBuffer.size()),
                              .Key = path};
-        ASSERT_EQ((*clients[0])(create).Status, model.Expect(0, create).Status);
+        ASSERT_EQ(with.Clients[0](create).Status, model.Expect(0, create).Status);
     }
 
     std::vector<std::string> history;
     for (uint64_t i = 0; i < operations; ++i) {
-        const size_t client = chooser.Below(3);
+        const size_t client = chooser.Below(static_cast<unsigned>(with.Clients.size()));
         const Request request = chooser.Next(model, client);
-        const Answer got = (*clients[client])(request);
+        const Answer got = with.Clients[client](request);
         Answer expected = model.Expect(client, request);
         if (request.Operation == BtrOpGetPosition && got.Status == BtrStatusOk &&
             expected.Status == BtrStatusOk) {
@@ -267,20 +268,62 @@ void Compare(uint64_t seed, uint64_t operations)
                 << "seed " << seed << ", call " << i;
             expected.Data.replace(0, 4, position);
         }
+        if (history.size() == 2 * shown) history.erase(history.begin(), history.begin() + shown);
         history.push_back(std::to_string(i) + ": " +
                           Show(client, request, model.FileOf(client, request.Block)) + " -> " + Show(got));
         const bool same = got.Status == expected.Status && got.Length == expected.Length &&
                           got.Data == expected.Data && got.Key == expected.Key;
-        ASSERT_TRUE(same) << "seed " << seed << "\n" << Last(history, 40) << "\nexpected " << Show(expected);
+        ASSERT_TRUE(same) << "seed " << seed << "\n"
+                          << Last(history, shown) << "\nexpected " << Show(expected);
     }
 }
 
-TEST(ModelComparison, EveryCallAnswersAsTheModelDoes)
+// Memory is as good a disk as any here, and much faster.
+struct ModelComparison : testing::Test {
+    const std::filesystem::path Where = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
+    TempDirectory Directory{Where};
+    TempDirectory Elsewhere{Where};
+    const uint64_t Seed = Option("VARK_MODEL_SEED", 20240611);
+    const uint64_t Operations = Option("VARK_MODEL_OPERATIONS", 100000);
+
+    void SetUp() override { std::cout << "seed " << Seed << ", " << Operations << " operations\n"; }
+};
+
+// One calls after the other, so that what they see of one another is known.
+TEST_F(ModelComparison, EveryCallOfThreeClientsInTurnAnswersAsTheModelDoes)
 {
-    const uint64_t seed = Option("VARK_MODEL_SEED", 20240611);
-    const uint64_t operations = Option("VARK_MODEL_OPERATIONS", 100000);
-    std::cout << "seed " << seed << ", " << operations << " operations\n";
-    Compare(seed, operations);
+    wbtrv::limits.ChangeWait_ms = 0;
+    wbtrv::limits.MomentaryWait_ms = 0;
+    wbtrv::limits.LockWait_ms = 0;
+    std::vector<std::unique_ptr<Threaded>> threads;
+    Comparison with{FilesIn(Directory, Elsewhere, ""), {}};
+    for (size_t i = 0; i < 3; ++i) {
+        threads.push_back(std::make_unique<Threaded>());
+        with.Clients.emplace_back(
+            [&thread = *threads.back()](const Request &request) { return thread(request); });
+    }
+    Compare(Seed, Operations, with);
+}
+
+// Each has files of its own, in directories that all share; so what each call answers is known, whenever the
+// others call and however long it has to wait for them.
+TEST_F(ModelComparison, EveryCallOfFourClientsAtOnceAnswersAsTheModelDoes)
+{
+    wbtrv::limits.ChangeWait_ms = 60000;
+    wbtrv::limits.MomentaryWait_ms = 60000;
+    wbtrv::limits.LockWait_ms = 60000;
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < 4; ++i) {
+        threads.emplace_back([&, i] {
+            PositionBlocks blocks{};
+            const Comparison with{FilesIn(Directory, Elsewhere, std::to_string(i)),
+                                  {[&](const Request &request) { return Carry(blocks, request); }}};
+            Compare(Seed + i, Operations / 10, with);
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
 }
 
 } // namespace
