@@ -160,6 +160,15 @@ bool CountPage(Walk *walk, uint64_t number, unsigned depth)
 
 } // namespace
 
+bool IsUnfinished(int fd)
+{
+    MetaPage first;
+    struct stat found;
+    if (fstat(fd, &found) != 0 || !ReadAt(fd, &first, sizeof first, 0)) return false;
+    const bool untouched = first.Magic == metaMagic && first.Version == metaVersion && first.Transaction == 0;
+    return untouched && found.st_size < 2 * int64_t{first.Free.PageSize};
+}
+
 bool OnlyFreePagesMissing(int fd)
 {
     // Pages that a meta page knows are not written over before the next but one; a third try would only be

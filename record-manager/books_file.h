@@ -8,4 +8,8 @@ namespace wbtrv {
 // whole.
 bool OnlyFreePagesMissing(int fd);
 
+// Whether the store had only begun to make its file: of the two pages it starts with, the second is not all
+// there, and no transaction has written the first. It holds nothing then.
+bool IsUnfinished(int fd);
+
 } // namespace wbtrv

@@ -248,8 +248,10 @@ int16_t SetUp(Store *store, const char *directory, bool create)
     if (fstat(store->PresenceFd, &found) != 0) return BtrStatusIoError;
     store->Device = found.st_dev;
     store->Inode = found.st_ino;
-    const bool empty = found.st_size == 0;
+    const bool unfinished = found.st_size != 0 && IsUnfinished(store->PresenceFd);
+    const bool empty = found.st_size == 0 || unfinished;
     if (empty && (!create || !alone)) return BtrStatusForeignFile;
+    if (unfinished && ftruncate(store->PresenceFd, 0) != 0) return StatusOf(errno);
 
     int16_t status = BtrStatusOk;
     if (alone) {

@@ -102,7 +102,8 @@ void StepAllBack(ClientStore *store)
     if (view != nullptr) EndView(store);
 }
 
-// Files that were closed inside the transaction stayed known to it until now.
+// Files that were closed while they had changes pending, in a transaction or while loading, stayed known
+// until now.
 void ReleaseUnused(ClientStore *store)
 {
     for (ClientFile *file = store->Files; file != nullptr;) {
@@ -166,6 +167,7 @@ int16_t FinishAbort(ClientStore *store)
     StepAllBack(store);
     ForgetCounters(store);
     if (store->Owner->Changed == store) store->Owner->Changed = nullptr;
+    if (store->Owner->Transaction == TransactionKind::None) ReleaseUnused(store);
     return status;
 }
 
@@ -198,6 +200,7 @@ int16_t CommitChanges(ClientStore *store)
     LeaveGate(store->Books->WriteGate);
     ForgetCreated(store);
     ForgetCounters(store);
+    if (store->Owner->Transaction == TransactionKind::None) ReleaseUnused(store);
     return BtrStatusOk;
 }
 

@@ -168,12 +168,14 @@ TEST(Books, BooksThatWereCutOffAreRefused)
     ASSERT_EQ(me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
     const uint64_t size = fs::file_size(directory / "books.mdb");
     ASSERT_EQ(Close(me).Status, BtrStatusOk);
-    for (uint64_t length :
-         {size - 1, size / 2, uint64_t{9000}, uint64_t{8192}, uint64_t{8191}, uint64_t{100}}) {
+    for (uint64_t length : {size - 1, size / 2, uint64_t{9000}, uint64_t{8192}, uint64_t{8191},
+                            uint64_t{4096}, uint64_t{100}}) {
         const TempDirectory copy;
         fs::copy_file(directory / "books.mdb", copy / "books.mdb");
         fs::resize_file(copy / "books.mdb", length);
         EXPECT_EQ(Open(me, copy / "t.btr").Status, BtrStatusForeignFile) << length << " of " << size;
+        EXPECT_EQ(Create(me, copy / "u.btr", DefinitionOfT()).Status, BtrStatusForeignFile) << length;
+        EXPECT_EQ(fs::file_size(copy / "books.mdb"), length);
     }
     // Cut while this process still knows them.
     fs::resize_file(directory / "books.mdb", size / 2);
@@ -558,6 +560,18 @@ TEST_F(Loading, ATransactionInsideUndoesOnlyItself)
     ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
     EXPECT_EQ(CountRecords(Me), 2);
     EXPECT_EQ(T.GetEqual("b").Status, BtrStatusKeyNotFound);
+}
+
+TEST_F(Loading, AFileThatWasChangedAndClosedMeanwhileIsFreeWithTheLoad)
+{
+    ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+    ASSERT_EQ(Open(Me, Directory / "n.btr", 1, BtrModeLoading).Status, BtrStatusOk);
+    ASSERT_EQ(T.Insert("a", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    ASSERT_EQ(Close(Me, 1).Status, BtrStatusOk);
+    const Remote other;
+    EXPECT_EQ(Open(other, Path, 0, BtrModeExclusive).Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(other), 1);
 }
 
 TEST_F(Loading, AKilledLoadLeavesBooksInOrder)

@@ -4,6 +4,7 @@
 // When they die is drawn anew for each round, in turn: at any of their own calls to the store and to the
 // disk, in the middle of a write too; and from outside, wherever they happen to be once they have made a
 // number of postings together. KILLS says how many die in all, a third each of one, four and eight writers.
+#include "audit.h"
 #include "faults.h"
 #include "files.h"
 
@@ -113,5 +114,46 @@ void KillWriters(unsigned writers, unsigned kills)
 TEST(Kill, OneWriter) { KillWriters(1, (KILLS + 2) / 3); }
 TEST(Kill, FourWriters) { KillWriters(4, (KILLS + 2) / 3); }
 TEST(Kill, EightWriters) { KillWriters(8, (KILLS + 2) / 3); }
+
+// One that makes the books, and dies at each of its calls in turn, leaves what the next can go on with.
+TEST(Kill, AtEachCallThatMakesAndFillsTheBooks)
+{
+    for (uint64_t n = 1;; ++n) {
+        const TempDirectory directory(std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp");
+        const pid_t child = fork();
+        if (child == 0) {
+            Arm(Fault::Killed, n);
+            PositionBlocks blocks{};
+            const auto client = [&](const Request &request) { return Carry(blocks, request); };
+            const OnT<decltype(client)> t{client};
+            const bool done = Create(client, directory / "t.btr", DefinitionOfT()).Status == 0 &&
+                              Open(client, directory / "t.btr").Status == 0 &&
+                              client({.Operation = BtrOpBegin}).Status == 0 &&
+                              t.Insert("a", "x", 1).Status == 0 && t.Insert("b", "x", 2).Status == 0 &&
+                              client({.Operation = BtrOpEnd}).Status == 0 &&
+                              client({.Operation = BtrOpStop}).Status == 0;
+            _exit(done ? 0 : 1);
+        }
+        int end = 0;
+        waitpid(child, &end, 0);
+        const bool killed = WIFSIGNALED(end) && WTERMSIG(end) == SIGKILL;
+        ASSERT_TRUE(killed || end == 0) << "call " << n << " ended " << end;
+
+        Local me;
+        const int16_t made = Create(me, directory / "t.btr", DefinitionOfT(), BtrKeepExisting).Status;
+        ASSERT_TRUE(made == BtrStatusOk || made == BtrStatusFileExists) << "call " << n << " leaves " << made;
+        const FileImage image =
+            Audit([&](const Request &request) { return me(request); }, directory / "t.btr");
+        ASSERT_EQ(image.Opened, BtrStatusOk) << "call " << n;
+        ASSERT_EQ(image.Complaint, "") << "call " << n;
+        ASSERT_TRUE(image.Records.empty() || image.Records.size() == 2) << "call " << n;
+        ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk) << "call " << n;
+        ASSERT_EQ(OnT<Local>{me}.Insert("c", "x", 1).Status, BtrStatusOk) << "call " << n;
+        if (killed) continue;
+        EXPECT_EQ(image.Records.size(), 2U);
+        EXPECT_GT(n, 40U) << "it makes many calls";
+        return;
+    }
+}
 
 } // namespace

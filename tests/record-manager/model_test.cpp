@@ -286,7 +286,10 @@ struct ModelComparison : testing::Test {
     const uint64_t Seed = Option("VARK_MODEL_SEED", 20240611);
     const uint64_t Operations = Option("VARK_MODEL_OPERATIONS", 100000);
 
+    const wbtrv::Limits Before = wbtrv::limits;
+
     void SetUp() override { std::cout << "seed " << Seed << ", " << Operations << " operations\n"; }
+    void TearDown() override { wbtrv::limits = Before; }
 };
 
 // One calls after the other, so that what they see of one another is known.
