@@ -140,7 +140,7 @@ void FitZoom(ViewWindow &view)
     const int64_t page = PageAt(view, before, middle);
     const double part =
         static_cast<double>(middle - TopOfPage(before, page)) / std::max<LONG>(before.Pitch, 1);
-    const double across = static_cast<double>(view.X + area.Width / 2) / std::max<LONG>(before.Width, 1);
+    const double across = (view.X + area.Width * 0.5) / std::max<LONG>(before.Width, 1);
     const bool isFirst = view.Y <= paperGap;
     view.PixelsPerUnit = scale;
     const Strip after = StripOf(view);

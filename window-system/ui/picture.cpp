@@ -1,5 +1,6 @@
 #include "window-system/ui/picture.h"
 
+#include <cmath>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,7 +31,7 @@ constexpr double wheelStep = 60;
 
 int Place(const Picture *picture, int direction)
 {
-    return static_cast<int>(gtk_adjustment_get_value(picture->Places[direction]) + 0.5);
+    return static_cast<int>(std::lround(gtk_adjustment_get_value(picture->Places[direction])));
 }
 
 void TellArea(Picture *picture)
