@@ -1,0 +1,34 @@
+// What the two halves of the template language share: declarations (template.cpp) and printing
+// (template_printing.cpp).
+#pragma once
+
+#include "report-engine/template.h"
+
+#include <initializer_list>
+
+namespace rs {
+
+// Its address stands for "the sum of this group, when it is known".
+extern const char lateSum;
+
+// The number of the style named at `index` of the stack, -1 for none.
+int StyleNumber(lua_State *state, const Report &report, int index);
+
+// Raises the error for an entry of the table that is none of those known; with `hasList` it may have a list
+// too.
+void RefuseUnknownKeys(lua_State *state, int table, std::initializer_list<const char *> known, bool hasList);
+
+// The kind whose foot closes groups of `level`.
+int KindOfLevel(const Definition &def, uint8_t level);
+
+// The calls that print; bodies for Lua.
+int PrintRow(lua_State *state);
+int AddToSums(lua_State *state);
+int PrintHead(lua_State *state);
+int PrintFoot(lua_State *state);
+int PrintBookmark(lua_State *state);
+int PrintSheet(lua_State *state);
+int AmountAsText(lua_State *state);
+int TodayAsText(lua_State *state);
+
+} // namespace rs

@@ -1,0 +1,454 @@
+// What the functions of a template print, and how they are run.
+#include "report-engine/template_calls.h"
+
+#include "report-engine/today.h"
+#include "report-engine/values.h"
+#include "text/windows1252.h"
+
+#include <cstring>
+#include <initializer_list>
+
+namespace rs {
+
+const char lateSum = 0;
+
+namespace {
+
+// ---- Printing ----
+
+Report &Printing(lua_State *state, const char *what)
+{
+    auto &report = OwnerOf<Report>(state);
+    if (!report.IsPrinting) luaL_error(state, "%s belongs in the function of a record", what);
+    return report;
+}
+
+// Copies a text into the item at `used`: proper UTF-8, blanks for control characters, cut at maxTextLength.
+size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
+{
+    constexpr char replacement[3] = {'\xEF', '\xBF', '\xBD'}; // U+FFFD
+    char *out = report.ItemData + used;
+    size_t written = 0;
+    const char *const end = bytes + length;
+    while (bytes < end && written + 4 <= maxTextLength) {
+        const char *const from = bytes;
+        const char32_t character = text::NextCodePoint(bytes, end);
+        if (character < ' ' || (character >= 0x7F && character < 0xA0)) {
+            out[written++] = ' ';
+        } else if (character == 0xFFFD) {
+            std::memcpy(out + written, replacement, sizeof replacement);
+            written += sizeof replacement;
+        } else {
+            std::memcpy(out + written, from, static_cast<size_t>(bytes - from));
+            written += static_cast<size_t>(bytes - from);
+        }
+    }
+    return written;
+}
+
+void StoreItem(lua_State *state, Report &report, ItemHeader &header)
+{
+    while (header.Size % itemAlignment != 0) {
+        report.ItemData[header.Size++] = 0;
+    }
+    if (!AppendToSpool(report.Store, &header, sizeof header) ||
+        !AppendToSpool(report.Store, report.ItemData, header.Size)) {
+        luaL_error(state, "temporary file: %s", strerrordesc_np(report.Store.Error));
+    }
+}
+
+void CheckAmount(lua_State *state, lua_Integer amount, const Column &column)
+{
+    if (amount > maxAmount || amount < -maxAmount) {
+        luaL_error(state, "an amount in column '%s' grows too large", column.Name);
+    }
+}
+
+// Adds to the sums of the report and of every open group.
+void Count(lua_State *state, Report &report, uint8_t column, int64_t amount)
+{
+    const Definition &def = report.Def;
+    for (int sum = 0; sum < def.SumCount; ++sum) {
+        if (def.SumColumns[sum] != column) continue;
+        for (int level = 0; level <= maxLevels; ++level) {
+            if (level > 0 && !report.Marker.IsOpen[level]) continue;
+            int64_t &total = report.Sums[level][sum];
+            total += amount; // both lie within maxAmount, so this cannot wrap
+            if (total > maxAmount || total < -maxAmount) {
+                luaL_error(state, "the sum of column '%s' grows too large", def.Columns[column].Name);
+            }
+        }
+    }
+}
+
+// Writes the value on top of the stack as the cell of a column; returns the bytes used so far.
+size_t PutCell(lua_State *state, Report &report, uint8_t number, bool counts, size_t used)
+{
+    const Column &column = report.Def.Columns[number];
+    CellHeader cell = {number, CellKind::text, 0};
+    const int type = lua_type(state, -1);
+    if (type == LUA_TSTRING) {
+        size_t length = 0;
+        const char *bytes = lua_tolstring(state, -1, &length);
+        cell.Length = static_cast<uint16_t>(CopyText(report, used + sizeof cell, bytes, length));
+    } else if (type == LUA_TNUMBER && lua_isinteger(state, -1) != 0 && column.CellForm != Form::text) {
+        const lua_Integer value = lua_tointeger(state, -1);
+        if (column.CellForm == Form::amount) CheckAmount(state, value, column);
+        cell.Kind = static_cast<CellKind>(column.CellForm);
+        cell.Length = sizeof value;
+        std::memcpy(report.ItemData + used + sizeof cell, &value, sizeof value);
+        if (counts && column.IsSum) Count(state, report, number, value);
+    } else if (type == LUA_TLIGHTUSERDATA && column.IsSum && report.PrintingLevel != 0) {
+        if (report.LateCount == maxLateCells) luaL_error(state, "there are too many sums in heads");
+        LateCell &late = report.Late[report.LateCount++];
+        late.Level = report.PrintingLevel;
+        late.Offset = SpoolEnd(report.Store) + sizeof(ItemHeader) + used + sizeof cell;
+        for (uint8_t sum = 0; sum < report.Def.SumCount; ++sum) {
+            if (report.Def.SumColumns[sum] == number) late.Sum = sum;
+        }
+        cell.Kind = CellKind::amount;
+        cell.Length = sizeof(int64_t);
+        std::memset(report.ItemData + used + sizeof cell, 0, sizeof(int64_t));
+    } else {
+        luaL_error(state, "column '%s' cannot take a %s", column.Name,
+                   type == LUA_TNUMBER ? "number of this kind" : luaL_typename(state, -1));
+    }
+    std::memcpy(report.ItemData + used, &cell, sizeof cell);
+    return used + sizeof cell + cell.Length;
+}
+
+} // namespace
+
+int PrintRow(lua_State *state)
+{
+    Report &report = Printing(state, "row(...)");
+    const int style = StyleNumber(state, report, 1);
+    if (style < 0) return luaL_error(state, "there is no style '%s'", lua_tostring(state, 1));
+    while (report.ExpectedNext < report.ExpectedCount && report.Expected[report.ExpectedNext] != style) {
+        ++report.ExpectedNext;
+    }
+    if (report.ExpectedNext == report.ExpectedCount) {
+        return luaL_error(state, "no further row '%s' is declared in 'rows'", lua_tostring(state, 1));
+    }
+    ++report.ExpectedNext;
+    const bool counts = report.Def.Styles[style].Counts;
+    ItemHeader header = {};
+    size_t used = 0;
+    if (lua_type(state, 2) == LUA_TSTRING) {
+        size_t length = 0;
+        const char *bytes = lua_tolstring(state, 2, &length);
+        CellHeader cell = {spanColumn, CellKind::text, 0};
+        cell.Length = static_cast<uint16_t>(CopyText(report, sizeof cell, bytes, length));
+        std::memcpy(report.ItemData, &cell, sizeof cell);
+        used = sizeof cell + cell.Length;
+        header.Count = 1;
+    } else {
+        luaL_checktype(state, 2, LUA_TTABLE);
+        lua_settop(state, 2);
+        lua_rawgeti(state, LUA_REGISTRYINDEX, report.ColumnNames);
+        for (uint8_t i = 0; i < report.Def.ColumnCount; ++i) {
+            lua_rawgeti(state, 3, i + 1);
+            if (lua_rawget(state, 2) != LUA_TNIL) {
+                used = PutCell(state, report, i, counts, used);
+                ++header.Count;
+            }
+            lua_pop(state, 1);
+        }
+    }
+    if (counts) {
+        for (int level = 0; level <= maxLevels; ++level) {
+            if (level == 0 || report.Marker.IsOpen[level]) ++report.Counts[level];
+        }
+    }
+    const LayoutRow row = MarkRow(report.Marker, static_cast<uint8_t>(style), 0);
+    header.Kind = Item::row;
+    header.Style = row.Style;
+    header.Level = row.Level;
+    header.Flags = row.Flags;
+    header.Size = static_cast<uint32_t>(used);
+    StoreItem(state, report, header);
+    AddRow(report.Counted, row);
+    report.PrintedRows = true;
+    return 0;
+}
+
+// add{ betrag = x }: into the sums without a row.
+int AddToSums(lua_State *state)
+{
+    Report &report = Printing(state, "add{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    for (int sum = 0; sum < report.Def.SumCount; ++sum) {
+        const uint8_t number = report.Def.SumColumns[sum];
+        const Column &column = report.Def.Columns[number];
+        lua_pushstring(state, column.Name);
+        const int type = lua_rawget(state, 1);
+        if (type != LUA_TNIL) {
+            if (lua_isinteger(state, -1) == 0) return luaL_error(state, "'%s' is no amount", column.Name);
+            const lua_Integer amount = lua_tointeger(state, -1);
+            CheckAmount(state, amount, column);
+            Count(state, report, number, amount);
+        }
+        lua_pop(state, 1);
+    }
+    return 0;
+}
+
+namespace {
+
+int PrintLine(lua_State *state, Item kind)
+{
+    const bool isHead = kind == Item::head;
+    Report &report = Printing(state, isHead ? "head{...}" : "foot{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {"left", "center", "right"}, false);
+    uint8_t &printed = isHead ? report.HeadLinesPrinted : report.FootLinesPrinted;
+    if (printed == (isHead ? report.Def.HeadLines : report.Def.FootLines)) {
+        return luaL_error(state, "page{...} allows %d lines here", printed);
+    }
+    size_t used = 0;
+    for (const char *key : {"left", "center", "right"}) {
+        const int type = lua_getfield(state, 1, key);
+        if (type != LUA_TNIL && type != LUA_TSTRING) return luaL_error(state, "'%s' must be a text", key);
+        size_t length = 0;
+        const char *bytes = type == LUA_TSTRING ? lua_tolstring(state, -1, &length) : "";
+        const auto written = static_cast<uint16_t>(CopyText(report, used + sizeof(uint16_t), bytes, length));
+        std::memcpy(report.ItemData + used, &written, sizeof written);
+        used += sizeof written + written;
+        lua_pop(state, 1);
+    }
+    ItemHeader header = {};
+    header.Kind = kind;
+    header.IsFirst = printed == 0 ? 1 : 0;
+    header.Size = static_cast<uint32_t>(used);
+    ++printed;
+    StoreItem(state, report, header);
+    return 0;
+}
+
+} // namespace
+
+int PrintHead(lua_State *state) { return PrintLine(state, Item::head); }
+
+int PrintFoot(lua_State *state) { return PrintLine(state, Item::foot); }
+
+int PrintBookmark(lua_State *state)
+{
+    Report &report = Printing(state, "bookmark(...)");
+    size_t length = 0;
+    const char *bytes = luaL_checklstring(state, 1, &length);
+    ItemHeader header = {};
+    header.Kind = Item::bookmark;
+    for (int level = 1; level <= maxLevels; ++level) {
+        const bool isOwn = level == report.PrintingLevel;
+        if (report.Marker.IsOpen[level] && !isOwn) ++header.Level;
+    }
+    header.Count = static_cast<uint16_t>(CopyText(report, 0, bytes, length));
+    header.Size = header.Count;
+    if (header.Count > 0) StoreItem(state, report, header);
+    return 0;
+}
+
+int PrintSheet(lua_State *state)
+{
+    Report &report = Printing(state, "sheet(...)");
+    const lua_Integer before = luaL_checkinteger(state, 1);
+    if (before < 0 || before > 1'000'000) return luaL_error(state, "a sheet number lies from 0 to 1000000");
+    const auto number = static_cast<int32_t>(before);
+    std::memcpy(report.ItemData, &number, sizeof number);
+    ItemHeader header = {};
+    header.Kind = Item::sheet;
+    header.Size = sizeof number;
+    StoreItem(state, report, header);
+    return 0;
+}
+
+int AmountAsText(lua_State *state)
+{
+    char out[amountSize];
+    lua_pushlstring(state, out, WriteHundredths(luaL_checkinteger(state, 1), Look::grouped, out));
+    return 1;
+}
+
+int TodayAsText(lua_State *state)
+{
+    char out[16];
+    TodayText(out);
+    lua_pushstring(state, out);
+    return 1;
+}
+
+namespace {
+
+// ---- Running the functions of a template ----
+
+void BeginPrinting(Report &report, int kind, uint8_t level, const uint8_t *rows, uint8_t count)
+{
+    report.IsPrinting = true;
+    report.PrintingKind = kind;
+    report.PrintingLevel = level;
+    report.Expected = rows;
+    report.ExpectedCount = count;
+    report.ExpectedNext = 0;
+    report.PrintedRows = false;
+    report.HeadLinesPrinted = 0;
+    report.FootLinesPrinted = 0;
+}
+
+void PushSums(lua_State *state, const Report &report, uint8_t level)
+{
+    const Definition &def = report.Def;
+    lua_createtable(state, 0, def.SumCount + 1);
+    for (int sum = 0; sum < def.SumCount; ++sum) {
+        lua_pushinteger(state, report.Sums[level][sum]);
+        lua_setfield(state, -2, def.Columns[def.SumColumns[sum]].Name);
+    }
+    lua_pushinteger(state, report.Counts[level]);
+    lua_setfield(state, -2, "count");
+}
+
+void FillLateCells(lua_State *state, Report &report, uint8_t level)
+{
+    int left = 0;
+    for (int i = 0; i < report.LateCount; ++i) {
+        const LateCell late = report.Late[i];
+        if (late.Level != level) {
+            report.Late[left++] = late;
+            continue;
+        }
+        const int64_t sum = report.Sums[level][late.Sum];
+        if (!PatchSpool(report.Store, late.Offset, &sum, sizeof sum)) {
+            luaL_error(state, "temporary file: %s", strerrordesc_np(report.Store.Error));
+        }
+    }
+    report.LateCount = left;
+}
+
+} // namespace
+
+// Which kind opened a level is not kept: the foot of a level is that of the first kind which opens it. Kinds
+// that share a level share its foot.
+int KindOfLevel(const Definition &def, uint8_t level)
+{
+    int found = -1;
+    for (int kind = 0; kind < kindCount; ++kind) {
+        const KindRule &rule = def.Kinds[kind];
+        if (rule.Level != level || !rule.IsDeclared) continue;
+        if (found < 0 || (rule.FootCount > 0 && def.Kinds[found].FootCount == 0)) found = kind;
+    }
+    return found;
+}
+
+namespace {
+
+void CloseLevels(lua_State *state, Report &report, int kind)
+{
+    while (const uint8_t level = NextToClose(report.Marker, kind)) {
+        const int opener = KindOfLevel(report.Def, level);
+        const KindRule &rule = report.Def.Kinds[opener];
+        MarkFoot(report.Marker, level);
+        BeginPrinting(report, kind, 0, rule.FootRows, rule.FootCount);
+        if (report.Kinds[opener].CloseEmit != 0) {
+            lua_rawgeti(state, LUA_REGISTRYINDEX, report.Kinds[opener].CloseEmit);
+            PushSums(state, report, level);
+            lua_call(state, 1, 0);
+        }
+        FillLateCells(state, report, level);
+        MarkClosed(report.Marker, level, report.PrintedRows);
+        std::memset(report.Sums[level], 0, sizeof report.Sums[level]);
+        report.Counts[level] = 0;
+    }
+}
+
+template <typename Number> lua_Integer NumberFrom(const char *field)
+{
+    Number number;
+    std::memcpy(&number, field, sizeof number);
+    return static_cast<lua_Integer>(number);
+}
+
+void PushTextField(lua_State *state, const char *field, size_t width)
+{
+    constexpr size_t most = 1024;
+    char bytes[most + 1];
+    char utf8[3 * most + 1];
+    const size_t length = strnlen(field, width < most ? width : most);
+    bool isPlain = true;
+    for (size_t i = 0; i < length; ++i) {
+        if (static_cast<unsigned char>(field[i]) >= 0x80) isPlain = false;
+    }
+    if (isPlain) {
+        lua_pushlstring(state, field, length);
+        return;
+    }
+    std::memcpy(bytes, field, length);
+    bytes[length] = 0;
+    lua_pushlstring(state, utf8, text::ToUtf8(bytes, utf8, sizeof utf8));
+}
+
+void PushField(lua_State *state, const Field &field, const char *record)
+{
+    const char *from = record + field.Offset;
+    switch (field.Form) {
+    case FieldForm::text: PushTextField(state, from, field.Width); return;
+    case FieldForm::amount: lua_pushinteger(state, PfennigOf(from)); return;
+    case FieldForm::rate: {
+        int64_t hundredths = 0;
+        if (HundredthsOf(from, hundredths)) {
+            lua_pushinteger(state, hundredths);
+        } else {
+            lua_pushnil(state);
+        }
+        return;
+    }
+    case FieldForm::date: {
+        char text[16];
+        DateText(from, text);
+        PushTextField(state, text, sizeof text);
+        return;
+    }
+    case FieldForm::i16: lua_pushinteger(state, NumberFrom<int16_t>(from)); return;
+    case FieldForm::i32: lua_pushinteger(state, NumberFrom<int32_t>(from)); return;
+    case FieldForm::u32: lua_pushinteger(state, NumberFrom<uint32_t>(from)); return;
+    case FieldForm::u8: lua_pushinteger(state, NumberFrom<uint8_t>(from)); return;
+    }
+}
+
+} // namespace
+
+int RunRecord(lua_State *state)
+{
+    const auto &call = *static_cast<const RecordCall *>(lua_touserdata(state, 1));
+    Report &report = *call.To;
+    const KindRule &rule = report.Def.Kinds[call.Kind];
+    const KindCode &code = report.Kinds[call.Kind];
+    CloseLevels(state, report, call.Kind);
+    MarkRecord(report.Marker, call.Kind);
+    BeginPrinting(report, call.Kind, rule.Level, rule.Rows, rule.RowCount);
+    if (code.Emit == 0) return 0;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, code.Emit);
+    lua_createtable(state, 0, code.FieldCount);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
+    for (int i = 0; i < code.FieldCount; ++i) {
+        lua_rawgeti(state, -1, i + 1);
+        PushField(state, code.Fields[i], call.Record);
+        lua_rawset(state, -4);
+    }
+    lua_pop(state, 1);
+    lua_call(state, 1, 0);
+    return 0;
+}
+
+int RunFinish(lua_State *state)
+{
+    auto &report = *static_cast<Report *>(lua_touserdata(state, 1));
+    CloseLevels(state, report, -1);
+    MarkFoot(report.Marker, 0);
+    BeginPrinting(report, -1, 0, report.Def.FinishRows, report.Def.FinishCount);
+    if (report.FinishEmit == 0) return 0;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, report.FinishEmit);
+    PushSums(state, report, 0);
+    lua_call(state, 1, 0);
+    return 0;
+}
+
+} // namespace rs
