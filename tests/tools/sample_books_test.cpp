@@ -278,10 +278,10 @@ TEST_F(SampleBooks, WhatRecordsReferToExists)
         std::set<int32_t> templates;
         std::set<int32_t> terms;
         for (const auto &row : Read<KoschaRecord>(TableKoscha, directory)) {
-            templates.insert(row.Nummer);
+            templates.insert(int32_t{row.Nummer});
         }
         for (const auto &row : Read<ZahlzielRecord>(TableZahlziel, directory)) {
-            terms.insert(row.Nummer);
+            terms.insert(int32_t{row.Nummer});
         }
         for (const auto &account : Read<SakoRecord>(TableSako, directory)) {
             EXPECT_EQ(account.MitKosten != 0, account.Kostenschablone != 0);
@@ -325,7 +325,7 @@ TEST_F(SampleBooks, TreesReachEachAccountOfTheirSideOnce)
         for (const auto &node : Read<StructureRecord>(id, directory)) {
             if (node.Id == 0) leaves.insert(node.Text);
             if (node.Id != 0) {
-                EXPECT_TRUE(nodes.emplace(node.Id, node).second);
+                EXPECT_TRUE(nodes.emplace(int32_t{node.Id}, node).second);
             }
         }
         std::set<int32_t> seen;
@@ -340,8 +340,8 @@ TEST_F(SampleBooks, TreesReachEachAccountOfTheirSideOnce)
                 EXPECT_LE(std::strlen(record.Text), 27u);
             }
             if (record.Art == 0) leaves.insert(record.Text);
-            if (record.Next != 0) open.push_back(record.Next);
-            if (record.Child != 0) open.push_back(record.Child);
+            if (record.Next != 0) open.push_back(int32_t{record.Next});
+            if (record.Child != 0) open.push_back(int32_t{record.Child});
         }
         EXPECT_EQ(nodes.size(), seen.size());
         std::multiset<std::string> accounts;

@@ -54,7 +54,7 @@ void YearCheck::CheckTrees()
         Check<StructureRecord>(tree.Id, [&](const StructureRecord &record) {
             if (record.Id == 0) {
                 tree.Outside.emplace_back(Trimmed(FieldText(record.Text)));
-            } else if (!tree.Nodes.emplace(record.Id, Node{record, false}).second) {
+            } else if (!tree.Nodes.emplace(int32_t{record.Id}, Node{record, false}).second) {
                 Tell("baum", stem, std::to_string(record.Id), "Id", "die Nummer kommt mehrfach vor");
             }
         });

@@ -78,11 +78,13 @@ void YearCheck::Run()
 void YearCheck::ReadReferences()
 {
     ReadLast<KoschaRecord>(TableKoscha, [&](const KoschaRecord &row) {
-        Templates.insert(row.Nummer);
+        Templates.insert(int32_t{row.Nummer});
         TemplateLines[row.Nummer] = row.Zeilen;
     });
-    ReadLast<ZahlzielRecord>(TableZahlziel, [&](const ZahlzielRecord &row) { Terms.insert(row.Nummer); });
-    ReadLast<StapelRecord>(TableStapel, [&](const StapelRecord &row) { Batches.insert(row.Nummer); });
+    ReadLast<ZahlzielRecord>(TableZahlziel,
+                             [&](const ZahlzielRecord &row) { Terms.insert(int32_t{row.Nummer}); });
+    ReadLast<StapelRecord>(TableStapel,
+                           [&](const StapelRecord &row) { Batches.insert(int32_t{row.Nummer}); });
     ReadLast<UserRecord>(TableUser, [&](const UserRecord &row) { Users.insert(FieldText(row.Schluessel)); });
     ReadLast<KurseRecord>(TableKurse,
                           [&](const KurseRecord &row) { Currencies.insert(FieldText(row.Waehrung)); });

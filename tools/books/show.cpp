@@ -100,6 +100,7 @@ void ForEach(const TableLayout &layout, const TablePlace &place, const ShowOptio
 std::vector<RowColumn> ColumnsOf(const std::vector<FieldLayout> &fields)
 {
     std::vector<RowColumn> columns;
+    columns.reserve(fields.size());
     for (const FieldLayout &field : fields) {
         columns.push_back({field.Name.c_str(), field.Name.c_str(),
                            std::max(WidthOf(field), Columns(field.Name)),
