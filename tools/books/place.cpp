@@ -12,7 +12,7 @@ using namespace tools;
 
 fs::path DataPathOf(const fs::path &directory)
 {
-    const fs::path place = fs::absolute(directory).lexically_normal();
+    fs::path place = fs::absolute(directory).lexically_normal();
     if (!fs::is_directory(place)) throw std::runtime_error(place.string() + " ist kein Verzeichnis.");
     if (fs::exists(place / "books.mdb")) return place;
     if (fs::is_directory(place / "DB")) return place / "DB";

@@ -22,7 +22,7 @@ namespace {
 
 std::vector<FieldLayout> WantedFields(const TableLayout &layout, const ShowOptions &options)
 {
-    const std::vector<FieldLayout> all = options.WithGaps ? FieldsAndGaps(layout) : layout.Fields;
+    std::vector<FieldLayout> all = options.WithGaps ? FieldsAndGaps(layout) : layout.Fields;
     if (options.Fields.empty()) return all;
     std::vector<FieldLayout> wanted;
     for (const std::string &name : options.Fields) {
