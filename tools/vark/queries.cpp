@@ -33,7 +33,7 @@ int FormOf(const QueryOptions &options) { return options.As == Output::Table ? F
 // is replaced by its kind, or by `otherwise` for what is no account: the library then says what is wrong.
 std::string NumberOf(int mandant, const std::string &konto, int &art, int otherwise)
 {
-    const std::string number = FromUtf8(Trimmed(konto));
+    std::string number = FromUtf8(Trimmed(konto));
     const int byNumber = art != 0 ? art : FindKind(mandant, number);
     if (VARK_ExistiertKonto(mandant, number.c_str(), byNumber) != 0) {
         art = byNumber;
