@@ -1,120 +1,66 @@
 // The screen: vark-ui in a real window under Xvfb with a window manager, driven by keyboard and mouse, its
 // effect read back from the model. Left out where the X programs are not installed.
 #include <atomic>
-#include <chrono>
-#include <csignal>
-#include <cstdlib>
+#include <condition_variable>
+#include <dlfcn.h>
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
+#include <mutex>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <vector>
 
 #include "demo_dialog.h"
+#include "display.h"
 #include "front_end_setup.h"
 
 using namespace text;
+using varkui::DialogControlKind;
 
 namespace {
 
-constexpr std::chrono::seconds patience(30);
+// Whether `holds` comes to hold in good time: it is asked again whenever the dialog has handled a message.
+struct Messages {
+    std::mutex Lock;
+    std::condition_variable Came;
 
-// Whether `holds` comes to hold in good time.
-bool Eventually(const std::function<bool()> &holds)
-{
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (std::chrono::steady_clock::now() < end) {
-        if (holds()) return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return holds();
-}
-
-bool IsInstalled(const std::string &program)
-{
-    return system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;
-}
-
-// A process of this test, ended with it.
-struct Process {
-    pid_t Id = -1;
-
-    explicit Process(const std::vector<std::string> &command)
+    void Tell()
     {
-        Id = fork();
-        if (Id != 0) return;
-        std::vector<char *> arguments;
-        for (const std::string &each : command) {
-            arguments.push_back(const_cast<char *>(each.c_str()));
+        const std::lock_guard<std::mutex> guard(Lock);
+        Came.notify_all();
+    }
+    bool Eventually(const std::function<bool()> &holds)
+    {
+        const auto end = std::chrono::steady_clock::now() + patience;
+        while (!holds()) {
+            if (std::chrono::steady_clock::now() > end) return false;
+            // What no message tells of, and what came between asking and waiting.
+            constexpr std::chrono::milliseconds longest(50);
+            std::unique_lock<std::mutex> guard(Lock);
+            Came.wait_for(guard, longest);
         }
-        arguments.push_back(nullptr);
-        static_cast<void>(freopen("/dev/null", "w", stderr));
-        execvp(arguments[0], arguments.data());
-        _exit(127);
-    }
-    Process(const Process &) = delete;
-    Process &operator=(const Process &) = delete;
-    ~Process()
-    {
-        kill(Id, SIGTERM);
-        waitpid(Id, nullptr, 0);
+        return true;
     }
 };
 
 struct Screen : testing::Test {
     FrontEndSetup frontEnd;
-    std::unique_ptr<Process> server;
-    std::unique_ptr<Process> manager;
-    std::string display;
+    Display display;
+    Messages messages;
 
     void SetUp() override
     {
-        for (const char *program : {"Xvfb", "openbox", "xdotool"}) {
-            if (!IsInstalled(program)) GTEST_SKIP() << program << " is not installed";
-        }
-        if (access((std::filesystem::path(VARKUI_LIBRARY).parent_path() / "vark-ui").c_str(), X_OK) != 0) {
-            GTEST_SKIP() << "vark-ui is not built";
-        }
-        int ends[2] = {};
-        ASSERT_EQ(pipe(ends), 0);
-        server = std::make_unique<Process>(std::vector<std::string>{"Xvfb", "-displayfd",
-                                                                    std::to_string(ends[1]), "-screen", "0",
-                                                                    "1280x900x24", "-nolisten", "tcp"});
-        close(ends[1]);
-        char digit = 0;
-        while (read(ends[0], &digit, 1) == 1 && digit != '\n') {
-            display += digit;
-        }
-        close(ends[0]);
-        ASSERT_FALSE(display.empty());
-        display.insert(0, ":");
-        setenv("DISPLAY", display.c_str(), 1);
-        setenv("VARK_UI", "gtk", 1);
-        setenv("GDK_BACKEND", "x11", 1);
-        setenv("GTK_A11Y", "none", 1);
-        manager = std::make_unique<Process>(std::vector<std::string>{"openbox"});
+        const std::string missing = display.Begin(std::filesystem::path(VARKUI_LIBRARY).parent_path());
+        if (!missing.empty()) GTEST_SKIP() << missing;
     }
 
-    static void Do(const std::string &command)
-    {
-        const std::string whole = "xdotool " + command + " >/dev/null 2>&1";
-        static_cast<void>(system(whole.c_str()));
-    }
+    static void Do(const std::string &command) { Display::Do(command); }
 
-    // Waits until the window of that title has the keyboard.
-    static bool HasKeyboard(const std::string &title)
-    {
-        return Eventually([&title] {
-            const std::string command =
-                "xdotool getactivewindow getwindowname 2>/dev/null | grep -q '" + title + "'";
-            return system(command.c_str()) == 0;
-        });
-    }
+    bool HasKeyboard(const std::string &title) const { return display.HasKeyboard(title); }
+
+    bool Eventually(const std::function<bool()> &holds) { return messages.Eventually(holds); }
 
     // Runs the demonstration dialog here while `person` acts on another thread.
-    static INT_PTR RunDemo(const std::function<void(HWND dialog)> &person, const DialogHandler &handler = {})
+    INT_PTR RunDemo(const std::function<void(HWND dialog)> &person, const DialogHandler &handler = {})
     {
         std::thread acting;
         const INT_PTR result =
@@ -124,6 +70,7 @@ struct Screen : testing::Test {
                     acting = std::thread(person, dialog);
                     return INT_PTR{TRUE};
                 }
+                messages.Tell();
                 return handler ? handler(dialog, message, wParam, lParam) : INT_PTR{0};
             });
         acting.join();
@@ -140,7 +87,8 @@ struct Screen : testing::Test {
             std::ifstream environment(entry.path() / "environ");
             std::stringstream all;
             all << environment.rdbuf();
-            if (all.str().find(std::string("DISPLAY=") + display + '\0') == std::string::npos) continue;
+            if (all.str().find(std::string("DISPLAY=") + display.Name() + '\0') == std::string::npos)
+                continue;
             return std::stoi(entry.path().filename().string());
         }
         return -1;
@@ -151,7 +99,7 @@ struct Screen : testing::Test {
 
 TEST_F(Screen, TakesTextAndKeys)
 {
-    const INT_PTR result = RunDemo([](HWND dialog) {
+    const INT_PTR result = RunDemo([this](HWND dialog) {
         ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
         Do("key alt+n");
         Do("type --delay 20 Strom");
@@ -170,14 +118,10 @@ TEST_F(Screen, TakesTextAndKeys)
 
 TEST_F(Screen, TakesTheMouse)
 {
-    const INT_PTR result = RunDemo([](HWND dialog) {
+    const INT_PTR result = RunDemo([this](HWND dialog) {
         ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
         const auto click = [dialog](int id, int down) {
-            RECT place = {};
-            GetWindowRect(GetDlgItem(dialog, id), &place);
-            MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT *>(&place), 2);
-            Do("search --onlyvisible --name Stapelverwaltung mousemove --window %1 " +
-               std::to_string(place.left + 20) + " " + std::to_string(place.top + down) + " click 1");
+            Display::Click("Stapelverwaltung", dialog, id, 20, down);
         };
         const auto row = [dialog] { return SendDlgItemMessageA(dialog, 60, LB_GETCURSEL, 0, 0); };
         EXPECT_EQ(row(), 1);
@@ -200,7 +144,7 @@ TEST_F(Screen, PutsABoxBeforeItsDialog)
 {
     std::atomic<int> answer{0};
     const INT_PTR result = RunDemo(
-        [&answer](HWND) {
+        [this, &answer](HWND) {
             ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
             Do("key alt+r");
             ASSERT_TRUE(HasKeyboard("MERIDA"));
@@ -245,4 +189,202 @@ TEST_F(Screen, ThatIsMissingLeavesEverythingToNobody)
     EXPECT_NE(said.find("varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n"),
               std::string::npos)
         << said;
+}
+
+// ---- Several threads ----
+
+TEST_F(Screen, ShowsTheDialogsOfTwoThreadsAtOnce)
+{
+    static constexpr varkui::DialogControl controls[] = {
+        {DialogControlKind::Text, -1, "&Text:", 7, 9, 40, 8, 0, 0},
+        {DialogControlKind::Edit, 10, "", 50, 7, 80, 14, 0, 0},
+        {DialogControlKind::DefaultButton, IDOK, "OK", 140, 7, 52, 14, 0, 0},
+    };
+    static constexpr varkui::DialogTable first = {901, "Erster Faden", 200, 30, controls, 3, 0};
+    static constexpr varkui::DialogTable second = {902, "Zweiter Faden", 200, 30, controls, 3, 0};
+    std::string texts[2];
+    const auto run = [&texts](int index, const varkui::DialogTable &table) {
+        return RunTable(table, [&texts, index](HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+            if (message == WM_COMMAND && LOWORD(wParam) == IDOK) texts[index] = TextOf(dialog, 10);
+            return INT_PTR{0};
+        });
+    };
+    std::thread one([&] { EXPECT_EQ(run(0, first), IDOK); });
+    ASSERT_TRUE(HasKeyboard("Erster Faden"));
+    std::thread two([&] { EXPECT_EQ(run(1, second), IDOK); });
+    ASSERT_TRUE(HasKeyboard("Zweiter Faden"));
+    Do("type --delay 5 zwei");
+    // The other one answers while this one stays open.
+    Do("search --name 'Erster Faden' windowactivate");
+    ASSERT_TRUE(HasKeyboard("Erster Faden"));
+    Do("type --delay 5 eins");
+    Do("key Return");
+    one.join();
+    EXPECT_EQ(texts[0], "eins");
+    EXPECT_EQ(texts[1], "");
+    ASSERT_TRUE(HasKeyboard("Zweiter Faden"));
+    Do("key Return");
+    two.join();
+    EXPECT_EQ(texts[1], "zwei");
+}
+
+TEST_F(Screen, ABoxOnOneThreadLeavesAnotherAlone)
+{
+    std::atomic<int> answer{0};
+    std::thread asking([&answer] { answer = MessageBoxA(nullptr, "Warten?", "Frage", MB_YESNO); });
+    ASSERT_TRUE(HasKeyboard("Frage"));
+    // While it waits, this thread makes, shows, fills and destroys windows, and answers messages.
+    for (int i = 0; i < 100; ++i) {
+        HWND dialog = MakeFromTable(demo::table);
+        demo::Fill(dialog);
+        ShowWindow(dialog, SW_SHOWNOACTIVATE);
+        EXPECT_EQ(SendDlgItemMessageA(dialog, 60, LB_GETCOUNT, 0, 0), 5);
+        EXPECT_TRUE(DestroyWindow(dialog));
+    }
+    EXPECT_EQ(answer, 0);
+    ASSERT_TRUE(HasKeyboard("Frage"));
+    Do("key alt+j");
+    asking.join();
+    EXPECT_EQ(answer, IDYES);
+}
+
+// ---- Typing ----
+
+TEST_F(Screen, TakesKeysThatAreTypedAheadWhereTheKeyboardMoves)
+{
+    const INT_PTR result = RunDemo(
+        [this](HWND dialog) {
+            ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+            Do("key --delay 0 alt+n S t r o m Tab 4 2 Tab space Return");
+            static_cast<void>(dialog);
+        },
+        [](HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+            if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+                EXPECT_EQ(TextOf(dialog, 10), "Strom");
+                EXPECT_EQ(TextOf(dialog, 11), "42");
+                EXPECT_EQ(IsDlgButtonChecked(dialog, 20), 0u);
+            }
+            return INT_PTR{0};
+        });
+    EXPECT_EQ(result, IDOK);
+}
+
+TEST_F(Screen, TellsWhereTheCaretIs)
+{
+    const INT_PTR result = RunDemo([this](HWND dialog) {
+        ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+        const auto selection = [dialog] { return SendDlgItemMessageA(dialog, 10, EM_GETSEL, 0, 0); };
+        Do("key alt+n Home Right");
+        EXPECT_TRUE(Eventually([&] { return selection() == MAKELONG(1, 1); })) << selection();
+        Do("key shift+End");
+        EXPECT_TRUE(Eventually([&] { return selection() == MAKELONG(1, 14); })) << selection();
+        SendDlgItemMessageA(dialog, 10, EM_SETSEL, 0, 6);
+        Do("type --delay 5 X"); // in the place of what the program has selected
+        EXPECT_TRUE(Eventually([dialog] { return TextOf(dialog, 10).substr(0, 3) == "Xf\xFC"; }))
+            << TextOf(dialog, 10);
+        Do("key Escape");
+    });
+    EXPECT_EQ(result, IDCANCEL);
+}
+
+TEST_F(Screen, TakesTextsOfManyLines)
+{
+    static constexpr varkui::DialogControl controls[] = {
+        {DialogControlKind::Text, -1, "&Notiz:", 7, 9, 40, 8, 0, 0},
+        {DialogControlKind::Edit, 10, "", 50, 7, 120, 60, ES_MULTILINE | ES_WANTRETURN, ES_AUTOHSCROLL},
+        {DialogControlKind::DefaultButton, IDOK, "OK", 140, 75, 52, 14, 0, 0},
+    };
+    static constexpr varkui::DialogTable table = {903, "Mehrere Zeilen", 200, 96, controls, 3, 0};
+    std::string text;
+    LRESULT caret = 0;
+    std::thread acting;
+    const INT_PTR result = RunTable(table, [&](HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+        messages.Tell();
+        if (message == WM_INITDIALOG) {
+            SetDlgItemTextA(dialog, 10, "eins\r\nzwei");
+            acting = std::thread([this, dialog] {
+                ASSERT_TRUE(HasKeyboard("Mehrere Zeilen"));
+                Do("key ctrl+End Return d r e i");
+                EXPECT_TRUE(Eventually([dialog] { return TextOf(dialog, 10) == "eins\r\nzwei\r\ndrei"; }))
+                    << TextOf(dialog, 10);
+                Do("key Up Home");
+                EXPECT_TRUE(Eventually([dialog] {
+                    return SendDlgItemMessageA(dialog, 10, EM_GETSEL, 0, 0) == MAKELONG(6, 6);
+                })) << SendDlgItemMessageA(dialog, 10, EM_GETSEL, 0, 0);
+                Do("key Tab Return");
+            });
+            return INT_PTR{TRUE};
+        }
+        if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+            text = TextOf(dialog, 10);
+            caret = SendDlgItemMessageA(dialog, 10, EM_GETLINECOUNT, 0, 0);
+        }
+        return INT_PTR{0};
+    });
+    acting.join();
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(text, "eins\r\nzwei\r\ndrei");
+    EXPECT_EQ(caret, 3);
+}
+
+TEST_F(Screen, OpensTheListOfAComboBox)
+{
+    const INT_PTR result = RunDemo([this](HWND dialog) {
+        ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+        const auto isOpen = [dialog] {
+            return SendDlgItemMessageA(dialog, 41, CB_GETDROPPEDSTATE, 0, 0) != 0;
+        };
+        Do("key alt+e F4");
+        EXPECT_TRUE(Eventually(isOpen));
+        Do("key Up Return");
+        EXPECT_TRUE(Eventually([&] { return !isOpen(); }));
+        EXPECT_LT(SendDlgItemMessageA(dialog, 41, CB_GETCURSEL, 0, 0), 2); // one above is chosen
+        Display::Click("Stapelverwaltung", dialog, 41, 20, 15);
+        EXPECT_TRUE(Eventually(isOpen));
+        Do("key Escape");
+        EXPECT_TRUE(Eventually([&] { return !isOpen(); }));
+        Do("key Escape");
+    });
+    EXPECT_EQ(result, IDCANCEL);
+}
+
+// ---- Without a screen ----
+
+// The window system where no vark-ui lies beside it.
+TEST(WithoutScreen, AMissingProgramLeavesEverythingToNobodyAndSaysSo)
+{
+    const FrontEndSetup frontEnd;
+    const std::filesystem::path copy = frontEnd.Directory / "libvarkui.so";
+    std::filesystem::copy_file(VARKUI_LIBRARY, copy);
+    setenv("VARK_UI", "gtk", 1);
+    void *library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    using Box = int (*)(HWND, LPCSTR, LPCSTR, UINT);
+    const auto box = reinterpret_cast<Box>(dlsym(library, "MessageBoxA"));
+    ASSERT_NE(box, nullptr);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_YESNO), IDNO);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said, "varkui: there is no program vark-ui beside libvarkui.so; going on without a screen\n"
+                    "MERIDA: Frage\n");
+}
+
+// A machine without GTK: the program is there, and its libraries are not found.
+TEST(WithoutScreen, AProgramThatCannotStartLeavesEverythingToNobodyAndSaysSo)
+{
+    const FrontEndSetup frontEnd;
+    const std::filesystem::path copy = frontEnd.Directory / "libvarkui.so";
+    std::filesystem::copy_file(VARKUI_LIBRARY, copy);
+    std::ofstream(frontEnd.Directory / "vark-ui") << "#!/bin/sh\nexit 127\n";
+    std::filesystem::permissions(frontEnd.Directory / "vark-ui", std::filesystem::perms::owner_all);
+    setenv("VARK_UI", "gtk", 1);
+    void *library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    using Box = int (*)(HWND, LPCSTR, LPCSTR, UINT);
+    const auto box = reinterpret_cast<Box>(dlsym(library, "MessageBoxA"));
+    ASSERT_NE(box, nullptr);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said, "varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n");
 }

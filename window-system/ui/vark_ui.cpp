@@ -564,8 +564,11 @@ void HearTop(FrameReader &reader)
     auto *window = GTK_WINDOW(top->Placed);
     gtk_widget_set_cursor_from_name(top->Placed, (flags & flagWaits) != 0 ? "wait" : nullptr);
     gtk_window_set_default_widget(window, button != nullptr ? button->Control : nullptr);
+    // Each thread has an active window; only what becomes one comes to the front.
     const bool isActive = (flags & flagActive) != 0;
-    if (isActive && gtk_window_is_active(window) == FALSE && (top->Flags & flagEnabled) != 0)
+    const bool becomesActive = isActive && !top->IsActive;
+    top->IsActive = isActive;
+    if (becomesActive && gtk_window_is_active(window) == FALSE && (top->Flags & flagEnabled) != 0)
         gtk_window_present(window);
     if (focus == nullptr || focus->Control == nullptr || FocusedItem(window) == focus) return;
     if (focus->What == Kind::Edit || focus->What == Kind::ComboBox) {
