@@ -91,6 +91,9 @@ public:
 
     const std::string &Name() const { return name; }
 
+    // Takes the display away: whatever still waits on it is answered as if nobody were there.
+    void End() { server.reset(); }
+
     // What a person does, in the words of xdotool.
     static void Do(const std::string &command)
     {
@@ -99,8 +102,8 @@ public:
     }
 
     // Waits until the window of that title has the keyboard, or no longer has it.
-    bool HasKeyboard(const std::string &title) const { return Waits(title, true); }
-    bool LosesKeyboard(const std::string &title) const { return Waits(title, false); }
+    bool HasKeyboard(const std::string &title) { return Waits(title, true); }
+    bool LosesKeyboard(const std::string &title) { return Waits(title, false); }
 
     // A click at a place inside a control of the dialog of that title.
     static void Click(const std::string &title, HWND dialog, int id, int right, int down,
@@ -115,17 +118,20 @@ public:
 
 private:
     // Looks again whenever another window gets the keyboard.
-    bool Waits(const std::string &title, bool isWanted) const
+    bool Waits(const std::string &title, bool isWanted)
     {
         const std::string look =
             "xdotool getactivewindow getwindowname 2>/dev/null | grep -q '" + title + "'";
         const auto end = std::chrono::steady_clock::now() + patience;
         while ((system(look.c_str()) == 0) != isWanted) {
             if (std::chrono::steady_clock::now() > end) return false;
-            constexpr int longest_ms = 500; // a window may get its title after the keyboard
+            constexpr int longest_ms = 200; // a window may get its title after the keyboard
             pollfd waits = {changes, POLLIN, 0};
             char lines[4096];
-            if (poll(&waits, 1, longest_ms) > 0 && read(changes, lines, sizeof lines) <= 0) return false;
+            if (poll(&waits, 1, longest_ms) <= 0 || read(changes, lines, sizeof lines) > 0) continue;
+            // Who watches has gone; poll only waits then.
+            close(changes);
+            changes = -1;
         }
         return true;
     }

@@ -55,7 +55,7 @@ struct Screen : testing::Test {
 
     static void Do(const std::string &command) { Display::Do(command); }
 
-    bool HasKeyboard(const std::string &title) const { return display.HasKeyboard(title); }
+    bool HasKeyboard(const std::string &title) { return display.HasKeyboard(title); }
 
     bool Eventually(const std::function<bool()> &holds) { return messages.Eventually(holds); }
 
