@@ -218,6 +218,7 @@ TEST_F(Printing, IntoFilesAtOnceGivesEachItsNumber)
     Set("datei:" + directory.At("{nummer}"));
     std::vector<std::thread> hosts;
     constexpr int count = 4;
+    hosts.reserve(count);
     for (int i = 0; i < count; ++i) {
         hosts.emplace_back(PrintOne);
     }

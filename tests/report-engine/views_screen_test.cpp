@@ -36,6 +36,7 @@ pid_t Start(const std::vector<std::string> &command)
     const pid_t child = fork();
     if (child != 0) return child;
     std::vector<char *> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string &each : command) {
         arguments.push_back(const_cast<char *>(each.c_str()));
     }
