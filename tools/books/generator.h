@@ -204,7 +204,7 @@ struct Generator {
     // What every month costs; the smaller Mandanten have smaller rooms and fewer people.
     int64_t Fixed(int64_t pfennig) const
     {
-        return Books.Of->OpeningShare == 1 ? pfennig : pfennig / (Books.Of->OpeningShare * 2);
+        return Books.Of->OpeningShare == 1 ? pfennig : pfennig / 2 / Books.Of->OpeningShare;
     }
     void StartYear(int index);
     void Run();
