@@ -58,7 +58,7 @@ struct MoveBooks : testing::Test {
     }
 
     // Nothing but these lies in the test's directory, hidden leftovers included.
-    void ExpectOnly(std::set<std::string> names) const
+    void ExpectOnly(const std::set<std::string> &names) const
     {
         std::set<std::string> found;
         for (const auto &entry : fs::directory_iterator(Directory.Path)) {
@@ -265,7 +265,7 @@ TEST_F(MoveBooks, TheTableOfTheMandantenIsLoadedAlone)
 {
     const std::string companies = SaveTable("fista");
     // Without its last record: 4 digits and comma, 998 bytes, line end.
-    const std::string fewer = companies.substr(0, 2 * (4 + 998 + 2)) + endMark;
+    const std::string fewer = companies.substr(0, size_t{2} * (4 + 998 + 2)) + endMark;
     ASSERT_EQ(0, LoadTable("fista", fewer, {"--ersetzen"}).ExitCode);
     EXPECT_EQ(fewer, SaveTable("fista"));
     ASSERT_EQ(0, LoadTable("fista", companies, {"--ersetzen"}).ExitCode);
