@@ -268,7 +268,7 @@ int16_t PrepareRecord(const Call &call, Change *change, NewRecord *record)
     const int16_t status = AssignNumbers(change, record->Copy, &record->Assigned);
     if (status != BtrStatusOk) {
         free(record->Copy);
-        record->Copy = nullptr;
+        *record = {};
     }
     return status;
 }
@@ -287,7 +287,7 @@ int16_t CheckRecord(const Call &call, const Key **key)
         }
     }
     const uint32_t size = DataSize(call);
-    if (size < definition.RecordLength) return BtrStatusDataBufferShort;
+    if (call.Data == nullptr || size < definition.RecordLength) return BtrStatusDataBufferShort;
     return definition.Variable && size > maxRecordLength ? BtrStatusDataBufferShort : BtrStatusOk;
 }
 

@@ -124,7 +124,7 @@ struct Outcome {
 Outcome Replay(const Recorded &recorded, bool obeying)
 {
     wbtrv::limits.Readers = 16;
-    std::mt19937 random(5);
+    std::mt19937 random(5); // NOLINT: the same choices every time
     Outcome outcome;
     std::string disk = recorded.Before;
     std::vector<Page> unsynced;

@@ -102,13 +102,15 @@ template <typename Client> struct OnT {
     }
 };
 
+inline std::string UpToNul(const std::string &text) { return text.substr(0, text.find('\0')); }
+
 // The first letters of the record, or the status of a call that gave none.
 inline std::string Name(const Answer &answer)
 {
     if (answer.Status != BtrStatusOk) return std::to_string(answer.Status);
-    return answer.Data.c_str();
+    return UpToNul(answer.Data);
 }
 
-inline std::string KeyText(const Answer &answer) { return answer.Key.c_str(); }
+inline std::string KeyText(const Answer &answer) { return UpToNul(answer.Key); }
 
 } // namespace wbtrvtest

@@ -143,7 +143,7 @@ std::string Path(Run &run)
     static const char *const names[] = {"t.btr", "n.btr", "v.btr", "new.btr"};
     const unsigned which = run.In.Byte();
     if (which < 192) {
-        const std::string path = run.Directory / names[which % std::size(names)];
+        std::string path = run.Directory / names[which % std::size(names)];
         run.Paths.insert(path);
         return path;
     }

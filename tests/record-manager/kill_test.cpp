@@ -71,7 +71,7 @@ void KillWriters(unsigned writers, unsigned kills)
     auto *promised = static_cast<Promised *>(
         mmap(nullptr, sizeof(Promised), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     ASSERT_NE(promised, MAP_FAILED);
-    std::mt19937 random(11);
+    std::mt19937 random(11); // NOLINT: the same choices every time
     const int rounds = static_cast<int>((kills + writers - 1) / writers);
     for (int round = 0; round < rounds; ++round) {
         const bool byThemselves = round % 2 == 0;
