@@ -85,6 +85,20 @@ KindStyle StyleOf(DialogControlKind kind)
     return {tabClass, tab, 0};
 }
 
+// Windows takes the height of a combo box as that with its list dropped down: eight rows.
+uint16_t HeightOf(const DialogControl &control)
+{
+    const auto height = static_cast<uint16_t>(control.Height);
+#ifdef _WIN32
+    constexpr uint16_t droppedList = 8 * 8;
+    const bool isCombo =
+        control.Kind == DialogControlKind::ComboBox || control.Kind == DialogControlKind::ComboList;
+    return static_cast<uint16_t>(height + (isCombo ? droppedList : 0));
+#else
+    return height;
+#endif
+}
+
 void PutControl(Writer &writer, const DialogControl &control)
 {
     const KindStyle kind = StyleOf(control.Kind);
@@ -95,7 +109,7 @@ void PutControl(Writer &writer, const DialogControl &control)
     PutWord(writer, static_cast<uint16_t>(control.X));
     PutWord(writer, static_cast<uint16_t>(control.Y));
     PutWord(writer, static_cast<uint16_t>(control.Width));
-    PutWord(writer, static_cast<uint16_t>(control.Height));
+    PutWord(writer, HeightOf(control));
     PutDword(writer, static_cast<uint32_t>(control.Id));
     if (kind.Class == tabClass) {
         PutText(writer, WC_TABCONTROLA);
