@@ -76,7 +76,7 @@ namespace {
 
 constexpr int damageSignals[] = {SIGSEGV, SIGBUS, SIGABRT};
 
-void TellDamage(int)
+[[maybe_unused]] void TellDamage(int)
 {
     constexpr char word[] =
         "\nbooks: Lesen abgebrochen, eine Datei ist beschädigt. Mehr dazu sagt books pruefen.\n";
