@@ -242,8 +242,11 @@ TEST_F(Screen, ABoxOnOneThreadLeavesAnotherAlone)
         EXPECT_TRUE(DestroyWindow(dialog));
     }
     EXPECT_EQ(answer, 0);
-    ASSERT_TRUE(HasKeyboard("Frage"));
-    Do("key alt+j");
+    // One of the windows that are gone may still take the keyboard from the box for a moment.
+    EXPECT_TRUE(Eventually([&answer] {
+        if (answer == 0) Do("search --name Frage windowactivate key alt+j");
+        return answer != 0;
+    }));
     asking.join();
     EXPECT_EQ(answer, IDYES);
 }
