@@ -57,7 +57,8 @@ TEST(ToolCalendar, EveryDayComesBackFromItsForms)
 TEST(ToolCalendar, WhatIsNoDayIsRefused)
 {
     Day day = 0;
-    EXPECT_FALSE(DayOfPacked("", 1, day));
+    constexpr char emptyField[7] = {};
+    EXPECT_FALSE(DayOfPacked(emptyField, 1, day));
     EXPECT_FALSE(DayOfPacked("310218", 1, day));
     EXPECT_FALSE(DayOfPacked("011318", 1, day));
     EXPECT_FALSE(DayOfPacked("000118", 1, day));

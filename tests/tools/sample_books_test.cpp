@@ -286,12 +286,12 @@ TEST_F(SampleBooks, WhatRecordsReferToExists)
         for (const auto &account : Read<SakoRecord>(TableSako, directory)) {
             EXPECT_EQ(account.MitKosten != 0, account.Kostenschablone != 0);
             if (account.Kostenschablone != 0) {
-                EXPECT_EQ(1u, templates.count(account.Kostenschablone));
+                EXPECT_EQ(1u, templates.count(int32_t{account.Kostenschablone}));
             }
         }
         for (const TableId id : {TableDebi, TableKred}) {
             for (const auto &partner : Read<PersonalRecord>(id, directory)) {
-                EXPECT_EQ(1u, terms.count(partner.Zahlungsziel));
+                EXPECT_EQ(1u, terms.count(int32_t{partner.Zahlungsziel}));
                 EXPECT_EQ(0u, sako.count(partner.Konto));
                 EXPECT_EQ(partner.Blz[0] != 0, partner.Bankkonto[0] != 0);
             }
