@@ -306,10 +306,10 @@ TEST_F(SampleBooks, WhatRecordsReferToExists)
             if (line.Kostenobjekt2[0] != 0) {
                 EXPECT_EQ(1u, kore.count(line.Kostenobjekt2));
             }
-            ++lines[line.Nummer];
+            ++lines[int32_t{line.Nummer}];
         }
         for (const auto &head : Read<KoschaRecord>(TableKoscha, directory)) {
-            EXPECT_EQ(head.Zeilen, lines[head.Nummer]);
+            EXPECT_EQ(int32_t{head.Zeilen}, lines[int32_t{head.Nummer}]);
         }
     }
 }

@@ -65,7 +65,7 @@ struct Item {
     pictures::Picture *Shown = nullptr;
     int32_t ToldWidth = 0, ToldHeight = 0; // of a window that the person may resize
     bool SizeIsComing = false;
-    bool IsActive = false; // in its thread, as the model said last
+    bool IsActive = false;                   // in its thread, as the model said last
     bool IsDropped = false;                  // as the model said last
     int32_t ToldAnchor = -1, ToldCaret = -1; // as the host knows a field
     std::string ToldText;
