@@ -91,6 +91,7 @@ struct Display {
         setenv("DISPLAY", (":" + number).c_str(), 1);
         unsetenv("WAYLAND_DISPLAY");
         setenv("VARK_UI", "gtk", 1);
+        setenv("LC_ALL", "C.UTF-8", 1); // else xdotool finds no window whose title has an umlaut
         setenv("GDK_BACKEND", "x11", 1);
         setenv("GTK_A11Y", "none", 1);
         Manager = std::make_unique<Process>(std::vector<std::string>{"openbox"});

@@ -71,6 +71,7 @@ public:
         if (name == ":") return "there is no display";
         setenv("DISPLAY", name.c_str(), 1);
         setenv("VARK_UI", "gtk", 1);
+        setenv("LC_ALL", "C.UTF-8", 1); // else xdotool finds no window whose title has an umlaut
         setenv("GDK_BACKEND", "x11", 1);
         setenv("GTK_A11Y", "none", 1);
         manager = std::make_unique<Process>(std::vector<std::string>{"openbox"});
