@@ -1,7 +1,7 @@
 // The pick dialogs in a real window: chosen from by keyboard alone and by mouse alone.
 #include "src/platform/window_api.h"
 #include "tests/pickers/pick_books.h"
-#include "tests/window-system/display.h"
+#include "tests/support/display.h"
 
 #include <gtest/gtest.h>
 
@@ -73,21 +73,13 @@ struct ScreenPickers : testing::Test {
 
     HWND Topmost() const { return GetWindow(owner, GW_HWNDFIRST); }
 
-    // Clicks on a row of a list until it is selected: a window that has the keyboard may not have laid out
-    // its rows yet.
-    bool ClickRow(const std::string &title, int list, int row) const
+    bool ClickRow(int list, int row) const
     {
         constexpr int rowHeight = 18;
         const HWND dialog = Topmost();
-        const auto isSelected = [&] { return SendDlgItemMessageA(dialog, list, LB_GETCURSEL, 0, 0) == row; };
-        for (int tries = 0; tries < 10 && !isSelected(); ++tries) {
-            Display::Click(title, dialog, list, 20, 10 + row * rowHeight);
-            // Two clicks that follow too soon would take the row.
-            for (int i = 0; i < 20 && !isSelected(); ++i) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            }
-        }
-        return isSelected();
+        return Display::ClickUntil(
+            [&] { return SendDlgItemMessageA(dialog, list, LB_GETCURSEL, 0, 0) == row; }, dialog, list, 20,
+            10 + row * rowHeight);
     }
 
     static std::string LineOf(HWND dialog)
@@ -102,8 +94,8 @@ struct ScreenPickers : testing::Test {
     int32_t ByMouse(const std::string &title, int list, int row, const std::function<int32_t()> &pick)
     {
         return Run(title, pick, [&] {
-            EXPECT_TRUE(ClickRow(title, list, row));
-            Display::Click(title, Topmost(), IDOK, 20, 14);
+            EXPECT_TRUE(ClickRow(list, row));
+            Display::Click(Topmost(), IDOK, 20, 14);
         });
     }
 };
@@ -143,9 +135,8 @@ TEST_F(ScreenPickers, GiveAnAccount)
     EXPECT_STREQ("1200", konto);
     // A double click takes a row at once.
     EXPECT_EQ(1, Run("Sachkontenauswahl", pick, [this] {
-                  EXPECT_TRUE(ClickRow("Sachkontenauswahl", 1000, 2));
-                  Display::Click("Sachkontenauswahl", Topmost(), 1000, 20, 46,
-                                 "click --repeat 2 --delay 50 1");
+                  EXPECT_TRUE(ClickRow(1000, 2));
+                  Display::Click(Topmost(), 1000, 20, 46, "click --repeat 2 --delay 50 1");
               }));
     EXPECT_STREQ("8400", konto);
 }

@@ -736,7 +736,8 @@ TEST(PeriodTabDialogOnScreen, KeysTurnThePagesAndARefusalStays)
 {
     Stage stage("");
     Display display;
-    if (!display.Start()) GTEST_SKIP() << "Xvfb, openbox and xdotool are not all installed";
+    const std::string missing = display.Begin(std::filesystem::path(VARKUI_LIBRARY).parent_path());
+    if (!missing.empty()) GTEST_SKIP() << missing;
     std::thread person;
     std::atomic<HWND> opened{nullptr};
     stage.State.AtOpening = [&](HWND dialog) {
