@@ -170,7 +170,7 @@ uint64_t AutoincrementFromOrdered(const Definition &definition, const Key &key, 
 
 uint64_t AutoincrementOf(const Definition &definition, const Key &key, const uint8_t *record)
 {
-    uint8_t ordered[8];
+    uint8_t ordered[8] = {};
     OrderedFromRecord(definition, key, record, ordered);
     return AutoincrementFromOrdered(definition, key, ordered);
 }

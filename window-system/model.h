@@ -8,14 +8,23 @@
 //
 // Invariants, checked by CheckModel:
 // M1  A handle in the table leads to a window with that handle; every living window has one.
+//
 // M2  Siblings are doubly linked and agree with their parent about it; the first and last are the ends.
+//
 // M3  No window lies inside itself, and none lies more than `deepestNesting` windows deep.
+//
 // M4  Every window belongs to a living thread, whose count of windows is right.
+//
 // M5  The focus of a thread is a window of that thread; so is its active window, which has no parent.
+//
 // M6  An owner is a window without parent, is not owned by what it owns, and its owned windows have no
-// parent. M7  A window has the state of its kind of control, and only that. M8  A selection lies inside its
-// text or rows; a row selected is a row that exists. M9  Every modal loop of a thread names a different
-// dialog.
+// parent.
+//
+// M7  A window has the state of its kind of control, and only that.
+//
+// M8  A selection lies inside its text or rows; a row selected is a row that exists.
+//
+// M9  Every modal loop of a thread names a different dialog.
 #pragma once
 
 #include <pthread.h>
