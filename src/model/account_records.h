@@ -3,9 +3,7 @@
 //
 // AccountSums, 388 bytes, the same in sako (from 127) and kred/debi (from 208):
 //      0   26  Vortrag            carried balance, Soll and Haben
-//     26   26  Slot0              what belongs to the end of the year; in a balance to a date only on the
-//     last
-//                                 day of month 12
+//     26   26  Slot0              end of the year; counts in a balance only to the last day of month 12
 //     52  312  Monat[12]          fiscal months 1 to 12; month 1 is the first of the fiscal year, not January
 //    364   24  Buchungszahl[12]   i16, number of postings of each fiscal month
 //
