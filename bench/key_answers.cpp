@@ -1,7 +1,8 @@
 // How long a key takes until the window shows what it did: the mean over some keys, each of which changes the
 // middle of the window.
 //   key_answers TITLE KEYS MEASURED_KEYS -- COMMAND ...
-// Both are keys with blanks between; the first ones are pressed before, one after the other. Prints the seconds.
+// Both are keys with blanks between; the first ones are pressed before, one after the other. Prints the
+// seconds.
 #include "bench/window_watch.h"
 
 #include <sstream>

@@ -1,8 +1,8 @@
 // How long a program takes until a person can use its window.
 //   until_usable TITLE [KEY ...] -- COMMAND ...
-// Starts COMMAND and waits until the window of that title has the keyboard and the middle of it is drawn; then
-// presses the keys and waits until COMMAND has ended by itself. Without keys it is over when it is drawn.
-// Prints the seconds.
+// Starts COMMAND and waits until the window of that title has the keyboard and the middle of it is drawn;
+// then presses the keys and waits until COMMAND has ended by itself. Without keys it is over when it is
+// drawn. Prints the seconds.
 #include "bench/window_watch.h"
 
 int main(int argumentCount, char **arguments)

@@ -48,10 +48,7 @@ Window FindActive(const Watched &watched)
     return Property(watched.Screen, active, "_NET_WM_NAME", utf8) == watched.Title ? active : None;
 }
 
-bool HasEnded(const Watched &watched, int &status)
-{
-    return waitpid(watched.Program, &status, WNOHANG) != 0;
-}
+bool HasEnded(const Watched &watched, int &status) { return waitpid(watched.Program, &status, WNOHANG) != 0; }
 
 bool IsOfOneColour(const std::vector<unsigned long> &pixels)
 {
@@ -105,8 +102,8 @@ std::vector<unsigned long> MiddleOf(const Watched &watched)
     if (XGetWindowAttributes(watched.Screen, watched.Shown, &place) == 0 || place.map_state != IsViewable)
         return pixels;
     XImage *image = XGetImage(watched.Screen, watched.Shown, place.width / 8, place.height / 4,
-                              static_cast<unsigned>(place.width / 2),
-                              static_cast<unsigned>(place.height / 2), AllPlanes, ZPixmap);
+                              static_cast<unsigned>(place.width / 2), static_cast<unsigned>(place.height / 2),
+                              AllPlanes, ZPixmap);
     if (image == nullptr) return pixels;
     for (int y = 0; y < image->height; ++y) {
         for (int x = 0; x < image->width; ++x) {

@@ -1,5 +1,6 @@
 // A program's window looked at and typed into from outside, so that programs of any make are measured alike.
-// Needs a display with a window manager. Whatever goes wrong ends the measuring program and the one it started.
+// Needs a display with a window manager. Whatever goes wrong ends the measuring program and the one it
+// started.
 #pragma once
 
 #include <X11/Xlib.h>

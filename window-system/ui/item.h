@@ -58,7 +58,7 @@ struct Item {
     GtkWidget *Inside = nullptr;  // holds the children
     GtkWidget *Buttons = nullptr; // of a message box
     GtkWidget *Partner = nullptr; // keeps a radio button a group of its own
-    GtkStringList *Strings = nullptr;
+    GListModel *Rows = nullptr;   // of a list, see row_model.h
     GtkSingleSelection *Selection = nullptr;
     PangoTabArray *Columns = nullptr; // of a list
     int FramesToScroll = 0;           // until a list knows how high its new rows are

@@ -1,9 +1,12 @@
 #include "window-system/ui/lists.h"
 
 #include <algorithm>
-#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "window-system/ui/labels.h"
+#include "window-system/ui/row_model.h"
 
 namespace ui {
 
@@ -37,15 +40,35 @@ void OnRowBind(GtkListItemFactory * /*factory*/, GtkListItem *row, Item *item)
     gtk_label_set_text(label, gtk_string_object_get_string(string));
 }
 
+// About how wide each letter is, by its first byte; 0 for a byte that goes on with the letter before.
+struct Weights {
+    uint8_t Of[256];
+};
+
+constexpr Weights MakeWeights()
+{
+    constexpr uint8_t narrow = 2, common = 4, wide = 5;
+    Weights weights = {};
+    for (int byte = 0; byte < 256; ++byte) {
+        weights.Of[byte] = (byte & 0xC0) == 0x80 ? 0 : common;
+    }
+    for (const char letter : std::string_view(" ijl.,:;'|!tfI")) {
+        weights.Of[static_cast<unsigned char>(letter)] = narrow;
+    }
+    for (const char letter : std::string_view("MWmw@")) {
+        weights.Of[static_cast<unsigned char>(letter)] = wide;
+    }
+    return weights;
+}
+
+constexpr Weights weightOf = MakeWeights();
+
 // About how wide a text is, without asking for its letters: enough to find the widest of many.
-int Weight(const char *text, size_t length)
+int Weight(std::string_view text)
 {
     int weight = 0;
-    for (size_t i = 0; i < length; ++i) {
-        if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue; // goes on with the letter before
-        weight += strchr(" ijl.,:;'|!tfI", text[i]) != nullptr ? 2
-                  : strchr("MWmw@", text[i]) != nullptr        ? 5
-                                                               : 4;
+    for (const char letter : text) {
+        weight += weightOf.Of[static_cast<unsigned char>(letter)];
     }
     return weight;
 }
@@ -55,19 +78,19 @@ std::vector<std::string> WidestTexts(const Item *item)
 {
     std::vector<std::string> widest(item->TabStops.size());
     std::vector<int> weights(item->TabStops.size(), 0);
-    const guint count = g_list_model_get_n_items(G_LIST_MODEL(item->Strings));
+    const guint count = g_list_model_get_n_items(item->Rows);
     for (guint i = 0; i < count; ++i) {
-        const char *at = gtk_string_list_get_string(item->Strings, i);
+        std::string_view rest = RowText(item->Rows, i);
         for (size_t column = 0; column < widest.size(); ++column) {
-            const char *tab = strchr(at, '\t');
-            if (tab == nullptr) break; // nothing stands behind the last column
-            const auto length = static_cast<size_t>(tab - at);
-            const int weight = Weight(at, length);
+            const size_t tab = rest.find('\t');
+            if (tab == std::string_view::npos) break; // nothing stands behind the last column
+            const std::string_view text = rest.substr(0, tab);
+            const int weight = Weight(text);
             if (weight > weights[column]) {
                 weights[column] = weight;
-                widest[column].assign(at, length);
+                widest[column] = text;
             }
-            at = tab + 1;
+            rest.remove_prefix(tab + 1);
         }
     }
     return widest;
@@ -136,8 +159,8 @@ void MakeList(Item *item)
     GtkListItemFactory *factory = gtk_signal_list_item_factory_new();
     g_signal_connect(factory, "setup", G_CALLBACK(OnRowSetup), item);
     g_signal_connect(factory, "bind", G_CALLBACK(OnRowBind), item);
-    item->Strings = gtk_string_list_new(nullptr);
-    item->Selection = gtk_single_selection_new(G_LIST_MODEL(g_object_ref(item->Strings)));
+    item->Rows = MakeRowModel();
+    item->Selection = gtk_single_selection_new(G_LIST_MODEL(g_object_ref(item->Rows)));
     gtk_single_selection_set_autoselect(item->Selection, FALSE);
     gtk_single_selection_set_can_unselect(item->Selection, TRUE);
     gtk_single_selection_set_selected(item->Selection, GTK_INVALID_LIST_POSITION);
@@ -151,20 +174,13 @@ void MakeList(Item *item)
     gtk_scrolled_window_set_child(scroller, item->Control);
 }
 
-void ShowRows(Item *item, const std::vector<std::string> &rows)
+void ShowRows(Item *item, FrameReader &reader, uint32_t count)
 {
-    std::vector<const char *> texts;
-    texts.reserve(rows.size() + 1);
-    for (const std::string &row : rows) {
-        texts.push_back(row.c_str());
-    }
-    texts.push_back(nullptr);
-    const guint before = g_list_model_get_n_items(G_LIST_MODEL(item->Strings));
     // Rows take their columns over as they come, so those have to be there first.
     gtk_single_selection_set_model(item->Selection, nullptr);
-    gtk_string_list_splice(item->Strings, 0, before, texts.data());
+    TakeRows(item->Rows, reader, count);
     SetColumns(item);
-    gtk_single_selection_set_model(item->Selection, G_LIST_MODEL(item->Strings));
+    gtk_single_selection_set_model(item->Selection, item->Rows);
     // They have no height before the next frame, and cannot be scrolled to.
     if (item->FramesToScroll == 0) gtk_widget_add_tick_callback(item->Control, OnFrame, item, nullptr);
     constexpr int framesUntilLaidOut = 2;
@@ -182,7 +198,7 @@ void ShowSelectedRow(Item *item)
 
 void ForgetRows(Item *item)
 {
-    g_clear_object(&item->Strings);
+    g_clear_object(&item->Rows);
     if (item->Columns != nullptr) pango_tab_array_free(item->Columns);
     item->Columns = nullptr;
 }

@@ -1,17 +1,14 @@
 // List boxes.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "window-system/ui/item.h"
 
 namespace ui {
 
 void MakeList(Item *item);
 
-// Shows other rows.
-void ShowRows(Item *item, const std::vector<std::string> &rows);
+// Shows other rows: `count` texts of a frame.
+void ShowRows(Item *item, FrameReader &reader, uint32_t count);
 
 // Selects the row that the model has selected and brings it into view; with the keyboard in the list, that
 // row has it.

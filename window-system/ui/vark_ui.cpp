@@ -472,31 +472,36 @@ void HearWindow(FrameReader &reader)
     ShowItem(item);
 }
 
+void ShowTabs(Item *item, const std::vector<std::string> &titles)
+{
+    auto *notebook = GTK_NOTEBOOK(item->Control);
+    while (gtk_notebook_get_n_pages(notebook) > 0) {
+        gtk_notebook_remove_page(notebook, -1);
+    }
+    for (const std::string &title : titles) {
+        gtk_notebook_append_page(notebook, gtk_box_new(GTK_ORIENTATION_VERTICAL, 0),
+                                 gtk_label_new(title.c_str()));
+    }
+}
+
 void HearRows(FrameReader &reader)
 {
     Item *item = FindItem(TakeU32(reader));
     const uint32_t count = TakeU32(reader);
+    if (item == nullptr) return;
+    if (item->What == Kind::ListBox) {
+        ShowRows(item, reader, count);
+        ShowValue(item);
+        return;
+    }
     std::vector<std::string> rows;
     for (uint32_t i = 0; i < count && !reader.Bad; ++i) {
         uint32_t length = 0;
         const char *text = TakeText(reader, length);
         rows.emplace_back(text, length);
     }
-    if (item == nullptr) return;
-    if (item->What == Kind::ListBox) {
-        ShowRows(item, rows);
-    } else if (item->What == Kind::ComboBox) {
-        ShowComboRows(item, rows);
-    } else if (item->What == Kind::TabControl) {
-        auto *notebook = GTK_NOTEBOOK(item->Control);
-        while (gtk_notebook_get_n_pages(notebook) > 0) {
-            gtk_notebook_remove_page(notebook, -1);
-        }
-        for (const std::string &row : rows) {
-            gtk_notebook_append_page(notebook, gtk_box_new(GTK_ORIENTATION_VERTICAL, 0),
-                                     gtk_label_new(row.c_str()));
-        }
-    }
+    if (item->What == Kind::ComboBox) ShowComboRows(item, rows);
+    if (item->What == Kind::TabControl) ShowTabs(item, rows);
     ShowValue(item);
 }
 
@@ -579,10 +584,9 @@ void HearTop(FrameReader &reader)
     if (focus->What == Kind::ListBox) ShowSelectedRow(focus);
 }
 
-void HearFrame(const std::string &frame)
+void HearFrame(const uint8_t *data, size_t size)
 {
-    const auto *data = reinterpret_cast<const uint8_t *>(frame.data());
-    FrameReader reader = {data, data + frame.size(), false};
+    FrameReader reader = {data, data + size, false};
     ++updating;
     switch (static_cast<ToScreen>(TakeU8(reader))) {
     case ToScreen::Window: HearWindow(reader); break;
@@ -622,7 +626,7 @@ ssize_t Receive(char *bytes, size_t size)
 gboolean OnSocket(int /*descriptor*/, GIOCondition /*condition*/, void * /*data*/)
 {
     static std::string in;
-    char bytes[65536];
+    static char bytes[256 * 1024]; // as much as the socket holds
     const ssize_t got = Receive(bytes, sizeof bytes);
     if (got < 0 && (errno == EAGAIN || errno == EINTR)) return TRUE;
     if (got <= 0) {
@@ -635,7 +639,7 @@ gboolean OnSocket(int /*descriptor*/, GIOCondition /*condition*/, void * /*data*
         uint32_t length = 0;
         memcpy(&length, in.data() + at, sizeof length);
         if (in.size() - at - 4 < length) break;
-        HearFrame(in.substr(at + 4, length));
+        HearFrame(reinterpret_cast<const uint8_t *>(in.data()) + at + 4, length);
         at += 4 + size_t{length};
     }
     in.erase(0, at);
@@ -689,6 +693,9 @@ int main()
     if (child != 0) _exit(child < 0 ? 1 : 0);
     setsid();
     g_set_prgname("vark-ui");
+    // Fields and lists are drawn in a few milliseconds without the graphics card, and getting that ready
+    // takes longer than all the rest of a dialog. Whoever wants it can have it.
+    g_setenv("GSK_RENDERER", "cairo", FALSE);
     if (gtk_init_check() == FALSE) return 1;
     GtkCssProvider *provider = gtk_css_provider_new();
     gtk_css_provider_load_from_data(provider, style, -1);
