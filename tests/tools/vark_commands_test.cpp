@@ -54,9 +54,12 @@ bool Contains(const std::string &text, const std::string &part)
 TEST_F(VarkCommands, HelpHasAnExampleAndTheExitCodesForEachCommand)
 {
     const std::vector<std::vector<std::string>> commands = {
-        {"status"}, {"mandanten"}, {"buchen"},      {"split"},           {"stapel"},
-        {"konten"}, {"saldo"},     {"konto-frei"},  {"journal"},         {"op"},
-        {"kurse"},  {"peko"},      {"peko", "neu"}, {"peko", "aendern"}, {"peko", "loeschen"},
+        {"status"},      {"mandanten"},       {"buchen"},
+        {"split"},       {"stapel"},          {"konten"},
+        {"saldo"},       {"konto-frei"},      {"journal"},
+        {"op"},          {"kurse"},           {"peko"},
+        {"peko", "neu"}, {"peko", "aendern"}, {"peko", "loeschen"},
+        {"waehlen"},     {"bericht", "susa"},
     };
     for (std::vector<std::string> command : commands) {
         const std::string name = command.back();
@@ -223,7 +226,7 @@ TEST_F(VarkCommands, ASplitBookingFromOptions)
                                  "8010;;1.000,00;Miete", "--teil", "8020;;115;\"Heizung; Strom\""});
     EXPECT_EQ(0, booked.ExitCode) << booked.Err;
     EXPECT_EQ("1 Splitbuchung in den Stapel geschrieben, 0 abgelehnt.\n", booked.Out);
-    EXPECT_TRUE(Contains(Batch(), "\n1;1;15.03.1998;S1;8010;1840;1.000,00;;;1.000,00;;3;Miete\n"
+    EXPECT_TRUE(Contains(Batch(), "\n1;1;15.03.1998;S1;8010;1840;1000,00;;;1000,00;;3;Miete\n"
                                   "1;2;15.03.1998;S1;8020;1840;115,00;15,00;1611;100,00;;3;\"Heizung; "
                                   "Strom\"\n"))
         << Batch();

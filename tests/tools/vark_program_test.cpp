@@ -79,7 +79,7 @@ TEST_F(VarkProgram, OneBookingFromOptionsComesBackFromTheStapel)
     EXPECT_EQ("1 Buchung in den Stapel geschrieben, 0 abgelehnt.\n", booked.Out);
     EXPECT_EQ("", booked.Err);
     EXPECT_EQ(std::string(csvHead) +
-                  "1;;15.03.1998;RE4711;10010;5010;1.150,00;15,00;2411;1.000,00;;1;Tische für Öl\n",
+                  "1;;15.03.1998;RE4711;10010;5010;1150,00;15,00;2411;1000,00;;1;Tische für Öl\n",
               Batch());
 }
 
@@ -135,9 +135,8 @@ TEST_F(VarkProgram, BadLinesOfAFileDoNotHoldUpGoodOnes)
     EXPECT_TRUE(result.Out.starts_with("2 Buchungen in den Stapel geschrieben, 9 abgelehnt.\n"))
         << result.Out;
     EXPECT_TRUE(Contains(result.Out, "     2  Das Buchungsdatum ist unzulässig!\n")) << result.Out;
-    EXPECT_EQ(std::string(csvHead) +
-                  "1;;15.04.1998;A1;10010;5010;116,00;16,00;2410;100,00;;1;gut\n"
-                  "2;;15.04.1998;A11;10010;5010;1.160,00;16,00;2410;1.000,00;;1;auch gut\n",
+    EXPECT_EQ(std::string(csvHead) + "1;;15.04.1998;A1;10010;5010;116,00;16,00;2410;100,00;;1;gut\n"
+                                     "2;;15.04.1998;A11;10010;5010;1160,00;16,00;2410;1000,00;;1;auch gut\n",
               Batch());
 }
 
@@ -276,6 +275,60 @@ TEST_F(VarkProgram, AStapelShowsAmountsAlignedAndCostsBelow)
         "2 Buchungen, zusammen brutto 2.011,60\n",
         Run({"stapel", "--mandant", "1", "16", "--kosten"}).Out);
     EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "1", "16", "--json"}).Out, "\"brutto\": \"2000.00\","));
+}
+
+TEST_F(VarkProgram, CsvHasPlainAmountsInCostLinesAsWell)
+{
+    BookCsv("Datum;Beleg;Sollkonto;Habenkonto;Betrag;Text\n"
+            "15.04.1998;R1;8010;70040;-12.000,00;Miete zurück\n");
+    EXPECT_EQ(std::string(csvHead) + "1;;15.04.1998;R1;8010;70040;-12000,00;;;-12000,00;;3;Miete zurück\n"
+                                     ";;;;;;;;;-2400,00;;;· Kosten 100 Kontor\n"
+                                     ";;;;;;;;;-6600,00;;;· Kosten 300 Halle Nord\n"
+                                     ";;;;;;;;;-3000,00;;;· Kosten 420 Ladenfläche\n",
+              Batch({"--kosten"}));
+    EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "1", "16"}).Out, "-12.000,00"));
+    EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "1", "16", "--json"}).Out, "\"betrag\": \"-2400.00\","));
+}
+
+TEST_F(VarkProgram, AWrongCommandLineIsToldInGermanAndEndsWithTwo)
+{
+    const auto expect = [this](std::vector<std::string> arguments, const std::string &text) {
+        const Result result = Run(std::move(arguments));
+        EXPECT_EQ(2, result.ExitCode);
+        EXPECT_EQ("", result.Out);
+        EXPECT_EQ("vark: " + text + "\nMehr dazu: vark --hilfe\n", result.Err);
+    };
+    expect({}, "Es fehlt der Befehl.");
+    expect({"buch"}, "Unbekannte Angabe: buch");
+    expect({"status", "--quer"}, "Unbekannte Angabe: --quer");
+    expect({"stapel"}, "Es fehlt die Angabe --mandant.");
+    expect({"stapel", "--mandant"}, "Zu --mandant fehlt ein Wert, oder er ist zu viel.");
+    expect({"stapel", "--mandant", "eins"}, "Unzulässiger Wert: --mandant = eins");
+    expect({"stapel", "--mandant", "99999999999"}, "Unzulässiger Wert: --mandant = 99999999999");
+    expect({"stapel", "--mandant", "1", "--csv", "--json"},
+           "Diese Angaben passen nicht zusammen: --csv und --json.");
+    expect({"kurse", "--mandant", "1", "--kurs", "1,82"}, "Die Angabe --kurs gibt es nur mit --neu.");
+    expect({"waehlen", "geld"},
+           "Unzulässiger Wert: WAS: „geld“ statt mandant, stapel, konto, zahlungsziel oder kostenschablone");
+    expect({"waehlen", "konto", "--mandant", "0"},
+           "Unzulässiger Wert: --mandant: „0“ ist keine Zahl von 1 bis 32767");
+    expect({"waehlen", "konto", "--mandant", "32768"},
+           "Unzulässiger Wert: --mandant: „32768“ ist keine Zahl von 1 bis 32767");
+}
+
+TEST_F(VarkProgram, HelpNamesTheCommandsAndTheExitCodes)
+{
+    for (const char *word : {"--hilfe", "-h", "--help"}) {
+        const Result help = Run({word});
+        EXPECT_EQ(0, help.ExitCode);
+        EXPECT_EQ("", help.Err);
+        for (const char *expected :
+             {"Aufruf: vark", "buchen", "stapel", "status", "etwa: vark buchen --hilfe",
+              "Rückgabe: 0 gut, 1 etwas wurde abgelehnt, 2 falscher Aufruf, 3 Bücher oder Bibliothek nicht "
+              "benutzbar"}) {
+            EXPECT_TRUE(Contains(help.Out, expected)) << word << ": " << expected;
+        }
+    }
 }
 
 TEST_F(VarkProgram, TheListOfStapelCountsTheirBookings)

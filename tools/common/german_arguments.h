@@ -46,6 +46,22 @@ inline CLI::Validator NumberFrom(int64_t low, int64_t high)
         "");
 }
 
+// Refuses what is none of `words`.
+inline CLI::Validator OneOf(std::vector<std::string> words)
+{
+    return CLI::Validator(
+        [words = std::move(words)](const std::string &text) -> std::string {
+            std::string known;
+            for (const std::string &word : words) {
+                if (word == text) return {};
+                if (!known.empty()) known += &word == &words.back() ? " oder " : ", ";
+                known += word;
+            }
+            return "„" + text + "“ statt " + known;
+        },
+        "");
+}
+
 // A command with the look of its program, which must have been made German before.
 inline CLI::App *AddCommand(CLI::App &app, const char *name, const char *description)
 {
@@ -68,7 +84,7 @@ inline std::string GermanReason(const CLI::App &app, const CLI::ParseError &erro
     if (is(static_cast<const CLI::ExtrasError *>(nullptr))) return "Unbekannte Angabe: " + behindColon();
     if (is(static_cast<const CLI::RequiredError *>(nullptr))) {
         if (!app.remaining().empty()) return "Unbekannte Angabe: " + app.remaining().front();
-        const std::string what = english.substr(0, english.find(' '));
+        const std::string what = english.substr(0, english.find(' ')); // "A subcommand is required"
         return what == "A" ? "Es fehlt der Befehl." : "Es fehlt die Angabe " + what + ".";
     }
     if (is(static_cast<const CLI::ArgumentMismatch *>(nullptr))) {
@@ -77,10 +93,13 @@ inline std::string GermanReason(const CLI::App &app, const CLI::ParseError &erro
     }
     if (is(static_cast<const CLI::ConversionError *>(nullptr))) return "Unzulässiger Wert: " + behindColon();
     if (is(static_cast<const CLI::ValidationError *>(nullptr))) return "Unzulässiger Wert: " + english;
-    if (is(static_cast<const CLI::ExcludesError *>(nullptr)) ||
-        is(static_cast<const CLI::RequiresError *>(nullptr))) {
-        return "Diese Angaben passen nicht zusammen: " + english;
-    }
+    // "--kurs requires --neu", "--json excludes --csv"
+    const std::string first = english.substr(0, english.find(' '));
+    const std::string second = english.substr(english.rfind(' ') + 1);
+    if (is(static_cast<const CLI::RequiresError *>(nullptr)))
+        return "Die Angabe " + first + " gibt es nur mit " + second + ".";
+    if (is(static_cast<const CLI::ExcludesError *>(nullptr)))
+        return "Diese Angaben passen nicht zusammen: " + first + " und " + second + ".";
     return "Die Angaben sind nicht zu verstehen: " + english;
 }
 

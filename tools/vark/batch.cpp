@@ -9,6 +9,7 @@
 #include "tools/common/text_table.h"
 #include "tools/common/texts.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iostream>
 #include <stdexcept>
@@ -39,25 +40,18 @@ struct Booking {
     std::vector<std::vector<KobuRecord>> Costs; // of each part
 };
 
-std::string AmountOf(const AmountText &field)
+// People get "1.234,50", CSV "1234,50", JSON "1234.50".
+std::string AmountOf(const AmountText &field, Output as)
 {
-    FormattedAmount text{};
-    std::memcpy(text, field, sizeof field);
-    if (text[0] == 0) std::memcpy(text, zeroAmount, sizeof zeroAmount);
-    GroupAmount(text);
-    return text;
-}
-
-// For machines: a plain number with a point.
-std::string PlainAmount(const AmountText &field)
-{
-    const int64_t pfennig = MagnitudeOf(field);
-    std::string text = field[amountMark] == '-' ? "-" : "";
-    text += std::to_string(pfennig / 100);
-    text += '.';
-    text += static_cast<char>('0' + pfennig % 100 / 10);
-    text += static_cast<char>('0' + pfennig % 10);
-    return text;
+    constexpr int plain = 2;
+    constexpr int grouped = 3;
+    AmountText amount;
+    std::memcpy(amount, field, sizeof amount);
+    FormattedAmount text;
+    FormatAmount(as == Output::Table ? grouped : plain, amount, text);
+    std::string shown = text;
+    if (as == Output::Json) std::replace(shown.begin(), shown.end(), ',', '.');
+    return shown;
 }
 
 std::string RateOf(const RateText &field)
@@ -156,9 +150,9 @@ void AddRows(TextTable &table, const Booking &booking, const BatchOptions &optio
         table.Add(
             {number, booking.Parts.size() > 1 ? std::to_string(i + 1) : "",
              DayText(booking.Head.Buchungsdatum, firstMonth), FieldText(booking.Head.Beleg),
-             KontoText(part.Sollkonto), KontoText(part.Habenkonto), AmountOf(part.Brutto),
+             KontoText(part.Sollkonto), KontoText(part.Habenkonto), AmountOf(part.Brutto, options.As),
              KontoText(part.Steuerkonto).empty() ? "" : RateOf(part.Steuersatz), KontoText(part.Steuerkonto),
-             AmountOf(part.Netto), isForeign ? FieldText(booking.Head.Waehrung) : "",
+             AmountOf(part.Netto, options.As), isForeign ? FieldText(booking.Head.Waehrung) : "",
              booking.Costs[i].empty() ? "" : std::to_string(booking.Costs[i].size()), FieldText(part.Text)});
         if (!options.WithCosts) continue;
         for (const KobuRecord &line : booking.Costs[i]) {
@@ -170,7 +164,7 @@ void AddRows(TextTable &table, const Booking &booking, const BatchOptions &optio
             }
             text += ' ';
             text += FieldText(line.Text);
-            table.Add({"", "", "", "", "", "", "", "", "", AmountOf(line.Betrag), "", "", text});
+            table.Add({"", "", "", "", "", "", "", "", "", AmountOf(line.Betrag, options.As), "", "", text});
         }
     }
 }
@@ -204,7 +198,7 @@ void PutBooking(JsonWriter &json, const Booking &booking, int firstMonth)
     Put(json, "kennzeichen", static_cast<int>(head.Kennzeichen));
     Put(json, "zahlungsziel", head.Zahlungsziel);
     Put(json, "waehrung", FieldText(head.Waehrung));
-    if (head.Waehrung[0] != 0) Put(json, "waehrungsbetrag", PlainAmount(head.Waehrungsbetrag));
+    if (head.Waehrung[0] != 0) Put(json, "waehrungsbetrag", AmountOf(head.Waehrungsbetrag, Output::Json));
     Put(json, "teilbuchungen");
     json.StartArray();
     for (size_t i = 0; i < booking.Parts.size(); ++i) {
@@ -212,8 +206,8 @@ void PutBooking(JsonWriter &json, const Booking &booking, int firstMonth)
         json.StartObject();
         Put(json, "sollkonto", KontoText(part.Sollkonto));
         Put(json, "habenkonto", KontoText(part.Habenkonto));
-        Put(json, "brutto", PlainAmount(part.Brutto));
-        Put(json, "netto", PlainAmount(part.Netto));
+        Put(json, "brutto", AmountOf(part.Brutto, Output::Json));
+        Put(json, "netto", AmountOf(part.Netto, Output::Json));
         Put(json, "steuersatz", PlainRate(part.Steuersatz));
         Put(json, "steuerkonto", KontoText(part.Steuerkonto));
         Put(json, "steuerschluessel", static_cast<int>(part.Steuerschluessel));
@@ -226,7 +220,7 @@ void PutBooking(JsonWriter &json, const Booking &booking, int firstMonth)
             json.StartObject();
             Put(json, "kostenobjekt1", KontoText(line.Kostenobjekt1));
             Put(json, "kostenobjekt2", KontoText(line.Kostenobjekt2));
-            Put(json, "betrag", PlainAmount(line.Betrag));
+            Put(json, "betrag", AmountOf(line.Betrag, Output::Json));
             Put(json, "haben", (line.Flag & KobuHaben) != 0);
             Put(json, "text", FieldText(line.Text));
             json.EndObject();
@@ -325,7 +319,7 @@ int ShowBatch(const BatchOptions &options)
     AmountText total{};
     std::cout << '\n'
               << Grouped(foot.Bookings) << (foot.Bookings == 1 ? " Buchung" : " Buchungen")
-              << ", zusammen brutto " << AmountOf(PutSigned(total, foot.Brutto)) << '\n';
+              << ", zusammen brutto " << AmountOf(PutSigned(total, foot.Brutto), options.As) << '\n';
     return ExitGood;
 }
 

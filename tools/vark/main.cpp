@@ -238,9 +238,9 @@ void AddPick(Program &program)
                     [&pick] { return cli::Pick(pick); });
     pickDialog->add_option("WAS", pick.What, "mandant, stapel, konto, zahlungsziel oder kostenschablone")
         ->required()
-        ->check(CLI::IsMember({"mandant", "stapel", "konto", "zahlungsziel", "kostenschablone"}));
+        ->check(tools::OneOf({"mandant", "stapel", "konto", "zahlungsziel", "kostenschablone"}));
     pickDialog->add_option("--mandant", pick.Mandant, "Nummer des Mandanten, sonst 1")
-        ->check(CLI::Range(1, 32767));
+        ->check(tools::NumberFrom(1, INT16_MAX));
     pickDialog->add_option("--art", pick.Kontoart,
                            "bei konto: 1 Sachkonten (sonst), 2 Kreditoren, 4 Debitoren, 8 Kostenstellen");
     pickDialog->add_option("--von", pick.From, "bei konto: kleinste Nummer");
@@ -344,8 +344,10 @@ void AddReports(Program &program)
         balances->add_flag("--anzeigen", report.Shows, "in einem Fenster, bis es geschlossen wird");
     balances->add_flag("--drucken", report.Prints, "auf dem Drucker")->excludes(shows);
     balances->add_flag("--dialog", report.Asks, "vorher im Dialog des Berichts fragen");
-    balances->footer("Beispiele:\n  vark bericht susa --mandant 1 --per 31.3.98\n"
-                     "  vark bericht susa --mandant 1 --per 31.3.98 --art Debitoren --pdf susa.pdf");
+    balances->footer(
+        std::string("Beispiele:\n  vark bericht susa --mandant 1 --per 31.3.98\n"
+                    "  vark bericht susa --mandant 1 --per 31.3.98 --art Debitoren --pdf susa.pdf\n\n") +
+        exitCodes);
     program.Commands.push_back({balances, [&report] { return cli::MakeSummenSaldenListe(report); }});
 }
 
