@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace wbtrv {
@@ -158,15 +160,31 @@ bool CountPage(Walk *walk, uint64_t number, unsigned depth)
     return whole;
 }
 
+bool ReadFacts(int fd, const char *path, int flags, BooksFacts *facts)
+{
+    struct statx found;
+    if (statx(fd, path, flags, STATX_TYPE | STATX_INO | STATX_NLINK | STATX_SIZE, &found) != 0) return false;
+    *facts = {makedev(found.stx_dev_major, found.stx_dev_minor), found.stx_ino, found.stx_nlink,
+              static_cast<int64_t>(found.stx_size)};
+    return true;
+}
+
 } // namespace
+
+bool ReadFacts(int fd, BooksFacts *facts) { return ReadFacts(fd, "", AT_EMPTY_PATH, facts); }
+
+bool ReadFacts(const char *path, BooksFacts *facts)
+{
+    return ReadFacts(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, facts);
+}
 
 bool IsUnfinished(int fd)
 {
     MetaPage first;
-    struct stat found;
-    if (fstat(fd, &found) != 0 || !ReadAt(fd, &first, sizeof first, 0)) return false;
+    BooksFacts found;
+    if (!ReadFacts(fd, &found) || !ReadAt(fd, &first, sizeof first, 0)) return false;
     const bool untouched = first.Magic == metaMagic && first.Version == metaVersion && first.Transaction == 0;
-    return untouched && found.st_size < 2 * int64_t{first.Free.PageSize};
+    return untouched && found.Size < 2 * int64_t{first.Free.PageSize};
 }
 
 bool OnlyFreePagesMissing(int fd)
@@ -175,9 +193,9 @@ bool OnlyFreePagesMissing(int fd)
     // needed if others wrote faster than the list can be read.
     for (unsigned attempt = 0; attempt < 3; ++attempt) {
         MetaPage meta;
-        struct stat found;
-        if (!ReadNewestMeta(fd, &meta) || fstat(fd, &found) != 0) return false;
-        Walk walk{fd, meta.Free.PageSize, static_cast<uint64_t>(found.st_size) / meta.Free.PageSize,
+        BooksFacts found;
+        if (!ReadNewestMeta(fd, &meta) || !ReadFacts(fd, &found)) return false;
+        Walk walk{fd, meta.Free.PageSize, static_cast<uint64_t>(found.Size) / meta.Free.PageSize,
                   meta.LastPage, 0};
         if (walk.LastPage < walk.Pages) return true;
         const bool read = meta.Free.Root == noPage || CountPage(&walk, meta.Free.Root, 0);

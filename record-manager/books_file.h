@@ -1,7 +1,24 @@
 // A look at the books' file as bytes, without the store and so without its map.
 #pragma once
 
+#include <cstdint>
+#include <sys/types.h>
+
 namespace wbtrv {
+
+// Which file it is and how long. Its times are left out: once somebody has seen them the next write of the
+// file sets new ones, and making that write durable then takes one more write, that of the inode.
+struct BooksFacts {
+    dev_t Device;
+    ino_t Inode;
+    uint32_t Links;
+    int64_t Size;
+};
+
+// Facts of an open file, or of the one at a path, where a symbolic link stands for itself. False with errno
+// set.
+bool ReadFacts(int fd, BooksFacts *facts);
+bool ReadFacts(const char *path, BooksFacts *facts);
 
 // Whether every page that the file is too short to hold is a free one. The store numbers its pages before it
 // writes them, and one that was freed in the same transaction is never written; so a short file may still be

@@ -1,9 +1,10 @@
 #include "record-manager/spare_pages.h"
 
+#include "record-manager/books_file.h"
+
 #include <cstddef>
 #include <cstring>
 #include <lmdb.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace wbtrv {
@@ -25,9 +26,9 @@ char spareKey[] = "!spare";
 bool LengthenFile(int fd, uint64_t pages, size_t pageSize)
 {
     const auto wanted = static_cast<off_t>(pages * pageSize);
-    struct stat found;
-    if (fstat(fd, &found) != 0) return false;
-    return found.st_size >= wanted || ftruncate(fd, wanted) == 0;
+    BooksFacts found;
+    if (!ReadFacts(fd, &found)) return false;
+    return found.Size >= wanted || ftruncate(fd, wanted) == 0;
 }
 
 } // namespace

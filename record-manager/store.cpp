@@ -196,15 +196,15 @@ int16_t CheckFormat(Store *store, bool create)
 // signal.
 int16_t CheckLength(const Store *store)
 {
-    struct stat found;
+    BooksFacts found;
     MDB_envinfo info;
     MDB_stat shape;
-    if (fstat(store->PresenceFd, &found) != 0) return BtrStatusIoError;
+    if (!ReadFacts(store->PresenceFd, &found)) return BtrStatusIoError;
     if (mdb_env_info(store->Environment, &info) != 0 || mdb_env_stat(store->Environment, &shape) != 0) {
         return BtrStatusIoError;
     }
     const uint64_t needed = (uint64_t{info.me_last_pgno} + 1) * shape.ms_psize;
-    if (static_cast<uint64_t>(found.st_size) >= needed) return BtrStatusOk;
+    if (static_cast<uint64_t>(found.Size) >= needed) return BtrStatusOk;
     return OnlyFreePagesMissing(store->PresenceFd) ? BtrStatusOk : BtrStatusForeignFile;
 }
 
@@ -244,12 +244,12 @@ int16_t SetUp(Store *store, const char *directory, bool create)
 {
     const bool alone = !store->ReadOnly &&
                        TryLock(store->PresenceFd, LockKind::Write, presenceOffset, 1) == LockResult::Granted;
-    struct stat found;
-    if (fstat(store->PresenceFd, &found) != 0) return BtrStatusIoError;
-    store->Device = found.st_dev;
-    store->Inode = found.st_ino;
-    const bool unfinished = found.st_size != 0 && IsUnfinished(store->PresenceFd);
-    const bool empty = found.st_size == 0 || unfinished;
+    BooksFacts found;
+    if (!ReadFacts(store->PresenceFd, &found)) return BtrStatusIoError;
+    store->Device = found.Device;
+    store->Inode = found.Inode;
+    const bool unfinished = found.Size != 0 && IsUnfinished(store->PresenceFd);
+    const bool empty = found.Size == 0 || unfinished;
     if (empty && (!create || !alone)) return BtrStatusForeignFile;
     if (unfinished && ftruncate(store->PresenceFd, 0) != 0) return StatusOf(errno);
 
@@ -371,9 +371,9 @@ void CloseIdle()
     unsigned idle = 0;
     for (Store **link = &stores; *link != nullptr;) {
         Store *store = *link;
-        struct stat found;
-        const bool stays = store->Users > 0 || (!store->Dead && fstat(store->PresenceFd, &found) == 0 &&
-                                                found.st_nlink > 0 && ++idle <= limits.IdleStores);
+        BooksFacts found;
+        const bool stays = store->Users > 0 || (!store->Dead && ReadFacts(store->PresenceFd, &found) &&
+                                                found.Links > 0 && ++idle <= limits.IdleStores);
         if (stays) {
             link = &store->Next;
             continue;
@@ -388,10 +388,10 @@ Store *TakeKnown(const char *directory)
 {
     char path[BtrPathSize + sizeof booksName + 1];
     snprintf(path, sizeof path, "%s/%s", directory, booksName);
-    struct stat found;
-    if (lstat(path, &found) != 0) return nullptr;
+    BooksFacts found;
+    if (!ReadFacts(path, &found)) return nullptr;
     Store **link = &stores;
-    while (*link != nullptr && ((*link)->Inode != found.st_ino || (*link)->Device != found.st_dev)) {
+    while (*link != nullptr && ((*link)->Inode != found.Inode || (*link)->Device != found.Device)) {
         link = &(*link)->Next;
     }
     Store *store = *link;
@@ -439,9 +439,8 @@ int OpenLockDescription(const Store *store)
 {
     const int fd =
         openat(store->DirectoryFd, booksName, O_CLOEXEC | O_NOFOLLOW | (store->ReadOnly ? O_RDONLY : O_RDWR));
-    struct stat found;
-    if (fd >= 0 &&
-        (fstat(fd, &found) != 0 || found.st_ino != store->Inode || found.st_dev != store->Device)) {
+    BooksFacts found;
+    if (fd >= 0 && (!ReadFacts(fd, &found) || found.Inode != store->Inode || found.Device != store->Device)) {
         close(fd);
         errno = ENOENT;
         return -1;
@@ -861,12 +860,12 @@ void GoOn(const Store *store)
 bool IsDiskFull(const Store *store)
 {
     const uint8_t page[4096] = {};
-    struct stat found;
-    if (fstat(store->PresenceFd, &found) != 0) return false;
-    const ssize_t written = pwrite(store->PresenceFd, page, sizeof page, found.st_size);
+    BooksFacts found;
+    if (!ReadFacts(store->PresenceFd, &found)) return false;
+    const ssize_t written = pwrite(store->PresenceFd, page, sizeof page, found.Size);
     const bool full =
         written < 0 ? StatusOf(errno) == BtrStatusDiskFull : static_cast<size_t>(written) < sizeof page;
-    if (written > 0) (void)!ftruncate(store->PresenceFd, found.st_size);
+    if (written > 0) (void)!ftruncate(store->PresenceFd, found.Size);
     return full;
 }
 
