@@ -181,11 +181,13 @@ bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName, 
         char path[longestKey + 1] = {};
         char nothing[1] = {};
         const bool fits = TablePath(context, table, yearName, path, longestPath + 1);
+        char sent[sizeof path];
+        std::memcpy(sent, path, sizeof sent);
         const int16_t status =
-            fits ? CallEngine(engineOpen, context.PositionBlocks[slot], nothing, nullptr, path, 1)
+            fits ? CallEngine(engineOpen, context.PositionBlocks[slot], nothing, nullptr, sent, 1)
                  : statusFileNotFound;
         if (status != statusOk) {
-            char shown[longestKey + 1];
+            char shown[sizeof path];
             PathForMessage(path, shown, sizeof shown);
             ReportStatus(status, shown);
             CloseTable(context, table);

@@ -3,6 +3,7 @@
 
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
+#include "tests/support/alloc_faults.h"
 #include "tests/support/books.h"
 #include "tests/window-system/front_end_setup.h"
 
@@ -59,6 +60,33 @@ TEST_F(Lifecycle, WithoutARecordManagerTheStateIsMinus3)
     Ini("tolka.ini", "[TOLKA]\nPfad32=" + (frontEnd.Directory / "DB").string() + "\n");
     EXPECT_EQ(-3, VARK_Status());
     EXPECT_EQ(-3, VARK_ExistiertKonto(1, "1200", 1));
+    EXPECT_EQ("", frontEnd.Log());
+}
+
+TEST_F(Lifecycle, TheRecordManagerIsLookedForInTheDirectoryOfTheOwnIniFile)
+{
+    // One without its entry, which ends the search: so it was looked at.
+    const fs::path other = frontEnd.Directory / "engine";
+    fs::create_directory(other);
+    fs::copy_file(fs::path(STAND_INS) / "without_entry/libwbtrv32.so", other / "libwbtrv32.so");
+    Ini("vark.ini", "[VARK]\nPfad=/c/X/DB\nDLLPfad=" + other.string() + "\n");
+    EXPECT_EQ(-3, VARK_Status());
+    EXPECT_EQ(other.string(), DllPath);
+}
+
+TEST_F(Lifecycle, WithoutMemoryForAContextAnExportAnswersMinus42)
+{
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
+    ASSERT_EQ(1, VARK_Status());
+    FailAllocation(1);
+    EXPECT_EQ(-42, VARK_ExistiertKonto(1, "1200", 1));
+    FailAllocation(1);
+    EXPECT_EQ(nullptr, VARK_Kontenplan(1, nullptr, nullptr));
+    FailAllocation(1);
+    VARK_SchliesseDB();
+    StopAllocationFaults();
+    EXPECT_EQ(nullptr, ThreadSlotValue());
+    EXPECT_EQ(1, VARK_Status());
     EXPECT_EQ("", frontEnd.Log());
 }
 
@@ -122,6 +150,14 @@ TEST_F(Lifecycle, ReportPathEndsInASeparator)
     Ini("tolka.ini", "[TOLKA]\nReportPfad=/other\n");
     EXPECT_EQ(1, VARK_Status());
     EXPECT_STREQ("/R/", ReportPath);
+}
+
+TEST_F(Lifecycle, LongestReportPathHasRoomForItsSeparator)
+{
+    const std::string path = "/" + std::string(maxPath - 3, 'r');
+    Ini("vark.ini", "[VARK]\nPfad=/c/DB\nReportPfad=" + path + "\n");
+    EXPECT_EQ(1, VARK_Status());
+    EXPECT_EQ(path + "/", ReportPath);
 }
 
 TEST_F(Lifecycle, ReportPathOfTheAccountingApplicationIsTakenNext)
@@ -199,6 +235,7 @@ TEST_F(Lifecycle, ContextStartsUnbound)
     ThreadContext *context = nullptr;
     ASSERT_EQ(1, EnterExport(context));
     EXPECT_EQ(-1, context->CurrentMandant);
+    EXPECT_EQ(-1, context->CursorKind);
     EXPECT_STREQ("/", context->YearDirectory);
     EXPECT_STREQ("", context->WorkYear);
     EXPECT_EQ(0, context->ShowMessages);
@@ -264,6 +301,19 @@ TEST_F(OpenBooks, ChildProcessStartsAfresh)
     ASSERT_EQ(child, waitpid(child, &status, 0));
     EXPECT_EQ(0, status);
     EXPECT_EQ(1, VARK_ExistiertKonto(1, "1200", 1)) << "the parent goes on with what it had";
+}
+
+TEST_F(OpenBooks, ThreadThatEndsFreesItsContextAndTheSplitBegunInIt)
+{
+    ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
+    const long before = LiveAllocations();
+    std::thread([] {
+        ASSERT_EQ(1, VARK_SplitStart(1, 16, "15.03.1998", "S1", 0));
+        for (int i = 0; i < 11; ++i) {
+            ASSERT_EQ(1, VARK_SplitEinfuegen("1200", 1, "8400", 1, "1,00", "", "", ""));
+        }
+    }).join();
+    EXPECT_EQ(before, LiveAllocations());
 }
 
 TEST_F(OpenBooks, ThreadThatEndsGivesEverythingBack)
