@@ -199,6 +199,19 @@ Written WriteFile(const View &view, FileKind kind, const char *path, bool mayRep
 
 } // namespace
 
+const char *TitleOf(const View &view)
+{
+    return view.Of->Def.Title[0] != 0 ? view.Of->Def.Title : view.Of->Def.ReportId;
+}
+
+void NameForFile(const View &view, char (&name)[maxViewTitle])
+{
+    text::CopyText(name, TitleOf(view));
+    for (char *letter = name; *letter != 0; ++letter) {
+        if (*letter == '/' || static_cast<unsigned char>(*letter) < ' ') *letter = '-';
+    }
+}
+
 bool ExportView(const View &view, const char *path)
 {
     if (path == nullptr) path = "";

@@ -8,6 +8,12 @@
 
 namespace rs {
 
+// What the report is called, never empty; UTF-8.
+const char *TitleOf(const View &view);
+
+// The same as a file can be called.
+void NameForFile(const View &view, char (&name)[maxViewTitle]);
+
 // Writes the view to `path` by its extension; false on failure, which has been told.
 bool ExportView(const View &view, const char *path);
 

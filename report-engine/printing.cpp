@@ -36,19 +36,13 @@ constexpr char filePrefix[] = "datei:";
 constexpr size_t prefixLength = sizeof filePrefix - 1;
 constexpr int lastNumber = 99'999;
 
-const char *TitleOf(const View &view)
+// False when there is no room.
+bool Append(char (&path)[PATH_MAX], size_t &used, const char *text)
 {
-    return view.Of->Def.Title[0] != 0 ? view.Of->Def.Title : view.Of->Def.ReportId;
-}
-
-// Appends, with what cannot stand in a file name replaced if `isName`. False when there is no room.
-bool Append(char (&path)[PATH_MAX], size_t &used, const char *text, bool isName)
-{
-    for (; *text != 0; ++text) {
-        if (used + 1 >= sizeof path) return false;
-        path[used++] = isName && (*text == '/' || static_cast<unsigned char>(*text) < ' ') ? '-' : *text;
-    }
-    path[used] = 0;
+    const size_t length = std::strlen(text);
+    if (used + length >= sizeof path) return false;
+    std::memcpy(path + used, text, length + 1);
+    used += length;
     return true;
 }
 
@@ -65,13 +59,15 @@ bool ExpandPattern(const char *pattern, const View &view, int number, char (&pat
         const char *Name;
         const char *Value;
     };
-    const Place places[] = {{"{bericht}", TitleOf(view)}, {"{datum}", day}, {"{nummer}", digits}};
+    char name[maxViewTitle];
+    NameForFile(view, name);
+    const Place places[] = {{"{bericht}", name}, {"{datum}", day}, {"{nummer}", digits}};
     size_t used = 0;
     path[0] = 0;
     hasNumber = false;
     const char *home = secure_getenv("HOME");
     if (pattern[0] == '~' && pattern[1] == '/' && home != nullptr) {
-        if (!Append(path, used, home, false)) return false;
+        if (!Append(path, used, home)) return false;
         ++pattern;
     }
     while (*pattern != 0) {
@@ -80,12 +76,12 @@ bool ExpandPattern(const char *pattern, const View &view, int number, char (&pat
             if (std::strncmp(pattern, place.Name, std::strlen(place.Name)) == 0) found = &place;
         }
         const char letter[2] = {*pattern, 0};
-        if (!Append(path, used, found != nullptr ? found->Value : letter, found != nullptr)) return false;
+        if (!Append(path, used, found != nullptr ? found->Value : letter)) return false;
         if (found != nullptr && found->Value == digits) hasNumber = true;
         pattern += found != nullptr ? std::strlen(found->Name) : 1;
     }
     const bool isPdf = used >= 4 && std::strcmp(path + used - 4, ".pdf") == 0;
-    return isPdf || Append(path, used, ".pdf", false);
+    return isPdf || Append(path, used, ".pdf");
 }
 
 // Prints into a file; `reason` says why not.

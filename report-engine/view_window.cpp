@@ -1,6 +1,7 @@
 #include "report-engine/view_window.h"
 
 #include "report-engine/handles.h"
+#include "report-engine/view_bar.h"
 #include "text/windows1252.h"
 
 #include <algorithm>
@@ -24,9 +25,7 @@ constexpr UINT showMessage = WM_APP + 1; // handled first by a thread that comes
 
 constexpr double naturalPixelsPerUnit = 96.0 / 2540.0;
 constexpr LONG paperGap = 12; // around pages
-constexpr LONG barHeight = 38;
 constexpr LONG stateHeight = 24;
-constexpr LONG controlHeight = 28;
 constexpr LONG lineStep = 60;
 constexpr LONG defaultWidth = 940;
 constexpr LONG defaultHeight = 900;
@@ -34,38 +33,6 @@ constexpr LONG defaultHeight = 900;
 constexpr int percents[] = {25, 50, 75, 100, 125, 150, 200, 300, 400};
 constexpr int percentCount = sizeof percents / sizeof percents[0];
 constexpr int fitRows = 2; // of the zoom list, before the percents
-
-// A control of the tool bar, from the left; a negative Left is counted from the right edge.
-struct BarControl {
-    int Id;
-    const char *Class;
-    const char *Text; // of an icon button: its name, a tab, the icon
-    LONG Left;
-    LONG Width;
-    DWORD Style;
-};
-
-constexpr DWORD iconStyle = BS_PUSHBUTTON | BS_ICON | WS_TABSTOP;
-
-const BarControl barControls[] = {
-    {previousButton, "Button", "Vorherige Seite (Bild auf)\tgo-previous-symbolic", 6, 32, iconStyle},
-    {pageEdit, "Edit", "", 40, 56, ES_NUMBER | ES_RIGHT | WS_BORDER | WS_TABSTOP},
-    {pageCountText, "Static", "", 102, 70, SS_LEFT},
-    {nextButton, "Button",
-     "N\xE4"
-     "chste Seite (Bild ab)\tgo-next-symbolic",
-     174, 32, iconStyle},
-    {smallerButton, "Button", "Kleiner (–)\tzoom-out-symbolic"_w, 222, 32, iconStyle},
-    {zoomList, "ComboBox", "", 256, 132, CBS_DROPDOWNLIST | WS_TABSTOP},
-    {largerButton, "Button", "Größer (+)\tzoom-in-symbolic"_w, 390, 32, iconStyle},
-    {searchText, "Static", "Suchen:", 438, 60, SS_RIGHT},
-    {searchEdit, "Edit", "", 504, 170, ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP},
-    {searchBackButton, "Button", "Rückwärts suchen (Umschalt+F3)\tgo-up-symbolic"_w, 676, 32, iconStyle},
-    {searchNextButton, "Button", "Weitersuchen (F3)\tgo-down-symbolic", 708, 32, iconStyle},
-    {copyButton, "Button", "Kopieren (Strg+C)\tedit-copy-symbolic", 756, 32, iconStyle},
-    {printButton, "Button", "Drucken (Strg+P)\tdocument-print-symbolic", 790, 32, iconStyle},
-    {saveButton, "Button", "Speichern (Strg+S)\tdocument-save-symbolic", 824, 32, iconStyle},
-};
 
 // ---- The strip of pages ----
 
@@ -214,8 +181,9 @@ void ArrangeControls(const ViewWindow &view)
 {
     RECT inside = {};
     GetClientRect(view.Window, &inside);
-    const LONG height = std::max<LONG>(inside.bottom - barHeight - stateHeight, 1);
-    MoveWindow(view.Picture, 0, barHeight, std::max<LONG>(inside.right, 1), height, TRUE);
+    const LONG bar = ArrangeBar(view.Window, inside.right, inside.bottom);
+    MoveWindow(view.Picture, 0, bar, std::max<LONG>(inside.right, 1),
+               std::max<LONG>(inside.bottom - bar - stateHeight, 1), TRUE);
     MoveWindow(Control(view, stateText), 10, inside.bottom - stateHeight + 4,
                std::max<LONG>(inside.right - 20, 1), stateHeight - 6, TRUE);
 }
@@ -299,8 +267,10 @@ void LeaveSearch(ViewWindow &view)
     ShowPart(view);
 }
 
+// A field that has no room in the bar is left alone.
 void FocusAll(const ViewWindow &view, int id)
 {
+    if (IsWindowVisible(Control(view, id)) == FALSE) return;
     SetFocus(Control(view, id));
     SendDlgItemMessageA(view.Window, id, EM_SETSEL, 0, -1);
 }
@@ -473,9 +443,8 @@ void TakeNotice(ViewWindow &view, const NMPICTURE &notice)
 bool MakeControls(ViewWindow &view)
 {
     const DWORD common = WS_CHILD | WS_VISIBLE;
-    const auto make = [&](const char *classOf, const char *text, DWORD style, const RECT &place, int id) {
-        HWND control = CreateWindowExA(0, classOf, text, common | style, place.left, place.top,
-                                       place.right - place.left, place.bottom - place.top, view.Window,
+    const auto make = [&](const char *classOf, const char *text, DWORD style, int id) {
+        HWND control = CreateWindowExA(0, classOf, text, common | style, 0, 0, 1, 1, view.Window,
                                        reinterpret_cast<HMENU>(static_cast<LONG_PTR>(id)), nullptr, nullptr);
         if (control == nullptr) return control;
         const LONG_PTR before = GetWindowLongPtrA(control, GWLP_WNDPROC);
@@ -483,15 +452,12 @@ bool MakeControls(ViewWindow &view)
         SetWindowLongPtrA(control, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&ControlProcedure));
         return control;
     };
-    for (const BarControl &each : barControls) {
-        const bool isText = each.Id == pageCountText || each.Id == searchText;
-        const LONG top = isText ? 10 : 5;
-        const RECT place = {each.Left, top, each.Left + each.Width, top + (isText ? 18 : controlHeight)};
-        if (make(each.Class, each.Text, each.Style, place, each.Id) == nullptr) return false;
+    for (int i = 0; i < barControlCount; ++i) {
+        const BarControl &each = barControls[i];
+        if (make(each.Class, each.Text, each.Style, each.Id) == nullptr) return false;
     }
-    view.Picture = make(VARKUI_PICTURE_CLASS, "Seiten", WS_TABSTOP, {0, barHeight, 100, 100}, pagePicture);
-    return view.Picture != nullptr &&
-           make("Static", "", SS_LEFT, {0, 0, 100, stateHeight}, stateText) != nullptr;
+    view.Picture = make(VARKUI_PICTURE_CLASS, "Seiten", WS_TABSTOP, pagePicture);
+    return view.Picture != nullptr && make("Static", "", SS_LEFT, stateText) != nullptr;
 }
 
 void EndWindow(ViewWindow *view)

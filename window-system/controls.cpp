@@ -160,6 +160,10 @@ void HandleInput(HWND window, const Input &input)
     }
     if (!target.Active) Activate(target.Outermost, true);
     if (input.Kind == InputKind::Activate) return;
+    if (input.Kind == InputKind::File) {
+        InputToChooser(window, input);
+        return;
+    }
     if (input.Kind < InputKind::Area && input.Kind != InputKind::Text) TellParents(window);
     switch (input.Kind) {
     case InputKind::Click: SendMessageA(window, BM_CLICK, 0, 0); break;
@@ -184,7 +188,8 @@ void HandleInput(HWND window, const Input &input)
     case InputKind::Close:
     case InputKind::Area:
     case InputKind::Resize:
-    case InputKind::Caret: break;
+    case InputKind::Caret:
+    case InputKind::File: break;
     }
 }
 

@@ -132,6 +132,7 @@ struct DialogState {
     bool Ended; // closed, though its window may still be there
     bool Logged;
     bool IsBox;
+    bool IsChooser; // of files
     UINT BoxStyle;
     int DefaultId;
     HWND SavedFocus; // had the focus when the dialog was left
@@ -204,6 +205,8 @@ enum class InputKind : unsigned char {
     Release,
     Zoom,  // at Index, Index2; Serial is the number of steps as a signed number
     Caret, // of an edit or combo box is at Index, the other end of the selection at Index2
+    File,  // Text, a path as the file system has it, was chosen in a chooser, for row Index of its kinds; Index2
+           // is not 0 when the person has agreed that a file of that name goes
 };
 
 struct Input {
@@ -498,6 +501,11 @@ void InputToPicture(HWND picture, const Input &input);
 // Makes and frees the state of a control; false without memory.
 bool MakeState(Window *window);
 void FreeState(Window *window);
+
+// ---- Files (file_chooser.cpp) ----
+
+// A file was chosen on the screen; runs without the lock.
+void InputToChooser(HWND dialog, const Input &input);
 
 // ---- Editing of text (edits.cpp), shared by edit and combo box ----
 

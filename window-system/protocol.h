@@ -8,7 +8,7 @@
 
 namespace varkui {
 
-constexpr uint32_t protocolVersion = 2;
+constexpr uint32_t protocolVersion = 3;
 constexpr uint32_t longestFrame = 64u << 20;
 
 // To the screen. A window's state comes whole each time; its parent's comes before.
@@ -35,6 +35,7 @@ constexpr uint8_t flagShown = 1;
 constexpr uint8_t flagEnabled = 2;
 constexpr uint8_t flagBox = 4;
 constexpr uint8_t flagDropped = 8;
+constexpr uint8_t flagChooser = 16; // of files: shown as the desktop shows its own
 
 // Of a window without parent.
 constexpr uint8_t flagActive = 1;

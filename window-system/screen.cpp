@@ -148,6 +148,7 @@ uint8_t FlagsOf(const Window *window)
     if ((window->Style & WS_DISABLED) == 0) flags |= flagEnabled;
     if (window->Kind == Kind::Dialog && window->Dialog->IsBox) flags |= flagBox;
     if (window->Kind == Kind::ComboBox && window->Combo->Dropped) flags |= flagDropped;
+    if (window->Kind == Kind::Dialog && window->Dialog->IsChooser) flags |= flagChooser;
     return flags;
 }
 
@@ -283,10 +284,14 @@ void HearInput(FrameReader &reader)
     uint32_t length = 0;
     const char *text = TakeText(reader, length);
     char *utf8 = CopyText(text, length);
-    input->Text = utf8 != nullptr ? static_cast<char *>(Allocate(length + size_t{1})) : nullptr;
-    if (input->Text != nullptr) text::FromUtf8(utf8, input->Text, length + size_t{1});
-    Release(utf8);
-    if (reader.Bad || kind > InputKind::Caret || input->Text == nullptr) {
+    if (kind == InputKind::File) {
+        input->Text = utf8;
+    } else {
+        input->Text = utf8 != nullptr ? static_cast<char *>(Allocate(length + size_t{1})) : nullptr;
+        if (input->Text != nullptr) text::FromUtf8(utf8, input->Text, length + size_t{1});
+        Release(utf8);
+    }
+    if (reader.Bad || kind > InputKind::File || input->Text == nullptr) {
         FreeInput(input);
         return;
     }

@@ -630,6 +630,16 @@ typedef struct NMPICTURE {
 #define PCN_RELEASE ((UINT)-1805)
 #define PCN_ZOOM    ((UINT)-1806) /* Count: steps to larger, negative to smaller; X, Y: where */
 
+/* A kind of file that a person may save as: what it is called, and the ending of its names with the dot. */
+typedef struct VARKUIFILEKIND {
+    LPCSTR Name;
+    LPCSTR Ending;
+} VARKUIFILEKIND;
+
+/* Takes the file that a person has chosen, whose path is as the file system has it. FALSE, after the person
+   has been told over `dialog` why, lets them choose again. */
+typedef BOOL(CALLBACK *VARKUITAKEFILE)(HWND dialog, LPCSTR path, void *context);
+
 #ifdef __cplusplus
 extern "C" {
 #endif

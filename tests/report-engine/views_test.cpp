@@ -213,8 +213,10 @@ TEST_F(Views, SaveAFileOfAnyForm)
                   "text 201 ~/a.txt\n"
                   "press 1\n"
                   "box no gibt es schon\n"
-                  "press 2\n"),
+                  "text 201 ~/Stand 31.12\n"
+                  "press 1\n"),
               "");
+    EXPECT_TRUE(ReadFile(directory.At("Stand 31.12.pdf")).starts_with("%PDF")) << "of the kind that is chosen";
     EXPECT_TRUE(ReadFile(directory.At("Summen- und Saldenliste.pdf")).starts_with("%PDF"));
     EXPECT_NE(ReadFile(directory.At("Summen- und Saldenliste.csv")).find(";Konto 150;"), std::string::npos);
     EXPECT_NE(ReadFile(directory.At("a.txt")).find("Konto 150"), std::string::npos);
@@ -229,9 +231,9 @@ TEST_F(Views, TellWhyAFileCannotBeWritten)
                   "text 201\n"
                   "press 1\n"
                   "box ok in welche Datei\n"
-                  "text 201 ~/a.doc\n"
+                  "text 201 ~/\n"
                   "press 1\n"
-                  "box ok Die Endung\n"
+                  "box ok in welche Datei\n"
                   "press 2\n"),
               "");
 }

@@ -32,7 +32,8 @@ enum class InputKind : uint8_t {
     Drag,
     Release,
     Zoom,
-    Caret
+    Caret,
+    File
 };
 
 constexpr uint32_t typeMask = 0xF;

@@ -2,6 +2,7 @@
 // mirrors what comes through it with native widgets, and sends back what the person does. The host's model
 // decides everything: a check, a page or a row changes here for good only when the model says so.
 #include <cerrno>
+#include <clocale>
 #include <cstring>
 #include <deque>
 #include <glib-unix.h>
@@ -12,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "window-system/ui/chooser.h"
 #include "window-system/ui/fields.h"
 #include "window-system/ui/item.h"
 #include "window-system/ui/keys.h"
@@ -254,6 +256,12 @@ void MakeResizable(Item *item)
 
 void MakeTop(Item *item)
 {
+    if (IsChooser(item)) {
+        MakeChooser(item);
+        g_signal_connect(item->Placed, "close-request", G_CALLBACK(OnCloseRequest), item);
+        g_signal_connect(item->Placed, "notify::is-active", G_CALLBACK(OnActive), item);
+        return;
+    }
     const bool isBox = (item->Flags & flagBox) != 0;
     const GtkAccessibleRole role = isBox                        ? GTK_ACCESSIBLE_ROLE_ALERT_DIALOG
                                    : item->What == Kind::Dialog ? GTK_ACCESSIBLE_ROLE_DIALOG
@@ -406,10 +414,11 @@ void ShowTop(Item *item)
     }
     GtkWidget *inside = gtk_window_get_child(window);
     gtk_widget_set_can_target(inside, (item->Flags & flagEnabled) != 0);
-    const bool isFixed = item->Buttons == nullptr && (item->Style & thickFrame) == 0;
+    const bool isFixed = item->Buttons == nullptr && !IsChooser(item) && (item->Style & thickFrame) == 0;
     if (isFixed) gtk_widget_set_size_request(inside, item->Width, item->Height);
     const bool shown = (item->Flags & flagShown) != 0;
-    if (shown && !gtk_widget_get_visible(item->Placed)) gtk_window_present(window);
+    // A chooser comes with the name that it suggests, so once its controls are known.
+    if (shown && !gtk_widget_get_visible(item->Placed) && !IsChooser(item)) gtk_window_present(window);
     if (!shown) gtk_widget_set_visible(item->Placed, FALSE);
 }
 
@@ -417,6 +426,10 @@ void ShowItem(Item *item)
 {
     if (item->Parent == 0) {
         ShowTop(item);
+        return;
+    }
+    if (IsInChooser(item)) {
+        ShowInChooser(item);
         return;
     }
     Place(item);
@@ -464,7 +477,7 @@ void HearWindow(FrameReader &reader)
         stops.push_back(TakeI32(reader));
     }
     if (made && item->Parent == 0) MakeTop(item);
-    if (made && item->Parent != 0) MakeControl(item);
+    if (made && item->Parent != 0 && !IsInChooser(item)) MakeControl(item);
     if (stops != item->TabStops) {
         item->TabStops = stops;
         ShowTabStops(item);
@@ -499,6 +512,10 @@ void HearRows(FrameReader &reader)
         uint32_t length = 0;
         const char *text = TakeText(reader, length);
         rows.emplace_back(text, length);
+    }
+    if (IsInChooser(item)) {
+        ShowKinds(item, rows); // its only control with rows
+        return;
     }
     if (item->What == Kind::ComboBox) ShowComboRows(item, rows);
     if (item->What == Kind::TabControl) ShowTabs(item, rows);
@@ -543,7 +560,7 @@ void HearDestroyed(FrameReader &reader)
     if (item == nullptr) return;
     if (item->Parent == 0) {
         gtk_window_destroy(GTK_WINDOW(item->Placed));
-    } else {
+    } else if (item->Placed != nullptr) {
         Item *parent = FindItem(item->Parent);
         GtkWidget *around = parent != nullptr ? gtk_widget_get_parent(item->Placed) : nullptr;
         if (around != nullptr && GTK_IS_FIXED(around)) gtk_fixed_remove(GTK_FIXED(around), item->Placed);
@@ -568,7 +585,11 @@ void HearTop(FrameReader &reader)
     if ((top->Flags & flagShown) == 0) return;
     auto *window = GTK_WINDOW(top->Placed);
     gtk_widget_set_cursor_from_name(top->Placed, (flags & flagWaits) != 0 ? "wait" : nullptr);
-    gtk_window_set_default_widget(window, button != nullptr ? button->Control : nullptr);
+    if (IsChooser(top)) {
+        if (!gtk_widget_get_visible(top->Placed)) gtk_window_present(window);
+    } else {
+        gtk_window_set_default_widget(window, button != nullptr ? button->Control : nullptr);
+    }
     // Each thread has an active window; only what becomes one comes to the front.
     const bool isActive = (flags & flagActive) != 0;
     const bool becomesActive = isActive && !top->IsActive;
@@ -665,6 +686,7 @@ constexpr char style[] =
     ".picture { background-color: shade(@theme_bg_color, 0.88); }"
     ".picture:focus-visible { outline: 1px solid alpha(@theme_selected_bg_color, 0.6); outline-offset: -1px; "
     "}"
+    ".chooser .dialog-vbox { padding: 8px; }"
     "notebook > header tab { min-height: 22px; padding: 2px 10px; }";
 
 // How large 4 and 8 dialog units are: the average letter's width and a line with its room.
@@ -684,6 +706,26 @@ void MeasureLetters(uint32_t &baseX, uint32_t &baseY)
     baseY = static_cast<uint32_t>(height + 1 > lowest ? height + 1 : lowest);
 }
 
+// All that a person reads here is German, also what GTK says by itself, which it does in no language of its
+// own where the locale is the plain one.
+void SpeakGerman()
+{
+    const char *locale = setlocale(LC_MESSAGES, "");
+    const bool isPlain = locale == nullptr || strcmp(locale, "C") == 0 || strcmp(locale, "POSIX") == 0;
+    if (isPlain) g_setenv("LC_ALL", "C.UTF-8", TRUE);
+    g_setenv("LANGUAGE", "de", TRUE);
+}
+
+// What the desktop remembers of its dialogs is lost where it has no memory for it: no news for a host.
+GLogWriterOutput WriteLog(GLogLevelFlags level, const GLogField *fields, size_t count, void *data)
+{
+    for (size_t i = 0; i < count; ++i) {
+        if (strcmp(fields[i].key, "GLIB_DOMAIN") != 0) continue;
+        if (strcmp(static_cast<const char *>(fields[i].value), "dconf") == 0) return G_LOG_WRITER_HANDLED;
+    }
+    return g_log_writer_default(level, fields, count, data);
+}
+
 } // namespace
 
 int main()
@@ -692,6 +734,8 @@ int main()
     const pid_t child = fork();
     if (child != 0) _exit(child < 0 ? 1 : 0);
     setsid();
+    SpeakGerman();
+    g_log_set_writer_func(WriteLog, nullptr, nullptr);
     g_set_prgname("vark-ui");
     // Fields and lists are drawn in a few milliseconds without the graphics card, and getting that ready
     // takes longer than all the rest of a dialog. Whoever wants it can have it.
