@@ -83,12 +83,11 @@ void AwaitEnd(pid_t child)
     }
 }
 
-bool RunHelper(const char *name, char *const *arguments, const int *descriptors, int count,
-               char (&reason)[256])
+bool RunHelper(const char *name, char *const *arguments, const int *descriptors, int count, char (&said)[256])
 {
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        std::snprintf(reason, sizeof reason, "%s", strerrordesc_np(errno));
+        std::snprintf(said, sizeof said, "%s", strerrordesc_np(errno));
         return false;
     }
     int all[maxDescriptors];
@@ -100,25 +99,29 @@ bool RunHelper(const char *name, char *const *arguments, const int *descriptors,
     if (error != 0) {
         close(ends[0]);
         if (error == ENOENT) {
-            std::snprintf(reason, sizeof reason, "%s is missing beside librs.so", name);
+            std::snprintf(said, sizeof said, "%s is missing beside librs.so", name);
         } else {
-            std::snprintf(reason, sizeof reason, "%s: %s", name, strerrordesc_np(error));
+            std::snprintf(said, sizeof said, "%s: %s", name, strerrordesc_np(error));
         }
         return false;
     }
     // Told through a pipe, since a host may ignore its children's ends or collect them itself.
     size_t length = 0;
-    while (length < sizeof reason - 1) {
-        const ssize_t got = read(ends[0], reason + length, sizeof reason - 1 - length);
+    while (length < sizeof said - 1) {
+        const ssize_t got = read(ends[0], said + length, sizeof said - 1 - length);
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0) break;
         length += static_cast<size_t>(got);
     }
-    reason[length] = 0;
+    said[length] = 0;
     close(ends[0]);
     AwaitEnd(child);
-    if (length == 0) std::snprintf(reason, sizeof reason, "%s ended early", name);
-    return std::strcmp(reason, "ok") == 0;
+    if (length == 0) std::snprintf(said, sizeof said, "%s ended early", name);
+    constexpr size_t ok = 2;
+    if (std::strncmp(said, "ok", ok) != 0 || (said[ok] != 0 && said[ok] != '\n')) return false;
+    const char *line = said + ok + (said[ok] != 0 ? 1 : 0);
+    std::memmove(said, line, std::strlen(line) + 1);
+    return true;
 }
 
 } // namespace rs

@@ -22,9 +22,10 @@ int StartHelper(const char *name, char *const *arguments, const int *descriptors
 // quicker.
 void AwaitEnd(pid_t child);
 
-// Runs a helper that tells how it went through its last descriptor, before it ends: "ok", or why not. The
-// first ones are `descriptors`. True when all is well; else `reason` says why not.
+// Runs a helper that tells how it went through its last descriptor, before it ends: "ok", or that and a line
+// for the person, or why not. The first ones are `descriptors`. True when all is well; `said` is the line
+// then, often empty, else why not.
 bool RunHelper(const char *name, char *const *arguments, const int *descriptors, int count,
-               char (&reason)[256]);
+               char (&said)[256]);
 
 } // namespace rs

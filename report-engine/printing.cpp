@@ -85,38 +85,38 @@ bool ExpandPattern(const char *pattern, const View &view, int number, char (&pat
 }
 
 // Prints into a file; `reason` says why not.
-bool PrintToFile(const View &view, const char *pattern, char (&reason)[400])
+Printed PrintToFile(const View &view, const char *pattern, char (&reason)[400])
 {
     char path[PATH_MAX];
     for (int number = 1; number <= lastNumber; ++number) {
         bool hasNumber = false;
         if (!ExpandPattern(pattern, view, number, path, hasNumber)) {
             std::snprintf(reason, sizeof reason, "Der Dateiname ist zu lang.");
-            return false;
+            return Printed::failed;
         }
         if (hasNumber && access(path, F_OK) == 0) continue;
         switch (WritePdfFile(view, path, !hasNumber)) {
-        case Written::whole: return true;
+        case Written::whole: return Printed::done;
         case Written::nameTaken: continue; // somebody else was quicker
         case Written::failed:
             std::snprintf(reason, sizeof reason, "%.250s: %.120s", path, LastComplaintInGerman());
-            return false;
+            return Printed::failed;
         }
     }
     std::snprintf(reason, sizeof reason, "%.250s: Es ist keine Nummer mehr frei.", path);
-    return false;
+    return Printed::failed;
 }
 
-bool PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
+// The same on a printer; `reason` also says what a report waits for that the printer has taken.
+Printed PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
 {
     const int pages = OpenNamelessFile();
     if (pages < 0) {
         std::snprintf(reason, sizeof reason, "%s", strerrordesc_np(errno));
-        return false;
+        return Printed::failed;
     }
-    bool isPrinted = WritePages(pages, view, view.Of->Path);
-    if (!isPrinted) std::snprintf(reason, sizeof reason, "%.390s", LastComplaintInGerman());
-    if (isPrinted) {
+    Printed printed = Printed::failed;
+    if (WritePages(pages, view, view.Of->Path)) {
         char name[] = "rs-print";
         char title[maxViewTitle];
         std::snprintf(title, sizeof title, "%s", TitleOf(view));
@@ -124,39 +124,48 @@ bool PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
         std::snprintf(wanted, sizeof wanted, "%.250s", queue);
         char *const arguments[] = {name, title, wanted[0] != 0 ? wanted : nullptr, nullptr};
         char said[256];
-        isPrinted = RunHelper("rs-print", arguments, &pages, 1, said);
-        if (!isPrinted) std::snprintf(reason, sizeof reason, "%s", said);
+        const bool isTaken = RunHelper("rs-print", arguments, &pages, 1, said);
+        if (isTaken) printed = said[0] == 0 ? Printed::done : Printed::waiting;
+        std::snprintf(reason, sizeof reason, "%s", said);
+    } else {
+        std::snprintf(reason, sizeof reason, "%.390s", LastComplaintInGerman());
     }
     close(pages);
-    return isPrinted;
+    return printed;
 }
 
 // A person who has not seen the view yet is told over the window that it belongs to.
+void Show(const View &view, const char *utf8, UINT icon)
+{
+    char shown[500];
+    text::FromUtf8(utf8, shown, sizeof shown);
+    HWND window = static_cast<HWND>(view.Window);
+    HWND owner = window == nullptr || view.WasSeen ? window : GetParent(window);
+    MessageBoxA(owner, shown, "MERIDA", MB_OK | icon);
+}
+
 void ShowReason(const View &view, const char *reason)
 {
     char utf8[500];
     std::snprintf(utf8, sizeof utf8, "Der Bericht konnte nicht gedruckt werden:\n%s", reason);
-    char shown[sizeof utf8];
-    text::FromUtf8(utf8, shown, sizeof shown);
-    HWND window = static_cast<HWND>(view.Window);
-    HWND owner = window == nullptr || view.WasSeen ? window : GetParent(window);
-    MessageBoxA(owner, shown, "MERIDA", MB_OK | MB_ICONEXCLAMATION);
+    Show(view, utf8, MB_ICONEXCLAMATION);
 }
 
 } // namespace
 
-bool PrintView(const View &view)
+Printed PrintView(const View &view)
 {
     char where[PATH_MAX];
     vark::ReadProfileText("RS", "Drucker", where, sizeof where, "vark.ini");
     char reason[400] = "";
-    const bool isPrinted = std::strncmp(where, filePrefix, prefixLength) == 0
-                               ? PrintToFile(view, where + prefixLength, reason)
-                               : PrintOnPaper(view, where, reason);
-    if (isPrinted) return true;
+    const Printed printed = std::strncmp(where, filePrefix, prefixLength) == 0
+                                ? PrintToFile(view, where + prefixLength, reason)
+                                : PrintOnPaper(view, where, reason);
+    if (printed == Printed::waiting) Show(view, reason, MB_ICONINFORMATION);
+    if (printed != Printed::failed) return printed;
     Complain(view.Of->Path, ": not printed: %s", reason);
     ShowReason(view, reason);
-    return false;
+    return printed;
 }
 
 } // namespace rs

@@ -5,7 +5,10 @@
 
 namespace rs {
 
-// Prints the view. False when it could not be printed; the reason has been told, and shown to the person.
-bool PrintView(const View &view);
+// What became of it: a queue that has taken a report keeps it while its printer stands still.
+enum class Printed : uint8_t { failed, done, waiting };
+
+// Prints the view. Of a failure the reason has been told, and shown to the person; so has what it waits for.
+Printed PrintView(const View &view);
 
 } // namespace rs

@@ -174,7 +174,7 @@ int32_t RSPrintView(RSWindow view, int32_t /*reserved*/)
 {
     View *held = HoldView(view);
     if (held == nullptr) return 0;
-    const bool isPrinted = PrintView(*held);
+    const bool isPrinted = PrintView(*held) != Printed::failed;
     ReleaseView(held);
     return isPrinted ? 1 : 0;
 }

@@ -105,7 +105,8 @@ RS_API RSWindow RSOpenView(int32_t report, const char *title, const char *pageTi
 RS_API RSWindow RSCopyView(int32_t report, RSWindow view, int32_t third, int32_t left, int32_t top,
                            int32_t width, int32_t height, uint32_t style, uint32_t exStyle, int32_t reserved);
 
-/* Prints the view. Returns 1 when the printer took it, else 0. */
+/* Prints the view. Returns 1 when the printer's queue took it - of one that stands still the person is told,
+   the report waits there - else 0; the person is told why. */
 RS_API int32_t RSPrintView(RSWindow view, int32_t reserved);
 
 /* Writes the view to a file, replacing it; the kind follows from the extension, in any case of letters:

@@ -17,7 +17,7 @@ constexpr LONG groupGap = 14;
 constexpr LONG controlHeight = 28;
 constexpr LONG textHeight = 18;
 constexpr LONG shownTextHeight = 22; // a line is shown a quarter higher, which levels it with a field
-constexpr LONG widestSearch = 260; // its field takes what the row leaves
+constexpr LONG widestSearch = 260;   // its field takes what the row leaves
 
 constexpr DWORD iconStyle = BS_PUSHBUTTON | BS_ICON | WS_TABSTOP;
 

@@ -114,10 +114,12 @@ void SearchOn(ViewWindow &view, bool isBackwards)
 void PrintFromView(HWND window)
 {
     View *held = HoldView(window);
-    const bool isPrinted = held != nullptr && PrintView(*held); // tells what went wrong
+    const Printed printed = held != nullptr ? PrintView(*held) : Printed::failed; // tells what went wrong
     if (held != nullptr) ReleaseView(held);
     ViewWindow *view = StateOfView(window);
-    if (view != nullptr && isPrinted) SayState(*view, "Der Bericht wurde gedruckt.");
+    if (view == nullptr || printed == Printed::failed) return;
+    SayState(*view, printed == Printed::done ? "Der Bericht wurde gedruckt."
+                                             : "Der Bericht wartet auf den Drucker.");
 }
 
 // ---- Saving ----

@@ -205,8 +205,8 @@ enum class InputKind : unsigned char {
     Release,
     Zoom,  // at Index, Index2; Serial is the number of steps as a signed number
     Caret, // of an edit or combo box is at Index, the other end of the selection at Index2
-    File,  // Text, a path as the file system has it, was chosen in a chooser, for row Index of its kinds; Index2
-           // is not 0 when the person has agreed that a file of that name goes
+    File,  // Text, a path as the file system has it, was chosen in a chooser, for row Index of its kinds;
+           // Index2 is not 0 when the person has agreed that a file of that name goes
 };
 
 struct Input {

@@ -1,9 +1,13 @@
 // rs-print TITLE [QUEUE]: prints the PDF that stands open as descriptor 3 through CUPS, on QUEUE or else the
-// default printer, and says "ok" or, in German for the person, why not on descriptor 4. librs.so runs it;
-// nobody else needs to.
+// default printer. On descriptor 4 it says "ok", with a line more where the report has to wait for its
+// printer, or why it is not printed; in German, for the person. librs.so runs it; nobody else needs to.
+//
+// A job that its queue has taken is printed, as on every desktop: the queue keeps it, also over a restart,
+// and prints it when it can. So a printer that stands still is no failure, but is told.
 #include <cups/cups.h>
 
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -15,6 +19,7 @@ constexpr int fileDescriptor = 3;
 constexpr int statusDescriptor = 4;
 
 char reason[200];
+char waits[250] = "ok"; // what is said of a job that was taken
 
 // What the printing system says last, in the person's language where it has one.
 const char *Because(const char *what)
@@ -57,6 +62,18 @@ const char *SendFile(const char *queue)
     return nullptr;
 }
 
+// Whether the printer stands still with what its queue has taken.
+bool IsStopped(const cups_dest_t &printer)
+{
+    cups_dest_t *now = cupsGetNamedDest(CUPS_HTTP_DEFAULT, printer.name, printer.instance);
+    if (now == nullptr) return false;
+    int32_t state = 0;
+    const char *told = cupsGetOption("printer-state", now->num_options, now->options);
+    if (told != nullptr) std::from_chars(told, told + std::strlen(told), state);
+    cupsFreeDests(1, now);
+    return state == IPP_PSTATE_STOPPED;
+}
+
 const char *Print(const char *title, const char *wanted)
 {
     cups_dest_t *printer = cupsGetNamedDest(CUPS_HTTP_DEFAULT, wanted, nullptr);
@@ -80,7 +97,14 @@ const char *Print(const char *title, const char *wanted)
         problem = SendFile(printer->name);
     }
     // Half a report is not to be printed.
-    if (problem != nullptr) cupsCancelJob2(CUPS_HTTP_DEFAULT, printer->name, job, 0);
+    if (problem != nullptr) {
+        cupsCancelJob2(CUPS_HTTP_DEFAULT, printer->name, job, 0);
+    } else if (IsStopped(*printer)) {
+        std::snprintf(
+            waits, sizeof waits,
+            "ok\nDer Drucker %.100s ist angehalten. Der Bericht wird gedruckt, sobald er weiterläuft.",
+            printer->name);
+    }
     return problem;
 }
 
@@ -92,7 +116,7 @@ int main(int argumentCount, char **arguments)
     alarm(longestSilence_s);
     const char *title = argumentCount > 1 && arguments[1][0] != 0 ? arguments[1] : "Bericht";
     const char *problem = Print(title, argumentCount > 2 ? arguments[2] : nullptr);
-    const char *result = problem != nullptr ? problem : "ok";
+    const char *result = problem != nullptr ? problem : waits;
     const size_t length = std::strlen(result);
     const bool isTold = write(statusDescriptor, result, length) == static_cast<ssize_t>(length);
     return problem == nullptr && isTold ? 0 : 1;

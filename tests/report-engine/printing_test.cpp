@@ -37,6 +37,7 @@ struct Printing : testing::Test {
         setenv("VARK_HEUTE", "31.03.1998", 1);
         setenv("HOME", directory.Path.c_str(), 1);
         setenv("CUPS_SERVER", directory.At("socket").c_str(), 1);
+        setenv("VARK_TEST_MARK", directory.Path.c_str(), 1);
     }
 
     void TearDown() override
@@ -47,7 +48,8 @@ struct Printing : testing::Test {
     }
 
     // Runs a scheduler with the queue "Ablage", whose printer copies each job into printed/.
-    void StartScheduler(const std::string &queue, const std::string &defaults = "<DefaultPrinter Ablage>")
+    void StartScheduler(const std::string &queue, const std::string &defaults = "<DefaultPrinter Ablage>",
+                        const std::string &stateOf = "Idle")
     {
         const std::string at = directory.Path.string();
         chmod(at.c_str(), 0755);
@@ -77,8 +79,8 @@ struct Printing : testing::Test {
                                                "/spool\nTempDir " + at + "/spool/tmp\nServerBin " + at +
                                                "/bin\nAccessLog " + at + "/access\nErrorLog " + at +
                                                "/error\nPageLog " + at + "/page\n");
-        directory.Write("root/printers.conf", defaults + "\nDeviceURI ablage:/hier\nState Idle\nShared No\n" +
-                                                  queue + "\n</Printer>\n");
+        directory.Write("root/printers.conf", defaults + "\nDeviceURI ablage:/hier\nState " + stateOf +
+                                                  "\nShared No\n" + queue + "\n</Printer>\n");
         cups = fork();
         if (cups == 0) {
             execl(scheduler, scheduler, "-f", "-c", (at + "/cupsd.conf").c_str(), "-s",
@@ -170,13 +172,25 @@ TEST_F(PrintingOnPaper, FailsWhereThePrinterTakesNoJobs)
     EXPECT_TRUE(std::filesystem::is_empty(directory.At("printed")));
 }
 
+TEST_F(PrintingOnPaper, WaitsInTheQueueOfAPrinterThatStandsStill)
+{
+    StartScheduler("Accepting Yes", "<DefaultPrinter Ablage>", "Stopped");
+    EXPECT_EQ(Errors(PrintOne),
+              "MERIDA: Der Drucker Ablage ist angehalten. Der Bericht wird gedruckt, sobald er "
+              "weiterläuft.\n");
+    EXPECT_TRUE(std::filesystem::is_empty(directory.At("printed")));
+    ASSERT_EQ(system(("cupsenable -h " + directory.At("socket") + " Ablage").c_str()), 0);
+    EXPECT_TRUE(Eventually([&] { return access(directory.At("printed/1.pdf").c_str(), R_OK) == 0; }));
+    ExpectPage("printed/1.pdf");
+}
+
 TEST_F(PrintingOnPaper, FailsWhenThePrinterGoesAwayMeanwhile)
 {
     StartScheduler("Accepting Yes");
     kill(cups, SIGSTOP); // it takes connections still, and answers no more
     std::string said;
     std::thread host([&] { said = Refusal(); });
-    const auto isAsking = [&] { return system("pgrep -x rs-print >/dev/null") == 0; };
+    const auto isAsking = [&] { return RunsMarked("rs-print", directory.Path.string()); };
     EXPECT_TRUE(Eventually(isAsking));
     kill(cups, SIGKILL);
     std::filesystem::remove(directory.At("socket"));

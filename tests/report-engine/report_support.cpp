@@ -206,16 +206,32 @@ std::vector<std::string> LinesOf(const std::string &text)
     return lines;
 }
 
-int KillMarked(const std::string &name, const std::string &mark)
+namespace {
+
+std::vector<pid_t> Marked(const std::string &name, const std::string &mark)
 {
-    int killed = 0;
+    std::vector<pid_t> found;
     for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
         const std::string id = entry.path().filename().string();
         if (id.find_first_not_of("0123456789") != std::string::npos) continue;
         if (ReadFile(entry.path().string() + "/comm") != name + "\n") continue;
         const std::string environment = '\0' + ReadFile(entry.path().string() + "/environ");
-        if (environment.find('\0' + ("VARK_TEST_MARK=" + mark) + '\0') == std::string::npos) continue;
-        if (kill(std::stoi(id), SIGKILL) == 0) ++killed;
+        if (environment.find('\0' + ("VARK_TEST_MARK=" + mark) + '\0') != std::string::npos) {
+            found.push_back(std::stoi(id));
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+bool RunsMarked(const std::string &name, const std::string &mark) { return !Marked(name, mark).empty(); }
+
+int KillMarked(const std::string &name, const std::string &mark)
+{
+    int killed = 0;
+    for (const pid_t each : Marked(name, mark)) {
+        if (kill(each, SIGKILL) == 0) ++killed;
     }
     return killed;
 }

@@ -72,7 +72,10 @@ std::string TemplateWith(const std::string &body);
 std::vector<std::string> PagesOf(const std::string &pdf);
 int PageCountOf(const std::string &pdf);
 
-// Kills the processes called `name` that have VARK_TEST_MARK=`mark` in their environment; returns how many.
+// Whether a process called `name` has VARK_TEST_MARK=`mark` in its environment.
+bool RunsMarked(const std::string &name, const std::string &mark);
+
+// Kills the processes called `name` that have that mark; returns how many.
 int KillMarked(const std::string &name, const std::string &mark);
 
 std::vector<std::string> LinesOf(const std::string &text);

@@ -1,92 +1,47 @@
 // A view on a real screen: vark-ui under Xvfb with a window manager, used by mouse and keyboard. Left out
 // where the programs for it are not installed.
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 #include "report_support.h"
+#include "tests/support/display.h"
 #include "window-system/varkui.h"
 
 using namespace reports;
+using vark::test::Display;
+using vark::test::Eventually;
 
 namespace {
 
 constexpr int pageNumber = 102;
+constexpr int nextPage = 104;
+constexpr int copy = 111;
+constexpr int save = 113;
 constexpr int stateText = 115;
 constexpr int picture = 120;
 
-bool Eventually(const std::function<bool()> &holds)
-{
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (std::chrono::steady_clock::now() < end) {
-        if (holds()) return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return holds();
-}
-
-bool Do(const std::string &command) { return system((command + " >/dev/null 2>&1").c_str()) == 0; }
-
-pid_t Start(const std::vector<std::string> &command)
-{
-    const pid_t child = fork();
-    if (child != 0) return child;
-    std::vector<char *> arguments;
-    arguments.reserve(command.size() + 1);
-    for (const std::string &each : command) {
-        arguments.push_back(const_cast<char *>(each.c_str()));
-    }
-    arguments.push_back(nullptr);
-    static_cast<void>(freopen("/dev/null", "w", stderr));
-    execvp(arguments[0], arguments.data());
-    _exit(127);
-}
+void Do(const std::string &command) { Display::Do(command); }
 
 struct ViewOnScreen : testing::Test {
     Directory directory;
-    std::vector<pid_t> started;
+    Display display;
     int32_t report = 0;
     HWND view = nullptr;
 
     void SetUp() override
     {
-        for (const char *program : {"Xvfb", "openbox", "xdotool"}) {
-            if (!Do(std::string("command -v ") + program)) GTEST_SKIP() << program << " is not installed";
-        }
-        if (access(VARK_UI_PROGRAM, X_OK) != 0) GTEST_SKIP() << "vark-ui is not built";
-        int ends[2] = {};
-        ASSERT_EQ(pipe(ends), 0);
-        started.push_back(Start({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0",
-                                 "1280x1000x24", "-nolisten", "tcp"}));
-        close(ends[1]);
-        std::string display = ":";
-        char digit = 0;
-        while (read(ends[0], &digit, 1) == 1 && digit != '\n') {
-            display += digit;
-        }
-        close(ends[0]);
-        setenv("DISPLAY", display.c_str(), 1);
-        setenv("VARK_UI", "gtk", 1);
-        setenv("GDK_BACKEND", "x11", 1);
-        setenv("GTK_A11Y", "none", 1);
+        const std::string missing = display.Begin(std::filesystem::path(VARK_UI_PROGRAM).parent_path());
+        if (!missing.empty()) GTEST_SKIP() << missing;
         setenv("VARK_CONFIG_DIR", directory.Path.c_str(), 1);
         setenv("VARK_TEST_MARK", directory.Path.c_str(), 1);
-        started.push_back(Start({"openbox"}));
+        setenv("HOME", directory.Path.c_str(), 1);
     }
 
-    void TearDown() override
-    {
-        for (const pid_t each : started) {
-            kill(each, SIGTERM);
-            waitpid(each, nullptr, 0);
-        }
-    }
-
-    // Opens a view of six pages and handles its messages while `person` acts.
+    // Opens a view of six pages and handles its messages while `person` acts. Where the person fails, the
+    // view is taken away, so that the test ends.
     void Show(const std::function<void()> &person)
     {
         report = OpenShipped("or_slist.rs", susaId);
@@ -97,9 +52,7 @@ struct ViewOnScreen : testing::Test {
         view = static_cast<HWND>(OpenView(report));
         ASSERT_NE(IsWindow(view), 0);
         std::thread acting([&] {
-            EXPECT_TRUE(Eventually([] { return Do("xdotool search --onlyvisible --name Bericht"); }));
-            EXPECT_TRUE(
-                Eventually([] { return Do("xdotool getactivewindow getwindowname | grep -q Bericht"); }));
+            EXPECT_TRUE(Display::HasKeyboard("Bericht"));
             person();
             PostMessageA(view, WM_CLOSE, 0, 0);
         });
@@ -126,11 +79,29 @@ struct ViewOnScreen : testing::Test {
         return shown;
     }
 
-    // A place in the window, as xdotool wants it.
-    static std::string Point(int x, int y)
+    // The chooser of files, opened by a key, has the keyboard, and its name is selected.
+    static bool OpenChooser()
     {
-        return "xdotool mousemove --window $(xdotool getactivewindow) " + std::to_string(x) + " " +
-               std::to_string(y);
+        Do("key ctrl+s");
+        return Display::HasKeyboard("Bericht speichern");
+    }
+
+    // Types a name in the place of the one that is suggested, and Enter.
+    static void Name(const std::string &name)
+    {
+        Do("key ctrl+a");
+        Do("type '" + name + "'");
+        Do("key Return");
+    }
+
+    // A click that many pixels from the lower right corner of the window that has the keyboard.
+    static void ClickFromCorner(int left, int up)
+    {
+        const std::string command =
+            "eval $(xdotool getactivewindow getwindowgeometry --shell) && xdotool mousemove --window $WINDOW "
+            "$((WIDTH - " +
+            std::to_string(left) + ")) $((HEIGHT - " + std::to_string(up) + ")) sleep 0.2 click 1";
+        static_cast<void>(system(command.c_str()));
     }
 };
 
@@ -139,26 +110,26 @@ struct ViewOnScreen : testing::Test {
 TEST_F(ViewOnScreen, IsUsedByKeysAlone)
 {
     Show([&] {
-        Do("xdotool key Next");
+        Do("key Next");
         EXPECT_TRUE(Eventually([&] { return Text(pageNumber) == "2"; }));
-        Do("xdotool key End");
+        Do("key End");
         EXPECT_TRUE(Eventually([&] { return Text(pageNumber) == "6"; }));
         const VARKUIPICTURE before = Shown();
-        Do("xdotool key plus");
+        Do("key plus");
         EXPECT_TRUE(Eventually([&] { return Shown().ContentWidth > before.ContentWidth; }));
-        Do("xdotool key ctrl+f");
-        Do("xdotool type 1003");
-        Do("xdotool key Return");
+        Do("key ctrl+f");
+        Do("type 1003");
+        Do("key Return");
         EXPECT_TRUE(Eventually([&] { return Text(pageNumber) == "1"; })) << Text(stateText);
-        Do("xdotool key Escape");
+        Do("key Escape");
         // The keyboard goes back to the pages in its own time.
         EXPECT_TRUE(Eventually([&] {
-            Do("xdotool key ctrl+a");
-            Do("xdotool key ctrl+c");
+            Do("key ctrl+a");
+            Do("key ctrl+c");
             return Text(stateText) == "Kopiert.";
         }));
         EXPECT_GT(VarkUiCopiedText(nullptr, 0), 100);
-        Do("xdotool key ctrl+w");
+        Do("key ctrl+w");
         EXPECT_TRUE(Eventually([&] { return IsWindow(view) == 0; }));
     });
     EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
@@ -168,22 +139,89 @@ TEST_F(ViewOnScreen, IsUsedByTheMouseAlone)
 {
     Show([&] {
         // The button that leads on, a wheel, and text that is dragged over and copied by its button.
-        // A click comes through in its own time, so one too many may do no harm.
-        EXPECT_TRUE(Eventually([&] {
-            if (Text(pageNumber) == "1") Do(Point(190, 19) + " sleep 0.2 click 1");
-            return Text(pageNumber) != "1";
-        }));
+        EXPECT_TRUE(Display::ClickUntil([&] { return Text(pageNumber) != "1"; }, view, nextPage, 16, 14));
         const LONG y = Shown().Y;
-        Do(Point(400, 400) + " sleep 0.2 click 5 click 5");
+        Display::Click(view, picture, 400, 360, "sleep 0.2 click 5 click 5");
         EXPECT_TRUE(Eventually([&] { return Shown().Y > y; }));
-        Do(Point(60, 150) + " sleep 0.1 mousedown 1 sleep 0.1 mousemove_relative 300 100 sleep 0.1 "
-                            "mousemove_relative 100 60 sleep 0.1 mouseup 1");
-        EXPECT_TRUE(Eventually([&] {
-            Do(Point(772, 19) + " sleep 0.2 click 1");
-            return Text(stateText) == "Kopiert.";
-        })) << Text(stateText);
+        Display::Click(view, picture, 60, 110,
+                       "sleep 0.1 mousedown 1 sleep 0.1 mousemove_relative 300 100 sleep 0.1 "
+                       "mousemove_relative 100 60 sleep 0.1 mouseup 1");
+        EXPECT_TRUE(Display::ClickUntil([&] { return Text(stateText) == "Kopiert."; }, view, copy, 16, 14))
+            << Text(stateText);
         EXPECT_GT(VarkUiCopiedText(nullptr, 0), 10);
+        // Saved under the name that is suggested.
+        Display::Click(view, save, 16, 14, "sleep 0.2 click 1");
+        EXPECT_TRUE(Display::HasKeyboard("Bericht speichern"));
+        const std::string path = directory.At("Summen- und Saldenliste.pdf");
+        EXPECT_TRUE(Eventually([&] {
+            ClickFromCorner(40, 24);
+            return Eventually([&] { return ReadFile(path).starts_with("%PDF"); }, std::chrono::seconds(2));
+        }));
+        EXPECT_TRUE(Display::HasKeyboard("Bericht"));
     });
+}
+
+TEST_F(ViewOnScreen, SavesByKeysAloneAndAsksBeforeAFileGoes)
+{
+    const std::string path = directory.Write("a.csv", "alt");
+    Show([&] {
+        EXPECT_TRUE(OpenChooser());
+        Name("a.csv");
+        EXPECT_TRUE(Display::LosesKeyboard("Bericht speichern")) << "the question has it";
+        Do("key Escape");
+        EXPECT_TRUE(Display::HasKeyboard("Bericht speichern"));
+        EXPECT_EQ(ReadFile(path), "alt");
+        Name("a.csv");
+        EXPECT_TRUE(Display::LosesKeyboard("Bericht speichern"));
+        Do("key Return");
+        EXPECT_TRUE(Eventually([&] { return Text(stateText) == "Der Bericht wurde gespeichert."; }));
+        EXPECT_NE(ReadFile(path).find(";1003;Konto;"), std::string::npos);
+        // A name without an ending gets that of the kind that is shown.
+        EXPECT_TRUE(Display::HasKeyboard("Bericht"));
+        EXPECT_TRUE(OpenChooser());
+        Name("Stand 31.12");
+        EXPECT_TRUE(
+            Eventually([&] { return ReadFile(directory.At("Stand 31.12.pdf")).starts_with("%PDF"); }));
+    });
+}
+
+TEST_F(ViewOnScreen, LetsThePersonChooseAgainWhereAFileCannotBeWritten)
+{
+    Show([&] {
+        EXPECT_TRUE(OpenChooser());
+        Name("/proc/a.csv");
+        EXPECT_TRUE(Display::HasKeyboard("MERIDA"));
+        Do("key Return");
+        EXPECT_TRUE(Display::HasKeyboard("Bericht speichern"));
+        Do("key Escape");
+        EXPECT_TRUE(Display::LosesKeyboard("Bericht speichern"));
+        EXPECT_TRUE(Display::HasKeyboard("Bericht"));
+        EXPECT_EQ(Text(stateText), "");
+    });
+}
+
+TEST_F(ViewOnScreen, MayBeClosedWhileItsChooserIsOpen)
+{
+    Show([&] {
+        EXPECT_TRUE(OpenChooser());
+        PostMessageA(view, WM_CLOSE, 0, 0);
+        EXPECT_TRUE(Eventually([&] { return IsWindow(view) == 0; }));
+        EXPECT_TRUE(Display::LosesKeyboard("Bericht"));
+    });
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
+}
+
+TEST_F(ViewOnScreen, EndsWithTheProgramThatShowsItsChooser)
+{
+    testing::internal::CaptureStderr();
+    Show([&] {
+        EXPECT_TRUE(OpenChooser());
+        EXPECT_EQ(KillMarked("vark-ui", directory.Path.string()), 1);
+        EXPECT_TRUE(Eventually([&] { return IsWindow(view) == 0; }));
+    });
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("varkui: the screen has gone"), std::string::npos);
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
+    EXPECT_NE(access(directory.At("Summen- und Saldenliste.pdf").c_str(), F_OK), 0) << "nothing was saved";
 }
 
 TEST_F(ViewOnScreen, FollowsTheSizeOfItsWindow)
@@ -195,7 +233,7 @@ TEST_F(ViewOnScreen, FollowsTheSizeOfItsWindow)
             SendMessageA(shows, PCM_GETAREA, 0, reinterpret_cast<LPARAM>(&into));
         };
         area(before);
-        Do("xdotool windowsize $(xdotool getactivewindow) 700 600");
+        Do("windowsize $(xdotool getactivewindow) 700 600");
         EXPECT_TRUE(Eventually([&] {
             VARKUIAREA now = {};
             area(now);

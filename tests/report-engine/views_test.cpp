@@ -1,4 +1,5 @@
 // Views with windows, as a host opens them and a person - here a script - uses them.
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -216,7 +217,8 @@ TEST_F(Views, SaveAFileOfAnyForm)
                   "text 201 ~/Stand 31.12\n"
                   "press 1\n"),
               "");
-    EXPECT_TRUE(ReadFile(directory.At("Stand 31.12.pdf")).starts_with("%PDF")) << "of the kind that is chosen";
+    EXPECT_TRUE(ReadFile(directory.At("Stand 31.12.pdf")).starts_with("%PDF"))
+        << "of the kind that is chosen";
     EXPECT_TRUE(ReadFile(directory.At("Summen- und Saldenliste.pdf")).starts_with("%PDF"));
     EXPECT_NE(ReadFile(directory.At("Summen- und Saldenliste.csv")).find(";Konto 150;"), std::string::npos);
     EXPECT_NE(ReadFile(directory.At("a.txt")).find("Konto 150"), std::string::npos);
@@ -367,6 +369,69 @@ TEST_F(Views, AsChildrenStandWhereTheHostWantsThem)
     DestroyWindow(frame);
     EXPECT_EQ(IsWindow(view), 0);
     EXPECT_EQ(RSCopyReport(report, susaId, 0), 0) << "the frame's end was the end of view and report";
+}
+
+namespace {
+
+constexpr LONG rowHeight = 38; // of the tool bar
+constexpr int lastInBar = 114;
+
+// What stands in the tool bar, its texts apart.
+std::vector<int> ButtonsAndFields()
+{
+    std::vector<int> ids;
+    for (int id = previousPage; id < lastInBar; ++id) {
+        if (id != pageCount) ids.push_back(id);
+    }
+    return ids;
+}
+
+RECT PlaceIn(HWND view, int id)
+{
+    RECT place = {};
+    GetWindowRect(GetDlgItem(view, id), &place);
+    MapWindowPoints(nullptr, view, reinterpret_cast<POINT *>(&place), 2);
+    return place;
+}
+
+bool Overlap(const RECT &one, const RECT &other)
+{
+    return one.left < other.right && other.left < one.right && one.top < other.bottom &&
+           other.top < one.bottom;
+}
+
+} // namespace
+
+TEST_F(Views, OfAnyWidthHaveTheWholeToolBarInSight)
+{
+    Play("");
+    Fill();
+    HWND frame = MakeFrame();
+    auto *view = static_cast<HWND>(OpenChild(report, frame));
+    for (LONG width = 320; width <= 1200; width += 8) {
+        MoveWindow(view, 0, 0, width, 600, TRUE);
+        LONG bottom = 0;
+        for (const int id : ButtonsAndFields()) {
+            const RECT place = PlaceIn(view, id);
+            EXPECT_NE(IsWindowVisible(GetDlgItem(view, id)), 0) << id << " at " << width;
+            EXPECT_GE(place.left, 0) << id << " at " << width;
+            EXPECT_LE(place.right, width) << id << " at " << width;
+            bottom = std::max(bottom, place.bottom);
+            for (const int other : ButtonsAndFields()) {
+                EXPECT_TRUE(id == other || !Overlap(place, PlaceIn(view, other))) << id << " and " << other;
+            }
+        }
+        const RECT shown = PlaceIn(view, pages);
+        EXPECT_EQ(shown.top, (bottom / rowHeight + 1) * rowHeight) << "the pages begin below the bar";
+        EXPECT_EQ(shown.right, width);
+    }
+    MoveWindow(view, 0, 0, 1000, 600, TRUE);
+    EXPECT_EQ(PlaceIn(view, pages).top, rowHeight) << "a wide bar has one row";
+    MoveWindow(view, 0, 0, 330, 160, TRUE);
+    EXPECT_EQ(PlaceIn(view, pages).top, 2 * rowHeight) << "a low one leaves half of the view to the pages";
+    EXPECT_EQ(IsWindowVisible(GetDlgItem(view, search)), 0);
+    EXPECT_NE(IsWindowVisible(GetDlgItem(view, nextPage)), 0);
+    DestroyWindow(frame);
 }
 
 TEST_F(Views, AsChildrenNeedAParent)
