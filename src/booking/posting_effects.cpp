@@ -1,5 +1,6 @@
 #include "src/booking/posting_effects.h"
 
+#include "src/booking/tax_rates.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
@@ -18,8 +19,6 @@ using text::CopyText;
 using text::SameText;
 
 namespace {
-
-constexpr TableKeyCode taxByCodeAndSequence = KeyCode(TableSteke, 2);
 
 bool IsEmptyTaxKey(uint8_t key) { return (key & ~SteuerVorsteuer) == 0; }
 
@@ -43,14 +42,17 @@ bool FindTaxRow(ThreadContext &context, uint16_t code, const PackedDate &date, u
     return true;
 }
 
-int32_t ZahlungszielOf(ThreadContext &context, const AccountNumber &konto, uint8_t art)
+// The Zahlungsziel of one account, 0 for none. False when the engine failed.
+bool ReadZahlungsziel(ThreadContext &context, const AccountNumber &konto, uint8_t art, int32_t &number)
 {
-    if (art == BuchungSachkonto) return 0;
+    number = 0;
+    if (art == BuchungSachkonto) return true;
     PersonalRecord record{};
     bool found = false;
     const TableId table = art == BuchungKreditor ? TableKred : TableDebi;
-    const bool read = GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, table);
-    return read && found ? record.Zahlungsziel : 0;
+    if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, table)) return false;
+    if (found) number = record.Zahlungsziel;
+    return true;
 }
 
 // The line of a row of the Kostenschablone; `isLast` takes up what rounding left of the net amount. False
@@ -163,8 +165,10 @@ bool RateAt(ThreadContext &context, uint8_t key, const PackedDate &date, SplitRe
 int32_t DefaultZahlungsziel(ThreadContext &context, const AccountNumber &sollkonto,
                             const AccountNumber &habenkonto, uint8_t sollArt, uint8_t habenArt)
 {
-    const int32_t ofSoll = ZahlungszielOf(context, sollkonto, sollArt);
-    return ofSoll != 0 ? ofSoll : ZahlungszielOf(context, habenkonto, habenArt);
+    int32_t number = 0;
+    if (!ReadZahlungsziel(context, sollkonto, sollArt, number)) return 0;
+    if (number == 0) ReadZahlungsziel(context, habenkonto, habenArt, number);
+    return number;
 }
 
 int32_t CheckZahlungsziel(ThreadContext &context, int32_t number)

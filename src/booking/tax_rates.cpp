@@ -7,8 +7,6 @@ namespace vark {
 
 namespace {
 
-constexpr TableKeyCode taxByCodeAndSequence = KeyCode(TableSteke, 2);
-
 bool FindInOpenTable(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
                      bool &found)
 {

@@ -8,6 +8,9 @@
 
 namespace vark {
 
+// The key of steke that holds code and sequence number.
+inline constexpr TableKeyCode taxByCodeAndSequence = KeyCode(TableSteke, 2);
+
 // The rate of `code` (1 to 31) that was valid at `date`: the newest one that had begun by then. `row` gets
 // its record. False for a failure of the record store; `found` tells whether there is such a rate. Opens and
 // closes steke.

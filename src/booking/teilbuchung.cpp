@@ -1,6 +1,7 @@
 #include "src/booking/teilbuchung.h"
 
 #include "src/booking/account_queries.h"
+#include "src/booking/tax_rates.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -55,10 +56,8 @@ int32_t SettleKnownRate(ThreadContext &context, TeilbuchungWork &work, uint8_t k
     StekeRecord &older = context.TaxRow;
     const auto folge = static_cast<uint16_t>(image.Steuerfolge + 1);
     bool found = false;
-    if (!GetEqual(context, &older, KeyOfShortNumber(image.Steuerschluessel, folge), found,
-                  KeyCode(TableSteke, 2))) {
-        return engineFailure;
-    }
+    const KeyBuffer next = KeyOfShortNumber(image.Steuerschluessel, folge);
+    if (!GetEqual(context, &older, next, found, taxByCodeAndSequence)) return engineFailure;
     if (!found || !SameText(given, older.Satz)) {
         work.Class = SteuerSonstigerSatz;
         return 1;

@@ -30,9 +30,9 @@
 //      8    7  Buchungsdatum
 //     15    7  ZweitesDatum       equal to the first at entry; the date of the cost lines comes from it
 //     22    9  Beleg
-//     31    2  Splitseite         u16, side that all Teilbuchungen share: 128 Soll, 256 Haben, 0 for a single
-//     one 33    2  Anzahl             i16, number of Teilbuchungen 35  143  Teil               the first
-//     Teilbuchung
+//     31    2  Splitseite         u16, side that all Teilbuchungen share: 128 Soll, 256 Haben, 0 none
+//     33    2  Anzahl             i16, number of Teilbuchungen
+//     35  143  Teil               the first Teilbuchung
 //    178    5  Waehrung           currency of the personal account, if it has one
 //    183   13  Waehrungsbetrag    the amount in that currency
 //    196   14  Reserved196
@@ -85,8 +85,8 @@
 //     11    7  Belegdatum         PackedDate, stands in where Datum is empty
 //
 // stapel, 64 bytes, one Stapel (table 17):
-//      0    4  Nummer             i32, given by the engine at Insert, key 0; up to 15 belong to the
-//      application 4   32  Name
+//      0    4  Nummer             i32, given by the engine at Insert, key 0; 1 to 15 are the application's
+//      4   32  Name
 //     36    2  Intervall          i16, months after which a recurring Stapel is due, 0 for none
 //     38   26  Reserved38
 //

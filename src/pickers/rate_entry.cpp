@@ -54,29 +54,11 @@ constexpr varkui::DialogControl controls[] = {
 constexpr varkui::DialogTable dialogTable = {131,      "Fremdwährungsverwaltung"_w, 256, 209,
                                              controls, std::size(controls),         0};
 
-using Waehrung = char[sizeof KurseRecord::Waehrung];
-
 struct RateDialog {
     ThreadContext &Context;
-    Waehrung Shown;       // the currency whose rates the list shows
-    Waehrung Provisional; // typed, entered into the list of currencies and without a rate so far
+    WaehrungText Shown;       // the currency whose rates the list shows
+    WaehrungText Provisional; // typed, entered into the list of currencies and without a rate so far
 };
-
-// Key 0: the currency in five bytes filled with NUL, then the date.
-KeyBuffer KeyOfRate(const Waehrung &waehrung, const char *sortDate, size_t length)
-{
-    KeyBuffer key{};
-    Waehrung filled;
-    CopyText(filled, waehrung);
-    std::memcpy(key.Bytes, filled, sizeof filled);
-    std::memcpy(key.Bytes + sizeof filled, sortDate, length);
-    return key;
-}
-
-KeyBuffer KeyOfRate(const KurseRecord &record)
-{
-    return KeyOfRate(record.Waehrung, record.Datum, sizeof record.Datum);
-}
 
 // A row stands for its date: a row's text has no century.
 int32_t NumberOfDate(const SortDate &date)
@@ -114,16 +96,15 @@ void FillWaehrungen(HWND dialog, const RateDialog &state)
     HoldDrawing(dialog, waehrungField);
     bool read = GetGreaterEqualF(state.Context, &record, KeyBuffer{}, found, TableKurse);
     while (read && found) {
-        Waehrung waehrung;
+        WaehrungText waehrung;
         CopyText(waehrung, record.Waehrung);
         if (SendText(dialog, waehrungField, CB_ADDSTRING, 0, waehrung) < 0) {
             ShowMessage(1400, 0, nullptr, -1);
             break;
         }
         // Behind every date of this currency.
-        constexpr char lastDate[] = {'\xFF', '\xFF', '\xFF', '\xFF', '\xFF', '\xFF'};
-        const KeyBuffer key = KeyOfRate(waehrung, lastDate, sizeof lastDate);
-        read = GetGreaterF(state.Context, &record, key, found, TableKurse);
+        constexpr SortDate lastDate = {'\xFF', '\xFF', '\xFF', '\xFF', '\xFF', '\xFF'};
+        read = GetGreaterF(state.Context, &record, KeyOfRate(waehrung, lastDate), found, TableKurse);
     }
     ResumeDrawing(dialog, waehrungField);
 }
@@ -145,7 +126,7 @@ int AddRates(HWND dialog, const RateDialog &state, KurseRecord &last)
     bool found = false;
     bool fits = true;
     int count = 0;
-    if (!GetGreaterEqualF(state.Context, &record, KeyOfRate(state.Shown, "", 0), found, TableKurse))
+    if (!GetGreaterEqualF(state.Context, &record, KeyOfRate(state.Shown, SortDate{}), found, TableKurse))
         return -1;
     while (fits && found && SameText(record.Waehrung, state.Shown)) {
         last = record;
@@ -200,7 +181,7 @@ void ShowRatesOf(HWND dialog, RateDialog &state, const char *waehrung)
 
 // ---- Opening ----
 
-// False when kurse cannot be read; the dialog then ends before it is seen.
+// False when the focus has been set.
 bool Begin(HWND dialog, RateDialog &state)
 {
     ThreadContext &context = state.Context;
@@ -216,17 +197,20 @@ bool Begin(HWND dialog, RateDialog &state)
         SendText(dialog, unitsField, CB_ADDSTRING, 0, each);
     }
     if (context.PendingRateDate[0] == 0) {
-        SetDlgItemTextA(dialog, dateField, context.TodayLong);
+        // In the form of the books, as this dialog has always done: not what a person would type, and to be
+        // typed over. Who opens the dialog for a person makes today the pending date.
+        SetDlgItemTextA(dialog, dateField, context.TodayPacked);
         return true;
     }
     // With four digits of the year: of two, "00" would not be read as a year.
     DateText date;
     FormatDate(context.PendingRateDate, date, true, context.FirstFiscalMonth);
     SetDlgItemTextA(dialog, dateField, date);
-    Waehrung waehrung;
+    WaehrungText waehrung;
     CopyText(waehrung, context.PendingWaehrung);
     context.PendingRateDate[0] = 0;
     context.PendingWaehrung[0] = 0;
+    if (waehrung[0] == 0) return true;
     SetDlgItemTextA(dialog, waehrungField, waehrung);
     ShowRatesOf(dialog, state, waehrung);
     SetFocus(GetDlgItem(dialog, kursField));
@@ -257,15 +241,14 @@ Clash FindClash(ThreadContext &context, const KurseRecord &rate)
 {
     KurseRecord other;
     bool found = false;
-    if (!GetEqual(context, &other, KeyOfRate(rate), found, TableKurse)) return Clash::Unreadable;
+    if (!GetEqual(context, &other, KeyOfRate(rate.Waehrung, rate.Datum), found, TableKurse))
+        return Clash::Unreadable;
     if (found && other.Durchschnitt == 0) return Clash::SameDay;
     KurseRecord first = rate;
-    first.Datum[4] = '0';
-    first.Datum[5] = '1';
-    if (!GetGreaterEqualF(context, &other, KeyOfRate(first), found, TableKurse)) return Clash::Unreadable;
-    constexpr size_t yearAndMonth = 4;
-    const bool isInMonth = found && SameText(other.Waehrung, rate.Waehrung) &&
-                           std::memcmp(other.Datum, rate.Datum, yearAndMonth) == 0;
+    BeginOfMonth(first.Datum);
+    if (!GetGreaterEqualF(context, &other, KeyOfRate(first.Waehrung, first.Datum), found, TableKurse))
+        return Clash::Unreadable;
+    const bool isInMonth = found && IsRateOfMonth(other, rate.Waehrung, rate.Datum);
     if (!isInMonth || (other.Durchschnitt == 0 && rate.Durchschnitt == 0)) return Clash::None;
     return other.Durchschnitt != 0 && rate.Durchschnitt != 0 ? Clash::SameMonth : Clash::SameDay;
 }
@@ -280,7 +263,7 @@ bool RefuseClash(ThreadContext &context, const KurseRecord &rate)
 
 bool ReadRate(HWND dialog, const RateDialog &state, KurseRecord &rate)
 {
-    Waehrung waehrung;
+    WaehrungText waehrung;
     GetDlgItemTextA(dialog, waehrungField, waehrung, sizeof waehrung);
     if (waehrung[0] == 0) {
         ShowMessage(1451, waehrungField, nullptr, -1);
@@ -331,7 +314,7 @@ void DeleteRate(HWND dialog, RateDialog &state)
     }
     SortDate date;
     DateOfNumber(NumberOfLine(dialog, rateList, line), date);
-    if (!DeleteFromBooks(state.Context, KeyOfRate(state.Shown, date, sizeof date))) {
+    if (!DeleteFromBooks(state.Context, KeyOfRate(state.Shown, date))) {
         ShowMessage(1455, 0, nullptr, -1);
         return;
     }

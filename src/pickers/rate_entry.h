@@ -14,8 +14,8 @@ namespace vark {
 bool FindRateOrAsk(ThreadContext &context, HWND owner, KurseRecord &record, const char *waehrung,
                    const PackedDate &date);
 
-// Runs the dialog for the Mandant in force. What stands in context.PendingWaehrung and PendingRateDate is
-// offered for entry and taken away; without it the dialog begins with today.
+// Runs the dialog for the Mandant in force. What stands in context.PendingRateDate and PendingWaehrung is
+// offered for entry and taken away; without a date the dialog begins with TodayPacked.
 void RunRateDialog(ThreadContext &context, HWND owner);
 
 } // namespace vark

@@ -13,39 +13,19 @@
 namespace vark {
 
 using text::CopyText;
+using text::SameText;
 
 namespace {
 
-// Key 0: the currency in five bytes filled with NUL, then the date.
-struct RateKey {
-    char Waehrung[sizeof KurseRecord::Waehrung];
-    SortDate Datum;
-};
-
-KeyBuffer KeyOf(const RateKey &rate)
-{
-    KeyBuffer key{};
-    std::memcpy(key.Bytes, rate.Waehrung, sizeof rate.Waehrung);
-    std::memcpy(key.Bytes + sizeof rate.Waehrung, rate.Datum, sizeof rate.Datum);
-    return key;
-}
-
-bool IsInMonth(const KurseRecord &record, const RateKey &wanted)
-{
-    constexpr size_t yearAndMonth = 4;
-    return std::memcmp(record.Datum, wanted.Datum, yearAndMonth) == 0 &&
-           std::strncmp(record.Waehrung, wanted.Waehrung, sizeof record.Waehrung) == 0;
-}
-
-bool FindInOpenTable(ThreadContext &context, KurseRecord &record, RateKey &wanted)
+bool FindInOpenTable(ThreadContext &context, KurseRecord &record, const WaehrungText &waehrung,
+                     SortDate &date)
 {
     bool found = false;
-    if (!GetEqual(context, &record, KeyOf(wanted), found, TableKurse)) return false;
+    if (!GetEqual(context, &record, KeyOfRate(waehrung, date), found, TableKurse)) return false;
     if (found) return true;
-    wanted.Datum[4] = '0';
-    wanted.Datum[5] = '1';
-    if (!GetGreaterEqualF(context, &record, KeyOf(wanted), found, TableKurse)) return false;
-    while (found && IsInMonth(record, wanted)) {
+    BeginOfMonth(date);
+    if (!GetGreaterEqualF(context, &record, KeyOfRate(waehrung, date), found, TableKurse)) return false;
+    while (found && IsRateOfMonth(record, waehrung, date)) {
         if (record.Durchschnitt != 0) return true;
         if (!GetNextF(context, &record, found, TableKurse)) return false;
     }
@@ -53,6 +33,26 @@ bool FindInOpenTable(ThreadContext &context, KurseRecord &record, RateKey &wante
 }
 
 } // namespace
+
+KeyBuffer KeyOfRate(const WaehrungText &waehrung, const SortDate &date)
+{
+    KeyBuffer key{};
+    CopyText(key.Bytes, sizeof waehrung, waehrung, sizeof waehrung);
+    std::memcpy(key.Bytes + sizeof waehrung, date, sizeof date);
+    return key;
+}
+
+void BeginOfMonth(SortDate &date)
+{
+    date[4] = '0';
+    date[5] = '1';
+}
+
+bool IsRateOfMonth(const KurseRecord &record, const WaehrungText &waehrung, const SortDate &date)
+{
+    constexpr size_t yearAndMonth = 4;
+    return std::memcmp(record.Datum, date, yearAndMonth) == 0 && SameText(record.Waehrung, waehrung);
+}
 
 int32_t CodeOfUnits(int32_t units)
 {
@@ -65,11 +65,12 @@ int32_t CodeOfUnits(int32_t units)
 bool FindRate(ThreadContext &context, KurseRecord &record, const char *waehrung, const PackedDate &date)
 {
     if (!OpenTable(context, TableKurse)) return false;
-    RateKey wanted;
-    CopyText(wanted.Waehrung, waehrung);
-    CopyText(wanted.Datum, date);
-    ToSortDate(wanted.Datum);
-    const bool found = FindInOpenTable(context, record, wanted);
+    WaehrungText wanted;
+    CopyText(wanted, waehrung);
+    SortDate day;
+    CopyText(day, date);
+    ToSortDate(day);
+    const bool found = FindInOpenTable(context, record, wanted, day);
     CloseTable(context, TableKurse);
     return found;
 }

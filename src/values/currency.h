@@ -23,6 +23,18 @@ constexpr int32_t UnitsOfCode(int32_t code)
 }
 int32_t CodeOfUnits(int32_t units);
 
+// A currency's code, up to four characters.
+using WaehrungText = char[sizeof KurseRecord::Waehrung];
+
+// Key 0 of kurse: the currency filled with NUL, then the date; an empty one comes before all of them.
+KeyBuffer KeyOfRate(const WaehrungText &waehrung, const SortDate &date);
+
+// Makes a date the first day of its month.
+void BeginOfMonth(SortDate &date);
+
+// Whether a rate is one of the currency and of the month in which `date` lies.
+bool IsRateOfMonth(const KurseRecord &record, const WaehrungText &waehrung, const SortDate &date);
+
 // The rate of a currency at a date: that of the very day or, failing that, the average rate of its month. A
 // rate of another day never stands in. `waehrung` is cut to four characters. False when there is none or the
 // record store failed; `record` then holds nothing of use. Opens and closes kurse.

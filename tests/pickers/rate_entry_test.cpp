@@ -78,7 +78,7 @@ TEST(RateDialog, OpensWithTodayAndTheListOfCurrencies)
         expect rows 30127 6
         expect rows 30122 0
         expect unchecked 30126
-        expect text 22994 15.06.1998
+        expect text 22994 150618
         expect text 30125
         select 30119 0
         expect text 30119 FRF
@@ -107,7 +107,7 @@ TEST(RateDialog, OffersThePendingRateOnce)
         expect text 30127 1
         press 2
         expect focus 30119
-        expect text 22994 15.06.1998
+        expect text 22994 150618
         expect text 30119
         close
     )");
@@ -119,6 +119,17 @@ TEST(RateDialog, OffersThePendingRateOnce)
     EXPECT_STREQ("", context.PendingRateDate);
     EXPECT_STREQ("", context.PendingWaehrung);
     RunRateDialog(context, nullptr);
+    EXPECT_EQ("", books.Trouble());
+}
+
+TEST(RateDialog, APendingDateWithoutACurrencyLeavesTheFocusOnTheCurrency)
+{
+    PickBooks books("expect focus 30119\nexpect text 22994 15.03.1998\nexpect text 30119\npress 2\n");
+    AddRates(books);
+    ThreadContext &context = Bound();
+    text::CopyText(context.PendingRateDate, "150318");
+    RunRateDialog(context, nullptr);
+    EXPECT_STREQ("", context.PendingRateDate);
     EXPECT_EQ("", books.Trouble());
 }
 

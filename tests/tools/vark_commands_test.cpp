@@ -404,16 +404,18 @@ TEST_F(VarkCommands, TheDialogOfTheRatesOpensForAPerson)
     const fs::path log = Directory.Path / "log";
     WriteFile(script, "dialog 131\n"
                       "expect title Fremdwährungsverwaltung\n"
+                      "expect text 22994 15.06.1998\n"
                       "text 30119 NOK\n"
                       "text 22994 15.03.1998\n"
                       "text 30125 24,10\n"
                       "press 1\n"
                       "press 2\n");
-    const Result result =
-        tests::Run({VARK_PROGRAM,
-                    {"--config", Books.string(), "kurse", "--mandant", "1", "--dialog"},
-                    "",
-                    {{"VARK_UI", "script:" + script.string()}, {"VARK_UI_LOG", log.string()}}});
+    const Result result = tests::Run({VARK_PROGRAM,
+                                      {"--config", Books.string(), "kurse", "--mandant", "1", "--dialog"},
+                                      "",
+                                      {{"VARK_UI", "script:" + script.string()},
+                                       {"VARK_UI_LOG", log.string()},
+                                       {"VARK_HEUTE", "15.06.1998"}}});
     EXPECT_EQ(0, result.ExitCode) << result.Err;
     EXPECT_EQ("", result.Err);
     EXPECT_TRUE(Contains(ReadFile(log), "dialog 131 Fremdwährungsverwaltung\n"));

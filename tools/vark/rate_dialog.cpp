@@ -8,6 +8,8 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/pickers/rate_entry.h"
+#include "src/values/dates.h"
+#include "text/fixed_text.h"
 #include "tools/common/exit_codes.h"
 
 #include <charconv>
@@ -31,6 +33,12 @@ int main(int argumentCount, char **arguments)
     context->ShowMessages = 1;
     FistaRecord fista;
     if (SelectMandantOrReport(*context, mandant, fista) < 1) return tools::ExitRefused;
+    // The dialog begins with today as a person writes it.
+    char today[sizeof context->TodayLong];
+    text::CopyText(today, context->TodayLong);
+    if (ParseDateText(*context, today, sizeof today, false) == DateGood) {
+        text::CopyText(context->PendingRateDate, today);
+    }
     RunRateDialog(*context, nullptr);
     return tools::ExitGood;
 }
