@@ -708,10 +708,7 @@ BOOL EndDialog(HWND dialog, INT_PTR result)
         }
         WakeThread(found->Thread);
     }
-    if (!mine) {
-        PostMessageA(dialog, WM_NULL, 0, 0); // its loop looks again
-        return TRUE;
-    }
+    if (!mine) return TRUE;
     // The owner comes back before the dialog goes, so that it is the one to be active next.
     if (disabled != nullptr) EnableWindow(disabled, TRUE);
     ShowWindow(dialog, SW_HIDE);

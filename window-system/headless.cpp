@@ -44,7 +44,6 @@ void Force(Window *dialog)
     }
     loop->Ended = true;
     loop->Result = 0;
-    Post(dialog, WM_NULL, 0, 0);
 }
 
 // One step towards an end, each further than the last: a thread never waits here for somebody to come.

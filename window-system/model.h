@@ -250,6 +250,7 @@ struct ModalLoop {
     HWND Dialog;
     HWND Disabled; // the owner, to be enabled again; null when it was disabled before
     bool Ended;
+    bool Told; // that it has ended, to a thread that waited for messages
     INT_PTR Result;
     ModalLoop *Outer;
 };

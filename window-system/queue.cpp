@@ -239,6 +239,16 @@ bool TakePosted(Thread *thread, const Filter &filter, bool remove, MSG &message)
 
 enum class Taken : unsigned char { Nothing, Message, Quit };
 
+// Whether the innermost modal loop has come to its end since the thread began to wait: by what another thread
+// did, or by what this one did about a message sent to it. No message need follow, so it is told, once.
+bool TellEndOfLoop(const Thread *thread)
+{
+    ModalLoop *loop = thread->Modal;
+    if (loop == nullptr || loop->Told) return false;
+    loop->Told = loop->Ended || Find(loop->Dialog) == nullptr;
+    return loop->Told;
+}
+
 Taken TakeMessage(const Filter &filter, bool wait, bool remove, MSG &message)
 {
     Lock();
@@ -264,6 +274,11 @@ Taken TakeMessage(const Filter &filter, bool wait, bool remove, MSG &message)
             static_cast<void>(got);
         }
         if (!wait) break;
+        if (TellEndOfLoop(thread)) {
+            message = MSG{}; // WM_NULL
+            taken = Taken::Message;
+            break;
+        }
         if (AskFrontEnd(thread)) continue;
         if (thread->FirstSent != nullptr || thread->Quit) continue;
         MSG ignored = {};

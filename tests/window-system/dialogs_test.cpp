@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <string>
 #include <thread>
 #include <vector>
@@ -339,6 +340,28 @@ TEST_F(Dialogs, EndWithAnotherThreadsEndDialog)
         return INT_PTR{message == WM_COMMAND}; // nothing else ends it
     });
     EXPECT_EQ(result, 77);
+}
+
+// What another thread sends is handled while the dialog's thread waits for messages; no message follows it.
+TEST_F(Dialogs, EndWithWhatTheyDoAboutASentMessage)
+{
+    for (const bool destroyed : {false, true}) {
+        std::thread sender;
+        const INT_PTR result = RunTable(table, [&](HWND dialog, UINT message, WPARAM, LPARAM) {
+            if (message == WM_INITDIALOG) {
+                pollfd arrives = {VarkUiDescriptor(), POLLIN, 0};
+                MSG ignored = {};
+                PeekMessageA(&ignored, nullptr, 0, 0, PM_NOREMOVE);
+                sender = std::thread([dialog] { SendMessageA(dialog, WM_USER, 0, 0); });
+                EXPECT_EQ(poll(&arrives, 1, -1), 1);
+            }
+            if (message == WM_USER && destroyed) DestroyWindow(dialog);
+            if (message == WM_USER && !destroyed) EndDialog(dialog, 7);
+            return INT_PTR{message == WM_COMMAND}; // nothing else ends it
+        });
+        sender.join();
+        EXPECT_EQ(result, destroyed ? 0 : 7);
+    }
 }
 
 TEST_F(Dialogs, HandTheEndOfTheProgramOn)
