@@ -1,6 +1,7 @@
 // Random calls with random handles from several threads at once. The window system checks its own invariants
 // at both ends of every change (in builds with assertions), and the sanitizers watch; here nothing may crash,
 // hang, or survive its thread.
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -18,9 +19,11 @@ namespace {
 
 constexpr int handleCount = 64;
 std::atomic<HWND> handles[handleCount]; // windows of all threads, many of them dead
+std::atomic<HWND> dead[handleCount / 4];
 
 thread_local std::mt19937 random;
-thread_local int depth; // of procedures in procedures
+thread_local int depth;              // of procedures in procedures
+thread_local std::vector<HWND> mine; // windows that this thread has made since it last destroyed them all
 
 int Below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
 
@@ -30,13 +33,34 @@ HWND AnyHandle()
     case 0: return nullptr;
     case 1: return reinterpret_cast<HWND>(static_cast<uintptr_t>(random()));
     case 2: return reinterpret_cast<HWND>(~static_cast<uintptr_t>(random()));
+    case 3: return dead[Below(handleCount / 4)];
     default: return handles[Below(handleCount)];
     }
 }
 
+void Destroy(HWND window)
+{
+    if (DestroyWindow(window) != FALSE) dead[Below(handleCount / 4)] = window;
+}
+
+void DestroyMineInAnyOrder()
+{
+    std::vector<HWND> windows;
+    windows.swap(mine); // handlers make and destroy others meanwhile
+    std::shuffle(windows.begin(), windows.end(), random);
+    for (HWND each : windows) {
+        Destroy(each);
+    }
+}
+
+// Windows are kept few, so that a handle mostly leads to one that is near to others.
 void Keep(HWND window)
 {
-    if (window != nullptr) handles[Below(handleCount)] = window;
+    constexpr size_t most = 60;
+    if (window == nullptr) return;
+    handles[Below(handleCount)] = window;
+    mine.push_back(window);
+    if (mine.size() > most) DestroyMineInAnyOrder();
 }
 
 void DoAnything();
@@ -47,7 +71,7 @@ void ActNowAndThen(HWND window)
     if (depth >= 3 || Below(6) != 0) return;
     ++depth;
     if (Below(4) == 0) {
-        DestroyWindow(window);
+        Destroy(window);
     } else {
         DoAnything();
     }
@@ -147,35 +171,86 @@ void Pump(int most)
     }
 }
 
-void TouchState()
+void ReadState()
 {
     HWND window = AnyHandle();
     RECT rectangle = {};
+    POINT point = {};
     char text[20];
-    switch (Below(12)) {
-    case 0: SetPropA(window, "Eigenschaft", &rectangle); break;
-    case 1: RemovePropA(window, "eigenschaft"); break;
-    case 2: SetWindowTextA(window, "neuer Text"); break;
+    switch (Below(18)) {
+    case 0: GetPropA(window, "eigenschaft"); break;
+    case 1: GetWindowLongPtrA(window, Below(40) - 24); break;
+    case 2: GetWindowLongA(window, Below(40) - 24); break;
     case 3: GetWindowTextA(window, text, sizeof text); break;
     case 4: GetWindowRect(window, &rectangle); break;
+    case 5: GetClientRect(window, &rectangle); break;
+    case 6: GetClassNameA(window, text, sizeof text); break;
+    case 7: GetClassLongPtrA(window, -24 + Below(8)); break;
+    case 8: GetNextDlgTabItem(window, AnyHandle(), Below(2)); break;
+    case 9: GetNextDlgGroupItem(window, AnyHandle(), Below(2)); break;
+    case 10: GetWindow(window, static_cast<UINT>(Below(7))); break;
+    case 11: GetDlgItemTextA(window, 10 + Below(6), text, sizeof text); break;
+    case 12: GetDlgItemInt(window, 10, nullptr, Below(2)); break;
+    case 13: MapWindowPoints(window, AnyHandle(), &point, 1); break;
+    case 14: IsChild(window, AnyHandle()); break;
+    case 15: IsDlgButtonChecked(window, 11 + Below(2)); break;
+    case 16: MapDialogRect(window, &rectangle); break;
+    default:
+        EnumChildWindows(
+            window,
+            [](HWND child, LPARAM) {
+                ActNowAndThen(child);
+                return BOOL{Below(8) != 0};
+            },
+            0);
+        break;
+    }
+}
+
+void TouchState()
+{
+    HWND window = AnyHandle();
+    int value = 0;
+    switch (Below(18)) {
+    case 0: SetPropA(window, "Eigenschaft", &value); break;
+    case 1: RemovePropA(window, "eigenschaft"); break;
+    case 2: SetWindowTextA(window, "neuer Text"); break;
+    case 3: SetWindowLongPtrA(window, GWLP_USERDATA, Below(100)); break;
+    case 4: SetWindowLongPtrA(window, DWLP_MSGRESULT, Below(100)); break; // or the first extra bytes
     case 5: SetWindowLongPtrA(window, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(AnyHandle())); break;
     case 6: SetWindowLongPtrA(window, GWL_EXSTYLE, static_cast<LONG>(random())); break;
-    case 7: GetNextDlgTabItem(window, AnyHandle(), Below(2)); break;
-    case 8: GetNextDlgGroupItem(window, AnyHandle(), Below(2)); break;
-    case 9: GetWindow(window, static_cast<UINT>(Below(7))); break;
+    case 7: SetWindowLongA(window, GWL_ID, Below(20)); break;
+    case 8: SetWindowLongA(window, 4, Below(100)); break;
+    case 9: CheckDlgButton(window, 11 + Below(2), static_cast<UINT>(Below(3))); break;
     case 10: CheckRadioButton(window, 11, 12, 11 + Below(2)); break;
+    case 11: SetDlgItemTextA(window, 10 + Below(6), "Text"); break;
+    case 12: BringWindowToTop(window); break;
+    case 13: SetForegroundWindow(window); break;
+    case 14: MoveWindow(window, Below(100), Below(100), Below(200), Below(200), TRUE); break;
+    case 15: InvalidateRect(window, nullptr, TRUE); break;
+    case 16: DefDlgProcA(window, static_cast<UINT>(Below(0x120)), static_cast<WPARAM>(Below(5)), 0); break;
     default: SetDlgItemInt(window, 10, static_cast<UINT>(random()), TRUE); break;
     }
+}
+
+// Boxes run a loop of their own, whose end the end of the program may be.
+void AskOrQuit()
+{
+    if (Below(4) == 0) PostQuitMessage(Below(3));
+    if (Below(4) != 0 || depth >= 2) return;
+    ++depth;
+    MessageBoxA(AnyHandle(), "Frage", "Wild", static_cast<UINT>(Below(7)));
+    --depth;
 }
 
 void DoAnything()
 {
     HWND window = AnyHandle();
-    switch (Below(16)) {
+    switch (Below(18)) {
     case 0:
     case 1: MakeWindow(); break;
     case 2: MakeDialogOrRun(); break;
-    case 3: DestroyWindow(window); break;
+    case 3: Destroy(window); break;
     case 4: SetParent(window, AnyHandle()); break;
     case 5:
         SetWindowPos(window, AnyHandle(), Below(100), Below(100), Below(100) - 5, Below(100),
@@ -189,6 +264,8 @@ void DoAnything()
     case 11: FillList(); break;
     case 12: TouchState(); break;
     case 13: Pump(20); break;
+    case 14: ReadState(); break;
+    case 15: AskOrQuit(); break;
     default: SendAnything(); break;
     }
 }
@@ -219,6 +296,9 @@ void RunThreads(int threadCount, unsigned seed)
             for (int step = 0; step < Steps(); ++step) {
                 DoAnything();
             }
+            // Half of them by hand; the rest goes with the thread.
+            mine.resize(mine.size() / 2);
+            DestroyMineInAnyOrder();
         });
     }
     for (std::thread &each : threads) {
@@ -231,13 +311,6 @@ void RunThreads(int threadCount, unsigned seed)
 
 struct Random : testing::Test {
     FrontEndSetup frontEnd;
-
-    Random()
-    {
-        if (std::getenv("VARK_SEED") == nullptr) {
-            EXPECT_NE(freopen("/dev/null", "w", stderr), nullptr);
-        }
-    } // boxes and complaints of headless
 };
 
 } // namespace

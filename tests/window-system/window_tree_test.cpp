@@ -459,6 +459,69 @@ TEST_F(Windows, StayDeadWhenTheirHandleIsUsedOn)
     EXPECT_FALSE(SetWindowPos(window, nullptr, 0, 0, 0, 0, 0));
 }
 
+TEST_F(Windows, AreNothingToAnyCallWhenTheyAreDead)
+{
+    HWND window = Make("a");
+    HWND living = Make("b");
+    int value = 0;
+    EXPECT_TRUE(SetPropA(window, "Eigenschaft", &value));
+    SetWindowLongPtrA(window, GWLP_USERDATA, 5);
+    DestroyWindow(window);
+    EXPECT_EQ(GetPropA(window, "Eigenschaft"), nullptr);
+    EXPECT_FALSE(SetPropA(window, "Eigenschaft", &value));
+    EXPECT_EQ(RemovePropA(window, "Eigenschaft"), nullptr);
+    for (const int index : {GWLP_USERDATA, GWLP_WNDPROC, GWLP_HWNDPARENT, GWL_STYLE, GWL_ID, 0}) {
+        EXPECT_EQ(GetWindowLongPtrA(window, index), 0) << index;
+        EXPECT_EQ(SetWindowLongPtrA(window, index, 7), 0) << index;
+        EXPECT_EQ(GetWindowLongPtrA(window, index), 0) << index;
+        EXPECT_EQ(GetWindowLongA(window, index), 0) << index;
+    }
+    EXPECT_EQ(GetClassLongPtrA(window, GCL_CBWNDEXTRA), 0u);
+    char text[20] = "unberührt";
+    EXPECT_EQ(GetWindowTextA(window, text, sizeof text), 0);
+    EXPECT_STREQ(text, "");
+    EXPECT_FALSE(SetWindowTextA(window, "neu"));
+    EXPECT_EQ(GetWindowTextLengthA(window), 0);
+    EXPECT_EQ(GetClassNameA(window, text, sizeof text), 0);
+    EXPECT_EQ(GetParent(window), nullptr);
+    EXPECT_EQ(SetParent(window, living), nullptr);
+    EXPECT_EQ(SetParent(living, window), nullptr);
+    for (UINT relation = 0; relation < 7; ++relation) {
+        EXPECT_EQ(GetWindow(window, relation), nullptr) << relation;
+    }
+    EXPECT_FALSE(IsChild(window, living));
+    EXPECT_FALSE(IsChild(living, window));
+    EXPECT_FALSE(IsWindowVisible(window));
+    EXPECT_FALSE(IsWindowEnabled(window));
+    RECT rectangle = {1, 2, 3, 4};
+    EXPECT_FALSE(GetWindowRect(window, &rectangle));
+    EXPECT_FALSE(GetClientRect(window, &rectangle));
+    EXPECT_FALSE(MapDialogRect(window, &rectangle));
+    EXPECT_EQ(rectangle.right, 3);
+    EXPECT_FALSE(MoveWindow(window, 1, 1, 1, 1, FALSE));
+    EXPECT_FALSE(BringWindowToTop(window));
+    EXPECT_FALSE(SetForegroundWindow(window));
+    EXPECT_EQ(SetActiveWindow(window), nullptr);
+    EXPECT_EQ(GetDlgItem(window, 1), nullptr);
+    EXPECT_EQ(GetDlgCtrlID(window), 0);
+    EXPECT_FALSE(SetDlgItemTextA(window, 1, "neu"));
+    EXPECT_EQ(SendDlgItemMessageA(window, 1, WM_GETTEXTLENGTH, 0, 0), 0);
+    EXPECT_EQ(IsDlgButtonChecked(window, 1), 0u);
+    EXPECT_EQ(GetNextDlgTabItem(window, nullptr, FALSE), nullptr);
+    EXPECT_FALSE(EndDialog(window, 1));
+    MSG message = {};
+    EXPECT_FALSE(IsDialogMessageA(window, &message));
+    message.hwnd = window;
+    message.message = WM_USER;
+    EXPECT_EQ(DispatchMessageA(&message), 0);
+    EXPECT_EQ(GetMessageA(&message, window, 0, 0), -1); // instead of waiting for what can never come
+    EXPECT_EQ(Make("child", window, WS_CHILD), nullptr);
+    HWND unowned = Make("unowned", window);
+    EXPECT_EQ(GetWindow(unowned, GW_OWNER), nullptr);
+    EXPECT_TRUE(DestroyWindow(unowned));
+    EXPECT_TRUE(DestroyWindow(living));
+}
+
 TEST_F(Windows, MayBeDestroyedByTheirOwnHandlers)
 {
     WNDCLASSA suicidal = {};
