@@ -63,7 +63,7 @@ KindStyle StyleOf(DialogControlKind kind)
 {
     constexpr uint32_t always = WS_CHILD | WS_VISIBLE;
     constexpr uint32_t tab = always | WS_TABSTOP;
-    constexpr uint32_t list = tab | WS_VSCROLL | LBS_NOTIFY | LBS_USETABSTOPS | LBS_NOINTEGRALHEIGHT;
+    constexpr uint32_t list = tab | WS_VSCROLL | LBS_NOTIFY | LBS_USETABSTOPS;
     switch (kind) {
     case DialogControlKind::Text: return {staticClass, always | SS_LEFT, 0};
     case DialogControlKind::TextRight: return {staticClass, always | SS_RIGHT, 0};

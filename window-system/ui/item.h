@@ -44,6 +44,7 @@ constexpr uint32_t statics = 0x1F, staticCenter = 1, staticRight = 2, staticLine
                    staticNoPrefix = 0x80;
 constexpr uint32_t editMultiline = 4, editPassword = 0x20, editReadOnly = 0x800, editWantReturn = 0x1000,
                    editNumber = 0x2000;
+constexpr uint32_t listAnyHeight = 0x100;
 constexpr uint32_t comboTypes = 3, comboList = 3;
 
 struct Item {

@@ -84,4 +84,13 @@ int WidthOf(GtkWidget *widget, const std::string &text)
     return width;
 }
 
+int HeightOfLine(GtkWidget *widget)
+{
+    PangoLayout *layout = gtk_widget_create_pango_layout(widget, "A");
+    int height = 0;
+    pango_layout_get_pixel_size(layout, nullptr, &height);
+    g_object_unref(layout);
+    return height;
+}
+
 } // namespace ui

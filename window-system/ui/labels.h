@@ -21,4 +21,7 @@ std::string BrokenIntoLines(GtkWidget *widget, const std::string &text, int most
 // The width of a text in pixels as a label in `widget` has it.
 int WidthOf(GtkWidget *widget, const std::string &text);
 
+// The height of a line of it.
+int HeightOfLine(GtkWidget *widget);
+
 } // namespace ui

@@ -104,7 +104,7 @@ void SetColumns(Item *item)
     item->Columns = nullptr;
     if (item->TabStops.empty()) return;
     const std::vector<std::string> widest = WidestTexts(item);
-    const int gap = WidthOf(item->Control, "n");
+    const int gap = WidthOf(item->Control, "nn");
     item->Columns = pango_tab_array_new(static_cast<int>(widest.size()), TRUE);
     int start = 0;
     for (size_t i = 0; i < widest.size(); ++i) {
@@ -172,6 +172,15 @@ void MakeList(Item *item)
     gtk_scrolled_window_set_has_frame(scroller, TRUE);
     gtk_scrolled_window_set_overlay_scrolling(scroller, FALSE);
     gtk_scrolled_window_set_child(scroller, item->Control);
+}
+
+int HeightOfList(const Item *item)
+{
+    if ((item->Style & listAnyHeight) != 0) return item->Height;
+    constexpr int frame = 2;     // above and below the rows
+    constexpr int roomOfRow = 2; // beyond its letters, as the style has it
+    const int row = HeightOfLine(item->Control) + roomOfRow;
+    return std::max(row, item->Height - (item->Height - frame) % row);
 }
 
 void ShowRows(Item *item, FrameReader &reader, uint32_t count)

@@ -7,6 +7,9 @@ namespace ui {
 
 void MakeList(Item *item);
 
+// How high a list is shown: as high as its place, less what the last row would be cut off by.
+int HeightOfList(const Item *item);
+
 // Shows other rows: `count` texts of a frame.
 void ShowRows(Item *item, FrameReader &reader, uint32_t count);
 

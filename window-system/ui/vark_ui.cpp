@@ -168,6 +168,12 @@ void MakeControl(Item *item)
     WatchFocus(item->Control, item);
 }
 
+// GTK takes the underlines of mnemonics away when the Alt key is let go.
+void KeepMnemonics(GtkWindow *window, GParamSpec * /*property*/, void * /*data*/)
+{
+    if (gtk_window_get_mnemonics_visible(window) == FALSE) gtk_window_set_mnemonics_visible(window, TRUE);
+}
+
 // What kind of box it is, as icons and colours are called; null for a box without an icon.
 const char *KindOfBox(uint32_t boxStyle)
 {
@@ -270,6 +276,7 @@ void MakeTop(Item *item)
     auto *window = GTK_WINDOW(item->Placed);
     gtk_window_set_resizable(window, FALSE);
     gtk_window_set_mnemonics_visible(window, TRUE);
+    g_signal_connect(window, "notify::mnemonics-visible", G_CALLBACK(KeepMnemonics), nullptr);
     gtk_window_set_focus_visible(window, TRUE);
     if (isBox) {
         MakeBoxInside(item);
@@ -311,7 +318,9 @@ void Place(Item *item)
         return;
     }
     // A line's text stands in the middle of the 10 units that bring it level with what is beside it.
-    const int height = IsOneLine(item) ? item->Height + item->Height / 4 : item->Height;
+    const int height = IsOneLine(item)               ? item->Height + item->Height / 4
+                       : item->What == Kind::ListBox ? HeightOfList(item)
+                                                     : item->Height;
     gtk_widget_set_size_request(item->Placed, item->Width, height);
     if (gtk_widget_get_parent(item->Placed) == nullptr) {
         gtk_fixed_put(GTK_FIXED(parent->Inside), item->Placed, item->X, item->Y);
