@@ -1,13 +1,10 @@
 // The books that the booking tests post into: a small chart of accounts in both postable years of Mandant 1.
 //
-//   1000, 1200         Aktiva without tax           8400  GuV, regular rate       10000  Debitor
-//   1700               Passiva without tax          8300  GuV, reduced rate       10001  Debitor with
-//   USt-IdNr 1750               Passiva, regular rate        8100  GuV, rate zero          10002  Debitor,
-//   Zahlungsziel 5 4000, 4100         GuV without tax              8900  GuV, any other rate     10003
-//   Debitor, currency USD 3400               GuV, input tax regular       8125  GuV, EU                 70000
-//   Kreditor 3300               GuV, input tax reduced       8500  as 8400, rate fixed     70001  Kreditor,
-//   Zahlungsziel 7
-//                                                   8510  as 8100, rate fixed
+//   Aktiva without tax: 1000, 1200. Passiva: 1700 without tax, 1750 with the regular rate.
+//   GuV: 4000, 4100 without tax; 3400 input tax regular, 3300 reduced; 8400 regular rate, 8300 reduced,
+//   8100 zero, 8900 any other, 8125 EU; 8500 as 8400 and 8510 as 8100, their rate fixed.
+//   Debitoren: 10000; 10001 with USt-IdNr; 10002 with Zahlungsziel 5; 10003 with the currency USD.
+//   Kreditoren: 70000; 70001 with Zahlungsziel 7.
 //
 //   steke: regular 16,00 from 1 April 1998, 15,00 from 1 January 1993, 14,00 before; reduced 7,00 from
 //   1 April 1998, 6,50 before; zero 0,00; any other. Tax accounts 1776 and 1576, with the older rate 1775,

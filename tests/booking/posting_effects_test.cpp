@@ -102,8 +102,11 @@ TEST_F(Effects, DefaultZahlungszielIsNoneWhenTheEngineFails)
     ThreadContext &context = BoundContext();
     FailEngineCall(1);
     EXPECT_EQ(0, DefaultZahlungsziel(context, soll, haben, D, S));
+    SetText(haben, "  70001");
+    FailEngineCall(1);
+    EXPECT_EQ(0, DefaultZahlungsziel(context, soll, haben, D, K)) << "nor the other account's";
     StopEngineFaults();
-    EXPECT_EQ(Lines{"I/O Error"}, books.TakeBoxes());
+    EXPECT_EQ((Lines{"I/O Error", "I/O Error"}), books.TakeBoxes());
 }
 
 TEST_F(Effects, ZahlungszielIsCheckedUnlessItIsNone)

@@ -1,5 +1,6 @@
 #include "include/vark40.h"
 #include "tests/booking/ledger.h"
+#include "tests/support/engine_faults.h"
 
 #include <filesystem>
 #include <functional>
@@ -251,6 +252,16 @@ TEST_F(SinglePosting, KindsOfAccountsHaveTheirOwnNumbersInTheRecord)
     EXPECT_EQ(1, Post(Booking("10000", 4, "70000", 2, "1")));
     EXPECT_EQ(BuchungDebitor, books.OnlyPosting().Teil.SollArt);
     EXPECT_EQ(BuchungKreditor, books.OnlyPosting().Teil.HabenArt);
+}
+
+TEST(BuchungskontoartOf, KindsOutsideOfAPostingCountAsKreditor)
+{
+    EXPECT_EQ(2, +BuchungskontoartOf(1));
+    EXPECT_EQ(4, +BuchungskontoartOf(2));
+    EXPECT_EQ(8, +BuchungskontoartOf(4));
+    for (const int32_t other : {0, 8, 16, -1}) {
+        EXPECT_EQ(4, +BuchungskontoartOf(other)) << other;
+    }
 }
 
 TEST_F(SinglePosting, ThePostingOfAnotherMandantGoesIntoItsBooks)
@@ -556,6 +567,65 @@ TEST_F(SinglePosting, AFixedRateMayBeTheRateBeforeButNoOther)
                     });
 }
 
+TEST_F(SinglePosting, OnlyTheAccountThatGaveTheKeyFixesTheRate)
+{
+    SakoRecord record = MakeSako("1000", ZuordnungAktiva);
+    record.FesterSatz = 1;
+    books.ReplaceInYears(TableSako, record);
+    CheckTax(books, {
+                        {"1000", 1, "8400", 1, "112", "12", "", "150598",
+                         "key 16/0 side 1 rate '12,00' on '1790' net 000000100,00"},
+                        {"3400", 1, "1000", 1, "112", "12", "", "150598",
+                         "key 16/0 side 2 rate '12,00' on '1590' net 000000100,00"},
+                    });
+}
+
+TEST_F(SinglePosting, AFixedRateOfAnAccountForOtherRatesIsTheCallers)
+{
+    SakoRecord record = MakeSako("8900", ZuordnungGuv, SteuerSonstigerSatz);
+    record.FesterSatz = 1;
+    books.ReplaceInYears(TableSako, record);
+    CheckTax(books, {
+                        {"10000", 4, "8900", 1, "112", "12", "", "150598",
+                         "key 16/0 side 1 rate '12,00' on '1790' net 000000100,00"},
+                    });
+}
+
+TEST_F(SinglePosting, InputTaxAtAnyRateTakesItsOwnTaxAccount)
+{
+    books.ReplaceInYears(TableSako, MakeSako("4100", ZuordnungGuv, SteuerSonstigerSatz | SteuerVorsteuer));
+    CheckTax(books, {
+                        {"4100", 1, "70000", 2, "107", "7", "", "150598",
+                         "key 4/0 side 2 rate '07,00' on '1571' net 000000100,00"},
+                        {"4100", 1, "70000", 2, "112", "12", "", "150598",
+                         "key 16/0 side 2 rate '12,00' on '1590' net 000000100,00"},
+                        {"4100", 1, "70000", 2, "112", "", "", "150598",
+                         "key 16/0 side 2 rate '' on '' net 000000112,00"},
+                    });
+}
+
+TEST_F(SinglePosting, AFreeRateThatIsBothTheRegularAndTheReducedOneIsTheRegularOne)
+{
+    books.ReplaceInYears(TableSteke, MakeSteke(4, 0, "010418", "16,00", "1771", "1571"));
+    CheckTax(books, {
+                        {"10000", 4, "8900", 1, "116", "16", "", "150598",
+                         "key 2/0 side 1 rate '16,00' on '1776' net 000000100,00"},
+                    });
+}
+
+TEST_F(SinglePosting, AFreeRateIsLookedForAmongTheReducedOnesWhereThereIsNoRegularOne)
+{
+    for (const std::string &year : books.years) {
+        books.EmptyTable(1, TableSteke, year);
+    }
+    books.InsertInYears(TableSteke, MakeSteke(2, 0, "010818", "16,00", "1776", "1576"));
+    books.InsertInYears(TableSteke, MakeSteke(4, 0, "", "07,00", "1771", "1571"));
+    CheckTax(books, {
+                        {"10000", 4, "8900", 1, "107", "7", "", "150598",
+                         "key 4/0 side 1 rate '07,00' on '1771' net 000000100,00"},
+                    });
+}
+
 TEST_F(SinglePosting, AnEuAccountHasNoTaxForAMandantWithoutUstId)
 {
     CheckTax(books, {
@@ -593,6 +663,42 @@ TEST_F(SinglePosting, ANeededRateThatIsNotThereIsASilentFailure)
                         {"10000", 4, "8100", 1, "116", "", "", "150598", nullptr, -3, ""},
                         {"10000", 4, "8900", 1, "116", "16", "", "150598", nullptr, -3, ""},
                     });
+}
+
+TEST_F(PostingWithCosts, TablesAreAsOpenAfterwardsAsBefore)
+{
+    BoundContext();
+    const ThreadContext &context = BoundContext(); // a second time, for which fista stays open
+    const auto counts = [&context] {
+        return std::vector<int32_t>(std::begin(context.OpenCounts), std::end(context.OpenCounts));
+    };
+    const std::vector<int32_t> before = counts();
+    EXPECT_EQ(-6, Post([] {
+        BuchungEingabe booking = PlainBooking();
+        booking.Stapel = 99;
+        return booking;
+    }()));
+    EXPECT_EQ(before, counts());
+    EXPECT_EQ(-12, Post(Booking("4000", 1, "1200", 1, "x")));
+    EXPECT_EQ(before, counts());
+    EXPECT_EQ(-24, Post(Booking("4000", 1, "1200", 1, "1")));
+    EXPECT_EQ(before, counts());
+}
+
+TEST_F(SinglePosting, ARecordThatIsNotFoundHasTheCodeOfItsStep)
+{
+    // Get Equal number n finds nothing: the posting on Debitor 10003 reads fista, Stapel, its account as
+    // Sachkonto and as Debitor, the account on Haben, the account once more for its currency, and its rate.
+    books.Insert(1, TableKurse, MakeKurs("USD", "180515", "000000001,75"));
+    BoundContext();
+    const BuchungEingabe booking = Booking("10003", 4, "1200", 1, "100");
+    std::vector<int32_t> codes;
+    for (int n = 1; n <= 7; ++n) {
+        FailEngineOperation(5, n, 4);
+        codes.push_back(Post(booking));
+        StopEngineFaults();
+    }
+    EXPECT_EQ((std::vector<int32_t>{-5, -6, 1, -8, -9, -3, 0}), codes);
 }
 
 // ---- Zahlungsziel ----
