@@ -3,7 +3,7 @@
 #include "record-manager/books_file.h"
 #include "record-manager/limits.h"
 #include "record-manager/locks.h"
-#include "record-manager/spare_pages.h"
+#include "record-manager/page_order.h"
 
 #include <cerrno>
 #include <charconv>
@@ -792,14 +792,29 @@ int16_t BeginWithAllTrees(Store *store, MDB_txn **writer)
     }
 }
 
-// Looks after the free pages when the file has grown. False: the transaction is of no use any more.
-bool KeepSparePages(Store *store, MDB_txn *writer)
+// Records that a file has got since its full leaves were moved, from which on they are left where they are.
+constexpr uint32_t manyRecords = 512;
+
+bool MoveLeavesOfFiles(Store *store, MDB_txn *writer)
 {
-    MDB_envinfo info;
-    if (mdb_env_info(store->Environment, &info) != 0 || info.me_last_pgno == store->LastPage) return true;
-    store->LastPage = info.me_last_pgno;
-    return !SparePagesShort(store->Environment) ||
-           AddSparePages(writer, store->Catalogue, store->PresenceFd, info.me_last_pgno);
+    for (File *file = store->Files; file != nullptr; file = file->Next) {
+        Counters now;
+        if (file->Uses == 0 || ReadCounters(store, writer, *file, &now) != BtrStatusOk) continue;
+        const uint32_t moved = file->MovedUpTo;
+        file->MovedUpTo = now.LastRecord;
+        if (moved == 0 || now.LastRecord - moved > manyRecords || now.LastRecord == moved) continue;
+        if (!MoveFullLeaves(store->Environment, writer, file->Trees[recordTree], moved)) return false;
+    }
+    return true;
+}
+
+// False: the transaction is of no use any more.
+bool OrderPages(Store *store, MDB_txn *writer)
+{
+    bool ordered = false;
+    return OrderFreePages(store->Environment, writer, store->Catalogue, store->PresenceFd, &store->OrderDue,
+                          &ordered) &&
+           (!ordered || MoveLeavesOfFiles(store, writer));
 }
 
 } // namespace
@@ -818,7 +833,7 @@ int16_t BeginWriter(Store *store, MDB_txn **writer)
     }
     pthread_mutex_lock(&store->Mutex);
     int16_t status = BeginWithAllTrees(store, writer);
-    if (status == BtrStatusOk && !KeepSparePages(store, *writer)) {
+    if (status == BtrStatusOk && !OrderPages(store, *writer)) {
         mdb_txn_abort(*writer);
         status = BeginWithAllTrees(store, writer);
     }

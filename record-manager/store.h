@@ -1,6 +1,6 @@
 // The ordered store below the calls: the books of one directory, their files, and reading and writing them in
 // transactions. It knows bytes and files; records' currency, locks and statuses of calls are the business of
-// those above. This is the only part that knows which store it is (store.cpp and spare_pages.cpp
+// those above. This is the only part that knows which store it is (store.cpp and page_order.cpp
 // alone include its header).
 #pragma once
 
@@ -32,12 +32,13 @@ struct Counters {
     uint32_t UniqueValues[BtrMaxKeys];
 };
 
-// A file that is or was open in this process. `Uses` and the list are guarded by the store's mutex, the rest
-// does not change.
+// A file that is or was open in this process. `Uses`, `MovedUpTo` and the list are guarded by the store's
+// mutex, the rest does not change.
 struct File {
     File *Next;
     uint32_t Number;
     unsigned Uses;
+    uint32_t MovedUpTo;             // record up to which full leaves were moved
     unsigned Trees[1 + BtrMaxKeys]; // recordTree, and IndexTree of each key
     char Name[BtrPathSize + 1];
     Definition Layout;
@@ -66,7 +67,7 @@ struct Store {
 
     // Guarded by the gate.
     uint32_t KnownFile; // the trees of files up to this number are open
-    size_t LastPage;    // of the file, when its free pages were looked after
+    uint64_t OrderDue;  // number of the transaction that is to look after the order of pages
     bool TreesDropped;  // by the write transaction under way
     int64_t LastReaderCheck_s;
 };
