@@ -1,35 +1,16 @@
 // The pick dialogs in a real window: chosen from by keyboard alone and by mouse alone.
-#include "src/platform/window_api.h"
-#include "tests/pickers/pick_books.h"
-#include "tests/support/display.h"
-
-#include <gtest/gtest.h>
+#include "tests/pickers/screen_dialogs.h"
 
 using namespace vark;
 using namespace vark::test;
 
 namespace {
 
-// The host's window, behind whose thread's back the dialogs are found: they are its siblings.
-HWND MakeOwner()
-{
-    WNDCLASSA owner = {};
-    owner.lpfnWndProc = DefWindowProcA;
-    owner.lpszClassName = "Host";
-    RegisterClassA(&owner);
-    return CreateWindowExA(0, "Host", "Host", WS_OVERLAPPEDWINDOW, 0, 0, 100, 100, nullptr, nullptr, nullptr,
-                           nullptr);
-}
-
-struct ScreenPickers : testing::Test {
-    PickBooks books{""};
-    Display display;
-    HWND owner = nullptr;
-
+struct ScreenPickers : OnScreen {
     void SetUp() override
     {
-        const std::string missing = display.Begin(std::filesystem::path(VARKUI_LIBRARY).parent_path());
-        if (!missing.empty()) GTEST_SKIP() << missing;
+        OnScreen::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
         books.AddMandant(1);
         for (const char *konto : {"1000", "1200", "8400"}) {
             SakoRecord sako = MakeSako(konto);
@@ -47,39 +28,11 @@ struct ScreenPickers : testing::Test {
             StapelRecord stapel = MakeStapel(name[0] == 'B' ? 16 : name[0] == 'K' ? 17 : 18, name);
             books.Insert(1, TableStapel, stapel);
         }
-        owner = MakeOwner();
-        ASSERT_NE(owner, nullptr);
-    }
-
-    // Calls an export while `person` acts on the dialog of that title.
-    int32_t Run(const std::string &title, const std::function<int32_t()> &pick,
-                const std::function<void()> &person)
-    {
-        std::thread acting([&] {
-            EXPECT_TRUE(display.HasKeyboard(title)) << title;
-            if (!HasFailure()) person();
-            if (HasFailure()) display.End();
-        });
-        const int32_t result = pick();
-        acting.join();
-        EXPECT_TRUE(display.LosesKeyboard(title)); // the next dialog of that title is another one
-        return result;
     }
 
     int32_t ByKeys(const std::string &title, const std::string &keys, const std::function<int32_t()> &pick)
     {
         return Run(title, pick, [&keys] { Display::Do("key " + keys); });
-    }
-
-    HWND Topmost() const { return GetWindow(owner, GW_HWNDFIRST); }
-
-    bool ClickRow(int list, int row) const
-    {
-        constexpr int rowHeight = 18;
-        const HWND dialog = Topmost();
-        return Display::ClickUntil(
-            [&] { return SendDlgItemMessageA(dialog, list, LB_GETCURSEL, 0, 0) == row; }, dialog, list, 20,
-            10 + row * rowHeight);
     }
 
     static std::string LineOf(HWND dialog)

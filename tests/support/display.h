@@ -121,6 +121,17 @@ public:
     // What a person does, in the words of xdotool.
     static void Do(const std::string &command) { Holds("xdotool " + command); }
 
+    // The title of the window that has the keyboard.
+    static std::string TitleOfActive()
+    {
+        FILE *tells = popen("xdotool getactivewindow getwindowname 2>/dev/null", "re");
+        if (tells == nullptr) return "";
+        char title[512] = "";
+        const size_t length = fread(title, 1, sizeof title, tells);
+        pclose(tells);
+        return {title, length > 0 ? length - 1 : 0}; // without the end of the line
+    }
+
     // Waits until the window with that in its title has the keyboard, or no longer has it.
     static bool HasKeyboard(const std::string &title)
     {
@@ -131,9 +142,9 @@ public:
         return Eventually([&title] { return TitleOfActive().find(title) == std::string::npos; });
     }
 
-    // Clicks at a place inside a control of the dialog that has the keyboard, until `holds`: a window that
-    // has the keyboard may not have laid out its controls yet, and then nothing is there to be hit. A click
-    // that follows another one after a second is no double click.
+    // Clicks at a place inside a control of the dialog (no box: those are laid out by the screen) that has
+    // the keyboard, until `holds`: a window that has the keyboard may not have laid out its controls yet, and
+    // then nothing is there to be hit. A click that follows another one after a second is no double click.
     static bool ClickUntil(const std::function<bool()> &holds, HWND dialog, int id, int right, int down)
     {
         constexpr std::chrono::seconds afterOneClick(1);
@@ -157,16 +168,6 @@ private:
     static bool Holds(const std::string &command)
     {
         return system(("{ " + command + "; } >/dev/null 2>&1").c_str()) == 0;
-    }
-
-    static std::string TitleOfActive()
-    {
-        FILE *tells = popen("xdotool getactivewindow getwindowname 2>/dev/null", "re");
-        if (tells == nullptr) return "";
-        char title[512] = "";
-        const size_t length = fread(title, 1, sizeof title, tells);
-        pclose(tells);
-        return {title, length};
     }
 
     std::unique_ptr<Process> server;
