@@ -20,15 +20,15 @@
  *   Rate             a percentage, in: up to 2 digits, a comma, up to 2 digits: "16", "7,5". Out: 8 bytes, in
  *                    the forms of amounts.
  *   Date             in: "TT.MM.JJJJ", "TT.MM.JJ", "TTMMJJ", "TT.MM.", "TTMM" or "TT" by the calendar; what
- * is missing is taken from today. Years 80 to 99 are 19.., 1 to 79 are 20... At most 19 characters. Out:
- * "TT.MM.JJJJ", 11 bytes; an empty date is the empty text.
+ *                    is missing is taken from today. Years 80 to 99 are 19.., 1 to 79 are 20... At most 19
+ *                    characters. Out: "TT.MM.JJJJ", 11 bytes; an empty date is the empty text.
  *
  * Account kinds (Kontoart): 1 Sachkonto, 2 Kreditor, 4 Debitor, 8 Kostenstelle; out also 16 for a number that
  * stands in no account table.
  *
  * Results
  *   Unless stated otherwise a function returns 1 for success, 0 for a cancelled dialog and a negative code
- * for a failure. These codes can come from every function that returns a number (VARK_InitReports and
+ *   for a failure. These codes can come from every function that returns a number (VARK_InitReports and
  *   VARK_IsMessage apart):
  *     -36  no data path is configured                              as long as the process lives
  *      -3  the record manager could not be loaded                  as long as the process lives
@@ -40,9 +40,9 @@
  *
  * Messages
  *   Where a function takes showMessages, 0 keeps the numbered messages of refused input silent; any other
- * value shows them in a message box ("MERIDA") over the active window, and the call returns when it is
- * answered. Failures of the record manager are shown always. A function without this argument shows nothing,
- * or uses the value of the thread's last call that had it, as stated.
+ *   value shows them in a message box ("MERIDA") over the active window, and the call returns when it is
+ *   answered. Failures of the record manager are shown always. A function without this argument shows
+ *   nothing, or uses the value of the thread's last call that had it, as stated.
  *
  * Threads
  *   Any thread may call any function. The selected Mandant, the cursor, the split posting in progress and the
@@ -263,10 +263,11 @@ int32_t VARK_CALL VARK_BuchungEinfuegenDirektEx(int32_t showMessages, int32_t ma
 /*
  * Writes a booking of 1 to 10 parts, whole or not at all. With two parts or more, either all Sollkonten or
  * all Habenkonten must be the same text, and not both. The codes and messages are those of
- * VARK_BuchungEinfuegen, but for the currency, which is never converted (no 0 and no -2), and -25  number of
- * parts                                               1432 -26  neither side, or both sides, the same in all
- * parts            1433, 1434 A message about a part begins "Teilbuchung n: ". Take care: an unknown
- * Kostenschablone in a part shows 1419, writes nothing, and still returns 1; check its number beforehand.
+ * VARK_BuchungEinfuegen, but for the currency, which is never converted (no 0 and no -2), and
+ *   -25  number of parts                                               1432
+ *   -26  neither side, or both sides, the same in all parts            1433, 1434
+ * A message about a part begins "Teilbuchung n: ". Take care: an unknown Kostenschablone in a part shows
+ * 1419, writes nothing, and still returns 1; check its number beforehand.
  */
 int32_t VARK_CALL VARK_SplitBuchungEinfuegen(const SplitEingabe *split, int32_t showMessages);
 
@@ -345,8 +346,9 @@ int32_t VARK_CALL VARK_PekoDirekt(int32_t aktion, int32_t art, int32_t showMessa
 
 /*
  * The next free number for a new Kreditor (art 2) or Debitor (art 4) after the highest one; "70000" or
- * "10000" where there is none yet. An unknown Mandant is shown as the thread's last showMessages says. out 8
- * bytes Returns 1; -3; -5 (1408); -7 art; -37 no number of 7 characters is free.
+ * "10000" where there is none yet. An unknown Mandant is shown as the thread's last showMessages says.
+ *   out   8 bytes
+ * Returns 1; -3; -5 (1408); -7 art; -37 no number of 7 characters is free.
  */
 int32_t VARK_CALL VARK_HoleFreieKontonr(int32_t mandant, int32_t art, char *out);
 
@@ -468,7 +470,8 @@ int32_t VARK_CALL VARK_HoleOP(char *konto, char *referenz1, char *referenz2, cha
  * (-5) is shown (1408) as the thread's last showMessages says.
  */
 
-/* The number of the Mandant chosen; 0 cancelled; -1 nothing to choose from; -2 a line without a number; -3.
+/*
+ * The number of the Mandant chosen; 0 cancelled; -1 nothing to choose from; -2 a line without a number; -3.
  */
 int32_t VARK_CALL VARK_HoleMandantenNr(VarkWindow owner);
 
