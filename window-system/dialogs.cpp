@@ -661,6 +661,15 @@ Window *Topmost(Thread *thread)
     return nullptr;
 }
 
+const Window *LabelOf(const Window *control)
+{
+    const Kind kind = control->Kind;
+    if (kind != Kind::Edit && kind != Kind::ListBox && kind != Kind::ComboBox) return nullptr;
+    const Window *before = control->Previous;
+    if (before == nullptr || before->Kind != Kind::Static) return nullptr;
+    return TextOf(before)[0] != 0 ? before : nullptr;
+}
+
 int CurrentDefault(Window *dialog)
 {
     const Window *focus = Find(dialog->Thread->Focus);

@@ -541,6 +541,11 @@ INT_PTR RunDialog(LPCDLGTEMPLATEA dialogTemplate, HWND owner, DLGPROC procedure,
 // The modal loop that runs a dialog, null for a modeless one.
 ModalLoop *LoopOf(const Window *dialog);
 
+// The text that names a field or list: the one that its window has put right before it, as also the letter
+// underlined in it leads there. Null for other controls and where no text stands there. A hidden text names
+// what needs no name for those who see it.
+const Window *LabelOf(const Window *control);
+
 // The topmost window of a thread that waits for a person: the innermost modal dialog, else the active window.
 Window *Topmost(Thread *thread);
 

@@ -8,13 +8,14 @@
 
 namespace varkui {
 
-constexpr uint32_t protocolVersion = 3;
+constexpr uint32_t protocolVersion = 4;
 constexpr uint32_t longestFrame = 64u << 20;
 
 // To the screen. A window's state comes whole each time; its parent's comes before.
 enum class ToScreen : uint8_t {
     Window = 1, // handle, parent, owner, thread, kind, flags, style, exStyle, id, x, y, width, height, value,
-                // limit, anchor, caret, serial, boxStyle, text, number of tab stops, tab stops in pixels
+                // limit, anchor, caret, serial, boxStyle, label (a handle), text, number of tab stops, tab
+                // stops in pixels
     Rows,       // handle, count, texts
     Destroyed,  // handle
     Top,     // handle of a window without parent, flags, focus, default button, number of the last key that

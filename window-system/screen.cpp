@@ -175,6 +175,7 @@ void TellWindow(const Window *window)
     PutI32(field != nullptr ? field->Caret : 0);
     PutU32(field != nullptr ? field->Serial : 0);
     PutU32(window->Kind == Kind::Dialog ? window->Dialog->BoxStyle : 0);
+    PutHandle(LabelOf(window));
     PutText(TextOf(window));
     const int stops = window->Kind == Kind::ListBox ? window->List->TabStopCount : 0;
     PutU32(static_cast<uint32_t>(stops));

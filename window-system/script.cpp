@@ -492,6 +492,21 @@ void ExpectText(Step &step, const char *rest)
          Shown(TextOf(control)).Text, Shown(wanted).Text);
 }
 
+// The text that names a field or list, with its "&".
+void ExpectLabel(Step &step, const char *rest)
+{
+    const Window *control = TakeControl(step, rest);
+    if (control == nullptr) return;
+    const Window *label = LabelOf(control);
+    const char *wanted = ValueOf(rest);
+    if (label == nullptr) {
+        Fail(step, "control %d has no label", static_cast<int>(control->Id));
+    } else if (strcmp(TextOf(label), wanted) != 0) {
+        Fail(step, "the label of control %d is \"%s\", not \"%s\"", static_cast<int>(control->Id),
+             Shown(TextOf(label)).Text, Shown(wanted).Text);
+    }
+}
+
 // A control with rows at `rest`; null fails the step.
 const Window *TakeList(Step &step, const char *&rest)
 {
@@ -565,7 +580,7 @@ struct Instruction {
 
 constexpr Instruction expectations[] = {
     {"title", ExpectTitle, true}, {"focus", ExpectFocus, true}, {"text", ExpectText, true},
-    {"rows", ExpectRows, true},   {"row", ExpectRow, true},
+    {"label", ExpectLabel, true}, {"rows", ExpectRows, true},   {"row", ExpectRow, true},
 };
 
 void DoExpect(Step &step, const char *rest)

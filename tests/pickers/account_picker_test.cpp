@@ -36,6 +36,8 @@ TEST(AccountPicker, ListsNumberKuerzelAndNameInTheOrderOfTheNumbers)
 {
     PickBooks books("dialog 102\n"
                     "expect title Sachkontenauswahl\n"
+                    "expect label 1000 &Liste:\n"
+                    "expect label 1006 &Suche:\n"
                     "expect focus 1000\n"
                     "expect checked 1002\n"
                     "expect unchecked 1003\n"

@@ -28,6 +28,7 @@ TEST(MandantPicker, ListsTheNamesInGermanOrderAndGivesTheNumber)
     PickBooks books(R"(
         dialog 101
         expect title Mandantenauswahl
+        expect label 1004 &Mandanten:
         expect focus 1004
         expect rows 1004 4
         expect row 1004

@@ -37,6 +37,11 @@ TEST(RateDialog, OpensWithTodayAndTheListOfCurrencies)
     PickBooks books(R"(
         dialog 131
         expect title Fremdwährungsverwaltung
+        expect label 30119 &Währung :
+        expect label 22994 &Datum :
+        expect label 30125 &Kurs :
+        expect label 30127 &Einheitenanzahl :
+        expect label 30122 E&rfaßte Kurse :
         expect focus 30119
         expect text 30119
         expect rows 30119 3

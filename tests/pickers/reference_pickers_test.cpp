@@ -36,6 +36,7 @@ TEST(ZahlungszielPicker, ListsTheTextsByNumberAndBeginsWithTheFirst)
     PickBooks books(R"(
         dialog 116
         expect title Zahlzielauswahl
+        expect label 1030 &Zahlungsziele:
         expect focus 1030
         expect rows 1030 3
         expect row 1030 sofort
@@ -109,6 +110,7 @@ TEST(KostenschablonenPicker, ListsTheNamesByNumberAndRemembersTheChoice)
     PickBooks books(R"(
         dialog 133
         expect title Kostenschablonenauswahl
+        expect label 1052 &Kostenschablonen:
         expect focus 1052
         expect rows 1052 3
         expect row 1052 Schablone sofort

@@ -90,6 +90,7 @@ TEST(StapelPicker, SelectionListsWhatThePersonMayBookInto)
     PickBooks books(R"(
         dialog 103
         expect title Stapelauswahl
+        expect label 1000 &Stapel:
         expect hidden 3
         expect hidden 4
         expect focus 1000
@@ -295,6 +296,8 @@ TEST(StapelCreation, InsertsARecordAndItsLine)
         press 3
         dialog 108
         expect title Stapel anlegen
+        expect label 1005 &Name:
+        expect label 1014 &Intervall:
         expect focus 1005
         expect text 1005
         expect unchecked 1007
@@ -478,6 +481,8 @@ TEST(StapelChange, RewritesNameAndIntervalAndKeepsTheRest)
         press 4
         dialog 109
         expect title Stapel ändern
+        expect label 1005 &Name:
+        expect label 1014 &Intervall:
         expect focus 1005
         expect text 1005 Miete
         expect checked 1007

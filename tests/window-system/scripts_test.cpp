@@ -27,6 +27,11 @@ const DialogControl controls[] = {
     {DialogControlKind::ComboBox, 31, "", 60, 70, 80, 14, 0, 0},
     {DialogControlKind::ComboList, 32, "", 60, 85, 80, 14, 0, 0},
     {DialogControlKind::Text, 40, "Text", 5, 100, 50, 8, 0, 0},
+    {DialogControlKind::Edit, 14, "", 60, 100, 50, 14, 0, 0},
+    {DialogControlKind::Text, 41, "Ver&borgen", 5, 110, 50, 8, 0, WS_VISIBLE},
+    {DialogControlKind::ListBox, 33, "", 60, 115, 80, 60, 0, 0},
+    {DialogControlKind::Text, 42, "", 5, 115, 50, 8, 0, 0},
+    {DialogControlKind::ComboBox, 34, "", 60, 120, 80, 14, 0, 0},
     {DialogControlKind::DefaultButton, IDOK, "OK", 150, 5, 50, 14, 0, 0},
     {DialogControlKind::PushButton, IDCANCEL, "Abbrechen", 150, 20, 50, 14, 0, 0},
 };
@@ -95,6 +100,12 @@ struct Scripts : testing::Test {
 TEST_F(Scripts, CheckWhichDialogIsOpen)
 {
     EXPECT_EQ(Play("dialog 102\nexpect title Übung\npress 1\n"), IDOK);
+}
+
+// A text names what stands right behind it and can be typed into or chosen from, even when nobody sees it.
+TEST_F(Scripts, SeeWhichTextNamesAField)
+{
+    EXPECT_EQ(Play("expect label 14 Text\nexpect label 33 Ver&borgen\npress 1\n"), IDOK);
 }
 
 TEST_F(Scripts, TypeTexts)
@@ -188,6 +199,11 @@ TEST_F(Scripts, FailOnWhatDoesNotFit)
         {"close now", "\"now\" is too much"},
         {"expect", "\"expect \" is not an instruction"},
         {"expect text 10 x", "the text of control 10 is \"\", not \"x\""},
+        {"expect label 14 Texte", "the label of control 14 is \"Text\", not \"Texte\""},
+        {"expect label 10 x", "control 10 has no label"},
+        {"expect label 11 x", "control 11 has no label"}, // a field stands before it
+        {"expect label 34 x", "control 34 has no label"}, // an empty text does
+        {"expect label 20 x", "control 20 has no label"}, // names itself
         {"expect rows 30 2", "control 30 has 3 rows, not 2"},
         {"expect rows 10 2", "control 10 has no rows"},
         {"expect rows 30 viele", "\"viele\" is not a number of rows"},

@@ -271,13 +271,19 @@ void ShowComboRows(Item *item, const std::vector<std::string> &rows)
     if (IsListOnly(item)) gtk_combo_box_set_active(GTK_COMBO_BOX(combo), item->Value);
 }
 
+GtkWidget *WidgetWithText(const Item *item)
+{
+    const Field field = FieldOf(item);
+    return field.Line != nullptr ? GTK_WIDGET(field.Line) : item->Control;
+}
+
 void FocusField(Item *item)
 {
     const Field field = FieldOf(item);
     if (item->What == Kind::Edit && field.Line != nullptr) {
         gtk_entry_grab_focus_without_selecting(GTK_ENTRY(item->Control));
     } else {
-        gtk_widget_grab_focus(field.Line != nullptr ? GTK_WIDGET(field.Line) : item->Control);
+        gtk_widget_grab_focus(WidgetWithText(item));
     }
     // The keyboard may have brought a selection of its own.
     if (field.Line != nullptr) Select(field, {item->ToldAnchor, item->ToldCaret});

@@ -22,6 +22,9 @@ void ShowComboRows(Item *item, const std::vector<std::string> &rows);
 // Gives an edit or combo box the keyboard.
 void FocusField(Item *item);
 
+// What the text of an edit or combo box is typed into, else the control itself.
+GtkWidget *WidgetWithText(const Item *item);
+
 // Whether a key edits the text that has the keyboard, and is not the model's. `key` as Windows numbers it.
 bool EditsText(const Item *item, uint32_t key, GdkModifierType state);
 

@@ -48,7 +48,8 @@ constexpr uint32_t listAnyHeight = 0x100;
 constexpr uint32_t comboTypes = 3, comboList = 3;
 
 struct Item {
-    uint32_t Handle = 0, Parent = 0, Owner = 0, Thread = 0, Style = 0, ExStyle = 0, Serial = 0, BoxStyle = 0;
+    uint32_t Handle = 0, Parent = 0, Owner = 0, Thread = 0, Style = 0, ExStyle = 0, Serial = 0, BoxStyle = 0,
+             Label = 0;
     Kind What = Kind::Plain;
     uint8_t Flags = 0;
     int32_t Id = 0, X = 0, Y = 0, Width = 0, Height = 0, Value = 0, Limit = 0, Anchor = 0, Caret = 0;

@@ -20,16 +20,6 @@ std::string WithUnderlines(const std::string &text)
     return out;
 }
 
-std::string WithoutMnemonic(const std::string &text)
-{
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '&' && i + 1 < text.size()) ++i;
-        out += text[i];
-    }
-    return out;
-}
-
 void SetLabelText(GtkLabel *label, const std::string &text)
 {
     std::string shown;

@@ -9,9 +9,6 @@ namespace ui {
 // "&Name" as GTK writes it, "_Name"; "&&" is an ampersand.
 std::string WithUnderlines(const std::string &text);
 
-// "&Name" as it is read out, "Name".
-std::string WithoutMnemonic(const std::string &text);
-
 // Shows a text with its mnemonic underlined. GTK does that only for a label that it leads from by itself.
 void SetLabelText(GtkLabel *label, const std::string &text);
 

@@ -399,18 +399,13 @@ void ShowButton(Item *item)
 // A field or list is named to a screen reader by the text that stands before it.
 void NameField(Item *item)
 {
-    if (item->Control == nullptr || item->What == Kind::Button) return;
-    const Item *best = nullptr;
-    for (const auto &[handle, other] : items) {
-        if (other->Parent != item->Parent || other->What != Kind::Static || other->Text.empty()) continue;
-        const bool leftOf =
-            other->X < item->X && other->Y + other->Height > item->Y && other->Y < item->Y + item->Height;
-        const bool above = other->Y < item->Y && other->X <= item->X + 4 && item->Y - other->Y < 40;
-        if ((leftOf || above) && (best == nullptr || other->X + other->Y > best->X + best->Y)) best = other;
+    const Item *label = FindItem(item->Label);
+    if (label == nullptr || item->Control == nullptr) return;
+    GtkAccessible *text = GTK_ACCESSIBLE(label->Placed);
+    for (GtkWidget *field : {item->Control, WidgetWithText(item)}) {
+        gtk_accessible_update_relation(GTK_ACCESSIBLE(field), GTK_ACCESSIBLE_RELATION_LABELLED_BY, text,
+                                       nullptr, -1);
     }
-    if (best == nullptr) return;
-    gtk_accessible_update_property(GTK_ACCESSIBLE(item->Control), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                   WithoutMnemonic(best->Text).c_str(), -1);
 }
 
 void ShowTop(Item *item)
@@ -478,6 +473,7 @@ void HearWindow(FrameReader &reader)
     item->Caret = TakeI32(reader);
     item->Serial = TakeU32(reader);
     item->BoxStyle = TakeU32(reader);
+    item->Label = TakeU32(reader);
     uint32_t length = 0;
     const char *text = TakeText(reader, length);
     item->Text.assign(text, length);

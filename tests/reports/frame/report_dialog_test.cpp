@@ -46,6 +46,14 @@ TEST(ReportDialogs, EachBadDateIsToldAndKeepsTheDialogOpen)
     EXPECT_STREQ("010118", run.Choice.Period.BisDatum);
 }
 
+TEST(ReportDialogs, HaveANameForEachField)
+{
+    Played per("dialog 111\nexpect label 22991 &per:\nexpect label 20054 vo&n:\nexpect label 20055 b&is:\n"
+               "press 1\n",
+               perDialog);
+    EXPECT_EQ("", per.Refusals());
+}
+
 TEST(ReportDialogs, CancelChangesNothing)
 {
     Played run("dialog 111\ntext 22991 31.3.97\npress 2\n", perDialog);

@@ -203,6 +203,14 @@ VarkMessage KeyMessage(HWND window, WPARAM key)
 
 // ---- The two pages ----
 
+TEST(PeriodTabDialog, HasANameForEachField)
+{
+    Stage stage("dialog 127\nexpect label 20000 &Jahr:\nexpect label 22990 &von:\nexpect label 22991 &bis:\n"
+                "press 1\n");
+    EXPECT_EQ(7, stage.Run());
+    EXPECT_EQ("", stage.Refusals());
+}
+
 TEST(PeriodTabDialog, ShowsTheFirstPageAndNamesBoth)
 {
     Stage stage("dialog 127\nexpect rows 1044 2\nexpect row 1044 Zeitraum\nselect 1044 1\n"
