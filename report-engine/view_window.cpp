@@ -326,6 +326,35 @@ bool DoPictureKey(ViewWindow &view, WPARAM key, bool isShift)
     }
 }
 
+// Whether Escape or Enter is the view's own in that control; else a host may have them for a dialog around
+// it.
+bool MeansSomething(const ViewWindow &view, int id, WPARAM key)
+{
+    if (key == VK_RETURN) return id != pagePicture && id != zoomList;
+    return id != pagePicture || view.Sought[0] != 0 || !view.IsChild;
+}
+
+void DoEscape(ViewWindow &view, int id)
+{
+    if (id == searchEdit || view.Sought[0] != 0) {
+        LeaveSearch(view);
+    } else if (id != pagePicture) {
+        SetFocus(view.Picture);
+        ShowNumbers(view);
+    } else {
+        PostMessageA(view.Window, WM_CLOSE, 0, 0);
+    }
+}
+
+void DoReturn(ViewWindow &view, HWND control, bool isShift)
+{
+    switch (GetDlgCtrlID(control)) {
+    case pageEdit: GoToTypedPage(view); break;
+    case searchEdit: SearchOn(view, isShift); break;
+    default: SendMessageA(control, BM_CLICK, 0, 0); break;
+    }
+}
+
 // False when the control itself is to have the key. The window may be gone afterwards.
 bool DoKey(ViewWindow &view, HWND control, WPARAM key)
 {
@@ -346,24 +375,12 @@ bool DoKey(ViewWindow &view, HWND control, WPARAM key)
         SearchOn(view, isShift);
         return true;
     }
-    if (key == VK_ESCAPE) {
-        if (id == searchEdit || view.Sought[0] != 0) {
-            LeaveSearch(view);
-        } else if (id != pagePicture) {
-            SetFocus(view.Picture);
-            ShowNumbers(view);
-        } else if (!view.IsChild) {
-            PostMessageA(view.Window, WM_CLOSE, 0, 0);
-        }
-        return true;
-    }
-    if (key == VK_RETURN) {
-        if (id == pageEdit) {
-            GoToTypedPage(view);
-        } else if (id == searchEdit) {
-            SearchOn(view, isShift);
-        } else if (id != pagePicture && id != zoomList) {
-            SendMessageA(control, BM_CLICK, 0, 0);
+    if (key == VK_ESCAPE || key == VK_RETURN) {
+        if (!MeansSomething(view, id, key)) return false;
+        if (key == VK_ESCAPE) {
+            DoEscape(view, id);
+        } else {
+            DoReturn(view, control, isShift);
         }
         return true;
     }
@@ -380,6 +397,13 @@ LRESULT CALLBACK ControlProcedure(HWND control, UINT message, WPARAM wParam, LPA
     const auto procedure = reinterpret_cast<WNDPROC>(GetPropA(control, procedureProperty));
     ViewWindow *view = StateOfView(GetParent(control));
     if (view != nullptr && message == WM_KEYDOWN && DoKey(*view, control, wParam)) return 0;
+    if (view != nullptr && message == WM_GETDLGCODE && procedure != nullptr) {
+        const auto *asked = reinterpret_cast<const MSG *>(lParam); // NOLINT
+        const bool isKey = asked != nullptr && asked->message == WM_KEYDOWN &&
+                           (asked->wParam == VK_RETURN || asked->wParam == VK_ESCAPE);
+        const bool isOwn = isKey && MeansSomething(*view, GetDlgCtrlID(control), asked->wParam);
+        return CallWindowProcA(procedure, control, message, wParam, lParam) | (isOwn ? DLGC_WANTMESSAGE : 0);
+    }
     if (view != nullptr && message == WM_CHAR) {
         const int id = GetDlgCtrlID(control);
         const bool isEdit = id == pageEdit || id == searchEdit;

@@ -379,6 +379,33 @@ void MoveInGroup(HWND dialog, HWND control, bool previous)
         SendMessageA(next, BM_CLICK, 0, 0);
 }
 
+void MoveOn(HWND dialog, WPARAM wParam, bool isHandle)
+{
+    if (isHandle) {
+        FocusControl(AsPointer<HWND>(wParam));
+        return;
+    }
+    HWND focus = GetFocus();
+    FocusControl(GetNextDlgTabItem(dialog, IsChild(dialog, focus) != FALSE ? focus : nullptr,
+                                   wParam != 0 ? TRUE : FALSE));
+}
+
+// A dialog may have a way of its own; any other window that is used like one knows none.
+void DoTab(HWND dialog, bool previous)
+{
+    bool isDialog = false;
+    {
+        const Locked locked;
+        const Window *found = Find(dialog);
+        isDialog = found != nullptr && found->Kind == Kind::Dialog;
+    }
+    if (isDialog) {
+        SendMessageA(dialog, WM_NEXTDLGCTL, previous ? 1 : 0, 0);
+    } else {
+        MoveOn(dialog, previous ? 1 : 0, false);
+    }
+}
+
 // A key that the dialog keeps for itself; false leaves it to the control.
 bool DoKey(HWND dialog, const MSG &message)
 {
@@ -387,7 +414,7 @@ bool DoKey(HWND dialog, const MSG &message)
     switch (message.wParam) {
     case VK_TAB:
         if ((code & DLGC_WANTTAB) != 0 || GetKeyState(VK_CONTROL) < 0) return false;
-        SendMessageA(dialog, WM_NEXTDLGCTL, GetKeyState(VK_SHIFT) < 0 ? 1 : 0, 0);
+        DoTab(dialog, GetKeyState(VK_SHIFT) < 0);
         return true;
     case VK_LEFT:
     case VK_UP:
@@ -413,17 +440,6 @@ bool DoCharacter(HWND dialog, const MSG &message)
 }
 
 // ---- What a dialog does by itself ----
-
-void MoveOn(HWND dialog, WPARAM wParam, bool isHandle)
-{
-    if (isHandle) {
-        FocusControl(AsPointer<HWND>(wParam));
-        return;
-    }
-    HWND focus = GetFocus();
-    FocusControl(GetNextDlgTabItem(dialog, IsChild(dialog, focus) != FALSE ? focus : nullptr,
-                                   wParam != 0 ? TRUE : FALSE));
-}
 
 void RememberFocus(HWND dialog)
 {

@@ -115,6 +115,25 @@ TEST_F(Example, HostShowsReportsInItsOwnLoopAndRemembersWhatWasChosen)
     EXPECT_EQ(0, exitCode);
 }
 
+TEST_F(Example, HostAndViewShareTheKeyboard)
+{
+    MakeBooks();
+    int exitCode = -1;
+    EXPECT_EQ("erstellt per 310398\n",
+              Berichte("press 1001\ntext 22991 31.3.98\npress 1\nexpect title Wirt\n"
+                       // The view has the keyboard, and Tab leads through it, the frame and back.
+                       "expect focus 120\nkey PageDown\nexpect text 102 2\n"
+                       "key Tab\nexpect focus 1001\nkey Tab\nexpect focus 1002\n"
+                       "key Tab\nexpect focus 101\nkey Tab\nexpect focus 102\n"
+                       "text 102 3\nkey Enter\nexpect text 102 3\nexpect focus 120\n"
+                       "key Ctrl+f\ntext 108 Kasse\nkey Enter\nexpect text 102 1\nexpect focus 108\n"
+                       "key Escape\nexpect text 108\nexpect focus 120\n"
+                       // What means nothing to the view is the frame's.
+                       "key Escape\nexpect title Wirt\nexpect focus 120\nkey Alt+b\n",
+                       &exitCode));
+    EXPECT_EQ(0, exitCode);
+}
+
 TEST_F(Example, HostTakesACancelAndTheKeysOfItsFrame)
 {
     MakeBooks();

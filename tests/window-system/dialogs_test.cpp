@@ -564,6 +564,29 @@ TEST_F(Dialogs, IgnoreMessagesThatAreNotTheirs)
     EXPECT_TRUE(IsDialogMessageA(dialog, &message));
 }
 
+TEST_F(Dialogs, LendTheirTabKeyToWindowsThatAreNone)
+{
+    HWND window = CreateWindowExA(0, "Static", "", WS_OVERLAPPEDWINDOW, 0, 0, 200, 100, nullptr, nullptr,
+                                  nullptr, nullptr);
+    const auto make = [](HWND parent, const char *name, DWORD exStyle) {
+        return CreateWindowExA(exStyle, name, "", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 10, 10, parent,
+                               nullptr, nullptr, nullptr);
+    };
+    HWND first = make(window, "Button", 0);
+    HWND inner = CreateWindowExA(WS_EX_CONTROLPARENT, "Static", "", WS_CHILD | WS_VISIBLE, 0, 0, 100, 50,
+                                 window, nullptr, nullptr, nullptr);
+    HWND second = make(inner, "Edit", 0);
+    HWND last = make(window, "Button", 0);
+    ShowWindow(window, SW_SHOW);
+    SetFocus(first);
+    for (HWND expected : {second, last, first}) {
+        MSG message = {GetFocus(), WM_KEYDOWN, VK_TAB, 0, 0, {0, 0}};
+        EXPECT_TRUE(IsDialogMessageA(window, &message));
+        EXPECT_EQ(GetFocus(), expected);
+    }
+    DestroyWindow(window);
+}
+
 // Boxes and dialogs on several threads at once, each answered on its own thread.
 TEST_F(Dialogs, RunOnSeveralThreadsAtOnce)
 {
