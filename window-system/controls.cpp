@@ -127,6 +127,17 @@ void NotifyParent(HWND control, int code)
     SendMessageA(parent, WM_COMMAND, MAKEWPARAM(id, code), reinterpret_cast<LPARAM>(control));
 }
 
+namespace {
+
+// Whether something inside `outermost`, not it itself, has the focus.
+bool HasFocusInside(HWND outermost)
+{
+    HWND focus = GetFocus();
+    return focus != nullptr && IsChild(outermost, focus) != FALSE;
+}
+
+} // namespace
+
 void HandleInput(HWND window, const Input &input)
 {
     const Target target = Look(window);
@@ -160,6 +171,10 @@ void HandleInput(HWND window, const Input &input)
     }
     if (!target.Active) Activate(target.Outermost, true);
     if (input.Kind == InputKind::Activate) return;
+    if (input.Kind == InputKind::Focus && input.Index != 0) {
+        if (!HasFocusInside(target.Outermost)) SetFocus(window);
+        return;
+    }
     if (input.Kind == InputKind::File) {
         InputToChooser(window, input);
         return;

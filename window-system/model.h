@@ -189,11 +189,12 @@ struct Window {
 // ---- Input of a person or script ----
 
 enum class InputKind : unsigned char {
-    Click,    // a button
-    Select,   // row Index of a list or combo box, page Index of a tab control
-    Pick,     // the same with a double click
-    Text,     // the content of an edit or combo box becomes Text
-    Focus,    // a click into a control
+    Click,  // a button
+    Select, // row Index of a list or combo box, page Index of a tab control
+    Pick,   // the same with a double click
+    Text,   // the content of an edit or combo box becomes Text
+    Focus,  // a click into a control; Index is not 0 when its window became active again with it, which takes
+            // the focus from no other control
     Activate, // a window comes to the front
     Close,
     Resize, // Index is the width, Index2 the height

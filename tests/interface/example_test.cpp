@@ -164,6 +164,13 @@ TEST_F(Example, HostIsDrivenByKeysOnAScreen)
     display.Do("key Return");
     EXPECT_TRUE(vark::test::Eventually([&] { return said() == "erstellt per 310398\n"; })) << said();
     ASSERT_TRUE(display.HasKeyboard("Wirt"));
+    // The view has the keyboard, not what had it before the dialog.
+    EXPECT_TRUE(vark::test::Eventually([&display] {
+        display.Do("key ctrl+s");
+        return display.HasKeyboard("Bericht speichern");
+    }));
+    display.Do("key Escape");
+    ASSERT_TRUE(display.HasKeyboard("Wirt"));
     display.Do("key alt+b");
     EXPECT_EQ(0, host.ExitCode());
 }

@@ -203,6 +203,10 @@ void MakeEdit(Item *item)
                      G_CALLBACK(OnInsertText), item);
     WatchCaret(GTK_EDITABLE(item->Control), item);
     gtk_entry_set_visibility(GTK_ENTRY(item->Control), (item->Style & editPassword) == 0);
+    const uint32_t side = item->Style & editSides;
+    gtk_entry_set_alignment(GTK_ENTRY(item->Control), side == editRight    ? 1.0F
+                                                      : side == editCenter ? 0.5F
+                                                                           : 0.0F);
 }
 
 void MakeCombo(Item *item)

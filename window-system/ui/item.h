@@ -42,6 +42,7 @@ constexpr uint32_t iconButton = 0x40;
 constexpr uint32_t thickFrame = 0x40000;
 constexpr uint32_t statics = 0x1F, staticCenter = 1, staticRight = 2, staticLine = 0x10,
                    staticNoPrefix = 0x80;
+constexpr uint32_t editSides = 3, editCenter = 1, editRight = 2;
 constexpr uint32_t editMultiline = 4, editPassword = 0x20, editReadOnly = 0x800, editWantReturn = 0x1000,
                    editNumber = 0x2000;
 constexpr uint32_t listAnyHeight = 0x100;
@@ -68,6 +69,7 @@ struct Item {
     pictures::Picture *Shown = nullptr;
     int32_t ToldWidth = 0, ToldHeight = 0; // of a window that the person may resize
     bool SizeIsComing = false;
+    uint32_t LeftWith = 0;                   // what had the keyboard when the window was left last
     bool IsActive = false;                   // in its thread, as the model said last
     bool IsDropped = false;                  // as the model said last
     int32_t ToldAnchor = -1, ToldCaret = -1; // as the host knows a field

@@ -64,9 +64,24 @@ void OnPageSwitched(GtkNotebook * /*notebook*/, GtkWidget * /*page*/, guint numb
     if (updating == 0) SendInput(item, InputKind::Select, static_cast<int>(number));
 }
 
+// The window without parent around an item; null while one goes.
+Item *TopOf(Item *item)
+{
+    while (item != nullptr && item->Parent != 0) {
+        item = FindItem(item->Parent);
+    }
+    return item;
+}
+
+// A window that becomes active again gives the keyboard back to what had it: GTK's doing, which must not take
+// it from where the model has put it meanwhile.
 void OnFocusIn(GtkEventControllerFocus * /*controller*/, Item *item)
 {
-    if (updating == 0) SendInput(item, InputKind::Focus);
+    if (updating != 0) return;
+    Item *top = TopOf(item);
+    const bool isBack = top != nullptr && top->LeftWith == item->Handle;
+    if (top != nullptr) top->LeftWith = 0;
+    SendInput(item, InputKind::Focus, isBack ? 1 : 0);
 }
 
 void OnPictureEvent(void *owner, pictures::Event event, int x, int y, int count, bool shift)
@@ -86,7 +101,12 @@ gboolean OnCloseRequest(GtkWindow * /*window*/, Item *item)
 // A window that waits for one it owns leaves the front to that.
 void OnActive(GtkWindow *window, GParamSpec * /*property*/, Item *item)
 {
-    if (updating != 0 || gtk_window_is_active(window) == FALSE) return;
+    if (gtk_window_is_active(window) == FALSE) {
+        const Item *focus = FocusedItem(window);
+        item->LeftWith = focus != nullptr ? focus->Handle : 0;
+        return;
+    }
+    if (updating != 0) return;
     if ((item->Flags & flagEnabled) != 0) {
         SendInput(item, InputKind::Activate);
         return;
@@ -377,6 +397,7 @@ void ShowIcon(Item *item)
         gtk_button_set_label(GTK_BUTTON(item->Placed), name.c_str());
     }
     gtk_widget_add_css_class(item->Placed, "flat");
+    gtk_widget_add_css_class(item->Placed, "icon");
 }
 
 void ShowButton(Item *item)
@@ -578,6 +599,17 @@ void HearDestroyed(FrameReader &reader)
     // The item itself stays: signals of a widget that is still on its way out may name it.
 }
 
+void MoveKeyboard(GtkWindow *window, Item *focus)
+{
+    if (focus == nullptr || focus->Control == nullptr || FocusedItem(window) == focus) return;
+    if (focus->What == Kind::Edit || focus->What == Kind::ComboBox) {
+        FocusField(focus);
+    } else {
+        gtk_widget_grab_focus(focus->Control);
+    }
+    if (focus->What == Kind::ListBox) ShowSelectedRow(focus);
+}
+
 void HearTop(FrameReader &reader)
 {
     Item *top = FindItem(TakeU32(reader));
@@ -590,24 +622,17 @@ void HearTop(FrameReader &reader)
     if ((top->Flags & flagShown) == 0) return;
     auto *window = GTK_WINDOW(top->Placed);
     gtk_widget_set_cursor_from_name(top->Placed, (flags & flagWaits) != 0 ? "wait" : nullptr);
-    if (IsChooser(top)) {
-        if (!gtk_widget_get_visible(top->Placed)) gtk_window_present(window);
-    } else {
-        gtk_window_set_default_widget(window, button != nullptr ? button->Control : nullptr);
-    }
+    if (IsChooser(top) && !gtk_widget_get_visible(top->Placed)) gtk_window_present(window);
     // Each thread has an active window; only what becomes one comes to the front.
     const bool isActive = (flags & flagActive) != 0;
     const bool becomesActive = isActive && !top->IsActive;
     top->IsActive = isActive;
     if (becomesActive && gtk_window_is_active(window) == FALSE && (top->Flags & flagEnabled) != 0)
         gtk_window_present(window);
-    if (focus == nullptr || focus->Control == nullptr || FocusedItem(window) == focus) return;
-    if (focus->What == Kind::Edit || focus->What == Kind::ComboBox) {
-        FocusField(focus);
-    } else {
-        gtk_widget_grab_focus(focus->Control);
-    }
-    if (focus->What == Kind::ListBox) ShowSelectedRow(focus);
+    if (IsChooser(top)) return; // it has a keyboard and buttons of its own
+    MoveKeyboard(window, focus);
+    // A button that has the keyboard would stay the default for GTK, so that comes first.
+    gtk_window_set_default_widget(window, button != nullptr ? button->Control : nullptr);
 }
 
 void HearFrame(const uint8_t *data, size_t size)
@@ -679,6 +704,7 @@ constexpr char style[] =
     "entry, button, combobox button, combobox entry { min-height: 22px; padding-top: 2px;"
     " padding-bottom: 2px; }"
     "button { padding-left: 8px; padding-right: 8px; }"
+    "button.icon { min-width: 16px; padding-left: 4px; padding-right: 4px; }"
     "checkbutton { min-height: 0; padding: 0; }"
     "button.default:not(:disabled) { border-color: @theme_selected_bg_color; }"
     "listview > row { padding: 1px 6px; }"
