@@ -73,8 +73,8 @@ static int Open(void)
     SetFocus(Button("&Summen- und Saldenliste", BUTTON_REPORT, 6));
     Button("&Beenden", BUTTON_CLOSE, 202);
     /* Tab leads on through what lies in it. */
-    area = CreateWindowExA(WS_EX_CONTROLPARENT, "Flaeche", "", WS_CHILD | WS_VISIBLE, 0, BAR_HEIGHT, 100, 100, frame, NULL,
-                           NULL, NULL);
+    area = CreateWindowExA(WS_EX_CONTROLPARENT, "Flaeche", "", WS_CHILD | WS_VISIBLE, 0, BAR_HEIGHT, 100, 100,
+                           frame, NULL, NULL, NULL);
     if (area == NULL) return 0;
     Arrange();
     ShowWindow(frame, SW_SHOW);
