@@ -64,7 +64,6 @@ uint64_t NewCheck(const Handle *handle)
     timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
     uint64_t check = static_cast<uint64_t>(now.tv_sec) * 1000000000 + static_cast<uint64_t>(now.tv_nsec);
-    check ^= static_cast<uint64_t>(getpid()) << 40;
     check += counter.fetch_add(1, std::memory_order_relaxed) * 0x9E3779B97F4A7C15u;
     check ^= reinterpret_cast<uintptr_t>(handle);
     check = (check ^ check >> 31) * 0xBF58476D1CE4E5B9u;
@@ -284,6 +283,7 @@ int16_t UseWriteCursor(ClientFile *file, size_t tree, MDB_cursor **cursor)
     int16_t status = BtrStatusOk;
     if (file->WriteCursors[tree] == nullptr) {
         status = OpenWriteCursor(file->Home->Writer, file->Of->Trees[tree], &file->WriteCursors[tree]);
+        file->Cursors = true;
     }
     *cursor = file->WriteCursors[tree];
     return status;

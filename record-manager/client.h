@@ -8,7 +8,7 @@
 //  4. Every lock in a position block's list, and every one in Implicit, is counted once in Held of its file;
 //  a
 //     counted record is locked in the lock description, or lies in the range of a Whole file.
-//  5. WriteCursors of a file are set only while Writer of its store is.
+//  5. WriteCursors of a file are set only while Writer of its store is, and Cursors tells that some are.
 #pragma once
 
 #include "record-manager/limits.h"
@@ -64,6 +64,7 @@ struct ClientFile {
     bool OpenedAlone; // exclusively
     bool Whole;       // locked as a whole by the exclusive transaction
     bool Touched;
+    bool Cursors; // some of WriteCursors
     Counters Now;
     uint64_t FirstSequence; // the last one before the pending changes
     uint32_t FirstRecord;   // the last one before the pending changes

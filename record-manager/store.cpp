@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -194,17 +193,15 @@ int16_t CheckFormat(Store *store, bool create)
 
 // A file cut off behind its first pages still opens, and reading what is missing ends the process by a
 // signal.
-int16_t CheckLength(const Store *store)
+int16_t CheckLength(const Store *store, int64_t size)
 {
-    BooksFacts found;
     MDB_envinfo info;
     MDB_stat shape;
-    if (!ReadFacts(store->PresenceFd, &found)) return BtrStatusIoError;
     if (mdb_env_info(store->Environment, &info) != 0 || mdb_env_stat(store->Environment, &shape) != 0) {
         return BtrStatusIoError;
     }
     const uint64_t needed = (uint64_t{info.me_last_pgno} + 1) * shape.ms_psize;
-    if (static_cast<uint64_t>(found.Size) >= needed) return BtrStatusOk;
+    if (static_cast<uint64_t>(size) >= needed) return BtrStatusOk;
     return OnlyFreePagesMissing(store->PresenceFd) ? BtrStatusOk : BtrStatusForeignFile;
 }
 
@@ -239,6 +236,20 @@ bool HasLockFile(const Store *store)
            found.st_ino == store->LockInode;
 }
 
+struct BooksPath {
+    char Text[BtrPathSize + sizeof booksName + 1];
+};
+
+BooksPath PathOfBooks(const char *directory)
+{
+    BooksPath path;
+    const size_t length = strnlen(directory, BtrPathSize);
+    memcpy(path.Text, directory, length);
+    path.Text[length] = '/';
+    memcpy(path.Text + length + 1, booksName, sizeof booksName);
+    return path;
+}
+
 // What has to be done while no other process opens or closes these books.
 int16_t SetUp(Store *store, const char *directory, bool create)
 {
@@ -271,11 +282,9 @@ int16_t SetUp(Store *store, const char *directory, bool create)
     mdb_env_set_mapsize(store->Environment, limits.MapSize);
     mdb_env_set_maxreaders(store->Environment, limits.Readers);
     mdb_env_set_maxdbs(store->Environment, limits.Trees);
-    char path[BtrPathSize + sizeof booksName + 1];
-    snprintf(path, sizeof path, "%s/%s", directory, booksName);
     const unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | (store->ReadOnly ? MDB_RDONLY : 0);
-    status = StatusOf(mdb_env_open(store->Environment, path, flags, 0666));
-    if (status == BtrStatusOk && !empty) status = CheckLength(store);
+    status = StatusOf(mdb_env_open(store->Environment, PathOfBooks(directory).Text, flags, 0666));
+    if (status == BtrStatusOk && !empty) status = CheckLength(store, found.Size);
     if (status == BtrStatusOk) status = CheckFormat(store, create && alone);
     if (status == BtrStatusOk && empty) status = SyncDirectory(store);
     // Half a head would be foreign to the next who tries, where an empty file is as good as none.
@@ -384,14 +393,11 @@ void CloseIdle()
 }
 
 // The store of the directory's books, taken out of the list, or null if this process has not opened them.
-Store *TakeKnown(const char *directory)
+Store *TakeKnown(const char *directory, BooksFacts *found)
 {
-    char path[BtrPathSize + sizeof booksName + 1];
-    snprintf(path, sizeof path, "%s/%s", directory, booksName);
-    BooksFacts found;
-    if (!ReadFacts(path, &found)) return nullptr;
+    if (!ReadFacts(PathOfBooks(directory).Text, found)) return nullptr;
     Store **link = &stores;
-    while (*link != nullptr && ((*link)->Inode != found.Inode || (*link)->Device != found.Device)) {
+    while (*link != nullptr && ((*link)->Inode != found->Inode || (*link)->Device != found->Device)) {
         link = &(*link)->Next;
     }
     Store *store = *link;
@@ -399,11 +405,11 @@ Store *TakeKnown(const char *directory)
     return store;
 }
 
-int16_t CheckKnown(const Store &store, bool readOnly)
+int16_t CheckKnown(const Store &store, const BooksFacts &found, bool readOnly)
 {
     if (store.Dead || (!store.ReadOnly && !HasLockFile(&store))) return BtrStatusIoError;
     if (store.ReadOnly && !store.ReadOnlySystem && !readOnly) return BtrStatusPermission;
-    return BtrStatusOk;
+    return CheckLength(&store, found.Size);
 }
 
 } // namespace
@@ -415,9 +421,10 @@ int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **
 {
     LockRegistry();
     CloseIdle();
-    Store *store = TakeKnown(directory);
-    const int16_t status =
-        store != nullptr ? CheckKnown(*store, readOnly) : OpenStore(directory, create, readOnly, &store);
+    BooksFacts found;
+    Store *store = TakeKnown(directory, &found);
+    const int16_t status = store != nullptr ? CheckKnown(*store, found, readOnly)
+                                            : OpenStore(directory, create, readOnly, &store);
     if (store != nullptr) {
         store->Next = stores;
         stores = store;
@@ -643,10 +650,8 @@ int16_t PutCatalogue(Store *store, MDB_txn *writer, const char *name, const void
 
 int16_t AcquireFile(Store *store, const char *name, MDB_txn *view, bool writing, File **file)
 {
-    int16_t status = CheckLength(store);
-    if (status != BtrStatusOk) return status;
     pthread_mutex_lock(&store->Mutex);
-    status = AcquireFileIn(store, view, writing, name, file);
+    const int16_t status = AcquireFileIn(store, view, writing, name, file);
     pthread_mutex_unlock(&store->Mutex);
     return status;
 }

@@ -12,7 +12,8 @@ namespace {
 void LeaveWriter(ClientStore *store)
 {
     for (ClientFile *file = store->Files; file != nullptr; file = file->Next) {
-        memset(file->WriteCursors, 0, sizeof file->WriteCursors);
+        if (file->Cursors) memset(file->WriteCursors, 0, sizeof file->WriteCursors);
+        file->Cursors = false;
     }
     store->Writer = nullptr;
     store->LoadedChanges = 0;
