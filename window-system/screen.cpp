@@ -53,7 +53,8 @@ struct Screen {
 
 Screen screen = {-1, -1, {}, 0, {}, false};
 
-constexpr int startTimeout_ms = 5000;
+// A program that cannot start ends at once; one that can is slow on a busy machine or a far display.
+constexpr int startTimeout_ms = 20000;
 
 bool Reserve(Bytes &bytes, size_t more)
 {

@@ -100,7 +100,7 @@ struct ViewOnScreen : testing::Test {
         const std::string command =
             "eval $(xdotool getactivewindow getwindowgeometry --shell) && xdotool mousemove --window $WINDOW "
             "$((WIDTH - " +
-            std::to_string(left) + ")) $((HEIGHT - " + std::to_string(up) + ")) sleep 0.2 click 1";
+            std::to_string(left) + ")) $((HEIGHT - " + std::to_string(up) + ")) click 1";
         static_cast<void>(system(command.c_str()));
     }
 };
@@ -141,16 +141,16 @@ TEST_F(ViewOnScreen, IsUsedByTheMouseAlone)
         // The button that leads on, a wheel, and text that is dragged over and copied by its button.
         EXPECT_TRUE(Display::ClickUntil([&] { return Text(pageNumber) != "1"; }, view, nextPage, 16, 14));
         const LONG y = Shown().Y;
-        Display::Click(view, picture, 400, 360, "sleep 0.2 click 5 click 5");
-        EXPECT_TRUE(Eventually([&] { return Shown().Y > y; }));
-        Display::Click(view, picture, 60, 110,
-                       "sleep 0.1 mousedown 1 sleep 0.1 mousemove_relative 300 100 sleep 0.1 "
-                       "mousemove_relative 100 60 sleep 0.1 mouseup 1");
-        EXPECT_TRUE(Display::ClickUntil([&] { return Text(stateText) == "Kopiert."; }, view, copy, 16, 14))
-            << Text(stateText);
+        EXPECT_TRUE(Display::ClickUntil([&] { return Shown().Y > y; }, view, picture, 400, 360, "click 5"));
+        EXPECT_TRUE(Eventually([&] {
+            Display::Click(view, picture, 60, 110,
+                           "mousedown 1 mousemove_relative 300 100 mousemove_relative 100 60 mouseup 1");
+            Display::Click(view, copy, 16, 14);
+            return Eventually([&] { return Text(stateText) == "Kopiert."; }, std::chrono::seconds(1));
+        })) << Text(stateText);
         EXPECT_GT(VarkUiCopiedText(nullptr, 0), 10);
         // Saved under the name that is suggested.
-        Display::Click(view, save, 16, 14, "sleep 0.2 click 1");
+        Display::Click(view, save, 16, 14);
         EXPECT_TRUE(Display::HasKeyboard("Bericht speichern"));
         const std::string path = directory.At("Summen- und Saldenliste.pdf");
         EXPECT_TRUE(Eventually([&] {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -113,10 +114,23 @@ public:
         return "";
     }
 
-    const std::string &Name() const { return name; }
-
     // Takes the display away: whatever still waits on it is answered as if nobody were there.
     void End() { server.reset(); }
+
+    // Kills the vark-ui on this display; false when there is none.
+    bool KillProgram() const
+    {
+        for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
+            std::ifstream comm(entry.path() / "comm");
+            std::string text;
+            if (!std::getline(comm, text) || text != "vark-ui") continue;
+            std::ifstream environment(entry.path() / "environ");
+            const std::string all(std::istreambuf_iterator<char>(environment), {});
+            if (all.find("DISPLAY=" + name + '\0') == std::string::npos) continue;
+            return kill(std::stoi(entry.path().filename().string()), SIGKILL) == 0;
+        }
+        return false;
+    }
 
     // What a person does, in the words of xdotool.
     static void Do(const std::string &command) { Holds("xdotool " + command); }
@@ -145,11 +159,12 @@ public:
     // Clicks at a place inside a control of the dialog (no box: those are laid out by the screen) that has
     // the keyboard, until `holds`: a window that has the keyboard may not have laid out its controls yet, and
     // then nothing is there to be hit. A click that follows another one after a second is no double click.
-    static bool ClickUntil(const std::function<bool()> &holds, HWND dialog, int id, int right, int down)
+    static bool ClickUntil(const std::function<bool()> &holds, HWND dialog, int id, int right, int down,
+                           const std::string &click = "click 1")
     {
         constexpr std::chrono::seconds afterOneClick(1);
         return Eventually([&] {
-            Click(dialog, id, right, down);
+            Click(dialog, id, right, down, click);
             return Eventually(holds, afterOneClick);
         });
     }

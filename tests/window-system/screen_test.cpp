@@ -57,23 +57,6 @@ struct Screen : testing::Test {
         acting.join();
         return result;
     }
-
-    // The vark-ui of this test: the one on this display.
-    pid_t FindProgram() const
-    {
-        for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
-            std::ifstream name(entry.path() / "comm");
-            std::string text;
-            if (!std::getline(name, text) || text != "vark-ui") continue;
-            std::ifstream environment(entry.path() / "environ");
-            std::stringstream all;
-            all << environment.rdbuf();
-            if (all.str().find(std::string("DISPLAY=") + display.Name() + '\0') == std::string::npos)
-                continue;
-            return std::stoi(entry.path().filename().string());
-        }
-        return -1;
-    }
 };
 
 } // namespace
@@ -138,20 +121,109 @@ TEST_F(Screen, PutsABoxBeforeItsDialog)
     EXPECT_EQ(result, IDCANCEL);
 }
 
+// ---- A screen that goes ----
+
+namespace {
+
+constexpr const char *hasGone = "varkui: the screen has gone; going on without it\n";
+
+}
+
 TEST_F(Screen, ThatDiesInTheMiddleOfADialogLeavesItToNobody)
 {
     testing::internal::CaptureStderr();
     const INT_PTR result = RunDemo([this](HWND) {
         ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
-        const pid_t program = FindProgram();
-        ASSERT_GT(program, 0);
-        kill(program, SIGKILL);
+        ASSERT_TRUE(display.KillProgram());
     });
     EXPECT_EQ(result, IDCANCEL);
-    EXPECT_NE(
-        testing::internal::GetCapturedStderr().find("varkui: the screen has gone; going on without it\n"),
-        std::string::npos);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), hasGone);
     EXPECT_FALSE(VarkUiHasUser());
+}
+
+TEST_F(Screen, ThatDiesBehindABoxAnswersItWithTheSafestButton)
+{
+    testing::internal::CaptureStderr();
+    std::thread acting = Act([this] {
+        ASSERT_TRUE(HasKeyboard("Frage"));
+        ASSERT_TRUE(display.KillProgram());
+    });
+    EXPECT_EQ(MessageBoxA(nullptr, "Weiter?", "Frage", MB_YESNO), IDNO);
+    acting.join();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string(hasGone) + "Frage: Weiter?\n");
+    EXPECT_EQ(frontEnd.Log(), "box Weiter?\n");
+}
+
+// A box before its dialog: the box is declined, then the dialog that had asked cancelled.
+TEST_F(Screen, ThatDiesBehindABoxOfADialogLeavesBothToNobody)
+{
+    testing::internal::CaptureStderr();
+    int answer = 0;
+    const INT_PTR result = RunDemo(
+        [this](HWND) {
+            ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+            Do("key alt+r");
+            ASSERT_TRUE(HasKeyboard("MERIDA"));
+            ASSERT_TRUE(display.KillProgram());
+        },
+        [&answer](HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+            if (message != WM_COMMAND || LOWORD(wParam) != 70) return INT_PTR{0};
+            answer = MessageBoxA(dialog, "Weiter?", "MERIDA", MB_YESNO);
+            return INT_PTR{1};
+        });
+    EXPECT_EQ(answer, IDNO);
+    EXPECT_EQ(result, IDCANCEL);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string(hasGone) + "MERIDA: Weiter?\n");
+}
+
+// The list of a combo box is a window of the screen's own, which has the keyboard.
+TEST_F(Screen, ThatDiesWithAnOpenListLeavesTheDialogToNobody)
+{
+    testing::internal::CaptureStderr();
+    const INT_PTR result = RunDemo([this](HWND dialog) {
+        ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+        Do("key alt+e F4");
+        ASSERT_TRUE(
+            Eventually([dialog] { return SendDlgItemMessageA(dialog, 41, CB_GETDROPPEDSTATE, 0, 0) != 0; }));
+        ASSERT_TRUE(display.KillProgram());
+    });
+    EXPECT_EQ(result, IDCANCEL);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), hasGone);
+}
+
+TEST_F(Screen, ThatDiesLeavesTheDialogsOfAllThreadsToNobody)
+{
+    testing::internal::CaptureStderr();
+    std::atomic<int> open{0};
+    const auto run = [&open] {
+        return RunTable(demo::table, [&open](HWND, UINT message, WPARAM, LPARAM) {
+            if (message == WM_INITDIALOG) ++open;
+            return INT_PTR{0};
+        });
+    };
+    std::thread one([&] { EXPECT_EQ(run(), IDCANCEL); });
+    std::thread two([&] { EXPECT_EQ(run(), IDCANCEL); });
+    EXPECT_TRUE(Eventually([&open] { return open == 2; }));
+    EXPECT_TRUE(HasKeyboard("Stapelverwaltung"));
+    if (!display.KillProgram()) {
+        ADD_FAILURE() << "there is no vark-ui";
+        display.End();
+    }
+    one.join();
+    two.join();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), hasGone);
+}
+
+// The display goes first, and its programs after it.
+TEST_F(Screen, WhoseDisplayGoesLeavesTheDialogToNobody)
+{
+    testing::internal::CaptureStderr();
+    const INT_PTR result = RunDemo([this](HWND) {
+        ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+        display.End();
+    });
+    EXPECT_EQ(result, IDCANCEL);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(hasGone), std::string::npos);
 }
 
 TEST_F(Screen, ThatIsMissingLeavesEverythingToNobody)
@@ -225,6 +297,7 @@ TEST_F(Screen, ABoxOnOneThreadLeavesAnotherAlone)
         if (answer == 0) Do("search --name Frage windowactivate key alt+j");
         return answer != 0;
     }));
+    if (answer == 0) display.End();
     asking.join();
     EXPECT_EQ(answer, IDYES);
 }
@@ -260,7 +333,9 @@ TEST_F(Screen, TellsWhereTheCaretIs)
         Do("key shift+End");
         EXPECT_TRUE(Eventually([&] { return selection() == MAKELONG(1, 14); })) << selection();
         SendDlgItemMessageA(dialog, 10, EM_SETSEL, 0, 6);
-        Do("type --delay 5 X"); // in the place of what the program has selected
+        // In the place of what the program has selected. What is typed before the screen has heard of that
+        // belongs to an older text; behind a key that the program has not handled yet it waits for it.
+        Do("key --delay 0 F2 X");
         EXPECT_TRUE(Eventually([dialog] { return TextOf(dialog, 10).substr(0, 3) == "Xf\xFC"; }))
             << TextOf(dialog, 10);
         Do("key Escape");

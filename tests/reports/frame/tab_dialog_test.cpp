@@ -779,3 +779,27 @@ TEST(PeriodTabDialogOnScreen, KeysTurnThePagesAndARefusalStays)
     person.join();
     EXPECT_STREQ("310317", stage.State.Tabs.Selections[0].BisDatum);
 }
+
+// With the second page in view.
+TEST(PeriodTabDialogOnScreen, ThatLosesItsScreenIsAcceptedThroughTheSameChecks)
+{
+    Stage stage("");
+    Display display;
+    const std::string missing = display.Begin(std::filesystem::path(VARKUI_LIBRARY).parent_path());
+    if (!missing.empty()) GTEST_SKIP() << missing;
+    testing::internal::CaptureStderr();
+    std::thread person;
+    stage.State.AtOpening = [&](HWND dialog) {
+        person = std::thread([&display, dialog] {
+            EXPECT_TRUE(display.HasKeyboard("Zwei Zeitr\xC3\xA4ume"));
+            display.Do("key ctrl+Tab");
+            EXPECT_TRUE(Eventually(
+                [&] { return SendDlgItemMessageA(dialog, controlPeriodTabs, TCM_GETCURSEL, 0, 0) == 1; }));
+            EXPECT_TRUE(display.KillProgram());
+        });
+    };
+    EXPECT_EQ(7, stage.Run());
+    person.join();
+    EXPECT_EQ("varkui: the screen has gone; going on without it\n", testing::internal::GetCapturedStderr());
+    EXPECT_STREQ("310318", stage.State.Tabs.Selections[0].BisDatum);
+}
