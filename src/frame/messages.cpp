@@ -26,12 +26,6 @@ constexpr UINT boxStyles[6] = {
 };
 constexpr int warningGroup = 2;
 
-UINT BoxStyle(int32_t number)
-{
-    const int32_t group = number > 3000 ? warningGroup : (number - 1000) / 200;
-    return boxStyles[group >= 0 && group < 6 ? group : warningGroup];
-}
-
 // Puts `text` in the place of the first "%s"; what does not fit is cut.
 void FillIn(const char *message, const char *text, char *out, size_t size)
 {
@@ -67,6 +61,12 @@ uint32_t ShowBox(int32_t number, const char *text, int32_t partIndex)
 }
 
 } // namespace
+
+UINT BoxStyle(int32_t number)
+{
+    const int32_t group = number > 3000 ? warningGroup : (number - 1000) / 200;
+    return boxStyles[group >= 0 && group < 6 ? group : warningGroup];
+}
 
 uint32_t ShowMessage(int32_t number, uint16_t focusControl, const char *text, int32_t partIndex)
 {

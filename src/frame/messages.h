@@ -11,6 +11,10 @@ namespace vark {
 // The text of a number, Windows-1252, or null when the number has none.
 const char *MessageText(int32_t number);
 
+// Icon and buttons of the box of a number: information from 1000, warnings from 1400 and of the record manager
+// from 3100, questions from 1800; in the groups between them with Cancel.
+UINT BoxStyle(int32_t number);
+
 // Shows message `number` in a box over the active window and waits for the answer. `text` fills the "%s" of
 // the message; with null a "%s" stays visible. `partIndex` from 0 names a Teilbuchung in front of the text,
 // -1 none. Afterwards the control `focusControl` of the active window (0 for none) is focused and its text

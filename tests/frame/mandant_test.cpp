@@ -26,6 +26,20 @@ struct MandantSelection : testing::Test {
     void SetUp() override { ASSERT_EQ(1, EnterExport(context)); }
     void TearDown() override { VARK_SchliesseDB(); }
 
+    // File names in the order in which the thread opens them from now on.
+    static std::vector<std::string> &NoteOpens()
+    {
+        static RecordManagerEntry real = EngineEntry;
+        static std::vector<std::string> opened;
+        EngineEntry = [](uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                         uint8_t keyLength, int8_t keyNumber) {
+            if (operation == operationOpen) {
+                opened.push_back(std::filesystem::path(static_cast<const char *>(key)).stem().string());
+            }
+            return real(operation, block, data, length, key, keyLength, keyNumber);
+        };
+        return opened;
+    }
     // What SelectMandant answers, and how many tables it opened or closed.
     int Opens(int32_t mandant, int32_t expected)
     {
@@ -75,6 +89,59 @@ TEST_F(MandantSelection, OpensTheCoreTablesOnceEach)
         }
         EXPECT_EQ(core ? 1 : 0, context->OpenCounts[slot]) << slot;
     }
+}
+
+TEST_F(MandantSelection, CoreTablesAreOpenedInTheirOrder)
+{
+    books.AddMandant(1);
+    const std::vector<std::string> &opened = NoteOpens();
+    ASSERT_EQ(1, SelectMandant(*context, 1, record));
+    EXPECT_EQ((std::vector<std::string>{"fista", "sako", "kred", "debi", "bube", "steke", "kore", "kobu",
+                                        "split", "bat", "user", "koschaze"}),
+              opened);
+}
+
+TEST_F(MandantSelection, CompanyTableHasOneUserHoweverOftenTheMandantIsSelected)
+{
+    books.AddMandant(1);
+    for (int i = 0; i < 4; ++i) {
+        ASSERT_EQ(1, SelectMandant(*context, 1, record));
+    }
+    EXPECT_EQ(1, context->OpenCounts[TableFista]);
+}
+
+TEST_F(MandantSelection, TodayIsRefreshedWithTheBinding)
+{
+    books.AddMandant(1);
+    ASSERT_EQ(1, SelectMandant(*context, 1, record));
+    EXPECT_STREQ("15.06.1998", context->TodayLong);
+}
+
+TEST_F(MandantSelection, APreviousYearThatWasOpenIsReopenedWithTheYear)
+{
+    MandantOptions options;
+    options.LowerYear = "1996";
+    books.AddMandant(1, options);
+    books.Insert(1, TableSako, MakeSako("1000"), "1996");
+    ASSERT_EQ(1, SelectMandant(*context, 1, record));
+    ASSERT_TRUE(OpenTable(*context, TablePreviousSako));
+    EXPECT_EQ(0, RecordCount(*context, TablePreviousSako)) << "1997";
+    ASSERT_TRUE(SelectYear(*context, "1997"));
+    EXPECT_EQ(1, context->OpenCounts[TablePreviousSako]);
+    EXPECT_EQ(1, RecordCount(*context, TablePreviousSako)) << "1996";
+}
+
+TEST_F(MandantSelection, AMandantWhoseTablesDoNotOpenLeavesTheThreadUnbound)
+{
+    books.AddMandant(1);
+    MandantOptions options;
+    options.Without = {TableKoschaze};
+    books.AddMandant(2, options);
+    ASSERT_EQ(1, SelectMandant(*context, 1, record));
+    EXPECT_EQ(engineFailure, SelectMandant(*context, 2, record));
+    EXPECT_EQ(-1, context->CurrentMandant);
+    EXPECT_EQ(1, SelectMandant(*context, 1, record));
+    EXPECT_STREQ("", context->MandantSuffix);
 }
 
 TEST_F(MandantSelection, MandantOneHasNoSuffixAndOthersTheirNumberLessOne)
@@ -161,6 +228,7 @@ TEST_F(MandantSelection, UnknownMandantIsReportedWithItsMessage)
 
 TEST_F(MandantSelection, MissingCompanyTableIsAnEngineFailure)
 {
+    context->ShowMessages = 1;
     std::filesystem::remove_all(books.Directory() + "/DB");
     EXPECT_EQ(engineFailure, SelectMandantOrReport(*context, 1, record));
     EXPECT_EQ(Lines{"File " + books.Directory() + "/DB/fista.btr not found"}, books.TakeBoxes());

@@ -1,13 +1,38 @@
 #include "src/frame/messages.h"
+
+#include "src/frame/dialogs.h"
 #include "tests/window-system/front_end_setup.h"
 #include "text/windows1252.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <map>
 
 using namespace vark;
 using namespace text;
+
+namespace {
+
+// The latest box as it was asked for.
+struct Box {
+    HWND Owner;
+    std::string Caption;
+    UINT Style;
+};
+Box latest;
+
+} // namespace
+
+// The linker leads calls of MessageBoxA here.
+extern "C" {
+int __real_MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style);
+int __wrap_MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style)
+{
+    latest = {owner, caption, style};
+    return __real_MessageBoxA(owner, text, caption, style);
+}
+}
 
 namespace {
 
@@ -49,6 +74,29 @@ TEST_F(Messages, WarningIsAnsweredWithOneForOk)
     EXPECT_EQ("box Das Buchungsdatum ist unzulässig!\n", frontEnd.Log());
 }
 
+TEST_F(Messages, IconAndButtonsFollowTheNumber)
+{
+    // 0x40 information, 0x30 exclamation, 0x20 question; 0 OK, 1 with Cancel, 3 yes, no and Cancel, 4 yes and no.
+    const struct {
+        int32_t First, Last;
+        UINT Style;
+    } groups[] = {{1000, 1199, 0x40}, {1200, 1399, 0x41}, {1400, 1599, 0x30}, {1600, 1799, 0x31},
+                  {1800, 1999, 0x24}, {2000, 2199, 0x23}, {3001, 3300, 0x30}};
+    for (const auto &group : groups) {
+        for (int32_t number = group.First; number <= group.Last; ++number) {
+            EXPECT_EQ(group.Style, BoxStyle(number)) << number;
+        }
+    }
+    for (const int32_t number : {1000, 1412, 1800, 3104}) {
+        ShowMessage(number, 0, "x", -1);
+        EXPECT_EQ(BoxStyle(number), latest.Style) << number;
+        EXPECT_EQ("MERIDA", latest.Caption);
+    }
+    ShowMessage(1300, 0, nullptr, -1); // has no text
+    EXPECT_EQ(0x1000u, latest.Style);
+    EXPECT_EQ("MERIDA", latest.Caption);
+}
+
 TEST_F(Messages, QuestionIsAnsweredWithOneForYesAndZeroForNo)
 {
     frontEnd.UseScript("box yes\nbox no\n");
@@ -87,6 +135,25 @@ TEST_F(Messages, TeilbuchungIsCountedFromOneInFrontOfTheText)
     EXPECT_EQ("box Teilbuchung 3: Die Anzahl der Teilbuchungen ist nicht korrekt!\n", frontEnd.Log());
 }
 
+TEST_F(Messages, FirstTeilbuchungIsNumberOneAndNoneIsNotNamed)
+{
+    ShowMessage(1412, 0, nullptr, 0);
+    ShowMessage(1409, 0, "Sollk", 0);
+    ShowMessage(1412, 0, nullptr, -1);
+    ShowMessage(1412, 0, nullptr, -2);
+    EXPECT_EQ("box Teilbuchung 1: Das Buchungsdatum ist unzulässig!\n"
+              "box Teilbuchung 1: Die Sollkontonummer ist unzulässig!\n"
+              "box Das Buchungsdatum ist unzulässig!\n"
+              "box Das Buchungsdatum ist unzulässig!\n",
+              frontEnd.Log());
+}
+
+TEST_F(Messages, AnEmptyTextFillsThePlaceWithNothing)
+{
+    ShowMessage(1428, 0, "", -1);
+    EXPECT_EQ("box Die Kostenstelle  existiert nicht!\n", frontEnd.Log());
+}
+
 TEST_F(Messages, HighestTeilbuchungIsCountedWithoutOverflow)
 {
     ShowMessage(1412, 0, nullptr, INT32_MAX);
@@ -109,6 +176,10 @@ TEST_F(Messages, ReportShowsOnlyToACallerWhoWantsMessages)
     context.ShowMessages = 1;
     EXPECT_EQ(-8, Report(context, 1409, -8, "Sollk", -1));
     EXPECT_EQ("box Die Sollkontonummer ist unzulässig!\n", frontEnd.Log());
+    context.ShowMessages = -1;
+    EXPECT_EQ(0, Report(context, 1450, 0, nullptr, -1)) << "any value but 0 wants them";
+    EXPECT_EQ("box Die Sollkontonummer ist unzulässig!\nbox Der Betrag kann nicht umgerechnet werden!\n",
+              frontEnd.Log());
 }
 
 TEST_F(Messages, StatusIsShownByItsNumberRange)
@@ -122,6 +193,24 @@ TEST_F(Messages, StatusIsShownByItsNumberRange)
               "box Lock Parameter Out of Range\n"
               "box Insufficient Memory\n",
               frontEnd.Log());
+}
+
+TEST_F(Messages, StatusRangesHaveTheirLimits)
+{
+    // 99 would be 3199, 100 is 2300, 1999 is 4199, 2000 is 3220, 2027 is 3247: numbers without a text, but for
+    // the neighbours of these.
+    ReportStatus(98, nullptr);
+    ReportStatus(1016, nullptr);
+    ReportStatus(2007, nullptr);
+    EXPECT_EQ("box Internal transaction error\nbox Already Initialized\nbox No Task Slots available\n",
+              frontEnd.Log());
+    for (const int16_t status : {int16_t{99}, int16_t{100}, int16_t{1999}, int16_t{2000}, int16_t{800}}) {
+        ReportStatus(status, nullptr);
+    }
+    EXPECT_EQ(5u * std::string("box Speicher voll.\n").size(),
+              frontEnd.Log().size() - std::string("box Internal transaction error\nbox Already "
+                                                  "Initialized\nbox No Task Slots available\n")
+                                          .size());
 }
 
 TEST_F(Messages, StatusWithoutATextEndsInTheBoxForExhaustedMemory)
@@ -164,4 +253,105 @@ TEST_F(Messages, ControlThatDoesNotExistIsNotFocused)
     EXPECT_EQ(nullptr, FocusControl(nullptr, 22990));
     FocusAndSelect(nullptr);
     EXPECT_EQ(nullptr, GetFocus());
+}
+
+// ---- The focus afterwards ----
+
+namespace {
+
+using varkui::DialogControlKind;
+
+constexpr int firstField = 100;
+constexpr int secondField = 101;
+constexpr int checkBox = 102;
+
+constexpr varkui::DialogControl controls[] = {
+    {DialogControlKind::Edit, firstField, "", 7, 7, 60, 14, 0, 0},
+    {DialogControlKind::Edit, secondField, "", 7, 25, 60, 14, 0, 0},
+    {DialogControlKind::CheckBox, checkBox, "x", 7, 43, 60, 14, 0, 0},
+    {DialogControlKind::DefaultButton, IDOK, "OK", 80, 7, 50, 14, 0, 0},
+    {DialogControlKind::PushButton, IDCANCEL, "Ende", 80, 25, 50, 14, 0, 0},
+};
+constexpr varkui::DialogTable table = {999, "Felder", 140, 60, controls, std::size(controls), 0};
+
+// What OK does, and what the dialog found out.
+struct FieldDialog {
+    uint16_t Focus;
+    DWORD SelectionBegin = 0;
+    DWORD SelectionEnd = 0;
+    HWND Dialog = nullptr;
+    HWND Owner = nullptr; // of the box
+};
+
+INT_PTR CALLBACK FieldProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    auto *state = DialogState<FieldDialog>(dialog, message, lParam);
+    if (message == WM_INITDIALOG) {
+        SetDlgItemTextA(dialog, secondField, "12,50");
+        SendDlgItemMessageA(dialog, secondField, EM_SETSEL, 0, 0);
+        return TRUE;
+    }
+    if (message != WM_COMMAND || HIWORD(wParam) != BN_CLICKED) return FALSE;
+    if (LOWORD(wParam) == IDOK) {
+        ShowMessage(1001, state->Focus, nullptr, -1);
+        state->Dialog = dialog;
+        state->Owner = latest.Owner;
+        SendDlgItemMessageA(dialog, secondField, EM_GETSEL, reinterpret_cast<WPARAM>(&state->SelectionBegin),
+                            reinterpret_cast<LPARAM>(&state->SelectionEnd));
+    }
+    if (LOWORD(wParam) == IDCANCEL) EndDialog(dialog, IDCANCEL);
+    return TRUE;
+}
+
+FieldDialog RunFields(uint16_t focus)
+{
+    FieldDialog state{.Focus = focus};
+    EXPECT_TRUE(RunDialog(table, nullptr, FieldProcedure, &state));
+    return state;
+}
+
+} // namespace
+
+TEST_F(Messages, TheRefusedFieldHasTheFocusAndAllOfItsTextSelected)
+{
+    frontEnd.UseScript("dialog 999\nexpect focus 100\npress 1\nbox ok\nexpect focus 101\npress 2\n");
+    const FieldDialog state = RunFields(secondField);
+    EXPECT_EQ(0u, state.SelectionBegin);
+    EXPECT_EQ(5u, state.SelectionEnd);
+    EXPECT_NE(nullptr, state.Dialog);
+    EXPECT_EQ(state.Dialog, state.Owner) << "the active window owns the box";
+    EXPECT_EQ(std::string::npos, frontEnd.Log().find("script:")) << frontEnd.Log();
+}
+
+TEST_F(Messages, AControlWithoutATextIsOnlyFocused)
+{
+    frontEnd.UseScript("press 1\nbox ok\nexpect focus 102\npress 2\n");
+    const FieldDialog state = RunFields(checkBox);
+    EXPECT_EQ(state.SelectionBegin, state.SelectionEnd) << "the text of another field is left alone";
+    EXPECT_EQ(std::string::npos, frontEnd.Log().find("script:")) << frontEnd.Log();
+}
+
+TEST_F(Messages, WithoutAFieldTheFocusStays)
+{
+    frontEnd.UseScript("focus 101\nkey Enter\nbox ok\nexpect focus 101\npress 2\n");
+    const FieldDialog state = RunFields(0);
+    EXPECT_NE(nullptr, state.Dialog);
+    EXPECT_EQ(std::string::npos, frontEnd.Log().find("script:")) << frontEnd.Log();
+}
+
+TEST_F(Messages, AFieldThatTakesNoFocusIsNotSelected)
+{
+    frontEnd.UseScript("press 1\nbox ok\npress 2\n");
+    struct Disabling {
+        static INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+        {
+            const INT_PTR result = FieldProcedure(dialog, message, wParam, lParam);
+            if (message == WM_INITDIALOG) ShowWindow(GetDlgItem(dialog, secondField), SW_HIDE);
+            if (message == WM_INITDIALOG) EnableWindow(GetDlgItem(dialog, secondField), FALSE);
+            return result;
+        }
+    };
+    FieldDialog state{.Focus = secondField};
+    EXPECT_TRUE(RunDialog(table, nullptr, Disabling::Procedure, &state));
+    EXPECT_EQ(state.SelectionBegin, state.SelectionEnd);
 }
