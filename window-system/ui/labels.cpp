@@ -2,24 +2,6 @@
 
 namespace ui {
 
-std::string WithUnderlines(const std::string &text)
-{
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '_') {
-            out += "__";
-        } else if (text[i] != '&') {
-            out += text[i];
-        } else if (i + 1 < text.size() && text[i + 1] == '&') {
-            out += '&';
-            ++i;
-        } else {
-            out += '_';
-        }
-    }
-    return out;
-}
-
 void SetLabelText(GtkLabel *label, const std::string &text)
 {
     std::string shown;
@@ -42,6 +24,11 @@ void SetLabelText(GtkLabel *label, const std::string &text)
     }
     gtk_label_set_attributes(label, attributes);
     pango_attr_list_unref(attributes);
+}
+
+void SetName(GtkWidget *widget, const std::string &name)
+{
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, name.c_str(), -1);
 }
 
 std::string BrokenIntoLines(GtkWidget *widget, const std::string &text, int mostWidth)

@@ -6,11 +6,11 @@
 
 namespace ui {
 
-// "&Name" as GTK writes it, "_Name"; "&&" is an ampersand.
-std::string WithUnderlines(const std::string &text);
-
-// Shows a text with its mnemonic underlined. GTK does that only for a label that it leads from by itself.
+// Shows a text with its mnemonic underlined at all times, as GTK does only while Alt is held down.
 void SetLabelText(GtkLabel *label, const std::string &text);
+
+// What a screen reader calls a widget.
+void SetName(GtkWidget *widget, const std::string &name);
 
 // The text with line breaks, so that no line is wider than `mostWidth` pixels unless a single word is.
 std::string BrokenIntoLines(GtkWidget *widget, const std::string &text, int mostWidth);

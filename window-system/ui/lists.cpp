@@ -38,6 +38,7 @@ void OnRowBind(GtkListItemFactory * /*factory*/, GtkListItem *row, Item *item)
     auto *label = GTK_LABEL(gtk_list_item_get_child(row));
     gtk_label_set_tabs(label, item->Columns);
     gtk_label_set_text(label, gtk_string_object_get_string(string));
+    SetName(gtk_widget_get_parent(GTK_WIDGET(label)), gtk_string_object_get_string(string));
 }
 
 // About how wide each letter is, by its first byte; 0 for a byte that goes on with the letter before.

@@ -127,21 +127,34 @@ void WatchFocus(GtkWidget *widget, Item *item)
     gtk_widget_add_controller(widget, controller);
 }
 
+// A widget with what it is called for those who cannot see it.
+GtkWidget *MakeWidget(GType type, GtkAccessibleRole role)
+{
+    return GTK_WIDGET(g_object_new(type, "accessible-role", role, nullptr));
+}
+
+GtkWidget *MakeInside() { return MakeWidget(GTK_TYPE_FIXED, GTK_ACCESSIBLE_ROLE_GROUP); }
+
 void MakeButton(Item *item)
 {
     const uint32_t type = item->Style & typeMask;
+    GtkWidget *label = gtk_label_new(nullptr);
     if (type == groupBox) {
-        item->Placed = gtk_frame_new(nullptr);
-        gtk_frame_set_label_widget(GTK_FRAME(item->Placed), gtk_label_new(nullptr));
+        item->Placed = MakeWidget(GTK_TYPE_FRAME, GTK_ACCESSIBLE_ROLE_GROUP);
+        gtk_frame_set_label_widget(GTK_FRAME(item->Placed), label);
         gtk_widget_set_can_target(item->Placed, FALSE);
     } else if (type == pushButton || type == defaultButton) {
         item->Placed = item->Control = gtk_button_new();
-        gtk_button_set_use_underline(GTK_BUTTON(item->Placed), TRUE);
+        gtk_button_set_child(GTK_BUTTON(item->Placed), label);
+        gtk_widget_add_css_class(item->Placed, "text-button");
         g_signal_connect(item->Control, "clicked", G_CALLBACK(OnClicked), item);
     } else {
-        item->Placed = item->Control = gtk_check_button_new();
-        gtk_check_button_set_use_underline(GTK_CHECK_BUTTON(item->Placed), TRUE);
-        if (type == radioButton || type == autoRadioButton) {
+        const bool isRadio = type == radioButton || type == autoRadioButton;
+        item->Placed = item->Control = MakeWidget(
+            GTK_TYPE_CHECK_BUTTON, isRadio ? GTK_ACCESSIBLE_ROLE_RADIO : GTK_ACCESSIBLE_ROLE_CHECKBOX);
+        gtk_label_set_xalign(GTK_LABEL(label), 0);
+        gtk_check_button_set_child(GTK_CHECK_BUTTON(item->Placed), label);
+        if (isRadio) {
             item->Partner = GTK_WIDGET(g_object_ref_sink(gtk_check_button_new()));
             gtk_check_button_set_group(GTK_CHECK_BUTTON(item->Control), GTK_CHECK_BUTTON(item->Partner));
             GtkGesture *gesture = gtk_gesture_click_new();
@@ -180,18 +193,12 @@ void MakeControl(Item *item)
         item->Control = pictures::Inside(item->Shown);
         break;
     case Kind::Plain:
-    case Kind::Dialog: item->Placed = item->Inside = gtk_fixed_new(); break;
+    case Kind::Dialog: item->Placed = item->Inside = MakeInside(); break;
     }
     g_object_set_data(G_OBJECT(item->Placed), "item", item);
     if (item->Control == nullptr) return;
     g_object_set_data(G_OBJECT(item->Control), "item", item);
     WatchFocus(item->Control, item);
-}
-
-// GTK takes the underlines of mnemonics away when the Alt key is let go.
-void KeepMnemonics(GtkWindow *window, GParamSpec * /*property*/, void * /*data*/)
-{
-    if (gtk_window_get_mnemonics_visible(window) == FALSE) gtk_window_set_mnemonics_visible(window, TRUE);
 }
 
 // What kind of box it is, as icons and colours are called; null for a box without an icon.
@@ -219,7 +226,8 @@ void MakeBoxInside(Item *item)
     item->Inside = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 16);
     const char *kind = KindOfBox(item->BoxStyle);
     if (kind != nullptr) {
-        GtkWidget *icon = gtk_image_new_from_icon_name(("dialog-" + std::string(kind) + "-symbolic").c_str());
+        GtkWidget *icon = MakeWidget(GTK_TYPE_IMAGE, GTK_ACCESSIBLE_ROLE_PRESENTATION);
+        gtk_image_set_from_icon_name(GTK_IMAGE(icon), ("dialog-" + std::string(kind) + "-symbolic").c_str());
         gtk_widget_add_css_class(icon, "box-icon");
         gtk_widget_add_css_class(icon, kind);
         gtk_widget_set_valign(icon, GTK_ALIGN_START);
@@ -270,7 +278,7 @@ void MakeResizable(Item *item)
     gtk_window_set_resizable(window, TRUE);
     GtkWidget *scroller = gtk_scrolled_window_new();
     gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_EXTERNAL, GTK_POLICY_EXTERNAL);
-    item->Inside = gtk_fixed_new();
+    item->Inside = MakeInside();
     gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), item->Inside);
     gtk_widget_set_size_request(scroller, 320, 200);
     gtk_window_set_child(window, scroller);
@@ -292,18 +300,16 @@ void MakeTop(Item *item)
     const GtkAccessibleRole role = isBox                        ? GTK_ACCESSIBLE_ROLE_ALERT_DIALOG
                                    : item->What == Kind::Dialog ? GTK_ACCESSIBLE_ROLE_DIALOG
                                                                 : GTK_ACCESSIBLE_ROLE_WINDOW;
-    item->Placed = GTK_WIDGET(g_object_new(GTK_TYPE_WINDOW, "accessible-role", role, nullptr));
+    item->Placed = MakeWidget(GTK_TYPE_WINDOW, role);
     auto *window = GTK_WINDOW(item->Placed);
     gtk_window_set_resizable(window, FALSE);
-    gtk_window_set_mnemonics_visible(window, TRUE);
-    g_signal_connect(window, "notify::mnemonics-visible", G_CALLBACK(KeepMnemonics), nullptr);
     gtk_window_set_focus_visible(window, TRUE);
     if (isBox) {
         MakeBoxInside(item);
     } else if ((item->Style & thickFrame) != 0) {
         MakeResizable(item);
     } else {
-        item->Inside = gtk_fixed_new();
+        item->Inside = MakeInside();
         gtk_widget_set_size_request(item->Inside, item->Width, item->Height);
         gtk_window_set_child(window, item->Inside);
     }
@@ -372,6 +378,9 @@ void ShowStatic(Item *item)
         constexpr int widest = 480;
         gtk_label_set_wrap(label, FALSE);
         gtk_label_set_text(label, BrokenIntoLines(item->Placed, item->Text, widest).c_str());
+        GtkWidget *box = FindItem(item->Parent)->Placed;
+        gtk_accessible_update_relation(GTK_ACCESSIBLE(box), GTK_ACCESSIBLE_RELATION_DESCRIBED_BY,
+                                       GTK_ACCESSIBLE(label), nullptr, -1);
     } else if ((item->Style & staticNoPrefix) != 0) {
         gtk_label_set_text(label, item->Text.c_str());
     } else {
@@ -391,8 +400,7 @@ void ShowIcon(Item *item)
     if (gtk_icon_theme_has_icon(theme, icon.c_str()) != FALSE) {
         gtk_button_set_icon_name(GTK_BUTTON(item->Placed), icon.c_str());
         gtk_widget_set_tooltip_text(item->Placed, name.c_str());
-        gtk_accessible_update_property(GTK_ACCESSIBLE(item->Placed), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                       name.c_str(), -1);
+        SetName(item->Placed, name);
     } else {
         gtk_button_set_label(GTK_BUTTON(item->Placed), name.c_str());
     }
@@ -403,18 +411,17 @@ void ShowIcon(Item *item)
 void ShowButton(Item *item)
 {
     const uint32_t type = item->Style & typeMask;
-    const std::string text = WithUnderlines(item->Text);
-    if (type == groupBox) {
-        GtkWidget *label = gtk_frame_get_label_widget(GTK_FRAME(item->Placed));
-        SetLabelText(GTK_LABEL(label), item->Text);
-    } else if ((item->Style & iconButton) != 0) {
+    if ((item->Style & iconButton) != 0) {
         ShowIcon(item);
-    } else if (type == pushButton || type == defaultButton) {
-        gtk_button_set_label(GTK_BUTTON(item->Placed), text.c_str());
-    } else {
-        gtk_check_button_set_label(GTK_CHECK_BUTTON(item->Placed), text.c_str());
-        ShowCheck(item);
+        return;
     }
+    const bool isPushed = type == pushButton || type == defaultButton;
+    GtkWidget *label = type == groupBox ? gtk_frame_get_label_widget(GTK_FRAME(item->Placed))
+                       : isPushed       ? gtk_button_get_child(GTK_BUTTON(item->Placed))
+                                        : gtk_check_button_get_child(GTK_CHECK_BUTTON(item->Placed));
+    SetLabelText(GTK_LABEL(label), item->Text);
+    SetName(item->Placed, gtk_label_get_text(GTK_LABEL(label)));
+    if (type != groupBox && !isPushed) ShowCheck(item);
 }
 
 // A field or list is named to a screen reader by the text that stands before it.
