@@ -89,6 +89,27 @@ TEST(AccountPicker, SortedByKuerzelTheNumberIsTheSecondColumn)
     EXPECT_STREQ("8400", konto);
 }
 
+TEST(AccountPicker, BothLimitsBelongToTheRangeInEitherSorting)
+{
+    PickBooks books("expect rows 1000 3\n"
+                    "expect row 1000 1000\tKASSE\tHauptkasse\n"
+                    "select 1000 2\n"
+                    "expect row 1000 1210\tBANK2\tVolksbank\n"
+                    "press 1003\n"
+                    "expect rows 1000 3\n"
+                    "expect row 1000 BANK\t1200\tSparkasse Köln\n"
+                    "select 1000 1\n"
+                    "expect row 1000 BANK2\t1210\tVolksbank\n"
+                    "select 1000 2\n"
+                    "expect row 1000 KASSE\t1000\tHauptkasse\n"
+                    "press 1\n");
+    AddAccounts(books);
+    char konto[8];
+    EXPECT_EQ(1, VARK_HoleKonto(nullptr, 1, 1, "1000", "1210", konto));
+    EXPECT_EQ("", books.Trouble());
+    EXPECT_STREQ("1000", konto);
+}
+
 TEST(AccountPicker, ClickingTheActiveSortingChangesNothing)
 {
     PickBooks books(R"(

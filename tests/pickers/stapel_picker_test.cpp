@@ -537,6 +537,51 @@ TEST(StapelChange, NeedsALineThatIsNotTheApplications)
     EXPECT_EQ("", books.Trouble());
 }
 
+TEST(StapelChange, AStapelThatIsGoneIsSaid)
+{
+    PickBooks books(R"(
+        select 1000 0
+        press 4
+        box ok Der Stapel existiert nicht!
+        dialog 103
+        press 2
+    )");
+    AddBooks(books);
+    // By Get Equal come fista, the postings of six lines, and then the Stapel itself.
+    FailEngineOperation(5, 1 + 6 + 1, 4);
+    EXPECT_EQ(0, VARK_HoleStapelNr(nullptr, -1));
+    StopEngineFaults();
+    EXPECT_EQ("", books.Trouble());
+}
+
+TEST(StapelChange, ARefusedWriteGivesTheLockBack)
+{
+    PickBooks books(R"(
+        select 1000 "Mai"
+        press 4
+        text 1005 Juni
+        press 1
+        box ok Disk full
+        box ok Der Stapel 'Mai' ist nicht änderbar!
+        dialog 109
+        press 2
+        press 2
+    )");
+    AddBooks(books);
+    AttachLibrary();
+    static RecordManagerEntry real = EngineEntry;
+    static int locks = 0;
+    EngineEntry = [](uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                     uint8_t keyLength, int8_t keyNumber) {
+        if (operation == 205) ++locks;
+        if (operation == 27) --locks;
+        return operation == 3 ? int16_t{18} : real(operation, block, data, length, key, keyLength, keyNumber);
+    };
+    EXPECT_EQ(0, VARK_HoleStapelNr(nullptr, -1));
+    EXPECT_EQ("", books.Trouble());
+    EXPECT_EQ(0, locks);
+}
+
 TEST(StapelChange, AsksUntilTheFieldsAreGood)
 {
     PickBooks books(R"(

@@ -228,6 +228,8 @@ TEST_F(Dates, WithTheFlagNoDateAfterToday)
     EXPECT_EQ("code 4", Parse("1.1.98", true));
     EXPECT_EQ("301117", Parse("30.11.97", true));
     EXPECT_EQ("311216", Parse("31.12.96", true));
+    EXPECT_EQ("010100", Parse("1.1.80", true)) << "1980, not 2080";
+    EXPECT_EQ("code 4", Parse("1.1.79", true)) << "2079";
     EXPECT_EQ("251217", Parse("25.12.97", false));
 }
 
