@@ -41,7 +41,11 @@ TEST_F(Lifecycle, WithoutADataPathEveryExportAnswersMinus36AndShowsNothing)
     EXPECT_EQ(-36, VARK_Status());
     EXPECT_EQ(-36, VARK_ExistiertKonto(1, "1200", 1));
     EXPECT_EQ(-36, VARK_HoleSaldo(1, "1200", 1, 1, 1, nullptr));
+    ReportParams params{};
+    params.ViewResult = 1;
+    EXPECT_EQ(nullptr, VARK_Kontenplan(1, nullptr, &params));
     EXPECT_EQ(nullptr, VARK_Kontenplan(1, nullptr, nullptr));
+    EXPECT_EQ(0u, uint32_t{params.ViewResult}) << "no view is told of, whatever stood there";
     VARK_SchliesseDB();
     EXPECT_EQ("", frontEnd.Log());
 }

@@ -1,10 +1,12 @@
 // Views with windows, as a host opens them and a person - here a script - uses them.
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include "report_support.h"
@@ -191,6 +193,84 @@ TEST_F(Views, CopyNothingWhereNothingIsSelected)
     EXPECT_EQ(VarkUiCopiedText(nullptr, 0), 0);
 }
 
+namespace {
+
+// What a person does with the mouse in the pages of a view.
+struct Mouse {
+    HWND View;
+
+    void Tell(UINT code, LONG x, LONG y, LONG count = 0) const
+    {
+        NMPICTURE notice = {{GetDlgItem(View, pages), pages, code}, x, y, count};
+        SendMessageA(View, WM_NOTIFY, pages, reinterpret_cast<LPARAM>(&notice));
+    }
+    // The copied text of what is selected now, without its last line end.
+    std::string Selected() const
+    {
+        SendMessageA(View, WM_COMMAND, copy, 0);
+        std::string text(100'000, '\0');
+        text.resize(static_cast<size_t>(VarkUiCopiedText(text.data(), static_cast<int>(text.size()))));
+        return text.substr(0, text.find_last_not_of('\n') + 1);
+    }
+};
+
+} // namespace
+
+TEST_F(Views, SelectWordsLinesAndWhatIsDraggedOver)
+{
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    SendMessageA(view, WM_APP + 1, 0, 0); // as its thread comes to handle messages
+    const Mouse mouse = {view};
+    // Down the first column to the word of a line.
+    LONG y = 0;
+    do {
+        y += 2;
+        ASSERT_LT(y, 900);
+        mouse.Tell(PCN_PRESS, 70, y, 2);
+    } while (mouse.Selected() != "1003");
+    mouse.Tell(PCN_PRESS, 70, y, 3);
+    EXPECT_EQ(mouse.Selected().substr(0, 18), "1003\tKonto 3\t1,00\t") << mouse.Selected();
+    mouse.Tell(PCN_PRESS, 70, y, 1);
+    mouse.Tell(PCN_DRAG, 500, y);
+    mouse.Tell(PCN_RELEASE, 500, y);
+    const std::string dragged = mouse.Selected();
+    EXPECT_NE(dragged.find("Konto 3"), std::string::npos) << dragged;
+    EXPECT_EQ(dragged.find("Konto 4"), std::string::npos) << dragged;
+    mouse.Tell(PCN_PRESS, 500, y + 40, -1); // with Shift
+    EXPECT_NE(mouse.Selected().find("Konto 4"), std::string::npos) << mouse.Selected();
+    DestroyWindow(view);
+}
+
+TEST_F(Views, FollowWheelAndScrollBars)
+{
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    SendMessageA(view, WM_APP + 1, 0, 0);
+    const Mouse mouse = {view};
+    const auto shown = [&] {
+        VARKUIPICTURE now = {};
+        SendMessageA(GetDlgItem(view, pages), PCM_GETPICTURE, 0, reinterpret_cast<LPARAM>(&now));
+        return now;
+    };
+    mouse.Tell(PCN_SCROLL, 0, 900);
+    EXPECT_EQ(shown().Y, 900);
+    mouse.Tell(PCN_SCROLL, 0, 1'000'000'000);
+    EXPECT_LT(shown().Y, shown().ContentHeight) << "the end stays in view";
+    char number[16] = "";
+    GetWindowTextA(GetDlgItem(view, pageNumber), number, sizeof number);
+    EXPECT_STREQ(number, "6");
+    const LONG before = shown().ContentWidth;
+    mouse.Tell(PCN_ZOOM, 100, 100, 2);
+    EXPECT_GT(shown().ContentWidth, before);
+    mouse.Tell(PCN_ZOOM, 100, 100, -2);
+    mouse.Tell(PCN_ZOOM, 100, 100, -2);
+    EXPECT_LT(shown().ContentWidth, before);
+    DestroyWindow(view);
+}
+
 TEST_F(Views, SaveAFileOfAnyForm)
 {
     EXPECT_EQ(Use("key Ctrl+s\n"
@@ -265,23 +345,98 @@ TEST_F(Views, CloseByEscapeAndByKey)
     }
 }
 
-TEST_F(Views, MayBeClosedWhileADialogOfTheirsIsOpen)
+namespace {
+
+constexpr UINT destroyMessage = WM_APP;
+
+// A frame that goes when it is told.
+LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == destroyMessage) DestroyWindow(window);
+    return DefWindowProcA(window, message, wParam, lParam);
+}
+
+HWND MakeFrame()
+{
+    WNDCLASSA made = {};
+    made.lpfnWndProc = FrameProcedure;
+    made.lpszClassName = "Rahmen";
+    RegisterClassA(&made);
+    return CreateWindowExA(0, "Rahmen", "Rahmen", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 60, 800, 700, nullptr,
+                           nullptr, nullptr, nullptr);
+}
+
+RSWindow OpenChild(int32_t report, HWND frame, uint32_t style = WS_CHILD)
+{
+    return RSOpenView(report, "Blatt", "%N", frame, 10, 20, 600, 400, style, 0, 65535, 65535, frame);
+}
+
+} // namespace
+
+// While a dialog of the view waits, each message comes to its window: the person closes the view, its host
+// destroys the window around it.
+TEST_F(Views, MayEndWhileADialogOfTheirsIsOpen)
 {
     for (const int command : {save, print}) {
-        const pid_t child = fork();
-        if (child == 0) {
-            Play("");
-            Fill();
-            auto *view = static_cast<HWND>(OpenView(report));
-            PostMessageA(view, WM_COMMAND, static_cast<WPARAM>(command), 0);
-            PostMessageA(view, WM_CLOSE, 0, 0); // comes to the view while the dialog waits
-            RunUntilClosed(view);
-            _exit(RSCopyReport(report, susaId, 0) == 0 ? 0 : 1);
+        for (const bool isChild : {false, true}) {
+            const pid_t child = fork(); // a window system, and so a script, for each
+            if (child == 0) {
+                Play("");
+                Fill();
+                HWND frame = isChild ? MakeFrame() : nullptr;
+                auto *view = static_cast<HWND>(isChild ? OpenChild(report, frame) : OpenView(report));
+                PostMessageA(view, WM_COMMAND, static_cast<WPARAM>(command), 0);
+                PostMessageA(isChild ? frame : view, isChild ? destroyMessage : WM_CLOSE, 0, 0);
+                RunUntilClosed(view);
+                const bool isGone = IsWindow(view) == 0 && RSCopyReport(report, susaId, 0) == 0;
+                _exit(isGone ? 0 : 1);
+            }
+            int status = 0;
+            waitpid(child, &status, 0);
+            EXPECT_EQ(status, 0) << command << (isChild ? " of a child" : "");
         }
-        int status = 0;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0) << command;
     }
+}
+
+TEST_F(Views, SaveAReportThatTheHostHasClosedMeanwhile)
+{
+    Play("press 113\npress 1\nexpect text 115 Der Bericht wurde gespeichert.\nclose\n");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    RSCloseReport(report);
+    RunUntilClosed(view);
+    EXPECT_EQ(Log().find("script:"), std::string::npos) << Log();
+    EXPECT_TRUE(ReadFile(directory.At("Summen- und Saldenliste.pdf")).starts_with("%PDF"));
+}
+
+TEST_F(Views, MayEndWhileAnotherThreadPrintsThem)
+{
+    directory.Write("vark.ini", "[RS]\nDrucker=datei:" + directory.At("{nummer}") + "\n");
+    Play("");
+    Fill();
+    RSWindow view = OpenView(report);
+    int printed = 0;
+    std::atomic<bool> hasBegun{false};
+    std::thread printing([&] {
+        while (RSPrintView(view, 0) == 1) {
+            ++printed;
+            hasBegun = true;
+        }
+    });
+    while (!hasBegun) {
+        std::this_thread::yield();
+    }
+    DestroyWindow(static_cast<HWND>(view));
+    printing.join();
+    // What was printed is whole, and nothing half lies beside it.
+    int found = 0;
+    for (const std::string &file : directory.Files()) {
+        if (!file.ends_with(".pdf")) continue;
+        ++found;
+        EXPECT_EQ(PageCountOf(directory.At(file)), 6) << file;
+    }
+    EXPECT_EQ(found, printed);
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
 }
 
 TEST_F(Views, EndWithTheirReportWhenTheHostDestroysThem)
@@ -323,30 +478,6 @@ TEST_F(Views, OfOneReportEndOneByOne)
     DestroyWindow(second);
     EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
 }
-
-namespace {
-
-LRESULT CALLBACK FrameProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
-{
-    return DefWindowProcA(window, message, wParam, lParam);
-}
-
-HWND MakeFrame()
-{
-    WNDCLASSA made = {};
-    made.lpfnWndProc = FrameProcedure;
-    made.lpszClassName = "Rahmen";
-    RegisterClassA(&made);
-    return CreateWindowExA(0, "Rahmen", "Rahmen", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 60, 800, 700, nullptr,
-                           nullptr, nullptr, nullptr);
-}
-
-RSWindow OpenChild(int32_t report, HWND frame, uint32_t style = WS_CHILD)
-{
-    return RSOpenView(report, "Blatt", "%N", frame, 10, 20, 600, 400, style, 0, 65535, 65535, frame);
-}
-
-} // namespace
 
 TEST_F(Views, AsChildrenStandWhereTheHostWantsThem)
 {
@@ -474,6 +605,30 @@ TEST_F(Views, CopiedTakeTheOldOnesPlace)
     EXPECT_EQ(RSExportView(copied, directory.At("a.csv").c_str()), 1);
     EXPECT_NE(ReadFile(directory.At("a.csv")).find(";7777;Neu;"), std::string::npos);
     DestroyWindow(frame);
+}
+
+TEST_F(Views, CopiedAreWindowsOfTheirOwnWhereTheOldOneIs)
+{
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(RSOpenView(report, "Alt", "%N", nullptr, 30, 40, 500, 300,
+                                              WS_OVERLAPPEDWINDOW, 0, 65535, 65535, nullptr));
+    const int32_t second = RSCopyReport(report, susaId, 0);
+    AddSusaHeader(second);
+    auto *copied =
+        static_cast<HWND>(RSCopyView(second, view, 0, 30, 40, 500, 300, WS_OVERLAPPEDWINDOW, 0, 0));
+    ASSERT_NE(IsWindow(copied), 0);
+    EXPECT_EQ(GetParent(copied), nullptr);
+    char title[40] = "";
+    GetWindowTextA(copied, title, sizeof title);
+    EXPECT_STREQ(title, "Alt");
+    RECT place = {};
+    GetWindowRect(copied, &place);
+    EXPECT_EQ(place.left, 30);
+    EXPECT_EQ(place.bottom, 340);
+    DestroyWindow(view);
+    EXPECT_NE(IsWindow(copied), 0) << "each ends by itself";
+    DestroyWindow(copied);
 }
 
 TEST_F(Views, ClosedWhileTheirSuccessorIsFilledGiveNone)

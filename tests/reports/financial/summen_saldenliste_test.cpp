@@ -210,9 +210,31 @@ TEST_F(SummenSaldenliste, WithoutACallersBlockTodayIsTaken)
               sent.Records(0));
 }
 
+TEST(SummenSaldenlisteDialog, CancelledOpensNothingAndLeavesTheBlock)
+{
+    Books books("dialog 111\ntext 22991 28.2.98\npress 2\n");
+    books.AddMandant(1);
+    ReportParams params{};
+    params.ParamFlags = ParamZeitraum | ParamDaten;
+    std::memcpy(params.BisDatum, "310398", 7);
+    params.ViewResult = 1;
+    ReportParams wanted = params;
+    wanted.ViewResult = 0;
+    EXPECT_EQ(1, VARK_Status());
+    RecordingEngine sent;
+    sent.Install();
+    EXPECT_EQ(nullptr, VARK_SummenSaldenListe(1, nullptr, &params));
+    EXPECT_EQ(0, std::memcmp(&wanted, &params, sizeof params));
+    EXPECT_TRUE(sent.Calls.empty());
+    EXPECT_EQ(Lines{}, books.TakeBoxes());
+    VARK_SchliesseDB();
+}
+
 TEST_F(SummenSaldenliste, MissingTemplateIsNamedWithItsPath)
 {
+    EXPECT_EQ(0u, params.ParamFlags & ParamAusgabe);
     EXPECT_EQ(nullptr, VARK_SummenSaldenListe(1, nullptr, &params));
+    EXPECT_NE(0u, params.ParamFlags & ParamAusgabe) << "what was chosen is told before the template opens";
     EXPECT_EQ(Lines{"Reportdatei '" + std::string(ReportPath) +
                     "or_slist.rs' konnte nicht gefunden werden oder beim Öffnen ist ein Fehler aufgetreten."},
               books.TakeBoxes());
