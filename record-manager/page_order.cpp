@@ -41,6 +41,7 @@ char spareKey[] = "!spare";
 struct FreePages {
     size_t Lists;
     size_t Oldest; // pages of the first list
+    bool More;     // than were read
     size_t Count;
     uint64_t Pages[mostPages];
 };
@@ -66,7 +67,8 @@ bool ReadFreePages(MDB_env *environment, FreePages *free)
         // What the last transaction left is still seen by whoever began to read before it.
         if (transaction >= mdb_txn_id(view) || count > list.mv_size / sizeof count - 1) break;
         if (free->Lists++ == 0) free->Oldest = count;
-        if (count > mostPages - free->Count) break;
+        free->More = count > mostPages - free->Count;
+        if (free->More) break;
         memcpy(free->Pages + free->Count, static_cast<const uint8_t *>(list.mv_data) + sizeof count,
                count * sizeof count);
         free->Count += count;
@@ -167,7 +169,7 @@ bool OrderFreePages(MDB_env *environment, MDB_txn *writer, unsigned catalogue, i
     }
     // Pages are given back unwritten only where the writer finds one freed by an older transaction.
     if (free.Lists == 0) return true;
-    const bool few = free.Count < fewPages;
+    const bool few = free.Count < fewPages && !free.More;
     const size_t longest = LongestRun(&free);
     // Changing the catalogue takes the lowest pages, which may be some of the run.
     const size_t run = few ? addedPages : longest - std::min(longest, pagesOfCatalogue);

@@ -1,7 +1,7 @@
 // The ordered store below the calls: the books of one directory, their files, and reading and writing them in
 // transactions. It knows bytes and files; records' currency, locks and statuses of calls are the business of
-// those above. This is the only part that knows which store it is (store.cpp and page_order.cpp
-// alone include its header).
+// those above. This is the only part that knows which store it is (store.cpp, stores.cpp and
+// page_order.cpp alone see its header).
 #pragma once
 
 #include "record-manager/definition.h"

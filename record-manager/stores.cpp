@@ -1,0 +1,395 @@
+// The books that are open in this process: finding, opening and closing them.
+#include "record-manager/books_file.h"
+#include "record-manager/limits.h"
+#include "record-manager/locks.h"
+#include "record-manager/store_private.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace wbtrv {
+
+Limits limits;
+
+namespace {
+
+constexpr char lockName[] = "books.mdb-lock";
+
+pthread_mutex_t registryMutex = PTHREAD_MUTEX_INITIALIZER;
+Store *stores = nullptr; // most recently used first
+
+} // namespace
+
+int16_t StatusOf(int error)
+{
+    switch (error) {
+    case MDB_SUCCESS: return BtrStatusOk;
+    case MDB_MAP_FULL:
+    case MDB_TXN_FULL:
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: return BtrStatusDiskFull;
+    case MDB_DBS_FULL:
+    case EMFILE:
+    case ENFILE: return BtrStatusFileTableFull;
+    case MDB_READERS_FULL: return BtrStatusHandleTableFull;
+    case EACCES:
+    case EPERM:
+    case EROFS: return BtrStatusPermission;
+    case MDB_INVALID:
+    case MDB_VERSION_MISMATCH:
+    case MDB_CORRUPTED:
+    case MDB_PAGE_NOTFOUND:
+    case MDB_INCOMPATIBLE: return BtrStatusForeignFile;
+    default: return BtrStatusIoError;
+    }
+}
+
+int16_t StatusOf(int error, int special, int16_t status)
+{
+    return error == special ? status : StatusOf(error);
+}
+
+bool HasLockFile(const Store *store)
+{
+    struct stat found;
+    return fstatat(store->DirectoryFd, lockName, &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+           found.st_ino == store->LockInode;
+}
+
+namespace {
+
+// Network file systems share neither the mapped pages nor, on all of them, the locks.
+bool OnNetwork(int fd)
+{
+    struct statfs found;
+    if (fstatfs(fd, &found) != 0) return false;
+    switch (static_cast<uint32_t>(found.f_type)) {
+    case 0x6969:     // nfs
+    case 0x517B:     // smb
+    case 0xFE534D42: // smb2
+    case 0xFF534D42: // cifs
+    case 0x73757245: // coda
+    case 0x5346414F: // afs
+    case 0x6B414653: // kafs
+    case 0x00C36400: // ceph
+    case 0x01021997: // 9p
+    case 0x564C:     // ncp
+    case 0x01161970: // gfs2
+    case 0x7461636F: // ocfs2
+    case 0x0BD00BD0: // lustre
+        return true;
+    default: return false;
+    }
+}
+
+// Reads the catalogue's head, or writes it into books that hold nothing yet when `create` allows it. Books
+// whose maker did not come so far hold no file, so there is none to be found.
+int16_t CheckFormat(Store *store, bool create)
+{
+    MDB_txn *transaction = nullptr;
+    int error = mdb_txn_begin(store->Environment, nullptr, create ? 0 : MDB_RDONLY, &transaction);
+    if (error != 0) return StatusOf(error);
+    MDB_dbi catalogue = 0;
+    MDB_stat shape{};
+    error = mdb_dbi_open(transaction, nullptr, 0, &catalogue);
+    if (error == 0) error = mdb_stat(transaction, catalogue, &shape);
+    store->Catalogue = catalogue;
+    int16_t status = StatusOf(error);
+    FormatRecord format{};
+    MDB_val key = ToVal(formatKey);
+    MDB_val value{sizeof format, &format};
+    if (status == BtrStatusOk && shape.ms_entries == 0) {
+        memcpy(format.Mark, formatMark, sizeof format.Mark);
+        format.Format = formatNumber;
+        status = BtrStatusFileNotFound;
+        if (create) status = StatusOf(mdb_put(transaction, catalogue, &key, &value, 0));
+    } else if (status == BtrStatusOk) {
+        status = StatusOf(mdb_get(transaction, catalogue, &key, &value), MDB_NOTFOUND, BtrStatusForeignFile);
+        if (status == BtrStatusOk && value.mv_size != sizeof format) status = BtrStatusForeignFile;
+        if (status == BtrStatusOk) memcpy(&format, value.mv_data, sizeof format);
+        if (status == BtrStatusOk &&
+            (memcmp(format.Mark, formatMark, sizeof format.Mark) != 0 || format.Format != formatNumber)) {
+            status = BtrStatusForeignFile;
+        }
+    }
+    if (status != BtrStatusOk) {
+        mdb_txn_abort(transaction);
+        return status;
+    }
+    return StatusOf(mdb_txn_commit(transaction));
+}
+
+// A file cut off behind its first pages still opens, and reading what is missing ends the process by a
+// signal.
+int16_t CheckLength(const Store *store, int64_t size)
+{
+    MDB_envinfo info;
+    MDB_stat shape;
+    if (mdb_env_info(store->Environment, &info) != 0 || mdb_env_stat(store->Environment, &shape) != 0) {
+        return BtrStatusIoError;
+    }
+    const uint64_t needed = (uint64_t{info.me_last_pgno} + 1) * shape.ms_psize;
+    if (static_cast<uint64_t>(size) >= needed) return BtrStatusOk;
+    return OnlyFreePagesMissing(store->PresenceFd) ? BtrStatusOk : BtrStatusForeignFile;
+}
+
+// The store's lock file is mapped, and a hole in a mapped file is a signal on a full disk: its blocks are
+// taken before the store opens it. What another program may have left there is of no use to anybody.
+int16_t PrepareLockFile(const Store *store)
+{
+    const int fd = openat(store->DirectoryFd, lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (fd < 0) return StatusOf(errno);
+    constexpr off_t readerSize = 64;
+    int error = ftruncate(fd, 0) == 0 ? 0 : errno;
+    if (error == 0) error = posix_fallocate(fd, 0, readerSize * static_cast<off_t>(limits.Readers + 1));
+    close(fd);
+    return StatusOf(error);
+}
+
+// A file that was just made is only there for good once its directory is.
+int16_t SyncDirectory(const Store *store)
+{
+    const int fd = openat(store->DirectoryFd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return errno == EACCES ? static_cast<int16_t>(BtrStatusOk) : StatusOf(errno);
+    const int error = fsync(fd) == 0 ? 0 : errno;
+    close(fd);
+    return StatusOf(error);
+}
+
+struct BooksPath {
+    char Text[BtrPathSize + sizeof booksName + 1];
+};
+
+BooksPath PathOfBooks(const char *directory)
+{
+    BooksPath path;
+    const size_t length = strnlen(directory, BtrPathSize);
+    memcpy(path.Text, directory, length);
+    path.Text[length] = '/';
+    memcpy(path.Text + length + 1, booksName, sizeof booksName);
+    return path;
+}
+
+// What has to be done while no other process opens or closes these books.
+int16_t SetUp(Store *store, const char *directory, bool create)
+{
+    const bool alone = !store->ReadOnly &&
+                       TryLock(store->PresenceFd, LockKind::Write, presenceOffset, 1) == LockResult::Granted;
+    BooksFacts found;
+    if (!ReadFacts(store->PresenceFd, &found)) return BtrStatusIoError;
+    store->Device = found.Device;
+    store->Inode = found.Inode;
+    const bool unfinished = found.Size != 0 && IsUnfinished(store->PresenceFd);
+    const bool empty = found.Size == 0 || unfinished;
+    if (empty && (!create || !alone)) return BtrStatusForeignFile;
+    if (unfinished && ftruncate(store->PresenceFd, 0) != 0) return StatusOf(errno);
+
+    int16_t status = BtrStatusOk;
+    if (alone) {
+        status = PrepareLockFile(store);
+    } else if (!store->ReadOnly && faccessat(store->DirectoryFd, lockName, F_OK, 0) != 0) {
+        // Gone while others still work by it: a new one would let two writers in.
+        status = BtrStatusIoError;
+    }
+    if (status == BtrStatusOk && !store->ReadOnly)
+        status = OpenGate(store->DirectoryFd, alone, &store->WriteGate);
+    if (status != BtrStatusOk) return status;
+
+    if (mdb_env_create(&store->Environment) != 0) {
+        store->Environment = nullptr;
+        return BtrStatusHandleTableFull;
+    }
+    mdb_env_set_mapsize(store->Environment, limits.MapSize);
+    mdb_env_set_maxreaders(store->Environment, limits.Readers);
+    mdb_env_set_maxdbs(store->Environment, limits.Trees);
+    const unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | (store->ReadOnly ? MDB_RDONLY : 0);
+    status = StatusOf(mdb_env_open(store->Environment, PathOfBooks(directory).Text, flags, 0666));
+    if (status == BtrStatusOk && !empty) status = CheckLength(store, found.Size);
+    if (status == BtrStatusOk) status = CheckFormat(store, create && alone);
+    if (status == BtrStatusOk && empty) status = SyncDirectory(store);
+    // Half a head would be foreign to the next who tries, where an empty file is as good as none.
+    if (status != BtrStatusOk && empty) (void)!ftruncate(store->PresenceFd, 0);
+    if (status != BtrStatusOk) return status;
+
+    struct stat lockFile;
+    if (fstatat(store->DirectoryFd, lockName, &lockFile, AT_SYMLINK_NOFOLLOW) == 0) {
+        store->LockInode = lockFile.st_ino;
+    }
+    int dead = 0;
+    if (!store->ReadOnly) mdb_reader_check(store->Environment, &dead);
+    const LockResult present = TryLock(store->PresenceFd, LockKind::Read, presenceOffset, 1);
+    return present == LockResult::Granted ? BtrStatusOk : BtrStatusIoError;
+}
+
+void FreeStore(Store *store)
+{
+    if (store->Environment != nullptr) mdb_env_close(store->Environment);
+    if (store->WriteGate != nullptr) CloseGate(store->WriteGate);
+    while (store->Files != nullptr) {
+        File *file = store->Files;
+        store->Files = file->Next;
+        free(file);
+    }
+    if (store->PresenceFd >= 0) close(store->PresenceFd);
+    if (store->DirectoryFd >= 0) close(store->DirectoryFd);
+    pthread_mutex_destroy(&store->Mutex);
+    free(store);
+}
+
+// Closing is under the same lock as opening, since the store's lock file changes hands in both.
+void CloseStore(Store *store)
+{
+    (void)WaitLock(store->PresenceFd, LockKind::Write, setupOffset, 1, limits.SetupWait_ms);
+    FreeStore(store);
+}
+
+// Opens the books' file for writing where that is possible, and for reading where that is wanted or all there
+// is.
+int16_t OpenBooks(Store *store, bool create, bool readOnly)
+{
+    const int flags = O_CLOEXEC | O_NOFOLLOW;
+    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDWR | (create ? O_CREAT : 0), 0666);
+    if (store->PresenceFd >= 0) return BtrStatusOk;
+    store->ReadOnlySystem = errno == EROFS;
+    if (!store->ReadOnlySystem && (errno != EACCES || !readOnly)) {
+        return StatusOf(errno, ENOENT, BtrStatusFileNotFound);
+    }
+    store->ReadOnly = true;
+    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDONLY);
+    if (store->PresenceFd >= 0) return BtrStatusOk;
+    return StatusOf(errno, ENOENT, create ? BtrStatusPermission : BtrStatusFileNotFound);
+}
+
+int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out)
+{
+    const int directoryFd = open(directory, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (directoryFd < 0) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
+        return missing ? static_cast<int16_t>(BtrStatusFileNotFound) : StatusOf(errno);
+    }
+    auto *store = static_cast<Store *>(calloc(1, sizeof(Store)));
+    if (store == nullptr) {
+        close(directoryFd);
+        return BtrStatusHandleTableFull;
+    }
+    pthread_mutex_init(&store->Mutex, nullptr);
+    store->DirectoryFd = directoryFd;
+    store->PresenceFd = -1;
+    int16_t status = BtrStatusOk;
+    if (OnNetwork(directoryFd)) status = BtrStatusPermission;
+    if (status == BtrStatusOk) status = OpenBooks(store, create, readOnly);
+    if (status == BtrStatusOk) {
+        const LockKind kind = store->ReadOnly ? LockKind::Read : LockKind::Write;
+        if (WaitLock(store->PresenceFd, kind, setupOffset, 1, limits.SetupWait_ms) != LockResult::Granted) {
+            status = BtrStatusFileLocked;
+        }
+    }
+    if (status == BtrStatusOk) status = SetUp(store, directory, create);
+    if (status != BtrStatusOk) {
+        FreeStore(store);
+        return status;
+    }
+    Unlock(store->PresenceFd, setupOffset, 1);
+    *out = store;
+    return BtrStatusOk;
+}
+
+// Closes what nobody uses and either is of no use or is one too many.
+void CloseIdle()
+{
+    unsigned idle = 0;
+    for (Store **link = &stores; *link != nullptr;) {
+        Store *store = *link;
+        BooksFacts found;
+        const bool stays = store->Users > 0 || (!store->Dead && ReadFacts(store->PresenceFd, &found) &&
+                                                found.Links > 0 && ++idle <= limits.IdleStores);
+        if (stays) {
+            link = &store->Next;
+            continue;
+        }
+        *link = store->Next;
+        CloseStore(store);
+    }
+}
+
+// The store of the directory's books, taken out of the list, or null if this process has not opened them.
+Store *TakeKnown(const char *directory, BooksFacts *found)
+{
+    if (!ReadFacts(PathOfBooks(directory).Text, found)) return nullptr;
+    Store **link = &stores;
+    while (*link != nullptr && ((*link)->Inode != found->Inode || (*link)->Device != found->Device)) {
+        link = &(*link)->Next;
+    }
+    Store *store = *link;
+    if (store != nullptr) *link = store->Next;
+    return store;
+}
+
+int16_t CheckKnown(const Store &store, const BooksFacts &found, bool readOnly)
+{
+    if (store.Dead || (!store.ReadOnly && !HasLockFile(&store))) return BtrStatusIoError;
+    if (store.ReadOnly && !store.ReadOnlySystem && !readOnly) return BtrStatusPermission;
+    return CheckLength(&store, found.Size);
+}
+
+} // namespace
+
+void LockRegistry() { pthread_mutex_lock(&registryMutex); }
+void UnlockRegistry() { pthread_mutex_unlock(&registryMutex); }
+
+int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **out)
+{
+    LockRegistry();
+    CloseIdle();
+    BooksFacts found;
+    Store *store = TakeKnown(directory, &found);
+    const int16_t status = store != nullptr ? CheckKnown(*store, found, readOnly)
+                                            : OpenStore(directory, create, readOnly, &store);
+    if (store != nullptr) {
+        store->Next = stores;
+        stores = store;
+        if (status == BtrStatusOk) store->Users++;
+    }
+    UnlockRegistry();
+    *out = store;
+    return status;
+}
+
+void ReleaseStore(Store *store)
+{
+    LockRegistry();
+    store->Users--;
+    UnlockRegistry();
+}
+
+int OpenLockDescription(const Store *store)
+{
+    const int fd =
+        openat(store->DirectoryFd, booksName, O_CLOEXEC | O_NOFOLLOW | (store->ReadOnly ? O_RDONLY : O_RDWR));
+    BooksFacts found;
+    if (fd >= 0 && (!ReadFacts(fd, &found) || found.Inode != store->Inode || found.Device != store->Device)) {
+        close(fd);
+        errno = ENOENT;
+        return -1;
+    }
+    return fd;
+}
+
+void ForgetStores()
+{
+    for (Store *store = stores; store != nullptr; store = store->Next) {
+        // A description that the child kept would hold the parent's locks after the parent's end.
+        close(store->PresenceFd);
+        close(store->DirectoryFd);
+    }
+    stores = nullptr;
+    pthread_mutex_init(&registryMutex, nullptr);
+}
+
+} // namespace wbtrv
