@@ -25,14 +25,14 @@ constexpr DWORD iconStyle = BS_PUSHBUTTON | BS_ICON | WS_TABSTOP;
 
 const BarControl barControls[] = {
     {previousButton, "Button", "Vorherige Seite (Bild auf)\tgo-previous-symbolic", 0, 32, iconStyle, true},
-    {pageEdit, "Edit", "", 2, 56, ES_NUMBER | ES_RIGHT | WS_BORDER | WS_TABSTOP, false},
+    {pageEdit, "Edit", "Seite", 2, 56, ES_NUMBER | ES_RIGHT | WS_BORDER | WS_TABSTOP, false},
     {pageCountText, "Static", "", 6, 66, SS_LEFT, false},
     {nextButton, "Button", "Nächste Seite (Bild ab)\tgo-next-symbolic"_w, 2, 32, iconStyle, false},
     {copyButton, "Button", "Kopieren (Strg+C)\tedit-copy-symbolic", 0, 32, iconStyle, true},
     {printButton, "Button", "Drucken (Strg+P)\tdocument-print-symbolic", 2, 32, iconStyle, false},
     {saveButton, "Button", "Speichern (Strg+S)\tdocument-save-symbolic", 2, 32, iconStyle, false},
     {smallerButton, "Button", "Kleiner (–)\tzoom-out-symbolic"_w, 0, 32, iconStyle, true},
-    {zoomList, "ComboBox", "", 2, 126, CBS_DROPDOWNLIST | WS_TABSTOP, false},
+    {zoomList, "ComboBox", "Vergrößerung"_w, 2, 126, CBS_DROPDOWNLIST | WS_TABSTOP, false},
     {largerButton, "Button", "Größer (+)\tzoom-in-symbolic"_w, 2, 32, iconStyle, false},
     {searchText, "Static", "Suchen:", 0, 60, SS_RIGHT, true},
     {searchEdit, "Edit", "", 6, 92, ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP, false},

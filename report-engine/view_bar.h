@@ -8,7 +8,7 @@ namespace rs {
 struct BarControl {
     int Id;
     const char *Class;
-    const char *Text; // of an icon button: its name, a tab, the icon
+    const char *Text; // of an icon button: its name, a tab, the icon; of a field: what names it unseen
     LONG Gap;         // before it
     LONG Width;
     DWORD Style;

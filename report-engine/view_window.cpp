@@ -478,7 +478,13 @@ bool MakeControls(ViewWindow &view)
     };
     for (int i = 0; i < barControlCount; ++i) {
         const BarControl &each = barControls[i];
-        if (make(each.Class, each.Text, each.Style, each.Id) == nullptr) return false;
+        const bool isField = std::strcmp(each.Class, "Edit") == 0 || std::strcmp(each.Class, "ComboBox") == 0;
+        // A field is named by the text before it, which need not be seen.
+        if (isField && each.Text[0] != 0 &&
+            CreateWindowExA(0, "Static", each.Text, WS_CHILD, 0, 0, 1, 1, view.Window, nullptr, nullptr,
+                            nullptr) == nullptr)
+            return false;
+        if (make(each.Class, isField ? "" : each.Text, each.Style, each.Id) == nullptr) return false;
     }
     view.Picture = make(VARKUI_PICTURE_CLASS, "Seiten", WS_TABSTOP, pagePicture);
     return view.Picture != nullptr && make("Static", "", SS_LEFT, stateText) != nullptr;

@@ -103,6 +103,14 @@ TEST_F(Views, ShowTheirFirstPageUnderTheirTitle)
               "");
 }
 
+TEST_F(Views, NameTheirFieldsToAScreenReader)
+{
+    EXPECT_EQ(Use("expect label 102 Seite\n"
+                  "expect label 107 Vergrößerung\n"
+                  "expect label 111 Suchen:\n"),
+              "");
+}
+
 TEST_F(Views, TurnPagesByButtonKeyAndNumber)
 {
     EXPECT_EQ(Use("press 104\n"

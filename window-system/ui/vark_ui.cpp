@@ -470,6 +470,7 @@ void ShowItem(Item *item)
     if (item->What == Kind::Button) ShowButton(item);
     if (item->What == Kind::Static) ShowStatic(item);
     if (item->What == Kind::Edit) ShowField(item);
+    if (item->What == Kind::Picture) SetName(item->Control, item->Text);
     ShowValue(item);
     NameField(item);
 }
