@@ -106,8 +106,8 @@ TEST_F(Views, ShowTheirFirstPageUnderTheirTitle)
 TEST_F(Views, NameTheirFieldsToAScreenReader)
 {
     EXPECT_EQ(Use("expect label 102 Seite\n"
-                  "expect label 107 Vergrößerung\n"
-                  "expect label 111 Suchen:\n"),
+                  "expect label 106 Vergrößerung\n"
+                  "expect label 108 Suchen:\n"),
               "");
 }
 
