@@ -324,7 +324,7 @@ TEST_F(PostingCursor, TheGreaterAmountHasTheSignOfTheSollSide)
         SetText(record.Haben, haben);
         Add(record);
         EXPECT_EQ(1, Init(""));
-        const std::string delivered = Next().Betrag;
+        std::string delivered = Next().Betrag;
         VARK_SchliesseDB();
         books.EmptyTable(1, TableBube);
         return delivered;
@@ -398,7 +398,7 @@ TEST_F(PostingCursor, TakesTheRateThatWasValidAtItsDate)
         record.Steuerflags = flags;
         Add(record);
         EXPECT_EQ(1, Init(""));
-        const std::string delivered = Next().Prozent;
+        std::string delivered = Next().Prozent;
         VARK_SchliesseDB();
         books.EmptyTable(1, TableBube);
         return delivered;

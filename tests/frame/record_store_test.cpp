@@ -16,11 +16,9 @@ using namespace vark::test;
 
 namespace {
 
-constexpr uint16_t operationInsert = 2;
 constexpr uint16_t operationGetNext = 6;
 constexpr uint16_t operationBegin = 19;
 constexpr uint16_t operationEnd = 20;
-constexpr uint16_t operationAbort = 21;
 
 const char *const inUse = "Der Datensatz wird von einer anderen Anwendung benutzt!";
 

@@ -54,7 +54,7 @@ struct OnScreen : testing::Test {
     bool ClickRow(int list, int row) const
     {
         constexpr int rowHeight = 18;
-        const HWND dialog = Topmost();
+        HWND dialog = Topmost();
         return Display::ClickUntil(
             [&] { return SendDlgItemMessageA(dialog, list, LB_GETCURSEL, 0, 0) == row; }, dialog, list, 20,
             10 + row * rowHeight);

@@ -922,7 +922,7 @@ TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
     for (int i = 0; i < 500; ++i) {
         ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
     }
-    EXPECT_LE(fs::file_size(Directory / "books.mdb"), size + 64 * 4096);
+    EXPECT_LE(fs::file_size(Directory / "books.mdb"), size + size_t{64} * 4096);
     wbtrv::ReleaseStore(store);
 }
 

@@ -43,7 +43,7 @@ TEST(Growth, IsBoundedWhileReadersIdle)
     for (int i = 0; i < POSTINGS; ++i) {
         ASSERT_TRUE(post(i)) << i;
     }
-    EXPECT_LE(std::filesystem::file_size(directory / "books.mdb"), size + 16 * 4096);
+    EXPECT_LE(std::filesystem::file_size(directory / "books.mdb"), size + size_t{16} * 4096);
     EXPECT_EQ(Name(OnT<const Remote>{idle}.GetEqual("c")), "c");
     EXPECT_EQ(busy({.Operation = BtrOpEnd}).Status, BtrStatusOk);
 }

@@ -69,7 +69,7 @@ TEST(Fuzz, DamagedTemplatesAndRecordsOnlyFail)
 {
     constexpr unsigned seed = 7;
     LowerLimits();
-    std::mt19937 random(seed); // NOLINT(cert-msc51-cpp): the same run every time
+    std::mt19937 random(seed);
     const Directory directory;
     const std::string pdf = directory.At("a.pdf");
     int sound = 0;

@@ -81,7 +81,7 @@ void SubtractDigits(char *out, const char *a, const char *b)
 
 class Amounts : public testing::Test {
 protected:
-    std::mt19937_64 Random{4711}; // NOLINT(cert-msc51-cpp): the same run each time
+    std::mt19937_64 Random{4711};
 };
 
 } // namespace

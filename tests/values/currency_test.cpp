@@ -192,7 +192,7 @@ TEST_F(Conversion, AnAmountThatDoesNotFitIsRefused)
 
 TEST_F(Conversion, AgreesWithFloatingPointDoneInIntegers)
 {
-    std::mt19937_64 random(1); // NOLINT(cert-msc51-cpp): the same run each time
+    std::mt19937_64 random(1);
     const exact::Double pfennig = exact::Ratio(1, 100);
     for (int i = 0; i < 100'000; ++i) {
         const auto magnitude = static_cast<int64_t>(random() % 100'000'000 >> random() % 24);

@@ -19,7 +19,7 @@ constexpr int rounds = 200'000;
 
 class Garbage : public testing::Test {
 protected:
-    std::mt19937_64 Random{42}; // NOLINT(cert-msc51-cpp): the same run each time
+    std::mt19937_64 Random{42};
 
     // Either any bytes, or those that a parser knows something about.
     void Fill(char *field, size_t size)
