@@ -1,11 +1,13 @@
 #include "tests/tools/program.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <poll.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace tests {
@@ -18,8 +20,19 @@ struct Pipe {
     int Read = -1;
     int Write = -1;
 
-    Pipe()
+    explicit Pipe(bool isTerminal = false)
     {
+        if (isTerminal) {
+            Read = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+            grantpt(Read);
+            unlockpt(Read);
+            Write = open(ptsname(Read), O_RDWR | O_NOCTTY);
+            termios raw;
+            tcgetattr(Write, &raw);
+            cfmakeraw(&raw);
+            tcsetattr(Write, TCSANOW, &raw);
+            return;
+        }
         int ends[2];
         if (pipe(ends) != 0) throw std::runtime_error("pipe");
         Read = ends[0];
@@ -70,7 +83,7 @@ Result Run(const Call &call)
 {
     const Pipe in;
     const Pipe out;
-    const Pipe err;
+    const Pipe err(call.IsOnTerminal);
     const pid_t child = fork();
     if (child < 0) throw std::runtime_error("fork");
     if (child == 0) {

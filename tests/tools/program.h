@@ -30,6 +30,8 @@ struct Call {
     std::string Input = {};
     // Set in the program's environment, which otherwise holds nothing that the library looks at.
     std::map<std::string, std::string> Environment = {};
+    // Whether standard error is a terminal.
+    bool IsOnTerminal = false;
 };
 
 Result Run(const Call &call);

@@ -140,6 +140,45 @@ TEST_F(VarkProgram, BadLinesOfAFileDoNotHoldUpGoodOnes)
               Batch());
 }
 
+TEST_F(VarkProgram, ABarOnATerminalMakesWayForRefusalsAndIsGoneAtTheEnd)
+{
+    const fs::path csv = Directory.Path / "buchungen.csv";
+    WriteFile(csv, "Datum;Sollkonto;Habenkonto;Betrag\n"
+                   "15.04.1998;10010;5010;116,00\n"
+                   "31.02.1998;10010;5010;116,00\n");
+    const std::vector<std::string> arguments = {"--config", Books.string(), "buchen",  "--mandant", "1",
+                                                "--stapel", "16",           "--datei", csv.string()};
+    const Result shown = tests::Run({VARK_PROGRAM, arguments, "", {}, true});
+    EXPECT_EQ(1, shown.ExitCode);
+    EXPECT_EQ("1 Buchung in den Stapel geschrieben, 1 abgelehnt.\n", shown.Out);
+    EXPECT_TRUE(shown.Err.starts_with("\rBuchen [")) << shown.Err;
+    EXPECT_TRUE(Contains(shown.Err, "\r\033[KZeile 3: Das Buchungsdatum ist unzulässig!\n")) << shown.Err;
+    const std::string drawn = " %\033[K";
+    const size_t last = shown.Err.rfind(drawn);
+    ASSERT_NE(std::string::npos, last);
+    EXPECT_EQ("\r\033[K", shown.Err.substr(last + drawn.size(), 4)) << "every bar is taken away again";
+
+    const Result piped = tests::Run({VARK_PROGRAM, arguments, "", {}, false});
+    EXPECT_EQ("Zeile 3: Das Buchungsdatum ist unzulässig!\n", piped.Err);
+}
+
+TEST_F(VarkProgram, TheSummaryCountsTheRefusalsOfEachReason)
+{
+    const Result result = BookCsv("Datum;Sollkonto;Habenkonto;Betrag\n"
+                                  "31.02.1998;10010;5010;116,00\n"
+                                  "15.04.1998;99;5010;116,00\n"
+                                  "31.04.1998;10010;5010;116,00\n");
+    EXPECT_EQ("0 Buchungen in den Stapel geschrieben, 3 abgelehnt.\n"
+              "\n"
+              "Anzahl  Grund\n"
+              "──────  ───────────────────────────────────\n"
+              "     2  Das Buchungsdatum ist unzulässig!\n"
+              "     1  Die Sollkontonummer ist unzulässig!\n",
+              result.Out);
+    EXPECT_EQ("",
+              BookCsv("Datum;Sollkonto;Habenkonto;Betrag\n31.02.1998;10010;5010;116,00\n", {"--leise"}).Out);
+}
+
 TEST_F(VarkProgram, RefusedLinesCanBePutRightAndBooked)
 {
     const fs::path rejected = Directory.Path / "abgelehnt.csv";
