@@ -14,34 +14,48 @@ thread_local char lastLine[1024];
 
 } // namespace
 
+namespace {
+
+struct Reason {
+    int Error;
+    const char *German;
+};
+
+constexpr Reason reasons[] = {
+    {ENOSPC, "Auf dem Datenträger ist kein Platz mehr."},
+    {EDQUOT, "Ihr Anteil am Datenträger ist aufgebraucht."},
+    {EFBIG, "Die Datei wird zu groß."},
+    {EACCES, "Dort darf nicht geschrieben werden."},
+    {EPERM, "Dort darf nicht geschrieben werden."},
+    {EROFS, "Der Datenträger ist schreibgeschützt."},
+    {ENOENT, "Das Verzeichnis gibt es nicht."},
+    {ENOTDIR, "Das Verzeichnis gibt es nicht."},
+    {EISDIR, "Das ist ein Verzeichnis."},
+    {EINVAL, "Das ist keine gewöhnliche Datei."},
+    {ENAMETOOLONG, "Der Dateiname ist zu lang."},
+    {ENOMEM, "Der Arbeitsspeicher reicht nicht."},
+    {EIO, "Der Datenträger meldet einen Fehler."},
+};
+
+} // namespace
+
+const char *InGerman(int error)
+{
+    for (const Reason &reason : reasons) {
+        if (reason.Error == error) return reason.German;
+    }
+    return nullptr;
+}
+
 const char *LastComplaintInGerman()
 {
-    struct Reason {
-        int Error;
-        const char *German;
-    };
-    constexpr Reason reasons[] = {
-        {ENOSPC, "Auf dem Datenträger ist kein Platz mehr."},
-        {EDQUOT, "Ihr Anteil am Datenträger ist aufgebraucht."},
-        {EFBIG, "Die Datei wird zu groß."},
-        {EACCES, "Dort darf nicht geschrieben werden."},
-        {EPERM, "Dort darf nicht geschrieben werden."},
-        {EROFS, "Der Datenträger ist schreibgeschützt."},
-        {ENOENT, "Das Verzeichnis gibt es nicht."},
-        {ENOTDIR, "Das Verzeichnis gibt es nicht."},
-        {EISDIR, "Das ist ein Verzeichnis."},
-        {ENAMETOOLONG, "Der Dateiname ist zu lang."},
-        {ENOMEM, "Der Arbeitsspeicher reicht nicht."},
-    };
     const size_t length = std::strlen(lastLine);
     for (const Reason &reason : reasons) {
         const char *english = strerrordesc_np(reason.Error);
         const size_t part = std::strlen(english);
         if (length >= part && std::strcmp(lastLine + length - part, english) == 0) return reason.German;
     }
-    return std::strstr(lastLine, "no kind of file") != nullptr
-               ? "Die Endung sagt nicht, welche Form die Datei haben soll (pdf, csv, html, json, txt)."
-               : lastLine;
+    return "Den Grund nennt die Fehlerausgabe des Programms.";
 }
 
 void Complain(const char *path, const char *format, ...)

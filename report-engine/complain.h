@@ -8,7 +8,10 @@ namespace rs {
 // blanks, since parts of the line come from templates. The errno of the caller survives.
 __attribute__((format(printf, 2, 3))) void Complain(const char *path, const char *format, ...);
 
-// What was last told on this thread, of a file that could not be written, for a person: UTF-8, German.
+// What an errno means, for a person: UTF-8, German. Null for one that no person needs to know apart.
+const char *InGerman(int error);
+
+// The same of what was last told on this thread, of a file that could not be written.
 const char *LastComplaintInGerman();
 
 } // namespace rs

@@ -1,5 +1,7 @@
 #include "report-engine/helper.h"
 
+#include "report-engine/complain.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -85,9 +87,10 @@ void AwaitEnd(pid_t child)
 
 bool RunHelper(const char *name, char *const *arguments, const int *descriptors, int count, char (&said)[256])
 {
+    said[0] = 0;
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        std::snprintf(said, sizeof said, "%s", strerrordesc_np(errno));
+        Complain(name, ": %s", strerrordesc_np(errno));
         return false;
     }
     int all[maxDescriptors];
@@ -99,9 +102,9 @@ bool RunHelper(const char *name, char *const *arguments, const int *descriptors,
     if (error != 0) {
         close(ends[0]);
         if (error == ENOENT) {
-            std::snprintf(said, sizeof said, "%s is missing beside librs.so", name);
+            Complain(name, " is missing beside librs.so");
         } else {
-            std::snprintf(said, sizeof said, "%s: %s", name, strerrordesc_np(error));
+            Complain(name, ": %s", strerrordesc_np(error));
         }
         return false;
     }
@@ -116,7 +119,7 @@ bool RunHelper(const char *name, char *const *arguments, const int *descriptors,
     said[length] = 0;
     close(ends[0]);
     AwaitEnd(child);
-    if (length == 0) std::snprintf(said, sizeof said, "%s ended early", name);
+    if (length == 0) Complain(name, " ended early");
     constexpr size_t ok = 2;
     if (std::strncmp(said, "ok", ok) != 0 || (said[ok] != 0 && said[ok] != '\n')) return false;
     const char *line = said + ok + (said[ok] != 0 ? 1 : 0);

@@ -27,7 +27,7 @@ bool WritePages(int file, const View &view, const char *path)
     const int descriptors[] = {view.Of->Store.File, file};
     char reason[256];
     if (RunHelper("rs-pages", arguments, descriptors, 2, reason)) return true;
-    Complain(path, ": %s", reason);
+    if (reason[0] != 0) Complain(path, ": %s", reason);
     return false;
 }
 

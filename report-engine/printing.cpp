@@ -112,7 +112,9 @@ Printed PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
 {
     const int pages = OpenNamelessFile();
     if (pages < 0) {
-        std::snprintf(reason, sizeof reason, "%s", strerrordesc_np(errno));
+        const char *german = InGerman(errno);
+        std::snprintf(reason, sizeof reason, "%s",
+                      german != nullptr ? german : "Die Seiten können nicht gemacht werden.");
         return Printed::failed;
     }
     Printed printed = Printed::failed;
@@ -126,7 +128,8 @@ Printed PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
         char said[256];
         const bool isTaken = RunHelper("rs-print", arguments, &pages, 1, said);
         if (isTaken) printed = said[0] == 0 ? Printed::done : Printed::waiting;
-        std::snprintf(reason, sizeof reason, "%s", said);
+        std::snprintf(reason, sizeof reason, "%s",
+                      isTaken || said[0] != 0 ? said : "Das Druckprogramm rs-print läuft nicht.");
     } else {
         std::snprintf(reason, sizeof reason, "%.390s", LastComplaintInGerman());
     }

@@ -1,10 +1,12 @@
 // Views with windows, as a host opens them and a person - here a script - uses them.
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -326,6 +328,30 @@ TEST_F(Views, TellWhyAFileCannotBeWritten)
                   "box ok in welche Datei\n"
                   "press 2\n"),
               "");
+}
+
+TEST_F(Views, TellInGermanOfPlacesThatRefuseFilesAndOfFullDisks)
+{
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto save = [&](const std::string &path) {
+        return "press 113\ntext 201 " + path + "\npress 1\nbox ok konnte nicht geschrieben werden\npress 2\n";
+    };
+    // Nobody may make files in /sys.
+    Play(save("/sys/a.csv") + save("~/a.csv") + "close\n");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    const rlimit tiny = {8000, before.rlim_max}; // stands for the full disk
+    setrlimit(RLIMIT_FSIZE, &tiny);
+    RunUntilClosed(view);
+    setrlimit(RLIMIT_FSIZE, &before);
+    const std::string log = Log();
+    EXPECT_TRUE(log.find("Dort darf nicht geschrieben werden.") != std::string::npos ||
+                log.find("Der Datenträger ist schreibgeschützt.") != std::string::npos)
+        << log;
+    EXPECT_NE(log.find("Die Datei wird zu groß."), std::string::npos) << log;
+    EXPECT_NE(access(directory.At("a.csv").c_str(), F_OK), 0);
 }
 
 TEST_F(Views, TellWhyNothingIsPrinted)
