@@ -110,6 +110,22 @@ TEST(AccountPicker, BothLimitsBelongToTheRangeInEitherSorting)
     EXPECT_STREQ("1000", konto);
 }
 
+TEST(AccountPicker, ALineMayBeginAsAnEarlierOneDoes)
+{
+    PickBooks books("press 1003\n"
+                    "select 1000 1\n"
+                    "expect row 1000 BANK\t1300\tPostbank\n"
+                    "expect text 1006 BANK\n"
+                    "press 1\n");
+    books.AddMandant(1);
+    books.Insert(1, TableSako, Sako("1200", "BANK", "Sparkasse"));
+    books.Insert(1, TableSako, Sako("1300", "BANK", "Postbank"));
+    char konto[8];
+    EXPECT_EQ(1, VARK_HoleKonto(nullptr, 1, 1, "", "", konto));
+    EXPECT_EQ("", books.Trouble());
+    EXPECT_STREQ("1300", konto);
+}
+
 TEST(AccountPicker, ClickingTheActiveSortingChangesNothing)
 {
     PickBooks books(R"(

@@ -913,3 +913,33 @@ TEST(StapelDeletion, ASettlementThatComesMeanwhileForbidsIt)
     EXPECT_EQ("", books.Trouble());
     EXPECT_EQ((Size{6, 5, 0, 10}), SizeOf(books));
 }
+
+TEST(StapelDeletion, ASettlementThatIsMetWhileDeletingKeepsEverything)
+{
+    PickBooks books(R"(
+        select 1000 "Mai [B]"
+        press 4
+        press 4
+        box yes Alle Stapelbuchungen im Stapel 'Mai' werden mitgelöscht.
+        box ok Die VARK-DLL kann nicht initialisiert werden!
+        dialog 109
+        press 2
+        press 2
+    )");
+    AddBooks(books);
+    const Size before = SizeOf(books);
+    AttachLibrary();
+    realEngine = EngineEntry;
+    EngineEntry = [](uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                     uint8_t keyLength, int8_t keyNumber) {
+        const int16_t status = realEngine(operation, block, data, length, key, keyLength, keyNumber);
+        // The first reads are those before and behind the question.
+        if (operation == 9 && keyNumber == 1 && ++stapelReads == 3) {
+            static_cast<BatRecord *>(data)->OpAusgleich = 1;
+        }
+        return status;
+    };
+    EXPECT_EQ(0, VARK_HoleStapelNr(nullptr, -1));
+    EXPECT_EQ("", books.Trouble());
+    EXPECT_EQ(before, SizeOf(books));
+}
