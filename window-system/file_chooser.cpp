@@ -198,8 +198,11 @@ void ChooseFromField(HWND dialog, const Choosing &choosing)
 INT_PTR CALLBACK ChooserProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == WM_INITDIALOG) {
-        SetPropA(dialog, choosingProperty, AsPointer<HANDLE>(lParam));
-        Begin(dialog, *AsPointer<const Choosing *>(lParam));
+        if (SetPropA(dialog, choosingProperty, AsPointer<HANDLE>(lParam)) != FALSE) {
+            Begin(dialog, *AsPointer<const Choosing *>(lParam));
+        } else {
+            EndDialog(dialog, IDCANCEL);
+        }
         return TRUE;
     }
     const auto *choosing = static_cast<const Choosing *>(GetPropA(dialog, choosingProperty));

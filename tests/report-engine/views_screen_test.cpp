@@ -185,6 +185,19 @@ TEST_F(ViewOnScreen, SavesByKeysAloneAndAsksBeforeAFileGoes)
     });
 }
 
+TEST_F(ViewOnScreen, SavesInDirectoriesOfAnyLetters)
+{
+    const std::string home = directory.At("Łódź 日本");
+    std::filesystem::create_directory(home);
+    setenv("HOME", home.c_str(), 1);
+    Show([&] {
+        EXPECT_TRUE(OpenChooser());
+        Do("key Return");
+        EXPECT_TRUE(Eventually([&] { return Text(stateText) == "Der Bericht wurde gespeichert."; }));
+    });
+    EXPECT_TRUE(ReadFile(home + "/Summen- und Saldenliste.pdf").starts_with("%PDF"));
+}
+
 TEST_F(ViewOnScreen, LetsThePersonChooseAgainWhereAFileCannotBeWritten)
 {
     Show([&] {

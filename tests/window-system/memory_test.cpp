@@ -92,3 +92,13 @@ TEST_F(Memory, ThatIsRefusedToAMessageRefusesThePosting)
     EXPECT_EQ(CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr),
               nullptr);
 }
+
+TEST_F(Memory, ThatIsRefusedToAChooserOfFilesCancelsIt)
+{
+    const VARKUIFILEKIND kinds[] = {{"Text", ".txt"}, {"Tabelle", ".csv"}};
+    RefuseEach([&kinds] {
+        const auto take = [](HWND, LPCSTR, void *) { return BOOL{TRUE}; };
+        EXPECT_EQ(VarkUiSaveFile(nullptr, "Speichern", "name", kinds, 2, take, nullptr), FALSE);
+        EXPECT_EQ(GetActiveWindow(), nullptr);
+    });
+}
