@@ -69,6 +69,7 @@ struct Item {
     pictures::Picture *Shown = nullptr;
     int32_t ToldWidth = 0, ToldHeight = 0; // of a window that the person may resize
     bool SizeIsComing = false;
+    uint32_t DefaultButton = 0;              // that is marked in a window
     uint32_t LeftWith = 0;                   // what had the keyboard when the window was left last
     bool IsActive = false;                   // in its thread, as the model said last
     bool IsDropped = false;                  // as the model said last

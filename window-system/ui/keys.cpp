@@ -55,9 +55,6 @@ gboolean OnKey(GtkEventControllerKey * /*controller*/, guint symbol, guint /*cod
     if (key == 0) return FALSE;
     Numbers &numbers = numbersOf[top->Thread];
     const bool isSettled = numbers.Sent == numbers.Handled;
-    // GTK lets go of the mark around what has the keyboard after a while, and it is not GTK that moves it
-    // here.
-    gtk_window_set_focus_visible(GTK_WINDOW(top->Placed), TRUE);
     if (isSettled && EditsText(FocusedItem(GTK_WINDOW(top->Placed)), key, state)) return FALSE;
     uint32_t character = gdk_keyval_to_unicode(symbol);
     if (key == returnKey || key == tabKey || key == escapeKey || key == backKey) character = key;

@@ -201,6 +201,12 @@ void MakeControl(Item *item)
     WatchFocus(item->Control, item);
 }
 
+// GTK takes the mark around what has the keyboard away after a while.
+void KeepFocusVisible(GtkWindow *window, GParamSpec * /*property*/, void * /*data*/)
+{
+    if (gtk_window_get_focus_visible(window) == FALSE) gtk_window_set_focus_visible(window, TRUE);
+}
+
 // What kind of box it is, as icons and colours are called; null for a box without an icon.
 const char *KindOfBox(uint32_t boxStyle)
 {
@@ -304,6 +310,7 @@ void MakeTop(Item *item)
     auto *window = GTK_WINDOW(item->Placed);
     gtk_window_set_resizable(window, FALSE);
     gtk_window_set_focus_visible(window, TRUE);
+    g_signal_connect(window, "notify::focus-visible", G_CALLBACK(KeepFocusVisible), nullptr);
     if (isBox) {
         MakeBoxInside(item);
     } else if ((item->Style & thickFrame) != 0) {
@@ -618,6 +625,16 @@ void MoveKeyboard(GtkWindow *window, Item *focus)
     if (focus->What == Kind::ListBox) ShowSelectedRow(focus);
 }
 
+// Marks the button that Return presses. GTK's own default would mark none while a button has the keyboard.
+void ShowDefault(Item *top, const Item *button)
+{
+    constexpr char mark[] = "default";
+    const Item *before = FindItem(top->DefaultButton);
+    if (before != nullptr) gtk_widget_remove_css_class(before->Control, mark);
+    if (button != nullptr) gtk_widget_add_css_class(button->Control, mark);
+    top->DefaultButton = button != nullptr ? button->Handle : 0;
+}
+
 void HearTop(FrameReader &reader)
 {
     Item *top = FindItem(TakeU32(reader));
@@ -639,8 +656,7 @@ void HearTop(FrameReader &reader)
         gtk_window_present(window);
     if (IsChooser(top)) return; // it has a keyboard and buttons of its own
     MoveKeyboard(window, focus);
-    // A button that has the keyboard would stay the default for GTK, so that comes first.
-    gtk_window_set_default_widget(window, button != nullptr ? button->Control : nullptr);
+    ShowDefault(top, button);
 }
 
 void HearFrame(const uint8_t *data, size_t size)
@@ -713,7 +729,9 @@ constexpr char style[] =
     " padding-bottom: 2px; }"
     "button { padding-left: 8px; padding-right: 8px; }"
     "button.icon { min-width: 16px; padding-left: 4px; padding-right: 4px; }"
-    "checkbutton { min-height: 0; padding: 0; }"
+    "checkbutton { min-height: 0; padding: 0; border-radius: 4px; }"
+    "checkbutton:focus:focus-visible { outline: 2px solid alpha(@theme_selected_bg_color, 0.6);"
+    " outline-offset: 1px; }"
     "button.default:not(:disabled) { border-color: @theme_selected_bg_color; }"
     "listview > row { padding: 1px 6px; }"
     "entry > text:not(:focus-within) > selection { background-color: transparent; color: inherit; }"
