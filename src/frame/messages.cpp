@@ -64,7 +64,7 @@ uint32_t ShowBox(int32_t number, const char *text, int32_t partIndex)
 
 UINT BoxStyle(int32_t number)
 {
-    const int32_t group = number > 3000 ? warningGroup : (number - 1000) / 200;
+    const int32_t group = (number - 1000) / 200; // those of the statuses lie behind all groups
     return boxStyles[group >= 0 && group < 6 ? group : warningGroup];
 }
 

@@ -82,7 +82,7 @@ struct EngineCalls : testing::Test {
     // The boxes since the last call of this.
     std::string Boxes()
     {
-        const std::string log = frontEnd.Log().substr(logRead);
+        std::string log = frontEnd.Log().substr(logRead);
         logRead += log.size();
         return log;
     }
