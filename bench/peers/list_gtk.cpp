@@ -26,6 +26,7 @@ std::vector<std::string> SortedLines(const char *path)
 GtkStringList *MakeModel(const std::vector<std::string> &lines)
 {
     std::vector<const char *> texts;
+    texts.reserve(lines.size() + 1);
     for (const std::string &line : lines) {
         texts.push_back(line.c_str());
     }
