@@ -11,8 +11,8 @@ namespace vark {
 // The text of a number, Windows-1252, or null when the number has none.
 const char *MessageText(int32_t number);
 
-// Icon and buttons of the box of a number: information from 1000, warnings from 1400 and of the record manager
-// from 3100, questions from 1800; in the groups between them with Cancel.
+// Icon and buttons of the box of a number: information from 1000, warnings from 1400 and of the record
+// manager from 3100, questions from 1800; in the groups between them with Cancel.
 UINT BoxStyle(int32_t number);
 
 // Shows message `number` in a box over the active window and waits for the answer. `text` fills the "%s" of

@@ -76,7 +76,8 @@ TEST_F(Messages, WarningIsAnsweredWithOneForOk)
 
 TEST_F(Messages, IconAndButtonsFollowTheNumber)
 {
-    // 0x40 information, 0x30 exclamation, 0x20 question; 0 OK, 1 with Cancel, 3 yes, no and Cancel, 4 yes and no.
+    // 0x40 information, 0x30 exclamation, 0x20 question; 0 OK, 1 with Cancel, 3 yes, no and Cancel,
+    // 4 yes and no.
     const struct {
         int32_t First, Last;
         UINT Style;
@@ -197,8 +198,8 @@ TEST_F(Messages, StatusIsShownByItsNumberRange)
 
 TEST_F(Messages, StatusRangesHaveTheirLimits)
 {
-    // 99 would be 3199, 100 is 2300, 1999 is 4199, 2000 is 3220, 2027 is 3247: numbers without a text, but for
-    // the neighbours of these.
+    // 99 would be 3199, 100 is 2300, 1999 is 4199, 2000 is 3220, 2027 is 3247: numbers without a text, but
+    // for the neighbours of these.
     ReportStatus(98, nullptr);
     ReportStatus(1016, nullptr);
     ReportStatus(2007, nullptr);
