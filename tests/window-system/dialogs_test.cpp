@@ -364,6 +364,36 @@ TEST_F(Dialogs, EndWithWhatTheyDoAboutASentMessage)
     }
 }
 
+TEST_F(Dialogs, EndWithAnOwnerOfAnotherThread)
+{
+    std::atomic<HWND> owner{nullptr};
+    std::atomic<bool> goes{false};
+    std::thread host([&] {
+        owner = MakeFromTable(table);
+        goes.wait(false);
+        DestroyWindow(owner);
+    });
+    while (owner == nullptr) {
+        std::this_thread::yield();
+    }
+    const INT_PTR result = RunTable(
+        table,
+        [&](HWND, UINT message, WPARAM, LPARAM) {
+            if (message == WM_INITDIALOG) {
+                pollfd arrives = {VarkUiDescriptor(), POLLIN, 0};
+                MSG ignored = {};
+                PeekMessageA(&ignored, nullptr, 0, 0, PM_NOREMOVE);
+                goes = true;
+                goes.notify_one();
+                EXPECT_EQ(poll(&arrives, 1, -1), 1);
+            }
+            return INT_PTR{message == WM_COMMAND}; // nothing else ends it
+        },
+        owner);
+    host.join();
+    EXPECT_EQ(result, 0);
+}
+
 TEST_F(Dialogs, HandTheEndOfTheProgramOn)
 {
     const INT_PTR result = RunTable(table, [](HWND, UINT message, WPARAM, LPARAM) {

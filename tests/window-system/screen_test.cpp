@@ -249,9 +249,11 @@ TEST_F(Screen, ShowsTheDialogsOfTwoThreadsAtOnce)
     static constexpr varkui::DialogTable first = {901, "Erster Faden", 200, 30, controls, 3, 0};
     static constexpr varkui::DialogTable second = {902, "Zweiter Faden", 200, 30, controls, 3, 0};
     std::string texts[2]; // each is read when its thread has ended
+    std::atomic<HWND> dialogs[2] = {};
     std::atomic<int> answered{0};
     const auto run = [&](int index, const varkui::DialogTable &table) {
         return RunTable(table, [&, index](HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+            dialogs[index] = dialog;
             if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
                 texts[index] = TextOf(dialog, 10);
                 ++answered;
@@ -264,10 +266,13 @@ TEST_F(Screen, ShowsTheDialogsOfTwoThreadsAtOnce)
     std::thread two([&] { EXPECT_EQ(run(1, second), IDOK); });
     ASSERT_TRUE(HasKeyboard("Zweiter Faden"));
     Do("type --delay 5 zwei");
+    EXPECT_TRUE(Eventually([&] { return TextOf(dialogs[1], 10) == "zwei"; }));
     // The other one answers while this one stays open.
     Do("search --name 'Erster Faden' windowactivate");
     ASSERT_TRUE(HasKeyboard("Erster Faden"));
     Do("type --delay 5 eins");
+    EXPECT_TRUE(Eventually([&] { return TextOf(dialogs[0], 10) == "eins"; }));
+    if (HasFailure()) display.End();
     Do("key Return");
     one.join();
     EXPECT_EQ(texts[0], "eins");
