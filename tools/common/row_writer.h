@@ -13,6 +13,9 @@ namespace tools {
 
 enum class Output : uint8_t { Table, Csv, Json };
 
+// The library's form for amounts that go out so: plain for programs, grouped for people.
+constexpr int AmountFormOf(Output as) { return as == Output::Table ? 3 : 2; }
+
 struct RowColumn {
     const char *Heading; // of tables and CSV; where it is empty, CSV takes the name
     const char *Name;    // of JSON

@@ -43,12 +43,10 @@ struct Booking {
 // People get "1.234,50", CSV "1234,50", JSON "1234.50".
 std::string AmountOf(const AmountText &field, Output as)
 {
-    constexpr int plain = 2;
-    constexpr int grouped = 3;
     AmountText amount;
     std::memcpy(amount, field, sizeof amount);
     FormattedAmount text;
-    FormatAmount(as == Output::Table ? grouped : plain, amount, text);
+    FormatAmount(AmountFormOf(as), amount, text);
     std::string shown = text;
     if (as == Output::Json) std::replace(shown.begin(), shown.end(), ',', '.');
     return shown;

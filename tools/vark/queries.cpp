@@ -17,17 +17,11 @@ using namespace tools;
 
 namespace {
 
-// Forms of amounts at the interface.
-enum AmountForm : int { FormPlain = 2, FormGrouped = 3 };
-
 // Outputs hold what the header states for them.
 using KontoOut = char[8];
 using AmountOut = char[17];
 using RateOut = char[8];
 using DateOut = char[11];
-
-// Machines get plain amounts, people grouped ones.
-int FormOf(const QueryOptions &options) { return options.As == Output::Table ? FormGrouped : FormPlain; }
 
 // A number as it stands, or the number of the account that has this Kürzel. `art` is that of the account; 0
 // is replaced by its kind, or by `otherwise` for what is no account: the library then says what is wrong.
@@ -87,7 +81,8 @@ int ShowBalances(const QueryOptions &options)
         int art = kind;
         const std::string number = NumberOf(options.Mandant, konto, art, ArtSachkonto);
         AmountOut amount = {};
-        const int result = VARK_HoleSaldo(options.Mandant, number.c_str(), art, 1, FormOf(options), amount);
+        const int result =
+            VARK_HoleSaldo(options.Mandant, number.c_str(), art, 1, AmountFormOf(options.As), amount);
         if (result < 1) {
             exitCode = Refuse(catcher, result);
             continue;
@@ -129,7 +124,7 @@ int ShowJournal(const QueryOptions &options)
                     {"Steuer", "steuerbetrag", 13, Align::Right},
                     {"Text", "text", 39}},
                    options.As);
-    const int form = FormOf(options);
+    const int form = AmountFormOf(options.As);
     while (result == 1) {
         uint32_t part = 0, sollArt = 0, habenArt = 0;
         DateOut datum = {};
@@ -189,7 +184,7 @@ std::vector<RowColumn> ItemColumns(Output as)
 int PutOpenItems(RowWriter &rows, const QueryOptions &options, int art, const std::string &konto)
 {
     int result = VARK_InitHoleOP(options.Mandant, konto.c_str(), art, 1);
-    const int form = FormOf(options);
+    const int form = AmountFormOf(options.As);
     while (result == 1) {
         KontoOut number = {};
         char referenz1[10] = {}, referenz2[10] = {}, text1[26] = {}, text2[26] = {}, waehrung[5] = {};

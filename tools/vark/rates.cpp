@@ -26,9 +26,6 @@ using vark::KurseRecord;
 
 namespace {
 
-constexpr int formPlain = 2;
-constexpr int formGrouped = 3;
-
 // Controls of the dialog, by their numbers in it.
 constexpr const char *waehrungField = "30119";
 constexpr const char *averageBox = "30126";
@@ -81,7 +78,7 @@ int List(const Rates &rates, const RateOptions &options)
         vark::AmountText kurs;
         std::memcpy(kurs, record.Kurs, sizeof kurs);
         vark::FormattedAmount shown;
-        vark::FormatAmount(options.As == Output::Table ? formGrouped : formPlain, kurs, shown);
+        vark::FormatAmount(AmountFormOf(options.As), kurs, shown);
         rows.PutAmount(shown);
         rows.PutNumber(vark::UnitsOfCode(record.Einheit));
         rows.PutFlag(record.Durchschnitt != 0, "des Monats");
