@@ -74,6 +74,30 @@ bool IsStopped(const cups_dest_t &printer)
     return state == IPP_PSTATE_STOPPED;
 }
 
+const char *PrintOn(const cups_dest_t &printer, const char *title)
+{
+    const int job =
+        cupsCreateJob(CUPS_HTTP_DEFAULT, printer.name, title, printer.num_options, printer.options);
+    if (job == 0) return Because("Der Drucker nimmt keinen Auftrag an.");
+    const char *problem = nullptr;
+    if (cupsStartDocument(CUPS_HTTP_DEFAULT, printer.name, job, title, CUPS_FORMAT_PDF, 1) !=
+        HTTP_STATUS_CONTINUE) {
+        problem = Because("Der Drucker nimmt den Bericht nicht an.");
+    } else {
+        problem = SendFile(printer.name);
+    }
+    // Half a report is not to be printed.
+    if (problem != nullptr) {
+        cupsCancelJob2(CUPS_HTTP_DEFAULT, printer.name, job, 0);
+    } else if (IsStopped(printer)) {
+        std::snprintf(
+            waits, sizeof waits,
+            "ok\nDer Drucker %.100s ist angehalten. Der Bericht wird gedruckt, sobald er weiterläuft.",
+            printer.name);
+    }
+    return problem;
+}
+
 const char *Print(const char *title, const char *wanted)
 {
     cups_dest_t *printer = cupsGetNamedDest(CUPS_HTTP_DEFAULT, wanted, nullptr);
@@ -86,25 +110,8 @@ const char *Print(const char *title, const char *wanted)
         std::snprintf(reason, sizeof reason, "Den Drucker %.100s gibt es nicht.", wanted);
         return reason;
     }
-    const int job =
-        cupsCreateJob(CUPS_HTTP_DEFAULT, printer->name, title, printer->num_options, printer->options);
-    if (job == 0) return Because("Der Drucker nimmt keinen Auftrag an.");
-    const char *problem = nullptr;
-    if (cupsStartDocument(CUPS_HTTP_DEFAULT, printer->name, job, title, CUPS_FORMAT_PDF, 1) !=
-        HTTP_STATUS_CONTINUE) {
-        problem = Because("Der Drucker nimmt den Bericht nicht an.");
-    } else {
-        problem = SendFile(printer->name);
-    }
-    // Half a report is not to be printed.
-    if (problem != nullptr) {
-        cupsCancelJob2(CUPS_HTTP_DEFAULT, printer->name, job, 0);
-    } else if (IsStopped(*printer)) {
-        std::snprintf(
-            waits, sizeof waits,
-            "ok\nDer Drucker %.100s ist angehalten. Der Bericht wird gedruckt, sobald er weiterläuft.",
-            printer->name);
-    }
+    const char *problem = PrintOn(*printer, title);
+    cupsFreeDests(1, printer);
     return problem;
 }
 

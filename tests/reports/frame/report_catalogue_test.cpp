@@ -13,6 +13,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 
 using namespace vark;
 using namespace vark::test;
@@ -302,3 +303,24 @@ TEST_F(ReportSteps, SettingsWithoutMemoryAreRefused)
 }
 
 TEST(ReportSettings, NeedNoBooks) { EXPECT_EQ(1, VARK_InitReports(0, 0, "Titel", nullptr)); }
+
+TEST_F(ReportSteps, SettingsOfAThreadGoWithIt)
+{
+    HWND frame = MakeWindow("Rahmen", WS_POPUP);
+    std::thread([] { VARK_InitReports(0, 0, "Titel", nullptr); }).join(); // what comes once has come
+    const long live = LiveAllocations();
+    std::thread([frame] { EXPECT_EQ(1, VARK_InitReports(0, 0, "Titel", frame)); }).join();
+    EXPECT_EQ(live, LiveAllocations());
+    EXPECT_EQ(nullptr, Context->ReportViewTitle) << "of another thread";
+    DestroyWindow(frame);
+}
+
+TEST_F(ReportSteps, SettingsNeedAContext)
+{
+    std::thread([] {
+        FailAllocation(1);
+        EXPECT_EQ(0, VARK_InitReports(0, 0, "Titel", nullptr));
+        StopAllocationFaults();
+        EXPECT_EQ(1, VARK_InitReports(0, 0, "Titel", nullptr));
+    }).join();
+}
