@@ -177,6 +177,7 @@ TEST_F(ViewOnScreen, SavesByKeysAloneAndAsksBeforeAFileGoes)
         EXPECT_TRUE(Eventually([&] { return Text(stateText) == "Der Bericht wurde gespeichert."; }));
         EXPECT_NE(ReadFile(path).find(";1003;Konto;"), std::string::npos);
         // A name without an ending gets that of the kind that is shown.
+        EXPECT_TRUE(Display::LosesKeyboard("Bericht speichern"));
         EXPECT_TRUE(Display::HasKeyboard("Bericht"));
         EXPECT_TRUE(OpenChooser());
         Name("Stand 31.12");
