@@ -68,7 +68,9 @@ TEST_F(Dialogs, HaveWhatTheirTableSays)
     EXPECT_STREQ(name, "Edit");
     GetClassNameA(GetDlgItem(dialog, listId), name, sizeof name);
     EXPECT_STREQ(name, "ListBox");
-    EXPECT_NE(GetWindowLongA(GetDlgItem(dialog, listId), GWL_STYLE) & static_cast<LONG>(LBS_SORT), 0);
+    const LONG styleOfList = GetWindowLongA(GetDlgItem(dialog, listId), GWL_STYLE);
+    EXPECT_NE(styleOfList & static_cast<LONG>(LBS_SORT), 0);
+    EXPECT_EQ(styleOfList & static_cast<LONG>(LBS_NOINTEGRALHEIGHT), 0) << "a row would be cut off";
     RECT place = {50, 7, 150, 21};
     EXPECT_TRUE(MapDialogRect(dialog, &place));
     RECT real = {};
