@@ -400,7 +400,7 @@ constexpr uint32_t manyRecords = 512;
 bool MoveLeavesOfFiles(Store *store, MDB_txn *writer)
 {
     for (File *file = store->Files; file != nullptr; file = file->Next) {
-        Counters now;
+        Counters now{};
         if (file->Uses == 0 || ReadCounters(store, writer, *file, &now) != BtrStatusOk) continue;
         const uint32_t moved = file->MovedUpTo;
         file->MovedUpTo = now.LastRecord;

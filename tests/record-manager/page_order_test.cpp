@@ -193,7 +193,7 @@ TEST(PageOrder, SomebodyWhoReadsAnOldStateMakesTheBooksGrowByWhatIsWrittenAlone)
     }
     const uint64_t meanwhile = postings.Pages();
     // Nine or ten pages each that cannot be used again before the reader is gone.
-    EXPECT_LE(meanwhile, before + 300 * 11 + 256);
+    EXPECT_LE(meanwhile, before + uint64_t{300} * 11 + 256);
     reader.LetGo();
     for (int i = 601; i <= 1500; ++i) {
         ASSERT_EQ(postings.Post(i), BtrStatusOk);
