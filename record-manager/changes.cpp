@@ -169,7 +169,7 @@ int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t
     const size_t size = EntryKeyOf(definition, key, record, RunningOf(key, number, sequence), entry);
     int16_t status = BtrStatusOk;
     MDB_cursor *cursor = IndexCursor(change, key, &status);
-    if (status == BtrStatusOk) status = Add(cursor, {entry, size}, KeyOfRecord(number));
+    if (status == BtrStatusOk) status = Add(change->Store->Books, cursor, {entry, size}, KeyOfRecord(number));
     if (status == BtrStatusDuplicateKey) return status;
     bool first = true;
     if (status == BtrStatusOk && key.Duplicates) {
@@ -339,8 +339,9 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
     }
 
     uint8_t *place = nullptr;
-    const int16_t status = Reserve(change->Store->Writer, change->In->Of->Trees[recordTree],
-                                   KeyOfRecord(number), StampsSize(definition) + record.Size, true, &place);
+    const int16_t status =
+        Reserve(change->Store->Books, change->Store->Writer, change->In->Of->Trees[recordTree],
+                KeyOfRecord(number), StampsSize(definition) + record.Size, true, &place);
     if (status != BtrStatusOk) {
         change->Damaged = true;
         return status;
@@ -470,8 +471,9 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
         if (status != BtrStatusOk) return status;
     }
     uint8_t *place = nullptr;
-    const int16_t status = Reserve(change->Store->Writer, change->In->Of->Trees[recordTree],
-                                   KeyOfRecord(number), StampsSize(definition) + record.Size, false, &place);
+    const int16_t status =
+        Reserve(change->Store->Books, change->Store->Writer, change->In->Of->Trees[recordTree],
+                KeyOfRecord(number), StampsSize(definition) + record.Size, false, &place);
     if (status != BtrStatusOk) return status;
     memcpy(place, old.Data, StampsSize(definition));
     PutBigEndian(place, sequence, stampSize);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <initializer_list>
 #include <lmdb.h>
 #include <unistd.h>
 
@@ -22,15 +23,21 @@ constexpr size_t pagesOfPosting = 12;
 constexpr size_t nearlyUsedUp = 2 * pagesOfPosting;
 constexpr size_t pagesOfCatalogue = 3;
 
-// Where no run is longer than a posting's pages, order would not come from gathering them.
-constexpr size_t shortRun = 16;
-constexpr uint64_t pause = 16;
+// When there are short runs only, and not many pages either, more are added before those are used up.
+constexpr size_t shortRun = nearlyUsedUp;
+constexpr size_t manyPages = 2 * fewPages;
+
+// Transactions between two looks at least.
+constexpr uint64_t pause = 8;
 // While somebody reads an old state nothing that was freed since can be had.
 constexpr uint64_t longPause = 1024;
 
 // What has more than that was not left by postings.
 constexpr size_t mostPages = 1024;
-constexpr size_t mostLeaves = 128;
+
+// Full leaves lie before the one that grows. More of them than were split since the last time, since a process
+// takes its notes with it when it ends.
+constexpr size_t leavesBefore = 3;
 
 // What is in front of the bytes of a run of pages; it begins with the number of the first.
 constexpr size_t pageHead = 16;
@@ -117,34 +124,55 @@ bool TakeAndGiveBack(MDB_txn *writer, unsigned catalogue, size_t pages, size_t p
     return mdb_del(writer, catalogue, &key, nullptr) == 0;
 }
 
-// Leaves that are full, told by a record in each.
-struct FullLeaves {
-    size_t Count;
-    uint32_t Records[mostLeaves];
-};
-
-// Finds the leaves of the committed tree that hold the records from `first` on, but for the last, which
-// grows.
-void FindFullLeaves(MDB_txn *view, unsigned tree, uint32_t first, size_t pageSize, FullLeaves *leaves)
+// To put an entry where it is moves its leaf. One with pages of its own, or of few to a leaf, stays.
+bool MoveLeaf(MDB_txn *writer, unsigned tree, MDB_val key, size_t pageSize)
 {
     MDB_cursor *cursor = nullptr;
-    MDB_val key;
+    if (mdb_cursor_open(writer, tree, &cursor) != 0) return true;
     MDB_val value;
-    int error = mdb_cursor_open(view, tree, &cursor);
-    if (error == 0) error = mdb_cursor_get(cursor, &key, &value, MDB_LAST);
-    // What is committed lies in the map, page by page.
-    const auto page = [&] { return reinterpret_cast<uintptr_t>(value.mv_data) / pageSize; };
-    uintptr_t known = error == 0 ? page() : 0;
-    const uintptr_t growing = known;
-    key = {sizeof first, &first};
-    if (error == 0) error = mdb_cursor_get(cursor, &key, &value, MDB_SET_RANGE);
-    // A record with pages of its own, or few to a leaf, is no part of this.
-    while (error == 0 && page() != growing && value.mv_size <= pageSize / 4 && leaves->Count < mostLeaves) {
-        if (page() != known) memcpy(&leaves->Records[leaves->Count++], key.mv_data, sizeof first);
-        known = page();
-        error = mdb_cursor_get(cursor, &key, &value, MDB_NEXT);
+    int error = mdb_cursor_get(cursor, &key, &value, MDB_SET);
+    if (error == 0 && value.mv_size <= pageSize / 4) {
+        error = mdb_cursor_put(cursor, &key, &value, MDB_CURRENT);
     }
-    if (cursor != nullptr) mdb_cursor_close(cursor);
+    mdb_cursor_close(cursor);
+    return error == 0;
+}
+
+// Goes from an entry to the first in the next leaf to one side. What is committed lies in the map, page by
+// page.
+bool FindNeighbour(MDB_cursor *cursor, MDB_val entry, MDB_cursor_op step, size_t pageSize, MDB_val *found)
+{
+    const auto page = [&](const MDB_val &key) { return reinterpret_cast<uintptr_t>(key.mv_data) / pageSize; };
+    MDB_val value;
+    *found = entry;
+    int error = mdb_cursor_get(cursor, found, &value, MDB_SET_RANGE);
+    while (error == 0 && page(*found) == page(entry)) {
+        error = mdb_cursor_get(cursor, found, &value, step);
+    }
+    return error == 0;
+}
+
+// Which of the leaves will still grow is not known; that one is moved by its next change anyway.
+bool MoveLeavesAt(MDB_txn *view, MDB_txn *writer, SplitLeaf *split, size_t pageSize)
+{
+    MDB_cursor *cursor = nullptr;
+    if (mdb_cursor_open(view, split->Tree, &cursor) != 0) return true;
+    MDB_val entry{split->Size, split->Key};
+    MDB_val value;
+    int error = mdb_cursor_get(cursor, &entry, &value, MDB_SET_RANGE);
+    if (error == MDB_NOTFOUND) error = mdb_cursor_get(cursor, &entry, &value, MDB_LAST);
+    bool usable = error != 0 || MoveLeaf(writer, split->Tree, entry, pageSize);
+    MDB_val neighbour = entry;
+    bool found = error == 0 && FindNeighbour(cursor, entry, MDB_NEXT, pageSize, &neighbour);
+    if (found && usable) usable = MoveLeaf(writer, split->Tree, neighbour, pageSize);
+    neighbour = entry;
+    for (size_t i = 0; i < leavesBefore && error == 0 && usable; ++i) {
+        found = FindNeighbour(cursor, neighbour, MDB_PREV, pageSize, &neighbour);
+        if (!found) break;
+        usable = MoveLeaf(writer, split->Tree, neighbour, pageSize);
+    }
+    mdb_cursor_close(cursor);
+    return usable;
 }
 
 } // namespace
@@ -169,43 +197,43 @@ bool OrderFreePages(MDB_env *environment, MDB_txn *writer, unsigned catalogue, i
     }
     // Pages are given back unwritten only where the writer finds one freed by an older transaction.
     if (free.Lists == 0) return true;
-    const bool few = free.Count < fewPages && !free.More;
     const size_t longest = LongestRun(&free);
+    const bool few = !free.More && free.Count < (longest < shortRun ? manyPages : fewPages);
     // Changing the catalogue takes the lowest pages, which may be some of the run.
     const size_t run = few ? addedPages : longest - std::min(longest, pagesOfCatalogue);
-    if (run < shortRun) return true;
+    if (run == 0) return true;
     // The transaction's own pages up to the catalogue's leaf may come first.
     if (few && !LengthenFile(fd, info.me_last_pgno + 1 + addedPages + fewPages, shape.ms_psize)) return true;
     bool found = false;
     if (!TakeAndGiveBack(writer, catalogue, run, shape.ms_psize, info.me_last_pgno, &found)) return false;
-    *due = few || found ? now + run / pagesOfPosting : now + longPause;
+    *due = few || found ? now + std::max(run / pagesOfPosting, pause) : now + longPause;
     *ordered = true;
     return true;
 }
 
-bool MoveFullLeaves(MDB_env *environment, MDB_txn *writer, unsigned tree, uint32_t first)
+void NoteSplit(SplitLeaves *splits, unsigned tree, const void *key, size_t size)
 {
-    MDB_txn *view = nullptr;
-    MDB_stat shape;
-    if (mdb_env_stat(environment, &shape) != 0) return true;
-    if (mdb_txn_begin(environment, nullptr, MDB_RDONLY, &view) != 0) return true;
-    FullLeaves leaves{};
-    FindFullLeaves(view, tree, first, shape.ms_psize, &leaves);
-    mdb_txn_abort(view);
-    if (leaves.Count == 0) return true;
+    if (splits->Count == mostSplits || size > sizeof splits->At->Key) return;
+    SplitLeaf &split = splits->At[splits->Count++];
+    split.Tree = tree;
+    split.Size = size;
+    memcpy(split.Key, key, size);
+}
 
-    // To put one of its records where it is moves a leaf.
-    MDB_cursor *cursor = nullptr;
-    if (mdb_cursor_open(writer, tree, &cursor) != 0) return true;
-    int error = 0;
-    for (size_t i = 0; i < leaves.Count && error == 0; ++i) {
-        MDB_val key{sizeof leaves.Records[i], &leaves.Records[i]};
-        MDB_val value;
-        error = mdb_cursor_get(cursor, &key, &value, MDB_SET);
-        if (error == 0) error = mdb_cursor_put(cursor, &key, &value, MDB_CURRENT);
+bool MoveSplitLeaves(MDB_env *environment, MDB_txn *writer, SplitLeaves *splits)
+{
+    const size_t count = splits->Count;
+    splits->Count = 0;
+    MDB_stat shape;
+    MDB_txn *view = nullptr;
+    if (count == 0 || mdb_env_stat(environment, &shape) != 0) return true;
+    if (mdb_txn_begin(environment, nullptr, MDB_RDONLY, &view) != 0) return true;
+    bool usable = true;
+    for (size_t i = 0; i < count && usable; ++i) {
+        usable = MoveLeavesAt(view, writer, &splits->At[i], shape.ms_psize);
     }
-    mdb_cursor_close(cursor);
-    return error == 0;
+    mdb_txn_abort(view);
+    return usable;
 }
 
 } // namespace wbtrv

@@ -6,10 +6,12 @@
 // takes the lowest page first. Three things put that in order, every so many transactions:
 //  1. Lists whose pages are neighbours are made one, as soon as the oldest is nearly used up.
 //  2. Where there is too little that is free, many pages are taken from the end of the file at once.
-//  3. Leaves that have filled up, and will not change again, stay where their last change happened to put
-//  them, and soon every run has such holes. They move to the lowest free pages, where they lie close.
+//  3. A leaf that has filled up, and will not change again, stays where its last change happened to put it,
+//  and soon every run has such holes. Where leaves were split they move to the lowest free pages, where they
+//  lie close.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 struct MDB_env;
@@ -23,8 +25,24 @@ namespace wbtrv {
 bool OrderFreePages(MDB_env *environment, MDB_txn *writer, unsigned catalogue, int fd, uint64_t *due,
                     bool *ordered);
 
-// Moves the full leaves that hold the records from number `first` on, of a tree with record numbers as keys
-// that grows at its end. False: the transaction is of no use any more.
-bool MoveFullLeaves(MDB_env *environment, MDB_txn *writer, unsigned tree, uint32_t first);
+// Where leaves were split since the last time.
+inline constexpr size_t mostSplits = 32;
+inline constexpr size_t splitKeySize = 264;
+struct SplitLeaf {
+    unsigned Tree;
+    size_t Size;
+    alignas(uint32_t) uint8_t Key[splitKeySize];
+};
+struct SplitLeaves {
+    size_t Count;
+    SplitLeaf At[mostSplits];
+};
+
+// Notes that a leaf was split for an entry of this key. More than there is room for are left where they are.
+void NoteSplit(SplitLeaves *splits, unsigned tree, const void *key, size_t size);
+
+// Moves the leaves where splits were noted, with their neighbours, and forgets the notes. False: the
+// transaction is of no use any more.
+bool MoveSplitLeaves(MDB_env *environment, MDB_txn *writer, SplitLeaves *splits);
 
 } // namespace wbtrv

@@ -394,29 +394,13 @@ int16_t BeginWithAllTrees(Store *store, MDB_txn **writer)
     }
 }
 
-// Records that a file has got since its full leaves were moved, from which on they are left where they are.
-constexpr uint32_t manyRecords = 512;
-
-bool MoveLeavesOfFiles(Store *store, MDB_txn *writer)
-{
-    for (File *file = store->Files; file != nullptr; file = file->Next) {
-        Counters now{};
-        if (file->Uses == 0 || ReadCounters(store, writer, *file, &now) != BtrStatusOk) continue;
-        const uint32_t moved = file->MovedUpTo;
-        file->MovedUpTo = now.LastRecord;
-        if (moved == 0 || now.LastRecord - moved > manyRecords || now.LastRecord == moved) continue;
-        if (!MoveFullLeaves(store->Environment, writer, file->Trees[recordTree], moved)) return false;
-    }
-    return true;
-}
-
 // False: the transaction is of no use any more.
 bool OrderPages(Store *store, MDB_txn *writer)
 {
     bool ordered = false;
     return OrderFreePages(store->Environment, writer, store->Catalogue, store->PresenceFd, &store->OrderDue,
                           &ordered) &&
-           (!ordered || MoveLeavesOfFiles(store, writer));
+           (!ordered || MoveSplitLeaves(store->Environment, writer, &store->Splits));
 }
 
 } // namespace
@@ -628,21 +612,38 @@ int16_t Get(MDB_txn *view, unsigned tree, Bytes key, Bytes *value)
     return BtrStatusOk;
 }
 
-int16_t Reserve(MDB_txn *writer, unsigned tree, Bytes key, size_t size, bool append, uint8_t **place)
+namespace {
+
+size_t LeavesOf(MDB_txn *writer, unsigned tree)
+{
+    MDB_stat shape;
+    return mdb_stat(writer, tree, &shape) == 0 ? shape.ms_leaf_pages : 0;
+}
+
+} // namespace
+
+int16_t Reserve(Store *store, MDB_txn *writer, unsigned tree, Bytes key, size_t size, bool append,
+                uint8_t **place)
 {
     MDB_val where = ToVal(key);
     MDB_val value{size, nullptr};
+    const size_t leaves = LeavesOf(writer, tree);
     const int error = mdb_put(writer, tree, &where, &value, MDB_RESERVE | (append ? MDB_APPEND : 0u));
     if (error != 0) return StatusOf(error);
+    if (LeavesOf(writer, tree) > leaves) NoteSplit(&store->Splits, tree, key.Data, key.Size);
     *place = static_cast<uint8_t *>(value.mv_data);
     return BtrStatusOk;
 }
 
-int16_t Add(MDB_cursor *cursor, Bytes key, Bytes value)
+int16_t Add(Store *store, MDB_cursor *cursor, Bytes key, Bytes value)
 {
     MDB_val newKey = ToVal(key);
     MDB_val newValue = ToVal(value);
+    MDB_txn *writer = mdb_cursor_txn(cursor);
+    const MDB_dbi tree = mdb_cursor_dbi(cursor);
+    const size_t leaves = LeavesOf(writer, tree);
     const int error = mdb_cursor_put(cursor, &newKey, &newValue, MDB_NOOVERWRITE);
+    if (error == 0 && LeavesOf(writer, tree) > leaves) NoteSplit(&store->Splits, tree, key.Data, key.Size);
     return StatusOf(error, MDB_KEYEXIST, BtrStatusDuplicateKey);
 }
 

@@ -6,6 +6,7 @@
 
 #include "record-manager/definition.h"
 #include "record-manager/gate.h"
+#include "record-manager/page_order.h"
 
 #include <atomic>
 #include <cstddef>
@@ -32,8 +33,8 @@ struct Counters {
     uint32_t UniqueValues[BtrMaxKeys];
 };
 
-// A file that is or was open in this process. `Uses`, `MovedUpTo` and the list are guarded by the store's
-// mutex, the rest does not change.
+// A file that is or was open in this process. `Uses` and the list are guarded by the store's mutex, the rest
+// does not change.
 struct File {
     File *Next;
     uint32_t Number;
@@ -68,7 +69,8 @@ struct Store {
     // Guarded by the gate.
     uint32_t KnownFile; // the trees of files up to this number are open
     uint64_t OrderDue;  // number of the transaction that is to look after the order of pages
-    bool TreesDropped;  // by the write transaction under way
+    SplitLeaves Splits;
+    bool TreesDropped; // by the write transaction under way
     int64_t LastReaderCheck_s;
 };
 
@@ -158,10 +160,11 @@ int16_t Get(MDB_txn *view, unsigned tree, Bytes key, Bytes *value);
 
 // Writes an entry of `size` bytes, whose place to be filled is given back. `append`: the key lies behind all
 // others.
-int16_t Reserve(MDB_txn *writer, unsigned tree, Bytes key, size_t size, bool append, uint8_t **place);
+int16_t Reserve(Store *store, MDB_txn *writer, unsigned tree, Bytes key, size_t size, bool append,
+                uint8_t **place);
 
 // Adds an entry; 5 when the key exists, and nothing is changed. The cursor then stands on it.
-int16_t Add(MDB_cursor *cursor, Bytes key, Bytes value);
+int16_t Add(Store *store, MDB_cursor *cursor, Bytes key, Bytes value);
 
 // Returns 0, 4 none, or a failure.
 int16_t Remove(MDB_txn *writer, unsigned tree, Bytes key);
