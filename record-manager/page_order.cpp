@@ -35,8 +35,8 @@ constexpr uint64_t longPause = 1024;
 // What has more than that was not left by postings.
 constexpr size_t mostPages = 1024;
 
-// Full leaves lie before the one that grows. More of them than were split since the last time, since a process
-// takes its notes with it when it ends.
+// Full leaves lie before the one that grows. More of them than were split since the last time, since a
+// process takes its notes with it when it ends.
 constexpr size_t leavesBefore = 3;
 
 // What is in front of the bytes of a run of pages; it begins with the number of the first.
