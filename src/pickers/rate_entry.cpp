@@ -10,7 +10,6 @@
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
-#include <charconv>
 #include <cstring>
 #include <iterator>
 
@@ -60,22 +59,6 @@ struct RateDialog {
     WaehrungText Provisional; // typed, entered into the list of currencies and without a rate so far
 };
 
-// A row stands for its date: a row's text has no century.
-int32_t NumberOfDate(const SortDate &date)
-{
-    int32_t number = 0;
-    std::from_chars(date, date + sizeof date - 1, number);
-    return number;
-}
-
-void DateOfNumber(int32_t number, SortDate &date)
-{
-    for (size_t i = sizeof date - 1; i-- > 0; number /= 10) {
-        date[i] = static_cast<char>('0' + number % 10);
-    }
-    date[sizeof date - 1] = 0;
-}
-
 LRESULT SendText(HWND dialog, int id, UINT message, WPARAM wParam, const char *text)
 {
     return SendDlgItemMessageA(dialog, id, message, wParam, reinterpret_cast<LPARAM>(text));
@@ -113,7 +96,7 @@ bool AddRate(HWND dialog, const RateDialog &state, const KurseRecord &record)
 {
     RateRow row;
     FormatRateRow(record, row, state.Context.FirstFiscalMonth);
-    if (AddLine(dialog, rateList, row, NumberOfDate(record.Datum))) return true;
+    if (SendText(dialog, rateList, LB_ADDSTRING, 0, row) >= 0) return true;
     ShowMessage(1400, 0, nullptr, -1);
     return false;
 }
@@ -298,11 +281,19 @@ void EnterRate(HWND dialog, RateDialog &state)
 
 // ---- Deletion ----
 
-bool DeleteFromBooks(ThreadContext &context, const KeyBuffer &key)
+// Deletes the rate that a row shows. The row's date is read as a person's would be, so a rate of the year 00
+// is not found.
+bool DeleteFromBooks(const RateDialog &state, RateRow &row)
 {
+    row[strcspn(row, "\t")] = 0;
+    if (ParseDateText(state.Context, row, sizeof row, false) != DateGood) return false;
+    PackedDate date;
+    CopyText(date, row);
+    ToSortDate(date);
     KurseRecord record;
     bool found = false;
-    return GetEqual(context, &record, key, found, TableKurse) && found && Delete(context, TableKurse);
+    return GetEqual(state.Context, &record, KeyOfRate(state.Shown, date), found, TableKurse) && found &&
+           Delete(state.Context, TableKurse);
 }
 
 void DeleteRate(HWND dialog, RateDialog &state)
@@ -312,9 +303,9 @@ void DeleteRate(HWND dialog, RateDialog &state)
         ShowMessage(1454, rateList, nullptr, -1);
         return;
     }
-    SortDate date;
-    DateOfNumber(NumberOfLine(dialog, rateList, line), date);
-    if (!DeleteFromBooks(state.Context, KeyOfRate(state.Shown, date))) {
+    RateRow row = {};
+    SendText(dialog, rateList, LB_GETTEXT, static_cast<WPARAM>(line), row);
+    if (!DeleteFromBooks(state, row)) {
         ShowMessage(1455, 0, nullptr, -1);
         return;
     }

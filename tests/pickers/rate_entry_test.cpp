@@ -433,19 +433,20 @@ TEST(RateDialog, DeletesTheSelectedRate)
         RatesOf(books));
 }
 
-TEST(RateDialog, DeletesRatesOfTheYear2000)
+TEST(RateDialog, CannotDeleteRatesOfTheYear2000WhoseRowsShowNoYearThatCanBeRead)
 {
     PickBooks books("text 30119 USD\n"
                     "expect row 30122 " +
                     Row("29.02.00", "", "2,05", "1") +
                     "\n"
                     "press 30121\n"
-                    "expect rows 30122 2\n"
+                    "box ok Der Kurs kann nicht gelöscht werden.\n"
+                    "expect rows 30122 3\n"
                     "press 2\n");
     AddRates(books);
     books.Insert(1, TableKurse, MakeKurs("USD", "200229", "000000002,05", 1));
     RunDialogAlone(books);
-    EXPECT_EQ(6u, books.Count(1, TableKurse));
+    EXPECT_EQ(7u, books.Count(1, TableKurse));
 }
 
 TEST(RateDialog, ARateThatCannotBeDeletedIsSaid)
