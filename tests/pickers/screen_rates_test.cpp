@@ -123,7 +123,7 @@ TEST_F(RatesOnScreen, AreEnteredAndDeletedByMouse)
 {
     AddRates(books);
     Open([this] {
-        const HWND dialog = Topmost();
+        HWND dialog = Topmost();
         const auto isAverage = [dialog] { return IsDlgButtonChecked(dialog, average) == BST_CHECKED; };
         ASSERT_TRUE(Display::ClickUntil(isAverage, dialog, average, 8, 8));
         ASSERT_TRUE(TypeInto(dialog, waehrung, "FRF"));
@@ -173,7 +173,7 @@ TEST_F(RatesOnScreen, MissingAreAskedForAgainUntilDeclined)
                   Display::Do("key alt+j");
                   ASSERT_TRUE(Display::HasKeyboard(title));
                   ASSERT_TRUE(Comes(waehrung, "SEK"));
-                  const HWND dialog = Topmost();
+                  HWND dialog = Topmost();
                   ASSERT_TRUE(Display::ClickUntil([dialog] { return IsWindow(dialog) == FALSE; }, dialog,
                                                   IDCANCEL, 20, 14));
                   ASSERT_TRUE(Display::HasKeyboard("MERIDA"));

@@ -184,8 +184,8 @@ TEST_F(Scripted, FailsOnAFileThatCannotBeRead)
 
 TEST(Cursor, IsGivenBackWhenItIsReplaced)
 {
-    const HCURSOR arrow = LoadCursorA(nullptr, IDC_ARROW);
-    const HCURSOR wait = LoadCursorA(nullptr, IDC_WAIT);
+    HCURSOR arrow = LoadCursorA(nullptr, IDC_ARROW);
+    HCURSOR wait = LoadCursorA(nullptr, IDC_WAIT);
     EXPECT_NE(arrow, nullptr);
     EXPECT_NE(arrow, wait);
     EXPECT_EQ(SetCursor(nullptr), arrow);

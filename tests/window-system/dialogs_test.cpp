@@ -622,9 +622,11 @@ TEST_F(Dialogs, LendTheirTabKeyToWindowsThatAreNone)
 // Boxes and dialogs on several threads at once, each answered on its own thread.
 TEST_F(Dialogs, RunOnSeveralThreadsAtOnce)
 {
+    constexpr int threadCount = 6;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     std::atomic<int> cancelled{0};
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < threadCount; ++i) {
         threads.emplace_back([&cancelled] {
             for (int round = 0; round < 20; ++round) {
                 if (RunTable(table) == IDCANCEL) ++cancelled;

@@ -290,6 +290,7 @@ void RunThreads(int threadCount, unsigned seed)
     wild.lpszClassName = "Wild";
     RegisterClassA(&wild);
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(threadCount));
     for (int i = 0; i < threadCount; ++i) {
         threads.emplace_back([i, seed] {
             random.seed(seed + static_cast<unsigned>(i));

@@ -307,6 +307,7 @@ TEST_F(Scripts, ServeOneThreadAfterTheOther)
     frontEnd.UseScript(script);
     std::atomic<int> answered{0};
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int i = 0; i < threadCount; ++i) {
         threads.emplace_back([&answered] {
             if (RunTable(table, [](HWND, UINT, WPARAM, LPARAM) { return INT_PTR{0}; }) == IDOK) ++answered;
