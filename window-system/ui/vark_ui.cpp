@@ -458,8 +458,8 @@ void ShowTop(Item *item)
     const bool shown = (item->Flags & flagShown) != 0;
     // A chooser comes with the name that it suggests, so once its controls are known.
     if (shown && !gtk_widget_get_visible(item->Placed) && !IsChooser(item)) {
-        // A new window is given the keyboard without being asked for it. A request would reach the window manager
-        // after the window, and take the keyboard back from where the person may have gone meanwhile.
+        // A new window is given the keyboard without being asked for it. A request would reach the window
+        // manager after the window, and take the keyboard back from where the person may have gone meanwhile.
         gtk_widget_set_visible(item->Placed, TRUE);
         item->IsActive = true;
     }
