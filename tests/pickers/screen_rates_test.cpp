@@ -39,8 +39,8 @@ struct RatesOnScreen : OnScreen {
     // Types into the control that has the keyboard, over what is selected there.
     static void Type(const std::string &text) { Display::Do("type --delay 5 '" + text + "'"); }
 
-    // Clicks into a field and types over what is there, until that has come: a click moves the keyboard in its
-    // own time.
+    // Clicks into a field and types over what is there, until that has come: a click moves the keyboard
+    // in its own time.
     static bool TypeInto(HWND dialog, int id, const std::string &text)
     {
         constexpr std::chrono::seconds afterTyping(2);
