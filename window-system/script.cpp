@@ -47,6 +47,7 @@ __attribute__((format(printf, 2, 3))) void Fail(Step &step, const char *format, 
 {
     va_list arguments;
     va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it was started one line above
     vsnprintf(step.Failure, sizeof step.Failure, format, arguments);
     va_end(arguments);
     step.Failed = true;
