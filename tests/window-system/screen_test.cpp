@@ -63,7 +63,7 @@ struct Screen : testing::Test {
 
 TEST_F(Screen, TakesTextAndKeys)
 {
-    const INT_PTR result = RunDemo([this](HWND dialog) {
+    const INT_PTR result = RunDemo([](HWND dialog) {
         ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
         Do("key alt+n");
         Do("type --delay 20 Strom");
@@ -82,7 +82,7 @@ TEST_F(Screen, TakesTextAndKeys)
 
 TEST_F(Screen, TakesTheMouse)
 {
-    const INT_PTR result = RunDemo([this](HWND dialog) {
+    const INT_PTR result = RunDemo([](HWND dialog) {
         ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
         const auto click = [dialog](int id, int down) { Display::Click(dialog, id, 20, down); };
         const auto row = [dialog] { return SendDlgItemMessageA(dialog, 60, LB_GETCURSEL, 0, 0); };
@@ -101,7 +101,7 @@ TEST_F(Screen, PutsABoxBeforeItsDialog)
 {
     std::atomic<int> answer{0};
     const INT_PTR result = RunDemo(
-        [this, &answer](HWND) {
+        [&answer](HWND) {
             ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
             Do("key alt+r");
             ASSERT_TRUE(HasKeyboard("MERIDA"));
@@ -312,7 +312,7 @@ TEST_F(Screen, ABoxOnOneThreadLeavesAnotherAlone)
 TEST_F(Screen, TakesKeysThatAreTypedAheadWhereTheKeyboardMoves)
 {
     const INT_PTR result = RunDemo(
-        [this](HWND dialog) {
+        [](HWND dialog) {
             ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
             Do("key --delay 0 alt+n S t r o m Tab 4 2 Tab space Return");
             static_cast<void>(dialog);
@@ -330,7 +330,7 @@ TEST_F(Screen, TakesKeysThatAreTypedAheadWhereTheKeyboardMoves)
 
 TEST_F(Screen, TellsWhereTheCaretIs)
 {
-    const INT_PTR result = RunDemo([this](HWND dialog) {
+    const INT_PTR result = RunDemo([](HWND dialog) {
         ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
         const auto selection = [dialog] { return SendDlgItemMessageA(dialog, 10, EM_GETSEL, 0, 0); };
         Do("key alt+n Home Right");
@@ -389,7 +389,7 @@ TEST_F(Screen, TakesTextsOfManyLines)
 
 TEST_F(Screen, OpensTheListOfAComboBox)
 {
-    const INT_PTR result = RunDemo([this](HWND dialog) {
+    const INT_PTR result = RunDemo([](HWND dialog) {
         ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
         const auto isOpen = [dialog] {
             return SendDlgItemMessageA(dialog, 41, CB_GETDROPPEDSTATE, 0, 0) != 0;
