@@ -496,7 +496,7 @@ TEST_F(MoveBooks, WhatIsAskedForMustBeThere)
     refused(2, {"sichern", books, At("x"), "--tabelle", "kasse"}, "Eine Tabelle kasse gibt es nicht.");
     refused(2, {"sichern", books, At("x"), "--tabelle", "sako", "--jahr", "2001"},
             "Das Jahr 2001 des Mandanten 1");
-    refused(2, {"sichern", books, At("x"), "--jahr", "1998"}, "passen nicht zusammen");
+    refused(2, {"sichern", books, At("x"), "--jahr", "1998"}, "Die Angabe --jahr gibt es nur mit --tabelle.");
     refused(3, {"sichern", books, At("nein/x"), "--tabelle", "sako"}, "das gibt es nicht");
     refused(3, {"laden", At("nein"), books, "--tabelle", "bank", "--mandant", "1"}, "das gibt es nicht");
     refused(3, {"laden", books, books, "--tabelle", "bank", "--mandant", "1"}, "das ist ein Verzeichnis");
@@ -505,7 +505,7 @@ TEST_F(MoveBooks, WhatIsAskedForMustBeThere)
     refused(3, {"laden", books, At("n")}, "es fehlt fista.seq");
     refused(2, {"laden", At("x"), books, "--mandant", "0"}, "„0“ ist keine Zahl von 1 bis 32767");
     refused(2, {"laden", At("x"), books, "--hoechstens", "x"}, "„x“ ist keine Zahl ab 0");
-    refused(2, {"laden", At("x"), books, "--anfuegen"}, "passen nicht zusammen");
+    refused(2, {"laden", At("x"), books, "--anfuegen"}, "Die Angabe --anfuegen gibt es nur mit --tabelle.");
     refused(3, {"kopie", At("nein"), At("x")}, "ist kein Verzeichnis");
     refused(3, {"kopie", books, books}, "auf sich selbst");
     refused(3, {"kopie", books, At(".")}, "enthält anderes als Bücher");
