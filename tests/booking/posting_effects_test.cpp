@@ -14,7 +14,6 @@ using namespace vark::test;
 namespace {
 
 constexpr uint16_t operationInsert = 2;
-constexpr uint16_t operationGetEqual = 5;
 constexpr uint16_t operationGetNext = 6;
 
 struct Effects : ::testing::Test {
