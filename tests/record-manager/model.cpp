@@ -8,8 +8,7 @@ namespace {
 
 int64_t SignedOf(const char *bytes, size_t length)
 {
-    int64_t value = static_cast<signed char>(
-        bytes[length - 1]); // NOLINT(bugprone-signed-char-misuse): it carries the sign
+    int64_t value = static_cast<signed char>(bytes[length - 1]);
     for (size_t i = length - 1; i-- > 0;) {
         value = value * 256 + static_cast<unsigned char>(bytes[i]);
     }
@@ -447,7 +446,7 @@ Answer Model::ReadKeyed(size_t client, const Request &request, unsigned operatio
 {
     ModelHandle &handle = Clients[client].Handles[request.Block];
     const ModelLayout &layout = Layouts[handle.File];
-    const signed char number = request.KeyNumber;
+    const int number = request.KeyNumber;
     if (number < 0 || static_cast<size_t>(number) >= layout.Keys.size()) {
         return Unchanged(request, BtrStatusBadKeyNumber);
     }
@@ -541,7 +540,7 @@ Answer Model::ReadDirect(size_t client, const Request &request, unsigned bias)
 {
     ModelHandle &handle = Clients[client].Handles[request.Block];
     const ModelLayout &layout = Layouts[handle.File];
-    const signed char number = request.KeyNumber;
+    const int number = request.KeyNumber;
     if (number != -1) {
         if (number < 0 || static_cast<size_t>(number) >= layout.Keys.size()) {
             return Unchanged(request, BtrStatusBadKeyNumber);
@@ -603,7 +602,7 @@ Answer Model::Insert(size_t client, const Request &request, unsigned bias)
     ModelHandle &handle = who.Handles[request.Block];
     const std::string path = handle.File;
     const ModelLayout &layout = Layouts[path];
-    const signed char number = request.KeyNumber;
+    const int number = request.KeyNumber;
     if (number != -1) {
         if (number < 0 || static_cast<size_t>(number) >= layout.Keys.size())
             return Unchanged(request, BtrStatusBadKeyNumber);
@@ -667,7 +666,7 @@ Answer Model::Update(size_t client, const Request &request)
     ModelHandle &handle = who.Handles[request.Block];
     const std::string path = handle.File;
     const ModelLayout &layout = Layouts[path];
-    const signed char number = request.KeyNumber;
+    const int number = request.KeyNumber;
     if (number != -1) {
         if (number < 0 || static_cast<size_t>(number) >= layout.Keys.size())
             return Unchanged(request, BtrStatusBadKeyNumber);
