@@ -2,12 +2,11 @@
 //
 // What holds between calls:
 //  1. A client store's Snapshot is reset: no call leaves one open.
-//  2. Writer is set only inside a transaction that has changed something, or while loading; the gate is then
-//  held.
+//  2. Writer is set only inside a transaction that has changed something, or while loading; the gate is
+//     then held.
 //  3. A client file is Touched only while Writer is set; its Counters are then newer than the stored ones.
 //  4. Every lock in a position block's list, and every one in Implicit, is counted once in Held of its file;
-//  a
-//     counted record is locked in the lock description, or lies in the range of a Whole file.
+//     a counted record is locked in the lock description, or lies in the range of a Whole file.
 //  5. WriteCursors of a file are set only while Writer of its store is, and Cursors tells that some are.
 #pragma once
 
