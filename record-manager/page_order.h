@@ -7,8 +7,8 @@
 //  1. Lists whose pages are neighbours are made one, as soon as the oldest is nearly used up.
 //  2. Where there is too little that is free, many pages are taken from the end of the file at once.
 //  3. A leaf that has filled up, and will not change again, stays where its last change happened to put it,
-//     and soon every run has such holes. Where leaves were split they move to the lowest free pages, where they
-//     lie close.
+//     and soon every run has such holes. Where leaves were split they move to the lowest free pages,
+//     where they lie close.
 #pragma once
 
 #include <cstddef>
