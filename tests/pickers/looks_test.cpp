@@ -1,10 +1,6 @@
 // What the pick dialogs are made of: titles, labels with their mnemonics, tab stops.
-#include "src/frame/lifecycle.h"
-#include "src/frame/mandant.h"
-#include "src/frame/record_store.h"
-#include "src/pickers/rate_entry.h"
 #include "src/platform/window_api.h"
-#include "tests/pickers/pick_books.h"
+#include "tests/pickers/rate_books.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -50,11 +46,7 @@ TEST(Looks, RatesHaveTheirTabStops)
 {
     PickBooks books("press 2\n");
     books.AddMandant(1);
-    ThreadContext *context = nullptr;
-    FistaRecord fista;
-    ASSERT_EQ(1, EnterExport(context));
-    ASSERT_EQ(1, SelectMandant(*context, 1, fista));
-    RunRateDialog(*context, nullptr);
+    RunRateDialog(Bound(), nullptr);
     EXPECT_EQ("", books.Trouble());
     EXPECT_EQ(Lines{"30122: 28 31 45"}, tabStops);
 }
@@ -100,11 +92,7 @@ TEST(Looks, RateDialogIsLabelled)
         press 2
     )");
     books.AddMandant(1);
-    ThreadContext *context = nullptr;
-    FistaRecord fista;
-    ASSERT_EQ(1, EnterExport(context));
-    ASSERT_EQ(1, SelectMandant(*context, 1, fista));
-    RunRateDialog(*context, nullptr);
+    RunRateDialog(Bound(), nullptr);
     EXPECT_EQ("", books.Trouble());
 }
 

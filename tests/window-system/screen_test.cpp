@@ -407,18 +407,24 @@ TEST_F(Screen, OpensTheListOfAComboBox)
 
 // ---- Without a screen ----
 
+// The box of a window system in a directory of its own, whose vark-ui is the one that lies there; null when
+// it could not be loaded.
+using Box = int (*)(HWND, LPCSTR, LPCSTR, UINT);
+Box BoxOfACopyIn(const std::filesystem::path &directory)
+{
+    const std::filesystem::path copy = directory / "libvarkui.so";
+    std::filesystem::copy_file(VARKUI_LIBRARY, copy);
+    setenv("VARK_UI", "gtk", 1);
+    void *library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+    return library != nullptr ? reinterpret_cast<Box>(dlsym(library, "MessageBoxA")) : nullptr;
+}
+
 // The window system where no vark-ui lies beside it.
 TEST(WithoutScreen, AMissingProgramLeavesEverythingToNobodyAndSaysSo)
 {
     const FrontEndSetup frontEnd;
-    const std::filesystem::path copy = frontEnd.Directory / "libvarkui.so";
-    std::filesystem::copy_file(VARKUI_LIBRARY, copy);
-    setenv("VARK_UI", "gtk", 1);
-    void *library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
-    using Box = int (*)(HWND, LPCSTR, LPCSTR, UINT);
-    const auto box = reinterpret_cast<Box>(dlsym(library, "MessageBoxA"));
-    ASSERT_NE(box, nullptr);
+    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    ASSERT_NE(box, nullptr) << dlerror();
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_YESNO), IDNO);
     const std::string said = testing::internal::GetCapturedStderr();
@@ -430,16 +436,10 @@ TEST(WithoutScreen, AMissingProgramLeavesEverythingToNobodyAndSaysSo)
 TEST(WithoutScreen, AProgramThatCannotStartLeavesEverythingToNobodyAndSaysSo)
 {
     const FrontEndSetup frontEnd;
-    const std::filesystem::path copy = frontEnd.Directory / "libvarkui.so";
-    std::filesystem::copy_file(VARKUI_LIBRARY, copy);
     std::ofstream(frontEnd.Directory / "vark-ui") << "#!/bin/sh\nexit 127\n";
     std::filesystem::permissions(frontEnd.Directory / "vark-ui", std::filesystem::perms::owner_all);
-    setenv("VARK_UI", "gtk", 1);
-    void *library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
-    using Box = int (*)(HWND, LPCSTR, LPCSTR, UINT);
-    const auto box = reinterpret_cast<Box>(dlsym(library, "MessageBoxA"));
-    ASSERT_NE(box, nullptr);
+    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    ASSERT_NE(box, nullptr) << dlerror();
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
     const std::string said = testing::internal::GetCapturedStderr();
