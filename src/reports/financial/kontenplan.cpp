@@ -19,9 +19,6 @@ using namespace text;
 
 namespace {
 
-constexpr ReportDialog dialog = {
-    110, "Kontenplan", 3007, 0, false, KontoartSachkonto | KontoartKreditor | KontoartDebitor, false};
-
 using GroupLabel = char[30];
 using GroupTitle = char[26];
 
@@ -370,10 +367,19 @@ bool SendRecords(ReportRun &run)
     return table == TableSako ? SendSachkonten(plan) : SendPekos(plan, table);
 }
 
-ReportRow RowOf(const ReportChoice &choice)
+ReportRow RowOf(const ReportRun &run)
 {
-    return choice.Range.KontoArt == KontoartSachkonto ? ReportKontenplanSako : ReportKontenplanPeko;
+    return run.Choice.Range.KontoArt == KontoartSachkonto ? ReportKontenplanSako : ReportKontenplanPeko;
 }
+
+constexpr ReportKind kontenplan = {
+    .Dialog = {.Id = 110,
+               .Title = "Kontenplan",
+               .HelpContext = 3007,
+               .Kontoarten = KontoartSachkonto | KontoartKreditor | KontoartDebitor},
+    .RowOf = RowOf,
+    .Send = SendRecords,
+};
 
 } // namespace
 
@@ -381,5 +387,5 @@ ReportRow RowOf(const ReportChoice &choice)
 
 VarkWindow VARK_CALL VARK_Kontenplan(int32_t mandant, VarkWindow parent, ReportParams *params)
 {
-    return vark::RunReport(vark::RowOf, vark::dialog, vark::SendRecords, mandant, parent, params);
+    return vark::RunReport(vark::kontenplan, mandant, parent, params);
 }

@@ -16,11 +16,6 @@ using text::CopyText;
 
 namespace {
 
-constexpr ReportDialog dialog = {111,  "Summen- und Saldenliste",
-                                 3008, PeriodDayExact,
-                                 true, KontoartSachkonto | KontoartKreditor | KontoartDebitor,
-                                 false};
-
 #pragma pack(push, 1)
 
 struct SaldenHeader {
@@ -136,7 +131,16 @@ bool SendRecords(ReportRun &run)
     return isGood;
 }
 
-ReportRow RowOf(const ReportChoice &) { return ReportSummenSalden; }
+constexpr ReportKind summenSaldenListe = {
+    .Dialog = {.Id = 111,
+               .Title = "Summen- und Saldenliste",
+               .HelpContext = 3008,
+               .PeriodOptions = PeriodDayExact,
+               .PerOnly = true,
+               .Kontoarten = KontoartSachkonto | KontoartKreditor | KontoartDebitor},
+    .RowOf = [](const ReportRun &) { return ReportSummenSalden; },
+    .Send = SendRecords,
+};
 
 } // namespace
 
@@ -144,5 +148,5 @@ ReportRow RowOf(const ReportChoice &) { return ReportSummenSalden; }
 
 VarkWindow VARK_CALL VARK_SummenSaldenListe(int32_t mandant, VarkWindow parent, ReportParams *params)
 {
-    return vark::RunReport(vark::RowOf, vark::dialog, vark::SendRecords, mandant, parent, params);
+    return vark::RunReport(vark::summenSaldenListe, mandant, parent, params);
 }

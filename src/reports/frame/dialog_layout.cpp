@@ -64,21 +64,9 @@ void AddEdit(DialogBuilder &builder, int id, int x, int y, int width)
 
 void MoveOn(DialogBuilder &builder, int y) { builder.Y = static_cast<int16_t>(y); }
 
-// A group box is the first control of its group, and as high as what came into it.
-DialogControl &BeginGroup(DialogBuilder &builder, const char *title)
-{
-    return Add(builder, DialogControlKind::Group, -1, title, builder.Left, builder.Y, groupWidth, 0);
-}
-
-void EndGroup(DialogBuilder &builder, DialogControl &frame, int y)
-{
-    frame.Height = static_cast<int16_t>(y + 4 - builder.Y);
-    MoveOn(builder, y + 4 + gap);
-}
-
 // The controls of a period from `y` on; returns where they end. Months stand in three columns, quarters
 // beside them, the year and free dates below.
-int AddPeriodControls(DialogBuilder &builder, uint32_t options, bool perOnly, int y)
+int AddPeriodControls(DialogBuilder &builder, uint32_t options, bool perOnly, const DialogWords &words, int y)
 {
     const int left = builder.Left + 8;
     bool isFirst = true;
@@ -99,10 +87,14 @@ int AddPeriodControls(DialogBuilder &builder, uint32_t options, bool perOnly, in
         }
     }
     if ((options & (PeriodMonths | PeriodQuarters)) != 0) y += 52;
-    if ((options & PeriodYear) != 0) {
+    if ((options & ~PeriodCalendar) == PeriodYear) {
+        AddLabel(builder, -1, words.Jahr, left, y, 64);
+        AddEdit(builder, controlYear, left + 66, y, 30);
+        y += rowHeight + 2;
+    } else if ((options & PeriodYear) != 0) {
         radio(controlWholeYear, (options & PeriodCalendar) != 0 ? "&Kalenderjahr" : "&Gesamtjahr", left,
               y + 1, 64);
-        AddLabel(builder, -1, "&Jahr:", left + 104, y, 24);
+        AddLabel(builder, -1, words.Jahr, left + 104, y, 24);
         AddEdit(builder, controlYear, left + 130, y, 30);
         y += rowHeight + 2;
     }
@@ -112,10 +104,10 @@ int AddPeriodControls(DialogBuilder &builder, uint32_t options, bool perOnly, in
         y += rowHeight + 2;
     } else if ((options & PeriodDayExact) != 0) {
         radio(controlDayExact, "&Tagesgenau", left, y + 1, 56);
-        AddLabel(builder, -1, "&von:", left + 60, y, 18);
-        AddEdit(builder, controlVon, left + 80, y, 48);
-        AddLabel(builder, -1, "&bis:", left + 134, y, 16);
-        AddEdit(builder, controlBis, left + 152, y, 48);
+        AddLabel(builder, -1, words.Von, left + 62, y, 18);
+        AddEdit(builder, controlVon, left + 80, y, 44);
+        AddLabel(builder, -1, words.Bis, left + 128, y, 30);
+        AddEdit(builder, controlBis, left + 158, y, 44);
         y += rowHeight + 2;
     }
     return y;
@@ -131,13 +123,51 @@ DialogBuilder BeginDialog()
     return builder;
 }
 
-void AddPeriodGroup(DialogBuilder &builder, uint32_t options, bool perOnly)
+// A group box is the first control of its group, and as high as what came into it.
+DialogControl &BeginGroup(DialogBuilder &builder, const char *title)
 {
-    DialogControl &frame = BeginGroup(builder, "Zeitraum");
-    EndGroup(builder, frame, AddPeriodControls(builder, options, perOnly, builder.Y + 12));
+    DialogControl &frame =
+        Add(builder, DialogControlKind::Group, -1, title, builder.Left, builder.Y, groupWidth, 0);
+    MoveOn(builder, builder.Y + 12);
+    return frame;
 }
 
-void AddAccountGroup(DialogBuilder &builder, KontoartSet kontoarten, bool hasSingle)
+void EndGroup(DialogBuilder &builder, DialogControl &frame)
+{
+    frame.Height = static_cast<int16_t>(builder.Y + 4 - frame.Y);
+    MoveOn(builder, builder.Y + 4 + gap);
+}
+
+void AddButtonRow(DialogBuilder &builder, const ButtonRow &row)
+{
+    const int width = (groupWidth - 12) / row.Count;
+    for (int i = 0; i < row.Count; ++i) {
+        const int x = builder.Left + 8 + i * width;
+        if (row.IsRadio) {
+            AddRadio(builder, row.Ids[i], row.Labels[i], x, builder.Y, width - 2, i == 0);
+        } else {
+            Add(builder, DialogControlKind::CheckBox, row.Ids[i], row.Labels[i], x, builder.Y, width - 2, 10,
+                WS_GROUP);
+        }
+    }
+    MoveOn(builder, builder.Y + rowHeight);
+}
+
+void AddFieldRow(DialogBuilder &builder, int id, const char *label, int characters)
+{
+    AddLabel(builder, -1, label, builder.Left + 8, builder.Y, 70);
+    AddEdit(builder, id, builder.Left + 80, builder.Y, characters * 5 + 8);
+    MoveOn(builder, builder.Y + rowHeight + 2);
+}
+
+void AddPeriodGroup(DialogBuilder &builder, uint32_t options, bool perOnly, const DialogWords &words)
+{
+    DialogControl &frame = BeginGroup(builder, words.Zeitraum);
+    MoveOn(builder, AddPeriodControls(builder, options, perOnly, words, builder.Y));
+    EndGroup(builder, frame);
+}
+
+void AddAccountGroup(DialogBuilder &builder, KontoartSet kontoarten, bool hasSingle, const DialogWords &words)
 {
     const struct {
         int32_t Kontoart;
@@ -149,9 +179,9 @@ void AddAccountGroup(DialogBuilder &builder, KontoartSet kontoarten, bool hasSin
         {KontoartDebitor, controlDebitoren, "&Debitoren"},
         {KontoartKostenstelle, controlKostenstellen, "K&ostenstellen"},
     };
+    DialogControl &frame = BeginGroup(builder, words.Konten);
     const int left = builder.Left + 8;
-    int y = builder.Y + 12;
-    DialogControl &frame = BeginGroup(builder, "Konten");
+    int y = builder.Y;
     const bool hasChoice = kontoarten != KontoartKostenstelle;
     int x = left;
     for (const auto &button : buttons) {
@@ -163,32 +193,32 @@ void AddAccountGroup(DialogBuilder &builder, KontoartSet kontoarten, bool hasSin
     }
     if (hasChoice) y += rowHeight;
     if (hasSingle) {
-        Add(builder, DialogControlKind::CheckBox, controlEinzeln, "&einzelnes Konto", left, y, 100, 10,
-            WS_GROUP);
+        Add(builder, DialogControlKind::CheckBox, controlEinzeln, words.Einzeln, left, y, 100, 10, WS_GROUP);
         y += rowHeight;
     }
     AddLabel(builder, controlVonLabel, "vo&n:", left, y, 28);
     AddEdit(builder, controlKontoVon, left + 30, y, 52);
     AddLabel(builder, controlBisLabel, "b&is:", left + 98, y, 18);
     AddEdit(builder, controlKontoBis, left + 118, y, 52);
-    EndGroup(builder, frame, y + rowHeight + 2);
+    MoveOn(builder, y + rowHeight + 2);
+    EndGroup(builder, frame);
 }
 
-void AddOutputGroup(DialogBuilder &builder)
+void AddOutputGroup(DialogBuilder &builder, const DialogWords &words)
 {
+    DialogControl &frame = BeginGroup(builder, words.Ausgabe);
     const int left = builder.Left + 8;
-    const int y = builder.Y + 12;
-    DialogControl &frame = BeginGroup(builder, "Ausgabe");
-    AddRadio(builder, controlBildschirm, "Bildschir&m", left, y, 66, true);
-    AddRadio(builder, controlDrucker, "D&rucker", left + 68, y, 66, false);
-    EndGroup(builder, frame, y + 12);
+    AddRadio(builder, controlBildschirm, "Bildschir&m", left, builder.Y, 66, true);
+    AddRadio(builder, controlDrucker, "D&rucker", left + 68, builder.Y, 66, false);
+    MoveOn(builder, builder.Y + 12);
+    EndGroup(builder, frame);
 }
 
 DialogTable PeriodPage(DialogBuilder &builder, int32_t id, uint32_t options)
 {
     builder.Count = 0;
     builder.Left = 0;
-    const int height = AddPeriodControls(builder, options, false, gap);
+    const int height = AddPeriodControls(builder, options, false, {}, gap);
     return {id,
             "",
             static_cast<int16_t>(groupWidth - 2 * tabBorder),

@@ -21,15 +21,45 @@ struct DialogBuilder {
 
 DialogBuilder BeginDialog();
 
-// The period group for `options` (PeriodOption bits); with `perOnly` free dates are one day, "per:".
-void AddPeriodGroup(DialogBuilder &builder, uint32_t options, bool perOnly);
+// Words that dialogs have of their own; Windows-1252, with their mnemonics.
+struct DialogWords {
+    const char *Zeitraum = "Zeitraum";
+    const char *Jahr = "&Jahr:";
+    const char *Von = "&von:"; // free dates
+    const char *Bis = "&bis:";
+    const char *Konten = "Konten";
+    const char *Einzeln = "&einzelnes Konto";
+    const char *Ausgabe = "Ausgabe";
+};
+
+// The period group for `options` (PeriodOption bits); with `perOnly` free dates are one day, "per:". The year
+// alone is its field without a button.
+void AddPeriodGroup(DialogBuilder &builder, uint32_t options, bool perOnly, const DialogWords &words);
 
 // The account group; with one kind only its button is there but hidden. `hasSingle` adds the choice of one
 // single account.
-void AddAccountGroup(DialogBuilder &builder, KontoartSet kontoarten, bool hasSingle);
+void AddAccountGroup(DialogBuilder &builder, KontoartSet kontoarten, bool hasSingle,
+                     const DialogWords &words);
 
 // Screen or printer.
-void AddOutputGroup(DialogBuilder &builder);
+void AddOutputGroup(DialogBuilder &builder, const DialogWords &words);
+
+// Group boxes for controls of a report's own, between which the controls are added from `builder.Y` on.
+varkui::DialogControl &BeginGroup(DialogBuilder &builder, const char *title);
+void EndGroup(DialogBuilder &builder, varkui::DialogControl &frame);
+
+// A row of buttons side by side: one check box, or the buttons of a set.
+inline constexpr int mostInButtonRow = 4;
+struct ButtonRow {
+    bool IsRadio;
+    int Count;
+    int Ids[mostInButtonRow];
+    const char *Labels[mostInButtonRow];
+};
+void AddButtonRow(DialogBuilder &builder, const ButtonRow &row);
+
+// A field with its label, wide enough for some characters.
+void AddFieldRow(DialogBuilder &builder, int id, const char *label, int characters);
 
 // Two pages with a period each, the second in force while "Beachte Vergleichszeitraum" is checked. The pages
 // are dialogs of their own, made of the table of PeriodPage with the same options.

@@ -134,14 +134,28 @@ void ShowChosenPage(PeriodTabs &tabs, HWND dialog)
     const auto chosen =
         static_cast<int32_t>(SendDlgItemMessageA(dialog, controlPeriodTabs, TCM_GETCURSEL, 0, 0));
     if (chosen == tabs.CurrentPage || chosen < 0 || chosen > 1) return;
-    HWND left = tabs.PageWindows[tabs.CurrentPage];
-    HWND come = tabs.PageWindows[chosen];
+    HWND oldPage = tabs.PageWindows[tabs.CurrentPage];
+    HWND newPage = tabs.PageWindows[chosen];
     HWND focus = GetFocus();
-    const bool hadFocus = focus != nullptr && IsChild(left, focus);
-    ShowWindow(left, SW_HIDE);
-    ShowWindow(come, SW_SHOW);
+    const bool hadFocus = focus != nullptr && IsChild(oldPage, focus);
+    ShowWindow(oldPage, SW_HIDE);
+    ShowWindow(newPage, SW_SHOW);
     tabs.CurrentPage = chosen;
-    if (hadFocus) SetFocus(come);
+    if (hadFocus) SetFocus(newPage);
+}
+
+// What a refused check said, and the focus on its field, belong to the page: it is shown before the check.
+bool AcceptPage(PeriodTabs &tabs, HWND dialog, int32_t page)
+{
+    const int32_t inView = tabs.CurrentPage;
+    const auto turnTo = [&](int32_t index) {
+        SendDlgItemMessageA(dialog, controlPeriodTabs, TCM_SETCURSEL, static_cast<WPARAM>(index), 0);
+        ShowChosenPage(tabs, dialog);
+    };
+    turnTo(page);
+    if (!AcceptCurrentPage(tabs)) return false;
+    turnTo(inView);
+    return true;
 }
 
 } // namespace
@@ -250,6 +264,13 @@ bool AcceptCurrentPage(PeriodTabs &tabs)
     const int32_t page = tabs.CurrentPage;
     if (page == 1 && tabs.CompareOn == 0) return true;
     return AcceptPeriodControls(tabs.PageWindows[page], tabs.PageStates[page], tabs.Selections[page]);
+}
+
+bool AcceptBothPages(PeriodTabs &tabs, HWND dialog)
+{
+    if (!AcceptCurrentPage(tabs)) return false;
+    const bool hasOther = tabs.CurrentPage == 1 || tabs.CompareOn != 0;
+    return !hasOther || AcceptPage(tabs, dialog, 1 - tabs.CurrentPage);
 }
 
 HWND CreateChildDialog(HWND owner, const DialogTable &table, DLGPROC procedure, void *state)

@@ -59,6 +59,10 @@ bool PeriodTabMessage(PeriodTabs &tabs, HWND dialog, UINT message, WPARAM wParam
 // left was checked then. The comparison is not looked at while it is off.
 bool AcceptCurrentPage(PeriodTabs &tabs);
 
+// The same at OK, and then, with the comparison on, the page that is not in view as well: nobody may have
+// looked at it. One that is refused is turned to.
+bool AcceptBothPages(PeriodTabs &tabs, HWND dialog);
+
 // Makes a modeless dialog that lives as a child of `owner`, not yet shown; null when it could not be made.
 HWND CreateChildDialog(HWND owner, const varkui::DialogTable &table, DLGPROC procedure, void *state);
 

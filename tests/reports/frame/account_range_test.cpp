@@ -14,7 +14,7 @@ namespace {
 
 ReportDialog DialogWith(KontoartSet kinds, bool hasSingle = false)
 {
-    return {900, "Konten", 0, 0, false, kinds, hasSingle};
+    return {.Id = 900, .Title = "Konten", .HelpContext = 0, .Kontoarten = kinds, .HasSingle = hasSingle};
 }
 
 ReportParams Kind(int32_t kind)
@@ -183,18 +183,17 @@ TEST(AccountRange, DialogGoesOnWithoutMemoryForItsListOfEdits)
 {
     Books installation("dialog 111\npress 1\n");
     installation.AddMandant(1);
-    ThreadContext *context = nullptr;
-    ASSERT_EQ(1, EnterExport(context));
-    FistaRecord mandant;
-    ASSERT_EQ(1, SelectMandant(*context, 1, mandant));
-    ReportChoice choice{};
-    choice.Period.Code = periodNotChosen;
+    ReportRun run{};
+    run.Dialog = &perDialog;
+    ASSERT_EQ(1, EnterExport(run.Context));
+    ASSERT_EQ(1, SelectMandant(*run.Context, 1, run.Mandant));
+    run.Choice.Period.Code = periodNotChosen;
     bool hasList = true;
     const Onlooker onlooker([&](HWND dialog) { hasList = GetPropA(dialog, "tervoTKKonto") != nullptr; });
     FailAllocation(3); // behind the dialog's template and the reading of an ini file
-    EXPECT_TRUE(RunReportDialog(*context, perDialog, nullptr, choice));
+    EXPECT_TRUE(RunReportDialog(run, nullptr));
     StopAllocationFaults();
     EXPECT_FALSE(hasList);
-    EXPECT_EQ(1, choice.Range.KontoArt);
+    EXPECT_EQ(1, run.Choice.Range.KontoArt);
     VARK_SchliesseDB();
 }

@@ -4,7 +4,7 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/platform/platform.h"
-#include "src/reports/frame/report_dialog.h"
+#include "src/reports/frame/report_run.h"
 #include "tests/support/books.h"
 
 #include <functional>
@@ -14,10 +14,20 @@
 
 namespace vark::test {
 
-inline constexpr ReportDialog perDialog = {
-    111, "Summen- und Saldenliste", 3008, PeriodDayExact, true, 1 | 2 | 4, false};
-inline constexpr ReportDialog fullDialog = {114, "Kontenblatt", 3009, 0x0F, false, 1 | 2 | 4 | 8, true};
-inline constexpr ReportDialog taxDialog = {122, "Umsatzsteuervoranmeldung", 3012, 0x1E, false, 0, false};
+inline constexpr ReportDialog perDialog = {.Id = 111,
+                                           .Title = "Summen- und Saldenliste",
+                                           .HelpContext = 3008,
+                                           .PeriodOptions = PeriodDayExact,
+                                           .PerOnly = true,
+                                           .Kontoarten = 1 | 2 | 4};
+inline constexpr ReportDialog fullDialog = {.Id = 114,
+                                            .Title = "Kontenblatt",
+                                            .HelpContext = 3009,
+                                            .PeriodOptions = 0x0F,
+                                            .Kontoarten = 1 | 2 | 4 | 8,
+                                            .HasSingle = true};
+inline constexpr ReportDialog taxDialog = {
+    .Id = 122, .Title = "Umsatzsteuervoranmeldung", .HelpContext = 3012, .PeriodOptions = 0x1E};
 
 // Runs something on the next dialog of this thread, when it handles messages for the first time.
 struct Onlooker {
@@ -51,7 +61,8 @@ struct Onlooker {
 struct Played {
     Books Installation;
     ThreadContext *Context = nullptr;
-    ReportChoice Choice{};
+    ReportRun Run{};
+    ReportChoice &Choice = Run.Choice;
     bool Accepted = false;
 
     Played(const std::string &script, const ReportDialog &dialog, const ReportParams &params = {},
@@ -67,12 +78,13 @@ struct Played {
         Installation.Insert(1, TableDebi, MakePersonal("70000"));
         if (setzeJahr) WriteProfileText("TOLKA", "SetzeJahr", "1", "tolka.ini");
         EXPECT_EQ(1, EnterExport(Context));
-        FistaRecord mandant;
-        EXPECT_EQ(1, SelectMandant(*Context, 1, mandant));
-        SpreadReportParams(*Context, params, &Choice.Period, &Choice.Range, &Choice.Ausgabe);
+        Run.Context = Context;
+        Run.Dialog = &dialog;
+        EXPECT_EQ(1, SelectMandant(*Context, 1, Run.Mandant));
+        StartChoice(Run, &params);
         std::optional<Onlooker> onlooker;
         if (look) onlooker.emplace(look);
-        Accepted = RunReportDialog(*Context, dialog, nullptr, Choice);
+        Accepted = RunReportDialog(Run, nullptr);
     }
     ~Played() { VARK_SchliesseDB(); }
     Played(const Played &) = delete;

@@ -186,7 +186,8 @@ TEST(ReportDialogs, EachKindKeepsItsOwnLimits)
 
 TEST(ReportDialogs, KindWithoutAButtonGivesWayToTheNext)
 {
-    constexpr ReportDialog costs = {118, "Kostenstellenliste", 10003, 0, false, 8, false};
+    constexpr ReportDialog costs = {
+        .Id = 118, .Title = "Kostenstellenliste", .HelpContext = 10003, .Kontoarten = KontoartKostenstelle};
     ReportParams params{};
     params.ParamFlags = ParamKontoArt;
     params.KontoArt = 1;

@@ -77,7 +77,7 @@ DialogTable TwoPeriodsTable(DialogBuilder &builder, bool isGuv)
 {
     builder = BeginDialog();
     AddPeriodTabs(builder, PageOptions(isGuv));
-    AddOutputGroup(builder);
+    AddOutputGroup(builder, {});
     return FinishDialog(builder, 127, "Zwei Zeiträume"_w);
 }
 
