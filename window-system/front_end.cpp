@@ -52,6 +52,7 @@ void FallBackToHeadless()
 
 bool AskFrontEnd(Thread *thread)
 {
+    if (IsPlayedTo(thread)) return PlayNext(thread);
     switch (chosen.load()) {
     case FrontEnd::Script: return PlayScript(thread);
     case FrontEnd::Screen:

@@ -46,6 +46,9 @@ const char *TextOfBox(Window *box);
 
 bool AnswerUnseen(Thread *thread);
 
+// The button that a dialog wants to be answered with, 0 for none.
+LONG_PTR WantedAnswer(const Window *dialog);
+
 // ---- The script (script.cpp) ----
 
 // Opens the script at `path`; false, with the reason on standard error and in the log, when it cannot be
@@ -54,6 +57,15 @@ bool OpenScript(const char *path);
 
 // The next instruction, done to the topmost window of `thread`. As AskFrontEnd.
 bool PlayScript(Thread *thread);
+
+// Whether the calling host answers what `thread` asks, by a list of its own (VarkUiPlay). What is asked then
+// is kept from the screen.
+bool IsPlayedTo(const Thread *thread);
+
+// The next line of that list. As AskFrontEnd.
+bool PlayNext(Thread *thread);
+
+void FreePlayed(Thread *thread);
 
 // The script serves another thread, if `thread` has nothing open any more or ends. Expects the lock.
 void LetGoOfScript(Thread *thread, bool ends);
@@ -65,6 +77,9 @@ void LetGoOfScriptIfIdle();
 
 // Longest line that is written; a longer one is cut. Message texts have up to 399 characters.
 constexpr size_t longestLine = 4096;
+
+// Longest reason why an instruction was not done.
+constexpr size_t longestPlayFailure = longestLine / 2;
 
 // Appends a line, "PREFIX TEXT" with Windows-1252 `text` turned into UTF-8 on one line, to the file that
 // $VARK_UI_LOG names; does nothing without it.

@@ -23,17 +23,6 @@ void AnswerBox(Window *box)
     Lock();
 }
 
-// The button that the dialog wants to be answered with, 0 for none.
-int WantedAnswer(const Window *dialog)
-{
-    for (const Property *property = dialog->Properties; property != nullptr; property = property->Next) {
-        if (EqualWithoutCase(property->Name, VARKUI_ANSWER_PROP)) {
-            return static_cast<int>(reinterpret_cast<intptr_t>(property->Value));
-        }
-    }
-    return 0;
-}
-
 // Ends a dialog that nothing else ends.
 void Force(Window *dialog)
 {
@@ -51,7 +40,7 @@ void AnswerDialog(Window *dialog)
 {
     if (dialog->Answer == Unseen::Untouched) {
         dialog->Answer = Unseen::Answered;
-        const int wanted = WantedAnswer(dialog);
+        const LONG_PTR wanted = WantedAnswer(dialog);
         Window *button = wanted != 0 ? FindControl(dialog, wanted) : nullptr;
         if (button != nullptr) {
             PostInput(button->Handle, MakeInput(InputKind::Click));
@@ -86,6 +75,16 @@ Window *NextUnanswered(Thread *thread)
 }
 
 } // namespace
+
+LONG_PTR WantedAnswer(const Window *dialog)
+{
+    for (const Property *property = dialog->Properties; property != nullptr; property = property->Next) {
+        if (EqualWithoutCase(property->Name, VARKUI_ANSWER_PROP)) {
+            return reinterpret_cast<LONG_PTR>(property->Value);
+        }
+    }
+    return 0;
+}
 
 bool AnswerUnseen(Thread *thread)
 {

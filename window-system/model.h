@@ -277,6 +277,7 @@ struct Thread {
     uint32_t HeardKey;     // number of the last key that came from the screen
     uint32_t HandledKey;   // the same when the thread last had nothing left to do
     unsigned ScriptTicket; // 0 while it does not wait for the script
+    struct Played *Played; // instructions of the host, null for none
     Thread *Next;
 };
 

@@ -383,6 +383,7 @@ void EndThread(Thread *thread)
     }
     *link = thread->Next;
     LetGoOfScript(thread, true);
+    FreePlayed(thread);
 }
 
 void WakeThread(Thread *thread) { Signal(thread); }

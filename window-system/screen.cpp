@@ -244,7 +244,7 @@ void Tell(Window *window)
 {
     const bool known = IsKnown(window);
     if (known && window->Changed == 0) return;
-    if (!known && !IsShown(Outermost(window))) return;
+    if (!known && (!IsShown(Outermost(window)) || IsPlayedTo(window->Thread))) return;
     if (window->Parent != nullptr && !IsKnown(window->Parent)) Tell(window->Parent);
     if (window->Owner != nullptr && !IsKnown(window->Owner)) Tell(window->Owner);
     TellWindow(window);

@@ -1,5 +1,5 @@
-// A script in the place of a person: a list of instructions, one a line, each done to the topmost window of
-// the thread that waits.
+// Instructions in the place of a person, one a line, each done to the topmost window of the thread that
+// waits: those of the script front end, and those that a host hands to its own thread.
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -19,12 +19,16 @@ namespace varkui {
 namespace {
 
 // The whole text is held from the first to the last line, with every line ended by NUL.
-struct Script {
+struct Lines {
     char *Text;
     char *Next; // the first line that is not done
     char *End;
-    char *Value;    // room for a value of the longest line
-    int Line;       // number of the line before Next
+    char *Value; // room for a value of the longest line
+    int Number;  // of the line before Next
+};
+
+struct Script {
+    Lines List;
     Thread *Holder; // the thread it serves now
     unsigned Tickets;
 };
@@ -39,8 +43,9 @@ constexpr size_t longestScript = size_t{64} << 20;
 struct Step {
     Thread *Owner;
     Window *Top;
+    char *Value; // room for a value of the line
     bool Failed;
-    char Failure[longestLine / 2];
+    char Failure[longestPlayFailure];
 };
 
 __attribute__((format(printf, 2, 3))) void Fail(Step &step, const char *format, ...)
@@ -91,13 +96,13 @@ bool IsQuoted(const char *rest)
 
 // A value in Windows-1252: a pair of quotes around it keeps its blanks and is taken off. It is valid until
 // the next one.
-const char *ValueOf(const char *rest)
+const char *ValueOf(const Step &step, const char *rest)
 {
     const size_t length = strlen(rest);
-    text::FromUtf8(rest, script.Value, length + 1);
-    if (!IsQuoted(rest)) return script.Value;
-    script.Value[strlen(script.Value) - 1] = 0;
-    return script.Value + 1;
+    text::FromUtf8(rest, step.Value, length + 1);
+    if (!IsQuoted(rest)) return step.Value;
+    step.Value[strlen(step.Value) - 1] = 0;
+    return step.Value + 1;
 }
 
 // A Windows-1252 text for a message, in UTF-8 on one line.
@@ -208,7 +213,7 @@ void DoBox(Step &step, const char *rest)
         return;
     }
     const char *shown = TextOfBox(step.Top);
-    const char *wanted = ValueOf(After(rest, word->Word));
+    const char *wanted = ValueOf(step, After(rest, word->Word));
     const Window *button = FindControl(step.Top, word->Id);
     if (button == nullptr) {
         Fail(step, "the message box has no button \"%s\": %s", word->Word, Shown(shown).Text);
@@ -253,7 +258,7 @@ void DoText(Step &step, const char *rest)
         Fail(step, "control %d is read-only", id);
         return;
     }
-    const char *value = ValueOf(rest);
+    const char *value = ValueOf(step, rest);
     Input *input = MakeInput(InputKind::Text);
     if (input != nullptr) input->Text = CopyText(value, strlen(value));
     PostTo(step, control, input);
@@ -303,6 +308,8 @@ void DoPress(Step &step, const char *rest)
         Fail(step, "control %d is no button", static_cast<int>(control->Id));
         return;
     }
+    // Where this has been refused, nobody presses the same button again.
+    if (control->Id == WantedAnswer(step.Top)) step.Top->Answer = Unseen::Answered;
     PostTo(step, control, MakeInput(InputKind::Click));
 }
 
@@ -360,7 +367,7 @@ LONG TakeRow(Step &step, const Window *control, const char *rest)
     const auto id = static_cast<int>(control->Id);
     LONG row = -1;
     if (IsQuoted(rest)) {
-        const char *text = ValueOf(rest);
+        const char *text = ValueOf(step, rest);
         row = FindText(control, text);
         if (row == -1) Fail(step, "control %d has no row \"%s\"", id, Shown(text).Text);
     } else if (!TakeNumber(rest, row) || *rest != 0) {
@@ -420,7 +427,7 @@ bool TakeModifier(const char *&name, const char *modifier)
     return true;
 }
 
-bool NameKey(const char *name, KeyPress &press)
+bool NameKey(const Step &step, const char *name, KeyPress &press)
 {
     for (;;) {
         if (TakeModifier(name, "Ctrl+")) {
@@ -439,7 +446,7 @@ bool NameKey(const char *name, KeyPress &press)
         press.Character = each.Character;
         return true;
     }
-    const char *character = ValueOf(name);
+    const char *character = ValueOf(step, name);
     if (character[0] == 0 || character[1] != 0) return false;
     constexpr unsigned otherKey = 0xE7; // a key known only by what it types
     const unsigned char lower = LowerCase(static_cast<unsigned char>(*character));
@@ -453,7 +460,7 @@ bool NameKey(const char *name, KeyPress &press)
 void DoKeyName(Step &step, const char *rest)
 {
     KeyPress press = {};
-    if (!NameKey(rest, press)) {
+    if (!NameKey(step, rest, press)) {
         Fail(step, "\"%s\" is not the name of a key", rest);
     } else if (!PostKey(step.Owner, press)) {
         Fail(step, "there is no memory for the instruction");
@@ -464,7 +471,7 @@ void DoKeyName(Step &step, const char *rest)
 
 void ExpectTitle(Step &step, const char *rest)
 {
-    const char *wanted = ValueOf(rest);
+    const char *wanted = ValueOf(step, rest);
     if (strcmp(TextOf(step.Top), wanted) == 0) return;
     Fail(step, "the title is \"%s\", not \"%s\"", Shown(TextOf(step.Top)).Text, Shown(wanted).Text);
 }
@@ -487,7 +494,7 @@ void ExpectText(Step &step, const char *rest)
 {
     const Window *control = TakeControl(step, rest);
     if (control == nullptr) return;
-    const char *wanted = ValueOf(rest);
+    const char *wanted = ValueOf(step, rest);
     if (strcmp(TextOf(control), wanted) == 0) return;
     Fail(step, "the text of control %d is \"%s\", not \"%s\"", static_cast<int>(control->Id),
          Shown(TextOf(control)).Text, Shown(wanted).Text);
@@ -499,7 +506,7 @@ void ExpectLabel(Step &step, const char *rest)
     const Window *control = TakeControl(step, rest);
     if (control == nullptr) return;
     const Window *label = LabelOf(control);
-    const char *wanted = ValueOf(rest);
+    const char *wanted = ValueOf(step, rest);
     if (label == nullptr) {
         Fail(step, "control %d has no label", static_cast<int>(control->Id));
     } else if (strcmp(TextOf(label), wanted) != 0) {
@@ -541,7 +548,7 @@ void ExpectRow(Step &step, const char *rest)
     LONG number = -1;
     const char *digits = rest;
     const bool byNumber = TakeNumber(digits, number) && *digits == 0;
-    const char *wanted = ValueOf(rest);
+    const char *wanted = ValueOf(step, rest);
     const bool holds = *rest == 0 ? selected < 0
                        : byNumber ? selected == number
                                   : selected >= 0 && strcmp(text, wanted) == 0;
@@ -630,13 +637,13 @@ void Do(Step &step, const char *line)
 
 // ---- The list ----
 
-// The next instruction without its surrounding blanks, null at the end of the script.
-char *NextInstruction()
+// The next instruction without its surrounding blanks, null at the end.
+char *NextInstruction(Lines &list)
 {
-    while (script.Next < script.End) {
-        char *line = script.Next;
-        script.Next += strlen(line) + 1;
-        ++script.Line;
+    while (list.Next < list.End) {
+        char *line = list.Next;
+        list.Next += strlen(line) + 1;
+        ++list.Number;
         while (*line == ' ' || *line == '\t' || *line == '\r') {
             ++line;
         }
@@ -648,6 +655,36 @@ char *NextInstruction()
         return line;
     }
     return nullptr;
+}
+
+void FreeLines(Lines &list)
+{
+    Release(list.Text);
+    Release(list.Value);
+    list = Lines{};
+}
+
+// Room for `size` bytes of instructions; false without memory, or for too many.
+bool MakeLines(Lines &list, size_t size)
+{
+    list = Lines{};
+    if (size >= longestScript) return false;
+    list.Text = static_cast<char *>(Allocate(size + 1));
+    list.Value = static_cast<char *>(Allocate(size + 1));
+    if (list.Text != nullptr && list.Value != nullptr) return true;
+    FreeLines(list);
+    return false;
+}
+
+// Cuts the first `length` bytes of the text into lines.
+void CutLines(Lines &list, size_t length)
+{
+    for (size_t i = 0; i < length; ++i) {
+        if (list.Text[i] == '\n') list.Text[i] = 0;
+    }
+    list.Next = list.Text;
+    list.End = list.Text + length;
+    list.Number = 0;
 }
 
 void ComplainAtOpening(const char *path, const char *reason)
@@ -689,24 +726,21 @@ bool OpenScript(const char *path)
         return false;
     }
     const size_t size = static_cast<size_t>(status.st_size);
-    char *text = size < longestScript ? static_cast<char *>(Allocate(size + 1)) : nullptr;
-    char *value = text != nullptr ? static_cast<char *>(Allocate(size + 1)) : nullptr;
+    Lines list = {};
+    const bool made = MakeLines(list, size);
     size_t length = 0;
-    while (value != nullptr && length < size) {
-        const ssize_t got = read(descriptor, text + length, size - length);
+    while (made && length < size) {
+        const ssize_t got = read(descriptor, list.Text + length, size - length);
         if (got <= 0) break;
         length += static_cast<size_t>(got);
     }
     close(descriptor);
-    if (value == nullptr) {
-        Release(text);
+    if (!made) {
         ComplainAtOpening(path, "no memory for the script");
         return false;
     }
-    for (size_t i = 0; i < length; ++i) {
-        if (text[i] == '\n') text[i] = 0;
-    }
-    script = Script{text, text, text + length, value, 0, nullptr, 0};
+    CutLines(list, length);
+    script = Script{list, nullptr, 0};
     return true;
 }
 
@@ -715,19 +749,20 @@ bool PlayScript(Thread *thread)
     Step step = {};
     step.Owner = thread;
     step.Top = Topmost(thread);
+    step.Value = script.List.Value;
     if (step.Top == nullptr) {
         LetGoOfScript(thread, false);
         return false;
     }
     if (!HasTurn(thread)) return false;
-    const char *line = NextInstruction();
+    const char *line = NextInstruction(script.List);
     if (line == nullptr) {
         FallBackToHeadless();
         return true;
     }
     Do(step, line);
     char complaint[longestLine];
-    snprintf(complaint, sizeof complaint, "script: line %d: %s", script.Line, step.Failure);
+    snprintf(complaint, sizeof complaint, "script: line %d: %s", script.List.Number, step.Failure);
     if (step.Failed) FallBackToHeadless();
     Unlock();
     if (step.Failed) {
@@ -737,6 +772,66 @@ bool PlayScript(Thread *thread)
     }
     Lock();
     return true;
+}
+
+// The instructions that a host has handed to one of its threads.
+struct Played {
+    Lines List;
+    bool IsUnseen; // nobody else answers, until the host takes the list back
+    int FailedLine;
+    char Failure[longestPlayFailure];
+};
+
+bool IsPlayedTo(const Thread *thread)
+{
+    const Played *played = thread->Played;
+    return played != nullptr &&
+           (played->IsUnseen || played->FailedLine != 0 || played->List.Next < played->List.End);
+}
+
+namespace {
+
+// What was not filled in as the host wants it is not to be accepted either.
+void KeepFromAccepting(Thread *thread)
+{
+    for (Window *each = model.FirstTop; each != nullptr; each = each->Next) {
+        const bool isDialog = each->Kind == Kind::Dialog && !IsBox(each);
+        if (each->Thread == thread && isDialog) each->Answer = Unseen::Answered;
+    }
+}
+
+} // namespace
+
+bool PlayNext(Thread *thread)
+{
+    Played &played = *thread->Played;
+    Step step = {};
+    step.Owner = thread;
+    step.Top = Topmost(thread);
+    step.Value = played.List.Value;
+    if (step.Top == nullptr || played.FailedLine != 0) return AnswerUnseen(thread);
+    const char *line = NextInstruction(played.List);
+    // The last line may be followed by comments alone: the thread looks again who answers now.
+    if (line == nullptr) return played.IsUnseen ? AnswerUnseen(thread) : true;
+    Do(step, line);
+    if (step.Failed) {
+        played.FailedLine = played.List.Number;
+        KeepFromAccepting(thread);
+        memcpy(played.Failure, step.Failure, sizeof played.Failure);
+        return true;
+    }
+    Unlock();
+    LogLine(line);
+    Lock();
+    return true;
+}
+
+void FreePlayed(Thread *thread)
+{
+    if (thread->Played == nullptr) return;
+    FreeLines(thread->Played->List);
+    Release(thread->Played);
+    thread->Played = nullptr;
 }
 
 void LetGoOfScript(Thread *thread, bool ends)
@@ -754,3 +849,44 @@ void LetGoOfScriptIfIdle()
 }
 
 } // namespace varkui
+
+using namespace varkui;
+
+BOOL VarkUiPlay(LPCSTR instructions, BOOL isUnseen)
+{
+    CurrentFrontEnd(); // chosen without the lock, since it may have to start
+    const Locked locked;
+    Thread *thread = Self();
+    if (thread == nullptr || instructions == nullptr) return FALSE;
+    FreePlayed(thread);
+    auto *played = static_cast<Played *>(Allocate(sizeof(Played)));
+    const size_t length = strlen(instructions);
+    if (played == nullptr || !MakeLines(played->List, length)) {
+        Release(played);
+        return FALSE;
+    }
+    memcpy(played->List.Text, instructions, length);
+    CutLines(played->List, length);
+    played->IsUnseen = isUnseen != FALSE;
+    thread->Played = played;
+    return TRUE;
+}
+
+int VarkUiPlayed(LPSTR failure, int size)
+{
+    const Locked locked;
+    Thread *thread = Self();
+    if (failure != nullptr && size > 0) *failure = 0;
+    if (thread == nullptr || thread->Played == nullptr) return 0;
+    Played &played = *thread->Played;
+    int line = played.FailedLine;
+    const char *reason = played.Failure;
+    if (line == 0 && NextInstruction(played.List) != nullptr) {
+        line = played.List.Number;
+        reason = "nothing was open any more";
+    }
+    if (line != 0 && failure != nullptr && size > 0)
+        snprintf(failure, static_cast<size_t>(size), "%s", reason);
+    FreePlayed(thread);
+    return line;
+}

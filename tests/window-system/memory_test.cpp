@@ -102,3 +102,15 @@ TEST_F(Memory, ThatIsRefusedToAChooserOfFilesCancelsIt)
         EXPECT_EQ(GetActiveWindow(), nullptr);
     });
 }
+
+TEST_F(Memory, ThatIsRefusedToAListOfInstructionsRefusesIt)
+{
+    RefuseEach([] {
+        const BOOL taken = VarkUiPlay("text 10 neu\npress 1\n", TRUE);
+        const INT_PTR result = RunTable(table);
+        EXPECT_TRUE(result == IDCANCEL || result == -1 || result == 0 || (taken != FALSE && result == IDOK))
+            << result;
+        VarkUiPlayed(nullptr, 0);
+        EXPECT_EQ(VarkUiPlayed(nullptr, 0), 0);
+    });
+}
