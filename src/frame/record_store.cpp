@@ -57,12 +57,30 @@ struct EngineKey {
     explicit EngineKey(const KeyBuffer &key) : Bytes{} { std::memcpy(Bytes, key.Bytes, sizeof key.Bytes); }
 };
 
+uint32_t LengthOf(const ThreadContext &context, int slot)
+{
+    if (slot >= SlotFree29) return context.FreeSlotLengths[slot - SlotFree29];
+    return RecordLengthTable[slot].load(std::memory_order_relaxed);
+}
+
+void KeepLength(ThreadContext &context, int slot, uint32_t length)
+{
+    if (slot >= SlotFree29) {
+        context.FreeSlotLengths[slot - SlotFree29] = length;
+    } else {
+        RecordLengthTable[slot].store(length, std::memory_order_relaxed);
+    }
+}
+
 // One call on a slot with the slot's own key buffer, length entry and position block.
 int16_t CallSlot(ThreadContext &context, uint16_t operation, void *data, int slot, int8_t keyNumber)
 {
     EngineKey key(context.KeyBuffers[slot]);
-    return CallEngine(operation, context.PositionBlocks[slot], data, &RecordLengthTable[slot], key.Bytes,
-                      keyNumber);
+    uint32_t length = LengthOf(context, slot);
+    const int16_t status =
+        CallEngine(operation, context.PositionBlocks[slot], data, &length, key.Bytes, keyNumber);
+    KeepLength(context, slot, length);
+    return status;
 }
 
 // The lock bias asked for by LockNext; asking takes it away.
@@ -160,12 +178,12 @@ void FillRecordLengthTable()
     }
 }
 
-int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, std::atomic<uint32_t> *length,
-                   void *key, int8_t keyNumber)
+int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, uint32_t *length, void *key,
+                   int8_t keyNumber)
 {
-    uint32_t dataLength = length != nullptr ? length->load(std::memory_order_relaxed) : 0;
+    uint32_t dataLength = length != nullptr ? *length : 0;
     const int16_t status = EngineEntry(operation, &position, data, &dataLength, key, longestKey, keyNumber);
-    if (length != nullptr) length->store(dataLength & 0xFFFF, std::memory_order_relaxed);
+    if (length != nullptr) *length = dataLength & 0xFFFF;
     return status;
 }
 
@@ -174,10 +192,7 @@ bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName, 
     const int table = SlotOf(code);
     if (slot == 0) slot = table;
     if (context.OpenCounts[slot] == 0) {
-        if (yearName != nullptr && table < 12) {
-            RecordLengthTable[slot].store(RecordLengthTable[table].load(std::memory_order_relaxed),
-                                          std::memory_order_relaxed);
-        }
+        if (yearName != nullptr && table < 12) KeepLength(context, slot, LengthOf(context, table));
         char path[longestKey + 1] = {};
         char nothing[1] = {};
         const bool fits = TablePath(context, table, yearName, path, longestPath + 1);
@@ -348,7 +363,7 @@ bool RereadCurrent(ThreadContext &context, TableKeyCode code)
     const int slot = SlotOf(code);
     if (context.OpenCounts[slot] == 0) return false;
     char scratch[longestRecord];
-    std::atomic<uint32_t> positionLength{4};
+    uint32_t positionLength = 4;
     EngineKey key(context.KeyBuffers[slot]);
     int16_t status =
         CallEngine(engineGetPosition, context.PositionBlocks[slot], scratch, &positionLength, key.Bytes, 0);
@@ -363,7 +378,7 @@ int32_t RecordCount(ThreadContext &context, TableKeyCode code)
     if (!OpenTable(context, code)) return -1;
     const int slot = SlotOf(code);
     char answer[272] = {};
-    std::atomic<uint32_t> length{sizeof answer};
+    uint32_t length = sizeof answer;
     EngineKey key(KeyBuffer{});
     const int16_t status =
         CallEngine(engineStat, context.PositionBlocks[slot], answer, &length, key.Bytes, 0);

@@ -14,16 +14,17 @@
 
 namespace vark {
 
-// Length of a record per slot, given to the engine with each call. The engine's answer is written back, so a
-// short record shortens what the next call offers.
+// Length of a record per table, given to the engine with each call. The engine's answer is written back, so a
+// short record shortens what the next call offers. The two free slots have theirs in the ThreadContext: two
+// threads may hold tables of different lengths there.
 extern std::atomic<uint32_t> RecordLengthTable[slotCount];
 
 void FillRecordLengthTable();
 
-// One call of the engine. `length` may be null, which the engine sees as 0; only its low 16 bits are written
-// back. `key` needs room for 255 bytes. Returns the engine's status.
-int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, std::atomic<uint32_t> *length,
-                   void *key, int8_t keyNumber);
+// One call of the engine. `length` may be null, which the engine sees as 0; of its answer
+// only the low 16 bits are written back. `key` needs room for 255 bytes. Returns the engine's status.
+int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, uint32_t *length, void *key,
+                   int8_t keyNumber);
 
 // Opens a table, or counts one more user of an open one. `yearName` (null: the year in force) opens the table
 // of another year; `slot` (0: the table's own) holds it under another number.

@@ -51,6 +51,7 @@ struct ThreadContext {
     PositionBlock PositionBlocks[slotCount];
     KeyBuffer KeyBuffers[slotCount]; // last key sent
     int32_t OpenCounts[slotCount];
+    uint32_t FreeSlotLengths[2]; // record lengths of what lies under slots 29 and 30
 
     // Tax lookup
     StekeRecord TaxRow;

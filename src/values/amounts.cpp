@@ -380,9 +380,8 @@ void TrimLeft(char *text, size_t size)
     while (blanks < length && text[blanks] == ' ') {
         ++blanks;
     }
-    if (blanks == 0) return;
     memmove(text, text + blanks, length - blanks);
-    text[length - blanks] = 0;
+    memset(text + length - blanks, 0, size - (length - blanks));
 }
 
 void StripLeadingZeros(char *text, size_t size)

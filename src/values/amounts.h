@@ -91,7 +91,7 @@ bool NormalizeDigits(char *text, size_t size, int integerDigits, int decimals, b
 // Blanks on the left up to `width` characters; a longer text is left as it is. The field has width + 1 bytes.
 void RightJustify(char *text, size_t width);
 
-// Removes leading blanks. `size` is that of the field.
+// Removes leading blanks and fills the field with NUL behind the text's end. `size` is that of the field.
 void TrimLeft(char *text, size_t size);
 
 // Drops leading zeros, but not the last digit before the comma (or the end): "000,50" becomes "0,50".

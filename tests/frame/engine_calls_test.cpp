@@ -151,11 +151,11 @@ TEST_F(EngineCalls, AnotherSlotTakesOverTheRecordLengthOfATableOfTheYear)
 {
     RecordLengthTable[TableKobu].store(77);
     PathOf(TableKobu, "2001", SlotFree30);
-    EXPECT_EQ(77u, RecordLengthTable[SlotFree30].load());
+    EXPECT_EQ(77u, context->FreeSlotLengths[1]);
     PathOf(TableSako, nullptr, SlotFree30);
-    EXPECT_EQ(77u, RecordLengthTable[SlotFree30].load()) << "only with a year";
+    EXPECT_EQ(77u, context->FreeSlotLengths[1]) << "only with a year";
     PathOf(TableBat, "2001", SlotFree30);
-    EXPECT_EQ(77u, RecordLengthTable[SlotFree30].load()) << "only for tables that follow the working year";
+    EXPECT_EQ(77u, context->FreeSlotLengths[1]) << "only for tables that follow the working year";
 }
 
 TEST_F(EngineCalls, ClosingTellsWhetherTheEngineRefused)

@@ -296,7 +296,7 @@ TEST_F(RecordStore, TableOfAnotherYearOpensUnderAnotherSlot)
     books.Insert(1, TableSako, MakeSako("5000"), "1997");
     EXPECT_TRUE(OpenTable(*context, TableSako, "1997", SlotFree29));
     EXPECT_EQ(1, context->OpenCounts[SlotFree29]);
-    EXPECT_EQ(sizeof(SakoRecord), RecordLengthTable[SlotFree29].load());
+    EXPECT_EQ(sizeof(SakoRecord), context->FreeSlotLengths[0]);
     SakoRecord record{};
     bool found = false;
     EXPECT_TRUE(GetEqual(*context, &record, Konto("5000"), found, SlotFree29));

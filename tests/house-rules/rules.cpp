@@ -10,8 +10,8 @@
 namespace house {
 
 const std::vector<std::string> layersLowestFirst = {
-    "text",        "src/model",   "src/platform", "src/frame",         "src/values",
-    "src/pickers", "src/booking", "src/cursors",  "src/reports/frame",
+    "text",      "src/model",   "src/platform", "src/frame",   "src/values",
+    "src/walks", "src/pickers", "src/booking",  "src/cursors", "src/reports/frame",
 };
 
 const std::vector<std::string> siblings = {"src/reports/financial", "src/reports/tax", "src/reports/cost"};

@@ -5,6 +5,7 @@
 #include "src/frame/record_store.h"
 #include "src/model/structure_records.h"
 #include "src/reports/frame/report_run.h"
+#include "src/values/account_numbers.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"

@@ -4,6 +4,7 @@
 #include "src/frame/mandant.h"
 #include "src/frame/record_store.h"
 #include "src/reports/frame/report_run.h"
+#include "src/values/account_numbers.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"

@@ -252,11 +252,6 @@ TableId RangeLimits(const AccountRangeSelection &selection, AccountNumber &von, 
     }
 }
 
-bool IsBehindLimit(const AccountNumber &number, const AccountNumber &bis)
-{
-    return bis[0] != 0 && std::memcmp(number, bis, accountDigits) > 0;
-}
-
 void RangeTexts(const AccountRangeSelection &selection, RangeWord *kindWord, RangeText &rangeText,
                 bool isSingular)
 {

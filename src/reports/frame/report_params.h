@@ -99,9 +99,6 @@ const char *MonthNameOfDate(const ThreadContext &context, const PackedDate &date
 // at the first record, an empty `bis` ends with the last.
 TableId RangeLimits(const AccountRangeSelection &selection, AccountNumber &von, AccountNumber &bis);
 
-// True if a number (in key form) lies behind a limit that is not empty.
-bool IsBehindLimit(const AccountNumber &number, const AccountNumber &bis);
-
 // The words of a range: "Sachkonten" (or, with `isSingular` and equal limits, "Sachkonto"), and
 // "von 1000 bis 1999".
 using RangeWord = char[30];
