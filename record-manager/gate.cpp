@@ -1,5 +1,6 @@
 #include "record-manager/gate.h"
 
+#include "host/descriptors.h"
 #include "record-manager/btrcall.h"
 
 #include <atomic>
@@ -85,8 +86,8 @@ int16_t StatusOfErrno()
 
 int16_t OpenGate(int directoryFd, bool fresh, Gate **gate)
 {
-    const int flags = fresh ? O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW : O_RDWR | O_CLOEXEC | O_NOFOLLOW;
-    const int fd = openat(directoryFd, gateName, flags, 0666);
+    const int flags = fresh ? O_RDWR | O_CREAT | O_NOFOLLOW : O_RDWR | O_NOFOLLOW;
+    const int fd = host::OpenFile(directoryFd, gateName, flags);
     if (fd < 0) return StatusOfErrno();
     // Blocks are taken now: a hole in a mapped file is a signal on a full disk.
     int16_t status = BtrStatusOk;

@@ -1,4 +1,5 @@
 // The books that are open in this process: finding, opening and closing them.
+#include "host/descriptors.h"
 #include "record-manager/books_file.h"
 #include "record-manager/limits.h"
 #include "record-manager/locks.h"
@@ -143,7 +144,7 @@ int16_t CheckLength(const Store *store, int64_t size)
 // taken before the store opens it. What another program may have left there is of no use to anybody.
 int16_t PrepareLockFile(const Store *store)
 {
-    const int fd = openat(store->DirectoryFd, lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+    const int fd = host::OpenFile(store->DirectoryFd, lockName, O_RDWR | O_CREAT | O_NOFOLLOW);
     if (fd < 0) return StatusOf(errno);
     constexpr off_t readerSize = 64;
     int error = ftruncate(fd, 0) == 0 ? 0 : errno;
@@ -155,7 +156,7 @@ int16_t PrepareLockFile(const Store *store)
 // A file that was just made is only there for good once its directory is.
 int16_t SyncDirectory(const Store *store)
 {
-    const int fd = openat(store->DirectoryFd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd = host::OpenFile(store->DirectoryFd, ".", O_RDONLY | O_DIRECTORY);
     if (fd < 0) return errno == EACCES ? static_cast<int16_t>(BtrStatusOk) : StatusOf(errno);
     const int error = fsync(fd) == 0 ? 0 : errno;
     close(fd);
@@ -253,22 +254,22 @@ void CloseStore(Store *store)
 // is.
 int16_t OpenBooks(Store *store, bool create, bool readOnly)
 {
-    const int flags = O_CLOEXEC | O_NOFOLLOW;
-    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDWR | (create ? O_CREAT : 0), 0666);
+    const int creates = create ? O_CREAT : 0;
+    store->PresenceFd = host::OpenFile(store->DirectoryFd, booksName, O_NOFOLLOW | O_RDWR | creates);
     if (store->PresenceFd >= 0) return BtrStatusOk;
     store->ReadOnlySystem = errno == EROFS;
     if (!store->ReadOnlySystem && (errno != EACCES || !readOnly)) {
         return StatusOf(errno, ENOENT, BtrStatusFileNotFound);
     }
     store->ReadOnly = true;
-    store->PresenceFd = openat(store->DirectoryFd, booksName, flags | O_RDONLY);
+    store->PresenceFd = host::OpenFile(store->DirectoryFd, booksName, O_NOFOLLOW | O_RDONLY);
     if (store->PresenceFd >= 0) return BtrStatusOk;
     return StatusOf(errno, ENOENT, create ? BtrStatusPermission : BtrStatusFileNotFound);
 }
 
 int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out)
 {
-    const int directoryFd = open(directory, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    const int directoryFd = host::OpenFile(AT_FDCWD, directory, O_PATH | O_DIRECTORY);
     if (directoryFd < 0) {
         const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
         return missing ? static_cast<int16_t>(BtrStatusFileNotFound) : StatusOf(errno);
@@ -371,7 +372,7 @@ void ReleaseStore(Store *store)
 int OpenLockDescription(const Store *store)
 {
     const int fd =
-        openat(store->DirectoryFd, booksName, O_CLOEXEC | O_NOFOLLOW | (store->ReadOnly ? O_RDONLY : O_RDWR));
+        host::OpenFile(store->DirectoryFd, booksName, O_NOFOLLOW | (store->ReadOnly ? O_RDONLY : O_RDWR));
     BooksFacts found;
     if (fd >= 0 && (!ReadFacts(fd, &found) || found.Inode != store->Inode || found.Device != store->Device)) {
         close(fd);

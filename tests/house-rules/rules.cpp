@@ -10,8 +10,8 @@
 namespace house {
 
 const std::vector<std::string> layersLowestFirst = {
-    "text",      "src/model",   "src/platform", "src/frame",   "src/values",
-    "src/walks", "src/pickers", "src/booking",  "src/cursors", "src/reports/frame",
+    "text",      "host",        "src/model",   "src/platform", "src/frame",         "src/values",
+    "src/walks", "src/pickers", "src/booking", "src/cursors",  "src/reports/frame",
 };
 
 const std::vector<std::string> siblings = {"src/reports/financial", "src/reports/tax", "src/reports/cost"};
@@ -36,8 +36,9 @@ bool IsPublicHeaderOfAPart(std::string_view path)
 bool IsInLibraryOrPart(std::string_view path)
 {
     if (LiesIn(path, "window-system/ui")) return false;
-    return LiesIn(path, "src") || std::any_of(parts.begin(), parts.end(),
-                                              [&](const std::string &part) { return LiesIn(path, part); });
+    return LiesIn(path, "src") || LiesIn(path, "host") ||
+           std::any_of(parts.begin(), parts.end(),
+                       [&](const std::string &part) { return LiesIn(path, part); });
 }
 
 bool IsWordCharacter(char character)
@@ -133,10 +134,10 @@ std::string WhyNot(const std::string &from, const std::string &to)
     }
     for (const std::string &part : parts) {
         if (!LiesIn(from, part)) continue;
-        if (LiesIn(to, part) || LiesIn(to, "text")) return "";
+        if (LiesIn(to, part) || LiesIn(to, "text") || LiesIn(to, "host")) return "";
         // The report engine opens its views in the window system.
         if (part == "report-engine" && LiesIn(to, "window-system") && IsPublicHeaderOfAPart(to)) return "";
-        return "a part includes nothing but its own headers and text/";
+        return "a part includes nothing but its own headers, host/ and text/";
     }
     if (LiesIn(from, "examples")) {
         // A host with a message loop of its own takes its calls from the window system.
@@ -150,7 +151,8 @@ std::string WhyNot(const std::string &from, const std::string &to)
     if (LiesIn(from, "tools")) {
         // Where no export exists tools read and write records themselves, with the library's own amounts and
         // ini files; how a booking is made they leave to the exports.
-        for (const char *folder : {"tools", "text", "include", "src/model", "src/values", "src/platform"}) {
+        for (const char *folder :
+             {"tools", "text", "host", "include", "src/model", "src/values", "src/platform"}) {
             if (LiesIn(to, folder)) return "";
         }
         return IsPublicHeaderOfAPart(to) ? "" : "tools use the exported interface";
