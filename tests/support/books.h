@@ -70,6 +70,12 @@ public:
         Insert(mandant, table, copy, year);
     }
 
+    // The same for the bytes of a record.
+    void InsertRecord(int mandant, TableId table, std::vector<char> bytes, const std::string &year = "")
+    {
+        InsertBytes(TablePath(mandant, table, year), bytes.data(), bytes.size());
+    }
+
     // All records of a table in the order of one of its keys.
     template <typename Record>
     std::vector<Record> Read(int mandant, TableId table, const std::string &year = "", int key = 0) const

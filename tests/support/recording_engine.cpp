@@ -4,9 +4,12 @@
 #include "tests/support/books.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <sstream>
 
 namespace vark::test {
 
@@ -15,82 +18,55 @@ namespace {
 RecordingEngine *recording;
 std::map<int32_t, std::string> reportIds; // by handle
 
-enum class Form : uint8_t { Text, Unsigned };
-
 struct RecordField {
-    const char *Name;
+    std::string Name;
     size_t Offset;
     size_t Width;
-    Form As = Form::Text;
+    std::string Form; // "text", "u32", "i32"
 };
 
-// The records of a report id as their templates know them.
-std::vector<RecordField> FieldsOf(const std::string &id, int32_t kind)
+// The records of a report id as its template knows them, by kind. They lie in report_records/ID.txt: a kind
+// on a line of its own, below it a field a line: name, offset, and its width or "u32" or "i32". "#" begins a
+// comment.
+using RecordKinds = std::map<int32_t, std::vector<RecordField>>;
+
+RecordKinds ReadKinds(const std::string &id)
 {
-    if (id == "tervoSUSALIST0.0" && kind == 0) {
-        return {{"Mandant", 0, 41},
-                {"BisDatum", 41, 7},
-                {"Monat", 48, 20},
-                {"Kontoart", 68, 30},
-                {"Bereich", 98, 30}};
+    RecordKinds kinds;
+    std::ifstream file(REPORT_RECORDS_DIRECTORY "/" + id + ".txt");
+    int32_t kind = -1;
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream words(line.substr(0, line.find('#')));
+        std::string name;
+        std::string form;
+        size_t offset = 0;
+        if (!(words >> name)) continue;
+        if (!(words >> offset >> form)) {
+            kind = std::stoi(name);
+            kinds[kind];
+            continue;
+        }
+        const bool isText = std::isdigit(static_cast<unsigned char>(form[0])) != 0;
+        kinds[kind].push_back({name, offset, isText ? std::stoul(form) : 4, isText ? "text" : form});
     }
-    if (id == "tervoSUSALIST0.0" && kind == 1) {
-        return {{"Konto", 0, 8},         {"Kuerzel", 8, 9},          {"Name", 17, 41},
-                {"VortragSoll", 58, 13}, {"VortragHaben", 71, 13},   {"MonatSoll", 84, 13},
-                {"MonatHaben", 97, 13},  {"KumuliertSoll", 110, 13}, {"KumuliertHaben", 123, 13},
-                {"SummeSoll", 136, 13},  {"SummeHaben", 149, 13},    {"Bewegt", 162, 4, Form::Unsigned}};
-    }
-    const bool isKontenplan = id == "tervoKTOPLAN0.0" || id == "tervoSAKTOPLAN0.0";
-    if (isKontenplan && kind == 0) return {{"Mandant", 0, 41}, {"Kontoart", 41, 30}, {"Bereich", 71, 30}};
-    if (id == "tervoSAKTOPLAN0.0" && kind == 1) {
-        return {{"Konto", 0, 8},
-                {"Kuerzel", 8, 9},
-                {"Zustand", 17, 4, Form::Unsigned},
-                {"Datum", 21, 7},
-                {"Name", 28, 41},
-                {"Liste", 69, 30},
-                {"Gruppe", 99, 26},
-                {"Steuertext", 125, 40},
-                {"Steuersatz", 165, 6},
-                {"FesterSatz", 171, 4, Form::Unsigned},
-                {"Kontenplanflag", 175, 4, Form::Unsigned},
-                {"Kennzahl", 179, 4, Form::Unsigned},
-                {"Kosten", 183, 4, Form::Unsigned}};
-    }
-    if (id == "tervoKTOPLAN0.0" && kind == 1) {
-        return {{"Konto", 0, 8},
-                {"Kuerzel", 8, 9},
-                {"Zustand", 17, 4, Form::Unsigned},
-                {"Datum", 21, 7},
-                {"Name1", 28, 26},
-                {"Name2", 54, 26},
-                {"Adresse1", 80, 31},
-                {"Plz", 111, 7},
-                {"Land", 118, 4},
-                {"Adresse2", 122, 31},
-                {"Gegenkonto", 153, 8},
-                {"Blz", 161, 9},
-                {"Bankkonto", 170, 11},
-                {"Bank", 181, 28},
-                {"Wert1", 209, 4, Form::Unsigned},
-                {"Wert2", 213, 4, Form::Unsigned},
-                {"Skonto", 217, 6},
-                {"Mahnkennziffer", 223, 4, Form::Unsigned},
-                {"Freitext", 227, 16},
-                {"Waehrung", 243, 5},
-                {"Kennzeichen", 248, 4, Form::Unsigned},
-                {"Text", 252, 28}};
-    }
-    return {};
+    return kinds;
+}
+
+const std::vector<RecordField> &FieldsOf(const std::string &id, int32_t kind)
+{
+    static std::map<std::string, RecordKinds> known;
+    const auto found = known.find(id);
+    RecordKinds &kinds = found != known.end() ? found->second : known[id] = ReadKinds(id);
+    return kinds[kind];
 }
 
 std::string Shown(const void *record, const RecordField &field)
 {
     const char *bytes = static_cast<const char *>(record) + field.Offset;
-    if (field.As == Form::Text) return TextOf(bytes, field.Width);
+    if (field.Form == "text") return TextOf(bytes, field.Width);
     uint32_t value = 0;
     std::memcpy(&value, bytes, sizeof value);
-    return std::to_string(value);
+    return field.Form == "i32" ? std::to_string(static_cast<int32_t>(value)) : std::to_string(value);
 }
 
 void Note(const std::string &call) { recording->Calls.push_back(call); }

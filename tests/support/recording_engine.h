@@ -12,8 +12,8 @@ namespace vark::test {
 
 struct RecordingEngine {
     // Every call in order, as "open or_slist.rs tervoSUSALIST0.0", "0 | Mandant=Muster | BisDatum=310318 …"
-    // for a record of that kind, "view …", "print", "close 7". Texts are UTF-8; a record of an unknown kind
-    // has no fields.
+    // for a record of that kind, "view …", "print", "close 7". Texts are UTF-8; a record without a
+    // description in report_records/ has no fields.
     std::vector<std::string> Calls;
 
     // What the entries answer.

@@ -1,25 +1,39 @@
 // Reports record by record. A case is a file: what is in the books, the call, and below a line of dashes
 // every call of the report engine that has to follow, a record field by field. "#" begins a comment.
 //
+//   spiel INSTRUCTION         what a person does in the report's dialog; without any it is answered OK
 //   mandant NAME              a Mandant of the years 1997 and 1998
-//   jahresbeginn MONTH        first month of his fiscal year, before the first account
-//   sako|kred|debi NUMBER     an account; its name follows on a line of its own, so do its sums:
+//   mandantfeld FIELD VALUE   a field of his record, by the name that `books zeigen` has for it
+//   jahresbeginn MONTH        first month of his fiscal year, before the first record
+//   jahr YEAR                 the year that the records below lie in; 1998 at first
+//
+//   sako|kred|debi NUMBER     an account; what follows on lines of its own is part of it:
 //     name TEXT
 //     vortrag SOLL HABEN
 //     monat FISCAL_MONTH SOLL HABEN
-//   buchung DATE SOLLKONTO HABENKONTO AMOUNT     a final posting; the date has the fiscal month, and the year
-//   from 1980 ruf REPORT [bis DATE] [art KIND] [von NUMBER] [zu NUMBER] [drucker]
+//     feld FIELD VALUE        any other field, by the same names
+//   satz TABLE                any other record, of `feld` lines alone; amounts are zero at first
+//
+//   buchung DATE SOLLKONTO HABENKONTO AMOUNT
+//                             a final posting; the date has the fiscal month, and the year from 1980
+//
+//   ruf REPORT [WORD ...]     the call; an amount, an account or a date in a field is written as a record has it
+//     zeitraum CODE, jahrindex YEAR_FROM_1980, vom TTMMJJ, bis TTMMJJ (alone: both dates), archiv YEAR
+//     art KIND, von NUMBER, zu NUMBER, einzeln, drucker
 #include "include/vark40.h"
 #include "src/frame/lifecycle.h"
 #include "src/reports/frame/report_params.h"
 #include "tests/support/books.h"
 #include "tests/support/recording_engine.h"
+#include "tools/common/layout.h"
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -29,14 +43,40 @@ using namespace vark::test;
 
 namespace {
 
-// "1.234,50" as a record holds it, "000001234,50".
+using Report = VarkWindow (*)(ReportParams *params);
+
+const std::map<std::string, Report> reports = {
+    {"bilanz", [](ReportParams *params) { return VARK_Bilanz(1, 0, nullptr, params); }},
+    {"eroeffnungsbilanz", [](ReportParams *params) { return VARK_Bilanz(1, 1, nullptr, params); }},
+    {"buchungsjournal", [](ReportParams *params) { return VARK_Buchungsjournal(1, nullptr, params); }},
+    {"guv", [](ReportParams *params) { return VARK_GUV(1, nullptr, params); }},
+    {"hauptabschluss", [](ReportParams *params) { return VARK_HauptAbschluss(1, nullptr, params); }},
+    {"kontenblatt", [](ReportParams *params) { return VARK_Kontenblatt(1, 0, nullptr, params); }},
+    {"kontenplan", [](ReportParams *params) { return VARK_Kontenplan(1, nullptr, params); }},
+    {"kostenaufteilung", [](ReportParams *params) { return VARK_KostenAufteilung(1, nullptr, params); }},
+    {"kostenblatt", [](ReportParams *params) { return VARK_Kontenblatt(1, 1, nullptr, params); }},
+    {"kostenjournal", [](ReportParams *params) { return VARK_Kostenjournal(1, nullptr, params); }},
+    {"kostensalden", [](ReportParams *params) { return VARK_KostenSaldenListe(1, nullptr, params); }},
+    {"kostenstellen", [](ReportParams *params) { return VARK_KostenstellenListe(1, nullptr, params); }},
+    {"op_liste", [](ReportParams *params) { return VARK_OPListe(1, nullptr, params); }},
+    {"summen_saldenliste", [](ReportParams *params) { return VARK_SummenSaldenListe(1, nullptr, params); }},
+    {"umsatzstatistik", [](ReportParams *params) { return VARK_UmsatzStatistik(1, nullptr, params); }},
+    {"ustva", [](ReportParams *params) { return VARK_UmsatzSteuerVoranmeldung(1, nullptr, params); }},
+    {"verprobung", [](ReportParams *params) { return VARK_UmsatzSteuerVerprobung(1, nullptr, params); }},
+    {"zm", [](ReportParams *params) { return VARK_ZusammenfassendeMeldung(1, nullptr, params); }},
+};
+
+// "1.234,50" as a record holds it, "000001234,50"; "-5,00" as "000000005-00".
 std::string AmountOf(const std::string &text)
 {
     std::string digits;
+    const bool isNegative = text[0] == '-';
     for (const char character : text) {
-        if (character != '.') digits += character;
+        if (character != '.' && character != '-') digits += character;
     }
-    return std::string(12 - digits.size(), '0') + digits;
+    std::string amount = std::string(12 - digits.size(), '0') + digits;
+    if (isNegative) amount[9] = '-';
+    return amount;
 }
 
 std::string WithoutComment(const std::string &line)
@@ -46,143 +86,221 @@ std::string WithoutComment(const std::string &line)
     return text;
 }
 
-// One account as it is read from a case, whichever of the two kinds it is.
-struct Account {
-    TableId Table = TableSako;
-    std::string Number;
-    std::string Name;
-    std::map<int, std::pair<std::string, std::string>> Sums; // by fiscal month, 0 for the Vortrag
+// The bytes of one record, filled field by field.
+struct OpenRecord {
+    const tools::TableLayout *Layout = nullptr;
+    std::vector<char> Bytes;
+
+    void Begin(const tools::TableLayout &layout)
+    {
+        Layout = &layout;
+        Bytes.assign(layout.RecordLength, 0);
+        for (const tools::FieldLayout &field : layout.Fields) {
+            if (field.Type == tools::Form::Amount) SetText(&Bytes[field.Offset], field.Width, "000000000,00");
+        }
+    }
+    void Set(const std::string &name, const std::string &value)
+    {
+        const auto field = std::find_if(Layout->Fields.begin(), Layout->Fields.end(),
+                                        [&](const tools::FieldLayout &known) { return known.Name == name; });
+        ASSERT_NE(Layout->Fields.end(), field) << "no field " << name;
+        char *const bytes = &Bytes[field->Offset];
+        switch (field->Type) {
+        case tools::Form::Amount: SetText(bytes, field->Width, AmountOf(value)); break;
+        case tools::Form::Konto:
+            std::memset(bytes, 0, field->Width);
+            SetText(bytes, field->Width, value.empty() ? "" : Justified(value));
+            break;
+        case tools::Form::I16:
+        case tools::Form::I32:
+        case tools::Form::U8:
+        case tools::Form::U16:
+        case tools::Form::U32: {
+            const auto number = static_cast<uint32_t>(std::stoll(value, nullptr, 0));
+            std::memcpy(bytes, &number, field->Width);
+            break;
+        }
+        default: std::memset(bytes, 0, field->Width); SetText(bytes, field->Width, value);
+        }
+    }
+    template <typename Record> Record As() const
+    {
+        Record record;
+        EXPECT_EQ(sizeof record, Bytes.size());
+        std::memcpy(&record, Bytes.data(), sizeof record);
+        return record;
+    }
 };
 
-template <typename Record> void FillSums(Record &record, const Account &account)
-{
-    for (const auto &[month, amounts] : account.Sums) {
-        SollHaben &sums = month == 0 ? record.Umsaetze.Vortrag : record.Umsaetze.Monat[month - 1];
-        SetText(sums.Soll, amounts.first);
-        SetText(sums.Haben, amounts.second);
-    }
-}
-
 struct Case {
-    Books Installation;
+    std::unique_ptr<Books> Installation;
     RecordingEngine Engine;
     MandantOptions Options;
     std::string MandantName;
+    std::vector<std::pair<std::string, std::string>> MandantFields;
+    std::string Year;
     bool HasMandant = false;
-    Account Open;
+    OpenRecord Open;
     int Postings = 0;
     ReportParams Params{};
     std::string Result; // of the export, in words
+
+    explicit Case(const std::string &script) : Installation(std::make_unique<Books>(script)) {}
 
     void MakeMandant()
     {
         if (HasMandant) return;
         HasMandant = true;
-        Installation.AddMandant(1, Options);
-        Installation.ChangeMandant(1, [this](FistaRecord &record) { SetText(record.Name, MandantName); });
+        Installation->AddMandant(1, Options);
+        OpenRecord record;
+        record.Layout = &tools::LayoutOf(TableFista);
+        Installation->ChangeMandant(1, [&](FistaRecord &mandant) {
+            SetText(mandant.Name, MandantName);
+            record.Bytes.assign(reinterpret_cast<const char *>(&mandant),
+                                reinterpret_cast<const char *>(&mandant) + sizeof mandant);
+            for (const auto &[name, value] : MandantFields) {
+                record.Set(name, value);
+            }
+            mandant = record.As<FistaRecord>();
+        });
     }
-    void FinishAccount()
+    void FinishRecord()
     {
-        if (Open.Number.empty()) return;
-        if (Open.Table == TableSako) {
-            SakoRecord record = MakeSako(Open.Number);
-            SetText(record.Name, Open.Name);
-            FillSums(record, Open);
-            Installation.Insert(1, TableSako, record);
-        } else {
-            PersonalRecord record = MakePersonal(Open.Number);
-            SetText(record.Name1, Open.Name);
-            FillSums(record, Open);
-            Installation.Insert(1, Open.Table, record);
-        }
+        if (Open.Layout == nullptr) return;
+        Installation->InsertRecord(1, Open.Layout->Id, Open.Bytes, Year);
         Open = {};
     }
-    void Begin(TableId table, std::istream &rest)
+    void Begin(const tools::TableLayout *layout)
     {
+        ASSERT_NE(nullptr, layout);
         MakeMandant();
-        FinishAccount();
-        Open.Table = table;
-        rest >> Open.Number;
+        FinishRecord();
+        Open.Begin(*layout);
     }
-    void Sum(int month, std::istream &rest)
+    void BeginAccount(TableId table, const std::string &number)
+    {
+        Begin(&tools::LayoutOf(table));
+        Open.Set("Konto", number);
+        Open.Set("Kuerzel", "K" + number);
+    }
+    void Sum(const std::string &field, std::istream &rest)
     {
         std::string soll;
         std::string haben;
         rest >> soll >> haben;
-        Open.Sums[month] = {AmountOf(soll), AmountOf(haben)};
+        Open.Set(field + ".Soll", soll);
+        Open.Set(field + ".Haben", haben);
+    }
+    void SetLimit(const std::string &value, char (&sako)[8], char (&kred)[8], char (&debi)[8],
+                  char (&kore)[8])
+    {
+        Params.ParamFlags |= ParamKonten;
+        SetText(Params.KontoArt == KontoartKreditor       ? kred
+                : Params.KontoArt == KontoartDebitor      ? debi
+                : Params.KontoArt == KontoartKostenstelle ? kore
+                                                          : sako,
+                value);
     }
     void Call(std::istream &rest)
     {
-        FinishAccount();
-        std::string report;
-        rest >> report;
-        ASSERT_EQ("summen_saldenliste", report);
-        std::string word;
-        std::string value;
-        Params.ParamFlags = ParamZeitraum | ParamKontoArt | ParamKonten | ParamAusgabe;
-        Params.KontoArt = 1;
-        while (rest >> word) {
+        MakeMandant();
+        FinishRecord();
+        std::string name;
+        rest >> name;
+        const auto report = reports.find(name);
+        ASSERT_NE(reports.end(), report) << name;
+        Params.ParamFlags = ParamZeitraum | ParamKontoArt | ParamAusgabe;
+        Params.KontoArt = KontoartSachkonto;
+        for (std::string word; rest >> word;) {
             if (word == "drucker") {
                 Params.Ausgabe = 1;
                 continue;
             }
+            if (word == "einzeln") {
+                Params.ParamFlags |= ParamEinzeln;
+                continue;
+            }
+            std::string value;
             rest >> value;
-            if (word == "bis") {
-                Params.ParamFlags |= ParamDaten;
+            if (word == "zeitraum") {
+                Params.Zeitraum = std::stoi(value);
+            } else if (word == "jahrindex") {
+                Params.ParamFlags |= ParamJahr;
+                Params.JahrIndex = std::stoi(value);
+            } else if (word == "archiv") {
+                Params.ParamFlags |= ParamArchivJahr;
+                Params.ArchivJahr = std::stoi(value);
+            } else if (word == "vom") {
                 SetText(Params.VonDatum, value);
+            } else if (word == "bis") {
+                Params.ParamFlags |= ParamDaten;
+                if (Params.VonDatum[0] == 0) SetText(Params.VonDatum, value);
                 SetText(Params.BisDatum, value);
             } else if (word == "art") {
                 Params.KontoArt = std::stoi(value);
             } else if (word == "von") {
-                SetText(Params.KontoArt == 1   ? Params.SachkontoVon
-                        : Params.KontoArt == 2 ? Params.KreditorVon
-                                               : Params.DebitorVon,
-                        value);
+                SetLimit(value, Params.SachkontoVon, Params.KreditorVon, Params.DebitorVon,
+                         Params.KostenstelleVon);
             } else if (word == "zu") {
-                SetText(Params.KontoArt == 1   ? Params.SachkontoBis
-                        : Params.KontoArt == 2 ? Params.KreditorBis
-                                               : Params.DebitorBis,
-                        value);
+                SetLimit(value, Params.SachkontoBis, Params.KreditorBis, Params.DebitorBis,
+                         Params.KostenstelleBis);
             } else {
                 FAIL() << "unknown word " << word;
             }
         }
         ASSERT_EQ(1, VARK_Status()); // binds the real engine first
         Engine.Install();
-        Result = VARK_SummenSaldenListe(1, nullptr, &Params) != nullptr ? "ansicht" : "keine ansicht";
+        Result = report->second(&Params) != nullptr ? "ansicht" : "keine ansicht";
         Result += " " + std::to_string(uint32_t{Params.ViewResult});
     }
     void Do(const std::string &line)
     {
         std::istringstream rest(line);
         std::string word;
+        std::string value;
         rest >> word;
+        if (word == "spiel") return;
         if (word == "mandant") {
             std::getline(rest >> std::ws, MandantName);
+        } else if (word == "mandantfeld") {
+            rest >> word;
+            std::getline(rest >> std::ws, value);
+            MandantFields.emplace_back(word, value);
         } else if (word == "jahresbeginn") {
             rest >> Options.FirstFiscalMonth;
-        } else if (word == "sako") {
-            Begin(TableSako, rest);
-        } else if (word == "kred") {
-            Begin(TableKred, rest);
-        } else if (word == "debi") {
-            Begin(TableDebi, rest);
+        } else if (word == "jahr") {
+            MakeMandant();
+            FinishRecord();
+            rest >> Year;
+        } else if (word == "sako" || word == "kred" || word == "debi") {
+            rest >> value;
+            BeginAccount(tools::FindLayout(word)->Id, value);
+        } else if (word == "satz") {
+            rest >> value;
+            Begin(tools::FindLayout(value));
         } else if (word == "name") {
-            std::getline(rest >> std::ws, Open.Name);
+            std::getline(rest >> std::ws, value);
+            Open.Set(Open.Layout->Id == TableSako ? "Name" : "Name1", value);
         } else if (word == "vortrag") {
-            Sum(0, rest);
+            Sum("Umsaetze.Vortrag", rest);
         } else if (word == "monat") {
             int month = 0;
             rest >> month;
-            Sum(month, rest);
+            Sum("Umsaetze.Monat[" + std::to_string(month - 1) + "]", rest);
+        } else if (word == "feld") {
+            rest >> word;
+            std::getline(rest >> std::ws, value);
+            Open.Set(word, value);
         } else if (word == "buchung") {
-            FinishAccount();
+            MakeMandant();
+            FinishRecord();
             std::string date;
             std::string soll;
             std::string haben;
             std::string amount;
             rest >> date >> soll >> haben >> amount;
-            Installation.Insert(1, TableBube, MakeBube(++Postings, date, soll, haben, AmountOf(amount)));
+            Installation->Insert(1, TableBube, MakeBube(++Postings, date, soll, haben, AmountOf(amount)),
+                                 Year);
         } else if (word == "ruf") {
             Call(rest);
         } else if (!word.empty()) {
@@ -201,6 +319,15 @@ struct Case {
         }
         return text + Result + "\n";
     }
+    // What of the script did not fit.
+    [[nodiscard]] std::string Refusals() const
+    {
+        std::string refusals;
+        for (const std::string &line : Installation->TakeLog()) {
+            if (line.starts_with("script:")) refusals += line + "\n";
+        }
+        return refusals;
+    }
 };
 
 struct GoldenReport : testing::TestWithParam<std::string> {};
@@ -211,7 +338,8 @@ TEST_P(GoldenReport, SendsItsRecords)
 {
     std::ifstream file(GOLDEN_DIRECTORY "/" + GetParam() + ".txt");
     ASSERT_TRUE(file.good());
-    Case books;
+    std::vector<std::string> given;
+    std::string script;
     std::string wanted;
     bool isWanted = false;
     for (std::string line; std::getline(file, line);) {
@@ -221,11 +349,17 @@ TEST_P(GoldenReport, SendsItsRecords)
         } else if (isWanted) {
             if (!text.empty()) wanted += text + "\n";
         } else {
-            ASSERT_NO_FATAL_FAILURE(books.Do(text));
+            given.push_back(text);
+            if (text.starts_with("spiel ")) script += text.substr(6) + "\n";
         }
+    }
+    Case books(script);
+    for (const std::string &line : given) {
+        ASSERT_NO_FATAL_FAILURE(books.Do(line));
     }
     EXPECT_FALSE(wanted.empty());
     EXPECT_EQ(wanted, books.Sent());
+    EXPECT_EQ("", books.Refusals());
     VARK_SchliesseDB();
 }
 
