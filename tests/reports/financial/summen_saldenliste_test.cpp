@@ -6,6 +6,7 @@
 #include "tests/support/books.h"
 #include "tests/support/engine_faults.h"
 #include "tests/support/recording_engine.h"
+#include "tests/support/report_faults.h"
 
 #include <cstring>
 #include <filesystem>
@@ -115,42 +116,18 @@ TEST_F(SummenSaldenliste, FailingReadEndsTheReport)
               books.TakeBoxes());
 }
 
-TEST_F(SummenSaldenliste, WhicheverReadFailsTheReportIsWholeOrNotThere)
+TEST_F(SummenSaldenliste, WhateverFailsTheReportIsWholeOrNotThere)
 {
     // A day inside a month, so that postings are read as well.
     std::memcpy(params.BisDatum, "150398", 7);
     books.Insert(1, TableBube, MakeBube(1, "200318", "1000", "1200", "000000010,00"));
     sent.Install();
-    ASSERT_NE(nullptr, VARK_SummenSaldenListe(1, nullptr, &params));
-    VARK_SchliesseDB();
-    const Lines whole = sent.Calls;
-    bool wasTried = true;
-    int failed = 0;
-    for (int n = 1; wasTried; ++n) {
-        ASSERT_LT(n, 200);
-        sent.Calls.clear();
-        books.TakeBoxes();
-        FailEngineCall(n, 2);
-        VarkWindow view = VARK_SummenSaldenListe(1, nullptr, &params);
-        wasTried = StopEngineFaults() >= n;
-        const Lines boxes = books.TakeBoxes();
-        if (view != nullptr) {
-            // Nothing but a close failed.
-            EXPECT_EQ(whole, sent.Calls) << n;
-            EXPECT_EQ(1u, uint32_t{params.ViewResult}) << n;
-        } else {
-            ++failed;
-            EXPECT_EQ(0u, uint32_t{params.ViewResult}) << n;
-            const bool wasOpened = !sent.Calls.empty();
-            if (wasOpened) {
-                EXPECT_EQ("close 7", sent.Calls.back()) << n;
-                ASSERT_FALSE(boxes.empty());
-                EXPECT_EQ("Die Summen- und Saldenliste konnte nicht erstellt werden!", boxes.back()) << n;
-            }
-        }
-        VARK_SchliesseDB();
-    }
-    EXPECT_GT(failed, 5);
+    ExpectWholeOrNotThere(
+        {.Installation = &books,
+         .Sent = &sent,
+         .Params = params,
+         .Call = [](ReportParams *block) { return VARK_SummenSaldenListe(1, nullptr, block); },
+         .Failure = "Die Summen- und Saldenliste konnte nicht erstellt werden!"});
 }
 
 TEST_F(SummenSaldenliste, BlockOfRandomBytesIsReadWithinItself)
