@@ -5,7 +5,9 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <map>
 #include <set>
+#include <tuple>
 
 using namespace tests;
 using namespace tools;
@@ -363,7 +365,9 @@ TEST_F(SampleBooks, DatesAndAmountsAreWellFormed)
                     const char *bytes = record.data() + field.Offset;
                     const std::string where = year + " " + table.Stem + "." + field.Name;
                     Day day = 0;
-                    if (field.Type == Form::Amount) {
+                    // A booking in the house's own currency leaves the amount in another one empty.
+                    const bool mayBeEmpty = table.Id == TableBat && field.Name == "Waehrungsbetrag";
+                    if (field.Type == Form::Amount && !(mayBeEmpty && *bytes == 0)) {
                         EXPECT_TRUE(IsAmount(bytes)) << where;
                     }
                     if (field.Type == Form::Rate) {
@@ -405,6 +409,364 @@ TEST_F(SampleBooks, OpeningBalancesAddUpToNothing)
         }
         EXPECT_EQ(0, all) << year;
         EXPECT_EQ(0, bilanz) << year;
+    }
+}
+
+// ---- What the reports rely on ----
+
+namespace {
+
+int64_t ClosingOf(const AccountSums &sums)
+{
+    int64_t balance = Pfennig(sums.Vortrag.Soll) - Pfennig(sums.Vortrag.Haben) + Pfennig(sums.Slot0.Soll) -
+                      Pfennig(sums.Slot0.Haben);
+    for (const SollHaben &month : sums.Monat) {
+        balance += Pfennig(month.Soll) - Pfennig(month.Haben);
+    }
+    return balance;
+}
+
+std::map<std::string, int64_t> ClosingBalances(TableId id, const fs::path &directory)
+{
+    std::map<std::string, int64_t> balances;
+    if (id == TableSako) {
+        for (const auto &account : Read<SakoRecord>(id, directory)) {
+            balances[account.Konto] = ClosingOf(account.Umsaetze);
+        }
+    } else {
+        for (const auto &account : Read<PersonalRecord>(id, directory)) {
+            balances[account.Konto] = ClosingOf(account.Umsaetze);
+        }
+    }
+    return balances;
+}
+
+// The month of a key of bube or kobu, 0 to 11.
+int MonthOf(const char *sortDate) { return (sortDate[2] - '0') * 10 + sortDate[3] - '0' - 1; }
+
+// What a tree adds up to: its plain leaves and those outside of its groups.
+int64_t SumOfTree(TableId id, const fs::path &directory, const std::map<std::string, int64_t> &balances)
+{
+    int64_t sum = 0;
+    for (const auto &node : Read<StructureRecord>(id, directory)) {
+        if ((node.Art & (StructureGruppe | StructureGegenposten)) == 0) sum += balances.at(node.Text);
+    }
+    return sum;
+}
+
+} // namespace
+
+TEST_F(SampleBooks, MonthSlotsAreTheSumsOfTheFinalBookings)
+{
+    for (const std::string &year : yearDirectories) {
+        std::map<std::pair<std::string, int>, std::pair<int64_t, int64_t>> posted;
+        std::map<std::pair<std::string, int>, int> counted;
+        for (const auto &posting : Read<BubeRecord>(TableBube, Data / year)) {
+            const int month = MonthOf(posting.Schluessel.Folge);
+            const bool counts = (posting.Status & (BubeOhneNetto | BubeNichtImMonat)) == 0;
+            const auto post = [&](const char *account, int64_t soll, int64_t haben) {
+                ++counted[{account, month}];
+                if (!counts) return;
+                posted[{account, month}].first += soll;
+                posted[{account, month}].second += haben;
+            };
+            post(posting.Sollkonto, Pfennig(posting.Soll), 0);
+            post(posting.Habenkonto, 0, Pfennig(posting.Haben));
+            const bool onHaben = (posting.Steuerflags & BubeSteuerPlus) != 0;
+            const int64_t tax = Pfennig(posting.Steuer);
+            if (posting.Steuerkonto[0] != 0) post(posting.Steuerkonto, onHaben ? 0 : tax, onHaben ? tax : 0);
+        }
+        const auto compare = [&](const AccountNumber &number, const AccountSums &sums) {
+            for (int month = 0; month < 12; ++month) {
+                const auto wanted = posted[{number, month}];
+                EXPECT_EQ(wanted.first, Pfennig(sums.Monat[month].Soll)) << year << number << month;
+                EXPECT_EQ(wanted.second, Pfennig(sums.Monat[month].Haben)) << year << number << month;
+                EXPECT_EQ((counted[{number, month}]), sums.Buchungszahl[month]) << year << number << month;
+            }
+        };
+        for (const auto &account : Read<SakoRecord>(TableSako, Data / year)) {
+            compare(account.Konto, account.Umsaetze);
+        }
+        for (const TableId id : {TableDebi, TableKred}) {
+            for (const auto &partner : Read<PersonalRecord>(id, Data / year)) {
+                compare(partner.Konto, partner.Umsaetze);
+            }
+        }
+    }
+}
+
+TEST_F(SampleBooks, AktivaLessPassivaIsTheResultOfTheGuv)
+{
+    for (const std::string &year : yearDirectories) {
+        const auto balances = ClosingBalances(TableSako, Data / year);
+        const int64_t aktiva = SumOfTree(TableBilaktau, Data / year, balances);
+        const int64_t passiva = -SumOfTree(TableBilpasau, Data / year, balances);
+        const int64_t result = -SumOfTree(TableGuvauf, Data / year, balances);
+        EXPECT_EQ(result, aktiva - passiva) << year;
+        EXPECT_NE(0, result) << year;
+    }
+}
+
+TEST_F(SampleBooks, AYearBeginsWithWhatTheOneBeforeLeft)
+{
+    const std::pair<const char *, const char *> years[] = {
+        {"1997", "1998"}, {"19971", "19981"}, {"19972", "19982"}};
+    for (const auto &[before, after] : years) {
+        std::map<std::string, int64_t> closing;
+        for (const TableId id : {TableSako, TableDebi, TableKred}) {
+            closing.merge(ClosingBalances(id, Data / before));
+        }
+        int64_t result = 0;
+        for (const auto &account : Read<SakoRecord>(TableSako, Data / before)) {
+            if (account.Zuordnung == ZuordnungGuv) result += closing[account.Konto];
+        }
+        const auto opening = [](const AccountSums &sums) {
+            return Pfennig(sums.Vortrag.Soll) - Pfennig(sums.Vortrag.Haben);
+        };
+        for (const auto &account : Read<SakoRecord>(TableSako, Data / after)) {
+            const std::string number = account.Konto;
+            const int64_t wanted = account.Zuordnung == ZuordnungGuv ? 0
+                                   : number == "   2040"             ? closing[number] + result
+                                                                     : closing[number];
+            EXPECT_EQ(wanted, opening(account.Umsaetze)) << after << number;
+        }
+        for (const TableId id : {TableDebi, TableKred}) {
+            for (const auto &partner : Read<PersonalRecord>(id, Data / after)) {
+                EXPECT_EQ(closing[partner.Konto], opening(partner.Umsaetze)) << after << partner.Konto;
+            }
+        }
+    }
+}
+
+TEST_F(SampleBooks, OpenItemsAddUpToTheirAccount)
+{
+    for (const char *year : {"1998", "19981", "19982"}) {
+        const std::tuple<TableId, TableId, int> kinds[] = {{TableDebi, TableOpdebi, 1},
+                                                           {TableKred, TableOpkred, -1}};
+        for (const auto &[accounts, items, sign] : kinds) {
+            std::map<std::string, int64_t> open;
+            for (const auto &item : Read<OpenItemRecord>(items, Data / year)) {
+                open[item.Konto] += sign * Pfennig(item.Betrag1);
+            }
+            for (const auto &[number, balance] : ClosingBalances(accounts, Data / year)) {
+                EXPECT_EQ(balance, open[number]) << year << number;
+            }
+        }
+    }
+}
+
+TEST_F(SampleBooks, CostObjectsHoldTheSumsOfTheirFinalCostLines)
+{
+    for (const std::string &year : yearDirectories) {
+        std::map<std::pair<std::string, int>, int64_t> costs;
+        for (const auto &line : Read<KobuRecord>(TableKobu, Data / year)) {
+            if (line.FinaleBuchung == 0) continue;
+            const int64_t amount =
+                (line.Flag & KobuHaben) != 0 ? -Pfennig(line.Betrag) : Pfennig(line.Betrag);
+            for (const AccountNumber *object : {&line.Kostenobjekt1, &line.Kostenobjekt2}) {
+                if ((*object)[0] != 0) costs[{*object, MonthOf(line.Datum)}] += amount;
+            }
+        }
+        for (const auto &object : Read<KoreRecord>(TableKore, Data / year)) {
+            for (int month = 0; month < 12; ++month) {
+                EXPECT_EQ((costs[{object.Nummer, month}]), Pfennig(object.Monat[month]))
+                    << year << object.Nummer << month;
+            }
+        }
+    }
+}
+
+TEST_F(SampleBooks, ABoxOfTheTaxReturnFitsTheTaxKeyOfItsAccount)
+{
+    const std::map<int, std::set<int>> keysOfBox = {
+        {41, {SteuerEg}},
+        {43, {SteuerNullsatz}},
+        {48, {SteuerNullsatz}},
+        {50, {SteuerRegelsatz, SteuerEg}}, // private customers in the EC pay this country's tax
+        {86, {SteuerErmaessigt}},
+        {35, {SteuerSonstigerSatz}},
+    };
+    std::set<int> used;
+    for (const std::string &year : yearDirectories) {
+        std::set<std::string> input, output;
+        for (const auto &rate : Read<StekeRecord>(TableSteke, Data / year)) {
+            output.insert(rate.Umsatzsteuerkonto);
+            input.insert(rate.Vorsteuerkonto);
+        }
+        for (const auto &account : Read<SakoRecord>(TableSako, Data / year)) {
+            const int box = account.Kennzahl;
+            if (box == 0) continue;
+            used.insert(box);
+            const auto keys = keysOfBox.find(box);
+            if (keys != keysOfBox.end()) {
+                EXPECT_EQ(1u, keys->second.count(account.Steuerflags)) << account.Konto;
+            } else {
+                EXPECT_EQ(0, account.Steuerflags) << account.Konto;
+            }
+            if (box == 66 || box == 61) {
+                EXPECT_EQ(1u, input.count(account.Konto)) << account.Konto;
+            }
+            if (box == 36) {
+                EXPECT_EQ(1u, output.count(account.Konto)) << account.Konto;
+            }
+        }
+    }
+    EXPECT_EQ((std::set<int>{35, 36, 39, 41, 43, 48, 50, 61, 62, 66, 86, 92}), used);
+    EXPECT_EQ(0, ReadMandanten(Data)[0].Record.UStVAVariante);
+    EXPECT_NE(0, ReadMandanten(Data)[1].Record.UStVAVariante);
+    EXPECT_EQ(0, ReadMandanten(Data)[1].Record.Sonderkontomodus);
+    EXPECT_NE(0, ReadMandanten(Data)[2].Record.Sonderkontomodus);
+    EXPECT_STREQ("   2480", ReadMandanten(Data)[2].Record.Sonderkonto);
+}
+
+TEST_F(SampleBooks, CustomersInTheCommunityTakeTheSuppliesOfTheirBox)
+{
+    std::map<std::string, int64_t> countries;
+    std::set<std::string> numbers;
+    int64_t bought = 0;
+    for (const auto &partner : Read<PersonalRecord>(TableDebi, Data / "1997")) {
+        if (partner.UstId[0] == 0) continue;
+        numbers.insert(partner.Konto);
+        for (const SollHaben &month : partner.Umsaetze.Monat) {
+            countries[std::string(partner.UstId, 2)] += Pfennig(month.Soll);
+            bought += Pfennig(month.Soll);
+        }
+    }
+    EXPECT_GE(countries.size(), 4u);
+    for (const auto &[country, turnover] : countries) {
+        EXPECT_GT(turnover, 0) << country;
+    }
+    int64_t sold = 0;
+    for (const auto &account : Read<SakoRecord>(TableSako, Data / "1997")) {
+        if (account.Kennzahl != 41) continue;
+        for (const SollHaben &month : account.Umsaetze.Monat) {
+            sold += Pfennig(month.Haben);
+        }
+    }
+    // Money that came ahead goes back on Soll: it is no turnover of goods.
+    for (const auto &posting : Read<BubeRecord>(TableBube, Data / "1997")) {
+        const bool isPaidBack =
+            numbers.count(posting.Sollkonto) > 0 && std::memcmp(posting.Beleg, "BA", 2) == 0;
+        if (isPaidBack) bought -= Pfennig(posting.Soll);
+    }
+    EXPECT_EQ(sold, bought);
+}
+
+TEST_F(SampleBooks, EveryMarkOfAFinalBookingIsUsed)
+{
+    unsigned status = 0;
+    unsigned taxFlags = 0;
+    unsigned origins = 0;
+    unsigned classes = 0;
+    unsigned costs = 0;
+    for (const std::string &year : yearDirectories) {
+        for (const auto &posting : Read<BubeRecord>(TableBube, Data / year)) {
+            status |= posting.Status;
+            taxFlags |= posting.Steuerflags;
+            origins |= posting.Steuerherkunft;
+            classes |= posting.Steuerklasse;
+        }
+        for (const auto &line : Read<KobuRecord>(TableKobu, Data / year)) {
+            costs |= line.Flag;
+        }
+    }
+    EXPECT_EQ(BubeOhneNetto | BubeNichtImMonat | BubeGefaltet | BubeOhneKennzahl | BubeSplitSoll |
+                  BubeSplitHaben | BubeSteuerbuchung | BubeSplitAnfang,
+              static_cast<int>(status));
+    EXPECT_EQ(BubeSteuerMinus | BubeSteuerPlus | BubeSteuerErrechnet, static_cast<int>(taxFlags));
+    EXPECT_NE(0u, origins & BubeVorsteuer);
+    EXPECT_EQ(BubeKlasse2 | BubeKlasse4 | BubeKlasse40 | BubeKlasse80, static_cast<int>(classes));
+    EXPECT_EQ(KobuArt | KobuHaben, static_cast<int>(costs));
+}
+
+TEST_F(SampleBooks, OpenItemsShowPartsRemindersAdvancesAndCurrencies)
+{
+    for (const TableId id : {TableOpdebi, TableOpkred}) {
+        std::set<int> reminders, ways;
+        std::set<std::string> currencies;
+        int parts = 0;
+        int advances = 0;
+        int ofYearBefore = 0;
+        for (const auto &item : Read<OpenItemRecord>(id, Data / "1998")) {
+            reminders.insert(item.Wert1);
+            ways.insert(item.Zahlungsart);
+            if (item.Waehrung[0] != 0) {
+                currencies.insert(item.Waehrung);
+                EXPECT_NE(0, Pfennig(item.Waehrungsbetrag));
+            }
+            EXPECT_EQ(Pfennig(item.Betrag3), Pfennig(item.Betrag1) + Pfennig(item.Betrag4));
+            if (item.Flag != 0) ++parts;
+            if (Pfennig(item.Betrag1) < 0) ++advances;
+            if (item.Referenz2[0] != 0) ++ofYearBefore;
+        }
+        EXPECT_GE(parts, 1);
+        EXPECT_GE(advances, 1);
+        EXPECT_GE(currencies.size(), 1u);
+        EXPECT_EQ((std::set<int>{0, 1, 2, 3, 4}), ways);
+        EXPECT_EQ(id == TableOpdebi ? (std::set<int>{0, 1, 2, 3}) : std::set<int>{0}, reminders);
+    }
+}
+
+TEST_F(SampleBooks, AStapelHoldsBookingsWithCostLines)
+{
+    const fs::path directory = Data / "19982";
+    std::map<int32_t, int> linesOfBooking, linesOfPart;
+    int64_t spread = 0;
+    for (const auto &line : Read<KobuRecord>(TableKobu, directory)) {
+        if (line.FinaleBuchung != 0) continue;
+        EXPECT_NE(line.Buchungsnummer == 0, line.Splitnummer == 0);
+        EXPECT_EQ(0, line.Konto[0]);
+        if (line.Buchungsnummer != 0) ++linesOfBooking[int32_t{line.Buchungsnummer}];
+        if (line.Splitnummer != 0) ++linesOfPart[int32_t{line.Splitnummer}];
+        spread += Pfennig(line.Betrag);
+    }
+    const auto bookings = Read<BatRecord>(TableBat, directory);
+    ASSERT_EQ(4u, bookings.size());
+    int64_t net = 0;
+    for (const auto &booking : bookings) {
+        EXPECT_EQ(int16_t{booking.Teil.Kostenzeilen}, linesOfBooking[int32_t{booking.Buchungsnummer}]);
+        net += Pfennig(booking.Teil.Netto);
+    }
+    const auto parts = Read<SplitRecord>(TableSplit, directory);
+    ASSERT_EQ(2u, parts.size());
+    for (const auto &part : parts) {
+        EXPECT_EQ(int16_t{part.Kostenzeilen}, linesOfPart[int32_t{part.Splitnummer}]);
+        net += Pfennig(part.Netto);
+    }
+    EXPECT_EQ(net, spread);
+    // 200,00 + 3.100,00 + 6.400,10 + 55,00, and of the further parts 240,00 + 90,00.
+    EXPECT_EQ(1008510, net);
+    // 16 % on 200,00, 6.400,10 and 240,00; 7 % on 90,00.
+    EXPECT_EQ(23200, Pfennig(bookings[0].Teil.Brutto));
+    EXPECT_EQ(742412, Pfennig(bookings[2].Teil.Brutto));
+    EXPECT_EQ(27840, Pfennig(parts[0].Brutto));
+    EXPECT_EQ(9630, Pfennig(parts[1].Brutto));
+    // Every Stapel of the trading company waits for bookings.
+    EXPECT_TRUE(Read<BatRecord>(TableBat, Data / "1998").empty());
+}
+
+TEST_F(SampleBooks, SomeAccountsStandOnTheOtherSideOfTheBilanz)
+{
+    const auto balances = ClosingBalances(TableSako, Data / "1998");
+    const std::tuple<TableId, TableId, int> sides[] = {{TableBilaktau, TableBilpasau, 1},
+                                                       {TableBilpasau, TableBilaktau, -1}};
+    for (const auto &[own, other, sign] : sides) {
+        std::set<std::string> leaves;
+        for (const auto &node : Read<StructureRecord>(own, Data / "1998")) {
+            if ((node.Art & (StructureGruppe | StructureGegenposten)) == 0) leaves.insert(node.Text);
+        }
+        int turned = 0;
+        int outside = 0;
+        for (const auto &node : Read<StructureRecord>(other, Data / "1998")) {
+            if ((node.Art & StructureGegenposten) == 0) continue;
+            EXPECT_EQ(1u, leaves.count(node.Text)) << node.Text;
+            if (sign * balances.at(node.Text) < 0) ++turned;
+        }
+        for (const auto &node : Read<StructureRecord>(own, Data / "1998")) {
+            if (node.Id == 0 && balances.at(node.Text) != 0) ++outside;
+        }
+        EXPECT_GE(turned, 1);
+        EXPECT_EQ(1, outside);
     }
 }
 

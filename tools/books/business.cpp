@@ -2,6 +2,8 @@
 
 #include "text/windows1252.h"
 
+#include <algorithm>
+
 namespace books {
 
 using namespace tools;
@@ -9,25 +11,62 @@ using namespace vark;
 
 using text::operator""_w;
 
+// Where a partner's goods come from or go to, which decides on the tax.
+enum class Market : uint8_t { Home, Community, CommunityPrivate, Outside };
+
+Market MarketOf(const PartnerRow &partner)
+{
+    if (std::strcmp(partner.Land, "D") == 0) return Market::Home;
+    if (*partner.UstId != 0) return Market::Community;
+    constexpr const char *members[] = {"A",  "B", "DK",  "E", "F",  "FIN", "GB",
+                                       "GR", "I", "IRL", "L", "NL", "P",   "S"};
+    const bool isMember = std::any_of(std::begin(members), std::end(members),
+                                      [&](const char *land) { return std::strcmp(land, partner.Land) == 0; });
+    return isMember ? Market::CommunityPrivate : Market::Outside;
+}
+
+// Revenue from a market other than the one at home.
+int RevenueFrom(Market market)
+{
+    return market == Market::Community ? 5110 : market == Market::CommunityPrivate ? 5115 : 5120;
+}
+
+// The account that what is taken off a sale goes to: the revenue itself for other markets, so that the boxes
+// of the tax return hold what was sold in the end.
+int DeductionOf(const OpenItem &item, const PartnerRow &partner, int regular, int reduced)
+{
+    const Market market = MarketOf(partner);
+    if (market != Market::Home) return RevenueFrom(market);
+    return (item.Duty.Key & SteuerErmaessigt) != 0 ? reduced : regular;
+}
+
+// A few at home have most of the business; those abroad are no rare ones.
+int32_t Generator::AnyPartner(const std::vector<Account> &partners, const std::vector<int32_t> &abroad)
+{
+    if (!abroad.empty() && Dice.Chance(10)) {
+        return abroad[static_cast<size_t>(Dice.Below(static_cast<int64_t>(abroad.size())))];
+    }
+    return static_cast<int32_t>(Dice.Skewed(static_cast<int64_t>(partners.size())));
+}
+
 void Generator::Sale(int64_t room)
 {
-    const auto index = static_cast<int32_t>(Dice.Skewed(static_cast<int64_t>(Books.Debitoren.size())));
+    const int32_t index = AnyPartner(Books.Debitoren, CustomersAbroad);
     Account &customer = Books.Debitoren[static_cast<size_t>(index)];
-    const PartnerRow &partner = *customer.Partner;
-    const bool isHome = std::strcmp(partner.Land, "D") == 0;
-    const bool isOutside = !isHome && *partner.UstId == 0 && std::strcmp(partner.Land, "B") != 0;
+    const Market market = MarketOf(*customer.Partner);
+    const bool isHome = market == Market::Home;
 
     const int64_t parts = Dice.Chance(15) ? std::min<int64_t>(Dice.Between(2, 5), room) : 1;
     Account *const home = Pick(Sales, nullptr);
     ++Invoice;
-    OpenItem item{index, Booking + 1, Invoice, Today, 0, 0, 0, 0, {}, 0};
+    OpenItem item{index, Booking + 1, "AR", Invoice, Today, 0, 0, 0, 0, {}};
     for (int64_t part = 0; part < parts; ++part) {
         Line line;
         line.Soll = &customer;
-        line.Haben = isHome ? Pick(Sales, home) : Get(isOutside ? 5120 : 5110);
+        line.Haben = isHome ? Pick(Sales, home) : Get(RevenueFrom(market));
         if (isHome) {
             line.Duty = TaxOf(*line.Haben, true);
-        } else if (!isOutside && *partner.UstId == 0) {
+        } else if (market == Market::CommunityPrivate) {
             // A private customer in the EC pays the tax of this country.
             line.Duty = {Get(2430), Today >= regularChange ? regularSince : regularBefore, SteuerEg, true};
         }
@@ -41,7 +80,9 @@ void Generator::Sale(int64_t room)
         }
         line.Prefix = "AR";
         line.Voucher = Invoice;
-        line.Text = isHome ? "Warenlieferung"_w : isOutside ? "Ausfuhrlieferung"_w : "EG-Lieferung"_w;
+        line.Text = isHome                      ? "Warenlieferung"_w
+                    : market == Market::Outside ? "Ausfuhrlieferung"_w
+                                                : "EG-Lieferung"_w;
         Book(line);
         item.Original += line.SollAmount;
         item.NetOpen += line.HabenAmount;
@@ -58,13 +99,18 @@ void Generator::CashSale(int64_t room)
 {
     Account *till = Find(1820) != nullptr ? Find(1820) : Get(1810);
     Account *sales = Pick(Sales, nullptr);
-    const int64_t folded = std::min<int64_t>(Dice.Between(2, 6), room - 1);
+    const bool isTaxDueNow = Books.Of->PaysTaxOnReceipt;
+    const int64_t folded = std::min<int64_t>(Dice.Between(2, 6), room - 1 - (isTaxDueNow ? 1 : 0));
+    if (folded < 0) return;
+    int64_t net = 0;
+    int64_t tax = 0;
     ++Voucher;
     for (int64_t part = 0; part <= folded; ++part) {
         Line line;
         line.Soll = till;
         line.Haben = sales;
         line.Duty = TaxOf(*sales, true);
+        line.RateSource = BubeSteuerErrechnet & ~ordinaryRateSource;
         line.HabenAmount = Amount(20, 300);
         line.TaxAmount = Percent(line.HabenAmount, line.Duty.Rate);
         line.SollAmount = line.HabenAmount + line.TaxAmount;
@@ -78,12 +124,33 @@ void Generator::CashSale(int64_t room)
         line.Voucher = Voucher;
         line.Text = part == 0 ? "Tageslosung"_w : "Tageslosung, Einzelverkauf"_w;
         Book(line);
+        net += line.HabenAmount;
+        tax += line.TaxAmount;
     }
+    if (isTaxDueNow && tax != 0) BookTaxDue(TaxOf(*sales, true).Key, Today, net, tax, "KA", Voucher);
+}
+
+// The tax of what was paid moves from the account for tax that is not yet due.
+void Generator::BookTaxDue(uint8_t key, Day invoiced, int64_t net, int64_t tax, const char *prefix,
+                           int64_t voucher)
+{
+    Line due;
+    due.Soll = Get(kontoSteuerNichtFaellig);
+    due.Haben = Get((key & SteuerErmaessigt) != 0 ? 2420 : invoiced >= regularChange ? 2410 : 2411);
+    due.SollAmount = tax;
+    due.HabenAmount = tax;
+    due.Status = BubeSteuerbuchung;
+    due.Duty.Key = key;
+    due.TaxBase = net;
+    due.Prefix = prefix;
+    due.Voucher = voucher;
+    due.Text = "Steuer wird fällig"_w;
+    Book(due);
 }
 
 void Generator::Purchase(int64_t room)
 {
-    const auto index = static_cast<int32_t>(Dice.Skewed(static_cast<int64_t>(Books.Kreditoren.size())));
+    const int32_t index = AnyPartner(Books.Kreditoren, SuppliersAbroad);
     Account &supplier = Books.Kreditoren[static_cast<size_t>(index)];
     const PartnerRow &partner = *supplier.Partner;
     const bool isHome = std::strcmp(partner.Land, "D") == 0;
@@ -94,7 +161,7 @@ void Generator::Purchase(int64_t room)
     const int64_t parts = isHome && Dice.Chance(20) ? std::min<int64_t>(Dice.Between(2, 4), room) : 1;
     Account *const home = Pick(Purchases, nullptr);
     ++Receipt;
-    OpenItem item{index, Booking + 1, Receipt, Today, 0, 0, 0, 0, {}, 0};
+    OpenItem item{index, Booking + 1, "ER", Receipt, Today, 0, 0, 0, 0, {}};
     for (int64_t part = 0; part < parts; ++part) {
         Line line;
         line.Haben = &supplier;
@@ -104,6 +171,7 @@ void Generator::Purchase(int64_t room)
         line.TaxAmount = Percent(line.SollAmount, line.Duty.Rate);
         line.HabenAmount = line.SollAmount + line.TaxAmount;
         if (line.Soll->Number == 6110) CommunityNet += line.SollAmount;
+        if (line.Soll->Number == 6120) ImportNet += line.SollAmount;
         if (parts > 1) line.Status = BubeSplitHaben;
         if (parts > 1 && part == 0) {
             line.Status |= BubeSplitAnfang;
@@ -140,18 +208,63 @@ Discount DiscountOf(const PartnerRow &partner, const OpenItem &item, Random &dic
     return discount;
 }
 
+// Puts an item among those that wait for long. When there are enough of these, the oldest comes back instead
+// of it, to be settled; else nothing.
+std::optional<OpenItem> Generator::Delay(std::deque<OpenItem> &late, const OpenItem &item, int64_t wanted)
+{
+    constexpr int64_t fewest = 3;
+    constexpr int64_t share = 5;
+    late.push_back(item);
+    if (static_cast<int64_t>(late.size()) <= std::max(fewest, wanted / share)) return std::nullopt;
+    const OpenItem oldest = late.front();
+    late.pop_front();
+    return oldest;
+}
+
+// Money that comes or goes before there is an invoice. It waits as an item of its own, below zero, and goes
+// back when too much waits.
+void Generator::PayAhead(bool isCustomer)
+{
+    constexpr size_t most = 4;
+    std::deque<OpenItem> &ahead = isCustomer ? ReceivedAhead : PaidAhead;
+    std::vector<Account> &partners = isCustomer ? Books.Debitoren : Books.Kreditoren;
+    ++Statement;
+    Line line;
+    line.Prefix = "BA";
+    line.Voucher = Statement;
+    const auto book = [&](Account &partner, int64_t amount, bool isBack) {
+        line.Soll = isCustomer != isBack ? Get(1840) : &partner;
+        line.Haben = isCustomer != isBack ? &partner : Get(1840);
+        line.SollAmount = amount;
+        line.HabenAmount = amount;
+        line.Text = isBack ? "Rückzahlung à conto"_w : "Zahlung à conto"_w;
+        Book(line);
+    };
+    if (ahead.size() >= most) {
+        const OpenItem item = ahead.front();
+        ahead.pop_front();
+        book(partners[static_cast<size_t>(item.Account)], -item.Open, true);
+        return;
+    }
+    const auto index = static_cast<int32_t>(Dice.Skewed(static_cast<int64_t>(partners.size())));
+    const int64_t amount = std::max<int64_t>(Amount(200, 4000) / 10000, 1) * 10000;
+    ahead.push_back({index, Booking + 1, "BA", Statement, Today, -amount, -amount, -amount, 0, {}});
+    book(partners[static_cast<size_t>(index)], amount, false);
+}
+
 void Generator::CustomerPays(int64_t room)
 {
+    if (Dice.Chance(2)) return PayAhead(true);
     if (Receivable.empty()) return;
     OpenItem item = Receivable.front();
     Receivable.pop_front();
-    Account &customer = Books.Debitoren[static_cast<size_t>(item.Account)];
-    if (Dice.Chance(3)) {
-        // A reminder instead of a payment: the item waits on.
-        if (item.Reminders < 3) ++item.Reminders;
-        Receivable.push_back(item);
-        return;
+    if (Dice.Chance(4)) {
+        // Reminders instead of a payment.
+        const auto oldest = Delay(LateReceivable, item, WantedOpen());
+        if (!oldest) return;
+        item = *oldest;
     }
+    Account &customer = Books.Debitoren[static_cast<size_t>(item.Account)];
     const bool isTaxDueNow = Books.Of->PaysTaxOnReceipt && item.TaxOpen != 0;
     if (isTaxDueNow && room < 2) {
         Receivable.push_front(item);
@@ -161,7 +274,7 @@ void Generator::CustomerPays(int64_t room)
     const int64_t discounted = discount.Net + discount.Tax;
     // Now and then only a part is paid. With tax on receipt a part would need its share of the tax: all or
     // nothing.
-    const bool isPart = discounted == 0 && !isTaxDueNow && item.Open > 20000 && Dice.Chance(5);
+    const bool isPart = discounted == 0 && !isTaxDueNow && item.Open > 20000 && Dice.Chance(6);
     const int64_t paid = isPart ? item.Open / 2 : item.Open - discounted;
 
     ++Statement;
@@ -180,8 +293,7 @@ void Generator::CustomerPays(int64_t room)
     Book(line);
     if (discounted != 0) {
         Line skonto;
-        const bool isReduced = (item.Duty.Key & SteuerErmaessigt) != 0;
-        skonto.Soll = Get(isReduced ? 5220 : 5210);
+        skonto.Soll = Get(DeductionOf(item, *customer.Partner, 5210, 5220));
         skonto.Haben = &customer;
         skonto.SollAmount = discount.Net;
         skonto.HabenAmount = discounted;
@@ -197,52 +309,45 @@ void Generator::CustomerPays(int64_t room)
         Book(skonto);
     }
     if (isTaxDueNow) {
-        // The tax of what was paid moves from the account for tax that is not yet due.
-        Line due;
-        const bool isReduced = (item.Duty.Key & SteuerErmaessigt) != 0;
-        const bool isNew = item.Date >= regularChange;
-        due.Soll = Get(kontoSteuerNichtFaellig);
-        due.Haben = Get(isReduced ? 2420 : isNew ? 2410 : 2411);
-        due.SollAmount = item.TaxOpen - discount.Tax;
-        due.HabenAmount = due.SollAmount;
-        due.Status = BubeSteuerbuchung;
-        due.Duty.Key = item.Duty.Key;
-        due.TaxBase = item.NetOpen - discount.Net;
-        due.Prefix = "BA";
-        due.Voucher = Statement;
-        due.Text = "Steuer wird fällig"_w;
-        Book(due);
+        BookTaxDue(item.Duty.Key, item.Date, item.NetOpen - discount.Net, item.TaxOpen - discount.Tax, "BA",
+                   Statement);
     }
     if (!isPart) return;
     item.Open -= paid;
     item.TaxOpen -= item.TaxOpen / 2;
     item.NetOpen = item.Open - item.TaxOpen;
-    Receivable.push_back(item);
+    if (const auto oldest = Delay(LateReceivable, item, WantedOpen())) Receivable.push_front(*oldest);
 }
 
 void Generator::SupplierIsPaid(int64_t room)
 {
+    if (Dice.Chance(2)) return PayAhead(false);
     if (Payable.empty()) return;
-    const OpenItem item = Payable.front();
+    OpenItem item = Payable.front();
     Payable.pop_front();
     Account &supplier = Books.Kreditoren[static_cast<size_t>(item.Account)];
     const Discount discount = room >= 2 ? DiscountOf(*supplier.Partner, item, Dice) : Discount{};
     const int64_t discounted = discount.Net + discount.Tax;
+    const bool isPart = discounted == 0 && item.Open > 20000 && Dice.Chance(6);
 
     ++Statement;
     Line line;
     line.Soll = &supplier;
     line.Haben = Get(Find(1850) != nullptr && Dice.Chance(25) ? 1850 : 1840);
-    line.SollAmount = item.Open - discounted;
+    line.SollAmount = isPart ? item.Open / 2 : item.Open - discounted;
     line.HabenAmount = line.SollAmount;
     line.Prefix = "BA";
     line.Voucher = Statement;
-    line.Text = "Überweisung"_w;
+    line.Text = isPart ? "Abschlagszahlung"_w : "Überweisung"_w;
     if (discounted != 0) {
         line.Status = BubeSplitSoll | BubeSplitAnfang;
         line.Parts = 1;
     }
     Book(line);
+    if (isPart) {
+        item.Open -= line.SollAmount;
+        if (const auto oldest = Delay(LatePayable, item, WantedOwed())) Payable.push_front(*oldest);
+    }
     if (discounted == 0) return;
     Line skonto;
     skonto.Soll = &supplier;
@@ -263,23 +368,27 @@ void Generator::SupplierIsPaid(int64_t room)
 
 void Generator::SmallExpense()
 {
+    constexpr int64_t fewestCash = 50000;
     Account &expense = *Pick(Expenses, nullptr);
+    Account &till = *Get(1810);
+    const bool hasCash = till.Years[YearIndex].Balance() >= fewestCash;
     ++Voucher;
-    BookExpense(expense, *Get(1810), Amount(12, 240), "KA", Voucher, "Barauslage"_w);
+    BookExpense(expense, hasCash ? till : *Get(1840), Amount(12, 240), hasCash ? "KA" : "BA", Voucher,
+                hasCash ? "Barauslage"_w : "Kartenzahlung"_w);
 }
 
 // Part of an open invoice is taken back.
 void Generator::CreditNote(int64_t room)
 {
-    if (Receivable.empty() || room < 1 || Receivable.front().Booking == 0 || Books.Of->PaysTaxOnReceipt) {
-        return Sale(1);
-    }
+    const bool isPossible = !Receivable.empty() && Receivable.front().Booking != 0;
+    if (!isPossible || room < 1 || Books.Of->PaysTaxOnReceipt) return Sale(1);
     OpenItem item = Receivable.front();
     Receivable.pop_front();
     ++Voucher;
     Line line;
-    line.Soll = Get(5240);
-    line.Haben = &Books.Debitoren[static_cast<size_t>(item.Account)];
+    Account &customer = Books.Debitoren[static_cast<size_t>(item.Account)];
+    line.Soll = Get(DeductionOf(item, *customer.Partner, 5240, 5245));
+    line.Haben = &customer;
     line.SollAmount = std::max(smallestNet, item.NetOpen / 10);
     if (item.Duty.Of != nullptr) {
         line.Duty = item.Duty;
@@ -346,11 +455,10 @@ void Generator::RareThing()
 // One thing of a working day, at most `room` records.
 void Generator::Anything(int64_t room)
 {
-    const auto open = static_cast<int64_t>(Receivable.size());
-    const auto owed = static_cast<int64_t>(Payable.size());
-    // Two thirds of the items that are to be left over are the customers'.
-    const int64_t wantedOpen = Plan.OpenItems * 2 / 3;
-    const int64_t wantedOwed = Plan.OpenItems - wantedOpen;
+    const auto open = static_cast<int64_t>(Receivable.size() + LateReceivable.size());
+    const auto owed = static_cast<int64_t>(Payable.size() + LatePayable.size());
+    const int64_t wantedOpen = WantedOpen();
+    const int64_t wantedOwed = WantedOwed();
     const int64_t before = Written;
     const int64_t die = Dice.Below(100);
     if (die < 36) {
@@ -381,98 +489,6 @@ void Generator::Anything(int64_t room)
         RareThing();
     }
     if (Written == before) Sale(room);
-}
-
-void Generator::MonthBegins()
-{
-    ++Voucher;
-    BookPlain(8010, 1840, Fixed(320000), "BA", Voucher, "Miete"_w);
-    BookExpense(*Get(8150), *Get(1840), Fixed(74000), "BA", Voucher, "Leasing Lieferwagen"_w);
-    BookPlain(8420, 1840, Fixed(41380), "BA", Voucher, "Telefon"_w);
-    if (Month % 3 == 0) BookPlain(8530, 1840, Fixed(96500), "BA", Voucher, "Versicherungen"_w);
-}
-
-void Generator::MonthMiddle()
-{
-    ++Voucher;
-    BookPlain(2450, 1840, Fixed(1250000), "BA", Voucher, "Umsatzsteuer-Vorauszahlung"_w);
-    BookPlain(2510, 1840, Fixed(1180000), "BA", Voucher, "Lohnsteuer"_w);
-    BookPlain(2520, 1840, Fixed(1460000), "BA", Voucher, "Krankenkassen"_w);
-}
-
-// Wages are one split: what the company owes for them stands on Soll, and on Haben who gets it.
-void Generator::MonthWages()
-{
-    ++Voucher;
-    constexpr struct {
-        int Account;
-        int64_t Amount;
-        const char *Text;
-    } parts[] = {{2530, 4120000, "Auszahlung"_w},
-                 {2510, 1180000, "Lohn- und Kirchensteuer"_w},
-                 {2520, 730000, "Anteil der Beschäftigten"_w}};
-    for (const auto &part : parts) {
-        Line line;
-        line.Soll = Get(7010);
-        line.Haben = Get(part.Account);
-        line.SollAmount = Fixed(part.Amount);
-        line.HabenAmount = line.SollAmount;
-        line.Status = BubeSplitSoll;
-        if (&part == parts) {
-            line.Status |= BubeSplitAnfang;
-            line.Parts = static_cast<int16_t>(std::size(parts) - 1);
-        }
-        line.Prefix = "LO";
-        line.Voucher = Voucher;
-        line.Text = part.Text;
-        Book(line);
-    }
-    BookPlain(7050, 2520, Fixed(730000), "LO", Voucher, "Anteil des Arbeitgebers"_w);
-    BookPlain(2530, 1840, Fixed(4120000), "BA", Voucher, "Löhne und Gehälter"_w);
-}
-
-void Generator::MonthEnds()
-{
-    ++Voucher;
-    BookPlain(7530, 1260, Fixed(64000), "AF", Voucher, "Abschreibung Büroeinrichtung"_w);
-    BookPlain(7540, 1240, Fixed(118000), "AF", Voucher, "Abschreibung Fahrzeuge"_w);
-    BookPlain(7510, 1010, Fixed(27500), "AF", Voucher, "Abschreibung Software"_w);
-    if (CommunityNet != 0) {
-        // A purchase in the EC bears tax on both sides.
-        const int rate = Today >= regularChange ? regularSince : regularBefore;
-        BookPlain(1630, 2430, Percent(CommunityNet, rate), "UB", Voucher, "Steuer auf EG-Erwerbe"_w);
-        CommunityNet = 0;
-    }
-}
-
-// What the year's end brings counts neither in the last month nor in the tax return, but in the slot of its
-// own.
-void Generator::YearEnds()
-{
-    ++Voucher;
-    const int stock = Find(1410) != nullptr ? 1410 : Find(1450) != nullptr ? 1450 : 1480;
-    BookPlain(stock, 6310, Fixed(1840000), "AB", Voucher, "Bestandserhöhung"_w, BubeOhneNetto);
-    BookPlain(7010, 2120, Fixed(620000), "AB", Voucher, "Rückstellung für Urlaub"_w, BubeOhneNetto);
-    BookPlain(8460, 2140, Fixed(950000), "AB", Voucher, "Rückstellung für Abschluß"_w, BubeOhneNetto);
-    BookPlain(1910, 8530, Fixed(212000), "AB", Voucher, "Versicherungen Folgejahr"_w, BubeOhneNetto);
-    BookPlain(8730, 2110, Fixed(1430000), "AB", Voucher, "Gewerbesteuer"_w, BubeOhneNetto);
-}
-
-// Brings the collective accounts up to what happened on Debitoren and Kreditoren this month.
-void Generator::Reconcile()
-{
-    ++Voucher;
-    const Totals debitoren = DebitorMonth;
-    const Totals kreditoren = KreditorMonth;
-    const auto book = [this](int soll, int haben, int64_t amount, const char *text) {
-        if (amount != 0) BookPlain(soll, haben, amount, "SB", Voucher, text);
-    };
-    book(kontoForderungen, kontoAbstimmungDebitoren, debitoren.Soll, "Sammelbuchung Debitoren"_w);
-    book(kontoAbstimmungDebitoren, kontoForderungen, debitoren.Haben, "Sammelbuchung Debitoren"_w);
-    book(kontoVerbindlichkeiten, kontoAbstimmungKreditoren, kreditoren.Soll, "Sammelbuchung Kreditoren"_w);
-    book(kontoAbstimmungKreditoren, kontoVerbindlichkeiten, kreditoren.Haben, "Sammelbuchung Kreditoren"_w);
-    DebitorMonth = {};
-    KreditorMonth = {};
 }
 
 } // namespace books

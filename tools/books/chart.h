@@ -33,6 +33,7 @@ std::span<const GroupRow> Groups();
 // without a place in it, or nowhere at all.
 inline constexpr int unassignedGuv = -1;
 inline constexpr int unassignedAktiva = -2;
+inline constexpr int unassignedPassiva = -3;
 inline constexpr int noTree = 0;
 
 // ---- Sachkonten ----
@@ -63,6 +64,9 @@ inline constexpr int kontoAbstimmungDebitoren = 9020;
 inline constexpr int kontoAbstimmungKreditoren = 9030;
 // Turnover tax of the agency that is not yet due: it pays when its customers have paid.
 inline constexpr int kontoSteuerNichtFaellig = 2480;
+// What is bought in the EC counts for the tax return on an account of its own: a box is Haben less Soll.
+inline constexpr int kontoErwerbe = 9060;
+inline constexpr int kontoGegenErwerbe = 9070;
 
 // ---- Tax keys ----
 

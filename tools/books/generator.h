@@ -31,6 +31,8 @@ int64_t Percent(int64_t amount, int hundredths);
 // Writes a field; an amount that does not fit is an exception.
 void PutAmount(vark::AmountText &field, int64_t pfennig);
 
+void PutRate(vark::RateText &field, int hundredths);
+
 // `width` digits of a number, without a NUL.
 void PutDigits(char *to, int64_t number, int width);
 
@@ -50,6 +52,9 @@ struct Tax {
     bool OnHaben = false;
 };
 
+// The mark of a posting whose rate is worked out from its amounts: either of two bits.
+inline constexpr uint8_t ordinaryRateSource = 0x10;
+
 // One record of bube in the making. The side that carries the tax holds the net amount, the other the gross
 // one.
 struct Line {
@@ -60,7 +65,9 @@ struct Line {
     Tax Duty = {};
     int64_t TaxAmount = 0;
     uint16_t Status = 0;
-    int16_t Parts = 0; // of a split's first line: how many follow it
+    int16_t Parts = 0;                       // of a split's first line: how many follow it
+    uint8_t RateSource = ordinaryRateSource; // where there is tax
+    uint8_t Class = 0;                       // of the tax, where it isn't that of the key
     const char *Prefix = "";
     int64_t Voucher = 0;
     const char *Text = ""; // Windows-1252
@@ -71,14 +78,14 @@ struct Line {
 struct OpenItem {
     int32_t Account; // index among Debitoren or Kreditoren
     int32_t Booking; // Buchungsnummer, 0 for one of an earlier year
+    const char *Prefix;
     int32_t Voucher;
     tools::Day Date;
-    int64_t Original;
+    int64_t Original; // below zero for money that came or went before the invoice
     int64_t Open;
     int64_t NetOpen; // of what is open: net and tax, for the discount and for tax on receipt
     int64_t TaxOpen;
     Tax Duty;
-    int16_t Reminders;
 };
 
 struct CostShare {
@@ -141,6 +148,8 @@ struct Generator {
     std::vector<CostTemplate> Templates;
     std::deque<OpenItem> Receivable;
     std::deque<OpenItem> Payable;
+    std::deque<OpenItem> LateReceivable, LatePayable; // wait for long, the oldest first
+    std::deque<OpenItem> ReceivedAhead, PaidAhead;
     std::optional<YearFiles> Files;
 
     int YearIndex = 0;
@@ -158,8 +167,10 @@ struct Generator {
     int32_t Statement = 0;
     int32_t Voucher = 0;
     int64_t CommunityNet = 0;           // bought in the EC this month
+    int64_t ImportNet = 0;              // and outside of it
     Totals DebitorMonth, KreditorMonth; // of the collective accounts
     std::vector<Account *> Sales, Purchases, Expenses;
+    std::vector<int32_t> CustomersAbroad, SuppliersAbroad;
 
     Generator(Ledger &ledger, const PostingPlan &plan, const std::filesystem::path &data,
               const Progress &progress);
@@ -174,15 +185,25 @@ struct Generator {
     // ---- Records ----
     void Book(Line line);
     void BookCosts(const Line &line, int32_t booking);
-    void Add(Account &account, int64_t soll, int64_t haben, bool isClosing);
+    void Add(Account &account, int64_t soll, int64_t haben, uint16_t status);
     void BookPlain(int soll, int haben, int64_t amount, const char *prefix, int64_t voucher, const char *text,
                    uint16_t status = 0);
+    void BookTaxed(int soll, int haben, int64_t net, const char *prefix, const char *text,
+                   uint8_t taxClass = 0);
     void BookExpense(Account &expense, Account &payer, int64_t net, const char *prefix, int64_t voucher,
                      const char *text);
     bool HasRoom(int64_t records) const { return Written + records <= Plan.Count; }
 
     // ---- What happens ----
     void AddOpenings();
+    int32_t AnyPartner(const std::vector<Account> &partners, const std::vector<int32_t> &abroad);
+    // Two thirds of the items that are to be left over are the customers'.
+    int64_t WantedOpen() const { return Plan.OpenItems * 2 / 3; }
+    int64_t WantedOwed() const { return Plan.OpenItems - WantedOpen(); }
+    std::optional<OpenItem> Delay(std::deque<OpenItem> &late, const OpenItem &item, int64_t wanted);
+    void PayAhead(bool isCustomer);
+    void BookTaxDue(uint8_t key, tools::Day invoiced, int64_t net, int64_t tax, const char *prefix,
+                    int64_t voucher);
     void Sale(int64_t room);
     void CashSale(int64_t room);
     void Purchase(int64_t room);
@@ -194,6 +215,8 @@ struct Generator {
     void RareThing();
     void Anything(int64_t room);
     void MonthBegins();
+    void MonthTax();
+    void QuarterEnds();
     void MonthMiddle();
     void MonthWages();
     void MonthEnds();

@@ -27,7 +27,7 @@ constexpr int lastLoan = 2230;
 
 bool StandsInBilanz(const AccountRow &row)
 {
-    if (row.Group == unassignedAktiva) return true;
+    if (row.Group == unassignedAktiva || row.Group == unassignedPassiva) return true;
     for (const GroupRow &group : Groups()) {
         if (group.Code == row.Group) return group.Place != Side::Guv;
     }

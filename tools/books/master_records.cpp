@@ -73,6 +73,7 @@ const GroupRow *FindGroup(int code)
 Side SideOf(const AccountRow &row)
 {
     if (row.Group == unassignedAktiva) return Side::Aktiva;
+    if (row.Group == unassignedPassiva) return Side::Passiva;
     if (row.Group == unassignedGuv) return Side::Guv;
     const GroupRow *group = FindGroup(row.Group);
     return group != nullptr ? group->Place : Side::None;
@@ -279,9 +280,7 @@ int64_t WriteTree(const Ledger &ledger, Side side, TableId id, const std::filesy
         table.Add(record);
     }
     for (const Account &account : ledger.Sachkonten) {
-        const bool isHere = (side == Side::Guv && account.Row->Group == unassignedGuv) ||
-                            (side == Side::Aktiva && account.Row->Group == unassignedAktiva);
-        if (!isHere) continue;
+        if (account.Row->Group >= noTree || SideOf(*account.Row) != side) continue;
         StructureRecord record{};
         Put(record.Text, account.Key);
         table.Add(record);

@@ -17,6 +17,8 @@ namespace {
 constexpr int reducedRate = 700;
 constexpr int lumpRate = 1230; // travel, as a lump sum
 
+} // namespace
+
 void PutRate(RateText &field, int hundredths)
 {
     field[0] = static_cast<char>('0' + hundredths / 1000 % 10);
@@ -26,8 +28,6 @@ void PutRate(RateText &field, int hundredths)
     field[4] = static_cast<char>('0' + hundredths % 10);
     field[5] = 0;
 }
-
-} // namespace
 
 int64_t Percent(int64_t amount, int hundredths)
 {
@@ -136,13 +136,16 @@ int64_t Generator::Amount(int64_t lowDm, int64_t highDm)
     return std::max(smallestNet, lowDm * 100 / Shrink + Dice.Skewed(span + 1));
 }
 
-void Generator::Add(Account &account, int64_t soll, int64_t haben, bool isClosing)
+// What a posting of this status adds to an account. Every posting counts; what is not yet in the month's
+// totals is in the year's end or nowhere.
+void Generator::Add(Account &account, int64_t soll, int64_t haben, uint16_t status)
 {
     YearSums &sums = account.Years[YearIndex];
-    Totals &slot = isClosing ? sums.Slot0 : sums.Month[Month];
+    ++sums.Count[Month];
+    if ((status & BubeNichtImMonat) != 0) return;
+    Totals &slot = (status & BubeOhneNetto) != 0 ? sums.Slot0 : sums.Month[Month];
     slot.Soll += soll;
     slot.Haben += haben;
-    ++sums.Count[Month];
     if (account.Of == Kind::Sachkonto) return;
     Totals &month = account.Of == Kind::Debitor ? DebitorMonth : KreditorMonth;
     month.Soll += soll;
@@ -159,18 +162,19 @@ void Generator::Book(Line line)
     std::memcpy(record.Habenkonto, line.Haben->Key, sizeof record.Habenkonto);
     record.Status = line.Status;
     const Tax &tax = line.Duty;
-    const bool isClosing = (line.Status & BubeOhneNetto) != 0;
-    Add(*line.Soll, line.SollAmount, 0, isClosing);
-    Add(*line.Haben, 0, line.HabenAmount, isClosing);
+    Add(*line.Soll, line.SollAmount, 0, line.Status);
+    Add(*line.Haben, 0, line.HabenAmount, line.Status);
     record.Steuerherkunft = tax.Key;
     if (tax.Of != nullptr) {
         std::memcpy(record.Steuerkonto, tax.Of->Key, sizeof record.Steuerkonto);
         // The rate is worked out from the amounts: the side of the tax is all that is kept of its key here.
-        record.Steuerflags = static_cast<uint8_t>((tax.OnHaben ? BubeSteuerPlus : BubeSteuerMinus) | 0x10);
-        Add(*tax.Of, tax.OnHaben ? 0 : line.TaxAmount, tax.OnHaben ? line.TaxAmount : 0, isClosing);
+        record.Steuerflags =
+            static_cast<uint8_t>((tax.OnHaben ? BubeSteuerPlus : BubeSteuerMinus) | line.RateSource);
+        Add(*tax.Of, tax.OnHaben ? 0 : line.TaxAmount, tax.OnHaben ? line.TaxAmount : 0, line.Status);
         line.TaxBase = tax.OnHaben ? line.HabenAmount : line.SollAmount;
     }
-    record.Steuerklasse = static_cast<uint8_t>(tax.Key & (BubeKlasse2 | BubeKlasse4 | BubeKlasse80));
+    constexpr uint8_t classes = BubeKlasse2 | BubeKlasse4 | BubeKlasse80;
+    record.Steuerklasse = line.Class != 0 ? line.Class : static_cast<uint8_t>(tax.Key & classes);
     std::memcpy(record.Beleg, line.Prefix, 2);
     PutDigits(record.Beleg + 2, line.Voucher, 6);
     std::memcpy(record.Datum, TodayPacked, sizeof TodayPacked);
@@ -190,7 +194,8 @@ void Generator::Book(Line line)
     record.Anzahl = line.Parts;
     Files->Write(Files->Bube, &record);
     ++Written;
-    if (Books.Of->HasCosts && !isClosing) BookCosts(line, record.Buchungsnummer);
+    constexpr uint16_t notInMonth = BubeOhneNetto | BubeNichtImMonat;
+    if (Books.Of->HasCosts && (line.Status & notInMonth) == 0) BookCosts(line, record.Buchungsnummer);
 }
 
 // Costs follow the account that has a Kostenschablone, Soll before Haben.
@@ -252,6 +257,24 @@ void Generator::BookPlain(int soll, int haben, int64_t amount, const char *prefi
     line.Status = status;
     line.Prefix = prefix;
     line.Voucher = voucher;
+    line.Text = text;
+    Book(line);
+}
+
+// Gross on Soll, net and turnover tax on Haben.
+void Generator::BookTaxed(int soll, int haben, int64_t net, const char *prefix, const char *text,
+                          uint8_t taxClass)
+{
+    Line line;
+    line.Soll = Get(soll);
+    line.Haben = Get(haben);
+    line.Duty = TaxOf(*line.Haben, true);
+    line.HabenAmount = net;
+    line.TaxAmount = Percent(net, line.Duty.Rate);
+    line.SollAmount = net + line.TaxAmount;
+    line.Class = taxClass;
+    line.Prefix = prefix;
+    line.Voucher = Voucher;
     line.Text = text;
     Book(line);
 }

@@ -17,16 +17,6 @@ constexpr int postingMonths = 18;
 // Above this number amounts shrink, so that a year's turnover stays far below the largest amount.
 constexpr int64_t fullAmountsCount = 100000;
 
-// What an amount in DM is in another currency, at the first rate that the books have; 0 without a currency.
-int64_t ForeignAmount(const char *currency, int64_t pfennig)
-{
-    constexpr int64_t units[] = {1, 1, 100, 1000, 10000, 100000};
-    for (const CurrencyRow &row : Currencies()) {
-        if (std::strcmp(row.Code, currency) == 0) return pfennig * 100 * units[row.UnitCode] / row.FirstRate;
-    }
-    return 0;
-}
-
 } // namespace
 
 Generator::Generator(Ledger &ledger, const PostingPlan &plan, const fs::path &data, const Progress &progress)
@@ -45,6 +35,13 @@ Generator::Generator(Ledger &ledger, const PostingPlan &plan, const fs::path &da
     collect(Purchases, {6010, 6010, 6020, 6020, 6030, 6040, 6050, 6060, 6070, 6070, 6080, 6210, 8210, 8220,
                         8310, 8450, 8480});
     collect(Expenses, {8110, 8110, 8250, 8260, 8410, 8410, 8430, 8440, 8590});
+    const auto collectAbroad = [](std::vector<int32_t> &to, const std::vector<Account> &partners) {
+        for (size_t i = 0; i < partners.size(); ++i) {
+            if (std::strcmp(partners[i].Partner->Land, "D") != 0) to.push_back(static_cast<int32_t>(i));
+        }
+    };
+    collectAbroad(CustomersAbroad, ledger.Debitoren);
+    collectAbroad(SuppliersAbroad, ledger.Kreditoren);
 }
 
 // Invoices of the year before that are not yet paid, on every second partner.
@@ -57,14 +54,14 @@ void Generator::AddOpenings()
             SetVortrag(accounts[i].Years[0], sign * amount);
             items.push_back({static_cast<int32_t>(i),
                              0,
+                             sign > 0 ? "AR" : "ER",
                              static_cast<int32_t>(i + 1),
                              first - 5 - static_cast<Day>(i % 40),
                              amount,
                              amount,
                              amount,
                              0,
-                             {},
-                             0});
+                             {}});
         }
     };
     add(Books.Debitoren, Receivable, 1);
@@ -91,9 +88,13 @@ void Generator::Run()
         if (isWorkday(day)) ++workdays;
     }
     int workdaysDone = 0;
-    // What the ends of months still need of the count.
-    constexpr int64_t monthEndRecords = 4 + 4;
-    constexpr int64_t wageRecords = 5;
+    // What a month still needs of the count, at most.
+    constexpr int64_t beginRecords = 5;
+    constexpr int64_t middleRecords = 3;
+    constexpr int64_t wageRecords = 6;
+    constexpr int64_t endRecords = 24;
+    constexpr int64_t monthRecords = beginRecords + middleRecords + wageRecords + endRecords;
+    const FiscalDay lastMonth = FiscalOf(last, Books.Of->FirstMonth);
     int previousMonth = -1;
     bool middleDone = false;
     bool wagesDone = false;
@@ -123,10 +124,14 @@ void Generator::Run()
             MonthWages();
         }
         if (isWorkday(day)) ++workdaysDone;
-        const int64_t kept = monthEndRecords + (wagesDone ? 0 : wageRecords);
+        const bool isLastMonth = fiscal.Year == lastMonth.Year && fiscal.Month == lastMonth.Month;
+        const int64_t kept = endRecords + (middleDone ? 0 : middleRecords) + (wagesDone ? 0 : wageRecords) +
+                             (isLastMonth ? 0 : monthRecords);
         const int64_t target = std::min(Plan.Count * workdaysDone / workdays, Plan.Count - kept);
+        // What belongs together is not cut by the end of a day.
+        constexpr int64_t longest = 8;
         while (isWorkday(day) && Written < target) {
-            Anything(target - Written);
+            Anything(std::min(longest, Plan.Count - kept - Written));
         }
         if (isMonthEnd) {
             MonthEnds();
@@ -141,62 +146,6 @@ void Generator::Run()
     }
     Files->Close();
     Files.reset();
-}
-
-int64_t Generator::WriteOpenItems()
-{
-    int64_t count = 0;
-    const fs::path directory = Data / Books.Directory(yearCount - 1);
-    const auto write = [&](TableId id, const std::deque<OpenItem> &items,
-                           const std::vector<Account> &accounts) {
-        TableFile table(LayoutOf(id), directory, OpenMode::Accelerated);
-        uint32_t number = 0;
-        for (size_t at = 0; at < items.size();) {
-            EngineTransaction transaction;
-            for (int i = 0; i < recordsPerTransaction && at < items.size(); ++i, ++at) {
-                const OpenItem &item = items[at];
-                const Account &account = accounts[static_cast<size_t>(item.Account)];
-                const PartnerRow &partner = *account.Partner;
-                const TermRow *term = &Terms().front();
-                for (const TermRow &row : Terms()) {
-                    if (row.Number == partner.Zahlungsziel) term = &row;
-                }
-                OpenItemRecord record{};
-                record.Nummer = ++number;
-                std::memcpy(record.Konto, account.Key, sizeof record.Konto);
-                std::memcpy(record.Referenz1, account.Of == Kind::Debitor ? "AR" : "ER", 2);
-                PutDigits(record.Referenz1 + 2, item.Voucher, 6);
-                PutText(record.Referenz2, item.Booking == 0 ? "Vorjahr"_w : "");
-                MakeSort(record.Datum1, item.Date, Books.Of->FirstMonth);
-                MakeSort(record.Termin, item.Date + term->DaysNet, Books.Of->FirstMonth);
-                MakeSort(record.Skontodatum, item.Date + term->DaysSkonto, Books.Of->FirstMonth);
-                text::FromUtf8(partner.Name1, record.Text1, sizeof record.Text1);
-                PutText(record.Text2, item.Booking == 0            ? "Rechnung aus dem Vorjahr"_w
-                                      : item.Open == item.Original ? "Rechnung"_w
-                                                                   : "Rechnung, Rest"_w);
-                record.Flag = item.Open == item.Original ? 0 : 1;
-                PutAmount(record.Betrag1, item.Open);
-                MakeKey(record.Konto2,
-                        account.Of == Kind::Debitor ? kontoForderungen : kontoVerbindlichkeiten);
-                text::FromUtf8(partner.Skonto, record.Satz, sizeof record.Satz);
-                record.Wert1 = item.Reminders;
-                PutAmount(record.Betrag3, item.Original);
-                PutAmount(record.Betrag2, Percent(item.Open, ShareOf(partner.Skonto)));
-                PutAmount(record.Betrag4, item.Original - item.Open);
-                record.Wert3 = item.Booking;
-                text::FromUtf8(partner.Waehrung, record.Waehrung, sizeof record.Waehrung);
-                PutAmount(record.Waehrungsbetrag, ForeignAmount(partner.Waehrung, item.Open));
-                record.Zahlungsart = static_cast<uint8_t>(1 + item.Account % 4);
-                table.Insert(&record);
-                ++count;
-            }
-            transaction.Finish();
-        }
-        table.Close();
-    };
-    write(TableOpdebi, Receivable, Books.Debitoren);
-    write(TableOpkred, Payable, Books.Kreditoren);
-    return count;
 }
 
 Day LastPostingDay(const Ledger &ledger)

@@ -1,5 +1,6 @@
 #include "tools/books/sample.h"
 
+#include "tools/books/batches.h"
 #include "tools/books/installation_files.h"
 #include "tools/books/ledger.h"
 #include "tools/books/master_records.h"
@@ -22,7 +23,7 @@ using namespace tools;
 
 namespace {
 
-constexpr int64_t fewestOpenItems = 60;
+constexpr int64_t fewestOpenItems = 24;
 constexpr int64_t postingsPerOpenItem = 50;
 
 PostingPlan PlanFor(const SampleOptions &options, int mandant)
@@ -104,6 +105,7 @@ SampleSummary MakeSample(const SampleOptions &options, const Progress &progress)
             summary.Records +=
                 WritePostings(ledger, plan, data, [&](double part) { progress(PartOf(mandant, part)); });
             summary.Postings += plan.Count;
+            summary.Records += WriteBatches(ledger, data / ledger.Directory(yearCount - 1));
         } else {
             BalanceOpening(ledger);
             CarryOver(ledger);
