@@ -45,23 +45,6 @@ Target Look(HWND handle)
                   window->Thread->Active == outermost->Handle};
 }
 
-// A press of the mouse inside is told to all windows around.
-void TellParents(HWND handle)
-{
-    HWND around[deepestNesting];
-    int count = 0;
-    {
-        const Locked locked;
-        for (const Window *each = Find(handle); each != nullptr && each->Parent != nullptr;
-             each = each->Parent) {
-            if ((each->ExStyle & WS_EX_NOPARENTNOTIFY) == 0) around[count++] = each->Parent->Handle;
-        }
-    }
-    for (int i = 0; i < count; ++i) {
-        Tell(around[i], WM_PARENTNOTIFY, WM_LBUTTONDOWN, 0);
-    }
-}
-
 // The new size of a window without parent, as a person pulled it.
 void Resize(HWND window, const Input &input)
 {
@@ -179,7 +162,7 @@ void HandleInput(HWND window, const Input &input)
         InputToChooser(window, input);
         return;
     }
-    if (input.Kind < InputKind::Area && input.Kind != InputKind::Text) TellParents(window);
+    if (input.Kind < InputKind::Area && input.Kind != InputKind::Text) TellParents(window, WM_LBUTTONDOWN);
     switch (input.Kind) {
     case InputKind::Click: SendMessageA(window, BM_CLICK, 0, 0); break;
     case InputKind::Focus: SetFocus(window); break;

@@ -145,6 +145,7 @@ enum Change : unsigned {
     changedRows = 2,
     changedPicture = 4,
     changedAll = 7,
+    changedParent = 8,
 };
 
 struct Window {
@@ -373,6 +374,10 @@ void ForgetWindows();
 void TakeAwayWindows(Thread *thread);
 
 bool IsWindowOfCaller(const Window *window);
+
+// Tells the windows around a child what happens to it: WM_CREATE, WM_DESTROY, or WM_LBUTTONDOWN inside it.
+// Ends below the parent of a window with WS_EX_NOPARENTNOTIFY. Takes the lock itself.
+void TellParents(HWND handle, UINT event);
 
 // `window` has changed; the screen hears of it when its thread waits.
 void Note(Window *window, unsigned change);

@@ -22,6 +22,8 @@ HCURSOR LoadCursorA(HINSTANCE module, LPCSTR name)
     return AsPointer<HCURSOR>(number);
 }
 
+HICON LoadIconA(HINSTANCE /*module*/, LPCSTR /*name*/) { return nullptr; }
+
 HCURSOR SetCursor(HCURSOR cursor)
 {
     HCURSOR before = nullptr;

@@ -181,7 +181,7 @@ BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, 
     if ((flags & SWP_HIDEWINDOW) != 0) ShowWindow(window, SW_HIDE);
     if (outermost && (flags & (SWP_NOACTIVATE | SWP_HIDEWINDOW)) == 0 && IsWindowVisible(window) != FALSE) {
         Activate(window, false);
-    } else if (!outermost && (flags & (SWP_NOACTIVATE | SWP_NOZORDER)) == 0) {
+    } else if (!outermost && (flags & (SWP_NOACTIVATE | SWP_HIDEWINDOW)) == 0) {
         Tell(window, WM_CHILDACTIVATE, 0, 0);
     }
     return TRUE;

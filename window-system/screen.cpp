@@ -254,6 +254,23 @@ void Tell(Window *window)
     window->Changed = 0;
 }
 
+void TellDestroyed(HWND handle)
+{
+    const size_t frame = BeginFrame(ToScreen::Destroyed);
+    PutU32(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(handle)));
+    EndFrame(frame);
+    screen.Known[PlaceOf(handle)] = nullptr;
+}
+
+// A window that stands elsewhere now is another one to the screen, with all that lies inside.
+void TellGone(const Window *window)
+{
+    if (IsKnown(window)) TellDestroyed(window->Handle);
+    for (const Window *child = window->FirstChild; child != nullptr; child = child->Next) {
+        TellGone(child);
+    }
+}
+
 void TellTop(Window *top)
 {
     const Window *focus = Find(top->Thread->Focus);
@@ -585,13 +602,14 @@ void TellScreen()
     for (unsigned place = 1; place < (1u << handleBits); ++place) {
         HWND known = screen.Known[place];
         if (known == nullptr || Find(known) != nullptr) continue;
-        const size_t frame = BeginFrame(ToScreen::Destroyed);
-        PutU32(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(known)));
-        EndFrame(frame);
-        screen.Known[place] = nullptr;
+        TellDestroyed(known);
+    }
+    unsigned next = 1;
+    for (const Window *window = NextInTable(next); window != nullptr; window = NextInTable(next)) {
+        if ((window->Changed & changedParent) != 0) TellGone(window);
     }
     // From the bottom up, so that the screen makes siblings in the order of their making.
-    unsigned next = 1;
+    next = 1;
     for (Window *window = NextInTable(next); window != nullptr; window = NextInTable(next)) {
         Tell(window);
     }

@@ -151,25 +151,35 @@ HWND GetParent(HWND window)
 
 HWND SetParent(HWND child, HWND parent)
 {
-    const Locked locked(mutates);
-    Window *moved = Find(child);
-    Window *target = Find(parent);
-    if (moved == nullptr || moved->Destroying || (parent != nullptr && target == nullptr)) return nullptr;
-    HWND before = moved->Parent != nullptr ? moved->Parent->Handle : nullptr;
-    if (target == moved->Parent) return before;
-    if (target != nullptr) {
-        if (target == moved || target->Destroying || LiesInside(target, moved)) return nullptr;
-        if (DepthOf(target) + 1 + HeightOf(moved) >= deepestNesting) return nullptr;
-        // A window inside another is neither owner, nor owned, nor active.
-        for (Window *each = model.FirstTop; each != nullptr; each = each->Next) {
-            if (each->Owner == moved) each->Owner = nullptr;
+    HWND before = nullptr;
+    HWND outermost = nullptr; // is to be active in the place of `child`
+    HWND focus = nullptr;
+    {
+        const Locked locked(mutates);
+        Window *moved = Find(child);
+        Window *target = Find(parent);
+        if (moved == nullptr || moved->Destroying || (parent != nullptr && target == nullptr)) return nullptr;
+        before = moved->Parent != nullptr ? moved->Parent->Handle : nullptr;
+        if (target == moved->Parent) return before;
+        if (target != nullptr) {
+            if (target == moved || target->Destroying || LiesInside(target, moved)) return nullptr;
+            if (DepthOf(target) + 1 + HeightOf(moved) >= deepestNesting) return nullptr;
+            // A window inside another is neither owner, nor owned, nor active.
+            for (Window *each = model.FirstTop; each != nullptr; each = each->Next) {
+                if (each->Owner == moved) each->Owner = nullptr;
+            }
+            moved->Owner = nullptr;
+            if (moved->Thread->Active == child) {
+                moved->Thread->Active = nullptr;
+                if (IsWindowOfCaller(moved)) outermost = Outermost(target)->Handle;
+                focus = moved->Thread->Focus;
+            }
         }
-        moved->Owner = nullptr;
-        if (moved->Thread->Active == child) moved->Thread->Active = nullptr;
+        Unlink(moved);
+        LinkBehind(moved, target, nullptr);
+        Note(moved, changedAll | changedParent);
     }
-    Unlink(moved);
-    LinkBehind(moved, target, nullptr);
-    Note(moved, changedAll);
+    if (outermost != nullptr && Activate(outermost, false)) MoveFocus(focus);
     return before;
 }
 

@@ -124,6 +124,20 @@ typedef struct tagCREATESTRUCTA {
     DWORD dwExStyle;
 } CREATESTRUCTA;
 
+/* Where CREATESTRUCTA.lpCreateParams leads to for a window with WS_EX_MDICHILD: lParam is what was handed to
+   CreateWindowExA. */
+typedef struct tagMDICREATESTRUCTA {
+    LPCSTR szClass;
+    LPCSTR szTitle;
+    HANDLE hOwner;
+    int x;
+    int y;
+    int cx;
+    int cy;
+    DWORD style;
+    LPARAM lParam;
+} MDICREATESTRUCTA;
+
 typedef struct tagNMHDR {
     HWND hwndFrom;
     UINT_PTR idFrom;
@@ -302,6 +316,7 @@ typedef const DLGTEMPLATE *LPCDLGTEMPLATEA;
 
 /* Class styles */
 #define CS_DBLCLKS            0x0008
+#define CS_PARENTDC           0x0080
 #define CS_BYTEALIGNWINDOW    0x2000
 #define CS_GLOBALCLASS        0x4000
 

@@ -114,6 +114,16 @@ HWND Create(LPCSTR className, Creation &creation, HWND parentHandle)
 
 // ---- Destruction ----
 
+// A window inside one that goes, of another thread, which destroys it when it next looks.
+void LetGo(Window *window)
+{
+    Unlink(window);
+    LinkBehind(window, nullptr, model.LastTop);
+    window->Style &= ~WS_VISIBLE;
+    Note(window, changedState | changedParent);
+    DestroyElsewhere(window);
+}
+
 void TellDestruction(HWND handle)
 {
     {
@@ -134,12 +144,7 @@ void TellDestruction(HWND handle)
             while (each != nullptr && (each->DestroyTold || each->Thread != window->Thread)) {
                 Window *next = each->Next;
                 if (each->Thread != window->Thread) {
-                    // Another thread's window is let go: its thread destroys it when it next looks.
-                    Unlink(each);
-                    LinkBehind(each, nullptr, model.LastTop);
-                    each->Style &= ~WS_VISIBLE;
-                    Note(each, changedState);
-                    DestroyElsewhere(each);
+                    LetGo(each);
                 }
                 each = next;
             }
@@ -216,18 +221,34 @@ void TakeAwayWindows(Thread *thread)
     unsigned next = 1;
     for (Window *window = NextInTable(next); window != nullptr; window = NextInTable(next)) {
         if (window->Parent == nullptr || window->Parent->Thread != thread) continue;
-        if (window->Thread == thread) continue;
-        Unlink(window);
-        LinkBehind(window, nullptr, model.LastTop);
-        window->Style &= ~WS_VISIBLE;
-        Note(window, changedState);
-        DestroyElsewhere(window);
+        if (window->Thread != thread) LetGo(window);
     }
     for (int depth = 0; depth <= deepestNesting && thread->WindowCount > 0; ++depth) {
         next = 1;
         for (Window *window = NextInTable(next); window != nullptr; window = NextInTable(next)) {
             if (window->Thread == thread && window->FirstChild == nullptr) TakeOut(window);
         }
+    }
+}
+
+void TellParents(HWND handle, UINT event)
+{
+    HWND around[deepestNesting];
+    int count = 0;
+    LONG_PTR id = 0;
+    {
+        const Locked locked;
+        const Window *window = Find(handle);
+        if (window != nullptr) id = window->Id;
+        for (; window != nullptr && window->Parent != nullptr; window = window->Parent) {
+            if ((window->ExStyle & WS_EX_NOPARENTNOTIFY) != 0) break;
+            around[count++] = window->Parent->Handle;
+        }
+    }
+    const bool isPress = event == WM_LBUTTONDOWN;
+    for (int i = 0; i < count; ++i) {
+        Tell(around[i], WM_PARENTNOTIFY, isPress ? event : MAKEWPARAM(event, id),
+             isPress ? 0 : reinterpret_cast<LPARAM>(handle));
     }
 }
 
@@ -268,9 +289,21 @@ HWND CreateWindowExA(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style,
     HWND window = Create(className, creation, parent);
     if (window == nullptr) return nullptr;
 
-    CREATESTRUCTA told = {
-        parameter, instance,  creation.Menu, parent, height, width, y, x, static_cast<LONG>(style),
-        title,     className, exStyle};
+    const MDICREATESTRUCTA inside = {
+        className, title, instance, x, y, width, height, style, reinterpret_cast<LPARAM>(parameter)};
+    const bool isInside = (exStyle & WS_EX_MDICHILD) != 0;
+    CREATESTRUCTA told = {isInside ? const_cast<MDICREATESTRUCTA *>(&inside) : parameter,
+                          instance,
+                          creation.Menu,
+                          parent,
+                          height,
+                          width,
+                          y,
+                          x,
+                          static_cast<LONG>(style),
+                          title,
+                          className,
+                          exStyle};
     if (SendMessageA(window, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&told)) == 0) {
         const Locked locked(mutates);
         Window *made = Find(window);
@@ -279,6 +312,7 @@ HWND CreateWindowExA(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style,
             Window *child = made->FirstChild;
             Unlink(child);
             LinkBehind(child, nullptr, model.LastTop);
+            Note(child, changedParent);
         }
         if (made != nullptr) TakeOut(made);
         return nullptr;
@@ -287,18 +321,13 @@ HWND CreateWindowExA(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style,
         DestroyWindow(window);
         return nullptr;
     }
-    if ((style & WS_CHILD) != 0 && (exStyle & WS_EX_NOPARENTNOTIFY) == 0) {
-        Tell(parent, WM_PARENTNOTIFY, MAKEWPARAM(WM_CREATE, reinterpret_cast<uintptr_t>(menu)),
-             reinterpret_cast<LPARAM>(window));
-    }
+    if ((style & WS_CHILD) != 0) TellParents(window, WM_CREATE);
     if ((style & WS_VISIBLE) != 0) ShowWindow(window, SW_SHOW);
     return IsWindow(window) != 0 ? window : nullptr;
 }
 
 BOOL DestroyWindow(HWND window)
 {
-    HWND parent = nullptr;
-    WPARAM notice = 0;
     bool hadFocus = false;
     bool outermost = false;
     {
@@ -308,12 +337,10 @@ BOOL DestroyWindow(HWND window)
         found->Destroying = true;
         if (found->Kind == Kind::Dialog) found->Dialog->Ended = true;
         outermost = found->Parent == nullptr;
-        if (!outermost && (found->ExStyle & WS_EX_NOPARENTNOTIFY) == 0) parent = found->Parent->Handle;
-        notice = MAKEWPARAM(WM_DESTROY, found->Id);
         const Window *focus = Find(found->Thread->Focus);
         hadFocus = focus != nullptr && (focus == found || LiesInside(focus, found));
     }
-    if (parent != nullptr) Tell(parent, WM_PARENTNOTIFY, notice, reinterpret_cast<LPARAM>(window));
+    TellParents(window, WM_DESTROY);
     SetShown(window, false);
     if (outermost) {
         ActivateAnother(window);

@@ -8,11 +8,13 @@
 #include <thread>
 
 #include "demo_dialog.h"
+#include "frame.h"
 #include "front_end_setup.h"
 #include "tests/support/display.h"
 
 using namespace text;
 using namespace vark::test;
+using frame::State;
 using varkui::DialogControlKind;
 
 namespace {
@@ -444,4 +446,108 @@ TEST(WithoutScreen, AProgramThatCannotStartLeavesEverythingToNobodyAndSaysSo)
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(said, "varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n");
+}
+
+// ---- Frames ----
+
+namespace {
+
+// Handles messages until the frame has gone.
+void RunFrame(HWND window, const State &state)
+{
+    MSG message = {};
+    while (IsWindow(window) != FALSE && GetMessageA(&message, nullptr, 0, 0) > 0) {
+        if (IsDialogMessageA(state.Bar, &message) != FALSE) continue;
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+struct FrameOnScreen {
+    State Kept;
+    HWND Window;
+
+    FrameOnScreen()
+    {
+        frame::Register();
+        frame::RegisterPlain();
+        Window = frame::Make(Kept);
+    }
+    void Attach(HWND view) const
+    {
+        SendMessageA(Window, frame::attachMessage, 0, reinterpret_cast<LPARAM>(view));
+    }
+};
+
+} // namespace
+
+TEST_F(Screen, ShowsAViewInAFrameWithItsBar)
+{
+    FrameOnScreen shown;
+    shown.Attach(frame::MakeView("Blatt"));
+    ShowWindow(shown.Window, SW_SHOW);
+    SetDlgItemTextA(shown.Kept.View, 11, "");
+    SetFocus(GetDlgItem(shown.Kept.View, 11));
+    std::thread acting = Act([&shown] {
+        ASSERT_TRUE(HasKeyboard("Kontenblatt"));
+        Do("type --delay 20 A");
+        EXPECT_TRUE(Eventually([&shown] { return TextOf(shown.Kept.View, 11) == "A"; }));
+        Display::Do("getactivewindow windowsize %1 700 500");
+        EXPECT_TRUE(Eventually([&shown] {
+            RECT inside = {};
+            GetClientRect(shown.Kept.View, &inside);
+            return inside.right == 700;
+        }));
+        EXPECT_TRUE(
+            Display::ClickUntil([&shown] { return !shown.Kept.Pressed.empty(); }, shown.Window, 0, 350, 490));
+        Do("key alt+F4");
+    });
+    RunFrame(shown.Window, shown.Kept);
+    acting.join();
+    EXPECT_FALSE(IsWindow(shown.Window));
+}
+
+TEST_F(Screen, TakesAViewOnScreenIntoAFrameAndAnotherInItsPlace)
+{
+    FrameOnScreen shown;
+    const auto makeView = [] {
+        HWND view = frame::MakeView("Blatt");
+        SetDlgItemTextA(view, 11, "");
+        return view;
+    };
+    const auto attach = [&shown](HWND view) {
+        shown.Attach(view);
+        SetFocus(GetDlgItem(view, 11));
+    };
+    HWND first = makeView();
+    HWND second = makeView();
+    ShowWindow(first, SW_SHOW);
+    SetFocus(GetDlgItem(first, 11));
+    std::thread acting = Act([&] {
+        ASSERT_TRUE(HasKeyboard("Blatt"));
+        Do("type --delay 20 A");
+        EXPECT_TRUE(Eventually([first] { return TextOf(first, 11) == "A"; })) << TextOf(first, 11);
+        PostMessageA(shown.Window, WM_APP, 1, 0);
+        ASSERT_TRUE(HasKeyboard("Kontenblatt"));
+        Do("type --delay 20 B");
+        EXPECT_TRUE(Eventually([first] { return TextOf(first, 11) == "AB"; })) << TextOf(first, 11);
+        PostMessageA(shown.Window, WM_APP, 2, 0);
+        ASSERT_TRUE(Eventually([first] { return IsWindow(first) == FALSE; }));
+        Do("type --delay 20 C");
+        EXPECT_TRUE(Eventually([second] { return TextOf(second, 11) == "C"; })) << TextOf(second, 11);
+        PostMessageA(shown.Window, WM_CLOSE, 0, 0);
+    });
+    MSG message = {};
+    const auto goOn = [&] { return IsWindow(shown.Window) != FALSE && GetActiveWindow() != nullptr; };
+    while (goOn() && GetMessageA(&message, nullptr, 0, 0) > 0) {
+        if (message.message == WM_APP) {
+            ShowWindow(shown.Window, SW_SHOW);
+            attach(message.wParam == 1 ? first : second);
+        } else {
+            TranslateMessage(&message);
+            DispatchMessageA(&message);
+        }
+    }
+    acting.join();
+    EXPECT_FALSE(IsWindow(second));
 }
