@@ -21,7 +21,6 @@ VarkWindow VARK_CALL VARK_GUV(int32_t, VarkWindow, ReportParams *) { return NoRe
 VarkWindow VARK_CALL VARK_Buchungsjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_OPListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_UmsatzStatistik(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
-VarkWindow VARK_CALL VARK_UmsatzSteuerVoranmeldung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_UmsatzSteuerVerprobung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_ZusammenfassendeMeldung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_KostenSaldenListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
