@@ -22,12 +22,12 @@ struct RecordField {
     std::string Name;
     size_t Offset;
     size_t Width;
-    std::string Form; // "text", "u32", "i32"
+    std::string Form; // "text", "u32", "i32", "box"
 };
 
 // The records of a report id as its template knows them, by kind. They lie in report_records/ID.txt: a kind
-// on a line of its own, below it a field a line: name, offset, and its width or "u32" or "i32". "#" begins a
-// comment.
+// on a line of its own, below it a field a line: name, offset, and its width or "u32" or "i32", or "box" for
+// an amount that is left out while it is zero. "#" begins a comment.
 using RecordKinds = std::map<int32_t, std::vector<RecordField>>;
 
 RecordKinds ReadKinds(const std::string &id)
@@ -47,7 +47,8 @@ RecordKinds ReadKinds(const std::string &id)
             continue;
         }
         const bool isText = std::isdigit(static_cast<unsigned char>(form[0])) != 0;
-        kinds[kind].push_back({name, offset, isText ? std::stoul(form) : 4, isText ? "text" : form});
+        const size_t width = isText ? std::stoul(form) : form == "box" ? 13 : 4;
+        kinds[kind].push_back({name, offset, width, isText ? "text" : form});
     }
     return kinds;
 }
@@ -63,7 +64,7 @@ const std::vector<RecordField> &FieldsOf(const std::string &id, int32_t kind)
 std::string Shown(const void *record, const RecordField &field)
 {
     const char *bytes = static_cast<const char *>(record) + field.Offset;
-    if (field.Form == "text") return TextOf(bytes, field.Width);
+    if (field.Form == "text" || field.Form == "box") return TextOf(bytes, field.Width);
     uint32_t value = 0;
     std::memcpy(&value, bytes, sizeof value);
     return field.Form == "i32" ? std::to_string(static_cast<int32_t>(value)) : std::to_string(value);
@@ -109,7 +110,9 @@ int32_t Add(int32_t report, int32_t kind, const void *record)
     if (recording->RecordsUntilRefusal > 0) --recording->RecordsUntilRefusal;
     std::string call = std::to_string(kind);
     for (const RecordField &field : FieldsOf(reportIds[report & 0xFFFF], kind)) {
-        call += std::string(" | ") + field.Name + "=" + Shown(record, field);
+        const std::string value = Shown(record, field);
+        if (field.Form == "box" && value == "000000000,00") continue;
+        call += " | " + field.Name + "=" + value;
     }
     Note(call);
     return 1;

@@ -1,6 +1,6 @@
-// The parameter dialog of a report: a period (or two, on pages), a range of accounts, controls of the report's
-// own, and the choice of screen or printer; put together from what the report says it needs, shown modally,
-// and checked at OK.
+// The parameter dialog of a report: a period (or two, on pages), a range of accounts, controls of the
+// report's own, and the choice of screen or printer; put together from what the report says it needs, shown
+// modally, and checked at OK.
 #pragma once
 
 #include "src/frame/thread_context.h"

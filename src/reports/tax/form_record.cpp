@@ -59,7 +59,8 @@ template <size_t Size> struct FieldText {
     }
     void AddTwoDigits(int number)
     {
-        const char digits[3] = {static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10), 0};
+        const char digits[3] = {static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10),
+                                0};
         Add(digits);
     }
     void Finish() { std::memset(Field + (Fits ? Length : 0), 0, Size - (Fits ? Length : 0)); }
@@ -70,7 +71,8 @@ int CodeOfPeriod(const ThreadContext &context, const PeriodSelection &period)
 {
     const int first = context.FirstFiscalMonth;
     if (period.Code == periodWholeYear) return 19;
-    if (period.Code >= periodFirstQuarter) return 41 + (period.Code - periodFirstQuarter + (first - 1) / 3) % 4;
+    if (period.Code >= periodFirstQuarter)
+        return 41 + (period.Code - periodFirstQuarter + (first - 1) / 3) % 4;
     return (period.Code - 2 + first) % 12 + 1;
 }
 

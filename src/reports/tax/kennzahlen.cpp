@@ -174,10 +174,9 @@ bool TakeTax(Collection &collection, const BubeRecord &posting)
     } else {
         return true;
     }
-    const Boxes boxes =
-        collection.IsExact
-            ? ClassifyExact(tax.Klasse, MagnitudeOf(posting.Steuersatz), collection.LastKennzahl)
-            : ClassifyWhole(tax.Klasse);
+    const Boxes boxes = collection.IsExact ? ClassifyExact(tax.Klasse, MagnitudeOf(posting.Steuersatz),
+                                                           collection.LastKennzahl)
+                                           : ClassifyWhole(tax.Klasse);
     collection.LastKennzahl = boxes.Basis;
     const Sign sign = SignOf(collection, posting);
     return Apply(*collection.List, boxes.Basis, tax.Basis, sign) &&
@@ -209,8 +208,8 @@ bool CollectKennzahlen(ThreadContext &context, const FistaRecord &mandant, const
     collection.HasSonderkonto = mandant.Sonderkonto[0] != 0;
     JustifyNumber(collection.Sonderkonto, mandant.Sonderkonto);
     collection.LastKennzahl = noKennzahl;
-    const PeriodYears years = YearsOfPeriod(context, period.VonDatum, period.BisDatum, period.VonPeriode,
-                                            period.BisPeriode);
+    const PeriodYears years =
+        YearsOfPeriod(context, period.VonDatum, period.BisDatum, period.VonPeriode, period.BisPeriode);
     for (int i = 0; i < years.Count; ++i) {
         const YearPart &part = years.Parts[i];
         if (!part.IsPostable) continue;

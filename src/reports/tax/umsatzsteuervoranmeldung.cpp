@@ -17,7 +17,10 @@ constexpr int controlBerichtigt = 1053;
 constexpr int32_t lockQuestion = 1803;
 constexpr int firstYearOfForm7 = 1997;
 
-bool IsForPrinter(const ReportChoice &choice) { return choice.Ausgabe == static_cast<int32_t>(Ausgabe::Drucker); }
+bool IsForPrinter(const ReportChoice &choice)
+{
+    return choice.Ausgabe == static_cast<int32_t>(Ausgabe::Drucker);
+}
 
 ReportRow RowOf(const ReportRun &run)
 {

@@ -2,7 +2,8 @@
 // every call of the report engine that has to follow, a record field by field. "#" begins a comment.
 //
 //   spiel INSTRUCTION         what a person does in the report's dialog; without any it is answered OK
-//   mandant NAME              a Mandant of the years 1997 and 1998
+//   jahre FIRST LAST          the postable years; 1997 and 1998 at first
+//   mandant NAME              a Mandant of these years
 //   mandantfeld FIELD VALUE   a field of his record, by the name that `books zeigen` has for it
 //   jahresbeginn MONTH        first month of his fiscal year, before the first record
 //   jahr YEAR                 the year that the records below lie in; 1998 at first
@@ -11,13 +12,14 @@
 //     name TEXT
 //     vortrag SOLL HABEN
 //     monat FISCAL_MONTH SOLL HABEN
-//     feld FIELD VALUE        any other field, by the same names
+//     feld FIELD VALUE        any other field, by the same names; a date is written as the record has it
 //   satz TABLE                any other record, of `feld` lines alone; amounts are zero at first
 //
 //   buchung DATE SOLLKONTO HABENKONTO AMOUNT
-//                             a final posting; the date has the fiscal month, and the year from 1980
+//                             a final posting, `feld` lines may follow; the date has the fiscal month, and
+//                             the year from 1980
 //
-//   ruf REPORT [WORD ...]     the call; an amount, an account or a date in a field is written as a record has it
+//   ruf REPORT [WORD ...]     the call
 //     zeitraum CODE, jahrindex YEAR_FROM_1980, vom TTMMJJ, bis TTMMJJ (alone: both dates), archiv YEAR
 //     art KIND, von NUMBER, zu NUMBER, einzeln, drucker
 #include "include/vark40.h"
@@ -260,7 +262,9 @@ struct Case {
         std::string value;
         rest >> word;
         if (word == "spiel") return;
-        if (word == "mandant") {
+        if (word == "jahre") {
+            rest >> Options.LowerYear >> Options.UpperYear;
+        } else if (word == "mandant") {
             std::getline(rest >> std::ws, MandantName);
         } else if (word == "mandantfeld") {
             rest >> word;
@@ -299,8 +303,10 @@ struct Case {
             std::string haben;
             std::string amount;
             rest >> date >> soll >> haben >> amount;
-            Installation->Insert(1, TableBube, MakeBube(++Postings, date, soll, haben, AmountOf(amount)),
-                                 Year);
+            const BubeRecord posting = MakeBube(++Postings, date, soll, haben, AmountOf(amount));
+            Open.Layout = &tools::LayoutOf(TableBube);
+            Open.Bytes.assign(reinterpret_cast<const char *>(&posting),
+                              reinterpret_cast<const char *>(&posting) + sizeof posting);
         } else if (word == "ruf") {
             Call(rest);
         } else if (!word.empty()) {
