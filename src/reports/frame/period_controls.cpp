@@ -244,6 +244,14 @@ void LeaveField(HWND dialog, int control)
     SendMessageA(dialog, messagePeriod, MAKEWPARAM(control, EN_KILLFOCUS), 0);
 }
 
+// What was chosen before. Free dates in a dialog without them stand for the month of the last day; without
+// one they name no period at all.
+int StoredCode(const PeriodDialogState &state, const PeriodSelection &selection)
+{
+    const bool isFree = selection.Code == periodDayExact && !Offers(state, PeriodDayExact);
+    return isFree && selection.BisDatum[0] == 0 ? periodNotChosen : selection.Code;
+}
+
 } // namespace
 
 void InitPeriodControls(HWND dialog, uint32_t options, const PeriodSelection &selection,
@@ -260,7 +268,7 @@ void InitPeriodControls(HWND dialog, uint32_t options, const PeriodSelection &se
     working = selection;
     PackedDate today;
     TodayAsBookDate(context, today);
-    const int stored = selection.Code;
+    const int stored = StoredCode(state, selection);
     if (stored < 0) {
         MakePackedDate(working.VonDatum, 1, 1, FiscalYearOf(today));
         CopyText(working.BisDatum, today);

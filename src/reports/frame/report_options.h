@@ -19,11 +19,11 @@ enum class OptionKind : uint8_t {
 struct ReportOption {
     OptionKind Kind;
     int16_t Id;
-    const char *Label;       // Windows-1252; before its field, else beside its button
-    const char *Group;       // title of the group box that begins here; null goes on in what stands above
-    bool Checked;            // when the dialog opens
-    int16_t EnabledWhile;    // the check box without which this one is disabled; 0 for none
-    uint16_t MostCharacters; // of a field
+    const char *Label;           // Windows-1252; before its field, else beside its button
+    const char *Group = nullptr; // title of the group box that begins here; null goes on in what stands above
+    bool Checked = false;        // when the dialog opens
+    int16_t EnabledWhile = 0;    // the check box without which this one is disabled; 0 for none
+    uint16_t MostCharacters = 0; // of a field
 };
 
 inline constexpr int mostOptions = 8;
