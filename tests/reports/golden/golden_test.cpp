@@ -8,12 +8,15 @@
 //   jahresbeginn MONTH        first month of his fiscal year, before the first record
 //   jahr YEAR                 the year that the records below lie in; 1998 at first
 //
-//   sako|kred|debi NUMBER     an account; what follows on lines of its own is part of it:
+//   sako|kred|debi|kore NUMBER  an account; what follows on lines of its own is part of it:
 //     name TEXT
 //     vortrag SOLL HABEN
+//     slot0 SOLL HABEN
 //     monat FISCAL_MONTH SOLL HABEN
 //     feld FIELD VALUE        any other field, by the same names; a date is written as the record has it
 //   satz TABLE                any other record, of `feld` lines alone; amounts are zero at first
+//   gruppe TREE ID NEXT CHILD TITLE        nodes of guvauf, bilaktau or bilpasau
+//   blatt TREE ID NEXT KONTO [gegenposten]
 //
 //   buchung DATE SOLLKONTO HABENKONTO AMOUNT
 //                             a final posting, `feld` lines may follow; the date has the fiscal month, and
@@ -182,8 +185,29 @@ struct Case {
     void BeginAccount(TableId table, const std::string &number)
     {
         Begin(&tools::LayoutOf(table));
-        Open.Set("Konto", number);
+        Open.Set(table == TableKore ? "Nummer" : "Konto", number);
         Open.Set("Kuerzel", "K" + number);
+    }
+    void Node(bool isGroup, std::istream &rest)
+    {
+        std::string tree;
+        std::string id;
+        std::string next;
+        std::string text;
+        rest >> tree >> id >> next;
+        Begin(tools::FindLayout(tree));
+        Open.Set("Id", id);
+        Open.Set("Next", next);
+        rest >> text;
+        if (isGroup) {
+            Open.Set("Art", std::to_string(StructureGruppe));
+            Open.Set("Child", text);
+            std::getline(rest >> std::ws, text);
+            Open.Set("Text", text);
+        } else {
+            Open.Set("Text", Justified(text));
+            if (rest >> text) Open.Set("Art", std::to_string(StructureGegenposten));
+        }
     }
     void Sum(const std::string &field, std::istream &rest)
     {
@@ -276,7 +300,7 @@ struct Case {
             MakeMandant();
             FinishRecord();
             rest >> Year;
-        } else if (word == "sako" || word == "kred" || word == "debi") {
+        } else if (word == "sako" || word == "kred" || word == "debi" || word == "kore") {
             rest >> value;
             BeginAccount(tools::FindLayout(word)->Id, value);
         } else if (word == "satz") {
@@ -284,9 +308,14 @@ struct Case {
             Begin(tools::FindLayout(value));
         } else if (word == "name") {
             std::getline(rest >> std::ws, value);
-            Open.Set(Open.Layout->Id == TableSako ? "Name" : "Name1", value);
+            const bool isPersonal = Open.Layout->Id == TableKred || Open.Layout->Id == TableDebi;
+            Open.Set(isPersonal ? "Name1" : "Name", value);
         } else if (word == "vortrag") {
             Sum("Umsaetze.Vortrag", rest);
+        } else if (word == "slot0") {
+            Sum("Umsaetze.Slot0", rest);
+        } else if (word == "gruppe" || word == "blatt") {
+            Node(word == "gruppe", rest);
         } else if (word == "monat") {
             int month = 0;
             rest >> month;
