@@ -101,6 +101,15 @@ bool IsKonto(const AccountNumber &field, const char *digits)
     return std::memcmp(field, number, sizeof number) == 0;
 }
 
+int64_t Pfennig(const AmountText &amount)
+{
+    int64_t value = 0;
+    for (int i = 0; i < 12; ++i) {
+        if (i != amountMark) value = value * 10 + amount[i] - '0';
+    }
+    return amount[amountMark] == '-' ? -value : value;
+}
+
 // One Pfennig more, whatever it was.
 void Nudge(AmountText &amount) { amount[11] = amount[11] == '9' ? '8' : static_cast<char>(amount[11] + 1); }
 
@@ -253,6 +262,12 @@ const std::vector<Damage> inSums = {
                               [](auto &r) { Nudge(r.Umsaetze.Vortrag.Soll); });
      },
      "sako", "Umsaetze.Vortrag", "vortrag"},
+    {"OpeningOfNobody", "an opening balance comes from somewhere",
+     [](const GoodBooks &b) {
+         b.Remove<PersonalRecord>(TableDebi, "1997",
+                                  [](auto &r) { return Pfennig(r.Umsaetze.Vortrag.Soll) != 0; });
+     },
+     "debi", "Umsaetze.Vortrag", "vortrag"},
     {"YearEndSlot", "what the year's end brings is a posting too and has two sides",
      [](const GoodBooks &b) {
          b.Change<SakoRecord>(TableSako, "1997", Sako("7010"), [](auto &r) { Nudge(r.Umsaetze.Slot0.Soll); });
@@ -358,6 +373,18 @@ const std::vector<Damage> inMasterData = {
          b.Change<SakoRecord>(TableSako, "1998", Sako("5010"), [](auto &r) { r.Kennzahl = -5; });
      },
      "sako", "Kennzahl", "kennzahl"},
+    {"BoxThatTheReturnLacks", "what an account adds to no box is missing from the return",
+     [](const GoodBooks &b) {
+         b.Change<SakoRecord>(TableSako, "1998", Sako("5010"), [](auto &r) { r.Kennzahl = 51; });
+     },
+     "sako", "Kennzahl", "kennzahl"},
+    {"CountryOfPartner", "the return for the Community goes by these letters",
+     [](const GoodBooks &b) {
+         b.Change<PersonalRecord>(
+             TableDebi, "1998", [](auto &r) { return r.UstId[0] != 0; },
+             [](auto &r) { std::memcpy(r.UstId, "40817263", 9); });
+     },
+     "debi", "UstId", "ustid"},
     {"ShortNameTwice", "a short name finds one account",
      [](const GoodBooks &b) {
          b.Change<SakoRecord>(TableSako, "1998", Sako("5010"),
@@ -543,6 +570,49 @@ const std::vector<Damage> inTrees = {
          b.Remove<StructureRecord>(TableGuvauf, "1998", [](auto &r) { return r.Id == 0; });
      },
      "sako", "Zuordnung", "zuordnung"},
+    {"RootThatIsNoGroup", "a report takes the root for a group",
+     [](const GoodBooks &b) {
+         b.Change<StructureRecord>(
+             TableGuvauf, "1998", [](auto &r) { return r.Id == 1; }, [](auto &r) { r.Art = 0; });
+     },
+     "guvauf", "Art", "baum"},
+    {"NodeBesideTheRoot", "what stands beside the root has no place in a Bilanz",
+     [](const GoodBooks &b) {
+         b.Change<StructureRecord>(
+             TableBilaktau, "1998", [](auto &r) { return r.Id == 1; }, [](auto &r) { r.Next = 2; });
+     },
+     "bilaktau", "Next", "baum"},
+    {"LeafNotJustified", "a leaf is looked up by its number as it stands",
+     [](const GoodBooks &b) {
+         b.Change<StructureRecord>(
+             TableBilpasau, "1998", [](auto &r) { return r.Art == StructureGegenposten; },
+             [](auto &r) { std::memcpy(r.Text, "1610\0\0\0", 8); });
+     },
+     "bilpasau", "Text", "baum"},
+    {"SecondHomeTwice", "a negative balance would be printed twice",
+     [](const GoodBooks &b) {
+         std::string number;
+         b.Change<StructureRecord>(
+             TableBilpasau, "1998", [](auto &r) { return r.Art == StructureGegenposten; },
+             [&](auto &r) { number = r.Text; });
+         b.Change<StructureRecord>(
+             TableBilpasau, "1998",
+             [&](auto &r) { return r.Art == StructureGegenposten && number != r.Text; },
+             [&](auto &r) { std::memcpy(r.Text, number.c_str(), 8); });
+     },
+     "bilpasau", "Text", "baum"},
+    {"GroupWithoutTitle", "a sum that nobody can name",
+     [](const GoodBooks &b) {
+         b.Change<StructureRecord>(
+             TableGuvauf, "1998", [](auto &r) { return r.Id == 2; }, [](auto &r) { r.Text[0] = 0; });
+     },
+     "guvauf", "Text", "name"},
+    {"GroupOutsideTheTree", "what has no node is a single account",
+     [](const GoodBooks &b) {
+         b.Change<StructureRecord>(
+             TableGuvauf, "1998", [](auto &r) { return r.Id == 0; }, [](auto &r) { r.Child = 3; });
+     },
+     "guvauf", "Art", "baum"},
     {"ChildOfAccount", "an account has no lines below it",
      [](const GoodBooks &b) {
          b.Change<StructureRecord>(
@@ -664,6 +734,11 @@ const std::vector<Damage> inPostings = {
 // ---- Costs ----
 
 const std::vector<Damage> inCosts = {
+    {"CostLineGone", "a cost centre holds what no line tells",
+     [](const GoodBooks &b) {
+         b.Remove<KobuRecord>(TableKobu, "1998", [](auto &r) { return r.FinaleBuchung != 0; });
+     },
+     "kore", "Monat[0]", "kosten"},
     {"AmountOfCostLine", "costs are what the posting is without its tax",
      [](const GoodBooks &b) {
          b.Change<KobuRecord>(
@@ -810,6 +885,12 @@ const std::vector<Damage> inDirectories = {
                                [](auto &r) { PutKonto(r.Sammelkonto1, "1599"); });
      },
      "fista", "Sammelkonto1", "verweis"},
+    {"CountryOfMandant", "everybody would count as a customer abroad",
+     [](const GoodBooks &b) {
+         b.Change<FistaRecord>(TableFista, "", Any<FistaRecord>(),
+                               [](auto &r) { std::memcpy(r.UstId, "811", 4); });
+     },
+     "fista", "UstId", "ustid"},
     {"FirstMonth", "every date hangs on it",
      [](const GoodBooks &b) {
          b.Change<FistaRecord>(
@@ -934,6 +1015,36 @@ TEST(CheckBooks, GoodBooksGiveNoFinding)
         << result.Out;
     // The data path itself will do as well.
     EXPECT_EQ(0, tests::Books({"pruefen", books.Data.string()}).ExitCode);
+}
+
+TEST(CheckBooks, ATreeThatIsTooDeepForAReportIsToldAndNotFollowed)
+{
+    const GoodBooks books;
+    {
+        constexpr int32_t first = 5000;
+        constexpr int32_t levels = 50000;
+        TableFile table(LayoutOf(TableGuvauf), books.Data / "1998", OpenMode::Accelerated);
+        EngineTransaction transaction;
+        StructureRecord group{};
+        group.Art = StructureGruppe;
+        std::memcpy(group.Text, "tief", 5);
+        for (int32_t i = 0; i < levels; ++i) {
+            group.Id = first + i;
+            group.Child = i + 1 < levels ? first + i + 1 : 0;
+            table.Insert(&group);
+        }
+        StructureRecord root{};
+        ASSERT_TRUE(table.Equal(&root, &structureRoot, 0));
+        root.Child = first;
+        table.Update(&root);
+        transaction.Finish();
+    }
+    StopEngine();
+    const Result result = tests::Books({"pruefen", books.Books.string(), "--hoechstens", "200"});
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_NE(std::string::npos, result.Out.find("guvauf [5100] Id: der Baum ist tiefer als 100 Ebenen"))
+        << result.Out.substr(0, 4000);
+    EXPECT_EQ(std::string::npos, result.Out.find("abgebrochen")) << result.Out.substr(0, 4000);
 }
 
 TEST(CheckBooks, NegativeNumbersStandBeforeTheOthersInAnIndex)

@@ -7,6 +7,26 @@ namespace books {
 using namespace tools;
 using namespace vark;
 
+namespace {
+
+// The boxes of the tax return. What an account adds to another one goes nowhere.
+bool IsBox(int kennzahl)
+{
+    constexpr struct {
+        int First, Last;
+    } boxes[] = {{35, 39}, {41, 46}, {48, 50}, {57, 59}, {61, 66}, {69, 80}, {85, 88}, {91, 95}};
+    return std::any_of(std::begin(boxes), std::end(boxes),
+                       [&](const auto &some) { return kennzahl >= some.First && kennzahl <= some.Last; });
+}
+
+} // namespace
+
+bool NamesCountry(const std::string &ustId)
+{
+    const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+    return ustId.size() > 2 && isLetter(ustId[0]) && isLetter(ustId[1]);
+}
+
 void YearCheck::CheckRates()
 {
     CheckTable(Out, LayoutOf(TableSteke), Directory, Of.FirstMonth, [&](const char *bytes) {
@@ -139,7 +159,7 @@ void YearCheck::CheckSachkonto(const SakoRecord &record)
         Tell("verweis", "sako", number, "Steuerflags",
              "zum Schlüssel " + std::to_string(record.Steuerflags) + " steht kein Satz in steke");
     }
-    if (record.Kennzahl < 0 || record.Kennzahl > 99) {
+    if (record.Kennzahl != 0 && !IsBox(record.Kennzahl)) {
         Tell("kennzahl", "sako", number, "Kennzahl", std::to_string(record.Kennzahl) + " ist keine Kennzahl");
     }
 }
@@ -153,6 +173,9 @@ void YearCheck::CheckPartner(AccountKind kind, const PersonalRecord &record)
     const bool hasBank = record.Bankkonto[0] != 0 || record.BankkontoAlt[0] != 0;
     if ((record.Blz[0] != 0) != hasBank) {
         Tell("bank", table, number, "Blz", "Bankleitzahl und Bankkonto gehören zusammen");
+    }
+    if (record.UstId[0] != 0 && !NamesCountry(FieldText(record.UstId))) {
+        Tell("ustid", table, number, "UstId", "die Nummer beginnt nicht mit ihrem Land");
     }
     const bool isGoodReminder = kind == AccountKind::Debitor
                                     ? record.Mahnkennziffer >= -1 && record.Mahnkennziffer <= 3

@@ -39,6 +39,9 @@ void CheckCompany(Findings &findings, const fs::path &data)
         };
         checkDirectory(lower, "LowerYear");
         checkDirectory(upper, "UpperYear");
+        if (record.UstId[0] != 0 && !NamesCountry(FieldText(record.UstId))) {
+            tell("ustid", "UstId", "die Nummer beginnt nicht mit ihrem Land");
+        }
         if (record.Waehrung[0] == 0) tell("mandant", "Waehrung", "die Währung fehlt");
         if (upper.empty() || !fs::is_directory(data / mandant.Directory(upper))) return;
         try {

@@ -5,9 +5,40 @@ namespace books {
 using namespace tools;
 using namespace vark;
 
+namespace {
+
+// Reports give up a tree that is deeper.
+constexpr int depthMax = 100;
+
+} // namespace
+
+// An account is looked up in a tree by the number as it stands there.
+void YearCheck::CheckLeafText(const Tree &tree, const StructureRecord &record)
+{
+    const std::string text = FieldText(record.Text);
+    if (text.size() == accountDigits && text.back() != ' ') return;
+    Tell("baum", LayoutOf(tree.Id).Stem, std::to_string(record.Id), "Text",
+         "die Kontonummer „" + text + "“ steht nicht rechtsbündig in sieben Zeichen");
+}
+
+void YearCheck::CheckGroup(const Tree &tree, const StructureRecord &record, int depth)
+{
+    const std::string &stem = LayoutOf(tree.Id).Stem;
+    const std::string key = std::to_string(record.Id);
+    const std::string text = FieldText(record.Text);
+    if (depth >= 0 && Trimmed(text).empty()) Tell("name", stem, key, "Text", "der Titel fehlt");
+    if (Columns(text) > 27) Tell("baum", stem, key, "Text", "der Titel ist länger als 27 Zeichen");
+    if (depth > 2) Tell("baum", stem, key, "Id", "es gibt nur drei Ebenen von Gruppen");
+}
+
 void YearCheck::WalkTree(Tree &tree, int32_t id, int depth)
 {
     const std::string &stem = LayoutOf(tree.Id).Stem;
+    if (depth >= depthMax) {
+        Tell("baum", stem, std::to_string(id), "Id",
+             "der Baum ist tiefer als " + std::to_string(depthMax) + " Ebenen");
+        return;
+    }
     // Siblings in a loop and children by recursion: a level is long, a tree never deep.
     while (id != 0) {
         const auto found = tree.Nodes.find(id);
@@ -22,20 +53,19 @@ void YearCheck::WalkTree(Tree &tree, int32_t id, int depth)
         }
         node.IsReached = true;
         const StructureRecord &record = node.Record;
-        const std::string text = FieldText(record.Text);
-        if ((record.Art & StructureGruppe) != 0) {
-            if (Columns(text) > 27) {
-                Tell("baum", stem, std::to_string(id), "Text", "der Titel ist länger als 27 Zeichen");
-            }
-            if (depth > 2)
-                Tell("baum", stem, std::to_string(id), "Id", "es gibt nur drei Ebenen von Gruppen");
+        if ((record.Art & StructureGruppe) != 0 || id == structureRoot) {
+            CheckGroup(tree, record, depth);
             if (record.Child != 0) WalkTree(tree, record.Child, depth + 1);
         } else {
             if (record.Child != 0)
                 Tell("baum", stem, std::to_string(id), "Child", "ein Konto hat keine Unterknoten");
-            const std::string number(Trimmed(text));
+            CheckLeafText(tree, record);
+            const std::string number(Trimmed(FieldText(record.Text)));
             if ((record.Art & StructureGegenposten) != 0) {
-                tree.Second.emplace(number, id);
+                if (!tree.Second.emplace(number, id).second) {
+                    Tell("baum", stem, std::to_string(id), "Text",
+                         "das Konto " + number + " ist auf dieser Seite mehrfach Gegenposten");
+                }
             } else {
                 ++tree.Leaves[number];
             }
@@ -53,7 +83,12 @@ void YearCheck::CheckTrees()
         const std::string &stem = LayoutOf(tree.Id).Stem;
         Check<StructureRecord>(tree.Id, [&](const StructureRecord &record) {
             if (record.Id == 0) {
+                CheckLeafText(tree, record);
                 tree.Outside.emplace_back(Trimmed(FieldText(record.Text)));
+                if (record.Art != 0 || record.Next != 0 || record.Child != 0) {
+                    Tell("baum", stem, "0", "Art",
+                         "außerhalb des Baums steht nur ein Konto, nicht „" + FieldText(record.Text) + "“");
+                }
             } else if (!tree.Nodes.emplace(int32_t{record.Id}, Node{record, false}).second) {
                 Tell("baum", stem, std::to_string(record.Id), "Id", "die Nummer kommt mehrfach vor");
             }
@@ -62,6 +97,10 @@ void YearCheck::CheckTrees()
             Tell("baum", stem, "1", "Id", "der oberste Knoten fehlt");
             continue;
         }
+        const StructureRecord &root = tree.Nodes.at(structureRoot).Record;
+        if ((root.Art & StructureGruppe) == 0)
+            Tell("baum", stem, "1", "Art", "der oberste Knoten ist keine Gruppe");
+        if (root.Next != 0) Tell("baum", stem, "1", "Next", "neben dem obersten Knoten steht ein weiterer");
         WalkTree(tree, structureRoot, -1);
         for (const auto &[id, node] : tree.Nodes) {
             if (!node.IsReached)

@@ -141,7 +141,9 @@ void YearCheck::CheckCarriedOver()
         }
         return balance;
     };
+    std::set<uint64_t> known;
     const auto compare = [&](const AccountNumber &number, int64_t closing) {
+        known.insert(Packed(number));
         const AccountState *account = Find(number);
         if (account == nullptr) {
             if (closing != 0) {
@@ -169,6 +171,11 @@ void YearCheck::CheckCarriedOver()
             for (bool found = partners.StepFirst(&partner); found; found = partners.StepNext(&partner)) {
                 compare(partner.Konto, balanceOf(partner.Umsaetze));
             }
+        }
+        for (const AccountState &one : Accounts) {
+            if (one.VortragBalance == 0 || known.count(one.Key) > 0) continue;
+            Tell("vortrag", KindName(one.Kind), one.Number, "Umsaetze.Vortrag",
+                 Money(one.VortragBalance) + ", im Vorjahr gab es das Konto nicht");
         }
     } catch (const EngineError &) {
         // Told where that year is checked.

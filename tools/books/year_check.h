@@ -27,6 +27,9 @@ uint64_t Packed(const vark::AccountNumber &number);
 std::string Konto(const vark::AccountNumber &number);
 bool IsEmpty(const vark::AccountNumber &number);
 
+// Whether a USt-IdNr begins with the two letters of its country, by which it is told whose it is.
+bool NamesCountry(const std::string &ustId);
+
 struct Turnover {
     int64_t Soll = 0;
     int64_t Haben = 0;
@@ -180,6 +183,8 @@ struct YearCheck {
     void CheckRates();
     void CheckRateRows();
     void CheckTrees();
+    void CheckLeafText(const Tree &tree, const vark::StructureRecord &record);
+    void CheckGroup(const Tree &tree, const vark::StructureRecord &record, int depth);
     void WalkTree(Tree &tree, int32_t id, int depth);
     void CheckPostings();
     void CheckPosting(const vark::BubeRecord &record, SplitState &split);
