@@ -4,7 +4,8 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/record_store.h"
-#include "src/values/amounts.h"
+#include "src/model/accounts.h"
+#include "src/values/account_numbers.h"
 #include "text/fixed_text.h"
 
 #include <charconv>
@@ -81,8 +82,7 @@ int32_t FreeNumberAfter(ThreadContext &context, const NumberText &last, NumberTe
     do {
         if (!Candidate(series, out)) return numbersUsedUp;
         AccountNumber konto;
-        CopyText(konto, out);
-        RightJustify(konto, accountDigits);
+        JustifyNumber(konto, out);
         SakoRecord sako;
         bool hasUstId = false;
         kind = FindAccount(context, konto, sako, hasUstId);
@@ -98,8 +98,7 @@ bool LastNumber(ThreadContext &context, TableId table, bool &found, NumberText &
     PersonalRecord record{};
     const bool read = GetLast(context, &record, found, table);
     CloseTable(context, table);
-    CopyText(last, record.Konto);
-    TrimLeft(last, sizeof last);
+    StripNumber(last, record.Konto);
     return read;
 }
 
@@ -131,19 +130,12 @@ int32_t VARK_CALL VARK_ExistiertKonto(int32_t mandant, const char *konto, int32_
     FistaRecord fista;
     const int32_t selected = SelectMandant(*context, mandant, fista);
     if (selected < 1) return selected;
-    TableId table;
-    switch (art) {
-    case KontoartSachkonto: table = TableSako; break;
-    case KontoartKreditor: table = TableKred; break;
-    case KontoartDebitor: table = TableDebi; break;
-    case KontoartKostenstelle: table = TableKore; break;
-    default: return badKontoart;
-    }
+    const AccountKind *const kind = FindKind(art);
+    if (kind == nullptr) return badKontoart;
     AccountNumber number;
-    CopyText(number, konto);
-    RightJustify(number, accountDigits);
+    JustifyNumber(number, konto);
     bool found = false;
-    if (!Exists(*context, KeyOfText(number, sizeof number), found, table)) return engineFailure;
+    if (!Exists(*context, KeyOfText(number, sizeof number), found, kind->Table)) return engineFailure;
     return found ? 1 : 0;
 }
 
@@ -152,20 +144,20 @@ int32_t VARK_CALL VARK_HoleFreieKontonr(int32_t mandant, int32_t art, char *out)
     ThreadContext *context = nullptr;
     const int32_t entered = EnterExport(context);
     if (entered != ready) return entered;
-    if (art != KontoartKreditor && art != KontoartDebitor) return badKontoart;
+    const AccountKind *const kind = FindPersonalKind(art);
+    if (kind == nullptr) return badKontoart;
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
-    const bool isDebitor = art == KontoartDebitor;
     bool found = false;
     NumberText last;
-    if (!LastNumber(*context, isDebitor ? TableDebi : TableKred, found, last)) return engineFailure;
+    if (!LastNumber(*context, kind->Table, found, last)) return engineFailure;
     NumberText free;
     int32_t result = 1;
     if (found) {
         result = FreeNumberAfter(*context, last, free);
     } else {
-        CopyText(free, isDebitor ? "10000" : "70000");
+        CopyText(free, kind->FirstNumber);
     }
     if (result == 1 && out != nullptr) std::memcpy(out, free, std::strlen(free) + 1);
     return result;

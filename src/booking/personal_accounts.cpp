@@ -6,6 +6,7 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/model/accounts.h"
 #include "src/values/amounts.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
@@ -184,11 +185,10 @@ void FillRecord(const ThreadContext &context, PekoWork &work, bool isDebitor)
 int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &work)
 {
     InitPersonalRecord(work.Record);
-    if (art != KontoartKreditor && art != KontoartDebitor) {
-        return Report(context, 1413, artRefused, nullptr, noPart);
-    }
-    const bool isDebitor = art == KontoartDebitor;
-    const TableId table = isDebitor ? TableDebi : TableKred;
+    const AccountKind *const kind = FindPersonalKind(art);
+    if (kind == nullptr) return Report(context, 1413, artRefused, nullptr, noPart);
+    const bool isDebitor = kind->Art == KontoartDebitor;
+    const TableId table = kind->Table;
     int32_t result;
     switch (aktion) {
     case AktionNeu: result = BeginNew(context, work); break;

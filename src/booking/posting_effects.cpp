@@ -4,6 +4,7 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/model/accounts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
@@ -46,11 +47,11 @@ bool FindTaxRow(ThreadContext &context, uint16_t code, const PackedDate &date, u
 bool ReadZahlungsziel(ThreadContext &context, const AccountNumber &konto, uint8_t art, int32_t &number)
 {
     number = 0;
-    if (art == BuchungSachkonto) return true;
+    const AccountKind *const kind = FindKindOfBuchung(art);
+    if (kind == nullptr || kind->OpenItems == TableUnused) return true;
     PersonalRecord record{};
     bool found = false;
-    const TableId table = art == BuchungKreditor ? TableKred : TableDebi;
-    if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, table)) return false;
+    if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, kind->Table)) return false;
     if (found) number = record.Zahlungsziel;
     return true;
 }

@@ -5,6 +5,7 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/model/accounts.h"
 #include "src/pickers/rate_entry.h"
 #include "src/platform/window_api.h"
 #include "src/values/currency.h"
@@ -101,11 +102,11 @@ int32_t ConvertForeignCurrency(ThreadContext &context, TeilbuchungWork &work, co
     const bool habenIsPersonal = eingabe.HabenArt != KontoartSachkonto;
     if (!sollIsPersonal && !habenIsPersonal) return 1;
     const AccountNumber &konto = sollIsPersonal ? eingabe.Sollkonto : eingabe.Habenkonto;
-    const int32_t art = sollIsPersonal ? eingabe.SollArt : eingabe.HabenArt;
+    const AccountKind *const kind = FindPersonalKind(sollIsPersonal ? eingabe.SollArt : eingabe.HabenArt);
+    if (kind == nullptr) return engineFailure;
     PersonalRecord record{};
     bool found = false;
-    const TableId table = art == KontoartKreditor ? TableKred : TableDebi;
-    if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, table)) return engineFailure;
+    if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, kind->Table)) return engineFailure;
     if (!found) return engineFailure;
     if (record.Waehrung[0] == 0) return 1;
 

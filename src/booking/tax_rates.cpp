@@ -1,7 +1,10 @@
 #include "src/booking/tax_rates.h"
 
 #include "src/frame/record_store.h"
+#include "src/values/amounts.h"
 #include "src/values/dates.h"
+
+#include <algorithm>
 
 namespace vark {
 
@@ -33,6 +36,23 @@ bool FindTaxRate(ThreadContext &context, uint16_t code, const PackedDate &date, 
     const bool read = FindInOpenTable(context, code, date, row, found);
     CloseTable(context, TableSteke);
     return read;
+}
+
+bool RateFromAmounts(const AmountText &soll, const AmountText &haben, RateText &rate)
+{
+    const int64_t net = std::min(MagnitudeOf(soll), MagnitudeOf(haben));
+    const int64_t tax = std::max(MagnitudeOf(soll), MagnitudeOf(haben)) - net;
+    if (net == 0) return false;
+    AmountText netText;
+    AmountOfMagnitude(netText, net, false);
+    for (int64_t percent = 20; percent >= 1; --percent) {
+        AmountText product;
+        RateOfMagnitude(rate, percent * 100);
+        PercentOfAmount(product, netText, rate);
+        if (MagnitudeOf(product) == tax) return true;
+    }
+    const double quotient = static_cast<double>(tax) / 100.0 / (static_cast<double>(net) / 100.0);
+    return RateOfMagnitude(rate, RoundToDecimals(quotient * 100.0, 2));
 }
 
 } // namespace vark

@@ -17,4 +17,8 @@ inline constexpr TableKeyCode taxByCodeAndSequence = KeyCode(TableSteke, 2);
 bool FindTaxRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
                  bool &found);
 
+// The rate that makes the smaller of two amounts, a net one, the greater. Whole percents are tried first, as
+// the tax was rounded to Pfennig. False when no rate can be told: a net of zero, or beyond 99,99.
+bool RateFromAmounts(const AmountText &soll, const AmountText &haben, RateText &rate);
+
 } // namespace vark

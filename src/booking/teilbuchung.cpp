@@ -6,6 +6,7 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/model/accounts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
@@ -137,11 +138,8 @@ int32_t SettleFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t ke
 
 uint8_t BuchungskontoartOf(int32_t kontoart)
 {
-    switch (kontoart) {
-    case KontoartSachkonto: return BuchungSachkonto;
-    case KontoartDebitor: return BuchungDebitor;
-    default: return BuchungKreditor;
-    }
+    const AccountKind *const kind = FindKind(kontoart);
+    return kind != nullptr && kind->Buchungsart != 0 ? kind->Buchungsart : BuchungKreditor;
 }
 
 bool OpenPostingTables(ThreadContext &context)

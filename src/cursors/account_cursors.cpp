@@ -6,28 +6,23 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
-#include "text/fixed_text.h"
+#include "src/model/accounts.h"
+#include "src/values/account_numbers.h"
 
 namespace vark {
 
 namespace {
 
-// All account records begin with their number; the longest one has room for any.
-static_assert(offsetof(SakoRecord, Konto) == 0 && offsetof(PersonalRecord, Konto) == 0);
-static_assert(sizeof(PersonalRecord) >= sizeof(SakoRecord));
-
 // The first account at or after a number. Reading from the first one of all, a failure counts as an empty
 // table; false is a failure of the other way alone.
-bool ReadFrom(ThreadContext &context, const char *vonKonto, PersonalRecord &record, bool &found,
-              TableId table)
+bool ReadFrom(ThreadContext &context, const char *vonKonto, AnyAccount &record, bool &found, TableId table)
 {
     if (vonKonto == nullptr || vonKonto[0] == 0) {
         found = GetFirst(context, &record, table);
         return true;
     }
     AccountNumber number;
-    text::CopyText(number, vonKonto);
-    RightJustify(number, accountDigits);
+    JustifyNumber(number, vonKonto);
     return GetGreaterEqualF(context, &record, KeyOfText(number, sizeof number), found, table);
 }
 
@@ -50,22 +45,21 @@ int32_t VARK_CALL VARK_InitHoleKonto(int32_t mandant, int32_t kontoart, const ch
     if (entered != ready) return entered;
     context->ShowMessages = showMessages;
     EndCursor(*context);
-    TableId table;
-    switch (kontoart) {
-    case KontoartSachkonto: table = TableSako; break;
-    case KontoartKreditor: table = TableKred; break;
-    case KontoartDebitor: table = TableDebi; break;
-    default: return Report(*context, 1413, kindRefused, nullptr, -1);
+    const AccountKind *const kind = FindKind(kontoart);
+    if (kind == nullptr || kind->Art == KontoartKostenstelle) {
+        return Report(*context, 1413, kindRefused, nullptr, -1);
     }
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
-    if (!BeginCursor(*context, table)) return engineFailure;
-    PersonalRecord record;
+    if (!BeginCursor(*context, kind->Table)) return engineFailure;
+    AnyAccount record;
     bool found = false;
-    if (!ReadFrom(*context, vonKonto, record, found, table)) return EndCursorWith(*context, engineFailure);
+    if (!ReadFrom(*context, vonKonto, record, found, kind->Table)) {
+        return EndCursorWith(*context, engineFailure);
+    }
     if (!found) return EndCursorWith(*context, cursorEmpty);
-    KeepKey(*context, record.Konto);
+    KeepKey(*context, record.Head.Konto);
     return cursorReady;
 }
 

@@ -6,7 +6,9 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/model/accounts.h"
 #include "src/model/posting_records.h"
+#include "src/values/account_numbers.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 
@@ -54,26 +56,20 @@ int32_t VARK_CALL VARK_InitHoleOP(int32_t mandant, const char *konto, int32_t ko
     if (entered != ready) return entered;
     context->ShowMessages = showMessages;
     EndCursor(*context);
-    if (kontoart != KontoartKreditor && kontoart != KontoartDebitor) {
-        return Report(*context, 1413, kindRefused, nullptr, -1);
-    }
+    const AccountKind *const kind = FindPersonalKind(kontoart);
+    if (kind == nullptr) return Report(*context, 1413, kindRefused, nullptr, -1);
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
 
-    const bool isDebitor = kontoart == KontoartDebitor;
     AccountNumber &account = context->CursorAccount;
-    text::CopyText(account, konto);
+    JustifyLimit(account, konto);
     if (account[0] != 0) {
-        RightJustify(account, accountDigits);
         bool exists = false;
-        if (!Exists(*context, KeyOfText(account, sizeof account), exists,
-                    isDebitor ? TableDebi : TableKred)) {
-            return engineFailure;
-        }
+        if (!Exists(*context, KeyOfText(account, sizeof account), exists, kind->Table)) return engineFailure;
         if (!exists) return Report(*context, 1409, accountUnknown, "K", -1);
     }
-    const TableId table = isDebitor ? TableOpdebi : TableOpkred;
+    const TableId table = kind->OpenItems;
     if (!BeginCursor(*context, table)) return engineFailure;
     OpenItemRecord record;
     bool found = false;

@@ -9,6 +9,7 @@
 #include "src/frame/record_store.h"
 #include "src/model/posting_records.h"
 #include "src/values/dates.h"
+#include "src/walks/posting_walk.h"
 #include "text/fixed_text.h"
 
 #include <algorithm>
@@ -45,23 +46,11 @@ bool IsDateText(ThreadContext &context, const char *dateText)
     return fault == DateGood;
 }
 
-// Reads the first posting at or after a date, or of the year for an empty one.
-bool ReadFrom(ThreadContext &context, const PackedDate &date, BubeRecord &record, bool &found)
+// Goes on to the next posting that is delivered.
+bool SkipFolded(PostingScan &scan)
 {
-    if (date[0] == 0) return GetFirstF(context, &record, found, TableBube);
-    SortDate sortDate;
-    text::CopyText(sortDate, date);
-    ToSortDate(sortDate);
-    KeyBuffer key{};
-    std::memcpy(key.Bytes, sortDate, 6);
-    std::memcpy(key.Bytes + 6, "0000", 4);
-    return GetGreaterEqualF(context, &record, key, found, TableBube);
-}
-
-bool SkipFolded(ThreadContext &context, BubeRecord &record, bool &found)
-{
-    while (found && (record.Status & BubeGefaltet) != 0) {
-        if (!GetNextF(context, &record, found, TableBube)) return false;
+    while (scan.Found && (scan.Record.Status & BubeGefaltet) != 0) {
+        if (!NextPosting(scan)) return false;
     }
     return true;
 }
@@ -90,25 +79,6 @@ bool GiveKind(ThreadContext &context, uint32_t *out, const AccountNumber &konto)
     return true;
 }
 
-// The rate that makes the smaller amount of a posting, a net one, the greater. Whole percents are tried
-// first, as the tax was rounded to Pfennig. False when no rate can be told.
-bool RateFromAmounts(const BubeRecord &record, RateText &rate)
-{
-    const int64_t net = std::min(MagnitudeOf(record.Soll), MagnitudeOf(record.Haben));
-    const int64_t tax = std::max(MagnitudeOf(record.Soll), MagnitudeOf(record.Haben)) - net;
-    if (net == 0) return false;
-    AmountText netText;
-    AmountOfMagnitude(netText, net, false);
-    for (int64_t percent = 20; percent >= 1; --percent) {
-        AmountText product;
-        RateOfMagnitude(rate, percent * 100);
-        PercentOfAmount(product, netText, rate);
-        if (MagnitudeOf(product) == tax) return true;
-    }
-    const double quotient = static_cast<double>(tax) / 100.0 / (static_cast<double>(net) / 100.0);
-    return RateOfMagnitude(rate, RoundToDecimals(quotient * 100.0, 2));
-}
-
 // Gives the tax rate of a posting. False when the record store fails.
 bool GiveTaxRate(ThreadContext &context, char *out, const BubeRecord &record, int32_t form)
 {
@@ -116,7 +86,7 @@ bool GiveTaxRate(ThreadContext &context, char *out, const BubeRecord &record, in
     RateText rate;
     text::CopyText(rate, zeroRate);
     if ((record.Steuerflags & BubeSteuerErrechnet) != 0) {
-        if (!RateFromAmounts(record, rate)) {
+        if (!RateFromAmounts(record.Soll, record.Haben, rate)) {
             GiveText(out, noRate);
             return true;
         }
@@ -174,13 +144,12 @@ int32_t VARK_CALL VARK_InitHoleBube(int32_t mandant, const char *vonDatum, int32
         if (!SelectYear(*context, yearText)) return engineFailure;
     }
     if (!BeginCursor(*context, TableBube)) return engineFailure;
-    BubeRecord record;
-    bool found = false;
-    if (!ReadFrom(*context, date, record, found) || !SkipFolded(*context, record, found)) {
+    PostingScan scan;
+    if (!BeginPostings(scan, *context, DaysFrom(date)) || !SkipFolded(scan)) {
         return EndCursorWith(*context, engineFailure);
     }
-    if (!found) return EndCursorWith(*context, cursorEmpty);
-    KeepKey(*context, record);
+    if (!scan.Found) return EndCursorWith(*context, cursorEmpty);
+    KeepKey(*context, scan.Record);
     return cursorReady;
 }
 
@@ -193,12 +162,10 @@ int32_t VARK_CALL VARK_HoleBube(uint32_t *splitTeil, char *datum, char *beleg, c
     if (entered != ready) return entered;
     if (context->CursorKind != TableBube) return noSuchCursor;
     if (!ResumeCursor(*context)) return EndCursorWith(*context, engineFailure);
-    BubeRecord record;
-    bool found = false;
-    if (!GetEqual(*context, &record, context->CursorKey, found, TableBube)) {
-        return EndCursorWith(*context, engineFailure);
-    }
-    if (!found) return EndCursorWith(*context, recordGone);
+    PostingScan scan;
+    if (!ResumePostings(scan, *context, context->CursorKey)) return EndCursorWith(*context, engineFailure);
+    if (!scan.Found) return EndCursorWith(*context, recordGone);
+    const BubeRecord &record = scan.Record;
 
     context->SplitPartCounter = NextSplitPart(context->SplitPartCounter, record.Status);
     if (splitTeil != nullptr) *splitTeil = context->SplitPartCounter;
@@ -220,10 +187,8 @@ int32_t VARK_CALL VARK_HoleBube(uint32_t *splitTeil, char *datum, char *beleg, c
         GiveAmount(steuerbetrag, record.Steuer, form);
     }
 
-    if (!GetNextF(*context, &record, found, TableBube) || !SkipFolded(*context, record, found)) {
-        return EndCursorWith(*context, engineFailure);
-    }
-    if (!found) return EndCursorWith(*context, lastDelivered);
+    if (!NextPosting(scan) || !SkipFolded(scan)) return EndCursorWith(*context, engineFailure);
+    if (!scan.Found) return EndCursorWith(*context, lastDelivered);
     KeepKey(*context, record);
     return cursorReady;
 }

@@ -17,6 +17,7 @@ struct AccountHead {
 
 // A record of any of the four tables, long enough for each of them.
 union AnyAccount {
+    char Bytes[sizeof(PersonalRecord)];
     AccountHead Head;
     SakoRecord Sako;
     PersonalRecord Personal;
@@ -71,6 +72,15 @@ constexpr const AccountKind *FindPersonalKind(int32_t kontoart)
 {
     const AccountKind *const kind = FindKind(kontoart);
     return kind != nullptr && kind->OpenItems != TableUnused ? kind : nullptr;
+}
+
+// The kind of a Buchungskontoart, null for any other number.
+constexpr const AccountKind *FindKindOfBuchung(uint8_t art)
+{
+    for (const AccountKind &kind : accountKinds) {
+        if (kind.Buchungsart == art && art != 0) return &kind;
+    }
+    return nullptr;
 }
 
 // The kind that a table holds; that of Sachkonten for a table without accounts.

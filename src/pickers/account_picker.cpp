@@ -1,11 +1,13 @@
 // VARK_HoleKonto: the user chooses an account by number or Kürzel.
 #include "src/frame/dialogs.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/model/accounts.h"
 #include "src/pickers/pick_list.h"
-#include "src/values/amounts.h"
+#include "src/values/account_numbers.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
@@ -41,35 +43,7 @@ constexpr varkui::DialogControl controls[] = {
     {DialogControlKind::PushButton, IDCANCEL, "&Abbrechen"_w, 234, 56, 55, 14, 0, 0},
 };
 
-// The tables that accounts are chosen from. All begin with number and Kürzel and have both as keys.
-struct AccountKind {
-    int32_t Kontoart;
-    TableId Table;
-    const char *Title;
-    size_t NameOffset;
-    size_t NameWidth;
-};
-
-constexpr AccountKind accountKinds[] = {
-    {KontoartSachkonto, TableSako, "Sachkontenauswahl", offsetof(SakoRecord, Name), sizeof(SakoRecord::Name)},
-    {KontoartKreditor, TableKred, "Kreditorenkontenauswahl", offsetof(PersonalRecord, Name1),
-     sizeof(PersonalRecord::Name1)},
-    {KontoartDebitor, TableDebi, "Debitorenkontenauswahl", offsetof(PersonalRecord, Name1),
-     sizeof(PersonalRecord::Name1)},
-    {KontoartKostenstelle, TableKore, "Kostenstellenauswahl", offsetof(KoreRecord, Name),
-     sizeof(KoreRecord::Name)},
-};
-
-constexpr size_t kuerzelOffset = offsetof(SakoRecord, Kuerzel);
-constexpr size_t kuerzelWidth = sizeof SakoRecord::Kuerzel;
-static_assert(offsetof(PersonalRecord, Kuerzel) == kuerzelOffset &&
-              sizeof PersonalRecord::Kuerzel == kuerzelWidth);
-static_assert(offsetof(KoreRecord, Kuerzel) == kuerzelOffset && sizeof KoreRecord::Kuerzel == kuerzelWidth);
-static_assert(offsetof(SakoRecord, Konto) == 0 && offsetof(PersonalRecord, Konto) == 0 &&
-              offsetof(KoreRecord, Nummer) == 0);
-
-constexpr size_t longestRecord = sizeof(PersonalRecord);
-static_assert(longestRecord >= sizeof(SakoRecord) && longestRecord >= sizeof(KoreRecord));
+constexpr size_t kuerzelWidth = sizeof AccountHead::Kuerzel;
 
 enum class Sorting { ByNumber, ByKuerzel };
 
@@ -94,40 +68,28 @@ void AppendColumn(AccountLine &line, size_t &length, const char *field, size_t w
     length += count;
 }
 
-void FormatLine(const AccountPick &pick, const char *record, AccountLine &line)
+void FormatLine(const AccountPick &pick, const AnyAccount &record, AccountLine &line)
 {
     AccountNumber konto;
-    CopyText(konto, sizeof konto, record, sizeof konto - 1);
-    TrimLeft(konto, sizeof konto);
-    const char *const kuerzel = record + kuerzelOffset;
+    StripNumber(konto, record.Head.Konto);
+    const char *const kuerzel = record.Head.Kuerzel;
     const bool isByNumber = pick.SortedBy == Sorting::ByNumber;
     size_t length = 0;
     AppendColumn(line, length, isByNumber ? konto : kuerzel, isByNumber ? sizeof konto : kuerzelWidth);
     line[length++] = '\t';
     AppendColumn(line, length, isByNumber ? kuerzel : konto, isByNumber ? kuerzelWidth : sizeof konto);
     line[length++] = '\t';
-    AppendColumn(line, length, record + pick.Kind.NameOffset, pick.Kind.NameWidth);
+    AppendColumn(line, length, record.Bytes + pick.Kind.NameOffset, pick.Kind.NameWidth);
     line[length] = 0;
 }
 
-// Numbers are compared in their right-justified form, in which shorter ones come first.
-bool IsBefore(const char *konto, const AccountNumber &limit)
-{
-    return limit[0] != 0 && std::strncmp(konto, limit, accountDigits) < 0;
-}
-
-bool IsBehind(const char *konto, const AccountNumber &limit)
-{
-    return limit[0] != 0 && std::strncmp(konto, limit, accountDigits) > 0;
-}
-
-bool ReadFirst(const AccountPick &pick, char *record, bool &found)
+bool ReadFirst(const AccountPick &pick, AnyAccount &record, bool &found)
 {
     ThreadContext &context = pick.Context;
     const TableId table = pick.Kind.Table;
-    if (pick.SortedBy == Sorting::ByKuerzel) return GetFirstF(context, record, found, KeyCode(table, 1));
-    if (pick.Von[0] == 0) return GetFirstF(context, record, found, table);
-    return GetGreaterEqualF(context, record, KeyOfText(pick.Von, sizeof pick.Von), found, table);
+    if (pick.SortedBy == Sorting::ByKuerzel) return GetFirstF(context, &record, found, KeyCode(table, 1));
+    if (pick.Von[0] == 0) return GetFirstF(context, &record, found, table);
+    return GetGreaterEqualF(context, &record, KeyOfText(pick.Von, sizeof pick.Von), found, table);
 }
 
 // Adds the accounts in range. 1; below 0 what the dialog ends with.
@@ -135,13 +97,14 @@ int32_t AddAccounts(const AccountPick &pick, HWND dialog)
 {
     const bool isByNumber = pick.SortedBy == Sorting::ByNumber;
     const TableKeyCode code = KeyCode(pick.Kind.Table, isByNumber ? 0 : 1);
-    char record[longestRecord];
+    AnyAccount record;
+    const AccountNumber &konto = record.Head.Konto;
     bool found = false;
     bool isEmpty = true;
     if (!ReadFirst(pick, record, found)) return engineFailure;
-    while (found && !(isByNumber && IsBehind(record, pick.Bis))) {
+    while (found && !(isByNumber && IsBehindLimit(konto, pick.Bis))) {
         // In the order of the Kürzel accounts inside and outside of the range follow each other.
-        if (!IsBefore(record, pick.Von) && !IsBehind(record, pick.Bis)) {
+        if (!IsBeforeLimit(konto, pick.Von) && !IsBehindLimit(konto, pick.Bis)) {
             AccountLine line;
             FormatLine(pick, record, line);
             const LRESULT added =
@@ -152,7 +115,7 @@ int32_t AddAccounts(const AccountPick &pick, HWND dialog)
             }
             isEmpty = false;
         }
-        if (!GetNextF(pick.Context, record, found, code)) return engineFailure;
+        if (!GetNextF(pick.Context, &record, found, code)) return engineFailure;
     }
     return isEmpty ? nothingInRange : 1;
 }
@@ -264,31 +227,16 @@ INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
     return TRUE;
 }
 
-const AccountKind *KindOf(int32_t kontoart)
-{
-    for (const AccountKind &kind : accountKinds) {
-        if (kind.Kontoart == kontoart) return &kind;
-    }
-    return nullptr;
-}
-
-void TakeLimit(AccountNumber &limit, const char *text)
-{
-    CopyText(limit, text);
-    if (limit[0] != 0) RightJustify(limit, accountDigits);
-}
-
 int32_t PickAccount(ThreadContext &context, HWND owner, const AccountKind &kind, const char *von,
                     const char *bis, char *out)
 {
     AccountPick pick = {context, kind, {}, {}, Sorting::ByNumber, false, pickCancelled, {}};
-    TakeLimit(pick.Von, von);
-    TakeLimit(pick.Bis, bis);
-    const int32_t opened = context.OpenCounts[kind.Table];
-    if (!OpenTable(context, kind.Table)) return engineFailure;
-    const varkui::DialogTable dialog = {102, kind.Title, 296, 185, controls, std::size(controls), 0};
+    JustifyLimit(pick.Von, von);
+    JustifyLimit(pick.Bis, bis);
+    HeldTables held(context);
+    if (!Hold(held, kind.Table)) return engineFailure;
+    const varkui::DialogTable dialog = {102, kind.PickTitle, 296, 185, controls, std::size(controls), 0};
     if (!RunDialog(dialog, owner, Procedure, &pick)) pick.Result = engineFailure;
-    CloseTableTo(context, kind.Table, opened);
     if (pick.Result == 1 && out != nullptr) CopyText(out, sizeof pick.Konto, pick.Konto, sizeof pick.Konto);
     return pick.Result;
 }
@@ -308,7 +256,7 @@ int32_t VARK_CALL VARK_HoleKonto(VarkWindow owner, int32_t mandant, int32_t kont
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
-    const AccountKind *kind = KindOf(kontoart);
+    const AccountKind *const kind = FindKind(kontoart);
     if (kind == nullptr) return kontoartRefused;
     return PickAccount(*context, static_cast<HWND>(owner), *kind, von, bis, out);
 }

@@ -16,6 +16,13 @@ template <typename Text> void JustifyNumber(AccountNumber &out, const Text &text
     RightJustify(out, accountDigits);
 }
 
+// The limit of a range, an empty one of which stays empty.
+template <typename Text> void JustifyLimit(AccountNumber &out, const Text &text)
+{
+    text::CopyText(out, text);
+    if (out[0] != 0) RightJustify(out, accountDigits);
+}
+
 // "   1200" to "1200", NUL behind its end.
 inline void StripNumber(AccountNumber &out, const AccountNumber &number)
 {

@@ -50,8 +50,7 @@ bool ReadAccount(ThreadContext &context, TableId slot, const AccountNumber &numb
 
 void CopyAccountName(char *out, size_t size, const AccountKind &kind, const AnyAccount &record)
 {
-    const char *const name = reinterpret_cast<const char *>(&record) + kind.NameOffset;
-    text::CopyText(out, size, name, kind.NameWidth - 1);
+    text::CopyText(out, size, record.Bytes + kind.NameOffset, kind.NameWidth - 1);
 }
 
 void CopyNumberAndKuerzel(AccountNumber &number, char (&kuerzel)[9], const AnyAccount &record)

@@ -12,6 +12,7 @@ using text::CopyText;
 
 namespace {
 
+constexpr PackedDate noDay = "";
 constexpr size_t dayDigits = sizeof(SortDate) - 1;
 
 static_assert(sizeof(DayRange::Von) == dayDigits + 4);
@@ -80,6 +81,13 @@ DayRange DaysOf(const PackedDate &von, const PackedDate &bis)
     return days;
 }
 
+DayRange DaysFrom(const PackedDate &von)
+{
+    DayRange days = DaysOf(von, noDay);
+    std::memset(days.Bis, 0xFF, sizeof days.Bis);
+    return days;
+}
+
 bool LiesBehind(const BubeRecord &record, const DayRange &days)
 {
     return std::memcmp(record.Schluessel.Folge, days.Bis, sizeof days.Bis) > 0;
@@ -140,6 +148,15 @@ bool BeginPostingsByEntry(PostingScan &scan, ThreadContext &context, const DayRa
     CopyText(first, sizeof first, days.Von, dayDigits);
     return Begin(scan, context, KeyOfText(first, sizeof first), days,
                  KeyCode(TableBube, bubeByBuchungsdatum));
+}
+
+bool ResumePostings(PostingScan &scan, ThreadContext &context, const KeyBuffer &key)
+{
+    CopyText(scan.Konto, "");
+    scan.Code = TableBube;
+    scan.Context = &context;
+    scan.Days = DaysFrom(noDay);
+    return GetEqual(context, &scan.Record, key, scan.Found, TableBube);
 }
 
 bool NextPosting(PostingScan &scan)

@@ -26,6 +26,9 @@ struct DayRange {
 
 DayRange DaysOf(const PackedDate &von, const PackedDate &bis);
 
+// From a day to the end of the table.
+DayRange DaysFrom(const PackedDate &von);
+
 // Whether the key of a posting lies behind the last day.
 bool LiesBehind(const BubeRecord &record, const DayRange &days);
 
@@ -66,6 +69,10 @@ bool BeginPostingsOf(PostingScan &scan, ThreadContext &context, const AccountNum
 // The same in the order of the Buchungsdatum (key 7), which the days mean here. A posting without one lies
 // before every day.
 bool BeginPostingsByEntry(PostingScan &scan, ThreadContext &context, const DayRange &days);
+
+// Goes to the posting with this key 0 (all 18 bytes), with every later one behind it. Found is false where it
+// is gone: nothing else takes its place.
+bool ResumePostings(PostingScan &scan, ThreadContext &context, const KeyBuffer &key);
 
 // Goes to the next one. False when the record store failed.
 bool NextPosting(PostingScan &scan);

@@ -89,6 +89,7 @@ bool NextNode(TreeScan &scan)
 {
     if (scan.Place == TreePlace::Ungrouped) return ReadNextUngrouped(scan);
     scan.Found = false;
+    if (scan.Place == TreePlace::End) return true;
     for (;;) {
         while (scan.Level >= rootLevel && scan.NextIds[scan.Level] == 0) {
             --scan.Level;
@@ -111,6 +112,8 @@ bool NextNode(TreeScan &scan)
         return true;
     }
 }
+
+void EndTree(TreeScan &scan) { scan.Place = TreePlace::End; }
 
 const char *TitleAbove(const TreeScan &scan) { return scan.Titles[scan.TitleLevel]; }
 

@@ -26,6 +26,7 @@ enum class TreePlace {
     Group,
     Leaf,
     Ungrouped, // an account outside the tree, always with depth 0
+    End,       // nothing more is wanted
 };
 
 struct TreeScan {
@@ -53,6 +54,9 @@ bool BeginTree(TreeScan &scan, TableId table);
 
 // Goes to the next node. False as above.
 bool NextNode(TreeScan &scan);
+
+// Has the next step find the end, whatever is left.
+void EndTree(TreeScan &scan);
 
 // The title of the group that the present node hangs below, with its NUL: the root's for depth 0, empty for
 // what lies beside the root or outside the tree.

@@ -18,7 +18,6 @@ constexpr uint16_t operationOpen = 0;
 constexpr uint16_t operationGetEqual = 5;
 constexpr uint16_t operationGetNext = 6;
 constexpr uint16_t operationGetGreaterEqual = 9;
-constexpr uint16_t operationGetFirst = 12;
 
 const Lines dateMessage = {"Das Belegdatum ist unzulässig!"};
 const Lines formMessage = {"Das Ausgabeformat ist unzulässig!"};
@@ -587,7 +586,7 @@ TEST_F(PostingCursor, FailuresOfTheRecordStoreAtTheStart)
     EXPECT_EQ(-3, Init("1.1.98"));
     StopEngineFaults();
     EXPECT_EQ(-40, Next().Code);
-    FailEngineOperation(operationGetFirst, 1, 2);
+    FailEngineOperation(operationGetGreaterEqual, 1, 2);
     EXPECT_EQ(-3, Init(""));
     StopEngineFaults();
     FailEngineOperation(operationGetEqual, 1, 2);

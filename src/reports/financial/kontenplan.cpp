@@ -3,11 +3,11 @@
 #include "src/booking/tax_rates.h"
 #include "src/frame/mandant.h"
 #include "src/frame/record_store.h"
-#include "src/model/structure_records.h"
 #include "src/reports/frame/report_run.h"
 #include "src/values/account_numbers.h"
-#include "src/values/amounts.h"
 #include "src/values/dates.h"
+#include "src/walks/account_walk.h"
+#include "src/walks/tree_walk.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
@@ -119,17 +119,15 @@ struct Kontenplan {
     AccountNumber Bis;
     RateText Regelsatz; // of today
     RateText Ermaessigt;
-    int NodesLeft; // a damaged tree whose nodes go round comes to an end as well
 };
 
-// Where a line stands.
-struct GroupPath {
-    GroupLabel Label;
-    GroupTitle Title;
-};
+// The trees in the order of the report.
+constexpr struct {
+    TableId Table;
+    const char *Label;
+} trees[] = {{TableGuvauf, "GuV"}, {TableBilaktau, "Bilanz Aktiv"}, {TableBilpasau, "Bilanz Passiv"}};
 
-constexpr int mostNodes = 1000000;
-constexpr int deepestTree = 100;
+constexpr char notAssigned[] = "ohne Zuordnung";
 constexpr char noTax[] = "00,00";
 
 bool SendHeader(const ReportRun &run)
@@ -142,23 +140,20 @@ bool SendHeader(const ReportRun &run)
 
 // ---- Kreditoren and Debitoren ----
 
-bool SendPeko(const Kontenplan &plan, const PersonalRecord &record)
+bool SendPeko(const Kontenplan &plan, const AccountScan &account)
 {
     const ThreadContext &context = *plan.Context;
+    const PersonalRecord &record = account.Record.Personal;
     PekoLine line{};
-    CopyText(line.Konto, record.Konto);
-    TrimLeft(line.Konto, sizeof line.Konto);
-    CopyText(line.Kuerzel, record.Kuerzel);
+    FillAccount(line.Konto, line.Kuerzel, line.Name1, *account.Kind, account.Record);
     line.IsZustandEins = record.Zustand == 1 ? 1 : 0;
     PackedToCalendar(record.Datum, line.Datum, context.FirstFiscalMonth);
-    CopyText(line.Name1, record.Name1);
     CopyText(line.Name2, record.Name2);
     CopyText(line.Adresse1, record.Adresse1);
     CopyText(line.Plz, record.Plz);
     CopyText(line.Land, record.Land);
     CopyText(line.Adresse2, record.Adresse2);
-    CopyText(line.Gegenkonto, record.Gegenkonto);
-    TrimLeft(line.Gegenkonto, sizeof line.Gegenkonto);
+    StripNumber(line.Gegenkonto, record.Gegenkonto);
     CopyText(line.Blz, record.Blz);
     CopyText(line.Bankkonto, record.Bankkonto);
     CopyText(line.Bank, record.Bank);
@@ -174,17 +169,13 @@ bool SendPeko(const Kontenplan &plan, const PersonalRecord &record)
     return AddReportRecord(plan.Run->Report, 1, &line);
 }
 
-bool SendPekos(const Kontenplan &plan, TableId table)
+bool SendPekos(const Kontenplan &plan, const AccountKind &kind)
 {
-    ThreadContext &context = *plan.Context;
-    if (!SendHeader(*plan.Run) || !OpenTable(context, table)) return false;
-    PersonalRecord record{};
-    bool found = false;
-    bool isGood = GetGreaterEqualF(context, &record, KeyOfText(plan.Von, sizeof plan.Von), found, table);
-    while (isGood && found && !IsBehindLimit(record.Konto, plan.Bis)) {
-        isGood = SendPeko(plan, record) && GetNextF(context, &record, found, table);
+    AccountScan account;
+    bool isGood = SendHeader(*plan.Run) && BeginAccounts(account, *plan.Context, kind, plan.Von, plan.Bis);
+    while (isGood && account.Found) {
+        isGood = SendPeko(plan, account) && NextAccount(account);
     }
-    CloseTable(context, table);
     return isGood;
 }
 
@@ -236,17 +227,16 @@ void FillTax(const Kontenplan &plan, const SakoRecord &record, SachkontoLine &li
     }
 }
 
-bool SendSachkonto(const Kontenplan &plan, const SakoRecord &record, const GroupPath &path)
+// The line of an account under a list's label and a group's title.
+bool SendSachkonto(const Kontenplan &plan, const AnyAccount &account, const char *label, const char *title)
 {
+    const SakoRecord &record = account.Sako;
     SachkontoLine line{};
-    CopyText(line.Konto, record.Konto);
-    TrimLeft(line.Konto, sizeof line.Konto);
-    CopyText(line.Kuerzel, record.Kuerzel);
+    FillAccount(line.Konto, line.Kuerzel, line.Name, KindOfTable(TableSako), account);
     line.IsZustandEins = record.Zustand == 1 ? 1 : 0;
     PackedToCalendar(record.Datum, line.Datum, plan.Context->FirstFiscalMonth);
-    CopyText(line.Name, record.Name);
-    CopyText(line.Liste, path.Label);
-    CopyText(line.Gruppe, path.Title);
+    CopyText(line.Liste, label);
+    CopyText(line.Gruppe, title);
     FillTax(plan, record, line);
     line.HasFestenSatz = record.FesterSatz != 0 ? 1 : 0;
     line.HasKontenplanflag = record.Kontenplanflag != 0 ? 1 : 0;
@@ -255,108 +245,69 @@ bool SendSachkonto(const Kontenplan &plan, const SakoRecord &record, const Group
     return AddReportRecord(plan.Run->Report, 1, &line);
 }
 
-void NumberOfNode(const StructureRecord &node, AccountNumber &number)
+// A leaf of a tree. One without its account is left out.
+bool SendLeaf(const Kontenplan &plan, const TreeScan &tree, const char *label)
 {
-    CopyText(number, node.Text);
-    RightJustify(number, accountDigits);
-}
-
-bool FindSachkonto(const Kontenplan &plan, const StructureRecord &node, SakoRecord &record, bool &found)
-{
-    AccountNumber number;
-    NumberOfNode(node, number);
-    return GetEqual(*plan.Context, &record, KeyOfText(number, sizeof number), found, TableSako);
-}
-
-// A leaf of the tree. One without its account is left out.
-bool SendLeaf(const Kontenplan &plan, const StructureRecord &node, const GroupPath &path)
-{
-    AccountNumber number;
-    NumberOfNode(node, number);
-    const bool isBefore = plan.Von[0] != 0 && std::memcmp(number, plan.Von, accountDigits) < 0;
-    if (isBefore || IsBehindLimit(number, plan.Bis)) return true;
-    SakoRecord record{};
+    if (tree.IsGegenposten || IsBeforeLimit(tree.Konto, plan.Von) || IsBehindLimit(tree.Konto, plan.Bis))
+        return true;
+    AnyAccount account;
     bool found = false;
-    if (!FindSachkonto(plan, node, record, found)) return false;
-    return !found || SendSachkonto(plan, record, path);
+    if (!ReadAccount(*plan.Context, TableSako, tree.Konto, account, found)) return false;
+    return !found || SendSachkonto(plan, account, label, TitleAbove(tree));
 }
 
-// The node `id`, what hangs below it, and the siblings behind it. A node that is missing is a damaged tree.
-bool Walk(Kontenplan &plan, TableId table, const GroupPath &path, int32_t id, int depth)
+// An account that was placed in the table but in no group. Only the upper limit ends their list, and here an
+// account that is missing is a failure.
+bool SendUngrouped(const Kontenplan &plan, TreeScan &tree, const char *label)
 {
-    if (depth > deepestTree) return false;
-    StructureRecord node{};
-    for (; id != 0; id = node.Next) {
-        bool found = false;
-        if (--plan.NodesLeft < 0) return false;
-        if (!GetEqual(*plan.Context, &node, KeyOfNumber(id), found, table) || !found) return false;
-        if ((node.Art & StructureGruppe) != 0) {
-            GroupPath inner = path;
-            CopyText(inner.Title, node.Text);
-            if (node.Child != 0 && !Walk(plan, table, inner, node.Child, depth + 1)) return false;
-        } else if ((node.Art & StructureGegenposten) == 0 && !SendLeaf(plan, node, path)) {
-            return false;
-        }
-    }
+    AnyAccount account;
+    bool found = false;
+    if (!ReadAccount(*plan.Context, TableSako, tree.Konto, account, found) || !found) return false;
+    if (!IsBehindLimit(tree.Konto, plan.Bis)) return SendSachkonto(plan, account, label, notAssigned);
+    EndTree(tree);
     return true;
 }
 
-// The accounts that were placed in a table but in no group of it. Only the upper limit ends their list, and
-// here an account that is missing is a failure.
-bool SendUngrouped(const Kontenplan &plan, TableId table, const GroupPath &path)
+bool SendNode(const Kontenplan &plan, TreeScan &tree, const char *label)
 {
-    ThreadContext &context = *plan.Context;
-    StructureRecord node{};
-    bool found = false;
-    bool isGood = GetEqual(context, &node, KeyOfNumber(0), found, table);
-    while (isGood && found && node.Id == 0) {
-        SakoRecord record{};
-        bool exists = false;
-        if (!FindSachkonto(plan, node, record, exists) || !exists) return false;
-        if (IsBehindLimit(record.Konto, plan.Bis)) break;
-        isGood = SendSachkonto(plan, record, path) && GetNextF(context, &node, found, table);
+    switch (tree.Place) {
+    case TreePlace::Leaf: return SendLeaf(plan, tree, label);
+    case TreePlace::Ungrouped: return SendUngrouped(plan, tree, label);
+    default: return true;
     }
-    return isGood;
 }
 
-bool SendTree(Kontenplan &plan, TableId table, const char *label)
+bool SendTree(const Kontenplan &plan, TableId table, const char *label)
 {
-    GroupPath path{};
-    CopyText(path.Label, label);
-    if (!OpenTable(*plan.Context, table)) return false;
-    plan.NodesLeft = mostNodes;
-    bool isGood = Walk(plan, table, path, structureRoot, 0);
-    CopyText(path.Title, "ohne Zuordnung");
-    isGood = isGood && SendUngrouped(plan, table, path);
-    CloseTable(*plan.Context, table);
+    TreeScan tree(*plan.Context);
+    bool isGood = BeginTree(tree, table);
+    while (isGood && tree.Found) {
+        isGood = SendNode(plan, tree, label) && NextNode(tree);
+    }
     return isGood;
 }
 
 // The accounts that belong nowhere.
 bool SendUnassigned(const Kontenplan &plan)
 {
-    ThreadContext &context = *plan.Context;
-    GroupPath path{};
-    CopyText(path.Label, "ohne Zuordnung");
-    SakoRecord record{};
-    bool found = false;
-    bool isGood = GetGreaterEqualF(context, &record, KeyOfText(plan.Von, sizeof plan.Von), found, TableSako);
-    while (isGood && found && !IsBehindLimit(record.Konto, plan.Bis)) {
-        if (record.Zuordnung == ZuordnungKeine) isGood = SendSachkonto(plan, record, path);
-        isGood = isGood && GetNextF(context, &record, found, TableSako);
+    AccountScan account;
+    bool isGood = BeginAccounts(account, *plan.Context, KindOfTable(TableSako), plan.Von, plan.Bis);
+    while (isGood && account.Found) {
+        const bool isUnassigned = account.Record.Sako.Zuordnung == ZuordnungKeine;
+        isGood =
+            (!isUnassigned || SendSachkonto(plan, account.Record, notAssigned, "")) && NextAccount(account);
     }
     return isGood;
 }
 
 bool SendSachkonten(Kontenplan &plan)
 {
-    ThreadContext &context = *plan.Context;
     FindRates(plan);
-    if (!SendHeader(*plan.Run) || !OpenTable(context, TableSako)) return false;
-    const bool isGood = SendTree(plan, TableGuvauf, "GuV") && SendTree(plan, TableBilaktau, "Bilanz Aktiv") &&
-                        SendTree(plan, TableBilpasau, "Bilanz Passiv") && SendUnassigned(plan);
-    CloseTable(context, TableSako);
-    return isGood;
+    if (!SendHeader(*plan.Run)) return false;
+    for (const auto &tree : trees) {
+        if (!SendTree(plan, tree.Table, tree.Label)) return false;
+    }
+    return SendUnassigned(plan);
 }
 
 bool SendRecords(ReportRun &run)
@@ -364,8 +315,8 @@ bool SendRecords(ReportRun &run)
     Kontenplan plan{};
     plan.Run = &run;
     plan.Context = run.Context;
-    const TableId table = RangeLimits(run.Choice.Range, plan.Von, plan.Bis);
-    return table == TableSako ? SendSachkonten(plan) : SendPekos(plan, table);
+    const AccountKind &kind = KindOfTable(RangeLimits(run.Choice.Range, plan.Von, plan.Bis));
+    return kind.Table == TableSako ? SendSachkonten(plan) : SendPekos(plan, kind);
 }
 
 ReportRow RowOf(const ReportRun &run)

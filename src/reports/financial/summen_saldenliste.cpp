@@ -2,11 +2,10 @@
 // month's turnover up to the day, the cumulated turnover, and the sums.
 #include "src/booking/balances.h"
 #include "src/frame/mandant.h"
-#include "src/frame/record_store.h"
 #include "src/reports/frame/report_run.h"
-#include "src/values/account_numbers.h"
-#include "src/values/amounts.h"
 #include "src/values/dates.h"
+#include "src/values/sums.h"
+#include "src/walks/account_walk.h"
 #include "text/fixed_text.h"
 
 #include <cstddef>
@@ -53,12 +52,6 @@ static_assert(offsetof(SaldenLine, Summe) == 136);
 static_assert(offsetof(SaldenLine, HasMovement) == 162);
 static_assert(sizeof(SaldenLine) == 166);
 
-// What a line takes from an account's record, whichever of the two layouts that has.
-union AccountRecord {
-    SakoRecord Sako;
-    PersonalRecord Personal;
-};
-
 bool SendHeader(const ReportRun &run)
 {
     const ThreadContext &context = *run.Context;
@@ -70,46 +63,19 @@ bool SendHeader(const ReportRun &run)
     return AddReportRecord(run.Report, 0, &header);
 }
 
-// An empty field of a record goes out as the zero amount.
-void CopyAmounts(SollHaben &to, const SollHaben &from)
+bool SendLine(const ReportRun &run, const AccountScan &account)
 {
-    CopyText(to.Soll, from.Soll[0] != 0 ? from.Soll : zeroAmount);
-    CopyText(to.Haben, from.Haben[0] != 0 ? from.Haben : zeroAmount);
-}
-
-bool Accumulate(SollHaben &total, const SollHaben &more)
-{
-    return AccumulateAmount(total.Soll, more.Soll) && AccumulateAmount(total.Haben, more.Haben);
-}
-
-bool HasAmount(const SollHaben &amounts)
-{
-    return !IsZeroAmount(amounts.Soll) || !IsZeroAmount(amounts.Haben);
-}
-
-bool SendLine(const ReportRun &run, TableId table, const AccountRecord &record)
-{
-    const bool isSako = table == TableSako;
-    const AccountSums &sums = isSako ? record.Sako.Umsaetze : record.Personal.Umsaetze;
+    const AccountSums &sums = SumsOf(*account.Kind, account.Record);
     const PackedDate &date = run.Choice.Period.BisDatum;
     SaldenLine line{};
-    CopyText(line.Konto, record.Sako.Konto);
-    TrimLeft(line.Konto, sizeof line.Konto);
-    CopyText(line.Kuerzel, record.Sako.Kuerzel);
-    if (isSako) {
-        CopyText(line.Name, record.Sako.Name);
-    } else {
-        CopyText(line.Name, record.Personal.Name1);
-    }
+    FillAccount(line.Konto, line.Kuerzel, line.Name, *account.Kind, account.Record);
     CopyAmounts(line.Vortrag, sums.Vortrag);
-    if (!AccountSumsToDate(*run.Context, record.Sako.Konto, sums, date, 0, TableBube, line.Monat))
+    if (!AccountSumsToDate(*run.Context, account.Record.Head.Konto, sums, date, 0, TableBube, line.Monat))
         return false;
     CopyAmounts(line.Kumuliert, line.Monat);
-    for (int month = 1; month < FiscalMonthOf(date); ++month) {
-        if (!Accumulate(line.Kumuliert, sums.Monat[month - 1])) return false;
-    }
+    if (!SumMonths(line.Kumuliert, sums, 1, FiscalMonthOf(date) - 1)) return false;
     CopyAmounts(line.Summe, line.Vortrag);
-    if (!Accumulate(line.Summe, line.Kumuliert)) return false;
+    if (!AddPair(line.Summe, line.Kumuliert)) return false;
     line.HasMovement = HasAmount(line.Vortrag) || HasAmount(line.Kumuliert) ? 1 : 0;
     return AddReportRecord(run.Report, 1, &line);
 }
@@ -120,15 +86,12 @@ bool SendRecords(ReportRun &run)
     if (!SelectYear(context, run.Choice.Period.JahrText)) return false;
     AccountNumber von;
     AccountNumber bis;
-    const TableId table = RangeLimits(run.Choice.Range, von, bis);
-    if (!SendHeader(run) || !OpenTable(context, table)) return false;
-    AccountRecord record{};
-    bool found = false;
-    bool isGood = GetGreaterEqualF(context, &record, KeyOfText(von, sizeof von), found, table);
-    while (isGood && found && !IsBehindLimit(record.Sako.Konto, bis)) {
-        isGood = SendLine(run, table, record) && GetNextF(context, &record, found, table);
+    const AccountKind &kind = KindOfTable(RangeLimits(run.Choice.Range, von, bis));
+    AccountScan account;
+    bool isGood = SendHeader(run) && BeginAccounts(account, context, kind, von, bis);
+    while (isGood && account.Found) {
+        isGood = SendLine(run, account) && NextAccount(account);
     }
-    CloseTable(context, table);
     return isGood;
 }
 

@@ -1,9 +1,9 @@
 #include "src/reports/frame/account_range.h"
 
 #include "src/frame/record_store.h"
-#include "src/model/account_records.h"
-#include "src/model/company_records.h"
-#include "src/values/amounts.h"
+#include "src/model/accounts.h"
+#include "src/values/account_numbers.h"
+#include "src/walks/account_walk.h"
 #include "text/fixed_text.h"
 
 #include <cstdlib>
@@ -17,32 +17,11 @@ namespace {
 
 constexpr UINT messageRange = WM_USER + 5; // a notification of a control of the group, after its own handling
 
-struct KindOfAccount {
-    int16_t Kontoart;
-    int Button;
-    TableId Table;
-};
+// The radio button of a kind: they follow each other as the kinds do.
+int ButtonOf(const AccountKind &kind) { return controlSachkonten + static_cast<int>(&kind - accountKinds); }
 
-// In the order in which an account of unknown kind is looked for.
-constexpr KindOfAccount kinds[] = {
-    {KontoartSachkonto, controlSachkonten, TableSako},
-    {KontoartKreditor, controlKreditoren, TableKred},
-    {KontoartDebitor, controlDebitoren, TableDebi},
-    {KontoartKostenstelle, controlKostenstellen, TableKore},
-};
-
-// Number and Kürzel stand at the head of the records of all four tables.
-struct RecordHead {
-    AccountNumber Konto;
-    char Kuerzel[10];
-};
-
-union AnyAccount {
-    RecordHead Head;
-    SakoRecord Sako;
-    PersonalRecord Personal;
-    KoreRecord Kore;
-};
+static_assert(controlKreditoren == controlSachkonten + 1 && controlDebitoren == controlSachkonten + 2 &&
+              controlKostenstellen == controlSachkonten + 3);
 
 bool HasControl(HWND dialog, int control) { return GetDlgItem(dialog, control) != nullptr; }
 
@@ -55,8 +34,8 @@ void SetCheck(HWND dialog, int button, bool isChecked)
 
 void ShowKind(HWND dialog, int16_t kontoart)
 {
-    for (const KindOfAccount &kind : kinds) {
-        SetCheck(dialog, kind.Button, kind.Kontoart == kontoart);
+    for (const AccountKind &kind : accountKinds) {
+        SetCheck(dialog, ButtonOf(kind), kind.Art == kontoart);
     }
 }
 
@@ -73,8 +52,8 @@ void ShowEinzeln(HWND dialog, const AccountRangeState &state)
     if (!HasControl(dialog, controlEinzeln)) return;
     const bool isSingle = state.EinzelnState != 0;
     SetCheck(dialog, controlEinzeln, isSingle);
-    for (const KindOfAccount &kind : kinds) {
-        if (HWND button = GetDlgItem(dialog, kind.Button); button != nullptr)
+    for (const AccountKind &kind : accountKinds) {
+        if (HWND button = GetDlgItem(dialog, ButtonOf(kind)); button != nullptr)
             EnableWindow(button, isSingle ? FALSE : TRUE);
     }
     for (const int control : {controlKontoBis, controlBisLabel}) {
@@ -99,8 +78,7 @@ bool IsAllDigits(const char *text)
 // Writes a record's number without blanks to `out` and into the edit.
 void TakeNumber(HWND dialog, int control, const AnyAccount &record, AccountNumber &out)
 {
-    CopyText(out, record.Head.Konto);
-    TrimLeft(out, sizeof out);
+    StripNumber(out, record.Head.Konto);
     SetDlgItemTextA(dialog, control, out);
 }
 
@@ -114,12 +92,6 @@ bool FindByKuerzel(ThreadContext &context, TableId table, const char *begin, Any
     return read && found && std::strncmp(record.Head.Kuerzel, begin, std::strlen(begin)) == 0;
 }
 
-bool FindByNumber(ThreadContext &context, TableId table, const AccountNumber &number, AnyAccount &record)
-{
-    bool found = false;
-    return GetEqual(context, &record, KeyOfText(number, sizeof number), found, table) && found;
-}
-
 // Turns what stands in an edit into a number. `kontoart` 0 looks through all kinds. Returns the kind, 0 for
 // none.
 int16_t ResolveAccountText(HWND dialog, ThreadContext &context, int control, int16_t kontoart,
@@ -130,32 +102,24 @@ int16_t ResolveAccountText(HWND dialog, ThreadContext &context, int control, int
     TrimLeft(typed, sizeof typed);
     AnyAccount record{};
     if (!IsAllDigits(typed)) {
-        for (const KindOfAccount &kind : kinds) {
-            if (kontoart != 0 && kind.Kontoart != kontoart) continue;
+        for (const AccountKind &kind : accountKinds) {
+            if (kontoart != 0 && kind.Art != kontoart) continue;
             if (!FindByKuerzel(context, kind.Table, typed, record)) continue;
             TakeNumber(dialog, control, record, out);
-            return kind.Kontoart;
+            return kind.Art;
         }
     }
     CopyText(out, typed);
     if (kontoart != 0) return kontoart;
     AccountNumber number;
-    CopyText(number, typed);
-    RightJustify(number, accountDigits);
-    for (const KindOfAccount &kind : kinds) {
-        if (!FindByNumber(context, kind.Table, number, record)) continue;
+    JustifyNumber(number, typed);
+    for (const AccountKind &kind : accountKinds) {
+        bool found = false;
+        if (!ReadAccount(context, kind.Table, number, record, found) || !found) continue;
         TakeNumber(dialog, control, record, out);
-        return kind.Kontoart;
+        return kind.Art;
     }
     return 0;
-}
-
-const KindOfAccount *KindOf(int16_t kontoart)
-{
-    for (const KindOfAccount &kind : kinds) {
-        if (kind.Kontoart == kontoart) return &kind;
-    }
-    return nullptr;
 }
 
 void AcceptSingle(HWND dialog, AccountRangeState &state, AccountRangeSelection &selection)
@@ -163,8 +127,8 @@ void AcceptSingle(HWND dialog, AccountRangeState &state, AccountRangeSelection &
     selection.Einzeln = 1;
     AccountNumber number{};
     int16_t kontoart = ResolveAccountText(dialog, *state.Context, controlKontoVon, 0, number);
-    const KindOfAccount *const kind = KindOf(kontoart);
-    if (kind == nullptr || !HasControl(dialog, kind->Button)) {
+    const AccountKind *const kind = FindKind(kontoart);
+    if (kind == nullptr || !HasControl(dialog, ButtonOf(*kind))) {
         state.NotFound = 1;
         kontoart = KontoartSachkonto;
     } else {
@@ -201,11 +165,11 @@ void HandleNotification(AccountRangeState &state, HWND dialog, int control, int 
         return;
     }
     if (notification != BN_CLICKED) return;
-    for (const KindOfAccount &kind : kinds) {
-        if (kind.Button != control) continue;
+    for (const AccountKind &kind : accountKinds) {
+        if (ButtonOf(kind) != control) continue;
         // The old kind's button is still checked, so what was typed is kept under the old kind.
         AcceptAccountRange(dialog, state, state.Selection);
-        state.Selection.KontoArt = kind.Kontoart;
+        state.Selection.KontoArt = kind.Art;
         ShowAccountRange(dialog, state);
     }
 }
@@ -220,7 +184,7 @@ void InitAccountRange(HWND dialog, bool hasSingle, AccountRangeSelection &select
     state.Context = &context;
     state.Selection = selection;
     int16_t &kontoart = state.Selection.KontoArt;
-    if (KindOf(kontoart) == nullptr) kontoart = KontoartSachkonto;
+    if (FindKind(kontoart) == nullptr) kontoart = KontoartSachkonto;
     // One pass in this order: each kind without a button gives way to the next.
     if (kontoart == KontoartKostenstelle && !HasControl(dialog, controlKostenstellen))
         kontoart = KontoartSachkonto;
@@ -258,13 +222,13 @@ void AcceptAccountRange(HWND dialog, AccountRangeState &state, AccountRangeSelec
         AcceptSingle(dialog, state, working);
     } else {
         working.Einzeln = 0;
-        for (const KindOfAccount &kind : kinds) {
-            if (!IsChecked(dialog, kind.Button)) continue;
-            working.KontoArt = kind.Kontoart;
+        for (const AccountKind &kind : accountKinds) {
+            if (!IsChecked(dialog, ButtonOf(kind))) continue;
+            working.KontoArt = kind.Art;
             if (!HasControl(dialog, controlKontoVon)) break;
-            AccountLimits &limits = LimitsOf(working, kind.Kontoart);
-            ResolveAccountText(dialog, *state.Context, controlKontoVon, kind.Kontoart, limits.Von);
-            ResolveAccountText(dialog, *state.Context, controlKontoBis, kind.Kontoart, limits.Bis);
+            AccountLimits &limits = LimitsOf(working, kind.Art);
+            ResolveAccountText(dialog, *state.Context, controlKontoVon, kind.Art, limits.Von);
+            ResolveAccountText(dialog, *state.Context, controlKontoBis, kind.Art, limits.Bis);
             break;
         }
     }

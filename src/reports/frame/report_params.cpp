@@ -1,6 +1,7 @@
 #include "src/reports/frame/report_params.h"
 
-#include "src/values/amounts.h"
+#include "src/model/accounts.h"
+#include "src/values/account_numbers.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
@@ -62,11 +63,11 @@ const AccountLimits &LimitsOf(const AccountRangeSelection &selection)
     return LimitsOf(const_cast<AccountRangeSelection &>(selection), selection.KontoArt);
 }
 
-// A limit as the tables' keys hold it.
-void ToKeyForm(const AccountNumber &limit, AccountNumber &out)
+// The kind of a selection; Sachkonten for one that is none.
+const AccountKind &KindOf(const AccountRangeSelection &selection)
 {
-    CopyText(out, limit);
-    if (out[0] != 0) RightJustify(out, accountDigits);
+    const AccountKind *const kind = FindKind(selection.KontoArt);
+    return kind != nullptr ? *kind : accountKinds[0];
 }
 
 bool AsksForOne(const AccountRangeSelection &selection)
@@ -242,14 +243,9 @@ const char *MonthNameOfDate(const ThreadContext &context, const PackedDate &date
 TableId RangeLimits(const AccountRangeSelection &selection, AccountNumber &von, AccountNumber &bis)
 {
     const AccountLimits &limits = LimitsOf(selection);
-    ToKeyForm(limits.Von, von);
-    ToKeyForm(AsksForOne(selection) ? limits.Von : limits.Bis, bis);
-    switch (selection.KontoArt) {
-    case KontoartKreditor: return TableKred;
-    case KontoartDebitor: return TableDebi;
-    case KontoartKostenstelle: return TableKore;
-    default: return TableSako;
-    }
+    JustifyLimit(von, limits.Von);
+    JustifyLimit(bis, AsksForOne(selection) ? limits.Von : limits.Bis);
+    return KindOf(selection).Table;
 }
 
 void RangeTexts(const AccountRangeSelection &selection, RangeWord *kindWord, RangeText &rangeText,
@@ -263,20 +259,8 @@ void RangeTexts(const AccountRangeSelection &selection, RangeWord *kindWord, Ran
     const bool areEqual = std::strcmp(von, bis) == 0;
 
     if (kindWord != nullptr) {
-        const bool saysOne = isSingular && areEqual;
-        const char *word = "Sachkont";
-        const char *ending = saysOne ? "o" : "en";
-        if (selection.KontoArt == KontoartKreditor || selection.KontoArt == KontoartDebitor) {
-            word = selection.KontoArt == KontoartKreditor ? "Kreditor" : "Debitor";
-            ending = saysOne ? "" : "en";
-        } else if (selection.KontoArt == KontoartKostenstelle) {
-            word = "Kostenstell";
-            ending = saysOne ? "e" : "en";
-        }
-        (*kindWord)[0] = 0;
-        Line<sizeof *kindWord> line{*kindWord};
-        line.Add(word);
-        line.Add(ending);
+        const AccountKind &kind = KindOf(selection);
+        CopyText(*kindWord, isSingular && areEqual ? kind.One : kind.Many);
     }
 
     rangeText[0] = 0;
