@@ -1,5 +1,5 @@
--- Hauptabschlussübersicht: one line an account with Vortrag, the year, the closing entries, the sums and the
--- balance they leave.
+-- Hauptabschlussübersicht: one line an account with what was carried forward, the turnover of the year, their
+-- sums and balance, the closing entries, and the balance that they leave.
 
 report { id = "tervoHABSCHLUSS0.0", title = "Hauptabschlußübersicht" }
 
@@ -7,23 +7,25 @@ page {
     landscape = true,
     margins = { top = 10, right = 8, bottom = 10, left = 15 },
     font = "Roboto Condensed",
-    fontsize = 8,
+    fontsize = 7.5,
     foot = 1,
 }
 
 columns {
-    { "konto", "Konto", 14 },
-    { "name", "Bezeichnung", 50 },
-    { "vortragSoll", "Soll", 21, form = "amount", group = "Vortrag", sum = true, zero = "blank" },
-    { "vortragHaben", "Haben", 21, form = "amount", group = "Vortrag", sum = true, zero = "blank" },
-    { "jahrSoll", "Soll", 21, form = "amount", group = "Jahresverkehrszahlen", sum = true, zero = "blank" },
-    { "jahrHaben", "Haben", 21, form = "amount", group = "Jahresverkehrszahlen", sum = true, zero = "blank" },
-    { "abschlussSoll", "Soll", 21, form = "amount", group = "Abschluß", sum = true, zero = "blank" },
-    { "abschlussHaben", "Haben", 21, form = "amount", group = "Abschluß", sum = true, zero = "blank" },
-    { "summeSoll", "Soll", 21, form = "amount", group = "Summe", sum = true, zero = "blank" },
-    { "summeHaben", "Haben", 21, form = "amount", group = "Summe", sum = true, zero = "blank" },
-    { "saldoSoll", "Soll", 21, form = "amount", group = "Saldo", sum = true, zero = "blank" },
-    { "saldoHaben", "Haben", 21, form = "amount", group = "Saldo", sum = true, zero = "blank" },
+    { "konto", "Konto", 12 },
+    { "name", "Bezeichnung", 34 },
+    { "vortragSoll", "Soll", 19, form = "amount", group = "Eröffnungsbilanz", sum = true, zero = "blank" },
+    { "vortragHaben", "Haben", 19, form = "amount", group = "Eröffnungsbilanz", sum = true, zero = "blank" },
+    { "jahrSoll", "Soll", 19, form = "amount", group = "Umsätze des Jahres", sum = true, zero = "blank" },
+    { "jahrHaben", "Haben", 19, form = "amount", group = "Umsätze des Jahres", sum = true, zero = "blank" },
+    { "standSoll", "Soll", 19, form = "amount", group = "Summenbilanz", sum = true, zero = "blank" },
+    { "standHaben", "Haben", 19, form = "amount", group = "Summenbilanz", sum = true, zero = "blank" },
+    { "bestandSoll", "Soll", 19, form = "amount", group = "Saldenbilanz", sum = true, zero = "blank" },
+    { "bestandHaben", "Haben", 19, form = "amount", group = "Saldenbilanz", sum = true, zero = "blank" },
+    { "abschlussSoll", "Soll", 19, form = "amount", group = "Abschlußbuchungen", sum = true, zero = "blank" },
+    { "abschlussHaben", "Haben", 19, form = "amount", group = "Abschlußbuchungen", sum = true, zero = "blank" },
+    { "saldoSoll", "Soll", 19, form = "amount", group = "Saldo nach Abschluß", sum = true, zero = "blank" },
+    { "saldoHaben", "Haben", 19, form = "amount", group = "Saldo nach Abschluß", sum = true, zero = "blank" },
 }
 
 carry { column = "name", pagesum = "Summe Seite {page}", down = "Übertrag", up = "Übertrag von Seite {before}" }
@@ -41,6 +43,10 @@ record(0, {
     end,
 })
 
+local function balance(r, name, amount)
+    if amount >= 0 then r[name .. "Soll"] = amount else r[name .. "Haben"] = -amount end
+end
+
 record(1, {
     text("konto", 0, 8),
     text("kuerzel", 8, 9),
@@ -57,8 +63,9 @@ record(1, {
     rows = { "line" },
     emit = function(r)
         if r.bewegt == 0 then return end
-        local saldo = r.summeSoll - r.summeHaben
-        if saldo >= 0 then r.saldoSoll = saldo else r.saldoHaben = -saldo end
+        r.standSoll, r.standHaben = r.vortragSoll + r.jahrSoll, r.vortragHaben + r.jahrHaben
+        balance(r, "bestand", r.standSoll - r.standHaben)
+        balance(r, "saldo", r.summeSoll - r.summeHaben)
         row("line", r)
     end,
 })
@@ -66,7 +73,7 @@ record(1, {
 finish {
     rows = { "total" },
     emit = function(sum)
-        sum.name = "Gesamtsumme"
+        sum.name = sum.count > 0 and "Gesamtsumme" or "Keine bebuchten Konten"
         row("total", sum)
     end,
 }

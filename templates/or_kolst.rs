@@ -22,7 +22,7 @@ record(0, {
     text("bereich", 41, 30),
     emit = function(r)
         head { left = "Kostenstellenliste", right = "Seite {page} von {pages}" }
-        head { left = r.mandant, right = "Kostenstellen " .. r.bereich }
+        head { left = r.mandant, right = r.bereich == "" and "alle Kostenstellen" or "Kostenstellen " .. r.bereich }
         foot { left = r.mandant, right = "gedruckt am " .. today() }
     end,
 })
@@ -35,7 +35,17 @@ record(1, {
     u32("gesetzt", 89),
     rows = { "line" },
     emit = function(r)
-        r.kennzeichen = r.gesetzt ~= 0 and "×" or nil
+        r.kennzeichen = r.gesetzt ~= 0 and "ja" or nil
         row("line", r)
     end,
 })
+
+local function counted(count)
+    if count == 0 then return "Keine Kostenstelle in diesem Bereich" end
+    return count == 1 and "1 Kostenstelle" or count .. " Kostenstellen"
+end
+
+finish {
+    rows = { "sum" },
+    emit = function(sum) row("sum", { name = counted(sum.count) }) end,
+}

@@ -1,4 +1,5 @@
--- Kostensaldenliste: what fell on each Kostenstelle in a period.
+-- Kostensaldenliste: what fell on each Kostenstelle in a period. There is no sum of all: a cost line with two
+-- Kostenstellen stands in both.
 
 report { id = "tervoKOSALIST0.0", title = "Kostensaldenliste" }
 
@@ -15,10 +16,10 @@ columns {
     { "kuerzel", "Kürzel", 22 },
     { "name", "Kostenstelle", 50 },
     { "text", "Bemerkung", 60 },
-    { "summe", "Betrag", 30, form = "amount", sum = true },
+    { "summe", "Betrag", 30, form = "amount" },
 }
 
-carry { column = "name", pagesum = "Summe Seite {page}", down = "Übertrag", up = "Übertrag von Seite {before}" }
+style("note", { like = "text", italic = true })
 
 record(0, {
     text("mandant", 0, 41),
@@ -27,7 +28,7 @@ record(0, {
     emit = function(r)
         head { left = "Kostensaldenliste", right = "Seite {page} von {pages}" }
         head { left = r.mandant, right = r.zeitraum }
-        head { left = "Kostenstellen " .. r.bereich }
+        head { left = r.bereich == "" and "alle Kostenstellen" or "Kostenstellen " .. r.bereich }
         foot { left = r.mandant, right = "gedruckt am " .. today() }
     end,
 })
@@ -42,7 +43,16 @@ record(1, {
     emit = function(r) row("line", r) end,
 })
 
+local function counted(count)
+    if count == 0 then return "Keine Kostenstelle in diesem Bereich" end
+    return count == 1 and "1 Kostenstelle" or count .. " Kostenstellen"
+end
+
 finish {
-    rows = { "total" },
-    emit = function(sum) row("total", { name = "Gesamtsumme", summe = sum.summe }) end,
+    rows = { "sum", "note" },
+    emit = function(sum)
+        row("sum", { name = counted(sum.count) })
+        row("note", "Beträge sind Soll weniger Haben. Eine Kostenzeile mit zwei Kostenstellen zählt bei jeder "
+            .. "von beiden; eine Summe über alle gibt es daher nicht.")
+    end,
 }
