@@ -1,7 +1,8 @@
 #include "report-engine/counting.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
+#include <iterator>
 
 namespace rs {
 
@@ -39,6 +40,14 @@ void CountRecord(RowMarker &marker, Layout &layout, int kind)
     CountRows(marker, layout, marker.Of->Kinds[kind].Rows, marker.Of->Kinds[kind].RowCount);
 }
 
+bool IsSameRow(const LayoutRow &a, const LayoutRow &b)
+{
+    return a.Height == b.Height && a.Flags == b.Flags && a.Level == b.Level && a.Ends == b.Ends &&
+           a.Style == b.Style;
+}
+
+bool IsSameHeight(const LayoutRow &a, const LayoutRow &b) { return a.Height == b.Height; }
+
 // Whether two positions lead to the same pages from there on, however many came before.
 bool IsSame(const RowMarker &a, const Layout &x, const RowMarker &b, const Layout &y)
 {
@@ -46,9 +55,10 @@ bool IsSame(const RowMarker &a, const Layout &x, const RowMarker &b, const Layou
            (x.Pages == 0) == (y.Pages == 0) && x.HasRows == y.HasRows && x.HasCounted == y.HasCounted &&
            x.CarryIsOpen == y.CarryIsOpen && x.CarryHasCounted == y.CarryHasCounted &&
            x.CarryBeganBefore == y.CarryBeganBefore && x.GroupIsSplit == y.GroupIsSplit &&
-           a.Coming == b.Coming && a.KeptLevel == b.KeptLevel && a.KeptHasRows == b.KeptHasRows &&
-           std::memcmp(a.IsOpen, b.IsOpen, sizeof a.IsOpen) == 0 &&
-           std::memcmp(x.Held, y.Held, sizeof x.Held[0] * static_cast<size_t>(x.HeldCount)) == 0;
+           a.Coming == b.Coming && a.Ended == b.Ended && a.KeptLevel == b.KeptLevel &&
+           a.KeptHasRows == b.KeptHasRows && std::equal(a.IsOpen, std::end(a.IsOpen), b.IsOpen) &&
+           std::equal(x.Again, std::end(x.Again), y.Again, IsSameHeight) &&
+           std::equal(x.Held, x.Held + x.HeldCount, y.Held, IsSameRow);
 }
 
 } // namespace
@@ -112,7 +122,12 @@ int32_t CountedPages(const CountingReport &report)
         CountFoot(marker, layout, level);
     }
     MarkFoot(marker, 0);
-    CountRows(marker, layout, report.Def.FinishRows, report.Def.FinishCount);
+    const bool isEmpty = layout.Pages == 0 && layout.HeldCount == 0;
+    if (isEmpty && report.Def.Empty[0] != 0) {
+        AddRow(layout, MarkRow(marker, textStyle, 0));
+    } else {
+        CountRows(marker, layout, report.Def.FinishRows, report.Def.FinishCount);
+    }
     const int64_t pages = EndLayout(layout);
     return pages > INT32_MAX ? INT32_MAX : static_cast<int32_t>(pages);
 }

@@ -17,32 +17,45 @@ inline constexpr int maxFootRows = 8;    // that close a group or the report
 inline constexpr int maxSumColumns = 16; // enough for the widest list, and small enough to keep per group
 inline constexpr int maxLevels = 6;      // of groups; level 0 is the report as a whole
 inline constexpr int maxHeadLines = 6;
+inline constexpr int maxDataFields = 64; // of a row of data
 
 // An amount beyond this is an error of the report, not a figure: far below where 64 bits end, so that no
 // difference of two amounts can wrap on its way here, and what fits a column.
 inline constexpr int64_t maxAmount = 9'999'999'999'999'999; // 99.999.999.999.999,99
 
-enum class Form : uint8_t { text, amount, rate, number };
+enum class Form : uint8_t { text, amount, rate, number, flag };
 enum class Align : uint8_t { left, centre, right };
 enum class Rule : uint8_t { none, hair, line, twofold };
 
 struct Column {
-    char Name[32];  // what rows and exports call it
-    char Title[96]; // lines are separated by "\n"
-    char Group[48]; // title above several columns, empty for none
-    int32_t Width;
+    char Name[32];    // what rows and exports call it
+    char Title[96];   // lines are separated by "\n"
+    char Group[48];   // title above several columns, empty for none
+    char Heading[96]; // of files; empty for group and title
+    int32_t Width;    // 0: the column is in no output
     Form CellForm;
     Align CellAlign;
     bool IsSum;
-    bool BlankZero; // an amount of zero is left empty
+    bool BlankZero; // a figure of zero is left empty
+};
+
+constexpr bool IsShown(const Column &column) { return column.Width > 0; }
+
+// What a row of data holds, for files that are read by programs.
+struct DataField {
+    char Name[32];
+    char Heading[96];
+    Form CellForm;
 };
 
 struct Style {
     char Name[24];
     int32_t Height;
     int32_t FontSize; // hundredths of a point
+    int32_t Indent;   // of its texts
     Rule Above;
     Rule Below;
+    uint8_t Role;  // the built-in style that it goes back to
     uint8_t Shade; // per cent of black behind the row
     bool Bold;
     bool Italic;
@@ -66,9 +79,13 @@ enum BuiltInStyle : uint8_t {
 
 struct KindRule {
     bool IsDeclared;
-    bool NewPage;  // an opener that starts a page
-    bool Keep;     // an opener whose group stays on one page if it fits on one
-    uint8_t Level; // of the group that a record of this kind opens, 0 for none
+    bool NewPage; // an opener that starts a page
+    bool Keep;    // an opener whose group stays on one page if it fits on one
+    bool IsOrdered;
+    bool HasAgain;  // an opener one of whose rows is repeated at the head of the group's further pages
+    uint8_t Again;  // the style of that row
+    uint8_t Level;  // of the group that a record of this kind opens, 0 for none
+    uint8_t Closes; // the level that a record which opens none closes with all inside it, 0 for none
     uint8_t RowCount;
     uint8_t FootCount; // rows that close the group
     uint8_t Rows[maxRows];
@@ -104,12 +121,15 @@ struct Definition {
     uint8_t StyleCount;
     uint8_t SumCount;
     uint8_t FinishCount;
+    uint8_t DataFieldCount;
     uint8_t FinishRows[maxFootRows];
+    char Empty[96];                    // stands in a report without rows; empty for nothing
     uint8_t SumColumns[maxSumColumns]; // sum number to column
     Column Columns[maxColumns];
     Style Styles[maxStyles];
     KindRule Kinds[kindCount];
     CarryRule Carry;
+    DataField DataFields[maxDataFields];
 };
 
 static_assert(std::is_trivially_copyable_v<Definition>);
@@ -154,6 +174,21 @@ constexpr int32_t BodyHeight(const Definition &definition)
 {
     return definition.PageHeight - definition.Top - definition.Bottom - HeadHeight(definition) -
            ColumnTitlesHeight(definition) - FootHeight(definition);
+}
+
+// What headings that are repeated at the head of a page take at the most: one of every level.
+constexpr int32_t AgainHeight(const Definition &definition)
+{
+    int32_t highest[maxLevels + 1] = {};
+    for (const KindRule &rule : definition.Kinds) {
+        const int32_t height = rule.HasAgain ? definition.Styles[rule.Again].Height : 0;
+        if (height > highest[rule.Level]) highest[rule.Level] = height;
+    }
+    int32_t sum = 0;
+    for (const int32_t height : highest) {
+        sum += height;
+    }
+    return sum;
 }
 
 } // namespace rs

@@ -50,21 +50,27 @@ void HeadPartsOf(const SpoolReader &reader, LinePart (&parts)[3])
 }
 
 // The value of a cell as text; `out` serves for numbers.
-LinePart CellText(const Definition &def, const Cell &cell, Look look, char (&out)[amountSize])
+LinePart CellText(const Cell &cell, Look look, char (&out)[amountSize])
 {
     if (cell.Kind == CellKind::text) return {cell.Text, cell.Length};
-    if (cell.Kind == CellKind::amount && cell.Number == 0 && look != Look::machine &&
-        def.Columns[cell.Column].BlankZero) {
-        return {out, 0};
-    }
-    const size_t length = cell.Kind == CellKind::number ? WriteNumber(cell.Number, look, out)
-                                                        : WriteHundredths(cell.Number, look, out);
-    return {out, length};
+    const bool isWhole = cell.Kind == CellKind::number || cell.Kind == CellKind::flag;
+    return {out, isWhole ? WriteNumber(cell.Number, look, out) : WriteHundredths(cell.Number, look, out)};
 }
 
-// A title in one line, with the group that stands above it.
+// The same as it stands on a page.
+LinePart PrintedText(const Definition &def, uint8_t style, const Cell &cell, char (&out)[amountSize])
+{
+    if (IsBlank(def, style, cell)) return {out, 0};
+    return CellText(cell, Look::grouped, out);
+}
+
+// What a file calls a column: its heading, or its title in one line with the group that stands above it.
 void ColumnTitle(const Column &column, char (&out)[160])
 {
+    if (column.Heading[0] != 0) {
+        std::snprintf(out, sizeof out, "%s", column.Heading);
+        return;
+    }
     const char *separator = column.Group[0] != 0 && column.Title[0] != 0 ? " " : "";
     std::snprintf(out, sizeof out, "%s%s%s", column.Group, separator, column.Title);
     for (char *character = out; *character != 0; ++character) {
@@ -92,11 +98,73 @@ void WriteCsvField(Writer &writer, const char *text, size_t length)
     Write(writer, "\"", 1);
 }
 
-// What people read in the first column; a template's own styles keep their names.
+// What people read in the first column.
 const char *RowWord(const Definition &def, uint8_t style)
 {
     constexpr const char *words[] = {"Zeile", "Text", "Gruppe", "Summe", "Gesamt"};
-    return style <= totalStyle ? words[style] : def.Styles[style].Name;
+    return words[def.Styles[style].Role];
+}
+
+// A rate of zero that the page leaves empty is none; an amount of zero is a figure.
+bool IsNoRate(const Definition &def, uint8_t style, const Cell &cell)
+{
+    return cell.Kind == CellKind::rate && IsBlank(def, style, cell);
+}
+
+void WriteCsvRow(Writer &writer, const Definition &def, const SpoolReader &reader)
+{
+    Write(writer, RowWord(def, reader.Header.Style));
+    CellReader cells = CellsOf(reader.Header, reader.Data);
+    Cell cell;
+    bool hasCell = NextCell(cells, cell);
+    for (int column = 0; column < def.ColumnCount; ++column) {
+        if (!IsShown(def.Columns[column])) continue;
+        Write(writer, ";", 1);
+        if (!hasCell || (cell.Column != column && cell.Column != spanColumn)) continue;
+        char number[amountSize];
+        const LinePart value = CellText(cell, Look::plain, number);
+        if (!IsNoRate(def, reader.Header.Style, cell)) WriteCsvField(writer, value.Text, value.Length);
+        hasCell = NextCell(cells, cell);
+    }
+    Write(writer, "\r\n", 2);
+}
+
+void WriteCsvData(Writer &writer, const Definition &def, const SpoolReader &reader)
+{
+    CellReader cells = CellsOf(reader.Header, reader.Data);
+    Cell cell;
+    bool hasCell = NextCell(cells, cell);
+    for (int field = 0; field < def.DataFieldCount; ++field) {
+        if (field > 0) Write(writer, ";", 1);
+        if (!hasCell || cell.Column != field) continue;
+        char number[amountSize];
+        const LinePart value = CellText(cell, Look::plain, number);
+        if (cell.Kind == CellKind::flag) {
+            Write(writer, cell.Number != 0 ? "ja" : "nein");
+        } else {
+            WriteCsvField(writer, value.Text, value.Length);
+        }
+        hasCell = NextCell(cells, cell);
+    }
+    Write(writer, "\r\n", 2);
+}
+
+void WriteCsvHeadings(Writer &writer, const Definition &def)
+{
+    Write(writer, "\xEF\xBB\xBF");
+    if (def.DataFieldCount == 0) Write(writer, "Art");
+    for (int i = 0; i < def.DataFieldCount; ++i) {
+        if (i > 0) Write(writer, ";", 1);
+        WriteCsvField(writer, def.DataFields[i].Heading, std::strlen(def.DataFields[i].Heading));
+    }
+    for (int i = 0; i < def.ColumnCount && def.DataFieldCount == 0; ++i) {
+        if (!IsShown(def.Columns[i])) continue;
+        char title[160];
+        ColumnTitle(def.Columns[i], title);
+        Write(writer, ";", 1);
+        WriteCsvField(writer, title, std::strlen(title));
+    }
+    Write(writer, "\r\n", 2);
 }
 
 // ---- JSON ----
@@ -118,25 +186,129 @@ void WriteJsonText(Writer &writer, const char *text, size_t length)
 
 void WriteJsonText(Writer &writer, const char *text) { WriteJsonText(writer, text, std::strlen(text)); }
 
-void WriteJsonRow(Writer &writer, const Definition &def, const SpoolReader &reader)
+void WriteJsonCell(Writer &writer, const Cell &cell)
 {
-    Write(writer, "{\"kind\":");
-    WriteJsonText(writer, def.Styles[reader.Header.Style].Name);
+    char number[amountSize];
+    const LinePart value = CellText(cell, Look::machine, number);
+    if (cell.Kind == CellKind::text) {
+        WriteJsonText(writer, value.Text, value.Length);
+    } else if (cell.Kind == CellKind::flag) {
+        Write(writer, cell.Number != 0 ? "true" : "false");
+    } else {
+        Write(writer, value.Text, value.Length);
+    }
+}
+
+// What all rows are about, from the last item that said so: members with a comma behind each.
+struct About {
+    uint16_t Count;
+    uint32_t Size;
+    char Data[maxItemSize];
+};
+
+void TakeAbout(About &about, const SpoolReader &reader)
+{
+    about.Count = reader.Header.Count;
+    about.Size = reader.Header.Size;
+    std::memcpy(about.Data, reader.Data, about.Size);
+}
+
+void WriteAbout(Writer &writer, const About &about)
+{
+    const char *next = about.Data;
+    for (int text = 0; text < 2 * about.Count; ++text) {
+        uint16_t length = 0;
+        std::memcpy(&length, next, sizeof length);
+        WriteJsonText(writer, next + sizeof length, length);
+        Write(writer, text % 2 == 0 ? ":" : ",");
+        next += sizeof length + length;
+    }
+}
+
+void WriteJsonRow(Writer &writer, const Definition &def, const About &about, const SpoolReader &reader)
+{
+    constexpr const char *kinds[] = {"line", "text", "head", "sum", "total"};
+    Write(writer, "{");
+    WriteAbout(writer, about);
+    Write(writer, "\"kind\":");
+    WriteJsonText(writer, kinds[def.Styles[reader.Header.Style].Role]);
     CellReader cells = CellsOf(reader.Header, reader.Data);
     Cell cell;
     while (NextCell(cells, cell)) {
+        if (IsNoRate(def, reader.Header.Style, cell)) continue;
         Write(writer, ",");
         WriteJsonText(writer, cell.Column == spanColumn ? "" : def.Columns[cell.Column].Name);
         Write(writer, ":");
-        char number[amountSize];
-        const LinePart value = CellText(def, cell, Look::machine, number);
-        if (cell.Kind == CellKind::text) {
-            WriteJsonText(writer, value.Text, value.Length);
-        } else {
-            Write(writer, value.Text, value.Length);
-        }
+        WriteJsonCell(writer, cell);
     }
     Write(writer, "}");
+}
+
+// Every field is there; one without a value is null.
+void WriteJsonData(Writer &writer, const Definition &def, const About &about, const SpoolReader &reader)
+{
+    Write(writer, "{");
+    WriteAbout(writer, about);
+    CellReader cells = CellsOf(reader.Header, reader.Data);
+    Cell cell;
+    bool hasCell = NextCell(cells, cell);
+    for (int field = 0; field < def.DataFieldCount; ++field) {
+        if (field > 0) Write(writer, ",");
+        WriteJsonText(writer, def.DataFields[field].Name);
+        Write(writer, ":");
+        if (!hasCell || cell.Column != field) {
+            Write(writer, "null");
+            continue;
+        }
+        WriteJsonCell(writer, cell);
+        hasCell = NextCell(cells, cell);
+    }
+    Write(writer, "}");
+}
+
+void WriteJsonHead(Writer &writer, const SpoolReader &reader)
+{
+    LinePart parts[3];
+    HeadPartsOf(reader, parts);
+    constexpr const char *names[3] = {"left", "center", "right"};
+    Write(writer, "{\"kind\":\"pagehead\"");
+    for (int i = 0; i < 3; ++i) {
+        if (parts[i].Length == 0) continue;
+        Write(writer, ",");
+        WriteJsonText(writer, names[i]);
+        Write(writer, ":");
+        WriteJsonText(writer, parts[i].Text, parts[i].Length);
+    }
+    Write(writer, "}");
+}
+
+void WriteJsonColumn(Writer &writer, bool isFirst, const char *name, const char *title, Form form)
+{
+    constexpr const char *forms[] = {"text", "amount", "rate", "number", "flag"};
+    Write(writer, isFirst ? "\n{\"name\":" : ",\n{\"name\":");
+    WriteJsonText(writer, name);
+    Write(writer, ",\"title\":");
+    WriteJsonText(writer, title);
+    Write(writer, ",\"form\":");
+    WriteJsonText(writer, forms[static_cast<int>(form)]);
+    Write(writer, "}");
+}
+
+void WriteJsonColumns(Writer &writer, const Definition &def)
+{
+    for (int i = 0; i < def.DataFieldCount; ++i) {
+        const DataField &field = def.DataFields[i];
+        WriteJsonColumn(writer, i == 0, field.Name, field.Heading, field.CellForm);
+    }
+    bool isFirst = true;
+    for (int i = 0; i < def.ColumnCount && def.DataFieldCount == 0; ++i) {
+        const Column &column = def.Columns[i];
+        if (!IsShown(column)) continue;
+        char title[160];
+        ColumnTitle(column, title);
+        WriteJsonColumn(writer, isFirst, column.Name, title, column.CellForm);
+        isFirst = false;
+    }
 }
 
 // ---- HTML ----
@@ -189,6 +361,10 @@ void WriteHtmlStyles(Writer &writer, const Definition &def)
             i, style.Bold ? "bold" : "normal", style.Italic ? "italic" : "normal", HtmlRule(style.Above),
             HtmlRule(style.Below), ";background:rgb(0 0 0/", style.Shade, "%)");
         Write(writer, line);
+        if (style.Indent == 0) continue;
+        std::snprintf(line, sizeof line, ".s%d td:not(.n,.c){padding-left:%d.%dmm}\n", i,
+                      style.Indent / 100 + 2, style.Indent % 100 / 10);
+        Write(writer, line);
     }
 }
 
@@ -199,6 +375,15 @@ const char *HtmlAlign(const Column &column)
                                                : "";
 }
 
+int ShownColumns(const Definition &def, int first, int end)
+{
+    int count = 0;
+    for (int i = first; i < end; ++i) {
+        if (IsShown(def.Columns[i])) ++count;
+    }
+    return count;
+}
+
 void WriteHtmlColumns(Writer &writer, const Definition &def)
 {
     Write(writer, "<table>\n");
@@ -207,6 +392,10 @@ void WriteHtmlColumns(Writer &writer, const Definition &def)
     if (def.HasColumnGroups) {
         Write(writer, "<tr>");
         for (int i = 0; i < def.ColumnCount;) {
+            if (!IsShown(def.Columns[i])) {
+                ++i;
+                continue;
+            }
             int end = i + 1;
             while (def.Columns[i].Group[0] != 0 && end < def.ColumnCount &&
                    std::strcmp(def.Columns[i].Group, def.Columns[end].Group) == 0) {
@@ -214,7 +403,7 @@ void WriteHtmlColumns(Writer &writer, const Definition &def)
             }
             char tag[48];
             std::snprintf(tag, sizeof tag, "<th%s colspan=%d>",
-                          def.Columns[i].Group[0] != 0 ? " class=g" : "", end - i);
+                          def.Columns[i].Group[0] != 0 ? " class=g" : "", ShownColumns(def, i, end));
             Write(writer, tag);
             WriteHtmlText(writer, def.Columns[i].Group);
             Write(writer, "</th>");
@@ -224,6 +413,7 @@ void WriteHtmlColumns(Writer &writer, const Definition &def)
     }
     Write(writer, "<tr>");
     for (int i = 0; i < def.ColumnCount; ++i) {
+        if (!IsShown(def.Columns[i])) continue;
         Write(writer, "<th");
         Write(writer, HtmlAlign(def.Columns[i]));
         Write(writer, ">");
@@ -242,19 +432,24 @@ void WriteHtmlRow(Writer &writer, const Definition &def, const SpoolReader &read
     Cell cell;
     bool hasCell = NextCell(cells, cell);
     if (hasCell && cell.Column == spanColumn) {
-        std::snprintf(tag, sizeof tag, "<td colspan=%d>", def.ColumnCount > 0 ? def.ColumnCount : 1);
+        const int columns = ShownColumns(def, 0, def.ColumnCount);
+        std::snprintf(tag, sizeof tag, "<td colspan=%d>", columns > 0 ? columns : 1);
         Write(writer, tag);
         WriteHtmlText(writer, cell.Text, cell.Length);
         Write(writer, "</td>");
     } else {
         for (int column = 0; column < def.ColumnCount;) {
+            if (!IsShown(def.Columns[column])) {
+                ++column;
+                continue;
+            }
             if (!hasCell || cell.Column != column) {
                 Write(writer, "<td></td>");
                 ++column;
                 continue;
             }
             char number[amountSize];
-            const LinePart value = CellText(def, cell, Look::grouped, number);
+            const LinePart value = PrintedText(def, reader.Header.Style, cell, number);
             const bool isText = cell.Kind == CellKind::text;
             hasCell = NextCell(cells, cell);
             // A text runs on over the empty columns behind it.
@@ -264,8 +459,9 @@ void WriteHtmlRow(Writer &writer, const Definition &def, const SpoolReader &read
             }
             Write(writer, "<td");
             Write(writer, HtmlAlign(def.Columns[column]));
-            if (end > column + 1) {
-                std::snprintf(tag, sizeof tag, " colspan=%d", end - column);
+            const int columns = ShownColumns(def, column, end);
+            if (columns > 1) {
+                std::snprintf(tag, sizeof tag, " colspan=%d", columns);
                 Write(writer, tag);
             }
             Write(writer, ">");
@@ -298,9 +494,29 @@ void WriteBlanks(Writer &writer, size_t count)
     }
 }
 
+// Blanks for the indent of a row's texts, one for 2 mm.
+size_t IndentOf(const Definition &def, uint8_t style, const Cell &cell)
+{
+    constexpr int32_t blank = 200;
+    const bool isLeft = cell.Column != spanColumn && cell.Kind == CellKind::text &&
+                        def.Columns[cell.Column].CellAlign == Align::left;
+    return isLeft ? static_cast<size_t>((def.Styles[style].Indent + blank / 2) / blank) : 0;
+}
+
+// The shown column behind one.
+int NextShown(const Definition &def, int column)
+{
+    do {
+        ++column;
+    } while (column < def.ColumnCount && !IsShown(def.Columns[column]));
+    return column;
+}
+
+size_t GapBehind(const Definition &def, int column) { return IsShown(def.Columns[column]) ? 2 : 0; }
+
 struct TextTable {
-    size_t Widths[maxColumns];
-    size_t Width; // of the whole line
+    size_t Widths[maxColumns]; // 0 of columns that are not shown
+    size_t Width;              // of the whole line
 };
 
 void Widen(size_t &width, size_t wanted)
@@ -316,12 +532,13 @@ void MeasureRow(TextTable &table, const Definition &def, const SpoolReader &read
     while (hasCell && cell.Column != spanColumn) {
         char number[amountSize];
         const uint8_t column = cell.Column;
-        const LinePart value = CellText(def, cell, Look::grouped, number);
-        const size_t width = Characters(value.Text, value.Length);
+        const LinePart value = PrintedText(def, reader.Header.Style, cell, number);
+        const size_t indent = IndentOf(def, reader.Header.Style, cell);
+        const size_t width = indent + Characters(value.Text, value.Length);
         const bool isLeft = def.Columns[column].CellAlign == Align::left;
         hasCell = NextCell(cells, cell);
         // What may run on over empty columns makes none wider.
-        if (!isLeft || (hasCell && cell.Column == column + 1)) Widen(table.Widths[column], width);
+        if (!isLeft || (hasCell && cell.Column == NextShown(def, column))) Widen(table.Widths[column], width);
     }
 }
 
@@ -329,6 +546,7 @@ void MeasureRow(TextTable &table, const Definition &def, const SpoolReader &read
 void WriteAligned(Writer &writer, const char *text, size_t length, size_t width, Align align,
                   size_t &position, size_t begin)
 {
+    if (length == 0) return;
     const size_t characters = Characters(text, length);
     const size_t spare = characters < width ? width - characters : 0;
     const size_t target = begin + (align == Align::right ? spare : align == Align::centre ? spare / 2 : 0);
@@ -349,18 +567,19 @@ void WriteTextRow(Writer &writer, const TextTable &table, const Definition &def,
     uint8_t column = 0;
     while (NextCell(cells, cell)) {
         char number[amountSize];
-        const LinePart value = CellText(def, cell, Look::grouped, number);
+        const LinePart value = PrintedText(def, reader.Header.Style, cell, number);
         if (cell.Column == spanColumn) {
             Write(writer, value.Text, value.Length);
             continue;
         }
         for (; column < cell.Column; ++column) {
-            begin += table.Widths[column] + 2;
+            begin += table.Widths[column] + GapBehind(def, column);
         }
+        const size_t indent = IndentOf(def, reader.Header.Style, cell);
         const Align align = cell.Kind == CellKind::text && def.Columns[column].CellForm != Form::text
                                 ? Align::right
                                 : def.Columns[column].CellAlign;
-        WriteAligned(writer, value.Text, value.Length, table.Widths[column], align, position, begin);
+        WriteAligned(writer, value.Text, value.Length, table.Widths[column], align, position, begin + indent);
     }
     Write(writer, "\n", 1);
 }
@@ -372,16 +591,20 @@ void WriteTextColumns(Writer &writer, const TextTable &table, const Definition &
         size_t begin = 0;
         for (int i = 0; i < def.ColumnCount; ++i) {
             const Column &column = def.Columns[i];
+            if (!IsShown(column)) continue;
             const char *text = column.Group;
             size_t length = std::strlen(text);
             size_t width = table.Widths[i];
             Align align = column.CellAlign;
             if (line < 0) {
                 // Once, over all columns of the group.
-                if (i > 0 && std::strcmp(text, def.Columns[i - 1].Group) == 0) length = 0;
+                if (i > 0 && IsShown(def.Columns[i - 1]) &&
+                    std::strcmp(text, def.Columns[i - 1].Group) == 0) {
+                    length = 0;
+                }
                 for (int other = i + 1; other < def.ColumnCount && length > 0; ++other) {
                     if (std::strcmp(text, def.Columns[other].Group) != 0) break;
-                    width += 2 + table.Widths[other];
+                    width += GapBehind(def, other) + table.Widths[other];
                 }
                 align = Align::centre;
             } else {
@@ -424,7 +647,7 @@ bool MeasureText(TextTable &table, const View &view)
     const Definition &def = view.Of->Def;
     table = {};
     for (int i = 0; i < def.ColumnCount; ++i) {
-        const char *title = def.Columns[i].Title;
+        const char *title = IsShown(def.Columns[i]) ? def.Columns[i].Title : "";
         while (title != nullptr && *title != 0) {
             const size_t length = strcspn(title, "\n");
             Widen(table.Widths[i], Characters(title, length));
@@ -437,7 +660,7 @@ bool MeasureText(TextTable &table, const View &view)
         if (walk->Reader.Header.Kind == Item::row) MeasureRow(table, def, walk->Reader);
     }
     for (int i = 0; i < def.ColumnCount; ++i) {
-        table.Width += table.Widths[i] + (i > 0 ? 2 : 0);
+        if (IsShown(def.Columns[i])) table.Width += table.Widths[i] + (table.Width > 0 ? 2 : 0);
     }
     return EndWalk(walk);
 }
@@ -449,39 +672,11 @@ bool WriteCsv(Writer &writer, const View &view)
     const Definition &def = view.Of->Def;
     Walk *walk = StartWalk(view);
     if (walk == nullptr) return false;
-    Write(writer, "\xEF\xBB\xBF"
-                  "Art");
-    for (int i = 0; i < def.ColumnCount; ++i) {
-        char title[160];
-        ColumnTitle(def.Columns[i], title);
-        Write(writer, ";", 1);
-        WriteCsvField(writer, title, std::strlen(title));
-    }
-    Write(writer, "\r\n", 2);
+    WriteCsvHeadings(writer, def);
     while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
-        if (walk->Reader.Header.Kind != Item::row) continue;
-        Write(writer, RowWord(def, walk->Reader.Header.Style));
-        CellReader cells = CellsOf(walk->Reader.Header, walk->Reader.Data);
-        Cell cell;
-        int column = -1;
-        while (NextCell(cells, cell)) {
-            const int target = cell.Column == spanColumn ? 0 : cell.Column;
-            for (; column < target; ++column) {
-                Write(writer, ";", 1);
-            }
-            char number[amountSize];
-            const bool isText = cell.Kind == CellKind::text;
-            const LinePart value =
-                isText ? LinePart{cell.Text, cell.Length}
-                       : LinePart{number, cell.Kind == CellKind::number
-                                              ? WriteNumber(cell.Number, Look::plain, number)
-                                              : WriteHundredths(cell.Number, Look::plain, number)};
-            WriteCsvField(writer, value.Text, value.Length);
-        }
-        for (; column < def.ColumnCount - 1; ++column) {
-            Write(writer, ";", 1);
-        }
-        Write(writer, "\r\n", 2);
+        const Item kind = walk->Reader.Header.Kind;
+        if (kind == Item::data) WriteCsvData(writer, def, walk->Reader);
+        if (kind == Item::row && def.DataFieldCount == 0) WriteCsvRow(writer, def, walk->Reader);
     }
     return EndWalk(walk);
 }
@@ -489,50 +684,38 @@ bool WriteCsv(Writer &writer, const View &view)
 bool WriteJson(Writer &writer, const View &view)
 {
     const Definition &def = view.Of->Def;
-    Walk *walk = StartWalk(view);
-    if (walk == nullptr) return false;
+    auto *about = static_cast<About *>(std::malloc(sizeof(About)));
+    Walk *walk = about != nullptr ? StartWalk(view) : nullptr;
+    if (walk == nullptr) {
+        std::free(about);
+        return false;
+    }
+    about->Count = 0;
     Write(writer, "{\"report\":");
     WriteJsonText(writer, def.ReportId);
     Write(writer, ",\"title\":");
     WriteJsonText(writer, def.Title);
     Write(writer, ",\"columns\":[");
-    for (int i = 0; i < def.ColumnCount; ++i) {
-        constexpr const char *forms[] = {"text", "amount", "rate", "number"};
-        char title[160];
-        ColumnTitle(def.Columns[i], title);
-        Write(writer, i > 0 ? ",\n{\"name\":" : "\n{\"name\":");
-        WriteJsonText(writer, def.Columns[i].Name);
-        Write(writer, ",\"title\":");
-        WriteJsonText(writer, title);
-        Write(writer, ",\"form\":");
-        WriteJsonText(writer, forms[static_cast<int>(def.Columns[i].CellForm)]);
-        Write(writer, "}");
-    }
+    WriteJsonColumns(writer, def);
     Write(writer, "],\"rows\":[");
-    bool isFirst = true;
+    const char *separator = "\n";
     while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
         const Item kind = walk->Reader.Header.Kind;
-        if (kind != Item::row && kind != Item::head) continue;
-        Write(writer, isFirst ? "\n" : ",\n");
-        isFirst = false;
-        if (kind == Item::row) {
-            WriteJsonRow(writer, def, walk->Reader);
-            continue;
+        if (kind == Item::about) TakeAbout(*about, walk->Reader);
+        const bool isPrinted = kind == Item::row || kind == Item::head;
+        if (kind != Item::data && (!isPrinted || def.DataFieldCount != 0)) continue;
+        Write(writer, separator);
+        separator = ",\n";
+        if (kind == Item::data) {
+            WriteJsonData(writer, def, *about, walk->Reader);
+        } else if (kind == Item::row) {
+            WriteJsonRow(writer, def, *about, walk->Reader);
+        } else {
+            WriteJsonHead(writer, walk->Reader);
         }
-        LinePart parts[3];
-        HeadPartsOf(walk->Reader, parts);
-        constexpr const char *names[3] = {"left", "center", "right"};
-        Write(writer, "{\"kind\":\"pagehead\"");
-        for (int i = 0; i < 3; ++i) {
-            if (parts[i].Length == 0) continue;
-            Write(writer, ",");
-            WriteJsonText(writer, names[i]);
-            Write(writer, ":");
-            WriteJsonText(writer, parts[i].Text, parts[i].Length);
-        }
-        Write(writer, "}");
     }
     Write(writer, "\n]}\n");
+    std::free(about);
     return EndWalk(walk);
 }
 

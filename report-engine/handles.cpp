@@ -32,7 +32,9 @@ void StartAfresh()
 {
     tableLock = PTHREAD_MUTEX_INITIALIZER;
     for (Report *&report : reports.Things) {
-        if (report != nullptr) close(report->Store.File);
+        if (report == nullptr) continue;
+        CloseSpool(report->Store);
+        FreeOrdering(report->Waiting);
         report = nullptr;
     }
     std::memset(static_cast<void *>(countings.Things), 0, sizeof countings.Things);

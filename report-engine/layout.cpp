@@ -12,7 +12,11 @@ void StartMarker(RowMarker &marker, const Definition &definition)
 
 uint8_t NextToClose(const RowMarker &marker, int kind)
 {
-    const int lowest = kind < 0 ? 1 : marker.Of->Kinds[kind].Level;
+    int lowest = 1;
+    if (kind >= 0) {
+        const KindRule &rule = marker.Of->Kinds[kind];
+        lowest = rule.Level != 0 ? rule.Level : rule.Closes;
+    }
     if (lowest == 0) return 0;
     for (int level = maxLevels; level >= lowest; --level) {
         if (marker.IsOpen[level]) return static_cast<uint8_t>(level);
@@ -25,12 +29,14 @@ void MarkFoot(RowMarker &marker, uint8_t level)
     marker.RecordHasRows = false;
     marker.IsHead = false;
     marker.IsFoot = true;
+    marker.AgainOf = 0;
     marker.FootLevel = level;
 }
 
 void MarkClosed(RowMarker &marker, uint8_t level, bool hadRows)
 {
     marker.IsOpen[level] = false;
+    if (marker.Ended == 0 || level < marker.Ended) marker.Ended = level;
     if (marker.KeptLevel == level) marker.KeptLevel = 0;
     const CarryRule &carry = marker.Of->Carry;
     if (carry.IsUsed && carry.Level == level && !hadRows) marker.Coming |= rowEndsCarry;
@@ -42,6 +48,7 @@ void MarkRecord(RowMarker &marker, int kind)
     marker.RecordHasRows = false;
     marker.IsFoot = false;
     marker.IsHead = rule.Level != 0;
+    marker.AgainOf = rule.HasAgain ? static_cast<uint8_t>(kind + 1) : 0;
     if (rule.Level == 0) return;
 
     marker.IsOpen[rule.Level] = true;
@@ -58,14 +65,21 @@ void MarkRecord(RowMarker &marker, int kind)
 
 LayoutRow MarkRow(RowMarker &marker, uint8_t style, uint64_t offset)
 {
-    LayoutRow row = {offset, marker.Of->Styles[style].Height, marker.Coming, marker.FootLevel, style};
+    LayoutRow row = {offset, marker.Of->Styles[style].Height, marker.Coming, marker.FootLevel, marker.Ended,
+                     style};
     marker.Coming = 0;
+    marker.Ended = 0;
     if (marker.RecordHasRows) row.Flags |= rowGlued;
     if (marker.IsHead) row.Flags |= rowKeepNext;
     if (marker.IsFoot) row.Flags |= rowFoot;
     if (marker.KeptLevel != 0 && marker.KeptHasRows) row.Flags |= rowInGroup;
     if (marker.Of->Styles[style].Counts) row.Flags |= rowCounts;
     if (!marker.IsFoot) row.Level = 0;
+    if (marker.AgainOf != 0 && marker.Of->Kinds[marker.AgainOf - 1].Again == style) {
+        row.Flags |= rowAgain;
+        row.Level = marker.Of->Kinds[marker.AgainOf - 1].Level;
+        marker.AgainOf = 0;
+    }
     marker.RecordHasRows = true;
     if (marker.KeptLevel != 0) marker.KeptHasRows = true;
     return row;
@@ -91,7 +105,7 @@ int32_t Reserve(const Layout &layout)
 // What a page holds at the least, whatever sums it carries.
 int32_t Capacity(const Layout &layout)
 {
-    return layout.Body - (layout.Of->Carry.IsUsed ? 3 * layout.CarryHeight : 0);
+    return layout.Body - AgainHeight(*layout.Of) - (layout.Of->Carry.IsUsed ? 3 * layout.CarryHeight : 0);
 }
 
 void CheckInvariants(const Layout &layout)
@@ -129,11 +143,24 @@ void BreakPage(Layout &layout)
         if (HasText(carry.Down)) Put(layout, Placed::carryDown, nullptr, top);
     }
     BeginPage(layout);
+    for (const LayoutRow &heading : layout.Again) {
+        if (heading.Height == 0) continue;
+        Put(layout, Placed::again, &heading, layout.Used);
+        layout.Used += heading.Height;
+    }
     if (!carries) return;
     layout.CarryBeganBefore = true;
     if (HasText(carry.Up)) {
-        Put(layout, Placed::carryUp, nullptr, 0);
-        layout.Used = layout.CarryHeight;
+        Put(layout, Placed::carryUp, nullptr, layout.Used);
+        layout.Used += layout.CarryHeight;
+    }
+}
+
+// Headings of groups that are over are not repeated any more.
+void EndGroups(Layout &layout, uint8_t level)
+{
+    for (int each = level; each != 0 && each <= maxLevels; ++each) {
+        layout.Again[each].Height = 0;
     }
 }
 
@@ -147,6 +174,7 @@ void PlaceBlock(Layout &layout, const LayoutRow *rows, int32_t count)
     }
     // Before a page break: it would carry the sums of a group that is over.
     if ((rows[0].Flags & (rowEndsCarry | rowOpensCarry)) != 0) layout.CarryIsOpen = false;
+    EndGroups(layout, rows[0].Ends);
     if ((rows[0].Flags & rowNewPage) != 0 && layout.HasRows) BreakPage(layout);
 
     bool opensCarry = false;
@@ -173,6 +201,7 @@ void PlaceBlock(Layout &layout, const LayoutRow *rows, int32_t count)
     }
     for (int32_t i = 0; i < count; ++i) {
         const LayoutRow &row = rows[i];
+        EndGroups(layout, row.Ends);
         if ((row.Flags & rowEndsCarry) != 0) layout.CarryIsOpen = false;
         if ((row.Flags & rowOpensCarry) != 0) {
             layout.CarryIsOpen = true;
@@ -182,6 +211,7 @@ void PlaceBlock(Layout &layout, const LayoutRow *rows, int32_t count)
         Put(layout, Placed::row, &row, layout.Used);
         layout.Used += row.Height;
         layout.HasRows = true;
+        if ((row.Flags & rowAgain) != 0) layout.Again[row.Level] = row;
         if ((row.Flags & rowCounts) != 0) {
             layout.HasCounted = true;
             layout.CarryHasCounted = true;
@@ -261,8 +291,9 @@ int64_t EndLayout(Layout &layout)
 bool RowsFitPage(const Definition &definition)
 {
     const int32_t sums = definition.Carry.IsUsed ? 3 * definition.Styles[carryStyle].Height : 0;
+    const int32_t room = BodyHeight(definition) - AgainHeight(definition) - sums;
     for (int i = 0; i < definition.StyleCount; ++i) {
-        if (definition.Styles[i].Height > BodyHeight(definition) - sums) return false;
+        if (definition.Styles[i].Height > room) return false;
     }
     return true;
 }

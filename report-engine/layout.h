@@ -23,14 +23,16 @@ enum RowFlag : uint16_t {
     rowNewPage = 16,    // starts a page
     rowOpensCarry = 32, // from here on a page break carries forward
     rowEndsCarry = 64,  // from here on no longer
-    rowCounts = 128     // enters the sums
+    rowCounts = 128,    // enters the sums
+    rowAgain = 256      // is repeated at the head of every further page of its group
 };
 
 struct LayoutRow {
     uint64_t Offset; // where the row stands in the spool; of no meaning here
     int32_t Height;
     uint16_t Flags;
-    uint8_t Level; // of a foot
+    uint8_t Level; // of a foot, or of the group that a repeated row opens
+    uint8_t Ends;  // groups of this level and inside it have ended before this row; 0 for none
     uint8_t Style;
 };
 
@@ -45,6 +47,8 @@ struct RowMarker {
     bool IsHead;
     bool IsFoot;
     uint8_t FootLevel;
+    uint8_t Ended;   // Ends of the next row
+    uint8_t AgainOf; // the kind whose repeated row is still to come, + 1; 0 for none
     bool IsOpen[maxLevels + 1];
 };
 
@@ -65,13 +69,14 @@ LayoutRow MarkRow(RowMarker &marker, uint8_t style, uint64_t offset);
 // What is placed on a page.
 enum class Placed : uint8_t {
     row,
+    again,     // the heading of a group that goes on
     carryUp,   // the carried sums at the head of a page
     pageSum,   // the sums of this page
     carryDown, // the carried sums at its foot
 };
 
 // Called for everything in the order in which it stands on the pages: `page` from 1, `top` from the body's
-// upper edge. `row` is null for what is no row.
+// upper edge. `row` is null for carried sums.
 using PlaceCall = void (*)(void *context, Placed what, const LayoutRow *row, int64_t page, int32_t top);
 
 // Enough for the highest page with the lowest rows.
@@ -86,12 +91,13 @@ struct Layout {
     int32_t CarryHeight; // of one row of carried sums
 
     int64_t Pages;
-    int32_t Used;          // of the page's body
-    bool HasRows;          // on this page, apart from carried sums
-    bool HasCounted;       // rows that count, on this page
-    bool CarryIsOpen;      // a page break prints sums
-    bool CarryHasCounted;  // there is something to carry
-    bool CarryBeganBefore; // on an earlier page
+    int32_t Used;                   // of the page's body
+    bool HasRows;                   // on this page, apart from carried sums
+    bool HasCounted;                // rows that count, on this page
+    bool CarryIsOpen;               // a page break prints sums
+    bool CarryHasCounted;           // there is something to carry
+    bool CarryBeganBefore;          // on an earlier page
+    LayoutRow Again[maxLevels + 1]; // headings of the groups in hand; height 0 for none
 
     int32_t HeldHeight;
     int32_t HeldCount;

@@ -103,6 +103,8 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
     report->SourceLength = length;
     report->Catalogue = row;
     report->Store.File = -1;
+    InitOrdering(report->Waiting);
+    report->WaitingKind = -1;
     char message[messageSize] = "1: not enough memory";
     if ((sharing != nullptr && !CopyShared(*report, *sharing)) || !OpenSandbox(report->Box, report) ||
         !RunProtected(report->Box, OfferFunctions, report, message, sizeof message) ||
@@ -158,6 +160,7 @@ void DestroyReport(Report *report)
 {
     CloseSandbox(report->Box);
     CloseSpool(report->Store);
+    FreeOrdering(report->Waiting);
     pthread_mutex_destroy(&report->Lock);
     std::free(report->Path);
     std::free(report->Source);
@@ -192,6 +195,57 @@ const SharedSource *SharedSourceOf(Report &report, const char *name)
     return &shared;
 }
 
+namespace {
+
+bool FailOnFile(Report &report, int error)
+{
+    report.State = ReportState::failed;
+    Complain(report.Path, ": temporary file: %s", strerrordesc_np(error));
+    return false;
+}
+
+bool PrintRecord(Report &report, int kind, const char *record)
+{
+    RecordCall call = {&report, kind, record};
+    char message[messageSize];
+    const bool isGood = RunProtected(report.Box, RunRecord, &call, message, sizeof message);
+    report.IsPrinting = false;
+    return isGood || FailReport(report, message);
+}
+
+// Keeps a record until the last of its run has come.
+bool KeepRecord(Report &report, int kind, const char *record)
+{
+    const KindCode &code = report.Kinds[kind];
+    if (report.WaitingKind != kind) {
+        StartRun(report.Waiting, code.KeyWidth, report.Catalogue->RecordSizes[kind]);
+        report.WaitingKind = kind;
+    }
+    char key[maxKeyWidth];
+    size_t used = 0;
+    for (int i = 0; i < code.OrderCount; ++i) {
+        const Field &field = code.Fields[code.Order[i].Number];
+        WriteKey(field, record, code.Order[i].IsFalling, key + used);
+        used += KeyWidth(field);
+    }
+    return AddToRun(report.Waiting, key, record) || FailOnFile(report, report.Waiting.Error);
+}
+
+// Prints the records that wait, in their order.
+bool PrintWaiting(Report &report)
+{
+    const int kind = report.WaitingKind;
+    if (kind < 0) return true;
+    report.WaitingKind = -1;
+    if (!EndRun(report.Waiting)) return FailOnFile(report, report.Waiting.Error);
+    while (const char *record = NextOfRun(report.Waiting)) {
+        if (!PrintRecord(report, kind, record)) return false;
+    }
+    return report.Waiting.Error == 0 || FailOnFile(report, report.Waiting.Error);
+}
+
+} // namespace
+
 bool AddRecord(Report &report, int kind, const void *record)
 {
     if (report.State != ReportState::open) {
@@ -208,25 +262,24 @@ bool AddRecord(Report &report, int kind, const void *record)
         return false;
     }
     if (!report.Def.Kinds[kind].IsDeclared) return true; // the template prints nothing of it
-    RecordCall call = {&report, kind, static_cast<const char *>(record)};
-    char message[messageSize];
-    const bool isGood = RunProtected(report.Box, RunRecord, &call, message, sizeof message);
-    report.IsPrinting = false;
-    return isGood || FailReport(report, message);
+    const char *bytes = static_cast<const char *>(record);
+    if (kind != report.WaitingKind && !PrintWaiting(report)) return false;
+    return report.Def.Kinds[kind].IsOrdered ? KeepRecord(report, kind, bytes)
+                                            : PrintRecord(report, kind, bytes);
 }
 
 bool FinishReport(Report &report)
 {
     if (report.State == ReportState::finished) return true;
-    if (report.State != ReportState::open) return false;
+    if (report.State != ReportState::open || !PrintWaiting(report)) return false;
+    FreeOrdering(report.Waiting);
     char message[messageSize];
     const bool isGood = RunProtected(report.Box, RunFinish, &report, message, sizeof message);
     report.IsPrinting = false;
     if (!isGood) return FailReport(report, message);
-    if (!FlushSpool(report.Store)) {
-        report.State = ReportState::failed;
-        Complain(report.Path, ": temporary file: %s", strerrordesc_np(report.Store.Error));
-        return false;
+    // The header's function may have changed columns.
+    if (!PatchDefinition(report.Store, report.Def) || !FlushSpool(report.Store)) {
+        return FailOnFile(report, report.Store.Error);
     }
     CloseSandbox(report.Box); // it has said what it had to say
     report.PageCount = EndLayout(report.Counted);

@@ -3,7 +3,9 @@
 
 #include "report-engine/catalogue.h"
 #include "report-engine/definition.h"
+#include "report-engine/fields.h"
 #include "report-engine/layout.h"
+#include "report-engine/ordering.h"
 #include "report-engine/sandbox.h"
 #include "report-engine/spool.h"
 
@@ -13,16 +15,16 @@
 
 namespace rs {
 
-inline constexpr int maxFields = 96;    // of one record
+inline constexpr int maxFields = 96; // of one record
+inline constexpr int maxOrderFields = 6;
+inline constexpr int maxAbout = 8;      // texts that every row of a file is about
 inline constexpr int maxLateCells = 32; // sums printed in heads, still to be filled in
 inline constexpr size_t maxTemplateSize = 1 << 20;
 
-enum class FieldForm : uint8_t { text, amount, rate, date, i16, i32, u32, u8 };
-
-struct Field {
-    uint16_t Offset;
-    uint16_t Width;
-    FieldForm Form;
+// A field by which records of a kind are put in order.
+struct OrderField {
+    uint16_t Number; // of the kind's fields
+    bool IsFalling;
 };
 
 // What a template says about a kind beyond its rows. References are into Lua's registry, 0 for none.
@@ -31,6 +33,9 @@ struct KindCode {
     int Emit;
     int CloseEmit;
     uint16_t FieldCount;
+    uint16_t KeyWidth; // of an ordered kind
+    uint8_t OrderCount;
+    OrderField Order[maxOrderFields];
     Field Fields[maxFields];
 };
 
@@ -70,6 +75,7 @@ struct Report {
     int FinishEmit;
     int StyleNames;  // style name to number
     int ColumnNames; // list of column names
+    int DataNames;   // list of names of data fields
     bool HasPage;
     bool HasColumns;
 
@@ -78,6 +84,8 @@ struct Report {
     RowMarker Marker;
     Layout Counted;    // lays the rows out as they come, for the number of pages alone
     int64_t PageCount; // of a finished report
+    Ordering Waiting;  // records that are not printed before the last of their run
+    int WaitingKind;   // -1 for none
 
     // What the function that runs may print.
     bool IsPrinting;
@@ -87,6 +95,7 @@ struct Report {
     uint8_t ExpectedCount;
     uint8_t ExpectedNext;
     bool PrintedRows;
+    bool HasRows; // the report
     uint8_t HeadLinesPrinted;
     uint8_t FootLinesPrinted;
 

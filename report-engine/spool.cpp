@@ -115,6 +115,11 @@ bool PatchSpool(Spool &spool, uint64_t offset, const void *bytes, size_t size)
     return true;
 }
 
+bool PatchDefinition(Spool &spool, const Definition &definition)
+{
+    return PatchSpool(spool, sizeof magic + sizeof(uint32_t), &definition, sizeof definition);
+}
+
 void StartReading(SpoolReader &reader, int file)
 {
     reader.File = file;
@@ -162,10 +167,16 @@ bool ReadItem(SpoolReader &reader, bool &hasFailed)
     return true;
 }
 
-LayoutRow RowOf(const SpoolReader &reader, const Definition &definition)
+LayoutRow RowOf(const ItemHeader &header, uint64_t offset, const Definition &definition)
 {
-    return {reader.ItemOffset, definition.Styles[reader.Header.Style].Height, reader.Header.Flags,
-            reader.Header.Level, reader.Header.Style};
+    return {offset,      definition.Styles[header.Style].Height, header.Flags, header.Level, header.Ends,
+            header.Style};
+}
+
+bool IsBlank(const Definition &definition, uint8_t style, const Cell &cell)
+{
+    return cell.Kind != CellKind::text && cell.Number == 0 && cell.Column != spanColumn &&
+           definition.Columns[cell.Column].BlankZero && !definition.Styles[style].Bold;
 }
 
 bool NextCell(CellReader &cells, Cell &cell)

@@ -16,6 +16,8 @@
 //     foot      the same for the line at the foot of the page
 //     bookmark  its text of Count bytes; Level is its depth from 0
 //     sheet     4 bytes: sheets of the group that came before this page
+//     data      cells of a row of data, whose columns are the data fields; for files alone
+//     about     what every row of a file is about: pairs of name and text, each with its length (2)
 //   What is no row applies from the next row on.
 #pragma once
 
@@ -27,21 +29,22 @@
 
 namespace rs {
 
-enum class Item : uint8_t { row = 1, head, foot, bookmark, sheet };
+enum class Item : uint8_t { row = 1, head, foot, bookmark, sheet, data, about };
 
 struct ItemHeader {
     Item Kind;
     uint8_t Style;   // of a row
-    uint8_t Level;   // of a foot row: the group it closes; of a bookmark: its depth
+    uint8_t Level;   // of a row as in LayoutRow; of a bookmark: its depth
     uint8_t IsFirst; // of head and foot: starts anew
     uint16_t Flags;  // RowFlag
-    uint16_t Count;  // cells of a row, bytes of a bookmark
+    uint16_t Count;  // cells of a row, bytes of a bookmark, pairs of about
     uint32_t Size;
-    uint32_t Reserved;
+    uint8_t Ends; // of a row as in LayoutRow
+    uint8_t Reserved[3];
 };
 static_assert(sizeof(ItemHeader) == 16);
 
-enum class CellKind : uint8_t { text, amount, rate, number };
+enum class CellKind : uint8_t { text, amount, rate, number, flag };
 
 struct CellHeader {
     uint8_t Column; // spanColumn for a text across the whole width
@@ -55,7 +58,7 @@ static_assert(sizeof(Definition) % itemAlignment == 0);
 
 inline constexpr uint8_t spanColumn = 0xFF;
 inline constexpr size_t maxTextLength = 1000; // bytes of one text; the rest is cut
-inline constexpr size_t maxItemSize = 40'000; // every column full: 32 x 1004 + the header
+inline constexpr size_t maxItemSize = 65'000; // every field full: 64 x 1004 + the header
 inline constexpr size_t spoolBufferSize = 65'536;
 
 struct Spool {
@@ -79,6 +82,7 @@ inline uint64_t SpoolEnd(const Spool &spool) { return spool.Written + spool.Buff
 // False when the disk is full; Error tells why, and everything after it is refused.
 bool AppendToSpool(Spool &spool, const void *bytes, size_t size);
 bool PatchSpool(Spool &spool, uint64_t offset, const void *bytes, size_t size);
+bool PatchDefinition(Spool &spool, const Definition &definition);
 bool FlushSpool(Spool &spool);
 
 // Reads a flushed spool from its first item on, with its own place, so that several may read at once.
@@ -98,7 +102,7 @@ void StartReading(SpoolReader &reader, int file);
 // The next item; false at the end and on a read error (`hasFailed`).
 bool ReadItem(SpoolReader &reader, bool &hasFailed);
 
-LayoutRow RowOf(const SpoolReader &reader, const Definition &definition);
+LayoutRow RowOf(const ItemHeader &header, uint64_t offset, const Definition &definition);
 
 // The cells of a row, one by one: false after the last.
 struct CellReader {
@@ -116,6 +120,9 @@ struct Cell {
 
 inline CellReader CellsOf(const ItemHeader &header, const char *data) { return {data, header.Count}; }
 bool NextCell(CellReader &cells, Cell &cell);
+
+// A figure of zero that stays empty; a sum of zero in a bold row is a statement.
+bool IsBlank(const Definition &definition, uint8_t style, const Cell &cell);
 
 // The three texts of a head or foot line.
 struct LinePart {

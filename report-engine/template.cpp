@@ -171,6 +171,7 @@ void SetBuiltInStyles(Report &report)
         style.Height = height;
         style.FontSize = size;
         style.Above = style.Below = none;
+        style.Role = static_cast<uint8_t>(i <= totalStyle ? i : textStyle);
     }
     styles[lineStyle].Counts = true;
     styles[lineStyle].Below = Rule::hair;
@@ -255,7 +256,8 @@ int DeclareStyle(lua_State *state)
     const char *name = luaL_checkstring(state, 1);
     luaL_checktype(state, 2, LUA_TTABLE);
     RefuseUnknownKeys(
-        state, 2, {"like", "height", "size", "bold", "italic", "above", "below", "shade", "counts"}, false);
+        state, 2, {"like", "height", "size", "indent", "bold", "italic", "above", "below", "shade", "counts"},
+        false);
     int number = StyleNumber(state, report, 1);
     if (number < 0) {
         if (report.Def.StyleCount == maxStyles) return luaL_error(state, "there are too many styles");
@@ -280,6 +282,7 @@ int DeclareStyle(lua_State *state)
     if (style.Height < minRowHeight) return luaL_error(state, "'height' must be a number from 2.5 to 100");
     MeasureEntry(state, 2, "size", 4800, style.FontSize);
     if (style.FontSize < 400) return luaL_error(state, "'size' must be a number from 4 to 48");
+    MeasureEntry(state, 2, "indent", 10000, style.Indent);
     FlagEntry(state, 2, "bold", style.Bold);
     FlagEntry(state, 2, "italic", style.Italic);
     FlagEntry(state, 2, "counts", style.Counts);
@@ -290,9 +293,27 @@ int DeclareStyle(lua_State *state)
     return 0;
 }
 
+constexpr int32_t minColumnWidth = 100;
+
+void CheckTitle(lua_State *state, const Column &column)
+{
+    if (TitleLines(column.Title) <= 4) return;
+    luaL_error(state, "the title of column '%s' has more than four lines", column.Name);
+}
+
+void CheckWidths(lua_State *state, const Definition &def)
+{
+    int32_t width = 0;
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        width += def.Columns[i].Width;
+    }
+    const int32_t room = def.PageWidth - def.Left - def.Right;
+    if (width > room) luaL_error(state, "the columns take %d mm of %d mm", (width + 99) / 100, room / 100);
+}
+
 void DeclareColumn(lua_State *state, Report &report, int table, Column &column)
 {
-    RefuseUnknownKeys(state, table, {"form", "align", "group", "sum", "zero"}, true);
+    RefuseUnknownKeys(state, table, {"form", "align", "group", "heading", "sum", "zero"}, true);
     lua_rawgeti(state, table, 1);
     lua_setfield(state, table, "name");
     lua_rawgeti(state, table, 2);
@@ -305,7 +326,8 @@ void DeclareColumn(lua_State *state, Report &report, int table, Column &column)
     if (!TextEntry(state, table, "title", column.Title, sizeof column.Title)) {
         luaL_error(state, "column '%s' has no title", column.Name);
     }
-    if (!MeasureEntry(state, table, "width", 42000, column.Width) || column.Width < 100) {
+    if (!MeasureEntry(state, table, "width", 42000, column.Width) ||
+        (IsShown(column) && column.Width < minColumnWidth)) {
         luaL_error(state, "column '%s' has no width", column.Name);
     }
     column.CellForm =
@@ -313,6 +335,7 @@ void DeclareColumn(lua_State *state, Report &report, int table, Column &column)
     column.CellAlign = static_cast<Align>(ChoiceEntry(state, table, "align", {"left", "center", "right"},
                                                       column.CellForm == Form::text ? 0 : 2));
     TextEntry(state, table, "group", column.Group, sizeof column.Group);
+    TextEntry(state, table, "heading", column.Heading, sizeof column.Heading);
     FlagEntry(state, table, "sum", column.IsSum);
     column.BlankZero = ChoiceEntry(state, table, "zero", {"show", "blank"}, 0) == 1;
     Definition &def = report.Def;
@@ -323,8 +346,8 @@ void DeclareColumn(lua_State *state, Report &report, int table, Column &column)
         def.SumColumns[def.SumCount++] = static_cast<uint8_t>(&column - def.Columns);
     }
     if (column.Group[0] != 0) def.HasColumnGroups = true;
+    CheckTitle(state, column);
     const auto lines = static_cast<uint8_t>(TitleLines(column.Title));
-    if (lines > 4) luaL_error(state, "the title of column '%s' has more than four lines", column.Name);
     if (lines > def.ColumnTitleLines) def.ColumnTitleLines = lines;
     for (const Column *other = def.Columns; other != &column; ++other) {
         if (std::strcmp(other->Name, column.Name) == 0) {
@@ -343,7 +366,6 @@ int DeclareColumns(lua_State *state)
     const auto count = lua_rawlen(state, 1);
     if (count > maxColumns) return luaL_error(state, "there are too many columns");
     lua_rawgeti(state, LUA_REGISTRYINDEX, report.ColumnNames);
-    int32_t width = 0;
     for (lua_Unsigned i = 0; i < count; ++i) {
         if (lua_rawgeti(state, 1, static_cast<lua_Integer>(i + 1)) != LUA_TTABLE) {
             return luaL_error(state, "a column is a table: { name, title, width, ... }");
@@ -354,12 +376,8 @@ int DeclareColumns(lua_State *state)
         lua_pushstring(state, column.Name);
         lua_rawseti(state, -2, static_cast<lua_Integer>(i + 1));
         ++report.Def.ColumnCount;
-        width += column.Width;
     }
-    const int32_t room = report.Def.PageWidth - report.Def.Left - report.Def.Right;
-    if (width > room) {
-        return luaL_error(state, "the columns take %d mm of %d mm", (width + 99) / 100, room / 100);
-    }
+    CheckWidths(state, report.Def);
     return 0;
 }
 
@@ -369,6 +387,83 @@ int ColumnNumber(const Definition &def, const char *name)
         if (std::strcmp(def.Columns[i].Name, name) == 0) return i;
     }
     return -1;
+}
+
+// column(name, { ... }): a column as the header makes it, before anything is printed.
+int ChangeColumn(lua_State *state)
+{
+    auto &report = OwnerOf<Report>(state);
+    if (!report.IsPrinting || report.PrintingKind != 0 || report.HasRows) {
+        return luaL_error(state, "column(...) belongs in the function of the header, before its rows");
+    }
+    const int number = ColumnNumber(report.Def, luaL_checkstring(state, 1));
+    if (number < 0) return luaL_error(state, "there is no column '%s'", lua_tostring(state, 1));
+    luaL_checktype(state, 2, LUA_TTABLE);
+    RefuseUnknownKeys(state, 2, {"title", "group", "heading", "width"}, false);
+    Column changed = report.Def.Columns[number];
+    TextEntry(state, 2, "title", changed.Title, sizeof changed.Title);
+    TextEntry(state, 2, "heading", changed.Heading, sizeof changed.Heading);
+    MeasureEntry(state, 2, "width", 42000, changed.Width);
+    if (IsShown(changed) && changed.Width < minColumnWidth) {
+        return luaL_error(state, "column '%s' has no width", changed.Name);
+    }
+    if (TextEntry(state, 2, "group", changed.Group, sizeof changed.Group) && changed.Group[0] != 0 &&
+        !report.Def.HasColumnGroups) {
+        return luaL_error(state, "columns{...} declares no groups");
+    }
+    // How high the titles are is settled: pages may have been counted by it.
+    if (TitleLines(changed.Title) > report.Def.ColumnTitleLines) {
+        return luaL_error(state, "columns{...} declares %d lines of titles", report.Def.ColumnTitleLines);
+    }
+    report.Def.Columns[number] = changed;
+    CheckWidths(state, report.Def);
+    return 0;
+}
+
+// fields { { name, heading, form = ... }, ... }: what a row of data holds.
+int DeclareDataFields(lua_State *state)
+{
+    Report &report = Declaring(state, "fields{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    RefuseUnknownKeys(state, 1, {}, true);
+    Definition &def = report.Def;
+    if (def.DataFieldCount > 0) return luaL_error(state, "fields{...} stands here a second time");
+    const auto count = lua_rawlen(state, 1);
+    if (count == 0 || count > maxDataFields) {
+        return luaL_error(state, "a row of data has 1 to %d fields", maxDataFields);
+    }
+    lua_rawgeti(state, LUA_REGISTRYINDEX, report.DataNames);
+    const int names = lua_gettop(state);
+    for (lua_Unsigned i = 0; i < count; ++i) {
+        if (lua_rawgeti(state, 1, static_cast<lua_Integer>(i + 1)) != LUA_TTABLE) {
+            return luaL_error(state, "a field of data is a table: { name, heading, ... }");
+        }
+        const int table = lua_gettop(state);
+        RefuseUnknownKeys(state, table, {"form"}, true);
+        DataField &field = def.DataFields[i];
+        lua_rawgeti(state, table, 1);
+        lua_setfield(state, table, "name");
+        lua_rawgeti(state, table, 2);
+        lua_setfield(state, table, "heading");
+        if (!TextEntry(state, table, "name", field.Name, sizeof field.Name) || field.Name[0] == 0) {
+            return luaL_error(state, "a field of data begins with its name");
+        }
+        if (!TextEntry(state, table, "heading", field.Heading, sizeof field.Heading)) {
+            return luaL_error(state, "field '%s' has no heading", field.Name);
+        }
+        field.CellForm = static_cast<Form>(
+            ChoiceEntry(state, table, "form", {"text", "amount", "rate", "number", "flag"}, 0));
+        for (lua_Unsigned other = 0; other < i; ++other) {
+            if (std::strcmp(def.DataFields[other].Name, field.Name) == 0) {
+                return luaL_error(state, "there are two fields '%s'", field.Name);
+            }
+        }
+        lua_pop(state, 1);
+        lua_pushstring(state, field.Name);
+        lua_rawseti(state, names, static_cast<lua_Integer>(i + 1));
+        ++def.DataFieldCount;
+    }
+    return 0;
 }
 
 int DeclareCarry(lua_State *state)
@@ -474,6 +569,71 @@ void TakeFields(lua_State *state, Report &report, int kind, int table)
     code.FieldNames = luaL_ref(state, LUA_REGISTRYINDEX);
 }
 
+// order = { "datum", "-betrag" }: fields of the record; what has a minus before it falls.
+void TakeOrder(lua_State *state, Report &report, int kind, int table)
+{
+    const int type = lua_getfield(state, table, "order");
+    if (type == LUA_TNIL) {
+        lua_pop(state, 1);
+        return;
+    }
+    KindRule &rule = report.Def.Kinds[kind];
+    KindCode &code = report.Kinds[kind];
+    if (type != LUA_TTABLE) luaL_error(state, "'order' must be a list of fields");
+    if (rule.Level != 0 || rule.Closes != 0) {
+        luaL_error(state, "'order' is for records that neither open nor close a level");
+    }
+    const int list = lua_gettop(state);
+    const lua_Unsigned count = lua_rawlen(state, list);
+    if (count == 0 || count > maxOrderFields) {
+        luaL_error(state, "'order' may hold 1 to %d fields", maxOrderFields);
+    }
+    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
+    const int names = lua_gettop(state);
+    size_t width = 0;
+    for (lua_Unsigned i = 0; i < count; ++i) {
+        if (lua_rawgeti(state, list, static_cast<lua_Integer>(i + 1)) != LUA_TSTRING) {
+            luaL_error(state, "'order' must be a list of fields");
+        }
+        const char *name = lua_tostring(state, -1);
+        const bool isFalling = name[0] == '-';
+        int found = -1;
+        for (int field = 0; field < code.FieldCount && found < 0; ++field) {
+            lua_rawgeti(state, names, field + 1);
+            if (std::strcmp(lua_tostring(state, -1), name + (isFalling ? 1 : 0)) == 0) found = field;
+            lua_pop(state, 1);
+        }
+        if (found < 0) luaL_error(state, "'order' names '%s', which is no field of the record", name);
+        width += KeyWidth(code.Fields[found]);
+        code.Order[code.OrderCount++] = {static_cast<uint16_t>(found), isFalling};
+        lua_pop(state, 1);
+    }
+    if (width > maxKeyWidth) {
+        luaL_error(state, "the fields of 'order' may have %d bytes together", static_cast<int>(maxKeyWidth));
+    }
+    code.KeyWidth = static_cast<uint16_t>(width);
+    rule.IsOrdered = true;
+    lua_pop(state, 2);
+}
+
+// again = "head": the style of the row that further pages of the group repeat.
+void TakeAgain(lua_State *state, const Report &report, KindRule &rule, int table)
+{
+    if (lua_getfield(state, table, "again") != LUA_TNIL) {
+        const int top = lua_gettop(state);
+        const int style = lua_type(state, top) == LUA_TSTRING ? StyleNumber(state, report, top) : -1;
+        bool isPrinted = false;
+        for (int i = 0; i < rule.RowCount; ++i) {
+            isPrinted = isPrinted || rule.Rows[i] == style;
+        }
+        if (!isPrinted) luaL_error(state, "'again' must be one of the styles in 'rows'");
+        if (rule.Level == 0) luaL_error(state, "'again' is for records that open a level");
+        rule.HasAgain = true;
+        rule.Again = static_cast<uint8_t>(style);
+    }
+    lua_pop(state, 1);
+}
+
 // rows = { "line", { "text", 3 }, "sum" } as a list of styles.
 uint8_t TakeRows(lua_State *state, const Report &report, int table, uint8_t *rows, int most)
 {
@@ -522,7 +682,8 @@ int DeclareRecord(lua_State *state)
     Report &report = Declaring(state, "record(...)");
     const lua_Integer kind = luaL_checkinteger(state, 1);
     luaL_checktype(state, 2, LUA_TTABLE);
-    RefuseUnknownKeys(state, 2, {"level", "newpage", "keep", "rows", "emit", "close"}, true);
+    RefuseUnknownKeys(
+        state, 2, {"level", "closes", "newpage", "keep", "again", "order", "rows", "emit", "close"}, true);
     if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0) {
         return luaL_error(state, "this report has no records of kind %d", static_cast<int>(kind));
     }
@@ -533,12 +694,18 @@ int DeclareRecord(lua_State *state)
     TakeFields(state, report, static_cast<int>(kind), 2);
     KindCode &code = report.Kinds[kind];
     rule.Level = static_cast<uint8_t>(IntegerEntry(state, 2, "level", 0, 0, maxLevels));
+    rule.Closes = static_cast<uint8_t>(IntegerEntry(state, 2, "closes", 0, 0, maxLevels));
+    if (rule.Level != 0 && rule.Closes != 0) {
+        return luaL_error(state, "'closes' is for records that open no level");
+    }
     FlagEntry(state, 2, "newpage", rule.NewPage);
     FlagEntry(state, 2, "keep", rule.Keep);
     if (rule.Level == 0 && (rule.NewPage || rule.Keep)) {
         return luaL_error(state, "'newpage' and 'keep' are for records that open a level");
     }
     rule.RowCount = TakeRows(state, report, 2, rule.Rows, maxRows);
+    TakeAgain(state, report, rule, 2);
+    TakeOrder(state, report, static_cast<int>(kind), 2);
     code.Emit = TakeFunction(state, 2, "emit");
     const int type = lua_getfield(state, 2, "close");
     if (type != LUA_TNIL) {
@@ -557,7 +724,8 @@ int DeclareFinish(lua_State *state)
 {
     Report &report = Declaring(state, "finish{...}");
     luaL_checktype(state, 1, LUA_TTABLE);
-    RefuseUnknownKeys(state, 1, {"rows", "emit"}, false);
+    RefuseUnknownKeys(state, 1, {"rows", "emit", "empty"}, false);
+    TextEntry(state, 1, "empty", report.Def.Empty, sizeof report.Def.Empty);
     if (report.FinishEmit != 0) return luaL_error(state, "finish{...} stands here a second time");
     report.Def.FinishCount = TakeRows(state, report, 1, report.Def.FinishRows, maxFootRows);
     report.FinishEmit = TakeFunction(state, 1, "emit");
@@ -606,12 +774,13 @@ int ShareFile(lua_State *state)
 int OfferFunctions(lua_State *state)
 {
     constexpr luaL_Reg functions[] = {
-        {"report", DeclareReport},   {"page", DeclarePage},   {"style", DeclareStyle},
-        {"columns", DeclareColumns}, {"carry", DeclareCarry}, {"record", DeclareRecord},
-        {"finish", DeclareFinish},   {"row", PrintRow},       {"add", AddToSums},
-        {"head", PrintHead},         {"foot", PrintFoot},     {"bookmark", PrintBookmark},
-        {"share", ShareFile},        {"sheet", PrintSheet},   {"money", AmountAsText},
-        {"today", TodayAsText},      {nullptr, nullptr}};
+        {"report", DeclareReport},   {"page", DeclarePage},    {"style", DeclareStyle},
+        {"columns", DeclareColumns}, {"carry", DeclareCarry},  {"record", DeclareRecord},
+        {"finish", DeclareFinish},   {"row", PrintRow},        {"add", AddToSums},
+        {"head", PrintHead},         {"foot", PrintFoot},      {"bookmark", PrintBookmark},
+        {"share", ShareFile},        {"sheet", PrintSheet},    {"money", AmountAsText},
+        {"today", TodayAsText},      {"column", ChangeColumn}, {"fields", DeclareDataFields},
+        {"data", PrintData},         {"about", PrintAbout},    {nullptr, nullptr}};
     struct FormRow {
         const char *Name;
         FieldForm Form;
@@ -637,6 +806,8 @@ int OfferFunctions(lua_State *state)
     report.StyleNames = luaL_ref(state, LUA_REGISTRYINDEX);
     lua_newtable(state);
     report.ColumnNames = luaL_ref(state, LUA_REGISTRYINDEX);
+    lua_newtable(state);
+    report.DataNames = luaL_ref(state, LUA_REGISTRYINDEX);
 
     Definition &def = report.Def;
     def.PageWidth = 21000;

@@ -57,10 +57,10 @@ void StoreItem(lua_State *state, Report &report, ItemHeader &header)
     }
 }
 
-void CheckAmount(lua_State *state, lua_Integer amount, const Column &column)
+void CheckAmount(lua_State *state, lua_Integer amount, const char *column)
 {
     if (amount > maxAmount || amount < -maxAmount) {
-        luaL_error(state, "an amount in column '%s' grows too large", column.Name);
+        luaL_error(state, "an amount in column '%s' grows too large", column);
     }
 }
 
@@ -81,6 +81,13 @@ void Count(lua_State *state, Report &report, uint8_t column, int64_t amount)
     }
 }
 
+size_t StoreCell(Report &report, CellHeader cell, const void *value, size_t used)
+{
+    std::memcpy(report.ItemData + used, &cell, sizeof cell);
+    if (value != nullptr) std::memcpy(report.ItemData + used + sizeof cell, value, cell.Length);
+    return used + sizeof cell + cell.Length;
+}
+
 // Writes the value on top of the stack as the cell of a column; returns the bytes used so far.
 size_t PutCell(lua_State *state, Report &report, uint8_t number, bool counts, size_t used)
 {
@@ -91,14 +98,23 @@ size_t PutCell(lua_State *state, Report &report, uint8_t number, bool counts, si
         size_t length = 0;
         const char *bytes = lua_tolstring(state, -1, &length);
         cell.Length = static_cast<uint16_t>(CopyText(report, used + sizeof cell, bytes, length));
-    } else if (type == LUA_TNUMBER && lua_isinteger(state, -1) != 0 && column.CellForm != Form::text) {
+        return StoreCell(report, cell, nullptr, used);
+    }
+    cell.Length = sizeof(int64_t);
+    if (type == LUA_TNUMBER && lua_isinteger(state, -1) != 0 && column.CellForm != Form::text) {
         const lua_Integer value = lua_tointeger(state, -1);
-        if (column.CellForm == Form::amount) CheckAmount(state, value, column);
+        if (column.CellForm == Form::amount) CheckAmount(state, value, column.Name);
         cell.Kind = static_cast<CellKind>(column.CellForm);
-        cell.Length = sizeof value;
-        std::memcpy(report.ItemData + used + sizeof cell, &value, sizeof value);
         if (counts && column.IsSum) Count(state, report, number, value);
-    } else if (type == LUA_TLIGHTUSERDATA && column.IsSum && report.PrintingLevel != 0) {
+        return StoreCell(report, cell, &value, used);
+    }
+    if (type != LUA_TLIGHTUSERDATA || !column.IsSum || report.PrintingLevel == 0) {
+        luaL_error(state, "column '%s' cannot take a %s", column.Name,
+                   type == LUA_TNUMBER ? "number of this kind" : luaL_typename(state, -1));
+    }
+    const int64_t unknown = 0;
+    cell.Kind = CellKind::amount;
+    if (IsShown(column)) {
         if (report.LateCount == maxLateCells) luaL_error(state, "there are too many sums in heads");
         LateCell &late = report.Late[report.LateCount++];
         late.Level = report.PrintingLevel;
@@ -106,15 +122,59 @@ size_t PutCell(lua_State *state, Report &report, uint8_t number, bool counts, si
         for (uint8_t sum = 0; sum < report.Def.SumCount; ++sum) {
             if (report.Def.SumColumns[sum] == number) late.Sum = sum;
         }
-        cell.Kind = CellKind::amount;
-        cell.Length = sizeof(int64_t);
-        std::memset(report.ItemData + used + sizeof cell, 0, sizeof(int64_t));
-    } else {
-        luaL_error(state, "column '%s' cannot take a %s", column.Name,
-                   type == LUA_TNUMBER ? "number of this kind" : luaL_typename(state, -1));
     }
-    std::memcpy(report.ItemData + used, &cell, sizeof cell);
-    return used + sizeof cell + cell.Length;
+    return StoreCell(report, cell, &unknown, used);
+}
+
+// The same for a field of a row of data, which takes true and false as well.
+size_t PutDataCell(lua_State *state, Report &report, uint8_t number, size_t used)
+{
+    const DataField &field = report.Def.DataFields[number];
+    CellHeader cell = {number, CellKind::text, 0};
+    const int type = lua_type(state, -1);
+    if (type == LUA_TSTRING && field.CellForm == Form::text) {
+        size_t length = 0;
+        const char *bytes = lua_tolstring(state, -1, &length);
+        cell.Length = static_cast<uint16_t>(CopyText(report, used + sizeof cell, bytes, length));
+        return StoreCell(report, cell, nullptr, used);
+    }
+    lua_Integer value = 0;
+    if (type == LUA_TBOOLEAN && field.CellForm == Form::flag) {
+        value = lua_toboolean(state, -1);
+    } else if (type == LUA_TNUMBER && lua_isinteger(state, -1) != 0 && field.CellForm != Form::text &&
+               field.CellForm != Form::flag) {
+        value = lua_tointeger(state, -1);
+        if (field.CellForm == Form::amount) CheckAmount(state, value, field.Name);
+    } else {
+        luaL_error(state, "field '%s' of the data cannot take a %s", field.Name, luaL_typename(state, -1));
+    }
+    cell.Kind = static_cast<CellKind>(field.CellForm);
+    cell.Length = sizeof value;
+    return StoreCell(report, cell, &value, used);
+}
+
+// Stores what stands in ItemData as a row.
+void StoreRow(lua_State *state, Report &report, ItemHeader header, uint8_t style, size_t used)
+{
+    const LayoutRow row = MarkRow(report.Marker, style, 0);
+    header.Kind = Item::row;
+    header.Style = row.Style;
+    header.Level = row.Level;
+    header.Ends = row.Ends;
+    header.Flags = row.Flags;
+    header.Size = static_cast<uint32_t>(used);
+    StoreItem(state, report, header);
+    AddRow(report.Counted, row);
+    report.PrintedRows = true;
+    report.HasRows = true;
+}
+
+// A text across the whole width, as the one cell of a row; returns the bytes used.
+size_t PutSpan(Report &report, const char *bytes, size_t length)
+{
+    CellHeader cell = {spanColumn, CellKind::text, 0};
+    cell.Length = static_cast<uint16_t>(CopyText(report, sizeof cell, bytes, length));
+    return StoreCell(report, cell, nullptr, 0);
 }
 
 } // namespace
@@ -137,10 +197,7 @@ int PrintRow(lua_State *state)
     if (lua_type(state, 2) == LUA_TSTRING) {
         size_t length = 0;
         const char *bytes = lua_tolstring(state, 2, &length);
-        CellHeader cell = {spanColumn, CellKind::text, 0};
-        cell.Length = static_cast<uint16_t>(CopyText(report, sizeof cell, bytes, length));
-        std::memcpy(report.ItemData, &cell, sizeof cell);
-        used = sizeof cell + cell.Length;
+        used = PutSpan(report, bytes, length);
         header.Count = 1;
     } else {
         luaL_checktype(state, 2, LUA_TTABLE);
@@ -149,8 +206,11 @@ int PrintRow(lua_State *state)
         for (uint8_t i = 0; i < report.Def.ColumnCount; ++i) {
             lua_rawgeti(state, 3, i + 1);
             if (lua_rawget(state, 2) != LUA_TNIL) {
-                used = PutCell(state, report, i, counts, used);
-                ++header.Count;
+                const size_t end = PutCell(state, report, i, counts, used);
+                if (IsShown(report.Def.Columns[i])) {
+                    used = end;
+                    ++header.Count;
+                }
             }
             lua_pop(state, 1);
         }
@@ -160,15 +220,73 @@ int PrintRow(lua_State *state)
             if (level == 0 || report.Marker.IsOpen[level]) ++report.Counts[level];
         }
     }
-    const LayoutRow row = MarkRow(report.Marker, static_cast<uint8_t>(style), 0);
-    header.Kind = Item::row;
-    header.Style = row.Style;
-    header.Level = row.Level;
-    header.Flags = row.Flags;
+    StoreRow(state, report, header, static_cast<uint8_t>(style), used);
+    return 0;
+}
+
+// data{ konto = ..., betrag = ... }: a row of data.
+int PrintData(lua_State *state)
+{
+    Report &report = Printing(state, "data{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    if (report.Def.DataFieldCount == 0) return luaL_error(state, "data{...} needs fields{...}");
+    ItemHeader header = {};
+    size_t used = 0;
+    lua_settop(state, 1);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, report.DataNames);
+    for (uint8_t i = 0; i < report.Def.DataFieldCount; ++i) {
+        lua_rawgeti(state, 2, i + 1);
+        if (lua_rawget(state, 1) != LUA_TNIL) {
+            used = PutDataCell(state, report, i, used);
+            ++header.Count;
+        }
+        lua_pop(state, 1);
+    }
+    header.Kind = Item::data;
     header.Size = static_cast<uint32_t>(used);
     StoreItem(state, report, header);
-    AddRow(report.Counted, row);
-    report.PrintedRows = true;
+    return 0;
+}
+
+namespace {
+
+// A text with its length before it; returns the bytes used so far.
+size_t PutText(Report &report, size_t used, const char *bytes, size_t length)
+{
+    const auto written = static_cast<uint16_t>(CopyText(report, used + sizeof(uint16_t), bytes, length));
+    std::memcpy(report.ItemData + used, &written, sizeof written);
+    return used + sizeof written + written;
+}
+
+} // namespace
+
+// about{ { "mandant", r.mandant }, ... }: what every row of a file is about, from here on.
+int PrintAbout(lua_State *state)
+{
+    Report &report = Printing(state, "about{...}");
+    luaL_checktype(state, 1, LUA_TTABLE);
+    const auto count = lua_rawlen(state, 1);
+    if (count > maxAbout) return luaL_error(state, "about{...} may hold %d texts", maxAbout);
+    ItemHeader header = {};
+    size_t used = 0;
+    for (lua_Unsigned i = 1; i <= count; ++i) {
+        if (lua_rawgeti(state, 1, static_cast<lua_Integer>(i)) != LUA_TTABLE) {
+            return luaL_error(state, "about{...} is a list of { name, text }");
+        }
+        for (int part = 1; part <= 2; ++part) {
+            if (lua_rawgeti(state, -part, part) != LUA_TSTRING) {
+                return luaL_error(state, "about{...} is a list of { name, text }");
+            }
+            size_t length = 0;
+            const char *bytes = lua_tolstring(state, -1, &length);
+            used = PutText(report, used, bytes, length);
+        }
+        lua_pop(state, 3);
+        ++header.Count;
+    }
+    header.Kind = Item::about;
+    header.Size = static_cast<uint32_t>(used);
+    StoreItem(state, report, header);
     return 0;
 }
 
@@ -185,7 +303,7 @@ int AddToSums(lua_State *state)
         if (type != LUA_TNIL) {
             if (lua_isinteger(state, -1) == 0) return luaL_error(state, "'%s' is no amount", column.Name);
             const lua_Integer amount = lua_tointeger(state, -1);
-            CheckAmount(state, amount, column);
+            CheckAmount(state, amount, column.Name);
             Count(state, report, number, amount);
         }
         lua_pop(state, 1);
@@ -194,6 +312,41 @@ int AddToSums(lua_State *state)
 }
 
 namespace {
+
+constexpr lua_Unsigned maxPartTexts = 8;
+
+// The part of a line that stands on top of the stack: a text, or several, of which the empty ones are left
+// out. Returns the bytes used so far.
+size_t PutPart(lua_State *state, Report &report, const char *key, size_t used)
+{
+    const int type = lua_type(state, -1);
+    size_t length = 0;
+    const char *bytes = type == LUA_TSTRING ? lua_tolstring(state, -1, &length) : "";
+    if (type != LUA_TTABLE) {
+        if (type != LUA_TNIL && type != LUA_TSTRING) luaL_error(state, "'%s' must be a text", key);
+        return PutText(report, used, bytes, length);
+    }
+    const int list = lua_gettop(state);
+    const lua_Unsigned count = lua_rawlen(state, list);
+    if (count > maxPartTexts)
+        luaL_error(state, "'%s' may hold %d texts", key, static_cast<int>(maxPartTexts));
+    constexpr char separator[] = " \u00B7 ";
+    uint16_t written = 0;
+    for (lua_Unsigned i = 1; i <= count; ++i) {
+        if (lua_rawgeti(state, list, static_cast<lua_Integer>(i)) != LUA_TSTRING) {
+            luaL_error(state, "'%s' must be a text or a list of texts", key);
+        }
+        bytes = lua_tolstring(state, -1, &length);
+        const auto append = [&](const char *text, size_t size) {
+            written += static_cast<uint16_t>(CopyText(report, used + sizeof written + written, text, size));
+        };
+        if (length > 0 && written > 0) append(separator, sizeof separator - 1);
+        append(bytes, length);
+        lua_pop(state, 1);
+    }
+    std::memcpy(report.ItemData + used, &written, sizeof written);
+    return used + sizeof written + written;
+}
 
 int PrintLine(lua_State *state, Item kind)
 {
@@ -207,13 +360,8 @@ int PrintLine(lua_State *state, Item kind)
     }
     size_t used = 0;
     for (const char *key : {"left", "center", "right"}) {
-        const int type = lua_getfield(state, 1, key);
-        if (type != LUA_TNIL && type != LUA_TSTRING) return luaL_error(state, "'%s' must be a text", key);
-        size_t length = 0;
-        const char *bytes = type == LUA_TSTRING ? lua_tolstring(state, -1, &length) : "";
-        const auto written = static_cast<uint16_t>(CopyText(report, used + sizeof(uint16_t), bytes, length));
-        std::memcpy(report.ItemData + used, &written, sizeof written);
-        used += sizeof written + written;
+        lua_getfield(state, 1, key);
+        used = PutPart(state, report, key, used);
         lua_pop(state, 1);
     }
     ItemHeader header = {};
@@ -359,13 +507,6 @@ void CloseLevels(lua_State *state, Report &report, int kind)
     }
 }
 
-template <typename Number> lua_Integer NumberFrom(const char *field)
-{
-    Number number;
-    std::memcpy(&number, field, sizeof number);
-    return static_cast<lua_Integer>(number);
-}
-
 void PushTextField(lua_State *state, const char *field, size_t width)
 {
     constexpr size_t most = 1024;
@@ -444,6 +585,13 @@ int RunFinish(lua_State *state)
     CloseLevels(state, report, -1);
     MarkFoot(report.Marker, 0);
     BeginPrinting(report, -1, 0, report.Def.FinishRows, report.Def.FinishCount);
+    if (!report.HasRows && report.Def.Empty[0] != 0) {
+        ItemHeader header = {};
+        header.Count = 1;
+        StoreRow(state, report, header, textStyle,
+                 PutSpan(report, report.Def.Empty, std::strlen(report.Def.Empty)));
+        return 0;
+    }
     if (report.FinishEmit == 0) return 0;
     lua_rawgeti(state, LUA_REGISTRYINDEX, report.FinishEmit);
     PushSums(state, report, 0);

@@ -254,7 +254,7 @@ void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[max
     for (int column = 0; column < def.ColumnCount; ++column) {
         const RowCell &cell = cells[column];
         if (!cell.IsSet || cell.Text.Length == 0) continue;
-        const double left = drawing.Lefts[column];
+        double left = drawing.Lefts[column];
         double right = left + Points(def.Columns[column].Width);
         const Align align = def.Columns[column].CellAlign;
         if (cell.IsFigure) {
@@ -264,6 +264,7 @@ void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[max
         }
         // A text runs on over the empty columns behind it.
         if (align == Align::left) {
+            left += Points(style.Indent);
             for (int next = column + 1; next < def.ColumnCount; ++next) {
                 if (cells[next].IsSet && cells[next].Text.Length > 0) break;
                 right = drawing.Lefts[next] + Points(def.Columns[next].Width);
@@ -309,8 +310,8 @@ void DrawRow(Drawing &drawing, const ItemHeader &item, double top)
     while (NextCell(cells, cell)) {
         if (cell.Column == spanColumn) {
             const int face = drawing.StyleFaces[item.Style];
-            DrawText(drawing, face, cell.Text, cell.Length, drawing.Left + gutter / 2, drawing.Right,
-                     Baseline(drawing, face, top, height), Align::left);
+            DrawText(drawing, face, cell.Text, cell.Length, drawing.Left + Points(style.Indent) + gutter / 2,
+                     drawing.Right, Baseline(drawing, face, top, height), Align::left);
             break;
         }
         RowCell &to = row[cell.Column];
@@ -327,10 +328,9 @@ void DrawRow(Drawing &drawing, const ItemHeader &item, double top)
         }
         char(&figure)[amountSize] = figures[cell.Column];
         size_t length = 0;
-        if (cell.Kind == CellKind::number) {
-            length = WriteNumber(cell.Number, Look::printed, figure);
-        } else if (cell.Number != 0 || !def.Columns[cell.Column].BlankZero || style.Bold) {
-            length = WriteHundredths(cell.Number, Look::printed, figure); // a sum of zero is a statement
+        if (!IsBlank(def, item.Style, cell)) {
+            length = cell.Kind == CellKind::number ? WriteNumber(cell.Number, Look::printed, figure)
+                                                   : WriteHundredths(cell.Number, Look::printed, figure);
         }
         to.Text = {figure, length};
     }
@@ -444,6 +444,7 @@ void DrawColumnTitles(Drawing &drawing)
     }
     for (int i = 0; i < def.ColumnCount; ++i) {
         const char *title = def.Columns[i].Title;
+        if (!IsShown(def.Columns[i])) continue;
         // The last lines of all titles stand level.
         double lineTop = top + (def.ColumnTitleLines - TitleLines(title)) * lineHeight;
         const double left = drawing.Lefts[i] + gutter / 2;
@@ -527,9 +528,46 @@ void ApplyItems(Drawing &drawing, uint64_t until, double y)
                                      drawing.Left, y);
             break;
         }
-        case Item::row: break;
+        case Item::row:
+        case Item::data:
+        case Item::about: break;
         }
     }
+}
+
+constexpr char goesOn[] = " (Fortsetzung)";
+
+// The heading of a group that goes on: its texts, the first of which says so.
+void DrawAgain(Drawing &drawing, const ItemHeader &item, double top)
+{
+    const Style &style = drawing.Def->Styles[item.Style];
+    const double height = Points(style.Height);
+    const int face = drawing.StyleFaces[item.Style];
+    Shade(drawing, style, top, height);
+    RowCell row[maxColumns] = {};
+    char first[maxTextLength + sizeof goesOn];
+    bool isSaid = false;
+    CellReader cells = CellsOf(item, reinterpret_cast<const char *>(&item + 1));
+    Cell cell;
+    while (NextCell(cells, cell)) {
+        if (cell.Kind != CellKind::text) continue;
+        LinePart text = {cell.Text, cell.Length};
+        if (!isSaid && cell.Length > 0) {
+            std::memcpy(first, cell.Text, cell.Length);
+            std::memcpy(first + cell.Length, goesOn, sizeof goesOn);
+            text = {first, cell.Length + sizeof goesOn - 1};
+            isSaid = true;
+        }
+        if (cell.Column == spanColumn) {
+            DrawText(drawing, face, text.Text, text.Length, drawing.Left + Points(style.Indent) + gutter / 2,
+                     drawing.Right, Baseline(drawing, face, top, height), Align::left);
+        } else {
+            row[cell.Column] = {true, false, text};
+        }
+    }
+    const bool noFigure[maxColumns] = {};
+    DrawRules(drawing, style, noFigure, false, top, height);
+    DrawCells(drawing, item.Style, row, top);
 }
 
 void DrawCarry(Drawing &drawing, const char *label, const int64_t (&sums)[maxSumColumns], double top)
@@ -542,6 +580,7 @@ void DrawCarry(Drawing &drawing, const char *label, const int64_t (&sums)[maxSum
     row[def.Carry.Column] = {true, false, Expand(drawing, {label, std::strlen(label)}, text)};
     for (int sum = 0; sum < def.SumCount; ++sum) {
         const uint8_t column = def.SumColumns[sum];
+        if (!IsShown(def.Columns[column])) continue;
         row[column] = {true, true, {figures[sum], WriteHundredths(sums[sum], Look::printed, figures[sum])}};
         hasFigure[column] = true;
     }
@@ -571,11 +610,19 @@ void Place(void *context, Placed what, const LayoutRow *row, int64_t page, int32
     const bool isDrawn = IsWanted(drawing);
     const double top = drawing.BodyTop + Points(placedTop);
     const CarryRule &carry = drawing.Def->Carry;
+    if (what == Placed::again) {
+        uint64_t offset = row->Offset;
+        const ItemHeader *item = ItemAt(*drawing.Of, offset);
+        if (item == nullptr) return;
+        isDrawn ? DrawAgain(drawing, *item, top) : LookAt(drawing, *item);
+        return;
+    }
     if (what != Placed::row && !isDrawn) return;
     switch (what) {
     case Placed::carryUp: DrawCarry(drawing, carry.Up, now.CarrySums, top); return;
     case Placed::pageSum: DrawCarry(drawing, carry.PageSum, now.PageSums, top); return;
     case Placed::carryDown: DrawCarry(drawing, carry.Down, now.CarrySums, top); return;
+    case Placed::again:
     case Placed::row: break;
     }
     now.SheetsBefore = -1;
@@ -612,8 +659,7 @@ bool LayNextRow(const Document &document, Position &position)
         const ItemHeader *item = ItemAt(document, position.Offset);
         if (item == nullptr) return false;
         if (item->Kind != Item::row) continue;
-        AddRow(position.Laid,
-               {begin, document.Def->Styles[item->Style].Height, item->Flags, item->Level, item->Style});
+        AddRow(position.Laid, RowOf(*item, begin, *document.Def));
         return true;
     }
 }

@@ -129,6 +129,7 @@ TEST(Entries, ACopyIsASecondEmptyReportOnTheTemplateAsItWas)
 {
     const Directory directory;
     const std::string path = directory.Write("or_slist.rs", ReadFile(ShippedTemplate("or_slist.rs")));
+    directory.Write("or_page.lua", ReadFile(ShippedTemplate("or_page.lua")));
     const int32_t first = RSOpenReport(path.c_str(), susaId, 0);
     ASSERT_GT(first, 0);
     ASSERT_EQ(AddSusaLine(first, {.Konto = "1111"}), 1);

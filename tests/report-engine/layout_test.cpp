@@ -52,6 +52,7 @@ struct Standing {
     uint64_t row;
     int64_t page;
     int32_t top;
+    int32_t height; // of rows and repeated ones
 };
 
 // What stands on the pages when records of these kinds come, each named by its number; feet by those of the
@@ -65,8 +66,9 @@ struct Pages {
 void Take(void *context, Placed what, const LayoutRow *row, int64_t page, int32_t top)
 {
     auto &pages = *static_cast<Pages *>(context);
-    pages.standing.push_back({what, row != nullptr ? row->Offset : 0, page, top});
-    if (row != nullptr) pages.rows.push_back(*row);
+    pages.standing.push_back(
+        {what, row != nullptr ? row->Offset : 0, page, top, row != nullptr ? row->Height : 0});
+    if (what == Placed::row) pages.rows.push_back(*row);
 }
 
 Pages LayOut(const Definition &def, const std::vector<int> &kinds)
@@ -119,6 +121,7 @@ std::string Told(const Pages &pages)
         }
         switch (one.what) {
         case Placed::row: text += " " + std::to_string(one.row); break;
+        case Placed::again: text += " A" + std::to_string(one.row); break;
         case Placed::carryUp: text += " U"; break;
         case Placed::pageSum: text += " P"; break;
         case Placed::carryDown: text += " D"; break;
@@ -252,6 +255,30 @@ TEST(Layout, StartsPagesWithGroupsThatAskForIt)
         << "each group carries its own sums";
 }
 
+TEST(Layout, RepeatsHeadingsOfGroupsThatGoOn)
+{
+    Definition def = PageOfTen();
+    def.Kinds[1] = Printing({headStyle}, 1, {sumStyle});
+    def.Kinds[2] = Printing({headStyle, textStyle}, 2);
+    def.Kinds[3] = Printing({lineStyle});
+    def.Kinds[4] = Printing({lineStyle});
+    def.Kinds[4].Closes = 2;
+    def.Kinds[1].HasAgain = def.Kinds[2].HasAgain = true;
+    def.Kinds[1].Again = headStyle;
+    def.Kinds[2].Again = textStyle;
+    EXPECT_EQ(Told(LayOut(def, std::vector<int>{1, 2} + Times(9, 3))),
+              "1: 0 1 1 2 3 4 5 6 7 8 | 2: A0 A1 9 10 1011");
+    EXPECT_EQ(Told(LayOut(def, std::vector<int>{1, 2} + Times(7, 3) + std::vector<int>{4})),
+              "1: 0 1 1 2 3 4 5 6 7 8 | 2: A0 9 1010")
+        << "not of a group that has been closed";
+    EXPECT_EQ(Told(LayOut(def, std::vector<int>{1, 2} + Times(6, 3) + std::vector<int>{1, 3})),
+              "1: 0 1 1 2 3 4 5 6 7 1008 | 2: 8 9 1010")
+        << "nor before the next group of the same level";
+    Carry(def, 1, false, true, true);
+    EXPECT_EQ(Told(LayOut(def, std::vector<int>{1} + Times(12, 3))),
+              "1: 0 1 2 3 4 5 6 7 8 D | 2: A0 U 9 10 11 12 1013");
+}
+
 TEST(Layout, EndsTheCarryOfAGroupWithoutAFoot)
 {
     Definition def = PageOfTen();
@@ -319,7 +346,12 @@ Definition RandomDefinition(std::mt19937 &random)
             }
             if (isTaken) rule.Level = 0;
         }
-        if (rule.Level == 0) continue;
+        if (rule.Level == 0) {
+            rule.Closes = static_cast<uint8_t>(upTo(3));
+            continue;
+        }
+        rule.HasAgain = rule.RowCount > 0 && upTo(2) == 0;
+        if (rule.HasAgain) rule.Again = rule.Rows[upTo(rule.RowCount - 1)];
         rule.NewPage = upTo(2) == 0;
         rule.Keep = upTo(1) == 0;
         rule.FootCount = static_cast<uint8_t>(upTo(3));
@@ -343,7 +375,9 @@ void Audit(const Definition &def, const Pages &pages, size_t rowCount)
     size_t row = 0;
     for (const Standing &one : pages.standing) {
         const bool isRow = one.what == Placed::row;
-        const int32_t height = isRow ? pages.rows[row].Height : def.Styles[carryStyle].Height;
+        const int32_t height = isRow                       ? pages.rows[row].Height
+                               : one.what == Placed::again ? one.height
+                                                           : def.Styles[carryStyle].Height;
         if (one.page != page) {
             ASSERT_EQ(one.page, page + 1);
             page = one.page;

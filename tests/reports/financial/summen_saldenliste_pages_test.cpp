@@ -129,8 +129,7 @@ struct SummenSaldenlistePages : testing::Test {
         Installation.AddMandant(2);
         Installation.ChangeMandant(2, [](FistaRecord &mandant) { SetText(mandant.Name, "Zweitbetrieb"); });
         ASSERT_EQ(1, VARK_Status());
-        std::filesystem::copy_file(std::string(TEMPLATES) + "/or_slist.rs",
-                                   std::string(ReportPath) + "or_slist.rs");
+        std::filesystem::copy(TEMPLATES, ReportPath);
         ASSERT_NE(nullptr, reportEngine.ReportEngineLibrary);
         ExportView = reinterpret_cast<decltype(&RSExportView)>(
             FindEntry(reportEngine.ReportEngineLibrary, "RSExportView"));

@@ -231,8 +231,7 @@ TEST_F(SummenSaldenliste, TitleAndStyleAreThoseOfInitReports)
 
 TEST_F(SummenSaldenliste, RealEngineMakesTheFile)
 {
-    std::filesystem::copy_file(std::string(TEMPLATES) + "/or_slist.rs",
-                               std::string(ReportPath) + "or_slist.rs");
+    std::filesystem::copy(TEMPLATES, ReportPath);
     void *library = reportEngine.ReportEngineLibrary;
     ASSERT_NE(nullptr, library);
     VarkWindow view = VARK_SummenSaldenListe(1, nullptr, &params);
