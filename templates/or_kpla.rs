@@ -2,23 +2,44 @@
 
 report { id = "tervoKTOPLAN0.0", title = "Kontenplan" }
 
-page {
-    landscape = true,
-    margins = { top = 10, right = 8, bottom = 10, left = 15 },
-    font = "Roboto Condensed",
-    fontsize = 8,
-    foot = 1,
-}
+local list = share("or_page")
 
-style("erste", { like = "text", above = "hair", bold = true })
+list.across()
+
+style("erste", { like = "line", above = "hair", below = "none", bold = true })
 
 columns {
     { "konto", "Konto\nKürzel\nAngelegt", 22 },
     { "name", "Name\nAnschrift\nOrt", 68 },
     { "bank", "Bank\nBankleitzahl\nKontonummer", 50 },
     { "zahlung", "Zahlungsziele (Tage)\nSkonto\nWährung", 34 },
-    { "gegen", "Gegenkonto\nMahnkennziffer\nGesperrt", 28 },
+    { "gegen", "Gegenkonto\nMahnkennziffer\nLöschbar", 28 },
     { "steuer", "USt-IdNr.\nKennzeichen\nBemerkung", 66 },
+}
+
+fields {
+    { "konto", "Konto" },
+    { "kuerzel", "Kürzel" },
+    { "name1", "Name" },
+    { "name2", "Name 2" },
+    { "strasse", "Straße" },
+    { "land", "Land" },
+    { "plz", "PLZ" },
+    { "ort", "Ort" },
+    { "bank", "Bank" },
+    { "blz", "Bankleitzahl" },
+    { "bankkonto", "Kontonummer" },
+    { "ziel1", "Zahlungsziel 1 (Tage)", form = "number" },
+    { "ziel2", "Zahlungsziel 2 (Tage)", form = "number" },
+    { "skonto", "Skonto %", form = "rate" },
+    { "waehrung", "Währung" },
+    { "gegenkonto", "Gegenkonto" },
+    { "mahnziffer", "Mahnkennziffer", form = "number" },
+    { "ustid", "USt-IdNr." },
+    { "kennzeichen", "Kennzeichen", form = "flag" },
+    { "bemerkung", "Bemerkung" },
+    { "loeschbar", "Löschbar", form = "flag" },
+    { "angelegt", "Angelegt" },
 }
 
 record(0, {
@@ -26,9 +47,9 @@ record(0, {
     text("art", 41, 30),
     text("bereich", 71, 30),
     emit = function(r)
-        head { left = r.mandant, center = "Kontenplan", right = "Seite {page} von {pages}" }
+        about { { "mandant", r.mandant }, { "konten", r.art } }
+        list.head(r.mandant, "Kontenplan")
         head { left = r.art, center = r.bereich }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
     end,
 })
 
@@ -37,10 +58,12 @@ local function percent(hundredths)
     return money(hundredths) .. " %"
 end
 
+local function yes(flag) return flag and "ja" or "nein" end
+
 record(1, {
     text("konto", 0, 8),
     text("kuerzel", 8, 9),
-    u32("gesperrt", 17),
+    u32("loeschmarke", 17),
     date("angelegt", 21),
     text("name1", 28, 26),
     text("name2", 54, 26),
@@ -58,13 +81,16 @@ record(1, {
     i32("mahnziffer", 223),
     text("ustid", 227, 16),
     text("waehrung", 243, 5),
-    u32("kennzeichen", 248),
+    u32("gesetzt", 248),
     text("bemerkung", 252, 28),
     rows = { "erste", { "text", 2 } },
     emit = function(r)
+        r.loeschbar = r.loeschmarke == 1
+        r.kennzeichen = r.gesetzt == 1
+        data(r)
         local name = r.name1
         if r.name2 ~= "" then name = name .. ", " .. r.name2 end
-        local ort = r.plz .. " " .. r.ort
+        local ort = list.joined(r.plz, r.ort)
         if r.land ~= "" then ort = r.land .. "-" .. ort end
         row("erste", {
             konto = r.konto,
@@ -80,15 +106,17 @@ record(1, {
             bank = r.blz,
             zahlung = percent(r.skonto),
             gegen = tostring(r.mahnziffer),
-            steuer = r.kennzeichen == 1 and "ja" or "nein",
+            steuer = yes(r.kennzeichen),
         })
         row("text", {
             konto = r.angelegt,
             name = ort,
             bank = r.bankkonto,
             zahlung = r.waehrung,
-            gegen = r.gesperrt == 1 and "ja" or "nein",
+            gegen = yes(r.loeschbar),
             steuer = r.bemerkung,
         })
     end,
 })
+
+finish { empty = "Keine Konten in diesem Bereich." }

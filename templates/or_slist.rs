@@ -3,15 +3,9 @@
 
 report { id = "tervoSUSALIST0.0", title = "Summen- und Saldenliste" }
 
-page {
-    size = "A4",
-    landscape = true,
-    margins = { top = 10, right = 8, bottom = 10, left = 15 },
-    font = "Roboto Condensed",
-    fontsize = 8,
-    head = 2,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.across()
 
 columns {
     { "konto", "Konto", 14 },
@@ -28,7 +22,7 @@ columns {
     { "saldoHaben", "Haben", 21, form = "amount", group = "Saldo", sum = true, zero = "blank" },
 }
 
-carry { column = "name", pagesum = "Summe Seite {page}", down = "Übertrag", up = "Übertrag von Seite {before}" }
+list.carry("name")
 
 record(0, {
     text("mandant", 0, 41),
@@ -37,11 +31,12 @@ record(0, {
     text("art", 68, 30),
     text("bereich", 98, 30),
     emit = function(r)
-        local konten = r.art
-        if r.bereich ~= "" then konten = konten .. " " .. r.bereich end
-        head { left = r.mandant, center = "Summen- und Saldenliste", right = "Seite {page} von {pages}" }
-        head { left = konten, center = "per " .. r.bis .. " (Monat: " .. r.monat .. ")" }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
+        about { { "mandant", r.mandant }, { "per", r.bis }, { "monat", r.monat } }
+        list.head(r.mandant, "Summen- und Saldenliste")
+        head {
+            left = list.joined(r.art, r.bereich),
+            center = "per " .. r.bis .. " (Monat: " .. r.monat .. ")",
+        }
     end,
 })
 
@@ -73,10 +68,4 @@ record(1, {
     end,
 })
 
-finish {
-    rows = { "total" },
-    emit = function(sum)
-        sum.name = "Gesamtsumme"
-        row("total", sum)
-    end,
-}
+list.total("name", "Keine Konten mit Buchungen.")

@@ -2,13 +2,9 @@
 
 report { id = "tervoSAKTOPLAN0.0", title = "Kontenplan" }
 
-page {
-    landscape = true,
-    margins = { top = 10, right = 8, bottom = 10, left = 15 },
-    font = "Roboto Condensed",
-    fontsize = 8,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.across()
 
 columns {
     { "konto", "Konto", 15 },
@@ -22,8 +18,24 @@ columns {
     { "kosten", "Kosten-\nrechnung", 14, align = "center" },
     { "kennzahl", "Kenn-\nzahl", 11, align = "center" },
     { "kennzeichen", "Kenn-\nzeichen", 12, align = "center" },
-    { "sperre", "ge-\nsperrt", 10, align = "center" },
+    { "sperre", "lösch-\nbar", 10, align = "center" },
     { "angelegt", "Angelegt", 17 },
+}
+
+fields {
+    { "konto", "Konto" },
+    { "kuerzel", "Kürzel" },
+    { "name", "Bezeichnung" },
+    { "liste", "Gliederung" },
+    { "gruppe", "Gruppe" },
+    { "steuer", "Steuer" },
+    { "satz", "Steuersatz %", form = "rate" },
+    { "fest", "Steuersatz fest", form = "flag" },
+    { "kosten", "Kostenrechnung", form = "flag" },
+    { "kennzahl", "Kennzahl", form = "number" },
+    { "kennzeichen", "Kennzeichen", form = "flag" },
+    { "loeschbar", "Löschbar", form = "flag" },
+    { "angelegt", "Angelegt" },
 }
 
 record(0, {
@@ -31,20 +43,18 @@ record(0, {
     text("art", 41, 30),
     text("bereich", 71, 30),
     emit = function(r)
-        head { left = r.mandant, center = "Kontenplan", right = "Seite {page} von {pages}" }
+        about { { "mandant", r.mandant }, { "konten", r.art } }
+        list.head(r.mandant, "Kontenplan")
         head { left = r.art, center = r.bereich }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
     end,
 })
 
-local function mark(value) return value ~= 0 and "×" or nil end
-
-local list = nil
+local place = nil -- the list in hand
 
 record(1, {
     text("konto", 0, 8),
     text("kuerzel", 8, 9),
-    u32("gesperrt", 17),
+    u32("loeschmarke", 17),
     date("angelegt", 21),
     text("name", 28, 41),
     text("liste", 69, 30),
@@ -57,15 +67,32 @@ record(1, {
     u32("kosten", 183),
     rows = { "line" },
     emit = function(r)
-        if r.liste ~= list then
+        if r.liste ~= place then
             bookmark(r.liste)
-            list = r.liste
+            place = r.liste
         end
-        r.fest = mark(r.fest)
-        r.kosten = mark(r.kosten)
-        r.kennzeichen = mark(r.kennzeichen)
+        data {
+            konto = r.konto,
+            kuerzel = r.kuerzel,
+            name = r.name,
+            liste = r.liste,
+            gruppe = r.gruppe,
+            steuer = r.steuer,
+            satz = r.satz,
+            fest = r.fest ~= 0,
+            kosten = r.kosten ~= 0,
+            kennzahl = r.kennzahl ~= 0 and r.kennzahl or nil,
+            kennzeichen = r.kennzeichen ~= 0,
+            loeschbar = r.loeschmarke ~= 0,
+            angelegt = r.angelegt,
+        }
+        r.fest = list.mark(r.fest)
+        r.kosten = list.mark(r.kosten)
+        r.kennzeichen = list.mark(r.kennzeichen)
         r.kennzahl = r.kennzahl ~= 0 and tostring(r.kennzahl) or nil
-        r.sperre = mark(r.gesperrt)
+        r.sperre = list.mark(r.loeschmarke)
         row("line", r)
     end,
 })
+
+finish { empty = "Keine Konten in diesem Bereich." }
