@@ -1,19 +1,19 @@
 #include "record-manager/gate.h"
 
 #include "host/descriptors.h"
+#include "record-manager/bounded_mutex.h"
 #include "record-manager/btrcall.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <ctime>
+#include <cstring>
 #include <fcntl.h>
+#include <iterator>
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#ifdef __SANITIZE_THREAD__
-#include <sanitizer/tsan_interface.h>
-#endif
 
 namespace wbtrv {
 
@@ -21,18 +21,29 @@ namespace {
 
 constexpr char gateName[] = "books.mdb-gate";
 constexpr uint32_t gateMagic = 0x45544147; // "GATE"
-constexpr uint32_t gateLayout = 1;
+constexpr uint32_t gateLayout = 2;
+
+// Where a queue was left in disorder by somebody who died in its door, it is looked at again after this time.
+constexpr int64_t longestNap_ns = 100000000;
 
 } // namespace
 
-// Whoever wants in waits at Next before it waits for Holder, and lets go of Next once inside. So the one who
-// just left cannot overtake the first of those who wait, which with a lone mutex it nearly always would.
+// More who wait at once than have a place in the queue wait beside it, in no order.
+inline constexpr size_t places = 512;
+
+// A queue of places, each a mutex that its owner holds while it waits: who comes next waits for the mutex of
+// the place before, so a place whose owner died or gave up opens by itself. Only the first in the queue waits
+// for Holder. The links are guarded by Door; a link is a place's number and 1, or 0.
 struct Gate {
     uint32_t Magic;
     uint32_t Layout;
-    pthread_mutex_t Next;
+    pthread_mutex_t Door;
     pthread_mutex_t Holder;
     std::atomic<uint32_t> HolderExclusive;
+    uint16_t Last;
+    uint16_t Before[places];
+    uint16_t Awaits[places]; // the place whose mutex the owner of this one waits for
+    pthread_mutex_t Turn[places];
     WaitTable Waits;
 };
 
@@ -52,20 +63,8 @@ bool InitMutex(pthread_mutex_t *mutex)
 // Nothing but the lock itself lies behind these mutexes, so what a dead owner leaves is in order.
 int LockUntil(pthread_mutex_t *mutex, const timespec &deadline)
 {
-    int error = pthread_mutex_trylock(mutex);
-    if (error == EBUSY) {
-#ifdef __SANITIZE_THREAD__
-        // The thread sanitizer does not know this call, and untold takes what the gate guards for unguarded.
-        __tsan_mutex_pre_lock(mutex, __tsan_mutex_try_lock);
-#endif
-        error = pthread_mutex_clocklock(mutex, CLOCK_MONOTONIC, &deadline);
-#ifdef __SANITIZE_THREAD__
-        const bool locked = error == 0 || error == EOWNERDEAD;
-        __tsan_mutex_post_lock(mutex, locked ? __tsan_mutex_try_lock : __tsan_mutex_try_lock_failed, 0);
-#endif
-    }
-    if (error == EOWNERDEAD) error = pthread_mutex_consistent(mutex);
-    return error;
+    const int error = LockBefore(mutex, deadline);
+    return error == EOWNERDEAD ? pthread_mutex_consistent(mutex) : error;
 }
 
 int16_t StatusOfErrno()
@@ -95,7 +94,9 @@ int16_t OpenGate(int directoryFd, bool fresh, Gate **gate)
     if (fresh) {
         if (ftruncate(fd, 0) != 0) status = StatusOfErrno();
         if (status == BtrStatusOk) {
-            errno = posix_fallocate(fd, 0, sizeof(Gate));
+            do {
+                errno = posix_fallocate(fd, 0, sizeof(Gate));
+            } while (errno == EINTR);
             if (errno != 0) status = StatusOfErrno();
         }
     } else if (fstat(fd, &found) != 0 || found.st_size < static_cast<off_t>(sizeof(Gate))) {
@@ -111,7 +112,11 @@ int16_t OpenGate(int directoryFd, bool fresh, Gate **gate)
 
     auto *mapped = static_cast<Gate *>(memory);
     if (fresh) {
-        if (!InitMutex(&mapped->Next) || !InitMutex(&mapped->Holder)) status = BtrStatusIoError;
+        bool made = InitMutex(&mapped->Door) && InitMutex(&mapped->Holder);
+        for (size_t i = 0; i < places && made; ++i) {
+            made = InitMutex(&mapped->Turn[i]);
+        }
+        if (!made) status = BtrStatusIoError;
         mapped->Layout = gateLayout;
         mapped->Magic = gateMagic;
     } else if (mapped->Magic != gateMagic || mapped->Layout != gateLayout) {
@@ -129,21 +134,113 @@ void CloseGate(Gate *gate) { munmap(gate, sizeof *gate); }
 
 WaitTable *WaitsOf(Gate *gate) { return &gate->Waits; }
 
+namespace {
+
+constexpr size_t noPlace = places;
+
+// Somebody who died in the door may have left links half changed. Those who wait then find nobody before.
+int LockDoor(Gate *gate, const timespec &deadline)
+{
+    const int error = LockBefore(&gate->Door, deadline);
+    if (error != EOWNERDEAD) return error;
+    gate->Last = 0;
+    memset(gate->Before, 0, sizeof gate->Before);
+    memset(gate->Awaits, 0, sizeof gate->Awaits);
+    return pthread_mutex_consistent(&gate->Door);
+}
+
+// Takes a place out of the queue.
+void Unlink(Gate *gate, size_t place)
+{
+    const auto link = static_cast<uint16_t>(place + 1);
+    const uint16_t before = gate->Before[place];
+    for (uint16_t &other : gate->Before) {
+        if (other == link) other = before;
+    }
+    if (gate->Last == link) gate->Last = before;
+    gate->Before[place] = 0;
+    gate->Awaits[place] = 0;
+}
+
+bool IsAwaited(const Gate *gate, size_t place)
+{
+    return std::find(std::begin(gate->Awaits), std::end(gate->Awaits), place + 1) != std::end(gate->Awaits);
+}
+
+// Puts the caller at the end of the queue.
+size_t TakePlace(Gate *gate)
+{
+    for (size_t place = 0; place < places; ++place) {
+        const int error = pthread_mutex_trylock(&gate->Turn[place]);
+        if (error != 0 && error != EOWNERDEAD) continue;
+        if (error == EOWNERDEAD) (void)pthread_mutex_consistent(&gate->Turn[place]);
+        Unlink(gate, place);
+        if (IsAwaited(gate, place)) {
+            pthread_mutex_unlock(&gate->Turn[place]);
+            continue;
+        }
+        gate->Before[place] = gate->Last;
+        gate->Last = static_cast<uint16_t>(place + 1);
+        return place;
+    }
+    return noPlace;
+}
+
+// Waits until nobody is before the place. The door is open when it is called and when it returns 0.
+int WaitForTurn(Gate *gate, size_t place, const timespec &deadline)
+{
+    while (gate->Before[place] != 0) {
+        const size_t before = gate->Before[place] - 1u;
+        gate->Awaits[place] = gate->Before[place];
+        pthread_mutex_unlock(&gate->Door);
+        const timespec nap = After(Now(), longestNap_ns);
+        const int waited = LockUntil(&gate->Turn[before], IsBefore(nap, deadline) ? nap : deadline);
+        if (waited == 0) pthread_mutex_unlock(&gate->Turn[before]);
+        if (waited != 0 && !IsBefore(Now(), deadline)) return ETIMEDOUT;
+        const int error = LockDoor(gate, deadline);
+        if (error != 0) return error;
+        gate->Awaits[place] = 0;
+        if (waited == 0 && gate->Before[place] == before + 1) Unlink(gate, before);
+    }
+    return 0;
+}
+
+// Takes the holder's mutex in the order in which the callers came.
+int WaitInQueue(Gate *gate, const timespec &deadline)
+{
+    int error = LockDoor(gate, deadline);
+    if (error != 0) return error;
+    if (gate->Last == 0) {
+        error = pthread_mutex_trylock(&gate->Holder);
+        if (error != EBUSY) {
+            pthread_mutex_unlock(&gate->Door);
+            return error == EOWNERDEAD ? pthread_mutex_consistent(&gate->Holder) : error;
+        }
+    }
+    const size_t place = TakePlace(gate);
+    if (place == noPlace) {
+        pthread_mutex_unlock(&gate->Door);
+        return LockUntil(&gate->Holder, deadline);
+    }
+    error = WaitForTurn(gate, place, deadline);
+    if (error == 0) {
+        pthread_mutex_unlock(&gate->Door);
+        error = LockUntil(&gate->Holder, deadline);
+    }
+    // Who comes next does this itself where the door stays shut.
+    if (LockDoor(gate, Now()) == 0) {
+        Unlink(gate, place);
+        pthread_mutex_unlock(&gate->Door);
+    }
+    pthread_mutex_unlock(&gate->Turn[place]);
+    return error;
+}
+
+} // namespace
+
 int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive)
 {
-    timespec deadline;
-    clock_gettime(CLOCK_MONOTONIC, &deadline);
-    deadline.tv_sec += static_cast<time_t>(wait_ms / 1000);
-    deadline.tv_nsec += static_cast<long>(wait_ms % 1000) * 1000000;
-    if (deadline.tv_nsec >= 1000000000) {
-        deadline.tv_nsec -= 1000000000;
-        deadline.tv_sec++;
-    }
-    int error = LockUntil(&gate->Next, deadline);
-    if (error == 0) {
-        error = LockUntil(&gate->Holder, deadline);
-        pthread_mutex_unlock(&gate->Next);
-    }
+    const int error = WaitInQueue(gate, After(Now(), int64_t{wait_ms} * 1000000));
     if (error == ETIMEDOUT) {
         return gate->HolderExclusive.load(std::memory_order_relaxed) != 0 ? BtrStatusFileLocked
                                                                           : BtrStatusRecordLocked;
@@ -151,6 +248,17 @@ int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive)
     if (error != 0) return BtrStatusIoError;
     gate->HolderExclusive.store(exclusive ? 1 : 0, std::memory_order_relaxed);
     return BtrStatusOk;
+}
+
+unsigned CountWaiting(Gate *gate)
+{
+    if (LockDoor(gate, After(Now(), longestNap_ns)) != 0) return 0;
+    unsigned count = 0;
+    for (size_t link = gate->Last; link != 0 && count < places; link = gate->Before[link - 1]) {
+        ++count;
+    }
+    pthread_mutex_unlock(&gate->Door);
+    return count;
 }
 
 void LeaveGate(Gate *gate) { pthread_mutex_unlock(&gate->Holder); }

@@ -19,9 +19,13 @@ void CloseGate(Gate *gate);
 // The table of those who wait for records of this directory.
 WaitTable *WaitsOf(Gate *gate);
 
-// Waits up to `wait_ms` for the gate. `exclusive` is told to those who wait in vain. Returns 0; 84, or 85
-// when the holder is in an exclusive transaction; 2 when the gate is broken.
+// Waits up to `wait_ms` for the gate, which is entered in the order of the calls. `exclusive` is told to who
+// waits in vain. Returns 0; 84, or 85 when the holder is in an exclusive transaction; 2 when the gate is
+// broken.
 int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive);
+
+// How many stand in the queue, with those who died there and were not passed yet.
+unsigned CountWaiting(Gate *gate);
 
 // Only by the thread that entered.
 void LeaveGate(Gate *gate);

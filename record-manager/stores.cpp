@@ -39,6 +39,7 @@ int16_t StatusOf(int error)
     case EMFILE:
     case ENFILE: return BtrStatusFileTableFull;
     case MDB_READERS_FULL: return BtrStatusHandleTableFull;
+    case ETIMEDOUT: return BtrStatusRecordLocked;
     case EACCES:
     case EPERM:
     case EROFS: return BtrStatusPermission;
@@ -148,7 +149,10 @@ int16_t PrepareLockFile(const Store *store)
     if (fd < 0) return StatusOf(errno);
     constexpr off_t readerSize = 64;
     int error = ftruncate(fd, 0) == 0 ? 0 : errno;
-    if (error == 0) error = posix_fallocate(fd, 0, readerSize * static_cast<off_t>(limits.Readers + 1));
+    while (error == 0 || error == EINTR) {
+        error = posix_fallocate(fd, 0, readerSize * static_cast<off_t>(limits.Readers + 1));
+        if (error != EINTR) break;
+    }
     close(fd);
     return StatusOf(error);
 }

@@ -13,6 +13,7 @@
 #include <lmdb.h>
 #include <poll.h>
 #include <random>
+#include <sched.h>
 #include <set>
 #include <sys/stat.h>
 #include <thread>
@@ -685,6 +686,61 @@ TEST_F(Sharing, AForkedChildStartsAfresh)
     EXPECT_EQ(OnT<const Remote>{other}.GetEqual("a", BtrBiasLock).Status, BtrStatusRecordLocked);
     EXPECT_EQ(Name(T.GetEqual("c")), "c");
     EXPECT_EQ(T.Update("c", "y", 1).Status, BtrStatusOk);
+}
+
+// Opens, inserts a record of the name and tells so, then waits for a word, in a container of its own: as the
+// process of number 1.
+void UseInContainer(const std::string &path, const char *name, int told, int word)
+{
+    if (unshare(CLONE_NEWUSER | CLONE_NEWPID) != 0 && unshare(CLONE_NEWPID) != 0) _exit(2);
+    const pid_t inside = fork();
+    if (inside == 0) {
+        PositionBlocks blocks{};
+        const auto you = [&](const Request &request) { return Carry(blocks, request); };
+        const OnT<decltype(you)> t{you};
+        char fine = getpid() == 1 && Open(you, path).Status == BtrStatusOk &&
+                            t.Insert(name, "x", 1).Status == BtrStatusOk && Name(t.GetEqual("a")) == "a"
+                        ? '1'
+                        : '0';
+        (void)!write(told, &fine, 1);
+        (void)!read(word, &fine, 1);
+        _exit(0);
+    }
+    int end = 0;
+    waitpid(inside, &end, 0);
+    _exit(WEXITSTATUS(end));
+}
+
+TEST_F(Sharing, ProcessesOfTheSameNumberInTwoContainersDoNotDisturbEachOther)
+{
+    int told[2];
+    int word[2];
+    ASSERT_EQ(pipe2(told, O_CLOEXEC) | pipe2(word, O_CLOEXEC), 0);
+    ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+    std::vector<pid_t> children;
+    std::string answers;
+    for (const char *name : {"c", "d"}) {
+        children.push_back(fork());
+        if (children.back() == 0) UseInContainer(Path, name, told[1], word[0]);
+        pollfd answer{told[0], POLLIN, 0};
+        char fine = 'x';
+        if (poll(&answer, 1, 20000) == 1) (void)!read(told[0], &fine, 1);
+        answers += fine;
+    }
+    EXPECT_EQ(write(word[1], "ab", 2), 2);
+    int end = 0;
+    for (const pid_t child : children) {
+        int one = 0;
+        waitpid(child, &one, 0);
+        end |= one;
+    }
+    for (const int descriptor : {told[0], told[1], word[0], word[1]}) {
+        close(descriptor);
+    }
+    if (WEXITSTATUS(end) == 2) GTEST_SKIP() << "no containers here";
+    EXPECT_EQ(answers, "11");
+    ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(Me), 4);
 }
 
 TEST_F(Sharing, AForkInsideATransactionLeavesItToTheParent)
