@@ -59,7 +59,8 @@ TEST_F(ReportProgram, KindOfAccountIsChosenByItsName)
     EXPECT_TRUE(Contains(Susa({"--per", "31.3.98", "--art", "Debitoren"}).Out, "Adler-Apotheke"));
     const Result refused = Susa({"--per", "31.3.98", "--art", "Konten"});
     EXPECT_EQ(2, refused.ExitCode);
-    EXPECT_EQ("vark: Die Art ist Sachkonten, Kreditoren oder Debitoren, nicht Konten\n", refused.Err);
+    EXPECT_EQ("vark: --art: „Konten“ statt Sachkonto, Kreditor oder Debitor.\nMehr dazu: vark --hilfe\n",
+              refused.Err);
 }
 
 TEST_F(ReportProgram, FilesAreMadeByKind)
@@ -78,7 +79,7 @@ TEST_F(ReportProgram, FileWhoseNameSaysAnotherKindIsRefused)
 {
     const Result result = Susa({"--per", "31.3.98", "--pdf", File("a.csv")});
     EXPECT_EQ(2, result.ExitCode);
-    EXPECT_EQ("vark: --pdf braucht eine Datei auf .pdf\n", result.Err);
+    EXPECT_TRUE(Contains(result.Err, "vark: --pdf braucht eine Datei auf .pdf\n")) << result.Err;
     EXPECT_FALSE(fs::exists(File("a.csv")));
 }
 
@@ -86,9 +87,12 @@ TEST_F(ReportProgram, DateThatIsNoneOrNotBookableIsRefused)
 {
     EXPECT_EQ(2, Susa({"--per", "gestern"}).ExitCode);
     EXPECT_EQ(2, Susa({"--per", "31.3"}).ExitCode);
+    EXPECT_TRUE(
+        Contains(Susa({"--per", "30.2.98"}).Err, "--per: „30.2.98“ nennt einen Tag, den es nicht gibt."));
     const Result later = Susa({"--per", "31.3.99"});
     EXPECT_EQ(1, later.ExitCode);
-    EXPECT_EQ("vark: Das Datum muß innerhalb der bebuchbaren Geschäftsjahre liegen!\n", later.Err);
+    EXPECT_EQ("vark: --per: Das Datum muß innerhalb der bebuchbaren Geschäftsjahre liegen (1997 und 1998).\n",
+              later.Err);
     EXPECT_EQ("", later.Out);
 }
 
@@ -96,14 +100,16 @@ TEST_F(ReportProgram, UnknownMandantIsRefused)
 {
     const Result result = Vark(Books, {"bericht", "susa", "--mandant", "9", "--per", "31.3.98"});
     EXPECT_EQ(1, result.ExitCode);
-    EXPECT_EQ("vark: Der Mandant existiert nicht!\n", result.Err);
+    EXPECT_EQ("vark: --mandant: Der Mandant existiert nicht!\n", result.Err);
 }
 
 TEST_F(ReportProgram, FileThatCannotBeWrittenIsTold)
 {
     const Result result = Susa({"--per", "31.3.98", "--csv", File("missing/a.csv")});
     EXPECT_EQ(3, result.ExitCode);
-    EXPECT_TRUE(Contains(result.Err, "a.csv läßt sich nicht schreiben."));
+    EXPECT_EQ("vark: " + File("missing/a.csv") +
+                  " läßt sich nicht schreiben: Das Verzeichnis oder die Datei gibt es nicht.\n",
+              result.Err);
 }
 
 TEST_F(ReportProgram, DialogIsFilledInAdvanceAndDecides)
@@ -131,7 +137,7 @@ TEST_F(ReportProgram, CancelledDialogMakesNothing)
 {
     const Result result = SusaPlayed("dialog 111\npress 2\n", {"--dialog", "--csv", File("a.csv")});
     EXPECT_EQ(1, result.ExitCode);
-    EXPECT_EQ("vark: Der Bericht wurde nicht erstellt.\n", result.Err);
+    EXPECT_EQ("vark: Summen- und Saldenliste wurde nicht erstellt.\n", result.Err);
     EXPECT_FALSE(fs::exists(File("a.csv")));
 }
 

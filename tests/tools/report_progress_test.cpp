@@ -55,7 +55,7 @@ TEST(ReportProgress, TellsHowManyRecordsAreSentAndThatTheyAreWritten)
     const Terminal terminal;
     std::atomic<int64_t> sent{0};
     cli::ReportProgress progress(
-        "Liste", 200, [&] { return sent.load(); }, 0ms);
+        "Liste", 200, [&] { return sent.load(); }, stderr, 0ms);
     sent = 50;
     EXPECT_EQ(0u, terminal.ReadUntil(" 25 %").find("\rListe ["));
     sent = 900; // more than was expected
@@ -72,7 +72,7 @@ TEST(ReportProgress, ReportThatIsQuickDrawsNothing)
     const Terminal terminal;
     {
         cli::ReportProgress progress(
-            "Liste", 200, [] { return 100; }, 1h);
+            "Liste", 200, [] { return 100; }, stderr, 1h);
         progress.Write();
     }
     const char end[] = "end\n";
@@ -93,7 +93,7 @@ TEST(ReportProgress, WithoutATerminalThereIsNoThread)
                 isAsked = true;
                 return 1;
             },
-            0ms);
+            stderr, 0ms);
     }
     dup2(kept, STDERR_FILENO);
     close(kept);

@@ -22,13 +22,15 @@ int64_t Now_ms()
 
 } // namespace
 
-ProgressBar::ProgressBar(std::string text) : title(std::move(text)), isTerminal(isatty(STDERR_FILENO) != 0) {}
+ProgressBar::ProgressBar(std::string text, FILE *stream)
+    : title(std::move(text)), to(stream), isTerminal(isatty(fileno(stream)) != 0)
+{}
 
 ProgressBar::~ProgressBar() { Hide(); }
 
 void ProgressBar::Hide()
 {
-    if (isDrawn) std::fputs("\r\033[K", stderr);
+    if (isDrawn) std::fputs("\r\033[K", to);
     isDrawn = false;
 }
 
@@ -45,8 +47,8 @@ void ProgressBar::Show(double part)
         line += i < filled ? "█" : "·";
     }
     line += "] " + std::to_string(static_cast<int>(part * 100)) + " %\033[K";
-    std::fputs(line.c_str(), stderr);
-    std::fflush(stderr);
+    std::fputs(line.c_str(), to);
+    std::fflush(to);
 }
 
 namespace {

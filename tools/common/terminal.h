@@ -2,14 +2,15 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
 namespace tools {
 
-// A bar on standard error, and only when that is a terminal. Gone when the work is done.
+// A bar on standard error or another stream, and only when that is a terminal. Gone when the work is done.
 struct ProgressBar {
-    explicit ProgressBar(std::string title);
+    explicit ProgressBar(std::string title, FILE *to = stderr);
     ~ProgressBar();
     ProgressBar(const ProgressBar &) = delete;
     ProgressBar &operator=(const ProgressBar &) = delete;
@@ -21,6 +22,7 @@ struct ProgressBar {
 
 private:
     std::string title;
+    FILE *to;
     bool isTerminal;
     int64_t lastDrawn_ms = 0;
     bool isDrawn = false;

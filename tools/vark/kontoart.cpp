@@ -59,6 +59,17 @@ const char *KindName(int art)
     return "";
 }
 
+std::string KindNames(unsigned set)
+{
+    std::string text;
+    for (const Kind &kind : kinds) {
+        if ((set & kind.Art) == 0) continue;
+        if (!text.empty()) text += set >= 2U * kind.Art ? ", " : " oder ";
+        text += kind.Name;
+    }
+    return text;
+}
+
 int FindKind(int mandant, const std::string &konto)
 {
     for (const int art : {ArtSachkonto, ArtDebitor, ArtKreditor, ArtKostenstelle}) {

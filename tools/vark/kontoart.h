@@ -19,6 +19,9 @@ const char *KindLetter(int art);
 // "Sachkonto" …
 const char *KindName(int art);
 
+// "Sachkonto, Kreditor oder Debitor": those of a set.
+std::string KindNames(unsigned kinds);
+
 // The kind of an account by its number (Windows-1252). Sachkonto for one that is unknown: the library then
 // says what is wrong with it.
 int FindKind(int mandant, const std::string &konto);

@@ -5,6 +5,7 @@
 #include "tools/vark/accounts.h"
 #include "tools/vark/batch.h"
 #include "tools/vark/booking.h"
+#include "tools/vark/kontoart.h"
 #include "tools/vark/mandanten.h"
 #include "tools/vark/partners.h"
 #include "tools/vark/pick.h"
@@ -318,37 +319,95 @@ void AddRates(Program &program)
     rates->add_flag("--durchschnitt", rate.IsAverage, "Durchschnittskurs des Monats")->needs(newRate);
 }
 
-void AddReports(Program &program)
+// The options by which a period is named, with `prefix` before each.
+void AddPeriod(CLI::App *command, unsigned forms, cli::PeriodText &period, const std::string &prefix)
+{
+    const bool isCompared = prefix != "--";
+    const auto add = [&](unsigned form, const char *name, std::string &value, const char *help) {
+        if ((forms & form) == 0) return;
+        command->add_option(prefix + name, value, isCompared ? std::string("dasselbe zum Vergleich") : help);
+    };
+    const bool isCalendar = (forms & cli::PeriodCalendar) != 0;
+    add(cli::PeriodMonth, "monat", period.Monat, "Kalendermonat 1 bis 12 von --jahr");
+    add(cli::PeriodQuarter, "quartal", period.Quartal,
+        isCalendar ? "Kalendervierteljahr 1 bis 4 von --jahr" : "Vierteljahr 1 bis 4 des Geschäftsjahrs");
+    add(cli::PeriodYear, "jahr", period.Jahr,
+        isCalendar ? "Kalenderjahr, allein oder zu --monat und --quartal"
+        : (forms & cli::PeriodMonth) != 0
+            ? "Geschäftsjahr, nach dem Jahr, in dem es beginnt; zu --monat das Kalenderjahr"
+            : "Geschäftsjahr, nach dem Jahr, in dem es beginnt");
+    add(cli::PeriodDays, "von-datum", period.VonDatum, "erster Tag, TT.MM.JJJJ");
+    add(cli::PeriodDays, "bis-datum", period.BisDatum, "letzter Tag");
+    add(cli::PeriodPer, "per", period.Per, "letzter Tag, TT.MM.JJJJ");
+}
+
+void AddReportOutputs(CLI::App *command, const cli::ReportRow &row, cli::ReportOptions &report)
+{
+    for (const char *kind : {"pdf", "csv", "json", "html"}) {
+        command
+            ->add_option_function<std::string>(
+                std::string("--") + kind,
+                [&report, kind](const std::string &path) {
+                    report.Targets.push_back({kind, path.empty() ? "-" : path});
+                },
+                "in diese Datei; ohne Namen auf die Standardausgabe")
+            ->expected(0, 1);
+    }
+    command->add_flag_callback(
+        "--text",
+        [&report] {
+            report.Targets.push_back({"txt", "-"});
+        },
+        "als Text, wie auch ohne Angabe");
+    CLI::Option *shows =
+        command->add_flag("--anzeigen", report.Shows, "in einem Fenster, bis es geschlossen wird");
+    command->add_flag("--drucken", report.Prints, "auf dem Drucker")->excludes(shows);
+    if (row.LocksPeriod)
+        command->add_flag("--sperren", report.Locks, "zu --drucken: Danach ist der Zeitraum gesperrt");
+    command->add_flag("--dialog", report.Asks, "vorher im Dialog des Berichts fragen");
+}
+
+void AddReport(Program &program, CLI::App &reports, const cli::ReportRow &row)
 {
     cli::ReportOptions &report = program.Report;
-    CLI::App *reports = tools::AddCommand(program.App, "bericht",
-                                          "Berichte als Text oder Datei, im Fenster, auf dem Drucker");
-    reports->require_subcommand(1);
-    CLI::App *balances = tools::AddCommand(*reports, "susa", "Summen- und Saldenliste");
-    balances->add_option("--mandant", report.Mandant, "Nummer des Mandanten")->required();
-    balances->add_option("--per", report.Per, "letzter Tag, TT.MM.JJJJ; sonst heute");
-    balances->add_option("--von", report.Von, "erstes Konto");
-    balances->add_option("--bis", report.Bis, "letztes Konto");
-    balances->add_option("--art", report.Art, "Sachkonten, Kreditoren oder Debitoren");
-    for (const char *kind : {"pdf", "csv", "json", "html"}) {
-        balances->add_option_function<std::string>(
-            std::string("--") + kind,
-            [&report, kind](const std::string &path) {
-                report.Target = path;
-                report.Kind = kind;
-            },
-            "in diese Datei");
+    CLI::App *command = tools::AddCommand(reports, row.Name, row.Title);
+    command->callback([&report, &row] { report.Report = &row; });
+    command->add_option("--mandant", report.Mandant, "Nummer des Mandanten")->required();
+    AddPeriod(command, row.Periods, report.Period, "--");
+    if (row.Periods != cli::PeriodNone)
+        command->add_option("--archiv", report.Archive, "aus den Büchern dieses Archivjahrs");
+    if (row.IsCompared) AddPeriod(command, row.Periods, report.Compared, "--vergleich-");
+    if (row.Kontoarten != 0) {
+        command->add_option("--art", report.Range.Art, "Art der Konten: " + cli::KindNames(row.Kontoarten));
+        command->add_option("--von", report.Range.Von, "erstes Konto, nach Nummer oder Kürzel");
+        command->add_option("--bis", report.Range.Bis, "letztes Konto");
+        command->add_option("--konto", report.Range.Konto, "nur dieses Konto");
     }
-    balances->add_flag("--text", report.IsText, "als Text, wie auch ohne Angabe");
-    CLI::Option *shows =
-        balances->add_flag("--anzeigen", report.Shows, "in einem Fenster, bis es geschlossen wird");
-    balances->add_flag("--drucken", report.Prints, "auf dem Drucker")->excludes(shows);
-    balances->add_flag("--dialog", report.Asks, "vorher im Dialog des Berichts fragen");
-    balances->footer(
-        std::string("Beispiele:\n  vark bericht susa --mandant 1 --per 31.3.98\n"
-                    "  vark bericht susa --mandant 1 --per 31.3.98 --art Debitoren --pdf susa.pdf\n\n") +
-        exitCodes);
-    program.Commands.push_back({balances, [&report] { return cli::MakeSummenSaldenListe(report); }});
+    for (const cli::OwnOption &own : row.Options) {
+        const bool isTick = own.Use == cli::ControlUse::Tick || own.Use == cli::ControlUse::Untick;
+        command
+            ->add_option_function<std::string>(
+                own.Name, [&report, &own](const std::string &value) { report.Own[own.Name] = value; },
+                own.Help)
+            ->expected(isTick ? 0 : 1, 1);
+    }
+    AddReportOutputs(command, row, report);
+    command->footer("Beispiel:\n  vark bericht " + std::string(row.Name) + " --mandant 1 " + row.Example +
+                    "\n\n" + exitCodes);
+}
+
+void AddReports(Program &program)
+{
+    CLI::App *reports =
+        program.Add("bericht", "Berichte als Text oder Datei, im Fenster, auf dem Drucker",
+                    "Beispiele:\n"
+                    "  vark bericht susa --mandant 1 --per 31.3.98\n"
+                    "  vark bericht bilanz --mandant 1 --jahr 1998 --pdf bilanz.pdf --csv bilanz.csv",
+                    [&program] { return cli::MakeReport(program.Report); });
+    reports->require_subcommand(1);
+    for (const cli::ReportRow &row : cli::ReportTable()) {
+        AddReport(program, *reports, row);
+    }
 }
 
 int Run(int argc, char **argv)
@@ -394,6 +453,9 @@ int main(int argc, char **argv)
     } catch (const tools::UsageError &error) {
         std::fprintf(stderr, "vark: %s\nMehr dazu: vark --hilfe\n", error.what());
         return tools::ExitUsage;
+    } catch (const cli::Refusal &refusal) {
+        std::fprintf(stderr, "vark: %s\n", refusal.what());
+        return tools::ExitRefused;
     } catch (const std::exception &error) {
         std::fprintf(stderr, "vark: %s\n", error.what());
     } catch (...) {

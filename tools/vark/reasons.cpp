@@ -3,18 +3,57 @@
 #include "include/vark40.h"
 #include "tools/common/exit_codes.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <stdexcept>
 #include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <utility>
 
 namespace cli {
 
 namespace {
 
 constexpr std::string_view boxPrefix = "MERIDA: ";
+constexpr std::string_view partPrefix = "librs: ";
+
+struct ErrorText {
+    int Error;
+    const char *German;
+};
+
+constexpr ErrorText errorTexts[] = {
+    {ENOENT, "Das Verzeichnis oder die Datei gibt es nicht."},
+    {ENOTDIR, "Ein Teil des Pfads ist kein Verzeichnis."},
+    {EACCES, "Das ist nicht erlaubt."},
+    {EPERM, "Das ist nicht erlaubt."},
+    {EISDIR, "Das ist ein Verzeichnis."},
+    {EROFS, "Der Datenträger ist schreibgeschützt."},
+    {ENOSPC, "Der Datenträger ist voll."},
+    {EDQUOT, "Der zugeteilte Platz ist verbraucht."},
+    {EFBIG, "Die Datei würde zu groß."},
+    {EMFILE, "Zu viele Dateien sind geöffnet."},
+    {ENFILE, "Zu viele Dateien sind geöffnet."},
+    {ENAMETOOLONG, "Der Name ist zu lang."},
+    {ELOOP, "Zu viele Verweise führen im Kreis."},
+    {ENOMEM, "Der Speicher reicht nicht."},
+    {EIO, "Der Datenträger meldet einen Fehler."},
+    {EPIPE, "Niemand liest mehr."},
+    {ENXIO, "Niemand liest."},
+};
+
+// "librs: PATH: No such file or directory" has its reason at the end, as the system words it in English.
+std::string ReasonOfPart(std::string_view line)
+{
+    for (const ErrorText &each : errorTexts) {
+        if (line.ends_with(strerrordesc_np(each.Error))) return each.German;
+    }
+    return {};
+}
 
 void WriteAll(int file, std::string_view text)
 {
@@ -34,7 +73,9 @@ ReasonCatcher::ReasonCatcher()
     std::fflush(stderr);
     caught = memfd_create("vark-meldungen", MFD_CLOEXEC);
     if (caught < 0) return; // the lines then simply show
-    real = dup(STDERR_FILENO);
+    real = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    const int drawn = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (drawn >= 0) stream = fdopen(drawn, "w");
     dup2(caught, STDERR_FILENO);
 }
 
@@ -44,6 +85,7 @@ ReasonCatcher::~ReasonCatcher()
     Take();
     std::fflush(stderr);
     dup2(real, STDERR_FILENO);
+    if (stream != nullptr) std::fclose(stream);
     close(real);
     close(caught);
 }
@@ -69,11 +111,24 @@ std::string ReasonCatcher::Take()
             line.remove_prefix(boxPrefix.size());
             if (!reasons.empty()) reasons += ' ';
             reasons += line;
+        } else if (const std::string reason = ReasonOfPart(line);
+                   line.starts_with(partPrefix) && !reason.empty()) {
+            partReason = reason;
         } else {
             WriteAll(real, std::string(line) + "\n");
         }
     }
     return reasons;
+}
+
+std::string ReasonCatcher::TakePartReason() { return std::exchange(partReason, {}); }
+
+std::string GermanOf(int error)
+{
+    for (const ErrorText &each : errorTexts) {
+        if (each.Error == error) return each.German;
+    }
+    return "Fehler " + std::to_string(error) + " des Betriebssystems.";
 }
 
 int Refuse(ReasonCatcher &catcher, int code)

@@ -2,6 +2,8 @@
 // the box is a line on standard error, which is caught here and handed to whoever reports the refusal.
 #pragma once
 
+#include <cstdio>
+#include <stdexcept>
 #include <string>
 
 namespace cli {
@@ -21,12 +23,26 @@ struct ReasonCatcher {
     std::string Take();
     // Writes to the real standard error.
     void Pass(const std::string &text) const;
+    // The real standard error, for what is drawn meanwhile; the stream is the catcher's.
+    FILE *Real() const { return stream != nullptr ? stream : stderr; }
+    // Why the report engine could not do what it was asked last, German; empty when it has said nothing.
+    std::string TakePartReason();
 
 private:
     int caught = -1; // file that stands in for standard error
     int real = -1;   // standard error itself
-    long read = 0;   // how much of the caught text has been taken
+    FILE *stream = nullptr;
+    long read = 0; // how much of the caught text has been taken
+    std::string partReason;
 };
+
+// The books refuse what is asked for: ends with ExitRefused. what() is German.
+struct Refusal : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// What an errno means, German, as the rest of a sentence behind a colon.
+std::string GermanOf(int error);
 
 // Tells why a call of the library gave `code`: its own words, or what the code says. Returns ExitRefused;
 // when the books cannot be used at all it throws.

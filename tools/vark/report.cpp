@@ -1,130 +1,202 @@
 #include "tools/vark/report.h"
 
-#include "include/vark40.h"
 #include "report-engine/rs.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
+#include "tools/common/texts.h"
+#include "tools/vark/kontoart.h"
+#include "tools/vark/played_dialog.h"
+#include "tools/vark/reasons.h"
 #include "tools/vark/report_progress.h"
 #include "window-system/varkui.h"
 
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iostream>
 #include <stdexcept>
-#include <unistd.h>
 
 namespace cli {
 
+using namespace tools;
+
 namespace {
 
-// Fields of ReportParams that are given.
-constexpr uint32_t givenPeriod = 0x01;
-constexpr uint32_t givenDates = 0x02;
-constexpr uint32_t givenKind = 0x08;
-constexpr uint32_t givenAccounts = 0x10;
 constexpr uint32_t givenOutput = 0x40;
+constexpr uint32_t givenArchive = 0x80;
+constexpr int32_t onPrinter = 1;
 
-// "31.3.98" or "31.03.1998" as the six digits TTMMJJ of a parameter block.
-std::string SixDigits(const std::string &date)
+// Controls of the dialogs that have a period to compare with.
+constexpr const char *compareBox = "1046";
+constexpr const char *pageTabs = "1044";
+
+constexpr const char *viewClass = "rsView"; // of the report engine
+
+// ---- What was asked for ----
+
+int ReadArchive(const std::string &text)
 {
-    int parts[3] = {};
-    const char *at = date.c_str();
-    const char *const end = at + date.size();
-    for (int i = 0; i < 3; ++i) {
-        const auto [rest, error] = std::from_chars(at, end, parts[i]);
-        const bool isLast = i == 2;
-        if (error != std::errc() || (isLast ? rest != end : rest == end || *rest != '.')) {
-            throw std::invalid_argument("Kein Datum der Form TT.MM.JJJJ: " + date);
-        }
-        at = isLast ? rest : rest + 1;
+    if (text.empty()) return 0;
+    int year = 0;
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), year);
+    if (error == std::errc() && rest == text.data() + text.size() && year >= 1980 && year < 2080) return year;
+    throw UsageError("--archiv: „" + text + "“ ist keine Jahreszahl mit vier Ziffern.");
+}
+
+const ChoiceWord &ChoiceOf(const OwnOption &option, const std::string &value)
+{
+    std::string known;
+    for (const ChoiceWord &choice : option.Choices) {
+        if (Lower(value) == choice.Word) return choice;
+        if (!known.empty()) known += &choice == &option.Choices.back() ? " oder " : ", ";
+        known += choice.Word;
     }
-    char digits[8];
-    std::snprintf(digits, sizeof digits, "%02u%02u%02u", static_cast<unsigned>(parts[0]) % 100,
-                  static_cast<unsigned>(parts[1]) % 100, static_cast<unsigned>(parts[2]) % 100);
-    return digits;
+    throw UsageError(std::string(option.Name) + ": „" + value + "“ statt " + known + ".");
 }
 
-void PutNumber(char (&field)[8], const std::string &number)
+// A check box is ticked by its option, or by "ja"; "nein" means the other state.
+bool IsTicked(const OwnOption &option, const std::string &value)
 {
-    if (number.size() >= sizeof field)
-        throw std::invalid_argument("Kontonummern haben bis zu 7 Zeichen: " + number);
-    std::memcpy(field, number.c_str(), number.size() + 1);
+    if (value.empty() || Lower(value) == "ja") return option.Use == ControlUse::Tick;
+    if (Lower(value) == "nein") return option.Use == ControlUse::Untick;
+    throw UsageError(std::string(option.Name) + ": „" + value + "“ statt ja oder nein.");
 }
 
-int32_t KindOf(const std::string &art)
+// What is typed as it stands.
+std::string TypedText(const OwnOption &option, const std::string &value)
 {
-    if (art == "Sachkonten") return 1;
-    if (art == "Kreditoren") return 2;
-    if (art == "Debitoren") return 4;
-    throw std::invalid_argument("Die Art ist Sachkonten, Kreditoren oder Debitoren, nicht " + art);
+    const std::string text(Trimmed(value));
+    if (text.empty() || Columns(text) > option.MostCharacters)
+        throw UsageError(std::string(option.Name) + ": „" + value + "“ hat nicht 1 bis " +
+                         std::to_string(option.MostCharacters) + " Zeichen.");
+    if (Printable(text) != text || text.starts_with('"'))
+        throw UsageError(std::string(option.Name) +
+                         ": Der Wert enthält Zeichen, die es in den Büchern nicht gibt.");
+    return text;
 }
 
-ReportParams ParamsOf(const ReportOptions &options)
+void PlayOption(const OwnOption &option, const std::string &value, PlayedDialog &dialog)
 {
-    ReportParams params{};
-    params.ParamFlags = givenKind | givenAccounts;
-    if (!options.Per.empty()) {
-        params.ParamFlags |= givenPeriod | givenDates;
-        const std::string date = SixDigits(options.Per);
-        std::memcpy(params.VonDatum, date.c_str(), sizeof params.VonDatum);
-        std::memcpy(params.BisDatum, date.c_str(), sizeof params.BisDatum);
+    const auto control = [](int number) { return std::to_string(number); };
+    switch (option.Use) {
+    case ControlUse::Choose:
+        dialog.Add("check " + control(ChoiceOf(option, value).Control), option.Name);
+        break;
+    case ControlUse::Type:
+        dialog.Add("text " + control(option.Control) + " " + TypedText(option, value), option.Name);
+        break;
+    case ControlUse::Tick:
+    case ControlUse::Untick:
+        dialog.Add((IsTicked(option, value) ? "check " : "uncheck ") + control(option.Control), option.Name);
+        break;
     }
-    if (options.Asks && options.Prints) {
-        params.ParamFlags |= givenOutput;
-        params.Ausgabe = 1;
+}
+
+// What one run of a report works with.
+struct Order {
+    const ReportOptions &Options;
+    const ReportRow &Report;
+    Mandant Of;
+    ReportPeriod Period;
+    ReportParams Params{};
+    PlayedDialog Dialog;
+
+    Order(const ReportOptions &options, const Mandant &mandant)
+        : Options(options), Report(*options.Report), Of(mandant), Dialog(Report.Dialog)
+    {}
+};
+
+void FillPeriods(Order &order)
+{
+    const ReportOptions &options = order.Options;
+    const int archive = ReadArchive(options.Archive);
+    if (archive != 0) {
+        order.Params.ParamFlags |= givenArchive;
+        order.Params.ArchivJahr = archive;
     }
-    params.KontoArt = KindOf(options.Art);
-    PutNumber(params.KontoArt == 1   ? params.SachkontoVon
-              : params.KontoArt == 2 ? params.KreditorVon
-                                     : params.DebitorVon,
-              options.Von);
-    PutNumber(params.KontoArt == 1   ? params.SachkontoBis
-              : params.KontoArt == 2 ? params.KreditorBis
-                                     : params.DebitorBis,
-              options.Bis);
-    return params;
+    order.Period = ReadPeriod(options.Period, {order.Report.Periods, order.Of, archive, "--"});
+    PutPeriod(order.Period, order.Params);
+    const ReportPeriod compared =
+        ReadPeriod(options.Compared, {order.Report.Periods, order.Of, archive, "--vergleich-"});
+    if (!compared.IsGiven) return;
+    order.Dialog.Add(std::string("check ") + compareBox, compared.Option);
+    order.Dialog.Add(std::string("select ") + pageTabs + " 1",
+                     order.Period.IsGiven ? order.Period.Option : "");
+    PlayPeriod(compared, order.Dialog);
 }
 
-// The view as text on standard output, by way of a file that nobody else sees.
-bool PrintText(VarkWindow view)
+// Whether the export prints by itself: where the print has consequences, or where a person is asked.
+bool PrintsInExport(const Order &order)
 {
-    char directory[] = "/tmp/vark-bericht-XXXXXX";
-    if (mkdtemp(directory) == nullptr) return false;
-    const std::filesystem::path file = std::filesystem::path(directory) / "bericht.txt";
-    const bool written = RSExportView(view, file.c_str()) != 0;
-    if (written) std::cout << std::ifstream(file).rdbuf() << std::flush;
-    std::filesystem::remove_all(directory);
-    return written;
+    return order.Options.Prints && (order.Options.Asks || order.Report.LocksPeriod);
 }
 
-// ---- With a screen ----
-
-constexpr UINT pressOk = WM_APP;
-constexpr int controlOfTheDialog = 20101; // "Drucker", which every report's dialog has
-
-// Reached while the report's dialog waits: presses OK there. What the dialog refuses it shows, and stays open
-// for the person to mend.
-LRESULT CALLBACK HelperProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+void FillOutput(Order &order)
 {
-    if (message != pressOk) return DefWindowProcA(window, message, wParam, lParam);
-    HWND dialog = GetActiveWindow();
-    if (GetDlgItem(dialog, controlOfTheDialog) != nullptr) SendMessageA(dialog, WM_COMMAND, IDOK, 0);
-    return 0;
+    const ReportOptions &options = order.Options;
+    if (order.Report.LocksPeriod && options.Prints && !options.Asks && !options.Locks)
+        throw UsageError(
+            "--drucken sperrt danach den Zeitraum für weitere Buchungen; das will --sperren dazu.");
+    if (options.Locks && !options.Prints) throw UsageError("Die Angabe --sperren gibt es nur mit --drucken.");
+    if (!PrintsInExport(order)) return;
+    order.Params.ParamFlags |= givenOutput;
+    order.Params.Ausgabe = onPrinter;
+    if (options.Asks) return;
+    order.Dialog.Add("press 1", "--drucken");
+    order.Dialog.Add("box yes gesperrt", "--sperren");
 }
 
-// Has the next dialog of a report answered with OK before anybody sees it. Returns the window that does it,
-// which the caller destroys.
-HWND AnswerNextDialog()
+void Fill(Order &order)
 {
-    WNDCLASSA helper{};
-    helper.lpszClassName = "varkHelfer";
-    helper.lpfnWndProc = HelperProcedure;
-    RegisterClassA(&helper);
-    HWND window = CreateWindowExA(0, helper.lpszClassName, "", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                                  nullptr, nullptr);
-    PostMessageA(window, pressOk, 0, 0);
+    FillPeriods(order);
+    PutRange(order.Options.Range, order.Report, order.Options.Mandant, order.Params);
+    for (const OwnOption &option : order.Report.Options) {
+        const auto given = order.Options.Own.find(option.Name);
+        if (given != order.Options.Own.end()) PlayOption(option, given->second, order.Dialog);
+    }
+    FillOutput(order);
+}
+
+// ---- Making it ----
+
+vark::TableId CountedTable(const Order &order)
+{
+    const int32_t kind = order.Params.KontoArt;
+    switch (order.Report.Progress) {
+    case Counted::OpenItemsOfKind: return kind == ArtDebitor ? vark::TableOpdebi : vark::TableOpkred;
+    case Counted::AccountsOfKind:
+        return kind == ArtKostenstelle ? vark::TableKore
+               : kind == ArtDebitor    ? vark::TableDebi
+               : kind == ArtKreditor   ? vark::TableKred
+                                       : vark::TableSako;
+    case Counted::Table: break;
+    }
+    return order.Report.Table;
+}
+
+// How many records the report may come to; for the progress alone, so what cannot be known is nothing.
+int64_t CountRecords(const Order &order)
+{
+    try {
+        const auto directory = ConfiguredDataPath() / order.Of.Directory(order.Of.UpperYear);
+        return TableFile(LayoutOf(CountedTable(order)), directory, OpenMode::ReadOnly).Definition().Records;
+    } catch (const EngineError &) {
+        return 0;
+    }
+}
+
+// The view of a report: the window itself, or where the report lives in a frame, the one inside.
+VarkWindow ViewIn(VarkWindow window)
+{
+    const auto isView = [](HWND each) {
+        char name[32] = "";
+        GetClassNameA(each, name, sizeof name);
+        return std::strcmp(name, viewClass) == 0;
+    };
+    HWND outer = static_cast<HWND>(window);
+    if (isView(outer)) return window;
+    for (HWND each = GetWindow(outer, GW_CHILD); each != nullptr; each = GetWindow(each, GW_HWNDNEXT)) {
+        if (isView(each)) return each;
+    }
     return window;
 }
 
@@ -139,101 +211,102 @@ void WaitForEnd(HWND window)
     }
 }
 
-// ---- Steps ----
+// The window of a report while it is used.
+struct ShownReport {
+    HWND Window;
 
-// How many accounts the report may come to; for the progress alone, so what cannot be known is nothing.
-int64_t CountAccounts(const tools::Mandant &mandant, int32_t kind)
-{
-    const vark::TableId table = kind == 1 ? vark::TableSako : kind == 2 ? vark::TableKred : vark::TableDebi;
-    try {
-        const auto directory = tools::ConfiguredDataPath() / mandant.Directory(mandant.UpperYear);
-        return tools::TableFile(tools::LayoutOf(table), directory, tools::OpenMode::ReadOnly)
-            .Definition()
-            .Records;
-    } catch (const tools::EngineError &) {
-        return 0;
+    ~ShownReport()
+    {
+        if (IsWindow(Window)) DestroyWindow(Window);
     }
+};
+
+// Why nothing came of the report. `unfit` is the option that its dialog did not take, `said` what the library
+// has said in boxes.
+Refusal WhyNot(const Order &order, const std::string &unfit, const std::string &said)
+{
+    const auto speaksOf = [&said](const char *word) { return said.find(word) != std::string::npos; };
+    // The dialog sets its insertion mark into the field that lacks something.
+    if (speaksOf("Einfügemarke"))
+        return Refusal("Dem Bericht fehlt eine Angabe (vark bericht " + std::string(order.Report.Name) +
+                       " --hilfe).");
+    if (speaksOf("Mindestumsatz")) return Refusal("--mindestumsatz: " + said);
+    if (speaksOf("Datum") && order.Period.IsGiven) return Refusal(order.Period.Option + ": " + said);
+    if (!said.empty()) return Refusal(said);
+    if (!unfit.empty()) return Refusal(unfit + ": Diese Wahl bietet der Bericht hier nicht an.");
+    return Refusal(order.Report.Title + std::string(" wurde nicht erstellt."));
 }
 
-int Complain(int exitCode, const std::string &text)
+// Runs the export. Its window; null for a report that was printed. What it refused is thrown.
+VarkWindow RunExport(Order &order)
 {
-    std::fprintf(stderr, "vark: %s\n", text.c_str());
-    return exitCode;
+    const ReportOptions &options = order.Options;
+    ReasonCatcher catcher;
+    ReportProgress progress(order.Report.Title, CountRecords(order), RSRecordsTaken, catcher.Real());
+    const uint32_t visible = options.Shows ? WS_VISIBLE : 0;
+    VARK_InitReports(WS_OVERLAPPEDWINDOW | visible, 0, FromUtf8(order.Report.Title).c_str(), nullptr);
+    order.Dialog.Begin(!options.Asks);
+    VarkWindow window = order.Report.Make(options.Mandant, &order.Params);
+    const std::string unfit = order.Dialog.End();
+    progress.Stop();
+    const std::string said = catcher.Take();
+    if (window == nullptr && order.Params.ViewResult == 0) throw WhyNot(order, unfit, said);
+    if (window == nullptr && PrintsInExport(order) && !said.empty()) catcher.Pass("vark: " + said + "\n");
+    return window;
 }
 
 // Brings the view where it is wanted.
-int Deliver(const ReportOptions &options, VarkWindow view, ReportProgress &progress)
+void Deliver(const Order &order, HWND window)
 {
-    progress.Write();
-    if (!options.Target.empty() && RSExportView(view, options.Target.c_str()) == 0) {
-        progress.Stop();
-        return Complain(tools::ExitFailure, options.Target.string() + " läßt sich nicht schreiben.");
+    const ReportOptions &options = order.Options;
+    VarkWindow view = ViewIn(window);
+    {
+        ReportProgress progress(order.Report.Title, 0, [] { return int64_t{0}; });
+        progress.Write();
+        for (const ReportTarget &target : options.Targets) {
+            WriteTarget(view, target);
+        }
     }
-    progress.Stop();
-    // Where a person was asked, the printer was chosen there or not at all.
-    const bool prints = options.Prints && !options.Asks;
-    const bool wantsText = options.IsText || (options.Target.empty() && !options.Shows && !prints);
-    if (wantsText && !PrintText(view))
-        return Complain(tools::ExitFailure, "Der Bericht läßt sich nicht als Text schreiben.");
-    // The export could print as well, but tells nobody whether the printer took it.
-    if (prints && RSPrintView(view, 0) == 0)
-        return Complain(tools::ExitFailure, "Der Bericht wurde nicht gedruckt.");
-    if (options.Shows && !IsWindow(static_cast<HWND>(view)))
-        return Complain(tools::ExitFailure, "Der Bericht läßt sich nicht anzeigen.");
-    if (options.Shows) WaitForEnd(static_cast<HWND>(view));
-    return tools::ExitGood;
-}
-
-int Make(const ReportOptions &options, ReportParams &params, const tools::Mandant &mandant)
-{
-    ReportProgress progress("Summen- und Saldenliste", CountAccounts(mandant, params.KontoArt),
-                            RSRecordsTaken);
-    const std::string asked = params.BisDatum;
-    const uint32_t visible = options.Shows ? WS_VISIBLE : 0;
-    VARK_InitReports(WS_OVERLAPPEDWINDOW | visible, 0, "Summen- und Saldenliste", nullptr);
-    HWND helper = options.Shows && !options.Asks ? AnswerNextDialog() : nullptr;
-    VarkWindow view = VARK_SummenSaldenListe(options.Mandant, nullptr, &params);
-    if (helper != nullptr) DestroyWindow(helper);
-    if (view == nullptr) {
-        progress.Stop();
-        // A person may have chosen the printer in the dialog.
-        if (params.ViewResult == 1) return tools::ExitGood;
-        return Complain(tools::ExitRefused, "Der Bericht wurde nicht erstellt.");
+    if (options.Targets.empty() && !options.Shows && !options.Prints) WriteTarget(view, {"txt", "-"});
+    // A person chose the printer in the dialog or not at all.
+    if (options.Prints && !PrintsInExport(order)) {
+        ReasonCatcher catcher;
+        if (RSPrintView(view, 0) == 0) {
+            const std::string said = catcher.Take();
+            throw std::runtime_error("Der Bericht wurde nicht gedruckt." + (said.empty() ? "" : " " + said));
+        }
     }
-    int exitCode = tools::ExitRefused;
-    if (!options.Asks && !asked.empty() && asked != params.BisDatum) {
-        // The report's dialog moves a date to a bookable year, which is seen only by a person who is asked.
-        progress.Stop();
-        Complain(exitCode, "Das Datum muß innerhalb der bebuchbaren Geschäftsjahre liegen!");
-    } else {
-        exitCode = Deliver(options, view, progress);
-    }
-    if (IsWindow(static_cast<HWND>(view))) DestroyWindow(static_cast<HWND>(view));
-    return exitCode;
+    if (options.Prints && PrintsInExport(order) && options.Targets.empty() && !options.Shows)
+        WriteTarget(view, {"txt", "-"}); // the person took the screen instead
+    if (!options.Shows) return;
+    if (!IsWindow(window)) throw std::runtime_error("Der Bericht läßt sich nicht anzeigen.");
+    WaitForEnd(window);
 }
 
 } // namespace
 
-int MakeSummenSaldenListe(const ReportOptions &options)
+int MakeReport(const ReportOptions &options)
 {
-    if (VARK_Status() != 1) {
-        std::fprintf(stderr, "vark: Die Bibliothek ist nicht bereit (%d).\n", VARK_Status());
-        return tools::ExitFailure;
-    }
-    ReportParams params;
-    try {
-        if (!options.Target.empty() && options.Target.extension() != "." + options.Kind) {
-            throw std::invalid_argument("--" + options.Kind + " braucht eine Datei auf ." + options.Kind);
-        }
-        params = ParamsOf(options);
-    } catch (const std::invalid_argument &error) {
-        return Complain(tools::ExitUsage, error.what());
-    }
-    const auto mandant = tools::FindMandant(tools::ConfiguredDataPath(), options.Mandant);
-    if (!mandant) return Complain(tools::ExitRefused, "Der Mandant existiert nicht!");
+    CheckTargets(options.Targets);
+    NeedLibrary();
+    const auto mandant = FindMandant(ConfiguredDataPath(), options.Mandant);
+    if (!mandant) throw Refusal("--mandant: Der Mandant existiert nicht!");
+    Order order(options, *mandant);
+    Fill(order);
     if (options.NeedsScreen() && VarkUiHasUser() == FALSE)
-        return Complain(tools::ExitFailure, "Für Dialog und Anzeige fehlt ein Bildschirm.");
-    return Make(options, params, *mandant);
+        throw std::runtime_error("Für Dialog und Anzeige fehlt ein Bildschirm.");
+    const ReportParams asked = order.Params;
+    const ShownReport shown{static_cast<HWND>(RunExport(order))};
+    if (shown.Window == nullptr) return ExitGood; // printed
+    // The report's dialog moves a date to a bookable year, which is seen only by a person who is asked.
+    if (!options.Asks && !IsPeriodKept(order.Period, order.Report.Periods, order.Params))
+        throw Refusal(order.Period.Option + ": Diesen Zeitraum gibt es in den Büchern nicht.");
+    if (!options.Asks && order.Report.Kontoarten != 0 && options.Archive.empty()) {
+        const std::string empty = TellEmptyRange(options.Mandant, asked);
+        if (!empty.empty()) std::fprintf(stderr, "vark: %s\n", empty.c_str());
+    }
+    Deliver(order, shown.Window);
+    return ExitGood;
 }
 
 } // namespace cli

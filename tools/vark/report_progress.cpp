@@ -10,10 +10,11 @@ namespace cli {
 
 using std::chrono::milliseconds;
 
-ReportProgress::ReportProgress(std::string text, int64_t all, Counter counter, milliseconds patience)
-    : title(std::move(text)), expected(all), count(std::move(counter))
+ReportProgress::ReportProgress(std::string text, int64_t all, Counter counter, FILE *stream,
+                               milliseconds patience)
+    : title(std::move(text)), expected(all), count(std::move(counter)), to(stream)
 {
-    if (isatty(STDERR_FILENO) != 0) drawer = std::thread([this, patience] { Draw(patience); });
+    if (isatty(fileno(stream)) != 0) drawer = std::thread([this, patience] { Draw(patience); });
 }
 
 ReportProgress::~ReportProgress() { Stop(); }
@@ -38,13 +39,13 @@ void ReportProgress::Draw(milliseconds patience)
 {
     std::unique_lock locked(lock);
     if (changed.wait_for(locked, patience, [this] { return ends; })) return;
-    tools::ProgressBar bar(title);
+    tools::ProgressBar bar(title, to);
     bool tellsWriting = false;
     do {
         if (writes && !tellsWriting) {
             bar.Hide();
-            std::fprintf(stderr, "\r%s wird geschrieben …", title.c_str());
-            std::fflush(stderr);
+            std::fprintf(to, "\r%s wird geschrieben …", title.c_str());
+            std::fflush(to);
             tellsWriting = true;
         } else if (!writes && count() > 0) {
             // While a dialog waits there is nothing to tell.
@@ -52,7 +53,7 @@ void ReportProgress::Draw(milliseconds patience)
                                        static_cast<double>(std::max<int64_t>(expected, 1))));
         }
     } while (!changed.wait_for(locked, milliseconds(100), [this] { return ends; }));
-    if (tellsWriting) std::fputs("\r\033[K", stderr);
+    if (tellsWriting) std::fputs("\r\033[K", to);
 }
 
 } // namespace cli

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -16,8 +17,9 @@ namespace cli {
 struct ReportProgress {
     using Counter = std::function<int64_t()>;
 
-    // `count` tells the records sent so far, from a thread of its own. Nothing is drawn before `patience`.
-    ReportProgress(std::string title, int64_t expected, Counter count,
+    // `count` tells the records sent so far, from a thread of its own. Nothing is drawn before `patience`,
+    // nor where the stream is no terminal.
+    ReportProgress(std::string title, int64_t expected, Counter count, FILE *to = stderr,
                    std::chrono::milliseconds patience = std::chrono::milliseconds(500));
     ~ReportProgress();
     ReportProgress(const ReportProgress &) = delete;
@@ -34,6 +36,7 @@ private:
     std::string title;
     int64_t expected;
     Counter count;
+    FILE *to;
     std::mutex lock;
     std::condition_variable changed;
     bool writes = false;
