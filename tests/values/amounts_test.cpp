@@ -548,6 +548,19 @@ TEST(TrimLeft, RemovesLeadingBlanksOnly)
     EXPECT_EQ("", trimmed(""));
 }
 
+TEST(TrimLeft, LeavesNothingBehindTheEndOfTheText)
+{
+    char blanks[8] = {' ', ' ', ' ', '1', '2', '0', '0', 0};
+    TrimLeft(blanks, sizeof blanks);
+    EXPECT_EQ(std::string("1200\0\0\0\0", 8), std::string(blanks, sizeof blanks));
+    char rest[8] = {'1', '2', 0, '3', '4', '5', '6', 0};
+    TrimLeft(rest, sizeof rest);
+    EXPECT_EQ(std::string("12\0\0\0\0\0\0", 8), std::string(rest, sizeof rest));
+    char full[4] = {'1', '2', '3', '4'};
+    TrimLeft(full, sizeof full);
+    EXPECT_EQ("1234", std::string(full, sizeof full));
+}
+
 TEST(StripLeadingZeros, KeepsOneDigitAtTheComma)
 {
     const auto stripped = [](const std::string &text) {
