@@ -30,22 +30,22 @@ enum class TreePlace {
 };
 
 struct TreeScan {
-    StructureRecord Node; // the node that the scan stands at, while Found
-    TreePlace Place;
-    int Depth;           // 0 for what hangs below the root
-    AccountNumber Konto; // of a leaf or an account outside the tree, right-justified
-    bool IsGegenposten;  // of a leaf: the second home of its account
-    bool Found;          // false: all have been seen
+    StructureRecord Node = {}; // the node that the scan stands at, while Found
+    TreePlace Place = TreePlace::Group;
+    int Depth = 0;              // 0 for what hangs below the root
+    AccountNumber Konto = {};   // of a leaf or an account outside the tree, right-justified
+    bool IsGegenposten = false; // of a leaf: the second home of its account
+    bool Found = false;         // false: all have been seen
 
     HeldTables Held;
-    TableId Table;
-    int Level; // of the node that is read next, 0 for the root's
-    int32_t NodesLeft;
-    int32_t NextIds[deepestTree + 1];                            // by level
-    char Titles[deepestTree + 1][sizeof(StructureRecord::Text)]; // by level: of the group above it
-    int TitleLevel;                                              // of the present node
+    TableId Table = TableUnused;
+    int Level = 0; // of the node that is read next, 0 for the root's
+    int32_t NodesLeft = 0;
+    int32_t NextIds[deepestTree + 1] = {};                            // by level
+    char Titles[deepestTree + 1][sizeof(StructureRecord::Text)] = {}; // by level: of the group above it
+    int TitleLevel = 0;                                               // of the present node
 
-    explicit TreeScan(ThreadContext &context) : Node{}, Held(context) {}
+    explicit TreeScan(ThreadContext &context) : Held(context) {}
 };
 
 // Opens `table` for as long as the scan lives and goes to the first node. False when the record store failed

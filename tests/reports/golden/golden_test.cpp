@@ -17,6 +17,7 @@
 //   satz TABLE                any other record, of `feld` lines alone; amounts are zero at first
 //   gruppe TREE ID NEXT CHILD TITLE        nodes of guvauf, bilaktau or bilpasau
 //   blatt TREE ID NEXT KONTO [gegenposten]
+//   baum TABLE                a tree, whose nodes follow line by line as in tests/support/trees.h
 //
 //   buchung DATE SOLLKONTO HABENKONTO AMOUNT
 //                             a final posting, `feld` lines may follow; the date has the fiscal month, and
@@ -30,6 +31,7 @@
 #include "src/reports/frame/report_params.h"
 #include "tests/support/books.h"
 #include "tests/support/recording_engine.h"
+#include "tests/support/trees.h"
 #include "tools/common/layout.h"
 
 #include <algorithm>
@@ -146,6 +148,8 @@ struct Case {
     std::string Year;
     bool HasMandant = false;
     OpenRecord Open;
+    const tools::TableLayout *Tree = nullptr; // the one in hand
+    Lines Nodes;
     int Postings = 0;
     ReportParams Params{};
     std::string Result; // of the export, in words
@@ -171,6 +175,9 @@ struct Case {
     }
     void FinishRecord()
     {
+        if (Tree != nullptr) InsertTree(*Installation, 1, Tree->Id, Nodes, Year);
+        Tree = nullptr;
+        Nodes.clear();
         if (Open.Layout == nullptr) return;
         Installation->InsertRecord(1, Open.Layout->Id, Open.Bytes, Year);
         Open = {};
@@ -285,7 +292,11 @@ struct Case {
         std::string word;
         std::string value;
         rest >> word;
-        if (word == "spiel") return;
+        if (word.empty() || word == "spiel") return;
+        if (Tree != nullptr && line[0] == ' ') {
+            Nodes.push_back(line.substr(2));
+            return;
+        }
         if (word == "jahre") {
             rest >> Options.LowerYear >> Options.UpperYear;
         } else if (word == "mandant") {
@@ -306,6 +317,11 @@ struct Case {
         } else if (word == "satz") {
             rest >> value;
             Begin(tools::FindLayout(value));
+        } else if (word == "baum") {
+            MakeMandant();
+            FinishRecord();
+            rest >> value;
+            Tree = tools::FindLayout(value);
         } else if (word == "name") {
             std::getline(rest >> std::ws, value);
             const bool isPersonal = Open.Layout->Id == TableKred || Open.Layout->Id == TableDebi;
@@ -338,7 +354,7 @@ struct Case {
                               reinterpret_cast<const char *>(&posting) + sizeof posting);
         } else if (word == "ruf") {
             Call(rest);
-        } else if (!word.empty()) {
+        } else {
             FAIL() << "unknown word " << word;
         }
     }
