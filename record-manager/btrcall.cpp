@@ -86,12 +86,8 @@ bool Decode(uint16_t code, Call *call, unsigned *bias)
     return *bias == 0 || TakesLock(call->Operation) || call->Operation == BtrOpBegin;
 }
 
-int16_t Dispatch(uint16_t code, Call *call)
+int16_t Dispatch(Call *call, unsigned bias)
 {
-    unsigned bias = 0;
-    if (!Decode(code, call, &bias)) return BtrStatusBadOperation;
-    call->Caller = CurrentClient();
-    if (call->Caller == nullptr) return BtrStatusNoEngine;
     call->Lock = RequestOf(bias, call->Caller);
     switch (call->Operation) {
     case BtrOpOpen:
@@ -118,6 +114,17 @@ int16_t Dispatch(uint16_t code, Call *call)
     return CallOpen(*call);
 }
 
+int16_t Carry(uint16_t code, Call *call)
+{
+    unsigned bias = 0;
+    if (!Decode(code, call, &bias)) return BtrStatusBadOperation;
+    call->Caller = CurrentClient();
+    if (call->Caller == nullptr) return BtrStatusNoEngine;
+    const int16_t status = Dispatch(call, bias);
+    if (call->Operation != BtrOpStop) ReleaseIdle(call->Caller);
+    return status;
+}
+
 } // namespace
 
 } // namespace wbtrv
@@ -132,5 +139,5 @@ int16_t BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *d
     call.Key = static_cast<uint8_t *>(key);
     call.KeyLength = keyLength;
     call.KeyNumber = keyNumber;
-    return wbtrv::Dispatch(operation, &call);
+    return wbtrv::Carry(operation, &call);
 }

@@ -41,7 +41,7 @@ void ForgetParent()
 {
     for (Client *client = clients; client != nullptr; client = client->Next) {
         for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
-            close(store->LockFd);
+            if (store->LockFd >= 0) close(store->LockFd);
         }
     }
     clients = nullptr;
@@ -53,7 +53,7 @@ void ForgetParent()
 void WatchThreads()
 {
     threadsAreWatched = pthread_key_create(&endOfThread, EndOfThread) == 0;
-    pthread_atfork(LockRegistry, UnlockRegistry, ForgetParent);
+    pthread_atfork(BeforeFork, AfterForkInParent, ForgetParent);
 }
 
 // Unlike for every handle of every process there has been, so that an old position block is told from a new
@@ -104,9 +104,8 @@ void EndClientStore(ClientStore *store)
         link = &(*link)->Next;
     }
     *link = store->Next;
-    // Under the lock of a fork, so that no child inherits a description it does not know of.
-    close(store->LockFd);
     UnlockRegistry();
+    if (store->LockFd >= 0) GiveLockDescription(store->Books, &store->LockFd);
     ReleaseStore(store->Books);
     free(store);
 }
@@ -200,11 +199,6 @@ void RemoveHandle(Client *client, Handle *handle)
 int16_t AcquireClientStore(Client *client, const char *directory, bool create, bool readOnly,
                            ClientStore **out)
 {
-    for (ClientStore *store = client->Stores; store != nullptr;) {
-        ClientStore *next = store->Next;
-        if (store->Books->Dead && store->Opens == 0 && store->Files == nullptr) EndClientStore(store);
-        store = next;
-    }
     Store *books = nullptr;
     const int16_t status = AcquireStore(directory, create, readOnly, &books);
     if (status != BtrStatusOk) return status;
@@ -221,30 +215,43 @@ int16_t AcquireClientStore(Client *client, const char *directory, bool create, b
     }
     store->Owner = client;
     store->Books = books;
+    store->LockFd = -1;
     LockRegistry();
-    store->LockFd = OpenLockDescription(books);
-    if (store->LockFd >= 0) {
-        store->Next = client->Stores;
-        client->Stores = store;
-    }
+    store->Next = client->Stores;
+    client->Stores = store;
     UnlockRegistry();
-    if (store->LockFd < 0) {
-        free(store);
-        ReleaseStore(books);
-        return BtrStatusFileTableFull;
-    }
     *out = store;
     return BtrStatusOk;
 }
 
-void ReleaseIdleStores(Client *client)
+namespace {
+
+bool HoldsLocks(const ClientStore *store)
 {
-    unsigned idle = 0;
+    const ClientFile *file = store->Files;
+    while (file != nullptr && file->Held.Used == 0 && !file->Whole) {
+        file = file->Next;
+    }
+    return file != nullptr;
+}
+
+} // namespace
+
+void ReleaseIdle(Client *client)
+{
     for (ClientStore *store = client->Stores; store != nullptr;) {
         ClientStore *next = store->Next;
-        if (store->Opens == 0 && store->Files == nullptr && ++idle > limits.IdleStores) EndClientStore(store);
+        if (store->LockFd >= 0 && !HoldsLocks(store)) GiveLockDescription(store->Books, &store->LockFd);
+        const bool idle = store->Opens == 0 && store->Files == nullptr && store->Writer == nullptr;
+        if (idle && client->Changed != store) EndClientStore(store);
         store = next;
     }
+}
+
+int16_t NeedLockDescription(ClientStore *store)
+{
+    return store->LockFd >= 0 ? static_cast<int16_t>(BtrStatusOk)
+                              : TakeLockDescription(store->Books, &store->LockFd);
 }
 
 void ReleaseClientFile(ClientFile *file)
@@ -255,7 +262,7 @@ void ReleaseClientFile(ClientFile *file)
         link = &(*link)->Next;
     }
     *link = file->Next;
-    Unlock(file->Home->LockFd, OpensOffset(file->Of->Number), 1);
+    DropOpen(file->Home->Books->Shared, file->Of->Number);
     ReleaseFile(file->Home->Books, file->Of);
     free(file->Held.Entries);
     free(file->Implicit.Entries);
@@ -303,7 +310,8 @@ bool Holds(const void *who, uint32_t number, uint32_t record)
 
 LockResult LockRecord(const ClientFile *file, uint32_t record, const LockRequest &request)
 {
-    const ClientStore *store = file->Home;
+    ClientStore *store = file->Home;
+    if (NeedLockDescription(store) != BtrStatusOk) return LockResult::NoDescription;
     const int64_t offset = RecordOffset(file->Of->Number, record);
     Patience patience = StartPatience(request.Wait_ms);
     LockResult result = TryLock(store->LockFd, LockKind::Write, offset, 1);
@@ -353,6 +361,7 @@ int16_t LockWholeFile(Handle *handle, const LockRequest &request)
     ClientFile *file = handle->In;
     if (file->Home->Owner->Transaction != TransactionKind::Exclusive || file->Whole) return BtrStatusOk;
     // Where nothing can be written the lock cannot be one for writing either.
+    if (NeedLockDescription(file->Home) != BtrStatusOk) return BtrStatusFileTableFull;
     const LockKind kind = file->Home->Books->ReadOnly ? LockKind::Read : LockKind::Write;
     const LockResult result =
         WaitLock(file->Home->LockFd, kind, RecordOffset(file->Of->Number, 0), wholeFile, request.Wait_ms);

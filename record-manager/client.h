@@ -35,7 +35,7 @@ struct ClientStore {
     ClientFile *Files;
     MDB_txn *Snapshot;
     MDB_txn *Writer;
-    int LockFd;
+    int LockFd;     // below 0 as long as no record and no whole file is locked
     int16_t Broken; // status that ended the pending changes; they can only be aborted
     unsigned Opens; // position blocks
     unsigned LoadingOpens;
@@ -149,7 +149,11 @@ void RemoveHandle(Client *client, Handle *handle);
 // The client's part of the books, opened or found. ReleaseClientStore follows once it has no files open.
 int16_t AcquireClientStore(Client *client, const char *directory, bool create, bool readOnly,
                            ClientStore **out);
-void ReleaseIdleStores(Client *client);
+// Gives back the descriptions through which nothing is locked any more, and leaves the directories where
+// nothing is open. Every call ends with it.
+void ReleaseIdle(Client *client);
+// Makes sure of a description for locks. 0 or 86.
+int16_t NeedLockDescription(ClientStore *store);
 
 // Forgets a file that the client has neither open nor locked nor changed.
 void ReleaseClientFile(ClientFile *file);

@@ -53,18 +53,19 @@ int16_t StatusOfMissing(const FilePath &path)
 // The first open takes the lock, the first one for loading makes it exclusive.
 LockResult LockUsage(ClientStore *store, bool loading)
 {
-    if (loading && store->LoadingOpens == 0) return TryLock(store->LockFd, LockKind::Write, usageOffset, 1);
-    return store->Opens > 0 ? LockResult::Granted : TryLock(store->LockFd, LockKind::Read, usageOffset, 1);
+    return HoldUsage(store->Books->Shared, loading, store->Opens > 0, store->LoadingOpens > 0);
 }
 
 // What LockUsage took is given back once the opens are counted without this one.
 void UnlockUsage(ClientStore *store, bool loading)
 {
-    if (store->Opens == 0) {
-        Unlock(store->LockFd, usageOffset, 1);
-    } else if (loading && store->LoadingOpens == 0) {
-        (void)TryLock(store->LockFd, LockKind::Read, usageOffset, 1);
-    }
+    DropUsage(store->Books->Shared, store->Opens > 0, store->LoadingOpens > 0, loading);
+}
+
+int16_t StatusOfOpen(LockResult result)
+{
+    const bool busy = result == LockResult::RecordBusy || result == LockResult::FileBusy;
+    return busy ? static_cast<int16_t>(BtrStatusIncompatibleMode) : StatusOfLock(result);
 }
 
 ClientFile *FindClientFile(ClientStore *store, uint32_t number)
@@ -120,17 +121,15 @@ int16_t AcquireClientFile(ClientStore *store, const FilePath &path, bool alone, 
         ClientFile *found = FindClientFile(store, number);
         if (found != nullptr && found->Opens > 0 && (alone || found->OpenedAlone))
             return BtrStatusIncompatibleMode;
-        const LockKind kind = alone ? LockKind::Write : LockKind::Read;
-        const LockResult result = TryLock(store->LockFd, kind, OpensOffset(number), 1);
-        if (result != LockResult::Granted) {
-            return result == LockResult::Failed ? BtrStatusIoError : BtrStatusIncompatibleMode;
-        }
+        SharedLocks &shared = store->Books->Shared;
+        const LockResult result = HoldOpen(shared, number, alone, found != nullptr);
+        if (result != LockResult::Granted) return StatusOfOpen(result);
         if (found == nullptr) {
             File *file = nullptr;
             status = AcquireNamed(store, path, &file);
             const bool same = status == BtrStatusOk && file->Number == number;
             if (same) status = AddClientFile(store, file, &found);
-            if (!same || status != BtrStatusOk) Unlock(store->LockFd, OpensOffset(number), 1);
+            if (!same || status != BtrStatusOk) DropOpen(shared, number);
             if (file != nullptr && found == nullptr) ReleaseFile(store->Books, file);
             if (status != BtrStatusOk) return status;
             if (!same) continue;
@@ -150,9 +149,7 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
     int16_t status = AcquireClientFile(store, path, alone, &in);
     if (status != BtrStatusOk) return status;
     const LockResult usage = LockUsage(store, loading);
-    if (usage != LockResult::Granted) {
-        status = usage == LockResult::Failed ? BtrStatusIoError : BtrStatusIncompatibleMode;
-    }
+    status = StatusOfOpen(usage);
     Handle *handle = nullptr;
     if (status == BtrStatusOk) {
         handle = AddHandle(call.Caller, in, call.PositionBlock);
@@ -163,7 +160,7 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
         if (status != BtrStatusOk) RemoveHandle(call.Caller, handle);
     }
     if (status != BtrStatusOk) {
-        UnlockUsage(store, loading);
+        if (usage == LockResult::Granted) UnlockUsage(store, loading);
         ReleaseClientFile(in);
         return status;
     }
@@ -175,12 +172,12 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
 }
 
 // Only a file that nobody has open, this client neither, may be replaced.
-bool LockToReplace(ClientStore *store, uint32_t number)
+int16_t LockToReplace(ClientStore *store, uint32_t number)
 {
     for (const ClientFile *file = store->Files; file != nullptr; file = file->Next) {
-        if (file->Of->Number == number) return false;
+        if (file->Of->Number == number) return BtrStatusIncompatibleMode;
     }
-    return TryLock(store->LockFd, LockKind::Write, OpensOffset(number), 1) == LockResult::Granted;
+    return StatusOfOpen(HoldOpen(store->Books->Shared, number, true, false));
 }
 
 int16_t CreatePending(ClientStore *store, const char *name, const Definition &definition, uint32_t replaced)
@@ -217,9 +214,7 @@ int16_t OpenFile(const Call &call)
     status = AcquireClientStore(call.Caller, path.Directory, false, readOnly, &store);
     if (status == BtrStatusFileNotFound) return StatusOfMissing(path);
     if (status != BtrStatusOk) return status;
-    status = OpenIn(call, path, store);
-    ReleaseIdleStores(call.Caller);
-    return status;
+    return OpenIn(call, path, store);
 }
 
 int16_t CloseHandle(Handle *handle)
@@ -288,8 +283,11 @@ int16_t CreateFile(const Call &call)
     if (status == BtrStatusOk) status = FindFileNumber(store->Books, writer, path.Name, &number);
     if (status == BtrStatusOk && number != 0 && call.KeyNumber == BtrKeepExisting)
         status = BtrStatusFileExists;
-    const bool replaces = status == BtrStatusOk && number != 0;
-    if (replaces && !LockToReplace(store, number)) status = BtrStatusIncompatibleMode;
+    bool locked = false;
+    if (status == BtrStatusOk && number != 0) {
+        status = LockToReplace(store, number);
+        locked = status == BtrStatusOk;
+    }
     if (status == BtrStatusOk) {
         status = pending ? CreatePending(store, path.Name, definition, number)
                          : CreateFile(store->Books, writer, path.Name, definition);
@@ -302,9 +300,7 @@ int16_t CreateFile(const Call &call)
         }
         LeaveGate(store->Books->WriteGate);
     }
-    const bool locked = replaces && status != BtrStatusIncompatibleMode;
-    if (locked && (!pending || status != BtrStatusOk)) Unlock(store->LockFd, OpensOffset(number), 1);
-    ReleaseIdleStores(call.Caller);
+    if (locked && (!pending || status != BtrStatusOk)) DropOpen(store->Books->Shared, number);
     return status;
 }
 

@@ -28,7 +28,7 @@ struct Limits {
     // pages in memory up to 131071 of them.
     unsigned LoadingChanges = 100000;
 
-    // Directories that stay open in a client, and in the process, after their last file was closed.
+    // Directories that stay open in the process after their last file was closed.
     unsigned IdleStores = 16;
 };
 

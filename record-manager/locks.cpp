@@ -70,6 +70,8 @@ int16_t StatusOfLock(LockResult result)
     case LockResult::RecordBusy: return BtrStatusRecordLocked;
     case LockResult::FileBusy: return BtrStatusFileLocked;
     case LockResult::Deadlock: return BtrStatusDeadlock;
+    case LockResult::NoDescription: return BtrStatusFileTableFull;
+    case LockResult::NoMemory: return BtrStatusHandleTableFull;
     case LockResult::Failed: break;
     }
     return BtrStatusIoError;

@@ -22,7 +22,7 @@ constexpr int64_t RecordOffset(uint32_t file, uint32_t record)
 inline constexpr int64_t wholeFile = int64_t{1} << 32; // length of a file's range
 
 enum class LockKind : uint8_t { Read, Write };
-enum class LockResult : uint8_t { Granted, RecordBusy, FileBusy, Deadlock, Failed };
+enum class LockResult : uint8_t { Granted, RecordBusy, FileBusy, Deadlock, NoDescription, NoMemory, Failed };
 
 // Takes or changes a lock of this description at once. What is in the way is a record, or a whole file's
 // range.

@@ -7,6 +7,7 @@
 #include "record-manager/definition.h"
 #include "record-manager/gate.h"
 #include "record-manager/page_order.h"
+#include "record-manager/shared_locks.h"
 
 #include <atomic>
 #include <cstddef>
@@ -65,6 +66,7 @@ struct Store {
     std::atomic<bool> Dead; // the store gave up on itself; it works again once it was closed
     pthread_mutex_t Mutex;  // Files, and every opening and closing of a tree
     File *Files;
+    SharedLocks Shared;
 
     // Guarded by the gate.
     uint32_t KnownFile; // the trees of files up to this number are open
@@ -86,13 +88,17 @@ int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **
 // One client less. Books that nobody uses stay open for a while.
 void ReleaseStore(Store *store);
 
-// Opens one more description of the books' file, for a client's locks. Below 0 on failure.
-int OpenLockDescription(const Store *store);
+// Gives a description of the books' file for a client's locks into `*fd`, where a fork finds it, and takes it
+// back without locks. 0 or 86.
+int16_t TakeLockDescription(Store *store, int *fd);
+void GiveLockDescription(Store *store, int *fd);
 
 // In a forked child: forgets every store without touching what belongs to the parent.
 void ForgetStores();
 void LockRegistry();
 void UnlockRegistry();
+void BeforeFork();
+void AfterForkInParent();
 
 // Finds `name` among the files of the store for one more use, seen from `view`; `writing` tells that this is
 // the own write transaction. Returns 0, 12, 30 (also when the books were cut off), 86, 2.

@@ -22,6 +22,8 @@ namespace {
 constexpr char lockName[] = "books.mdb-lock";
 
 pthread_mutex_t registryMutex = PTHREAD_MUTEX_INITIALIZER;
+// Held while a client's description is on its way to or from where a forked child closes it.
+pthread_mutex_t descriptionMutex = PTHREAD_MUTEX_INITIALIZER;
 Store *stores = nullptr; // most recently used first
 
 } // namespace
@@ -241,6 +243,8 @@ void FreeStore(Store *store)
         store->Files = file->Next;
         free(file);
     }
+    FreeSharedLocks(store->Shared);
+    pthread_mutex_destroy(&store->Shared.Mutex);
     if (store->PresenceFd >= 0) close(store->PresenceFd);
     if (store->DirectoryFd >= 0) close(store->DirectoryFd);
     pthread_mutex_destroy(&store->Mutex);
@@ -284,6 +288,7 @@ int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out
         return BtrStatusHandleTableFull;
     }
     pthread_mutex_init(&store->Mutex, nullptr);
+    pthread_mutex_init(&store->Shared.Mutex, nullptr);
     store->DirectoryFd = directoryFd;
     store->PresenceFd = -1;
     int16_t status = BtrStatusOk;
@@ -301,6 +306,7 @@ int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out
         return status;
     }
     Unlock(store->PresenceFd, setupOffset, 1);
+    store->Shared.Fd = store->PresenceFd;
     *out = store;
     return BtrStatusOk;
 }
@@ -348,6 +354,18 @@ int16_t CheckKnown(const Store &store, const BooksFacts &found, bool readOnly)
 void LockRegistry() { pthread_mutex_lock(&registryMutex); }
 void UnlockRegistry() { pthread_mutex_unlock(&registryMutex); }
 
+void BeforeFork()
+{
+    LockRegistry();
+    pthread_mutex_lock(&descriptionMutex);
+}
+
+void AfterForkInParent()
+{
+    pthread_mutex_unlock(&descriptionMutex);
+    UnlockRegistry();
+}
+
 int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **out)
 {
     LockRegistry();
@@ -373,6 +391,8 @@ void ReleaseStore(Store *store)
     UnlockRegistry();
 }
 
+namespace {
+
 int OpenLockDescription(const Store *store)
 {
     const int fd =
@@ -386,15 +406,36 @@ int OpenLockDescription(const Store *store)
     return fd;
 }
 
+} // namespace
+
+int16_t TakeLockDescription(Store *store, int *fd)
+{
+    pthread_mutex_lock(&descriptionMutex);
+    *fd = TakeSpareDescription(store->Shared);
+    if (*fd < 0) *fd = OpenLockDescription(store);
+    pthread_mutex_unlock(&descriptionMutex);
+    return *fd < 0 ? BtrStatusFileTableFull : BtrStatusOk;
+}
+
+void GiveLockDescription(Store *store, int *fd)
+{
+    pthread_mutex_lock(&descriptionMutex);
+    GiveDescription(store->Shared, *fd);
+    *fd = -1;
+    pthread_mutex_unlock(&descriptionMutex);
+}
+
 void ForgetStores()
 {
     for (Store *store = stores; store != nullptr; store = store->Next) {
         // A description that the child kept would hold the parent's locks after the parent's end.
+        FreeSharedLocks(store->Shared);
         close(store->PresenceFd);
         close(store->DirectoryFd);
     }
     stores = nullptr;
     pthread_mutex_init(&registryMutex, nullptr);
+    pthread_mutex_init(&descriptionMutex, nullptr);
 }
 
 } // namespace wbtrv

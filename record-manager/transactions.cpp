@@ -25,7 +25,7 @@ void ForgetCreated(ClientStore *store)
     while (store->Created != nullptr) {
         PendingCreate *created = store->Created;
         store->Created = created->Next;
-        if (created->Replaced != 0) Unlock(store->LockFd, OpensOffset(created->Replaced), 1);
+        if (created->Replaced != 0) DropOpen(store->Books->Shared, created->Replaced);
         free(created);
     }
 }
