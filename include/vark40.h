@@ -165,6 +165,10 @@ typedef struct PekoEingabe {
  *   0x01 Zeitraum   0x02 VonDatum, BisDatum   0x04 JahrIndex   0x08 KontoArt   0x10 the eight limits
  *   0x20 one single account is wanted, the lower limit   0x40 Ausgabe   0x80 ArchivJahr
  * A value outside its range is corrected without a message.
+ *
+ * In the tax reports quarters and the year are those of the calendar, and JahrIndex goes in as its year. It
+ * comes back as the fiscal year of the first day, which may be the one before: set it anew before the block
+ * is used again.
  */
 typedef struct ReportParams {
     uint32_t ParamFlags;

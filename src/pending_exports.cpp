@@ -18,7 +18,5 @@ VarkWindow VARK_CALL VARK_Kontenblatt(int32_t, int32_t, VarkWindow, ReportParams
 VarkWindow VARK_CALL VARK_Buchungsjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_OPListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_UmsatzStatistik(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
-VarkWindow VARK_CALL VARK_UmsatzSteuerVerprobung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
-VarkWindow VARK_CALL VARK_ZusammenfassendeMeldung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_Kostenjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_KostenAufteilung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }

@@ -1,5 +1,6 @@
 #include "src/walks/other_year.h"
 
+#include "src/frame/mandant.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 
@@ -58,6 +59,13 @@ const YearPart *EarlierPart(const PeriodYears &years)
 {
     const bool areBoth = years.Count == 2 && years.Parts[0].IsPostable && years.Parts[1].IsPostable;
     return areBoth ? &years.Parts[0] : nullptr;
+}
+
+bool SelectYearsOf(HeldTables &held, const PeriodYears &years, TableId table)
+{
+    if (!SelectYear(held.Context, WorkingPart(years).Year)) return false;
+    const YearPart *const earlier = EarlierPart(years);
+    return earlier == nullptr || HoldOfYear(held, table, earlier->Year, SlotFree29);
 }
 
 bool HoldCompareYear(HeldTables &held, const char *year, CompareTables &tables)

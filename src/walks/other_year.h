@@ -40,6 +40,10 @@ const YearPart &WorkingPart(const PeriodYears &years);
 // The part that such a report adds from a second table: the earlier one, if both are postable; else null.
 const YearPart *EarlierPart(const PeriodYears &years);
 
+// Selects the year of the working part and holds `table` of the earlier one, if there is one, under slot 29.
+// False when one of them cannot be opened, which has been shown.
+bool SelectYearsOf(HeldTables &held, const PeriodYears &years, TableId table);
+
 // Where the accounts and postings of a comparison are read: in the tables of the working year, or under the
 // two free slots.
 struct CompareTables {
