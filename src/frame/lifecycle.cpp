@@ -24,6 +24,9 @@ void FreeThreadContext(void *value)
     std::free(context->SplitOverflow);
     std::free(context->ReportViewTitle);
     std::free(context->ReportFrameClass);
+    while (context->Blocks.Next != nullptr) {
+        FreeThreadBlock(context->Blocks.Next);
+    }
     std::free(context);
 }
 
@@ -104,6 +107,24 @@ ThreadContext *GetThreadContext()
     context->CursorKind = -1;
     context->YearDirectory[0] = pathSeparator;
     return context;
+}
+
+void *AllocateThreadBlock(ThreadContext &context, size_t size)
+{
+    auto *block = static_cast<ThreadBlock *>(std::calloc(1, size));
+    if (block == nullptr) return nullptr;
+    block->Next = context.Blocks.Next;
+    block->Previous = &context.Blocks;
+    if (block->Next != nullptr) block->Next->Previous = block;
+    context.Blocks.Next = block;
+    return block;
+}
+
+void FreeThreadBlock(ThreadBlock *block)
+{
+    block->Previous->Next = block->Next;
+    if (block->Next != nullptr) block->Next->Previous = block->Previous;
+    std::free(block);
 }
 
 int32_t EnterExport(ThreadContext *&context)

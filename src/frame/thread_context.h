@@ -6,6 +6,7 @@
 #include "src/model/account_records.h"
 #include "src/model/tables.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace vark {
@@ -18,6 +19,12 @@ struct PositionBlock {
 // The value of a key as it goes to the engine, unused bytes zero.
 struct KeyBuffer {
     char Bytes[41];
+};
+
+// The head of a heap block that goes with its thread unless it is freed before.
+struct ThreadBlock {
+    ThreadBlock *Next;
+    ThreadBlock *Previous; // the list's own head for the first one
 };
 
 struct ThreadContext {
@@ -75,6 +82,7 @@ struct ThreadContext {
     char *ReportFrameClass; // owned, may be null
     VarkWindow ReportFrameWindow;
     uint32_t LastPrintResult;
+    ThreadBlock Blocks; // head of the list, itself no block
 
     // Split posting
     SplitEingabe SplitHeader;
@@ -86,5 +94,10 @@ struct ThreadContext {
 
 // The calling thread's context, made at its first use; null when there is no thread slot or no memory.
 ThreadContext *GetThreadContext();
+
+// A zeroed block of the thread that begins with its ThreadBlock; null without memory. FreeThreadBlock frees it,
+// and so does the end of the thread.
+void *AllocateThreadBlock(ThreadContext &context, size_t size);
+void FreeThreadBlock(ThreadBlock *block);
 
 } // namespace vark

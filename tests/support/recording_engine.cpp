@@ -144,6 +144,28 @@ int32_t Print(RSWindow, int32_t reserved)
     return recording->PrintResult;
 }
 
+int32_t OpenVirtual(int32_t report)
+{
+    Note("count " + std::to_string(report));
+    return recording->CountingResult;
+}
+
+int32_t AddVirtual(int32_t counting, int32_t kind, int32_t number)
+{
+    if (recording->CountsUntilRefusal == 0) return 0;
+    if (recording->CountsUntilRefusal > 0) --recording->CountsUntilRefusal;
+    Note("counted " + std::to_string(counting) + " " + std::to_string(kind) + " " + std::to_string(number));
+    return 1;
+}
+
+int32_t VirtualPages(int32_t counting)
+{
+    Note("pages " + std::to_string(counting));
+    return recording->PagesResult;
+}
+
+void CloseVirtual(int32_t counting) { Note("endcount " + std::to_string(counting)); }
+
 bool IsRecord(const std::string &call) { return call[0] >= '0' && call[0] <= '8'; }
 
 } // namespace
@@ -156,6 +178,10 @@ void RecordingEngine::Install()
     reportEngine.CopyReport = Copy;
     reportEngine.CloseReport = Close;
     reportEngine.AddData = Add;
+    reportEngine.OpenVirtualReport = OpenVirtual;
+    reportEngine.AddVirtualData = AddVirtual;
+    reportEngine.GetVirtualPages = VirtualPages;
+    reportEngine.CloseVirtualReport = CloseVirtual;
     reportEngine.OpenView = View;
     reportEngine.CopyView = CopyView;
     reportEngine.PrintView = Print;

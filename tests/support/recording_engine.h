@@ -23,6 +23,9 @@ struct RecordingEngine {
     RSWindow CopiedView = reinterpret_cast<RSWindow>(0x4712);
     int32_t PrintResult = 1;
     int RecordsUntilRefusal = -1; // -1: none is refused
+    int32_t CountingResult = 9;   // of RSOpenVirtualReport
+    int32_t PagesResult = 3;
+    int CountsUntilRefusal = -1;
 
     // Takes the place of the engine that the library bound, for the process. There is one at a time.
     void Install();

@@ -122,6 +122,14 @@ int16_t ResolveAccountText(HWND dialog, ThreadContext &context, int control, int
     return 0;
 }
 
+int16_t FirstOffered(HWND dialog)
+{
+    for (const AccountKind &kind : accountKinds) {
+        if (HasControl(dialog, ButtonOf(kind))) return kind.Art;
+    }
+    return KontoartSachkonto;
+}
+
 void AcceptSingle(HWND dialog, AccountRangeState &state, AccountRangeSelection &selection)
 {
     selection.Einzeln = 1;
@@ -129,8 +137,9 @@ void AcceptSingle(HWND dialog, AccountRangeState &state, AccountRangeSelection &
     int16_t kontoart = ResolveAccountText(dialog, *state.Context, controlKontoVon, 0, number);
     const AccountKind *const kind = FindKind(kontoart);
     if (kind == nullptr || !HasControl(dialog, ButtonOf(*kind))) {
+        // A kind that is offered: with none checked, limits typed next would never be read.
         state.NotFound = 1;
-        kontoart = KontoartSachkonto;
+        kontoart = FirstOffered(dialog);
     } else {
         CopyText(LimitsOf(selection, kontoart).Von, number);
     }

@@ -137,7 +137,7 @@ int32_t ReportFailed(ReportRow row) { return ShowFailure(row) == 0 ? 1 : 0; }
 void AbandonReport(ReportRow row, uint16_t report)
 {
     SetArrowCursor();
-    reportEngine.CloseReport(report);
+    if (report != 0) reportEngine.CloseReport(report);
     ReportFailed(row);
 }
 

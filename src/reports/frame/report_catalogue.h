@@ -72,7 +72,7 @@ int32_t CopyReportView(ReportRow row, VarkWindow view, uint16_t report, int32_t 
 // note, the report's success.
 int32_t ReportFailed(ReportRow row);
 
-// The end of a report that failed after its template was open: closes it and tells of it.
+// The end of a report that failed after its template was open: closes it (0 for none) and tells of it.
 void AbandonReport(ReportRow row, uint16_t report);
 
 } // namespace vark

@@ -10,7 +10,6 @@ namespace vark {
 namespace {
 
 constexpr char helpProperty[] = "tervoTKHelp";
-constexpr uint16_t accountUnknownMessage = 1447;
 
 struct OpenReportDialog {
     ReportRun *Run; // its choice is changed by OK only
@@ -79,7 +78,7 @@ bool AcceptRange(OpenReportDialog &open, HWND dialog)
     if (parts.Kontoarten == 0) return true;
     AcceptAccountRange(dialog, open.Range, open.Working.Range);
     if (!parts.HasSingle || open.Range.NotFound == 0) return true;
-    ShowMessage(accountUnknownMessage, controlKontoVon, nullptr, -1);
+    ShowMessage(parts.UnknownAccount, controlKontoVon, nullptr, -1);
     return false;
 }
 

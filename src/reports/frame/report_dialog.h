@@ -51,6 +51,7 @@ struct ReportDialog {
     PeriodPages Pages = PeriodPages::None; // in the place of the period group
     KontoartSet Kontoarten = 0;            // 0: no account group
     bool HasSingle = false;                // one single account can be asked for
+    uint16_t UnknownAccount = 1447;        // message for one that does not exist
     bool RangeFirst = false;               // at OK the account group is checked before the period
     OptionTable Options = {nullptr, 0};
     DialogWords Words = {};
