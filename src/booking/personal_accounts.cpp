@@ -1,7 +1,8 @@
 #include "src/booking/personal_accounts.h"
 
 #include "src/booking/account_queries.h"
-#include "src/booking/posting_effects.h"
+#include "src/booking/checks.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -206,17 +207,9 @@ int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &wo
     return 1;
 }
 
-bool OpenAccountTables(ThreadContext &context)
+bool HoldAccountTables(HeldTables &held)
 {
-    constexpr TableId tables[] = {TableKred, TableDebi, TableSako};
-    for (size_t i = 0; i < sizeof tables; ++i) {
-        if (OpenTable(context, tables[i])) continue;
-        while (i-- > 0) {
-            CloseTable(context, tables[i]);
-        }
-        return false;
-    }
-    return true;
+    return Hold(held, TableKred) && Hold(held, TableDebi) && Hold(held, TableSako);
 }
 
 } // namespace
@@ -256,12 +249,10 @@ int32_t ChangePersonalAccount(ThreadContext &context, int32_t aktion, int32_t ar
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(context, work.Eingabe.Mandant, fista);
     if (selected < 1) return selected;
-    if (!OpenAccountTables(context)) return engineFailure;
+    HeldTables held(context);
+    if (!HoldAccountTables(held)) return engineFailure;
     const int32_t result = DoPeko(context, aktion, art, work);
     if (work.IsLocked) Unlock(context, work.Position);
-    CloseTable(context, TableKred);
-    CloseTable(context, TableDebi);
-    CloseTable(context, TableSako);
     return result;
 }
 

@@ -1,6 +1,10 @@
 #include "src/booking/single_posting.h"
 
-#include "src/booking/account_queries.h"
+#include "src/booking/checks.h"
+#include "src/booking/costs.h"
+#include "src/booking/tax.h"
+#include "src/booking/written_posting.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -16,36 +20,6 @@ namespace vark {
 using text::CopyText;
 
 namespace {
-
-void TakeTexts(const BuchungEingabe &from, TeilbuchungEingabe &to)
-{
-    CopyText(to.Sollkonto, from.Sollkonto);
-    to.SollArt = from.SollArt;
-    CopyText(to.Habenkonto, from.Habenkonto);
-    to.HabenArt = from.HabenArt;
-    CopyText(to.Brutto, from.Brutto);
-    CopyText(to.Steuersatz, from.Steuersatz);
-    CopyText(to.Steuerbetrag, from.Steuerbetrag);
-    CopyText(to.Text, from.Text);
-    to.Kostenschablone = from.Kostenschablone;
-}
-
-// Cost lines: from the Soll account's Kostenschablone, else from the Haben account's. Where costs are
-// obligatory, a GuV account needs them, but only in a posting with a Sachkonto on Soll.
-int32_t SettleCosts(ThreadContext &context, TeilbuchungWork &work)
-{
-    const SplitRecord &image = work.Teil.Image;
-    const int32_t assigned = AssignKostenschablone(context, work.Soll, image.SollArt, work.Haben,
-                                                   image.HabenArt, work.Eingabe.Kostenschablone, noPart);
-    if (assigned < 1) return assigned;
-    if (image.SollArt == BuchungSachkonto && HasKostenschablone(work.Soll)) {
-        return ExpandCosts(context, work, KostenSeite::Soll, noPart);
-    }
-    if (image.HabenArt == BuchungSachkonto && HasKostenschablone(work.Haben)) {
-        return ExpandCosts(context, work, KostenSeite::Haben, noPart);
-    }
-    return image.SollArt == BuchungSachkonto ? RequireCosts(context, work, noPart) : 1;
-}
 
 // The checks in their order of precedence; nothing is written before the last line.
 int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, TeilbuchungWork &work,
@@ -84,7 +58,7 @@ int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, Teilbu
     }
     bat.Kennzeichen = eingabe.Kennzeichen;
     if (context.CostAccountingOn != 0) {
-        result = SettleCosts(context, work);
+        result = SettleCosts(context, work, CostRule::EachSachkonto, noPart);
         if (result != 1) return result;
     }
     if (!StoreTeilbuchung(buchung, work.Teil, 0, 1)) return engineFailure;
@@ -131,13 +105,13 @@ int32_t InsertSinglePosting(ThreadContext &context, const BuchungEingabe *eingab
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(context, copy.Mandant, fista);
     if (selected < 1) return selected;
-    if (!OpenPostingTables(context)) return engineFailure;
+    HeldTables held(context);
+    if (!HoldPostingTables(held)) return engineFailure;
     TeilbuchungWork work{};
     Buchung buchung{};
     const int32_t result = PostSingle(context, copy, work, buchung);
     FreeTeilbuchung(work.Teil);
     FreeBuchung(buchung);
-    ClosePostingTables(context);
     return result;
 }
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "include/vark40.h"
-#include "src/booking/teilbuchung.h"
+#include "src/booking/posting_work.h"
 #include "src/frame/thread_context.h"
 
 #include <cstdint>

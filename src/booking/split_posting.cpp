@@ -1,6 +1,10 @@
 #include "src/booking/split_posting.h"
 
-#include "src/booking/teilbuchung.h"
+#include "src/booking/checks.h"
+#include "src/booking/costs.h"
+#include "src/booking/tax.h"
+#include "src/booking/written_posting.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -43,33 +47,6 @@ int32_t CheckSides(const ThreadContext &context, const SplitEingabe &eingabe, ui
     return 1;
 }
 
-void TakeTexts(const TeilbuchungEingabe &from, TeilbuchungEingabe &to)
-{
-    CopyText(to.Sollkonto, from.Sollkonto);
-    to.SollArt = from.SollArt;
-    CopyText(to.Habenkonto, from.Habenkonto);
-    to.HabenArt = from.HabenArt;
-    CopyText(to.Brutto, from.Brutto);
-    CopyText(to.Steuersatz, from.Steuersatz);
-    CopyText(to.Steuerbetrag, from.Steuerbetrag);
-    CopyText(to.Text, from.Text);
-    to.Kostenschablone = from.Kostenschablone;
-}
-
-// Cost lines of a Teilbuchung. Everything depends on a Sachkonto on Soll: without one there are none, not
-// even from a Haben account with a Kostenschablone.
-int32_t SettleCosts(ThreadContext &context, TeilbuchungWork &work, int32_t partIndex)
-{
-    const SplitRecord &image = work.Teil.Image;
-    const int32_t assigned = AssignKostenschablone(context, work.Soll, image.SollArt, work.Haben,
-                                                   image.HabenArt, work.Eingabe.Kostenschablone, partIndex);
-    if (assigned < 1) return assigned;
-    if (image.SollArt != BuchungSachkonto) return 1;
-    if (HasKostenschablone(work.Soll)) return ExpandCosts(context, work, KostenSeite::Soll, partIndex);
-    if (HasKostenschablone(work.Haben)) return ExpandCosts(context, work, KostenSeite::Haben, partIndex);
-    return RequireCosts(context, work, partIndex);
-}
-
 // One Teilbuchung, checks in their order of precedence. Sets `isDropped` for a Kostenschablone that does not
 // exist, which ends the posting without a code of its own.
 int32_t PostPart(ThreadContext &context, TeilbuchungWork &work, Buchung &buchung, int32_t index,
@@ -94,7 +71,7 @@ int32_t PostPart(ThreadContext &context, TeilbuchungWork &work, Buchung &buchung
             DefaultZahlungsziel(context, image.Sollkonto, image.Habenkonto, image.SollArt, image.HabenArt);
     }
     if (context.CostAccountingOn != 0) {
-        result = SettleCosts(context, work, index);
+        result = SettleCosts(context, work, CostRule::SachkontoOnSoll, index);
         if (result != 1) return result;
     }
     if (!StoreTeilbuchung(buchung, work.Teil, index, index == 0 ? 2 : 0)) return engineFailure;
@@ -183,11 +160,11 @@ int32_t InsertSplitPosting(ThreadContext &context, const SplitEingabe *eingabe, 
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(context, copy.Mandant, fista);
     if (selected < 1) return selected;
-    if (!OpenPostingTables(context)) return engineFailure;
+    HeldTables held(context);
+    if (!HoldPostingTables(held)) return engineFailure;
     Buchung buchung{};
     const int32_t result = PostSplit(context, copy, buchung);
     FreeBuchung(buchung);
-    ClosePostingTables(context);
     return result;
 }
 

@@ -1,5 +1,6 @@
 #include "src/booking/tax_rates.h"
 
+#include "src/frame/held_tables.h"
 #include "src/frame/record_store.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
@@ -10,32 +11,58 @@ namespace vark {
 
 namespace {
 
-bool FindInOpenTable(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
-                     bool &found)
+// How a search for the rate of a day goes on from a row that began later.
+enum class OlderRates {
+    // With the next older row of the code. A first row of another code is none.
+    Next,
+    // With (code, 0) again, whatever row came first; no code is compared. Where (code, 0) is the row that
+    // came first, this would never end: there it goes on like the other.
+    FromZero,
+};
+
+// `folge` counts the rows from the first one's sequence number on.
+bool FindRow(ThreadContext &context, uint16_t code, const PackedDate &date, OlderRates older,
+             StekeRecord &row, uint16_t &folge, bool &found)
 {
     if (!GetGreaterEqualF(context, &row, KeyOfShortNumber(code, 0), found, taxByCodeAndSequence))
         return false;
-    found = found && row.Code == code;
+    if (older == OlderRates::Next) found = found && row.Code == code;
+    if (!found) return true;
+    folge = row.Folge;
+    bool asksForZero = older == OlderRates::FromZero && (row.Code != code || row.Folge != 0);
     while (found && DateIsAfter(row.GueltigAb, date)) {
-        if (row.Folge == UINT16_MAX) {
+        if (folge == UINT16_MAX) {
             found = false;
             break;
         }
-        const KeyBuffer older = KeyOfShortNumber(code, static_cast<uint16_t>(row.Folge + 1));
-        if (!GetEqual(context, &row, older, found, taxByCodeAndSequence)) return false;
+        ++folge;
+        const KeyBuffer key = KeyOfShortNumber(code, asksForZero ? 0 : folge);
+        if (!GetEqual(context, &row, key, found, taxByCodeAndSequence)) return false;
+        asksForZero = false;
     }
     return true;
+}
+
+bool FindRate(ThreadContext &context, uint16_t code, const PackedDate &date, OlderRates older,
+              StekeRecord &row, uint16_t &folge, bool &found)
+{
+    found = false;
+    HeldTables held(context);
+    return Hold(held, TableSteke) && FindRow(context, code, date, older, row, folge, found);
 }
 
 } // namespace
 
 bool FindTaxRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row, bool &found)
 {
-    found = false;
-    if (!OpenTable(context, TableSteke)) return false;
-    const bool read = FindInOpenTable(context, code, date, row, found);
-    CloseTable(context, TableSteke);
-    return read;
+    uint16_t folge = 0;
+    return FindRate(context, code, date, OlderRates::Next, row, folge, found);
+}
+
+bool FindPostingRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
+                     uint16_t &folge, bool &found)
+{
+    return FindRate(context, code, date, OlderRates::FromZero, row, folge, found);
 }
 
 bool RateFromAmounts(const AmountText &soll, const AmountText &haben, RateText &rate)

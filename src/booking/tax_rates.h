@@ -17,6 +17,13 @@ inline constexpr TableKeyCode taxByCodeAndSequence = KeyCode(TableSteke, 2);
 bool FindTaxRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
                  bool &found);
 
+// The rate that a posting of `date` takes for the code of its tax key. Other than FindTaxRate it takes the
+// first row at or behind (code, 0) whatever its code, and where that began later it looks at (code, 0) next.
+// `folge` counts the rows on the way from the first one's sequence number on. False for a failure of the
+// record store.
+bool FindPostingRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
+                     uint16_t &folge, bool &found);
+
 // The rate that makes the smaller of two amounts, a net one, the greater. Whole percents are tried first, as
 // the tax was rounded to Pfennig. False when no rate can be told: a net of zero, or beyond 99,99.
 bool RateFromAmounts(const AmountText &soll, const AmountText &haben, RateText &rate);

@@ -11,7 +11,7 @@
 //   1575. Stapel 16 and 17; Zahlungsziele 5, 6, 7; no Kostenschablone.
 #pragma once
 
-#include "src/booking/teilbuchung.h"
+#include "src/booking/posting_work.h"
 #include "src/frame/thread_context.h"
 #include "tests/support/books.h"
 

@@ -1,4 +1,5 @@
 #include "include/vark40.h"
+#include "src/booking/checks.h"
 #include "tests/booking/ledger.h"
 #include "tests/support/engine_faults.h"
 

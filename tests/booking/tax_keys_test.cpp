@@ -1,4 +1,4 @@
-#include "src/booking/posting_effects.h"
+#include "src/booking/tax.h"
 
 #include "src/frame/record_store.h"
 #include "tests/booking/ledger.h"

@@ -1,5 +1,7 @@
-#include "src/booking/posting_effects.h"
-
+// What a posting is put together from: Zahlungsziel, cost lines, the writing.
+#include "src/booking/checks.h"
+#include "src/booking/costs.h"
+#include "src/booking/written_posting.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/record_store.h"
@@ -16,7 +18,7 @@ namespace {
 constexpr uint16_t operationInsert = 2;
 constexpr uint16_t operationGetNext = 6;
 
-struct Effects : ::testing::Test {
+struct PostingParts : ::testing::Test {
     int32_t Zahlungsziel(const char *soll, uint8_t sollArt, const char *haben, uint8_t habenArt)
     {
         AccountNumber sollkonto;
@@ -77,7 +79,7 @@ constexpr uint8_t D = BuchungDebitor;
 
 // ---- Zahlungsziel ----
 
-TEST_F(Effects, DefaultZahlungszielIsTheSollAccountsBeforeTheHabenAccounts)
+TEST_F(PostingParts, DefaultZahlungszielIsTheSollAccountsBeforeTheHabenAccounts)
 {
     EXPECT_EQ(5, Zahlungsziel("10002", D, "70001", K));
     EXPECT_EQ(7, Zahlungsziel("70001", K, "10002", D));
@@ -85,14 +87,14 @@ TEST_F(Effects, DefaultZahlungszielIsTheSollAccountsBeforeTheHabenAccounts)
     EXPECT_EQ(5, Zahlungsziel("1200", S, "10002", D));
 }
 
-TEST_F(Effects, DefaultZahlungszielIsNoneForSachkontenAndUnknownAccounts)
+TEST_F(PostingParts, DefaultZahlungszielIsNoneForSachkontenAndUnknownAccounts)
 {
     EXPECT_EQ(0, Zahlungsziel("1200", S, "4000", S));
     EXPECT_EQ(0, Zahlungsziel("10000", D, "70000", K));
     EXPECT_EQ(0, Zahlungsziel("10002", K, "70001", D)) << "each in the other's table";
 }
 
-TEST_F(Effects, DefaultZahlungszielIsNoneWhenTheEngineFails)
+TEST_F(PostingParts, DefaultZahlungszielIsNoneWhenTheEngineFails)
 {
     AccountNumber soll;
     AccountNumber haben;
@@ -108,7 +110,7 @@ TEST_F(Effects, DefaultZahlungszielIsNoneWhenTheEngineFails)
     EXPECT_EQ((Lines{"I/O Error", "I/O Error"}), books.TakeBoxes());
 }
 
-TEST_F(Effects, ZahlungszielIsCheckedUnlessItIsNone)
+TEST_F(PostingParts, ZahlungszielIsCheckedUnlessItIsNone)
 {
     ThreadContext &context = BoundContext();
     context.ShowMessages = 1;
@@ -121,7 +123,7 @@ TEST_F(Effects, ZahlungszielIsCheckedUnlessItIsNone)
     StopEngineFaults();
 }
 
-TEST_F(Effects, KostenschabloneIsCheckedUnlessItIsNone)
+TEST_F(PostingParts, KostenschabloneIsCheckedUnlessItIsNone)
 {
     books.AddKostenschablone(3, {"100,00"});
     ThreadContext &context = BoundContext();
@@ -140,7 +142,7 @@ TEST_F(Effects, KostenschabloneIsCheckedUnlessItIsNone)
 
 // ---- Which account takes the caller's Kostenschablone ----
 
-TEST_F(Effects, KostenschabloneGoesToTheAccountThatHasOneAlready)
+TEST_F(PostingParts, KostenschabloneGoesToTheAccountThatHasOneAlready)
 {
     EXPECT_EQ("soll", Assign(Guv(1), S, Guv(2), S));
     EXPECT_EQ("haben", Assign(Guv(), S, Guv(2), S));
@@ -148,20 +150,20 @@ TEST_F(Effects, KostenschabloneGoesToTheAccountThatHasOneAlready)
     EXPECT_EQ("soll", Assign(Aktiva(1), S, Guv(), S));
 }
 
-TEST_F(Effects, KostenschabloneGoesToTheFirstGuvAccountWhereNoneHasOne)
+TEST_F(PostingParts, KostenschabloneGoesToTheFirstGuvAccountWhereNoneHasOne)
 {
     EXPECT_EQ("soll", Assign(Guv(), S, Guv(), S));
     EXPECT_EQ("soll", Assign(Guv(), S, Aktiva(), S));
     EXPECT_EQ("haben", Assign(Aktiva(), S, Guv(), S));
 }
 
-TEST_F(Effects, KostenschabloneGoesToTheOnlySachkonto)
+TEST_F(PostingParts, KostenschabloneGoesToTheOnlySachkonto)
 {
     EXPECT_EQ("soll", Assign(Guv(), S, SakoRecord{}, K));
     EXPECT_EQ("haben", Assign(SakoRecord{}, D, Guv(), S));
 }
 
-TEST_F(Effects, KostenschabloneIsRefusedWithoutAGuvAccount)
+TEST_F(PostingParts, KostenschabloneIsRefusedWithoutAGuvAccount)
 {
     BoundContext().ShowMessages = 1;
     EXPECT_EQ("-43", Assign(Aktiva(), S, Aktiva(), S));
@@ -172,12 +174,12 @@ TEST_F(Effects, KostenschabloneIsRefusedWithoutAGuvAccount)
     EXPECT_EQ(Lines(4, text), books.TakeBoxes());
 }
 
-TEST_F(Effects, KostenschabloneOfAPostingBetweenPersonalAccountsIsDropped)
+TEST_F(PostingParts, KostenschabloneOfAPostingBetweenPersonalAccountsIsDropped)
 {
     EXPECT_EQ("nowhere", Assign(SakoRecord{}, D, SakoRecord{}, K));
 }
 
-TEST_F(Effects, NoKostenschabloneLeavesTheAccountsAlone)
+TEST_F(PostingParts, NoKostenschabloneLeavesTheAccountsAlone)
 {
     SakoRecord soll = Aktiva(1);
     SakoRecord haben = Aktiva(2);
@@ -188,7 +190,7 @@ TEST_F(Effects, NoKostenschabloneLeavesTheAccountsAlone)
 
 // ---- Cost lines ----
 
-TEST_F(Effects, OneShareOfAHundredPercentIsTheNetAmountAsItStands)
+TEST_F(PostingParts, OneShareOfAHundredPercentIsTheNetAmountAsItStands)
 {
     books.AddKostenschablone(1, {"100,00"});
     EXPECT_EQ(Lines{"000000100,01"}, Shares(1, "000000100,01"));
@@ -197,27 +199,27 @@ TEST_F(Effects, OneShareOfAHundredPercentIsTheNetAmountAsItStands)
     EXPECT_EQ(Lines{"000000100-01"}, Shares(1, "000000100-01"));
 }
 
-TEST_F(Effects, TheLastLineTakesUpTheRounding)
+TEST_F(PostingParts, TheLastLineTakesUpTheRounding)
 {
     books.AddKostenschablone(1, {"033,33", "033,33", "033,33"});
     EXPECT_EQ((Lines{"000000033,33", "000000033,33", "000000033,34"}), Shares(1, "000000100,00"));
     EXPECT_EQ((Lines{"000000033-33", "000000033-33", "000000033-34"}), Shares(1, "000000100-00"));
 }
 
-TEST_F(Effects, TheLastLineTakesBackWhatIsTooMuch)
+TEST_F(PostingParts, TheLastLineTakesBackWhatIsTooMuch)
 {
     // 66,67 % of 0,05 are 0,033335, so 0,03; both together are 0,06 without the correction of the last.
     books.AddKostenschablone(1, {"066,67", "066,67"});
     EXPECT_EQ((Lines{"000000000,03", "000000000,02"}), Shares(1, "000000000,05"));
 }
 
-TEST_F(Effects, SharesThatDoNotMakeAHundredPercentAreFilledUpByTheLast)
+TEST_F(PostingParts, SharesThatDoNotMakeAHundredPercentAreFilledUpByTheLast)
 {
     books.AddKostenschablone(1, {"010,00", "020,00"});
     EXPECT_EQ((Lines{"000000010,00", "000000090,00"}), Shares(1, "000000100,00"));
 }
 
-TEST_F(Effects, ALineHoldsWhatItsRowSays)
+TEST_F(PostingParts, ALineHoldsWhatItsRowSays)
 {
     books.Insert(1, TableKoscha, MakeKoscha(1, 1));
     KoschazeRecord row = MakeKoschaze(1, "100", "200", 0x41, "100,00", "Miete");
@@ -237,7 +239,7 @@ TEST_F(Effects, ALineHoldsWhatItsRowSays)
     }
 }
 
-TEST_F(Effects, TheHabenFlagIsAddedAndNotSet)
+TEST_F(PostingParts, TheHabenFlagIsAddedAndNotSet)
 {
     books.Insert(1, TableKoscha, MakeKoscha(1, 1));
     books.Insert(1, TableKoschaze, MakeKoschaze(1, "100", "", 0x20, "100,00"));
@@ -247,7 +249,7 @@ TEST_F(Effects, TheHabenFlagIsAddedAndNotSet)
     FreeTeilbuchung(part);
 }
 
-TEST_F(Effects, ALongTextOfARowIsCut)
+TEST_F(PostingParts, ALongTextOfARowIsCut)
 {
     books.Insert(1, TableKoscha, MakeKoscha(1, 1));
     books.Insert(1, TableKoschaze, MakeKoschaze(1, "100", "", 0, "100,00", std::string(104, 'x')));
@@ -257,21 +259,21 @@ TEST_F(Effects, ALongTextOfARowIsCut)
     FreeTeilbuchung(part);
 }
 
-TEST_F(Effects, NumberNoneMakesNoLines)
+TEST_F(PostingParts, NumberNoneMakesNoLines)
 {
     EXPECT_EQ(Lines{}, Shares(0, "000000100,00"));
     EXPECT_EQ(Expansion::Done, expanded);
     EXPECT_EQ(0, schablone);
 }
 
-TEST_F(Effects, AMissingKostenschabloneIsTold)
+TEST_F(PostingParts, AMissingKostenschabloneIsTold)
 {
     EXPECT_EQ(Lines{}, Shares(4, "000000100,00"));
     EXPECT_EQ(Expansion::Missing, expanded);
     EXPECT_EQ(0, schablone);
 }
 
-TEST_F(Effects, AKostenschabloneWithoutRowsIsMissingAndKeepsItsNumber)
+TEST_F(PostingParts, AKostenschabloneWithoutRowsIsMissingAndKeepsItsNumber)
 {
     books.Insert(1, TableKoscha, MakeKoscha(4, 2));
     EXPECT_EQ(Lines{}, Shares(4, "000000100,00"));
@@ -279,7 +281,7 @@ TEST_F(Effects, AKostenschabloneWithoutRowsIsMissingAndKeepsItsNumber)
     EXPECT_EQ(4, schablone);
 }
 
-TEST_F(Effects, FewerRowsThanAnnouncedLeaveTheRestUnspread)
+TEST_F(PostingParts, FewerRowsThanAnnouncedLeaveTheRestUnspread)
 {
     books.Insert(1, TableKoscha, MakeKoscha(4, 3));
     books.Insert(1, TableKoschaze, MakeKoschaze(4, "100", "", 0, "033,33"));
@@ -289,7 +291,7 @@ TEST_F(Effects, FewerRowsThanAnnouncedLeaveTheRestUnspread)
     EXPECT_EQ(Expansion::Done, expanded);
 }
 
-TEST_F(Effects, MoreRowsThanAnnouncedAreLeftOut)
+TEST_F(PostingParts, MoreRowsThanAnnouncedAreLeftOut)
 {
     books.Insert(1, TableKoscha, MakeKoscha(4, 1));
     books.Insert(1, TableKoschaze, MakeKoschaze(4, "100", "", 0, "050,00"));
@@ -297,7 +299,7 @@ TEST_F(Effects, MoreRowsThanAnnouncedAreLeftOut)
     EXPECT_EQ(Lines{"000000100,00"}, Shares(4, "000000100,00")) << "the last one announced takes all";
 }
 
-TEST_F(Effects, NoRowsAnnouncedMakeNoLines)
+TEST_F(PostingParts, NoRowsAnnouncedMakeNoLines)
 {
     for (const int16_t count : {int16_t{0}, int16_t{-1}}) {
         const int32_t number = 4 - count;
@@ -308,14 +310,14 @@ TEST_F(Effects, NoRowsAnnouncedMakeNoLines)
     }
 }
 
-TEST_F(Effects, SharesThatOverflowFail)
+TEST_F(PostingParts, SharesThatOverflowFail)
 {
     books.AddKostenschablone(1, {"100,00", "100,00"});
     EXPECT_EQ(Lines{"999999999,99"}, Shares(1, "999999999,99"));
     EXPECT_EQ(Expansion::Failed, expanded);
 }
 
-TEST_F(Effects, AnEngineFailureBetweenTheRowsFails)
+TEST_F(PostingParts, AnEngineFailureBetweenTheRowsFails)
 {
     books.AddKostenschablone(1, {"050,00", "050,00"});
     BoundContext();
@@ -355,7 +357,7 @@ Buchung PostingOf(int parts, int lines)
 
 } // namespace
 
-TEST_F(Effects, TeilbuchungenAreStoredInTheirOrder)
+TEST_F(PostingParts, TeilbuchungenAreStoredInTheirOrder)
 {
     Buchung buchung = PostingOf(4, 1);
     EXPECT_EQ("Teil 0", TextOf(buchung.Bat.Teil.Text));
@@ -369,7 +371,7 @@ TEST_F(Effects, TeilbuchungenAreStoredInTheirOrder)
     FreeBuchung(buchung);
 }
 
-TEST_F(Effects, APostingIsWrittenWithItsPartsAndLines)
+TEST_F(PostingParts, APostingIsWrittenWithItsPartsAndLines)
 {
     Buchung buchung = PostingOf(3, 2);
     ASSERT_TRUE(WriteBuchung(BoundContext(), buchung, 0));
@@ -395,7 +397,7 @@ TEST_F(Effects, APostingIsWrittenWithItsPartsAndLines)
     FreeBuchung(buchung);
 }
 
-TEST_F(Effects, APostingMayBeWrittenUnderAGivenNumber)
+TEST_F(PostingParts, APostingMayBeWrittenUnderAGivenNumber)
 {
     Buchung buchung = PostingOf(1, 0);
     ASSERT_TRUE(WriteBuchung(BoundContext(), buchung, 77));
@@ -406,7 +408,7 @@ TEST_F(Effects, APostingMayBeWrittenUnderAGivenNumber)
     FreeBuchung(buchung);
 }
 
-TEST_F(Effects, CostLinesGoToTheMandantsYearWhateverTheWorkingYearIs)
+TEST_F(PostingParts, CostLinesGoToTheMandantsYearWhateverTheWorkingYearIs)
 {
     ThreadContext &context = BoundContext();
     ASSERT_TRUE(SelectYear(context, "1997"));
@@ -418,7 +420,7 @@ TEST_F(Effects, CostLinesGoToTheMandantsYearWhateverTheWorkingYearIs)
     EXPECT_EQ(1u, books.Postings().size());
 }
 
-TEST_F(Effects, EveryRefusedInsertLeavesNothingAndNoTransaction)
+TEST_F(PostingParts, EveryRefusedInsertLeavesNothingAndNoTransaction)
 {
     ThreadContext &context = BoundContext();
     for (int n = 1; n <= 9; ++n) { // bat, 2 lines, split, 2 lines, split, 2 lines
@@ -438,7 +440,7 @@ TEST_F(Effects, EveryRefusedInsertLeavesNothingAndNoTransaction)
     EXPECT_EQ(1, +books.OnlyPosting().Buchungsnummer);
 }
 
-TEST_F(Effects, ARefusedBeginOrEndLeavesNothing)
+TEST_F(PostingParts, ARefusedBeginOrEndLeavesNothing)
 {
     ThreadContext &context = BoundContext();
     for (const uint16_t operation : {uint16_t{19}, uint16_t{20}}) {
@@ -455,7 +457,7 @@ TEST_F(Effects, ARefusedBeginOrEndLeavesNothing)
     FreeBuchung(buchung);
 }
 
-TEST_F(Effects, CostLinesThatCannotBeOpenedInTheMandantsYearLeaveNoTransaction)
+TEST_F(PostingParts, CostLinesThatCannotBeOpenedInTheMandantsYearLeaveNoTransaction)
 {
     ThreadContext &context = BoundContext();
     ASSERT_TRUE(SelectYear(context, "1997"));

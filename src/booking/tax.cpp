@@ -1,17 +1,12 @@
-#include "src/booking/teilbuchung.h"
+#include "src/booking/tax.h"
 
-#include "src/booking/account_queries.h"
 #include "src/booking/tax_rates.h"
 #include "src/frame/lifecycle.h"
-#include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
-#include "src/model/accounts.h"
 #include "src/values/amounts.h"
-#include "src/values/dates.h"
 #include "text/fixed_text.h"
 
-#include <charconv>
 #include <cstring>
 
 namespace vark {
@@ -23,18 +18,7 @@ namespace {
 
 constexpr uint8_t classesWithFixedRate = SteuerRegelsatz | SteuerErmaessigt | SteuerNullsatz;
 
-constexpr TableId postingTables[] = {TableKred,  TableDebi,  TableSako, TableBat,
-                                     TableSplit, TableSteke, TableKobu};
-
-// One account of a Teilbuchung: its record if it is a Sachkonto, and whether it is what the caller says.
-int32_t CheckAccount(ThreadContext &context, const AccountNumber &konto, int32_t art, SakoRecord &record,
-                     bool &hasUstId, int32_t code, const char *word, int32_t partIndex)
-{
-    const int32_t kind = FindAccount(context, konto, record, hasUstId);
-    if (kind == 0) return engineFailure;
-    if (kind == KontoartKeine || kind != art) return Report(context, 1409, code, word, partIndex);
-    return 1;
-}
+bool IsEmptyTaxKey(uint8_t key) { return (key & ~SteuerVorsteuer) == 0; }
 
 bool WantsTax(const TeilbuchungEingabe &eingabe)
 {
@@ -136,96 +120,34 @@ int32_t SettleFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t ke
 
 } // namespace
 
-uint8_t BuchungskontoartOf(int32_t kontoart)
+void ChooseTaxKey(uint8_t sollKey, uint8_t habenKey, int16_t sollZuordnung, int16_t habenZuordnung,
+                  uint8_t &key, uint16_t &seite)
 {
-    const AccountKind *const kind = FindKind(kontoart);
-    return kind != nullptr && kind->Buchungsart != 0 ? kind->Buchungsart : BuchungKreditor;
-}
-
-bool OpenPostingTables(ThreadContext &context)
-{
-    for (size_t i = 0; i < sizeof postingTables; ++i) {
-        if (OpenTable(context, postingTables[i])) continue;
-        while (i-- > 0) {
-            CloseTable(context, postingTables[i]);
-        }
-        return false;
-    }
-    return true;
-}
-
-void ClosePostingTables(ThreadContext &context)
-{
-    for (const TableId table : postingTables) {
-        CloseTable(context, table);
+    key = 0;
+    seite = SteuerseiteKeine;
+    if (IsEmptyTaxKey(sollKey)) {
+        if (sollZuordnung == ZuordnungGuv || habenZuordnung == ZuordnungPassiva) return;
+        key = habenKey;
+        if (key != 0) seite = SteuerseiteHaben;
+    } else if (IsEmptyTaxKey(habenKey)) {
+        if (habenZuordnung == ZuordnungGuv || sollZuordnung == ZuordnungPassiva) return;
+        key = sollKey;
+        seite = SteuerseiteSoll;
     }
 }
 
-bool CalendarDigits(ThreadContext &context, const char *date, char (&out)[7])
+bool RateAt(ThreadContext &context, uint8_t key, const PackedDate &date, SplitRecord &image)
 {
-    constexpr size_t longest = 19;
-    char text[longest + 5];
-    CopyText(text, sizeof text, date, longest + 1);
-    if (std::strlen(text) > longest) return false;
-    // A thread without a Mandant has no calendar yet; the way into the fiscal calendar and back gives the
-    // same digits in every one, and a date without a year means this year on the first call, too.
-    if (context.FirstFiscalMonth == 0) context.FirstFiscalMonth = 1;
-    if (context.TodayShort[0] == 0) RefreshToday(context);
-    if (ParseDateText(context, text, sizeof text, false) != DateGood) return false;
-    PackedDate packed;
-    CopyText(packed, text);
-    DateText shown; // TT.MM.JJ
-    FormatDate(packed, shown, false, context.FirstFiscalMonth);
-    const char digits[7] = {packed[0], packed[1], shown[3], shown[4], shown[6], shown[7], 0};
-    CopyText(out, digits);
-    return true;
-}
-
-int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &date)
-{
+    StekeRecord &row = context.TaxRow;
+    uint16_t folge = 0;
     bool found = false;
-    if (!Exists(context, KeyOfNumber(stapel), found, TableStapel)) return engineFailure;
-    // The key of numbers that the engine gives out counts by its absolute value: -16 would find Stapel 16.
-    if (!found || stapel < 0) return Report(context, 1408, stapelUnknown, "Stapel", noPart);
-    if (ParseDateText(context, date, sizeof date, false) != DateGood) {
-        return Report(context, 1412, dateRefused, nullptr, noPart);
-    }
-    const int year = PostableYear(context, FiscalYearOf(date));
-    if (year == 0) return Report(context, 1412, dateRefused, nullptr, noPart);
-    char yearText[5] = {};
-    std::to_chars(yearText, yearText + sizeof yearText - 1, year);
-    return SelectYear(context, yearText) ? 1 : engineFailure;
-}
-
-int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, int32_t partIndex)
-{
-    TeilbuchungEingabe &eingabe = work.Eingabe;
-    RightJustify(eingabe.Sollkonto, accountDigits);
-    RightJustify(eingabe.Habenkonto, accountDigits);
-    if (SameText(eingabe.Sollkonto, eingabe.Habenkonto)) {
-        return Report(context, 1425, sameAccount, nullptr, partIndex);
-    }
-    bool sollHasUstId = false;
-    bool habenHasUstId = false;
-    int32_t result = CheckAccount(context, eingabe.Sollkonto, eingabe.SollArt, work.Soll, sollHasUstId,
-                                  sollkontoRefused, "Sollk", partIndex);
-    if (result != 1) return result;
-    result = CheckAccount(context, eingabe.Habenkonto, eingabe.HabenArt, work.Haben, habenHasUstId,
-                          habenkontoRefused, "Habenk", partIndex);
-    if (result != 1) return result;
-    work.HasUstId = sollHasUstId || habenHasUstId;
-    if (!NormalizeDigits(eingabe.Brutto, sizeof eingabe.Brutto, 9, 2, false, true)) {
-        return Report(context, 1410, bruttoRefused, "Bruttobetrag", partIndex);
-    }
-    if (eingabe.Steuersatz[0] != 0 &&
-        !NormalizeDigits(eingabe.Steuersatz, sizeof eingabe.Steuersatz, 2, 2, false, false)) {
-        return Report(context, 1410, steuersatzRefused, "Steuersatz", partIndex);
-    }
-    if (eingabe.Steuerbetrag[0] != 0 &&
-        !NormalizeDigits(eingabe.Steuerbetrag, sizeof eingabe.Steuerbetrag, 9, 2, false, true)) {
-        return Report(context, 1410, steuerbetragRefused, "Steuerbetrag", partIndex);
-    }
-    return 1;
+    image.Steuerfolge = 0;
+    image.Steuerschluessel = key & SteuerCodeMaske;
+    if (!FindPostingRate(context, image.Steuerschluessel, date, row, folge, found) || !found) return false;
+    CopyText(image.Steuersatz, row.Satz);
+    image.Steuerfolge = folge;
+    CopyText(image.Steuerkonto, (key & SteuerVorsteuer) != 0 ? row.Vorsteuerkonto : row.Umsatzsteuerkonto);
+    return true;
 }
 
 int32_t SettleTax(ThreadContext &context, TeilbuchungWork &work, const PackedDate &date, int32_t partIndex)
@@ -278,36 +200,6 @@ int32_t SettleNet(const ThreadContext &context, TeilbuchungWork &work, int32_t p
         NetFromGross(image.Netto, image.Brutto, image.Steuersatz);
     }
     return 1;
-}
-
-void FillImage(TeilbuchungWork &work)
-{
-    const TeilbuchungEingabe &eingabe = work.Eingabe;
-    SplitRecord &image = work.Teil.Image;
-    CopyText(image.Sollkonto, eingabe.Sollkonto);
-    CopyText(image.Habenkonto, eingabe.Habenkonto);
-    CopyText(image.Text, eingabe.Text);
-    image.SollArt = BuchungskontoartOf(eingabe.SollArt);
-    image.HabenArt = BuchungskontoartOf(eingabe.HabenArt);
-}
-
-bool HasKostenschablone(const SakoRecord &sako) { return sako.Kostenschablone != 0 || sako.MitKosten != 0; }
-
-int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite seite, int32_t partIndex)
-{
-    const SakoRecord &sako = seite == KostenSeite::Soll ? work.Soll : work.Haben;
-    const Expansion expanded = ExpandKostenschablone(context, seite, sako.Kostenschablone, work.Teil);
-    if (expanded == Expansion::Done) return 1;
-    if (context.CostsRequired != 0) return Report(context, 1445, costsMissing, nullptr, partIndex);
-    // A posting with some of its cost lines would be half a posting.
-    return expanded == Expansion::Missing ? 1 : engineFailure;
-}
-
-int32_t RequireCosts(const ThreadContext &context, const TeilbuchungWork &work, int32_t partIndex)
-{
-    const bool touchesGuv = work.Soll.Zuordnung == ZuordnungGuv || work.Haben.Zuordnung == ZuordnungGuv;
-    if (context.CostsRequired == 0 || !touchesGuv) return 1;
-    return Report(context, 1445, costsMissing, nullptr, partIndex);
 }
 
 } // namespace vark

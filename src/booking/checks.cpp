@@ -1,0 +1,157 @@
+#include "src/booking/checks.h"
+
+#include "src/booking/account_queries.h"
+#include "src/frame/lifecycle.h"
+#include "src/frame/mandant.h"
+#include "src/frame/messages.h"
+#include "src/frame/record_store.h"
+#include "src/model/accounts.h"
+#include "src/values/amounts.h"
+#include "src/values/dates.h"
+
+#include <charconv>
+#include <cstring>
+
+namespace vark {
+
+using text::CopyText;
+using text::SameText;
+
+namespace {
+
+// One account of a Teilbuchung: its record if it is a Sachkonto, and whether it is what the caller says.
+int32_t CheckAccount(ThreadContext &context, const AccountNumber &konto, int32_t art, SakoRecord &record,
+                     bool &hasUstId, int32_t code, const char *word, int32_t partIndex)
+{
+    const int32_t kind = FindAccount(context, konto, record, hasUstId);
+    if (kind == 0) return engineFailure;
+    if (kind == KontoartKeine || kind != art) return Report(context, 1409, code, word, partIndex);
+    return 1;
+}
+
+// The Zahlungsziel of one account, 0 for none. False when the engine failed.
+bool ReadZahlungsziel(ThreadContext &context, const AccountNumber &konto, uint8_t art, int32_t &number)
+{
+    number = 0;
+    const AccountKind *const kind = FindKindOfBuchung(art);
+    if (kind == nullptr || kind->OpenItems == TableUnused) return true;
+    PersonalRecord record{};
+    bool found = false;
+    if (!GetEqual(context, &record, KeyOfText(konto, sizeof konto), found, kind->Table)) return false;
+    if (found) number = record.Zahlungsziel;
+    return true;
+}
+
+} // namespace
+
+bool HoldPostingTables(HeldTables &held)
+{
+    for (const TableId table :
+         {TableKred, TableDebi, TableSako, TableBat, TableSplit, TableSteke, TableKobu}) {
+        if (!Hold(held, table)) return false;
+    }
+    return true;
+}
+
+bool CalendarDigits(ThreadContext &context, const char *date, char (&out)[7])
+{
+    constexpr size_t longest = 19;
+    char text[longest + 5];
+    CopyText(text, sizeof text, date, longest + 1);
+    if (std::strlen(text) > longest) return false;
+    // A thread without a Mandant has no calendar yet; the way into the fiscal calendar and back gives the
+    // same digits in every one, and a date without a year means this year on the first call, too.
+    if (context.FirstFiscalMonth == 0) context.FirstFiscalMonth = 1;
+    if (context.TodayShort[0] == 0) RefreshToday(context);
+    if (ParseDateText(context, text, sizeof text, false) != DateGood) return false;
+    PackedDate packed;
+    CopyText(packed, text);
+    DateText shown; // TT.MM.JJ
+    FormatDate(packed, shown, false, context.FirstFiscalMonth);
+    const char digits[7] = {packed[0], packed[1], shown[3], shown[4], shown[6], shown[7], 0};
+    CopyText(out, digits);
+    return true;
+}
+
+int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &date)
+{
+    bool found = false;
+    if (!Exists(context, KeyOfNumber(stapel), found, TableStapel)) return engineFailure;
+    // The key of numbers that the engine gives out counts by its absolute value: -16 would find Stapel 16.
+    if (!found || stapel < 0) return Report(context, 1408, stapelUnknown, "Stapel", noPart);
+    if (ParseDateText(context, date, sizeof date, false) != DateGood) {
+        return Report(context, 1412, dateRefused, nullptr, noPart);
+    }
+    const int year = PostableYear(context, FiscalYearOf(date));
+    if (year == 0) return Report(context, 1412, dateRefused, nullptr, noPart);
+    char yearText[5] = {};
+    std::to_chars(yearText, yearText + sizeof yearText - 1, year);
+    return SelectYear(context, yearText) ? 1 : engineFailure;
+}
+
+int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, int32_t partIndex)
+{
+    TeilbuchungEingabe &eingabe = work.Eingabe;
+    RightJustify(eingabe.Sollkonto, accountDigits);
+    RightJustify(eingabe.Habenkonto, accountDigits);
+    if (SameText(eingabe.Sollkonto, eingabe.Habenkonto)) {
+        return Report(context, 1425, sameAccount, nullptr, partIndex);
+    }
+    bool sollHasUstId = false;
+    bool habenHasUstId = false;
+    int32_t result = CheckAccount(context, eingabe.Sollkonto, eingabe.SollArt, work.Soll, sollHasUstId,
+                                  sollkontoRefused, "Sollk", partIndex);
+    if (result != 1) return result;
+    result = CheckAccount(context, eingabe.Habenkonto, eingabe.HabenArt, work.Haben, habenHasUstId,
+                          habenkontoRefused, "Habenk", partIndex);
+    if (result != 1) return result;
+    work.HasUstId = sollHasUstId || habenHasUstId;
+    if (!NormalizeDigits(eingabe.Brutto, sizeof eingabe.Brutto, 9, 2, false, true)) {
+        return Report(context, 1410, bruttoRefused, "Bruttobetrag", partIndex);
+    }
+    if (eingabe.Steuersatz[0] != 0 &&
+        !NormalizeDigits(eingabe.Steuersatz, sizeof eingabe.Steuersatz, 2, 2, false, false)) {
+        return Report(context, 1410, steuersatzRefused, "Steuersatz", partIndex);
+    }
+    if (eingabe.Steuerbetrag[0] != 0 &&
+        !NormalizeDigits(eingabe.Steuerbetrag, sizeof eingabe.Steuerbetrag, 9, 2, false, true)) {
+        return Report(context, 1410, steuerbetragRefused, "Steuerbetrag", partIndex);
+    }
+    return 1;
+}
+
+uint8_t BuchungskontoartOf(int32_t kontoart)
+{
+    const AccountKind *const kind = FindKind(kontoart);
+    return kind != nullptr && kind->Buchungsart != 0 ? kind->Buchungsart : BuchungKreditor;
+}
+
+void FillImage(TeilbuchungWork &work)
+{
+    const TeilbuchungEingabe &eingabe = work.Eingabe;
+    SplitRecord &image = work.Teil.Image;
+    CopyText(image.Sollkonto, eingabe.Sollkonto);
+    CopyText(image.Habenkonto, eingabe.Habenkonto);
+    CopyText(image.Text, eingabe.Text);
+    image.SollArt = BuchungskontoartOf(eingabe.SollArt);
+    image.HabenArt = BuchungskontoartOf(eingabe.HabenArt);
+}
+
+int32_t CheckZahlungsziel(ThreadContext &context, int32_t number)
+{
+    if (number == 0) return 1;
+    bool found = false;
+    if (!Exists(context, KeyOfNumber(number), found, TableZahlziel)) return engineFailure;
+    return found ? 1 : Report(context, 1419, zahlungszielUnknown, "Das Zahlungsziel ist", noPart);
+}
+
+int32_t DefaultZahlungsziel(ThreadContext &context, const AccountNumber &sollkonto,
+                            const AccountNumber &habenkonto, uint8_t sollArt, uint8_t habenArt)
+{
+    int32_t number = 0;
+    if (!ReadZahlungsziel(context, sollkonto, sollArt, number)) return 0;
+    if (number == 0) ReadZahlungsziel(context, habenkonto, habenArt, number);
+    return number;
+}
+
+} // namespace vark

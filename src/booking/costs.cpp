@@ -1,0 +1,159 @@
+#include "src/booking/costs.h"
+
+#include "src/frame/held_tables.h"
+#include "src/frame/lifecycle.h"
+#include "src/frame/messages.h"
+#include "src/frame/record_store.h"
+#include "src/values/amounts.h"
+#include "text/fixed_text.h"
+
+#include <cassert>
+#include <cstdlib>
+
+namespace vark {
+
+using text::CopyText;
+using text::SameText;
+
+namespace {
+
+// Whether an account brings a Kostenschablone of its own.
+bool HasKostenschablone(const SakoRecord &sako) { return sako.Kostenschablone != 0 || sako.MitKosten != 0; }
+
+// The line of a row of the Kostenschablone; `isLast` takes up what rounding left of the net amount. False
+// when a sum overflows.
+bool MakeLine(const KoschazeRecord &row, const AmountText &netto, AmountText &total, bool isLast,
+              KostenSeite seite, KobuRecord &line)
+{
+    line = {};
+    CopyText(line.Kostenobjekt1, row.Kostenobjekt1);
+    CopyText(line.Kostenobjekt2, row.Kostenobjekt2);
+    CopyText(line.Text, row.Text);
+    line.Flag = row.Flag;
+    // An addition and not a bit that is set: a template's flag may hold it already.
+    if (seite == KostenSeite::Haben) line.Flag = static_cast<uint8_t>(line.Flag + KobuHaben);
+    if (SameText(row.Anteil, "100,00")) {
+        CopyText(line.Betrag, netto);
+    } else {
+        RateText rate;
+        CopyText(rate, sizeof rate, row.Anteil + 1, sizeof row.Anteil - 1);
+        PercentOfAmount(line.Betrag, netto, rate);
+    }
+    if (!AccumulateAmount(total, line.Betrag)) return false;
+    if (!isLast) return true;
+    AmountText rest;
+    SubtractAmounts(rest, netto, total);
+    return AccumulateAmount(line.Betrag, rest);
+}
+
+// Reads the lines of the image's Kostenschablone, `count` at most.
+Expansion ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, KostenSeite seite)
+{
+    assert(teil.Kostenzeilen == nullptr);
+    const int32_t number = teil.Image.Kostenschablone;
+    teil.Image.Kostenzeilen = 0;
+    KoschazeRecord row{};
+    bool found = false;
+    if (!GetEqual(context, &row, KeyOfNumber(number), found, TableKoschaze)) return Expansion::Failed;
+    if (!found) return Expansion::Missing;
+    AmountText total;
+    CopyText(total, zeroAmount);
+    while (found && row.Nummer == number && teil.Image.Kostenzeilen < count) {
+        const bool isLast = teil.Image.Kostenzeilen + 1 == count;
+        KobuRecord line;
+        if (!MakeLine(row, teil.Image.Netto, total, isLast, seite, line)) return Expansion::Failed;
+        if (teil.Kostenzeilen == nullptr) {
+            teil.Kostenzeilen =
+                static_cast<KobuRecord *>(std::calloc(static_cast<size_t>(count), sizeof(KobuRecord)));
+            if (teil.Kostenzeilen == nullptr) return Expansion::Failed;
+        }
+        teil.Kostenzeilen[teil.Image.Kostenzeilen] = line;
+        ++teil.Image.Kostenzeilen;
+        if (!GetNextF(context, &row, found, TableKoschaze)) return Expansion::Failed;
+    }
+    return Expansion::Done;
+}
+
+// Makes the cost lines of the side's Kostenschablone.
+int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite seite, int32_t partIndex)
+{
+    const SakoRecord &sako = seite == KostenSeite::Soll ? work.Soll : work.Haben;
+    const Expansion expanded = ExpandKostenschablone(context, seite, sako.Kostenschablone, work.Teil);
+    if (expanded == Expansion::Done) return 1;
+    if (context.CostsRequired != 0) return Report(context, 1445, costsMissing, nullptr, partIndex);
+    // A posting with some of its cost lines would be half a posting.
+    return expanded == Expansion::Missing ? 1 : engineFailure;
+}
+
+// Refuses a Teilbuchung without cost lines that touches a GuV account, where costs are obligatory.
+int32_t RequireCosts(const ThreadContext &context, const TeilbuchungWork &work, int32_t partIndex)
+{
+    const bool touchesGuv = work.Soll.Zuordnung == ZuordnungGuv || work.Haben.Zuordnung == ZuordnungGuv;
+    if (context.CostsRequired == 0 || !touchesGuv) return 1;
+    return Report(context, 1445, costsMissing, nullptr, partIndex);
+}
+
+} // namespace
+
+int32_t CheckKostenschablone(ThreadContext &context, int32_t number, int32_t partIndex)
+{
+    if (number == 0) return 1;
+    bool found = false;
+    if (!Exists(context, KeyOfNumber(number), found, TableKoscha)) return engineFailure;
+    return found ? 1 : Report(context, 1419, kostenschabloneRefused, "Die Kostenschablone ist", partIndex);
+}
+
+int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, uint8_t sollArt,
+                              SakoRecord &haben, uint8_t habenArt, int32_t number, int32_t partIndex)
+{
+    if (number == 0) return 1;
+    const bool sollIsSachkonto = sollArt == BuchungSachkonto;
+    const bool habenIsSachkonto = habenArt == BuchungSachkonto;
+    if (!sollIsSachkonto && !habenIsSachkonto) return 1;
+    const bool sollIsGuv = sollIsSachkonto && soll.Zuordnung == ZuordnungGuv;
+    const bool habenIsGuv = habenIsSachkonto && haben.Zuordnung == ZuordnungGuv;
+    if (!sollIsGuv && !habenIsGuv) return Report(context, 1459, kostenschabloneRefused, nullptr, partIndex);
+    bool toSoll = sollIsGuv;
+    if (sollIsSachkonto && habenIsSachkonto) {
+        if (soll.Kostenschablone != 0) {
+            toSoll = true;
+        } else if (haben.Kostenschablone != 0) {
+            toSoll = false;
+        }
+    }
+    (toSoll ? soll : haben).Kostenschablone = number;
+    return 1;
+}
+
+Expansion ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32_t number, Teilbuchung &teil)
+{
+    if (number == 0) return Expansion::Done;
+    KoschaRecord head{};
+    bool found = false;
+    if (!GetEqual(context, &head, KeyOfNumber(number), found, TableKoscha)) return Expansion::Failed;
+    if (!found) return Expansion::Missing;
+    teil.Image.Kostenschablone = number;
+    // The rows are read one after the other, for which their table has to stay open.
+    if (!OpenTable(context, TableKoschaze)) return Expansion::Failed;
+    const Expansion expanded = ExpandLines(context, teil, head.Zeilen, seite);
+    CloseTable(context, TableKoschaze);
+    return expanded;
+}
+
+int32_t SettleCosts(ThreadContext &context, TeilbuchungWork &work, CostRule rule, int32_t partIndex)
+{
+    const SplitRecord &image = work.Teil.Image;
+    const bool sollIsSachkonto = image.SollArt == BuchungSachkonto;
+    const bool habenIsSachkonto = image.HabenArt == BuchungSachkonto;
+    const int32_t assigned = AssignKostenschablone(context, work.Soll, image.SollArt, work.Haben,
+                                                   image.HabenArt, work.Eingabe.Kostenschablone, partIndex);
+    if (assigned < 1) return assigned;
+    if (rule == CostRule::SachkontoOnSoll && !sollIsSachkonto) return 1;
+    if (sollIsSachkonto && HasKostenschablone(work.Soll))
+        return ExpandCosts(context, work, KostenSeite::Soll, partIndex);
+    if (habenIsSachkonto && HasKostenschablone(work.Haben))
+        return ExpandCosts(context, work, KostenSeite::Haben, partIndex);
+    return sollIsSachkonto ? RequireCosts(context, work, partIndex) : 1;
+}
+
+} // namespace vark

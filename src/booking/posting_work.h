@@ -1,0 +1,45 @@
+// One Teilbuchung on its way from the caller's texts to its file image. A single posting goes it once, a
+// split posting once for each of its Teilbuchungen: checks.h, tax.h, costs.h, written_posting.h. Every step
+// returns 1, or the code that the export has to return after the message has been shown; `partIndex` (from 0)
+// names the Teilbuchung in messages, noPart none.
+#pragma once
+
+#include "include/vark40.h"
+#include "src/booking/written_posting.h"
+#include "src/model/account_records.h"
+
+#include <cstdint>
+
+namespace vark {
+
+// Codes of the checks, as the exports return them.
+inline constexpr int32_t rateEntryCancelled = 0;
+inline constexpr int32_t amountNotConverted = -2;
+inline constexpr int32_t stapelUnknown = -6;
+inline constexpr int32_t sollkontoRefused = -8;
+inline constexpr int32_t habenkontoRefused = -9;
+inline constexpr int32_t sameAccount = -10;
+inline constexpr int32_t dateRefused = -11;
+inline constexpr int32_t bruttoRefused = -12;
+inline constexpr int32_t steuersatzRefused = -13;
+inline constexpr int32_t steuerbetragRefused = -14;
+inline constexpr int32_t costsMissing = -24;
+inline constexpr int32_t zahlungszielUnknown = -27;
+inline constexpr int32_t kostenschabloneRefused = -43;
+
+// No Teilbuchung is named.
+inline constexpr int32_t noPart = -1;
+
+// One Teilbuchung in the making. Zeroed but for Eingabe, whose texts get their fixed forms on the way.
+struct TeilbuchungWork {
+    TeilbuchungEingabe Eingabe;
+    SakoRecord Soll; // zero for a personal account
+    SakoRecord Haben;
+    bool HasUstId;    // one of the accounts is a personal one with a USt-IdNr
+    bool IsFixedRate; // the account that the tax key came from allows no other rate
+    uint8_t KeyClass; // class of the tax key as the accounts gave it
+    uint8_t Class;    // class by which the posting is taxed
+    Teilbuchung Teil; // owns its cost lines
+};
+
+} // namespace vark

@@ -1,0 +1,124 @@
+#include "src/booking/written_posting.h"
+
+#include "src/frame/record_store.h"
+#include "src/values/dates.h"
+#include "text/fixed_text.h"
+
+#include <cassert>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
+namespace vark {
+
+using text::CopyText;
+
+namespace {
+
+int32_t YearNumber(const char (&year)[5])
+{
+    int32_t number = 0;
+    std::from_chars(year, year + strnlen(year, sizeof year), number);
+    return number;
+}
+
+// The cost lines of one Teilbuchung; of the numbers one is 0.
+bool InsertLines(ThreadContext &context, const Buchung &buchung, KobuRecord *lines, int16_t count,
+                 int32_t buchungsnummer, int32_t splitnummer, TableKeyCode kobu)
+{
+    assert(count == 0 || lines != nullptr);
+    for (int16_t i = 0; i < count; ++i) {
+        KobuRecord &line = lines[i];
+        line.FinaleBuchung = 0;
+        line.Buchungsnummer = buchungsnummer;
+        line.Splitnummer = splitnummer;
+        CopyText(line.Datum, buchung.Bat.ZweitesDatum);
+        ToSortDate(line.Datum);
+        if (!Insert(context, &line, kobu)) return false;
+    }
+    return true;
+}
+
+bool InsertRecords(ThreadContext &context, Buchung &buchung, int32_t number, TableKeyCode kobu)
+{
+    BatRecord &bat = buchung.Bat;
+    assert(bat.Anzahl - 1 <= buchung.WeiterePlaetze);
+    bat.Buchungsnummer = number;
+    if (!Insert(context, &bat, TableBat)) return false;
+    if (!InsertLines(context, buchung, buchung.Kostenzeilen, bat.Teil.Kostenzeilen, bat.Buchungsnummer, 0,
+                     kobu)) {
+        return false;
+    }
+    for (int32_t i = 1; i < bat.Anzahl; ++i) {
+        Teilbuchung &teil = buchung.Weitere[i - 1];
+        teil.Image.Buchungsnummer = bat.Buchungsnummer;
+        teil.Image.Splitnummer = 0;
+        if (!Insert(context, &teil.Image, TableSplit)) return false;
+        if (!InsertLines(context, buchung, teil.Kostenzeilen, teil.Image.Kostenzeilen, 0,
+                         teil.Image.Splitnummer, kobu)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool StoreTeilbuchung(Buchung &buchung, Teilbuchung &teil, int32_t index, int32_t expected)
+{
+    assert(index == buchung.Bat.Anzahl);
+    const int32_t needed = index == 0 ? expected - 1 : index;
+    if (needed > buchung.WeiterePlaetze) {
+        void *grown = std::realloc(buchung.Weitere, static_cast<size_t>(needed) * sizeof(Teilbuchung));
+        if (grown == nullptr) return false;
+        buchung.Weitere = static_cast<Teilbuchung *>(grown);
+        std::memset(buchung.Weitere + buchung.WeiterePlaetze, 0,
+                    static_cast<size_t>(needed - buchung.WeiterePlaetze) * sizeof(Teilbuchung));
+        buchung.WeiterePlaetze = needed;
+    }
+    if (index == 0) {
+        buchung.Bat.Teil = teil.Image;
+        buchung.Kostenzeilen = teil.Kostenzeilen;
+    } else {
+        buchung.Weitere[index - 1] = teil;
+    }
+    teil = {};
+    return true;
+}
+
+bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number)
+{
+    if (!Transaction(context, TransactionAction::Begin)) return false;
+    // Cost lines lie in a table that follows the working year, while the posting itself lies in the last
+    // postable one; a posting stays in one directory.
+    const bool inOtherYear = YearNumber(context.WorkYear) != YearNumber(context.MandantYear);
+    const TableKeyCode kobu = inOtherYear ? SlotFree30 : TableKobu;
+    bool written = !inOtherYear || OpenTable(context, TableKobu, context.MandantYear, SlotFree30);
+    written = written && InsertRecords(context, buchung, number, kobu);
+    if (inOtherYear) CloseTable(context, SlotFree30);
+    if (!written) {
+        // Also where the table did not open: a transaction left open would swallow the thread's next
+        // postings.
+        Transaction(context, TransactionAction::Abort);
+        return false;
+    }
+    return Transaction(context, TransactionAction::End);
+}
+
+void FreeBuchung(Buchung &buchung)
+{
+    for (int32_t i = 0; i < buchung.WeiterePlaetze; ++i) {
+        std::free(buchung.Weitere[i].Kostenzeilen);
+    }
+    std::free(buchung.Weitere);
+    std::free(buchung.Kostenzeilen);
+    buchung = {};
+}
+
+void FreeTeilbuchung(Teilbuchung &teil)
+{
+    std::free(teil.Kostenzeilen);
+    teil = {};
+}
+
+} // namespace vark
