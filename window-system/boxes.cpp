@@ -188,7 +188,6 @@ int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style)
     const int answer = Run(owner, text, caption, style, *set);
     if (answer != 0) return answer;
     // Without memory for a window, or with a thread that is to end, nobody can be asked.
-    LogText("box", text);
-    WriteToStandardError(caption, text);
+    frontEnd.Unasked(caption, text);
     return set->Safest;
 }

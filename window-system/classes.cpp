@@ -9,25 +9,7 @@ namespace varkui {
 
 namespace {
 
-struct SystemClass {
-    const char *Name;
-    WNDPROC Procedure;
-    int ExtraBytes;
-    enum Kind Kind;
-};
-
 constexpr WORD dialogAtom = 0x8002;
-
-const SystemClass systemClasses[] = {
-    {"#32770", DefDlgProcA, DLGWINDOWEXTRA, Kind::Dialog},
-    {"Button", ButtonProcedure, 0, Kind::Button},
-    {"Edit", EditProcedure, 0, Kind::Edit},
-    {"Static", StaticProcedure, 0, Kind::Static},
-    {"ListBox", ListBoxProcedure, 0, Kind::ListBox},
-    {"ComboBox", ComboBoxProcedure, 0, Kind::ComboBox},
-    {WC_TABCONTROLA, TabControlProcedure, 0, Kind::TabControl},
-    {VARKUI_PICTURE_CLASS, PictureProcedure, 0, Kind::Picture},
-};
 
 ATOM nextAtom = 0xC000;
 
@@ -55,13 +37,15 @@ WindowClass *AddClass(const WNDCLASSA &told)
 
 } // namespace
 
-void AddSystemClasses()
+void AddSystemClasses(const SystemClass *classes, int count)
 {
-    static WindowClass storage[sizeof systemClasses / sizeof systemClasses[0]];
+    static WindowClass storage[mostSystemClasses];
     WindowClass *made = storage;
-    for (const SystemClass &each : systemClasses) {
+    for (int i = 0; i < count && i < mostSystemClasses; ++i) {
+        const SystemClass &each = classes[i];
         made->Name = each.Name;
         made->Procedure = each.Procedure;
+        made->TakeInput = each.TakeInput;
         made->ExtraBytes = each.ExtraBytes;
         made->Kind = each.Kind;
         made->OfSystem = true;

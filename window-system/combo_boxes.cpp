@@ -296,6 +296,8 @@ void InputToComboBox(HWND combo, const Input &input)
         if (window != nullptr) TakeCaret(window, window->Combo->Edit, input);
         return;
     }
+    const bool chooses = input.Kind == InputKind::Select || input.Kind == InputKind::Pick;
+    if (!chooses && input.Kind != InputKind::Drop) return;
     if (GetFocus() != combo) SetFocus(combo);
     if (GetFocus() != combo) return;
     if (input.Kind == InputKind::Drop) {

@@ -2,7 +2,6 @@
 #include <cstring>
 #include <unistd.h>
 
-#include "window-system/front_end.h"
 #include "window-system/memory.h"
 #include "window-system/model.h"
 
@@ -28,7 +27,7 @@ size_t StateSize(enum Kind kind)
 
 // What the input says of the window it goes to, once the lock is let go.
 struct Target {
-    enum Kind Kind;
+    void (*TakeInput)(HWND window, const Input &input); // of its class
     HWND Outermost;
     bool Usable;
     bool Active;
@@ -38,9 +37,9 @@ Target Look(HWND handle)
 {
     const Locked locked;
     Window *window = Find(handle);
-    if (window == nullptr) return Target{Kind::Plain, nullptr, false, false};
+    if (window == nullptr) return Target{nullptr, nullptr, false, false};
     Window *outermost = Outermost(window);
-    return Target{window->Kind, outermost->Handle,
+    return Target{window->Class->TakeInput, outermost->Handle,
                   AreEnabled(window) && IsShown(window) && !window->Destroying,
                   window->Thread->Active == outermost->Handle};
 }
@@ -130,7 +129,7 @@ void HandleInput(HWND window, const Input &input)
         return;
     }
     if (input.Kind == InputKind::Area) {
-        if (target.Kind == Kind::Picture) InputToPicture(window, input);
+        if (target.TakeInput != nullptr) target.TakeInput(window, input);
         return;
     }
     if (input.Kind == InputKind::Resize) {
@@ -148,8 +147,7 @@ void HandleInput(HWND window, const Input &input)
         return;
     }
     if (input.Kind == InputKind::Caret) {
-        if (target.Kind == Kind::Edit) InputToEdit(window, input);
-        if (target.Kind == Kind::ComboBox) InputToComboBox(window, input);
+        if (target.TakeInput != nullptr) target.TakeInput(window, input);
         return;
     }
     if (!target.Active) Activate(target.Outermost, true);
@@ -158,36 +156,13 @@ void HandleInput(HWND window, const Input &input)
         if (!HasFocusInside(target.Outermost)) SetFocus(window);
         return;
     }
-    if (input.Kind == InputKind::File) {
-        InputToChooser(window, input);
-        return;
-    }
     if (input.Kind < InputKind::Area && input.Kind != InputKind::Text) TellParents(window, WM_LBUTTONDOWN);
-    switch (input.Kind) {
-    case InputKind::Click: SendMessageA(window, BM_CLICK, 0, 0); break;
-    case InputKind::Focus: SetFocus(window); break;
-    case InputKind::Select:
-    case InputKind::Pick:
-    case InputKind::Text:
-    case InputKind::Drop:
-        if (target.Kind == Kind::Edit) InputToEdit(window, input);
-        if (target.Kind == Kind::ListBox) InputToListBox(window, input);
-        if (target.Kind == Kind::ComboBox) InputToComboBox(window, input);
-        if (target.Kind == Kind::TabControl) InputToTabControl(window, input);
-        break;
-    case InputKind::Scroll:
-    case InputKind::Press:
-    case InputKind::Drag:
-    case InputKind::Release:
-    case InputKind::Zoom:
-        if (target.Kind == Kind::Picture) InputToPicture(window, input);
-        break;
-    case InputKind::Activate:
-    case InputKind::Close:
-    case InputKind::Area:
-    case InputKind::Resize:
-    case InputKind::Caret:
-    case InputKind::File: break;
+    if (input.Kind == InputKind::Click) {
+        SendMessageA(window, BM_CLICK, 0, 0);
+    } else if (input.Kind == InputKind::Focus) {
+        SetFocus(window);
+    } else if (target.TakeInput != nullptr) {
+        target.TakeInput(window, input);
     }
 }
 

@@ -3,7 +3,6 @@
 
 #include "text/windows1252.h"
 #include "window-system/collation.h"
-#include "window-system/front_end.h"
 #include "window-system/memory.h"
 #include "window-system/model.h"
 
@@ -540,7 +539,7 @@ HWND MakeDialog(LPCDLGTEMPLATEA dialogTemplate, HWND owner, DLGPROC procedure, L
                 ModalLoop *loop)
 {
     if (dialogTemplate == nullptr) return nullptr;
-    CurrentFrontEnd(); // tells how large a dialog unit is
+    frontEnd.Choose(); // tells how large a dialog unit is
     Reader reader = {reinterpret_cast<const unsigned char *>(dialogTemplate)};
     TemplateHead head = {};
     TakeHead(reader, head);
@@ -616,15 +615,17 @@ void EndModal(ModalLoop &loop)
     }
     if (disabled != nullptr) EnableWindow(disabled, TRUE);
     DestroyWindow(loop.Dialog);
-    const Locked locked(mutates);
-    Thread *thread = Self();
-    if (thread == nullptr) return;
-    for (ModalLoop **link = &thread->Modal; *link != nullptr; link = &(*link)->Outer) {
-        if (*link != &loop) continue;
-        *link = loop.Outer;
-        break;
+    {
+        const Locked locked(mutates);
+        Thread *thread = Self();
+        if (thread == nullptr) return;
+        for (ModalLoop **link = &thread->Modal; *link != nullptr; link = &(*link)->Outer) {
+            if (*link != &loop) continue;
+            *link = loop.Outer;
+            break;
+        }
     }
-    LetGoOfScript(thread, false);
+    frontEnd.Idle();
 }
 
 } // namespace

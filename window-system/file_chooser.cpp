@@ -232,7 +232,7 @@ bool IsChooser(HWND dialog)
 
 void InputToChooser(HWND dialog, const Input &input)
 {
-    if (!IsChooser(dialog) || input.Index < 0) return;
+    if (input.Kind != InputKind::File || !IsChooser(dialog) || input.Index < 0) return;
     const ChosenFile chosen = {input.Text != nullptr ? input.Text : "", input.Index2 != 0};
     SendMessageA(dialog, chosenMessage, static_cast<WPARAM>(input.Index), reinterpret_cast<LPARAM>(&chosen));
 }

@@ -1,5 +1,4 @@
 // Which window is active and which has the keyboard, thread by thread.
-#include "window-system/front_end.h"
 #include "window-system/model.h"
 
 namespace varkui {
@@ -52,9 +51,8 @@ bool MakeActive(HWND target, bool clicked, bool moveFocus)
         before = thread->Active;
         if (before == target) return true;
         thread->Active = target;
-        Note(window, changedState);
+        Raise(window);
     }
-    SetWindowPos(target, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     if (before != nullptr) SendMessageA(before, WM_ACTIVATE, WA_INACTIVE, AsParameter(target));
     if (GetActiveWindow() != target) return false;
     SendMessageA(target, WM_ACTIVATE, clicked ? WA_CLICKACTIVE : WA_ACTIVE, AsParameter(before));
@@ -155,7 +153,7 @@ HWND SetActiveWindow(HWND window)
 BOOL SetForegroundWindow(HWND window)
 {
     if (!Activate(window, false)) return FALSE;
-    ShowChanges();
+    frontEnd.Show();
     return TRUE;
 }
 

@@ -50,7 +50,9 @@ void FallBackToHeadless()
     WakeAllThreads();
 }
 
-bool AskFrontEnd(Thread *thread)
+namespace {
+
+bool Ask(Thread *thread)
 {
     if (IsPlayedTo(thread)) return PlayNext(thread);
     switch (chosen.load()) {
@@ -64,18 +66,42 @@ bool AskFrontEnd(Thread *thread)
     return AnswerUnseen(thread);
 }
 
-void ShowChanges()
+void Show()
 {
     if (chosen != FrontEnd::Screen) return;
     const Locked locked;
     TellScreen();
 }
 
-void ForgetFrontEnd()
+void Idle()
+{
+    const Locked locked;
+    Thread *thread = Self();
+    if (thread != nullptr) LetGoOfScript(thread, false);
+}
+
+void ThreadEnds(Thread *thread)
+{
+    LetGoOfScript(thread, true);
+    FreePlayed(thread);
+}
+
+void Forget()
 {
     ForgetScreen();
     chosen = FrontEnd::Headless;
 }
+
+void Unasked(const char *caption, const char *text)
+{
+    LogText("box", text);
+    WriteToStandardError(caption, text);
+}
+
+} // namespace
+
+const FrontEndCalls frontEndCalls = {
+    [] { CurrentFrontEnd(); }, Ask, Show, LogDialog, Idle, ThreadEnds, Forget, Unasked};
 
 } // namespace varkui
 

@@ -16,16 +16,8 @@ FrontEnd CurrentFrontEnd();
 // From now on nobody is asked any more; everything is answered as headless does. Expects the lock.
 void FallBackToHeadless();
 
-// A thread finds nothing to do and is about to wait: does what a person would do next. True when the thread
-// should look at its queue again, false when it may sleep until it is woken. Expects the lock, and lets go of
-// it meanwhile.
-bool AskFrontEnd(Thread *thread);
-
-// The screen gets to know what has changed. Takes the lock.
-void ShowChanges();
-
-// A forked child asks nobody: it is headless.
-void ForgetFrontEnd();
+// What the windows have from the front end.
+extern const FrontEndCalls frontEndCalls;
 
 // ---- Message boxes (boxes.cpp) ----
 
@@ -69,9 +61,6 @@ void FreePlayed(Thread *thread);
 
 // The script serves another thread, if `thread` has nothing open any more or ends. Expects the lock.
 void LetGoOfScript(Thread *thread, bool ends);
-
-// The same for the calling thread. Takes the lock.
-void LetGoOfScriptIfIdle();
 
 // ---- Lines (log.cpp); none of these may be called with the lock held ----
 

@@ -55,10 +55,13 @@ enum class Kind : unsigned char {
     Picture
 };
 
+struct Input;
+
 struct WindowClass {
     const char *Name;
     char *OwnName; // the memory of a name that was told; null for the system's
     WNDPROC Procedure;
+    void (*TakeInput)(HWND window, const Input &input); // what only this class understands; null for a host's
     int ExtraBytes;
     enum Kind Kind;
     bool OfSystem;
@@ -241,8 +244,8 @@ struct Sent {
     LPARAM LParam;
     LRESULT Result;
     bool Done;
-    bool Nobody;  // nobody waits for the result: lies on the heap
-    bool Destroy; // no message: the window is to be destroyed
+    bool Nobody;           // nobody waits for the result: lies on the heap
+    BOOL (*Instead)(HWND); // no message: this is done on the thread of the target
     struct Thread *Sender;
     Sent *Next;
 };
@@ -307,6 +310,31 @@ struct Model {
 
 extern Model model;
 
+// What goes beyond the model when a thread ends, with the lock held, and in the child of a fork, whose one
+// thread has no windows.
+struct ThreadEvents {
+    void (*Ends)(Thread *thread);
+    void (*Forked)();
+};
+
+extern ThreadEvents threadEvents; // set once, when the library is loaded
+
+// What the windows have from whoever answers for a person.
+struct FrontEndCalls {
+    void (*Choose)();            // at the first call; may start programs, so not with the lock held
+    bool (*Ask)(Thread *thread); // what a person would do next, by a thread that is about to wait. True when
+                                 // the thread should look at its queue again, false when it may sleep until
+                                 // it is woken. Expects the lock, and lets go of it meanwhile
+    void (*Show)();              // the screen gets to know what has changed; takes the lock
+    void (*Shown)(HWND window);  // may be a dialog that is seen for the first time; takes the lock
+    void (*Idle)();              // the calling thread may have nothing open any more; takes the lock
+    void (*ThreadEnds)(Thread *thread);                     // expects the lock
+    void (*Forget)();                                       // in the child of a fork: nobody is asked there
+    void (*Unasked)(const char *caption, const char *text); // of a box that could not be shown
+};
+
+extern FrontEndCalls frontEnd; // set once, when the library is loaded
+
 void Lock();
 void Unlock();
 
@@ -356,8 +384,19 @@ unsigned PlacesUsed();
 
 // ---- Classes (classes.cpp) ----
 
-// Needs no memory, so that windows can always be tried.
-void AddSystemClasses();
+// A class of the system's own.
+struct SystemClass {
+    const char *Name;
+    WNDPROC Procedure;
+    void (*TakeInput)(HWND window, const Input &input);
+    int ExtraBytes;
+    enum Kind Kind;
+};
+
+// Enters the classes of the system, when the library is loaded. Needs no memory, so that windows can always
+// be tried.
+constexpr int mostSystemClasses = 16;
+void AddSystemClasses(const SystemClass *classes, int count);
 
 // A name is a text or, as a number below 65536, an atom. Null if there is no such class.
 WindowClass *FindClass(LPCSTR name);
@@ -389,6 +428,9 @@ Window *&FirstOf(Window *parent);
 Window *&LastOf(Window *parent);
 
 void Unlink(Window *window);
+
+// To the front of its siblings.
+void Raise(Window *window);
 
 // Puts a window that stands nowhere among the children of `parent`, behind `after` (null: first).
 void LinkBehind(Window *window, Window *parent, Window *after);
@@ -469,8 +511,14 @@ void Tell(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 // Has the thread of `window` destroy it when it next looks for messages.
 void DestroyElsewhere(Window *window);
 
+// Has the thread of `window` do something to it when it next looks for messages.
+void DoElsewhere(Window *window, BOOL (*what)(HWND));
+
 // Answers everything sent to a thread that ends, and takes its windows away without a message.
 void EndThread(Thread *thread);
+
+// A forked child begins without windows.
+void ForgetEverything();
 
 // Drops what waits in the queue for a window that goes.
 void DropMessages(Window *window);

@@ -1,5 +1,4 @@
 // Cursor and painting.
-#include "window-system/front_end.h"
 #include "window-system/model.h"
 
 using namespace varkui;
@@ -9,7 +8,7 @@ BOOL InvalidateRect(HWND window, const RECT * /*rectangle*/, BOOL /*erase*/) { r
 BOOL UpdateWindow(HWND window)
 {
     if (IsWindow(window) == FALSE) return FALSE;
-    ShowChanges();
+    frontEnd.Show();
     return TRUE;
 }
 
@@ -34,7 +33,7 @@ HCURSOR SetCursor(HCURSOR cursor)
         before = thread->Cursor;
         thread->Cursor = cursor;
     }
-    if (cursor != before) ShowChanges();
+    if (cursor != before) frontEnd.Show();
     return before;
 }
 

@@ -1,5 +1,4 @@
 // Where windows stand, whether they are shown and enabled.
-#include "window-system/front_end.h"
 #include "window-system/model.h"
 
 namespace varkui {
@@ -75,14 +74,14 @@ BOOL ShowWindow(HWND window, int command)
         SetShown(window, false);
         if (mine && outermost) ActivateAnother(window);
         if (mine && !outermost && hadFocus) MoveFocus(parent);
-        if (mine && outermost) LetGoOfScriptIfIdle();
+        if (mine && outermost) frontEnd.Idle();
     } else {
         SetShown(window, true);
-        LogDialog(window);
+        frontEnd.Shown(window);
         if (mine && outermost && command != SW_SHOWNA && command != SW_SHOWNOACTIVATE)
             Activate(window, false);
     }
-    if (outermost) ShowChanges();
+    if (outermost) frontEnd.Show();
     return before ? TRUE : FALSE;
 }
 

@@ -6,7 +6,6 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include "window-system/front_end.h"
 #include "window-system/memory.h"
 #include "window-system/model.h"
 
@@ -26,7 +25,7 @@ void OnThreadEnd(void *value)
     auto *thread = static_cast<Thread *>(value);
     self = nullptr;
     Lock();
-    EndThread(thread);
+    threadEvents.Ends(thread);
     Unlock();
     if (thread->Descriptor >= 0) close(thread->Descriptor);
     pthread_cond_destroy(&thread->Wake);
@@ -39,8 +38,7 @@ void AfterForkInChild()
     self = nullptr;
     pthread_setspecific(slot, nullptr);
     model.Threads = nullptr;
-    ForgetWindows();
-    ForgetFrontEnd();
+    threadEvents.Forked();
     pthread_mutex_init(&model.Lock, nullptr);
 }
 
@@ -112,8 +110,8 @@ void HandleSent(Thread *thread)
         thread->Handling = sent;
         Unlock();
         LRESULT result = 0;
-        if (sent->Destroy) {
-            DestroyWindow(sent->Target);
+        if (sent->Instead != nullptr) {
+            result = sent->Instead(sent->Target);
         } else {
             result = CallProcedureOf(sent->Target, sent->Message, sent->WParam, sent->LParam);
         }
@@ -279,7 +277,7 @@ Taken TakeMessage(const Filter &filter, bool wait, bool remove, MSG &message)
             taken = Taken::Message;
             break;
         }
-        if (AskFrontEnd(thread)) continue;
+        if (frontEnd.Ask(thread)) continue;
         if (thread->FirstSent != nullptr || thread->Quit) continue;
         MSG ignored = {};
         if (TakePosted(thread, filter, false, ignored)) continue;
@@ -382,8 +380,13 @@ void EndThread(Thread *thread)
         link = &(*link)->Next;
     }
     *link = thread->Next;
-    LetGoOfScript(thread, true);
-    FreePlayed(thread);
+    frontEnd.ThreadEnds(thread);
+}
+
+void ForgetEverything()
+{
+    ForgetWindows();
+    frontEnd.Forget();
 }
 
 void WakeThread(Thread *thread) { Signal(thread); }
@@ -416,13 +419,13 @@ void Tell(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     CallProcedureOf(window, message, wParam, lParam);
 }
 
-void DestroyElsewhere(Window *window)
+void DoElsewhere(Window *window, BOOL (*what)(HWND))
 {
     auto *sent = static_cast<Sent *>(Allocate(sizeof(Sent)));
-    if (sent == nullptr) return; // it stays, hidden, until its thread ends
+    if (sent == nullptr) return; // a window to be destroyed stays, hidden, until its thread ends
     sent->Target = window->Handle;
     sent->Nobody = true;
-    sent->Destroy = true;
+    sent->Instead = what;
     AppendSent(window->Thread, sent);
 }
 
@@ -569,7 +572,7 @@ void PostQuitMessage(int exitCode)
 BOOL GetMessageA(MSG *message, HWND window, UINT first, UINT last)
 {
     if (message == nullptr || !IsFilter(window)) return -1;
-    CurrentFrontEnd(); // chosen without the lock, since it may have to start
+    frontEnd.Choose();
     const Taken taken = TakeMessage(Filter{window, first, last}, true, true, *message);
     if (taken == Taken::Nothing) return -1;
     return taken == Taken::Quit || message->message == WM_QUIT ? FALSE : TRUE;
@@ -580,7 +583,7 @@ BOOL PeekMessageA(MSG *message, HWND window, UINT first, UINT last, UINT flags)
     if (message == nullptr || !IsFilter(window)) return FALSE;
     const bool remove = (flags & PM_REMOVE) != 0;
     if (TakeMessage(Filter{window, first, last}, false, remove, *message) != Taken::Nothing) return TRUE;
-    ShowChanges();
+    frontEnd.Show();
     return FALSE;
 }
 

@@ -841,20 +841,13 @@ void LetGoOfScript(Thread *thread, bool ends)
     WakeAllThreads();
 }
 
-void LetGoOfScriptIfIdle()
-{
-    const Locked locked;
-    Thread *thread = Self();
-    if (thread != nullptr) LetGoOfScript(thread, false);
-}
-
 } // namespace varkui
 
 using namespace varkui;
 
 BOOL VarkUiPlay(LPCSTR instructions, BOOL isUnseen)
 {
-    CurrentFrontEnd(); // chosen without the lock, since it may have to start
+    frontEnd.Choose();
     const Locked locked;
     Thread *thread = Self();
     if (thread == nullptr || instructions == nullptr) return FALSE;

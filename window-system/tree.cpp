@@ -42,6 +42,13 @@ void LinkBehind(Window *window, Window *parent, Window *after)
     (window->Next != nullptr ? window->Next->Previous : LastOf(parent)) = window;
 }
 
+void Raise(Window *window)
+{
+    Unlink(window);
+    LinkBehind(window, window->Parent, nullptr);
+    Note(window, changedState);
+}
+
 int DepthOf(const Window *window)
 {
     int depth = 0;

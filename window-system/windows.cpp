@@ -2,13 +2,14 @@
 #include <cassert>
 #include <cstring>
 
-#include "window-system/front_end.h"
 #include "window-system/memory.h"
 #include "window-system/model.h"
 
 namespace varkui {
 
 Model model = {PTHREAD_MUTEX_INITIALIZER, nullptr, nullptr, nullptr, nullptr, 8, 20};
+ThreadEvents threadEvents;
+FrontEndCalls frontEnd;
 
 namespace {
 
@@ -199,6 +200,8 @@ void DestroyOwned(HWND handle)
 
 } // namespace
 
+void DestroyElsewhere(Window *window) { DoElsewhere(window, DestroyWindow); }
+
 bool IsWindowOfCaller(const Window *window) { return window != nullptr && window->Thread == Self(); }
 
 void ForgetWindows()
@@ -254,12 +257,7 @@ void TellParents(HWND handle, UINT event)
 
 void Note(Window *window, unsigned change) { window->Changed |= change; }
 
-void Lock()
-{
-    static pthread_once_t once = PTHREAD_ONCE_INIT;
-    pthread_once(&once, [] { AddSystemClasses(); });
-    pthread_mutex_lock(&model.Lock);
-}
+void Lock() { pthread_mutex_lock(&model.Lock); }
 
 void Unlock() { pthread_mutex_unlock(&model.Lock); }
 
@@ -351,8 +349,8 @@ BOOL DestroyWindow(HWND window)
     TellDestruction(window);
     TakeApart(window);
     if (outermost) {
-        LetGoOfScriptIfIdle();
-        ShowChanges();
+        frontEnd.Idle();
+        frontEnd.Show();
     }
     return TRUE;
 }
