@@ -1,9 +1,20 @@
 // What is put together when the library is loaded: the classes of the system, and what the lower layers have
 // from those above them.
-#include <iterator>
+#include "window-system/controls/buttons.h"
+#include "window-system/controls/combo_boxes.h"
+#include "window-system/controls/edits.h"
+#include "window-system/controls/list_boxes.h"
+#include "window-system/controls/pictures.h"
+#include "window-system/controls/tab_controls.h"
+#include "window-system/dialogs/file_chooser.h"
+#include "window-system/front-ends/front_end.h"
+#include "window-system/model/classes.h"
+#include "window-system/model/model.h"
+#include "window-system/model/threads.h"
+#include "window-system/model/window.h"
+#include "window-system/windows/life.h"
 
-#include "window-system/front_end.h"
-#include "window-system/model.h"
+#include <iterator>
 
 namespace varkui {
 

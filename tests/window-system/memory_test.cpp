@@ -3,7 +3,7 @@
 
 #include "dialog_run.h"
 #include "front_end_setup.h"
-#include "window-system/memory.h"
+#include "window-system/model/memory.h"
 
 using namespace varkui;
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "window-system/protocol.h"
+#include "window-system/front-ends/protocol.h"
 #include "window-system/ui/picture.h"
 
 namespace ui {

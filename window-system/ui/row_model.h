@@ -5,7 +5,7 @@
 #include <gtk/gtk.h>
 #include <string_view>
 
-#include "window-system/protocol.h"
+#include "window-system/front-ends/protocol.h"
 
 namespace ui {
 

@@ -1,0 +1,11 @@
+// What a control tells its parent.
+#pragma once
+
+#include "window-system/varkui.h"
+
+namespace varkui {
+
+// Sends WM_COMMAND with `code` from the control to its parent. Runs without the lock.
+void NotifyParent(HWND control, int code);
+
+} // namespace varkui

@@ -1,0 +1,131 @@
+#include "window-system/front-ends/front_end.h"
+
+#include "window-system/dialogs/boxes.h"
+#include "window-system/front-ends/headless.h"
+#include "window-system/front-ends/in_charge.h"
+#include "window-system/front-ends/lines.h"
+#include "window-system/front-ends/plays.h"
+#include "window-system/front-ends/screen.h"
+#include "window-system/front-ends/script.h"
+#include "window-system/model/handles.h"
+#include "window-system/model/model.h"
+#include "window-system/model/texts.h"
+#include "window-system/model/threads.h"
+#include "window-system/model/window.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <pthread.h>
+
+namespace varkui {
+
+namespace {
+
+pthread_once_t chosenOnce = PTHREAD_ONCE_INIT;
+
+bool IsSet(const char *name)
+{
+    const char *value = secure_getenv(name);
+    return value != nullptr && *value != 0;
+}
+
+void Choose()
+{
+    const char *wish = secure_getenv("VARK_UI");
+    if (wish == nullptr || *wish == 0)
+        wish = IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY") ? "gtk" : "headless";
+    constexpr char script[] = "script:";
+    if (strncmp(wish, script, sizeof script - 1) == 0) {
+        if (OpenScript(wish + sizeof script - 1)) PutInCharge(FrontEnd::Script);
+    } else if (strcmp(wish, "gtk") == 0) {
+        if (StartScreen()) PutInCharge(FrontEnd::Screen);
+    } else if (strcmp(wish, "headless") != 0) {
+        char line[256];
+        snprintf(line, sizeof line, "VARK_UI=%s is not known; going on without a screen", wish);
+        WriteToStandardError("varkui", line);
+    }
+}
+
+// The front end in charge now. The first call reads $VARK_UI and starts it, so the lock must not be held
+// then.
+FrontEnd CurrentFrontEnd()
+{
+    pthread_once(&chosenOnce, Choose);
+    return InCharge();
+}
+
+bool Ask(Thread *thread)
+{
+    if (IsPlayedTo(thread)) return PlayNext(thread);
+    switch (InCharge()) {
+    case FrontEnd::Script: return PlayScript(thread);
+    case FrontEnd::Screen:
+        thread->HandledKey = thread->HeardKey;
+        TellScreen();
+        return false;
+    case FrontEnd::Headless: break;
+    }
+    return AnswerUnseen(thread);
+}
+
+void Show()
+{
+    if (InCharge() != FrontEnd::Screen) return;
+    const Locked locked;
+    TellScreen();
+}
+
+// Writes a dialog or box that is shown for the first time to the log.
+void LogDialog(HWND window)
+{
+    char prefix[32] = "box";
+    char text[longestLine] = "";
+    {
+        const Locked locked;
+        Window *dialog = Find(window);
+        if (dialog == nullptr || dialog->Kind != Kind::Dialog || dialog->Parent != nullptr) return;
+        if (dialog->Dialog->Logged || (dialog->Style & WS_VISIBLE) == 0) return;
+        dialog->Dialog->Logged = true;
+        const char *shown = dialog->Dialog->IsBox ? TextOfBox(dialog) : TextOf(dialog);
+        snprintf(text, sizeof text, "%s", shown);
+        if (!dialog->Dialog->IsBox) snprintf(prefix, sizeof prefix, "dialog %d", dialog->Dialog->Number);
+    }
+    LogText(prefix, text);
+}
+
+void Idle()
+{
+    const Locked locked;
+    Thread *thread = Self();
+    if (thread != nullptr) LetGoOfScript(thread, false);
+}
+
+void ThreadEnds(Thread *thread)
+{
+    LetGoOfScript(thread, true);
+    FreePlayed(thread);
+}
+
+void Forget()
+{
+    ForgetScreen();
+    PutInCharge(FrontEnd::Headless);
+}
+
+void Unasked(const char *caption, const char *text)
+{
+    LogText("box", text);
+    WriteToStandardError(caption, text);
+}
+
+} // namespace
+
+const FrontEndCalls frontEndCalls = {
+    [] { CurrentFrontEnd(); }, Ask, Show, LogDialog, Idle, ThreadEnds, Forget, Unasked};
+
+} // namespace varkui
+
+using namespace varkui;
+
+BOOL VarkUiHasUser(void) { return varkui::CurrentFrontEnd() != varkui::FrontEnd::Headless ? TRUE : FALSE; }

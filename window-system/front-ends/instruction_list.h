@@ -1,0 +1,28 @@
+// Instructions as text, cut into lines.
+#pragma once
+
+#include <cstddef>
+
+namespace varkui {
+
+// The whole text is held from the first to the last line, with every line ended by NUL.
+struct Lines {
+    char *Text;
+    char *Next; // the first line that is not done
+    char *End;
+    char *Value; // room for a value of the longest line
+    int Number;  // of the line before Next
+};
+
+// The next instruction without its surrounding blanks, null at the end.
+char *NextInstruction(Lines &list);
+
+// Room for `size` bytes of instructions; false without memory, or for too many.
+bool MakeLines(Lines &list, size_t size);
+
+// Cuts the first `length` bytes of the text into lines.
+void CutLines(Lines &list, size_t length);
+
+void FreeLines(Lines &list);
+
+} // namespace varkui

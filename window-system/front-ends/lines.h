@@ -1,0 +1,25 @@
+// Lines for people and tests: on standard error, and in the file of $VARK_UI_LOG. None of these may be called
+// with the lock held.
+#pragma once
+
+#include <cstddef>
+
+namespace varkui {
+
+// Longest line that is written; a longer one is cut. Message texts have up to 399 characters.
+constexpr size_t longestLine = 4096;
+
+// Appends a line, "PREFIX TEXT" with Windows-1252 `text` turned into UTF-8 on one line, to the file that
+// $VARK_UI_LOG names; does nothing without it.
+void LogText(const char *prefix, const char *text);
+
+// Appends the UTF-8 `line` as it stands to the log.
+void LogLine(const char *line);
+
+// Writes "PREFIX: TEXT" as one UTF-8 line to standard error; `text` is Windows-1252.
+void WriteToStandardError(const char *prefix, const char *text);
+
+// Writes the UTF-8 `line` to standard error and to the log.
+void Complain(const char *line);
+
+} // namespace varkui

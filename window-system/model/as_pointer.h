@@ -1,0 +1,18 @@
+// Addresses and handles travel in messages as numbers; this is where they become what they were.
+#pragma once
+
+#include "window-system/varkui.h"
+
+namespace varkui {
+
+template <typename Pointer> Pointer AsPointer(LPARAM number)
+{
+    return reinterpret_cast<Pointer>(number); // NOLINT(performance-no-int-to-ptr)
+}
+
+template <typename Pointer> Pointer AsPointer(WPARAM number)
+{
+    return reinterpret_cast<Pointer>(number); // NOLINT(performance-no-int-to-ptr)
+}
+
+} // namespace varkui

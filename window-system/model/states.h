@@ -1,0 +1,12 @@
+// What a control holds beyond its text, made and freed with its window.
+#pragma once
+
+#include "window-system/model/window.h"
+
+namespace varkui {
+
+// Makes and frees the state of a control; false without memory.
+bool MakeState(Window *window);
+void FreeState(Window *window);
+
+} // namespace varkui

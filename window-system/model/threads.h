@@ -1,0 +1,67 @@
+// The threads that have windows or wait for messages, each with its queue.
+#pragma once
+
+#include <pthread.h>
+
+#include "window-system/model/window.h"
+
+namespace varkui {
+
+struct Input;
+struct Posted;
+struct Sent;
+
+// A modal loop that runs; lives on the stack of its thread.
+struct ModalLoop {
+    HWND Dialog;
+    HWND Disabled; // the owner, to be enabled again; null when it was disabled before
+    bool Ended;
+    bool Told; // that it has ended, to a thread that waited for messages
+    INT_PTR Result;
+    ModalLoop *Outer;
+};
+
+struct Thread {
+    pthread_cond_t Wake;
+    Posted *FirstPosted;
+    Posted *LastPosted;
+    int PostedCount;
+    Sent *FirstSent; // arrived, not yet handled
+    Sent *LastSent;
+    Sent *Handling; // being handled, innermost first
+    bool Quit;
+    int QuitCode;
+    HWND Focus;
+    HWND Active;
+    ModalLoop *Modal;
+    BYTE Keys[256];
+    HCURSOR Cursor;
+    Input *Current; // payload of the input message that was taken last
+    int Descriptor; // -1 until asked for
+    int WindowCount;
+    uint32_t HeardKey;     // number of the last key that came from the screen
+    uint32_t HandledKey;   // the same when the thread last had nothing left to do
+    unsigned ScriptTicket; // 0 while it does not wait for the script
+    struct Played *Played; // instructions of the host, null for none
+    Thread *Next;
+};
+
+// What goes beyond the model when a thread ends, with the lock held, and in the child of a fork, whose one
+// thread has no windows.
+struct ThreadEvents {
+    void (*Ends)(Thread *thread);
+    void (*Forked)();
+};
+
+extern ThreadEvents threadEvents; // set once, when the library is loaded
+
+// The calling thread's queue, made on first use; null without memory.
+Thread *Self();
+
+bool IsWindowOfCaller(const Window *window);
+
+// What the thread waits for may have come.
+void WakeThread(Thread *thread);
+void WakeAllThreads();
+
+} // namespace varkui
