@@ -97,6 +97,13 @@ TEST(LayerRule, RefusesArrowsUpwardsAndSideways)
         {"record-manager/a.cpp", "window-system/varkui.h", false},
         {"report-engine/a.cpp", "window-system/varkui.h", true},
         {"report-engine/a.cpp", "window-system/window.h", false},
+        {"window-system/windows/a.cpp", "window-system/model/b.h", true},
+        {"window-system/model/a.cpp", "window-system/windows/b.h", false},
+        {"window-system/model/a.cpp", "window-system/start.h", false},
+        {"window-system/model/a.h", "window-system/varkui.h", true},
+        {"window-system/start.cpp", "window-system/front-ends/b.h", true},
+        {"window-system/ui/a.cpp", "window-system/front-ends/protocol.h", true},
+        {"window-system/ui/a.cpp", "window-system/model/b.h", false},
         {"text/a.h", "src/model/b.h", false},
         {"text/a.h", "host/b.h", false},
         {"host/a.cpp", "text/b.h", true},
@@ -288,6 +295,38 @@ TEST(NeedsRule, RefusesALibraryBeyondTheRuntime)
     ASSERT_EQ(1u, breaches.size());
     EXPECT_EQ("needs libother.so.1", breaches[0].Why);
     EXPECT_TRUE(clean.empty());
+}
+
+TEST(CircleRule, RefusesSourcesThatNeedEachOther)
+{
+    namespace fs = std::filesystem;
+    std::string folder = (fs::temp_directory_path() / "vark-canary-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(folder.data()));
+    const auto Compile = [&](const std::string &name, const std::string &text) {
+        std::ofstream(fs::path(folder) / (name + ".cpp")) << text;
+        OutputOf("cd '" + folder + "' && " VARK_CXX " -c " + name + ".cpp -o " + name + ".cpp.o");
+        return folder + "/" + name + ".cpp.o";
+    };
+    const std::string low = Compile("low", "int value; void Low() {}");
+    const std::string high = Compile("high", "void Low(); void High() { Low(); }");
+    const std::string calls = Compile("calls", "void High(); void Called() { High(); }");
+    const std::string called = Compile("called", "void Called(); void Low() { Called(); }");
+    const std::string takes = Compile("takes", "void High(); int given; void Take() { High(); }");
+    const std::string gives = Compile("gives", "extern int given; void High() { given = 1; }");
+    const Breaches none = Circles("t", {low, high, calls});
+    const Breaches ofThree = Circles("t", {called, high, calls});
+    const Breaches ofData = Circles("t", {takes, gives});
+    const Breaches ofNothing = Circles("t", {});
+    const Breaches unread = Circles("t", {folder + "/gone.o", folder + "/gone_too.o"});
+    fs::remove_all(folder);
+    EXPECT_TRUE(none.empty());
+    ASSERT_EQ(1u, ofThree.size());
+    EXPECT_EQ("called.cpp needs Called of calls.cpp; calls.cpp needs High of high.cpp; "
+              "high.cpp needs Low of called.cpp; ",
+              ofThree[0].Why);
+    EXPECT_EQ(1u, ofData.size());
+    EXPECT_EQ(1u, ofNothing.size());
+    EXPECT_EQ(1u, unread.size());
 }
 
 TEST(NeedsRule, RefusesWhatIsNoSharedLibrary)

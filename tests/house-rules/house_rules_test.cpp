@@ -40,6 +40,15 @@ TEST(HouseRules, ReadmeIsTrue) { EXPECT_EQ("", Told(ReadmeIsTrue(Tree()))); }
 
 TEST(HouseRules, LibraryNeedsNothingButTheRuntime) { EXPECT_EQ("", Told(DynamicNeeds(VARK_LIBRARY))); }
 
+TEST(HouseRules, SourcesCallEachOtherInNoCircle)
+{
+    const auto lists = ReadObjectLists(VARK_OBJECT_LISTS);
+    ASSERT_FALSE(lists.empty());
+    for (const auto &[target, objects] : lists) {
+        EXPECT_EQ("", Told(Circles(target, objects)));
+    }
+}
+
 TEST(HouseRules, GermanTextsAreWindows1252) { EXPECT_EQ("", Told(TextsAreTurnedOver(Tree()))); }
 
 TEST(HouseRules, CommentsCarryTheirReasons) { EXPECT_EQ("", Told(Words(Tree()))); }

@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
+#include <cxxabi.h>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <sstream>
 
 namespace house {
 
@@ -15,6 +19,11 @@ const std::vector<std::string> layersLowestFirst = {
 };
 
 const std::vector<std::string> siblings = {"src/reports/financial", "src/reports/tax", "src/reports/cost"};
+
+const std::vector<std::string> windowLayersLowestFirst = {
+    "window-system/model",   "window-system/windows",    "window-system/controls",
+    "window-system/dialogs", "window-system/front-ends",
+};
 
 namespace {
 
@@ -111,6 +120,23 @@ std::set<std::string> PathsOf(const Files &files)
     return paths;
 }
 
+// Why a source of the window system must not include another; empty when it may.
+std::string WhyNotInWindows(const std::string &from, const std::string &to)
+{
+    if (LiesIn(from, "window-system/ui")) {
+        const bool isShared = to == "window-system/front-ends/protocol.h";
+        return isShared || LiesIn(to, "window-system/ui") ? "" : "the program shares the protocol alone";
+    }
+    const auto rankOf = [](const std::string &path) {
+        const auto &folders = windowLayersLowestFirst;
+        const auto found = std::find_if(folders.begin(), folders.end(),
+                                        [&](const std::string &folder) { return LiesIn(path, folder); });
+        return found - folders.begin();
+    };
+    if (IsPublicHeaderOfAPart(to) || rankOf(to) <= rankOf(from)) return "";
+    return "the arrow points upwards";
+}
+
 // Why `from` must not include `to`; empty when it may.
 std::string WhyNot(const std::string &from, const std::string &to)
 {
@@ -134,6 +160,7 @@ std::string WhyNot(const std::string &from, const std::string &to)
     }
     for (const std::string &part : parts) {
         if (!LiesIn(from, part)) continue;
+        if (part == "window-system" && LiesIn(to, part)) return WhyNotInWindows(from, to);
         if (LiesIn(to, part) || LiesIn(to, "text") || LiesIn(to, "host")) return "";
         // The report engine opens its views in the window system.
         if (part == "report-engine" && LiesIn(to, "window-system") && IsPublicHeaderOfAPart(to)) return "";
@@ -579,6 +606,115 @@ Breaches Words(const Files &files)
         }
     }
     return breaches;
+}
+
+namespace {
+
+// What the objects of a target need of each other, by their places in its list.
+struct Needs {
+    std::vector<std::map<size_t, std::string>> Of; // a place, and a symbol that is needed from there
+};
+
+std::string Readable(const std::string &symbol)
+{
+    int status = 0;
+    char *name = abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status);
+    std::string readable = status == 0 ? name : symbol;
+    std::free(name);
+    return readable.substr(0, readable.find('('));
+}
+
+Needs ReadNeeds(const std::vector<std::string> &objects)
+{
+    std::map<std::string, size_t> definedIn;
+    std::vector<std::set<std::string>> wanted(objects.size());
+    for (size_t i = 0; i < objects.size(); ++i) {
+        for (const std::string &line : Lines(OutputOf("nm -P '" + objects[i] + "'"))) {
+            std::istringstream words(line);
+            std::string symbol;
+            char type = '?';
+            words >> symbol >> type;
+            if (type == 'U') wanted[i].insert(symbol);
+            // What is weak or local stands in every source that uses it.
+            if (std::string("TDBRSGC").find(type) != std::string::npos) definedIn[symbol] = i;
+        }
+    }
+    Needs needs;
+    needs.Of.resize(objects.size());
+    for (size_t i = 0; i < objects.size(); ++i) {
+        for (const std::string &symbol : wanted[i]) {
+            const auto found = definedIn.find(symbol);
+            if (found != definedIn.end() && found->second != i) needs.Of[i].emplace(found->second, symbol);
+        }
+    }
+    return needs;
+}
+
+// The shortest way from a place back to itself; empty when there is none.
+std::vector<size_t> CircleAround(const Needs &needs, size_t start)
+{
+    std::map<size_t, size_t> reachedFrom;
+    std::deque<size_t> next = {start};
+    while (!next.empty()) {
+        const size_t at = next.front();
+        next.pop_front();
+        for (const auto &[to, symbol] : needs.Of[at]) {
+            if (to == start) {
+                std::vector<size_t> circle;
+                for (size_t each = at; each != start; each = reachedFrom[each]) {
+                    circle.insert(circle.begin(), each);
+                }
+                circle.insert(circle.begin(), start);
+                return circle;
+            }
+            if (reachedFrom.emplace(to, at).second) next.push_back(to);
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+Breaches Circles(const std::string &target, const std::vector<std::string> &objects)
+{
+    if (objects.empty()) return {{target, 0, "has no objects"}};
+    const Needs needs = ReadNeeds(objects);
+    const bool isRead = std::any_of(needs.Of.begin(), needs.Of.end(),
+                                    [](const std::map<size_t, std::string> &each) { return !each.empty(); });
+    if (!isRead && objects.size() > 1) return {{target, 0, "its objects need nothing of each other"}};
+    Breaches breaches;
+    std::set<size_t> told;
+    for (size_t i = 0; i < objects.size(); ++i) {
+        const std::vector<size_t> circle = told.contains(i) ? std::vector<size_t>() : CircleAround(needs, i);
+        if (circle.empty()) continue;
+        const auto nameOf = [&](size_t place) {
+            return std::filesystem::path(objects[place]).filename().replace_extension("").string();
+        };
+        std::string why;
+        for (size_t j = 0; j < circle.size(); ++j) {
+            const size_t to = circle[(j + 1) % circle.size()];
+            why += nameOf(circle[j]) + " needs " + Readable(needs.Of[circle[j]].at(to)) + " of " +
+                   nameOf(to) + "; ";
+            told.insert(circle[j]);
+        }
+        breaches.push_back({target, 0, why});
+    }
+    return breaches;
+}
+
+std::map<std::string, std::vector<std::string>> ReadObjectLists(const std::string &path)
+{
+    std::map<std::string, std::vector<std::string>> lists;
+    std::ifstream stream(path);
+    std::string target;
+    for (std::string line; std::getline(stream, line);) {
+        if (line.find('/') == std::string::npos) {
+            target = line;
+        } else {
+            lists[target].push_back(line);
+        }
+    }
+    return lists;
 }
 
 std::string OutputOf(const std::string &command)

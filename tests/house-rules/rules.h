@@ -4,6 +4,7 @@
 
 #include "source_text.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ using Files = std::vector<SourceFile>;
 // or to one before it. Folders on one line of `siblings` never include each other.
 extern const std::vector<std::string> layersLowestFirst;
 extern const std::vector<std::string> siblings;
+
+// The same inside the window system; a source right in its folder stands above all.
+extern const std::vector<std::string> windowLayersLowestFirst;
 
 // Includes point downwards, parts are met by their public headers alone, and every quoted include exists.
 Breaches Layers(const Files &files);
@@ -62,6 +66,14 @@ Breaches HeadersCompileAlone(const std::string &root, const std::vector<std::str
 
 // Libraries that `library` asks the loader for and that are not among the C and C++ runtime.
 Breaches DynamicNeeds(const std::string &library);
+
+// The sources of `target` that call each other in a circle, read from the symbols of its objects: one breach
+// a circle, with what each needs of the next.
+Breaches Circles(const std::string &target, const std::vector<std::string> &objects);
+
+// The objects of each target in the list that CMake has written: the name in a line of its own, a path a line
+// behind it.
+std::map<std::string, std::vector<std::string>> ReadObjectLists(const std::string &path);
 
 // Runs a command and returns what it writes.
 std::string OutputOf(const std::string &command);
