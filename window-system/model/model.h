@@ -52,8 +52,8 @@ extern Model model;
 struct FrontEndCalls {
     // At the first call; may start programs, so not with the lock held.
     void (*Choose)();
-    // What a person would do next, for a thread that is about to wait. True when the thread should look at its
-    // queue again, false when it may sleep until woken. Expects the lock, and lets go of it meanwhile.
+    // What a person would do next, for a thread that is about to wait. True when the thread should look at
+    // its queue again, false when it may sleep until woken. Expects the lock, and lets go of it meanwhile.
     bool (*Ask)(Thread *thread);
     // The screen gets to know what has changed. Takes the lock, as the next two.
     void (*Show)();
