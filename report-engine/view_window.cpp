@@ -194,8 +194,10 @@ HWND OpenViewWindow(void *handle, View *view, const ViewPlace &place)
     const bool hasSize = place.Width > 0 && place.Height > 0;
     const LONG width = hasSize || !isOwn ? place.Width : defaultWidth;
     const LONG height = hasSize || !isOwn ? place.Height : defaultHeight;
-    HWND window = CreateWindowExA(place.ExStyle | WS_EX_CONTROLPARENT, className, title, style, place.Left,
-                                  place.Top, width, height, parent, nullptr, nullptr, state);
+    // A view is no MDI child itself, whatever the style that its frame shares: the state comes as it is.
+    const DWORD exStyle = (place.ExStyle & ~DWORD{WS_EX_MDICHILD}) | WS_EX_CONTROLPARENT;
+    HWND window = CreateWindowExA(exStyle, className, title, style, place.Left, place.Top, width, height,
+                                  parent, nullptr, nullptr, state);
     if (window == nullptr && !isTaken) EndWindow(state); // else it went with WM_NCDESTROY
     if (window == nullptr) return nullptr;
     state->Taken = nullptr;
