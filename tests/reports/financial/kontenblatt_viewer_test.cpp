@@ -8,6 +8,7 @@
 #include "src/platform/window_api.h"
 #include "src/reports/frame/report_params.h"
 #include "src/reports/frame/tab_dialog.h"
+#include "tests/reports/frame/played_dialog.h"
 #include "tests/support/alloc_faults.h"
 #include "tests/support/books.h"
 #include "tests/support/engine_faults.h"
@@ -396,6 +397,19 @@ TEST_F(SheetWindow, FreesItsStateAndReportWhenItGoes)
         DestroyWindow(frame);
     }
     EXPECT_EQ(before, LiveAllocations());
+}
+
+TEST_F(SheetWindow, MayGoWhileItsDialogIsOpen)
+{
+    Open();
+    const long before = LiveAllocations();
+    {
+        const Onlooker onlooker([this](HWND) { DestroyWindow(frame); });
+        Press(newChoice);
+    }
+    EXPECT_FALSE(IsWindow(frame));
+    EXPECT_LT(LiveAllocations(), before) << "its state went when the press had been handled";
+    EXPECT_EQ(Lines{}, books.TakeBoxes());
 }
 
 TEST_F(SheetWindow, LetsTwoFramesGoTheirOwnWays)
