@@ -1,69 +1,117 @@
--- Bilanz and Eröffnungsbilanz: the two sides, each with its tree of groups and the accounts in them.
+-- Bilanz and Eröffnungsbilanz: the two sides, each with its tree of groups and the accounts in them. The result
+-- stands among the Passiva, so that the sides agree.
 
 report { id = "tervoBILANZ0.0", title = "Bilanz" }
 
 local tree = share("or_tree")
 
-style("seite", { like = "head", size = 12, height = 9 })
+tree.list.upright { font = "Roboto", fontsize = 8.5 }
+tree.styles()
+style("seite", { like = "head", size = 12, height = 9, shade = 0 })
+style("ergebnis", { like = "text", bold = true, height = 6 })
+
+columns {
+    { "text", "Bezeichnung", 112 },
+    { "kuerzel", "Kürzel", 0 },
+    { "vorspalte", "", 34, form = "amount" },
+    { "betrag", "Betrag", 34, form = "amount", sum = true },
+    { "vergleich", "", 0, form = "amount", sum = true },
+    { "differenz", "Veränderung", 0, form = "amount", sum = true },
+}
+
+fields {
+    { "seite", "Seite" },
+    { "gruppe1", "Gruppe 1" },
+    { "gruppe2", "Gruppe 2" },
+    { "gruppe3", "Gruppe 3" },
+    { "nummer", "Konto" },
+    { "kuerzel", "Kürzel" },
+    { "name", "Bezeichnung" },
+    { "betrag", "Betrag", form = "amount" },
+    { "vergleich", "Vergleich", form = "amount" },
+    { "differenz", "Veränderung", form = "amount" },
+}
+
+local side = nil      -- "Aktiva", "Passiva"
+local aktiva = nil    -- their sums
+local opening = false -- an Eröffnungsbilanz has no result
+
+-- The day of the Bilanz, as far as it is told: a fiscal year with two numbers begins in an unknown month.
+local function dayOf(zeitraum)
+    if zeitraum:find("/") then
+        return "zu" .. (opening and " Beginn" or "m Ende") .. " des Geschäftsjahres " .. zeitraum
+    end
+    if zeitraum:len() == 4 then return "zum " .. (opening and "01.01." or "31.12.") .. zeitraum end
+    if zeitraum:find("per ") == 1 then return "zum " .. zeitraum:sub(5) end
+    return "zum Ende " .. zeitraum
+end
 
 record(0, {
     text("mandant", 0, 41),
     text("zeitraum", 41, 50),
     text("zeitraumVergleich", 91, 50),
-    u32("eroeffnung", 141),
+    i32("eroeffnung", 141),
     u32("vergleich", 145),
     u32("ersteEbeneUnter", 149),
     u32("kontenstruktur", 153),
     i32("ebene", 157),
     u32("mitKonten", 161),
     emit = function(r)
-        tree.choice = r
-        local title = r.eroeffnung ~= 0 and "Eröffnungsbilanz" or "Bilanz"
-        local compared = r.vergleich ~= 0 and "Vergleich: " .. r.zeitraumVergleich or ""
-        head { left = title, right = "Seite {page} von {pages}" }
-        head { left = r.mandant, right = r.zeitraum }
-        head { right = compared }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
+        opening = r.eroeffnung ~= 0
+        local period = dayOf(r.zeitraum)
+        if r.vergleich ~= 0 then
+            tree.begin(r, { vorspalte = 0, betrag = 27, vergleich = 27, differenz = 27 })
+        else
+            tree.betrag = "vorspalte" -- amounts of accounts stand before the sums of their groups
+            tree.begin(r, { vorspalte = r.mitKonten ~= 0 and 34 or 0, betrag = 34 })
+        end
+        about {
+            { "mandant", r.mandant },
+            { "bericht", opening and "Eröffnungsbilanz" or "Bilanz" },
+            { "zeitraum", period },
+            { "vergleich", r.vergleich ~= 0 and tree.heading(r.zeitraumVergleich) or "" },
+        }
+        tree.list.head(r.mandant, opening and "Eröffnungsbilanz" or "Bilanz")
+        head { center = period }
     end,
 })
 
-local side = ""
+local function sideRow(style, title, betrag, vergleich)
+    row(style, { text = title, betrag = betrag, vergleich = vergleich, differenz = betrag - vergleich })
+end
 
 record(8, {
     u32("aktiva", 0),
     level = 1,
     newpage = true,
+    again = "seite",
     rows = { "seite" },
     emit = function(r)
         side = r.aktiva ~= 0 and "Aktiva" or "Passiva"
+        tree.reset()
         bookmark(side)
-        row("seite", side)
+        row("seite", { text = side })
     end,
     close = {
-        rows = { "total" },
+        rows = { "ergebnis", "total" },
         emit = function(sum)
-            row("total", tree.amounts { konto = "Summe " .. side, betrag = sum.betrag, vergleich = sum.vergleich })
+            local betrag, vergleich = sum.betrag, sum.vergleich
+            if side == "Aktiva" then
+                aktiva = { betrag = betrag, vergleich = vergleich }
+            elseif aktiva.betrag ~= betrag or aktiva.vergleich ~= vergleich then
+                local result = { betrag = aktiva.betrag - betrag, vergleich = aktiva.vergleich - vergleich }
+                local title = opening and "Differenz" or tree.result(result.betrag, result.vergleich)
+                sideRow("ergebnis", title, result.betrag, result.vergleich)
+                tree.data { seite = side, name = title, betrag = result.betrag, vergleich = result.vergleich,
+                    differenz = result.betrag - result.vergleich }
+                betrag, vergleich = aktiva.betrag, aktiva.vergleich
+            end
+            sideRow("total", "Summe " .. side, betrag, vergleich)
         end,
     },
 })
 
-tree.groups(2)
-
-for kind = 4, 7 do
-    record(kind, {
-        text("nummer", 0, 8),
-        text("kuerzel", 8, 9),
-        text("text", 17, 41),
-        amount("betrag", 58),
-        amount("vergleich", 71),
-        rows = { "line" },
-        emit = function(r)
-            if tree.choice ~= nil and (tree.choice.mitKonten == 0 or tree.choice.ebene < math.min(kind - 4, 3)) then
-                add(tree.amounts(r))
-                return
-            end
-            if tree.choice ~= nil and tree.choice.kontenstruktur ~= 0 then r.konto = r.nummer .. "   " .. r.kuerzel end
-            row("line", tree.amounts(r))
-        end,
-    })
-end
+tree.groups(2, { "betrag", "vergleich", "differenz" })
+tree.accounts(2, 7, function() return { amount("betrag", 58), amount("vergleich", 71) } end, function(r)
+    r.seite = side
+end)
