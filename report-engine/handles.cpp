@@ -1,6 +1,6 @@
 #include "report-engine/handles.h"
 
-#include "report-engine/view_window.h"
+#include "window-system/varkui.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -43,11 +43,11 @@ void StartAfresh()
 
 void WatchForks() { pthread_atfork(nullptr, nullptr, StartAfresh); }
 
-template <typename Thing> int32_t Add(Table<Thing> &table, Thing *thing)
+template <typename Thing> int32_t Add(Table<Thing> &table, Thing *thing, int references = 1)
 {
     static pthread_once_t once = PTHREAD_ONCE_INIT;
     pthread_once(&once, WatchForks);
-    thing->References = 1;
+    thing->References = references;
     pthread_mutex_lock(&tableLock);
     int32_t handle = 0;
     for (int32_t tried = 1; tried < handleEnd && handle == 0; ++tried) {
@@ -122,7 +122,7 @@ void RemoveCounting(int32_t handle)
 
 void *AddView(View *view)
 {
-    const int32_t handle = Add(views, view);
+    const int32_t handle = Add(views, view, 2);
     if (handle == 0) return nullptr;
     return reinterpret_cast<void *>(firstViewHandle + static_cast<uintptr_t>(handle)); // NOLINT: no pointer
 }
@@ -137,11 +137,22 @@ int32_t NumberOf(const void *handle)
     return static_cast<int32_t>(number - firstViewHandle);
 }
 
+// The handle of the view that a window is, or that stands in it; null for none.
+void *ViewIn(HWND window)
+{
+    void *handle = GetPropA(window, viewProperty);
+    for (HWND child = GetWindow(window, GW_CHILD); handle == nullptr && child != nullptr;
+         child = GetWindow(child, GW_HWNDNEXT)) {
+        handle = GetPropA(child, viewProperty);
+    }
+    return handle;
+}
+
 } // namespace
 
 View *HoldView(void *handle)
 {
-    if (NumberOf(handle) == 0 && handle != nullptr) handle = ViewOfWindow(static_cast<HWND>(handle));
+    if (NumberOf(handle) == 0 && handle != nullptr) handle = ViewIn(static_cast<HWND>(handle));
     const int32_t number = NumberOf(handle);
     return number != 0 ? Hold(views, number) : nullptr;
 }
@@ -166,7 +177,8 @@ void RemoveViewsOf(int32_t reportHandle)
     for (int32_t handle = 1; handle < handleEnd; ++handle) {
         pthread_mutex_lock(&tableLock);
         View *view = views.Things[handle];
-        const bool isOne = view != nullptr && view->ReportHandle == reportHandle && view->Window == nullptr;
+        const bool isOne =
+            view != nullptr && view->ReportHandle == reportHandle && view->Window.load() == nullptr;
         if (isOne) views.Things[handle] = nullptr;
         pthread_mutex_unlock(&tableLock);
         if (isOne) ReleaseView(view);

@@ -23,16 +23,18 @@ CountingReport *HoldCounting(int32_t handle);
 void ReleaseCounting(CountingReport *report);
 void RemoveCounting(int32_t handle);
 
-// A view's handle looks like a pointer and is none; HoldView takes the window that shows it as well.
+// A view's handle looks like a pointer and is none. AddView leaves a reference with the caller, since another
+// thread may close the report at any moment. HoldView takes the window that shows it as well, and a
+// window around that one.
 void *AddView(View *view);
 View *HoldView(void *handle);
 void ReleaseView(View *view);
 void RemoveView(void *handle);
 
-// Takes away the views without a window of a report.
+// Removes those views of a report that have no window, or had one that went with its thread.
 void RemoveViewsOf(int32_t reportHandle);
 
-// Takes the report of a view away, unless another view of it is there.
+// Removes the view's report, unless another view still shows it.
 void RemoveReportOf(const View &view);
 
 } // namespace rs

@@ -142,7 +142,7 @@ void Show(const View &view, const char *utf8, UINT icon)
 {
     char shown[500];
     text::FromUtf8(utf8, shown, sizeof shown);
-    HWND window = static_cast<HWND>(view.Window);
+    HWND window = static_cast<HWND>(view.Window.load());
     HWND owner = window == nullptr || view.WasSeen ? window : GetParent(window);
     MessageBoxA(owner, shown, "MERIDA", MB_OK | icon);
 }

@@ -29,8 +29,8 @@ int32_t HandleOf(Report *report)
     return handle;
 }
 
-// Finishes the report and makes a view of it, with a window where somebody sees it. Takes over the reference
-// to the report.
+// Finishes the report and makes a view of it, with a window where there is a window system. Takes over the
+// reference to the report.
 RSWindow OpenViewOf(int32_t handle, Report *report, const char *title, const ViewPlace &place)
 {
     pthread_mutex_lock(&report->Lock);
@@ -52,9 +52,11 @@ RSWindow OpenViewOf(int32_t handle, Report *report, const char *title, const Vie
         std::free(view);
         return nullptr;
     }
-    if (!ViewsHaveWindows()) return opened;
-    opened = OpenViewWindow(opened, view, place);
-    if (opened == nullptr) Complain(place.Parent == nullptr ? "" : "view", ": the window cannot be made");
+    if (ViewsHaveWindows()) {
+        opened = OpenViewWindow(opened, view, place);
+        if (opened == nullptr) Complain("view", ": the window cannot be made");
+    }
+    ReleaseView(view);
     return opened;
 }
 
@@ -161,7 +163,7 @@ RSWindow RSCopyView(int32_t report, RSWindow view, int32_t /*third*/, int32_t le
     Report *held = HoldReport(report);
     if (held != nullptr && held->Catalogue == first->Of->Catalogue) {
         copy = OpenViewOf(report, held, first->Title,
-                          PlaceBeside(static_cast<HWND>(first->Window),
+                          PlaceBeside(static_cast<HWND>(first->Window.load()),
                                       {nullptr, left, top, width, height, style, exStyle}));
     } else if (held != nullptr) {
         ReleaseReport(held);

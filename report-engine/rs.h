@@ -39,7 +39,7 @@
 extern "C" {
 #endif
 
-/* A window of the window system, or, where there is no display, an opaque value that these functions take. */
+/* A window of the window system, or, without that, an opaque value that these functions take. */
 typedef void *RSWindow;
 
 /* Opens an empty report on the template at `templatePath`, which must be one for `reportId`. `reserved` is
@@ -86,15 +86,19 @@ RS_API int32_t RSGetVirtualPages(int32_t virtualReport);
    the report from then on. `title` is the view's title, empty for that of the template. A report may have
    several views. Returns the view, 0 on failure.
 
-   Where somebody sees windows (libvarkui.so beside this library, with a front end) the view is a window of
-   the calling thread, to be destroyed with DestroyWindow or by the person; its end ends the report. With
-   WS_CHILD it stands in `parent` at the given rectangle; without, `parent` owns it, it can be moved, sized
+   The view is a window of the calling thread (libvarkui.so beside this library), whether or not anybody sees
+   it, to be destroyed with DestroyWindow or by the person; its end, or that of its thread, ends the report.
+   With WS_CHILD it stands in `parent` at the given rectangle; without, `parent` owns it, it can be moved, sized
    and closed whatever the style, has the size of the rectangle unless that is empty, and is shown when its
-   thread next handles messages - so one that is printed and destroyed is never seen.
+   thread next handles messages - so one that is printed and destroyed is never seen. With WS_CHILD, but a
+   `parent` that is none, it is a hidden window of its own until somebody makes it a child (SetParent, WS_CHILD)
+   and shows it.
 
-   Where nobody does, the view has no window: the result is an opaque value for the three functions below,
-   RSCloseReport ends it, and parent, rectangle and styles are not read. `pageTitle`, the two last numbers and
-   `frame` are never read. */
+   The three functions below take the window around such a child in its place.
+
+   Without a window system the result is an opaque value for the three functions below, RSCloseReport ends it,
+   and parent, rectangle and styles are not read. `pageTitle`, the two last numbers and `frame` are never
+   read. */
 RS_API RSWindow RSOpenView(int32_t report, const char *title, const char *pageTitle, RSWindow parent,
                            int32_t left, int32_t top, int32_t width, int32_t height, uint32_t style,
                            uint32_t exStyle, uint32_t firstReserved, uint32_t secondReserved, RSWindow frame);

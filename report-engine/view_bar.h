@@ -1,7 +1,7 @@
 // The tool bar of a view: what stands in it, and where in a window of any width.
 #pragma once
 
-#include "report-engine/view_window.h"
+#include "report-engine/view_state.h"
 
 namespace rs {
 

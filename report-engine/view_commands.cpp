@@ -1,9 +1,11 @@
-// What a person has a view do: copy, search, print, save.
+#include "report-engine/view_commands.h"
+
 #include "report-engine/complain.h"
 #include "report-engine/handles.h"
 #include "report-engine/output.h"
+#include "report-engine/page_source.h"
 #include "report-engine/printing.h"
-#include "report-engine/view_window.h"
+#include "report-engine/view_strip.h"
 #include "text/windows1252.h"
 
 #include <cstdio>
@@ -55,6 +57,16 @@ char *TextOfFile(int file, int64_t length)
 }
 
 } // namespace
+
+void SelectPage(ViewWindow &view)
+{
+    const Definition &def = view.Of->Of->Def;
+    const int64_t page = CurrentPage(view);
+    view.From = {page, 0, 0};
+    view.To = {page, def.PageWidth, def.PageHeight};
+    view.Grain = 0;
+    ShowPart(view);
+}
 
 bool CopySelection(ViewWindow &view)
 {

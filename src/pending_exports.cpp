@@ -17,5 +17,3 @@ VarkWindow NoReport()
 VarkWindow VARK_CALL VARK_Buchungsjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_OPListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_UmsatzStatistik(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
-VarkWindow VARK_CALL VARK_Kostenjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
-VarkWindow VARK_CALL VARK_KostenAufteilung(int32_t, VarkWindow, ReportParams *) { return NoReport(); }

@@ -9,8 +9,9 @@ tree.list.upright { font = "Roboto", fontsize = 8.5 }
 tree.styles()
 
 columns {
-    { "text", "Bezeichnung", 90 },
+    { "konto", "Konto", 0 },
     { "kuerzel", "Kürzel", 0 },
+    { "text", "Bezeichnung", 90 },
     { "soll", "Soll", 30, form = "amount", sum = true, zero = "blank" },
     { "haben", "Haben", 30, form = "amount", sum = true, zero = "blank" },
     { "betrag", "Ergebnis", 30, form = "amount", sum = true },
@@ -46,7 +47,7 @@ record(0, {
     emit = function(r)
         local isCompared = r.vergleich ~= 0
         if isCompared then
-            tree.begin(r, { soll = 0, haben = 0, betrag = 27, vergleich = 27, differenz = 27 })
+            tree.begin(r, { soll = 0, haben = 0, betrag = 30, vergleich = 30, differenz = 30 })
         else
             tree.begin(r, { soll = 30, haben = 30, betrag = 30 })
         end
@@ -71,7 +72,7 @@ end)
 finish {
     rows = { "total" },
     emit = function(sum)
-        sum.text = tree.result(sum.betrag, tree.choice.vergleich ~= 0 and sum.vergleich or 0)
+        sum[tree.first] = tree.result(sum.betrag, tree.choice.vergleich ~= 0 and sum.vergleich or 0)
         row("total", sum)
     end,
     empty = "Keine Konten in der Gewinn- und Verlustrechnung.",

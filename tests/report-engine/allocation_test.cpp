@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "report_support.h"
+#include "window-system/varkui.h"
 
 extern "C" {
 void *__libc_malloc(size_t size);               // NOLINT: names of the C library
@@ -55,6 +56,7 @@ Outcome RunOnce(const char *path, const char *csvPath, const char *textPath, con
     outcome.csv = RSExportView(outcome.view, csvPath);
     outcome.text = RSExportView(outcome.view, textPath);
     RSCloseReport(outcome.report);
+    DestroyWindow(static_cast<HWND>(outcome.view));
     return outcome;
 }
 

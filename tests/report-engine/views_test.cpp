@@ -599,13 +599,138 @@ TEST_F(Views, OfAnyWidthHaveTheWholeToolBarInSight)
     DestroyWindow(frame);
 }
 
-TEST_F(Views, AsChildrenNeedAParent)
+TEST_F(Views, AsChildrenWithoutAParentWaitHiddenForTheirFrame)
+{
+    Play("");
+    for (HWND parent : {HWND{}, reinterpret_cast<HWND>(intptr_t{0x123456})}) { // NOLINT: no window
+        Fill();
+        auto *view = static_cast<HWND>(OpenChild(report, parent));
+        ASSERT_NE(IsWindow(view), 0);
+        EXPECT_EQ(static_cast<DWORD>(GetWindowLongPtrA(view, GWL_STYLE)) & (WS_CHILD | WS_VISIBLE), 0U);
+        MSG message;
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+            DispatchMessageA(&message);
+        }
+        EXPECT_EQ(IsWindowVisible(view), 0) << "also when its thread has handled messages";
+        EXPECT_EQ(GetParent(view), nullptr);
+
+        HWND frame = MakeFrame();
+        const auto style = static_cast<DWORD>(GetWindowLongPtrA(view, GWL_STYLE));
+        SetWindowLongPtrA(view, GWL_STYLE,
+                          static_cast<LONG_PTR>((style & ~(WS_OVERLAPPEDWINDOW | WS_POPUP)) | WS_CHILD));
+        SetParent(view, frame);
+        SetWindowPos(view, nullptr, 0, 0, 500, 300, SWP_SHOWWINDOW | SWP_NOZORDER);
+        EXPECT_EQ(GetParent(view), frame);
+        EXPECT_NE(IsWindowVisible(view), 0);
+        VARKUIPICTURE shown = {};
+        SendMessageA(GetDlgItem(view, pages), PCM_GETPICTURE, 0, reinterpret_cast<LPARAM>(&shown));
+        EXPECT_GT(shown.Width, 0) << "its pages are drawn";
+        SendMessageA(GetDlgItem(view, pages), WM_KEYDOWN, VK_ESCAPE, 0);
+        EXPECT_NE(IsWindow(view), 0) << "a child leaves Escape to the host";
+        DestroyWindow(frame);
+        EXPECT_EQ(IsWindow(view), 0);
+        EXPECT_EQ(RSCopyReport(report, susaId, 0), 0) << "the report ended with its view";
+    }
+}
+
+TEST_F(Views, AFrameStandsForTheViewInIt)
+{
+    Play("");
+    Fill(3);
+    HWND frame = MakeFrame();
+    EXPECT_EQ(RSExportView(frame, directory.At("a.csv").c_str()), 0) << "there is none in it yet";
+    auto *view = static_cast<HWND>(OpenChild(report, frame));
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(RSExportView(frame, directory.At("a.csv").c_str()), 1);
+    EXPECT_EQ(RSExportView(view, directory.At("b.csv").c_str()), 1);
+    EXPECT_EQ(ReadFile(directory.At("a.csv")), ReadFile(directory.At("b.csv")));
+    directory.Write("vark.ini", "[RS]\nDrucker=datei:" + directory.At("druck.pdf") + "\n");
+    EXPECT_EQ(RSPrintView(frame, 0), 1);
+    EXPECT_TRUE(ReadFile(directory.At("druck.pdf")).starts_with("%PDF"));
+    DestroyWindow(view);
+    EXPECT_EQ(RSExportView(frame, directory.At("a.csv").c_str()), 0);
+    DestroyWindow(frame);
+}
+
+TEST_F(Views, AreWindowsThatNobodySeesWithoutAFrontEnd)
+{
+    setenv("VARK_UI", "headless", 1);
+    directory.Write("vark.ini", "[RS]\nDrucker=datei:" + directory.At("druck.pdf") + "\n");
+    Fill(3);
+    auto *view = static_cast<HWND>(OpenView(report));
+    ASSERT_NE(IsWindow(view), 0);
+    EXPECT_EQ(IsWindowVisible(view), 0);
+    char title[40] = "";
+    GetWindowTextA(view, title, sizeof title);
+    EXPECT_STREQ(title, "Bericht");
+    EXPECT_EQ(RSPrintView(view, 0), 1);
+    EXPECT_TRUE(ReadFile(directory.At("druck.pdf")).starts_with("%PDF"));
+    EXPECT_EQ(RSExportView(view, directory.At("a.csv").c_str()), 1);
+    DestroyWindow(view);
+    EXPECT_EQ(RSExportView(view, directory.At("b.csv").c_str()), 0);
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0) << "the view alone ended its report";
+    EXPECT_FALSE(RunsMarked("rs-pages", directory.Path.string()));
+}
+
+TEST_F(Views, ACopyTakesItsPlaceInTheFrameWithoutAFrontEndToo)
+{
+    setenv("VARK_UI", "headless", 1);
+    Fill(3);
+    HWND frame = MakeFrame();
+    auto *view = static_cast<HWND>(OpenChild(report, frame));
+    ASSERT_NE(view, nullptr);
+    const int32_t second = RSCopyReport(report, susaId, 0);
+    ASSERT_GT(second, 0);
+    EXPECT_EQ(AddSusaHeader(second), 1);
+    EXPECT_EQ(AddSusaLine(second, {.Konto = "4711"}), 1);
+    RECT place = {};
+    GetWindowRect(view, &place);
+    auto *copied = static_cast<HWND>(
+        RSCopyView(second, view, 0, place.left, place.top, place.right - place.left, place.bottom - place.top,
+                   static_cast<uint32_t>(GetWindowLongA(view, GWL_STYLE)), 0, 0));
+    ASSERT_NE(copied, nullptr);
+    EXPECT_EQ(GetParent(copied), frame);
+    DestroyWindow(view);
+    EXPECT_EQ(RSExportView(frame, directory.At("a.csv").c_str()), 1) << "the frame stands for the new one";
+    EXPECT_NE(ReadFile(directory.At("a.csv")).find(";4711;"), std::string::npos);
+    DestroyWindow(frame);
+    EXPECT_EQ(RSCopyReport(second, susaId, 0), 0);
+}
+
+TEST_F(Views, EndWithTheThreadThatOpenedThem)
+{
+    setenv("VARK_UI", "headless", 1);
+    std::thread([&] {
+        Fill(3);
+        OpenView(report);
+    }).join();
+    EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
+}
+
+TEST_F(Views, ClearASelectionByEscapeBeforeTheyClose)
+{
+    EXPECT_EQ(Use("key Ctrl+a\n"
+                  "key Escape\n"
+                  "key Ctrl+c\n"
+                  "expect text 115 Es ist nichts markiert.\n"),
+              "");
+}
+
+TEST_F(Views, KeepTheLeftEdgeInViewWhenTheyGrow)
 {
     Play("");
     Fill();
-    EXPECT_NE(Errors([&] { EXPECT_EQ(OpenChild(report, nullptr), nullptr); }), "");
-    EXPECT_NE(RSCopyReport(report, susaId, 0), 0) << "the report is still the host's";
-    RSCloseReport(report);
+    auto *view = static_cast<HWND>(OpenView(report));
+    SendMessageA(view, WM_APP + 1, 0, 0);
+    const Mouse mouse = {view};
+    VARKUIPICTURE shown = {};
+    for (int step = 0; step < 4; ++step) {
+        mouse.Tell(PCN_ZOOM, 100, 100, 2);
+        SendMessageA(GetDlgItem(view, pages), PCM_GETPICTURE, 0, reinterpret_cast<LPARAM>(&shown));
+        EXPECT_EQ(shown.X, 0) << "the numbers of the accounts stay in view";
+    }
+    EXPECT_GT(shown.ContentWidth, shown.Width);
+    DestroyWindow(view);
 }
 
 TEST_F(Views, CopiedTakeTheOldOnesPlace)

@@ -146,7 +146,7 @@ void UpdateBar(KontenblattState &state)
     const PeriodSelection &period = build.Run.Choice.Period;
     const ThreadContext &context = *build.Run.Context;
     const bool isSelected = SelectSheetBooks(build);
-    const bool isMonth = isSelected && period.Code >= 1 && period.Code <= 12;
+    const bool isMonth = period.Code >= 1 && period.Code <= 12;
     EnableButton(state, previousMonth, isMonth && (period.Code > 1 || IsPostable(context, period.Jahr - 1)));
     EnableButton(state, nextMonth, isMonth && (period.Code < 12 || IsPostable(context, period.Jahr + 1)));
     const bool isSingle = isSelected && build.Run.Choice.Range.Einzeln != 0;

@@ -2,13 +2,12 @@
 // the calendar instead of fiscal years, a sum for each box instead of a list. Every period of every book has
 // to agree to the cent.
 #include "include/vark40.h"
-#include "tests/reports/tax/tax_calls.h"
 #include "tests/support/books.h"
 #include "tests/support/recording_engine.h"
+#include "tests/support/report_calls.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
@@ -28,15 +27,6 @@ const std::set<int> wholeBoxes = {41, 42, 44, 49, 43, 48, 50, 86, 35, 77, 91, 92
 const std::set<int> exactBoxes = {36, 76, 80, 65, 66, 61, 62, 63, 64, 59, 58, 69,
                                   39, 75, 45, 46, 87, 88, 37, 38, 95, 70, 73, 74};
 const std::set<int> notFromAccounts = {50, 86, 87, 88, 35, 36};
-
-// "000000012-50"
-std::string AmountOf(int64_t pfennig)
-{
-    const int64_t magnitude = std::abs(pfennig);
-    std::string text = std::to_string(100'000'000'000 + magnitude).substr(1);
-    text.insert(9, pfennig < 0 ? "-" : ",");
-    return text;
-}
 
 struct ModelAccount {
     std::string Number;

@@ -2,10 +2,10 @@
 // sums of the one agree with the boxes of the return.
 #include "include/vark40.h"
 #include "src/frame/lifecycle.h"
-#include "tests/reports/tax/tax_calls.h"
 #include "tests/support/books.h"
 #include "tests/support/engine_faults.h"
 #include "tests/support/recording_engine.h"
+#include "tests/support/report_calls.h"
 #include "tests/support/report_faults.h"
 
 #include <cstring>
@@ -214,19 +214,13 @@ TEST(VerprobungBesideTheReturn, BoxesAreTheNegativeSumsOfTheirAccounts)
             account.Kennzahl = static_cast<int16_t>(boxes[below(12)]);
             for (const char *year : {"1997", "1998"}) {
                 for (SollHaben &month : account.Umsaetze.Monat) {
-                    SetText(month.Soll, std::to_string(1'000'000'000 + below(9'999'999)).substr(1) + "," +
-                                            std::to_string(100 + below(100)).substr(1));
-                    SetText(month.Haben, std::to_string(1'000'000'000 + below(9'999'999)).substr(1) + "," +
-                                             std::to_string(100 + below(100)).substr(1));
+                    SetText(month.Soll, AmountOf(below(999'999'999)));
+                    SetText(month.Haben, AmountOf(below(999'999'999)));
                 }
                 books.Insert(mandant, TableSako, account, year);
             }
         }
     }
-    const auto pfennig = [](const std::string &text) {
-        const int64_t magnitude = std::stoll(text.substr(0, 9)) * 100 + std::stoll(text.substr(10));
-        return text[9] == '-' ? -magnitude : magnitude;
-    };
     ASSERT_EQ(1, VARK_Status());
     RecordingEngine sent;
     sent.Install();
@@ -238,7 +232,7 @@ TEST(VerprobungBesideTheReturn, BoxesAreTheNegativeSumsOfTheirAccounts)
             std::map<std::string, int64_t> ofReturn;
             for (const auto &[name, value] : FieldsOf(sent.Records(0).at(0))) {
                 if (name.starts_with("Kz") && !name.ends_with("Kopie"))
-                    ofReturn[name.substr(2)] = pfennig(value);
+                    ofReturn[name.substr(2)] = PfennigOf(value);
             }
             sent.Calls.clear();
             params = PeriodOf(code);
@@ -246,7 +240,7 @@ TEST(VerprobungBesideTheReturn, BoxesAreTheNegativeSumsOfTheirAccounts)
             std::map<std::string, int64_t> ofVerprobung;
             for (const std::string &record : sent.Records(3)) {
                 auto fields = FieldsOf(record);
-                ofVerprobung[fields["Kennzahl"]] -= pfennig(fields["Betrag"]);
+                ofVerprobung[fields["Kennzahl"]] -= PfennigOf(fields["Betrag"]);
             }
             EXPECT_EQ(ofReturn, ofVerprobung)
                 << "seed " << seed << " mandant " << mandant << " code " << code;

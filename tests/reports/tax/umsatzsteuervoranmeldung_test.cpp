@@ -2,10 +2,10 @@
 #include "include/vark40.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
-#include "tests/reports/tax/tax_calls.h"
 #include "tests/support/books.h"
 #include "tests/support/engine_faults.h"
 #include "tests/support/recording_engine.h"
+#include "tests/support/report_calls.h"
 #include "tests/support/report_faults.h"
 
 #include <cstring>

@@ -1,4 +1,4 @@
-// Calls of reports whose dialogs a test fills in, and what the tests of the tax reports have in common.
+// Calls of reports whose dialogs a test fills in, and their records field by field.
 #pragma once
 
 #include "include/vark40.h"
@@ -6,6 +6,8 @@
 #include "src/reports/frame/report_params.h"
 #include "tests/support/books.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
@@ -51,6 +53,20 @@ inline std::map<std::string, std::string> FieldsOf(const std::string &record)
         at = end + 3;
     }
     return fields;
+}
+
+// "000000012-50" in Pfennig.
+inline int64_t PfennigOf(const std::string &amount)
+{
+    const int64_t magnitude = std::stoll(amount.substr(0, 9)) * 100 + std::stoll(amount.substr(10));
+    return amount[9] == '-' ? -magnitude : magnitude;
+}
+
+// And back: up to nine digits before the mark.
+inline std::string AmountOf(int64_t pfennig)
+{
+    std::string text = std::to_string(100'000'000'000 + (pfennig < 0 ? -pfennig : pfennig)).substr(1);
+    return text.insert(9, pfennig < 0 ? "-" : ",");
 }
 
 } // namespace vark::test

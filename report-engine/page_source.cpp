@@ -1,14 +1,13 @@
 // Pages are drawn by a program of its own, rs-pages, which stands beside this library: its font and drawing
 // libraries load when a page is made and not with every host, their global state and their way of ending the
 // process when memory runs out stay there, and their memory goes when the file is done.
-#include "report-engine/pages.h"
+#include "report-engine/page_source.h"
 
 #include "report-engine/complain.h"
 #include "report-engine/helper.h"
 #include "report-engine/output.h"
 
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <poll.h>
@@ -46,7 +45,7 @@ bool OpenSource(PageSource &source, const View &view)
     char name[] = "rs-pages";
     char kind[] = "show";
     char count[24] = "";
-    std::to_chars(count, count + sizeof count - 1, view.Of->PageCount);
+    std::snprintf(count, sizeof count, "%lld", static_cast<long long>(view.Of->PageCount));
     char *const arguments[] = {name, kind, count, nullptr};
     const int descriptors[] = {view.Of->Store.File, sockets[1]};
     pid_t child = 0;

@@ -1,0 +1,23 @@
+// What a person has a view do.
+#pragma once
+
+#include "report-engine/view_state.h"
+
+namespace rs {
+
+// Selects the page in view.
+void SelectPage(ViewWindow &view);
+
+// Copies what is selected. Returns whether anything is.
+bool CopySelection(ViewWindow &view);
+
+// Goes to the next (previous) place of what stands in the search field.
+void SearchOn(ViewWindow &view, bool isBackwards);
+
+// Asks for a file and writes it. The window may be gone when this returns.
+void SaveView(HWND window);
+
+// Prints. The window may be gone when this returns.
+void PrintFromView(HWND window);
+
+} // namespace rs
