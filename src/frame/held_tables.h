@@ -25,7 +25,8 @@ struct HeldTables {
 };
 
 // Opens a table of the Mandant and year in force, or counts one more user of it. At the end of the scope it
-// has no more users than before, also when a change of the year or a failed Insert has moved the count.
+// has no more users than before, also when a change of the year, a refused Insert or a read inside a
+// transaction has moved the count.
 // False when it cannot be opened, which has been shown, or when eight are held already.
 bool Hold(HeldTables &held, TableId table);
 

@@ -1,5 +1,6 @@
 #include "src/frame/lifecycle.h"
 
+#include "src/frame/installation.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
 
@@ -9,10 +10,6 @@
 namespace vark {
 
 int32_t LibraryState = noContext;
-char DataPath[maxPath];
-char ReportPath[maxPath];
-char DllPath[maxPath];
-RecordManagerEntry EngineEntry;
 
 namespace {
 

@@ -2,8 +2,8 @@
 // every export has in common.
 #pragma once
 
+#include "src/frame/installation.h"
 #include "src/frame/thread_context.h"
-#include "src/platform/platform.h"
 
 #include <cstdint>
 
@@ -16,10 +16,6 @@ inline constexpr int32_t noDataPath = -36;   // no ini file names the data
 inline constexpr int32_t noContext = -42;    // the calling thread has no context
 
 extern int32_t LibraryState;
-extern char DataPath[maxPath];   // without a separator at its end
-extern char ReportPath[maxPath]; // with one at its end, unless empty
-extern char DllPath[maxPath];    // may be empty
-extern RecordManagerEntry EngineEntry;
 
 // Reads the configuration and binds the parts, once in the life of the process, by whichever thread comes
 // first. Whatever fails shows in LibraryState and is final.

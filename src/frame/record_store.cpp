@@ -1,6 +1,6 @@
 #include "src/frame/record_store.h"
 
-#include "src/frame/lifecycle.h"
+#include "src/frame/installation.h"
 #include "src/frame/messages.h"
 #include "src/platform/platform.h"
 

@@ -1,4 +1,5 @@
 // VARK_HoleMandantenNr: the user chooses a Mandant.
+#include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
@@ -53,13 +54,11 @@ int32_t FillMandanten(const SingleChoice &choice, HWND dialog)
 
 int32_t PickMandant(ThreadContext &context, HWND owner)
 {
-    const int32_t opened = context.OpenCounts[TableFista];
-    if (!OpenTable(context, TableFista)) return engineFailure;
+    HeldTables held(context);
+    if (!Hold(held, TableFista)) return engineFailure;
     const SingleChoice choice = {context,  dialogTable,  mandantList, KeyOfChoice("Mandant", ""),
                                  noNumber, FillMandanten};
-    const int32_t result = RunSingleChoice(choice, owner);
-    CloseTableTo(context, TableFista, opened);
-    return result;
+    return RunSingleChoice(choice, owner);
 }
 
 } // namespace

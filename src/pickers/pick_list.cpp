@@ -1,7 +1,6 @@
 #include "src/pickers/pick_list.h"
 
 #include "src/frame/messages.h"
-#include "src/frame/record_store.h"
 
 namespace vark {
 
@@ -48,13 +47,6 @@ void ResumeDrawing(HWND dialog, int control)
 {
     SendDlgItemMessageA(dialog, control, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(GetDlgItem(dialog, control), nullptr, TRUE);
-}
-
-void CloseTableTo(ThreadContext &context, TableId table, int32_t count)
-{
-    for (int32_t open = context.OpenCounts[table]; open > count; --open) {
-        CloseTable(context, table);
-    }
 }
 
 } // namespace vark

@@ -1,8 +1,6 @@
 // The list that a pick dialog shows: lines, each with the number that it stands for.
 #pragma once
 
-#include "src/frame/thread_context.h"
-#include "src/model/tables.h"
 #include "src/platform/window_api.h"
 
 #include <cstdint>
@@ -32,9 +30,5 @@ int RequireLine(HWND dialog, int list);
 // Keeps what is shown as it is while a list is filled, which is otherwise drawn line by line.
 void HoldDrawing(HWND dialog, int control);
 void ResumeDrawing(HWND dialog, int control);
-
-// Takes a table's open count back to what it was: reads inside a transaction and refused inserts leave it
-// higher.
-void CloseTableTo(ThreadContext &context, TableId table, int32_t count);
 
 } // namespace vark

@@ -1,6 +1,7 @@
 #include "src/pickers/rate_entry.h"
 
 #include "src/frame/dialogs.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
 #include "src/pickers/pick_list.h"
@@ -266,11 +267,8 @@ void EnterRate(HWND dialog, RateDialog &state)
 {
     KurseRecord rate{};
     if (!ReadRate(dialog, state, rate)) return;
-    const int32_t opened = state.Context.OpenCounts[TableKurse];
-    if (!Insert(state.Context, &rate, TableKurse)) {
-        CloseTableTo(state.Context, TableKurse, opened);
-        return;
-    }
+    HeldTables held(state.Context);
+    if (!Hold(held, TableKurse) || !Insert(state.Context, &rate, TableKurse)) return;
     if (SameText(rate.Waehrung, state.Provisional)) state.Provisional[0] = 0;
     if (AddRate(dialog, state, rate)) {
         const LRESULT rows = SendDlgItemMessageA(dialog, rateList, LB_GETCOUNT, 0, 0);
@@ -357,12 +355,10 @@ INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
 
 void RunRateDialog(ThreadContext &context, HWND owner)
 {
-    const int32_t opened = context.OpenCounts[TableKurse];
-    if (OpenTable(context, TableKurse)) {
-        RateDialog state = {context, {}, {}};
-        RunDialog(dialogTable, owner, Procedure, &state);
-    }
-    CloseTableTo(context, TableKurse, opened);
+    HeldTables held(context);
+    if (!Hold(held, TableKurse)) return;
+    RateDialog state = {context, {}, {}};
+    RunDialog(dialogTable, owner, Procedure, &state);
 }
 
 bool FindRateOrAsk(ThreadContext &context, HWND owner, KurseRecord &record, const char *waehrung,

@@ -1,4 +1,5 @@
 // VARK_HoleZahlungsziel and VARK_HoleKostenschablone: the user chooses from a table of numbered texts.
+#include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -92,14 +93,12 @@ int32_t PickReference(const Reference &reference, HWND owner, int32_t mandant)
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
-    const int32_t opened = context->OpenCounts[reference.Table];
-    if (!OpenTable(*context, reference.Table)) return engineFailure;
+    HeldTables held(*context);
+    if (!Hold(held, reference.Table)) return engineFailure;
     const SingleChoice choice = {
         *context, reference.Dialog, reference.List, KeyOfChoice(reference.Key, context->MandantSuffix),
         0,        reference.Fill};
-    const int32_t result = RunSingleChoice(choice, owner);
-    CloseTableTo(*context, reference.Table, opened);
-    return result;
+    return RunSingleChoice(choice, owner);
 }
 
 } // namespace

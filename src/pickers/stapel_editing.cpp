@@ -1,6 +1,7 @@
 #include "src/pickers/stapel_editing.h"
 
 #include "src/frame/dialogs.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
 #include "src/pickers/pick_list.h"
@@ -144,9 +145,8 @@ void InsertNew(HWND dialog, StapelEdit &edit)
     if (!ReadFields(dialog, fields) || RefuseTakenName(edit, fields)) return;
     StapelRecord record{}; // the engine gives it its number
     PutFields(fields, record);
-    const int32_t opened = edit.Context.OpenCounts[TableStapel];
-    if (!Insert(edit.Context, &record, TableStapel)) {
-        CloseTableTo(edit.Context, TableStapel, opened);
+    HeldTables held(edit.Context);
+    if (!Hold(held, TableStapel) || !Insert(edit.Context, &record, TableStapel)) {
         ShowMessage(1404, nameField, fields.Name, -1);
         return;
     }
@@ -260,7 +260,8 @@ int32_t DeleteWhole(ThreadContext &context, int32_t stapel)
 {
     constexpr int32_t postingStays = 1421;
     constexpr int32_t stapelStays = 1407;
-    if (!Transaction(context, TransactionAction::Begin)) return stapelStays;
+    HeldTables held(context); // reads inside a transaction leave the count higher
+    if (!Hold(held, TableStapel) || !Transaction(context, TransactionAction::Begin)) return stapelStays;
     int32_t failure = 0;
     if (!DeletePostings(context, stapel)) {
         failure = postingStays;
@@ -294,9 +295,7 @@ bool AskAndDelete(ThreadContext &context, const StapelRecord &record)
         if (now == contents) break;
         contents = now;
     }
-    const int32_t opened = context.OpenCounts[TableStapel];
     const int32_t failure = DeleteWhole(context, record.Nummer);
-    CloseTableTo(context, TableStapel, opened);
     if (failure != 0) ShowMessage(failure, 0, name, -1);
     return failure == 0;
 }

@@ -1,5 +1,6 @@
 // VARK_HoleStapelNr: the user chooses a Stapel or, in management mode, also makes, changes and deletes them.
 #include "src/frame/dialogs.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -206,13 +207,9 @@ int32_t PickStapel(ThreadContext &context, HWND owner, bool isManagement)
     const char *title = isManagement ? "Stapelverwaltung" : "Stapelauswahl";
     const varkui::DialogTable dialog = {103, title, 246, 139, controls, std::size(controls), 0};
     StapelPick pick = {context, KeyOfChoice("Stapel", context.MandantSuffix), isManagement, pickCancelled};
-    const int32_t stapelOpened = context.OpenCounts[TableStapel];
-    const int32_t batOpened = context.OpenCounts[TableBat];
-    if (!OpenTable(context, TableStapel)) return engineFailure;
-    const bool opened = OpenTable(context, TableBat);
-    if (!opened || !RunDialog(dialog, owner, Procedure, &pick)) pick.Result = engineFailure;
-    CloseTableTo(context, TableBat, batOpened);
-    CloseTableTo(context, TableStapel, stapelOpened);
+    HeldTables held(context);
+    if (!Hold(held, TableStapel)) return engineFailure;
+    if (!Hold(held, TableBat) || !RunDialog(dialog, owner, Procedure, &pick)) pick.Result = engineFailure;
     return pick.Result;
 }
 
