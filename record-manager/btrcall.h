@@ -128,6 +128,10 @@ enum BtrOpenMode {
     BtrModeExclusive = -4
 };
 
+// Who reads books.mdb by other means than BTRCALL holds a read lock of an open file description (F_OFD_SETLK)
+// on this byte meanwhile. The next process to open books without any such lock takes them for unused.
+#define BtrPresenceByte ((INT64_C(1) << 62) + 1)
+
 enum BtrSpecialKeyNumber {
     BtrNoCurrencyChange = -1,  // insert, update
     BtrNoLogicalPosition = -1, // get direct

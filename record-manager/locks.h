@@ -2,6 +2,8 @@
 // beyond its data. They are gone with the description, so with a process that died.
 #pragma once
 
+#include "record-manager/btrcall.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -10,8 +12,8 @@ namespace wbtrv {
 // Where the locks lie. The first three belong to the directory, then a byte for each file's opens, then a
 // range of 2^32 bytes for each file's records; record numbers start at 1.
 inline constexpr int64_t lockBase = int64_t{1} << 62;
-inline constexpr int64_t setupOffset = lockBase;        // write: opening or closing the books
-inline constexpr int64_t presenceOffset = lockBase + 1; // read: a process has the books open
+inline constexpr int64_t setupOffset = lockBase;           // write: opening or closing the books
+inline constexpr int64_t presenceOffset = BtrPresenceByte; // read: a process has the books open
 inline constexpr int64_t usageOffset =
     lockBase + 2; // read: a client has files open; write: a client is loading
 constexpr int64_t OpensOffset(uint32_t file) { return lockBase + 0x1000000 + file; }

@@ -4,9 +4,14 @@
 
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 #include <set>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -741,6 +746,109 @@ TEST_F(MoveBooks, CopiesTakenWhileOthersPostAreConsistent)
     kill(poster, SIGTERM);
     waitpid(poster, nullptr, 0);
     EXPECT_GT(grown, 1) << "nobody posted meanwhile";
+}
+
+// How many open descriptions hold the lock that says that a process is in these books.
+int PresenceOf(const fs::path &store)
+{
+    struct stat facts = {};
+    if (stat(store.c_str(), &facts) != 0) return 0;
+    const std::string inode = ":" + std::to_string(facts.st_ino) + " ";
+    const std::string byte = " " + std::to_string(BtrPresenceByte) + " ";
+    int count = 0;
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        if (Has(line, "OFDLCK") && Has(line, "READ") && Has(line, inode) && Has(line, byte)) ++count;
+    }
+    return count;
+}
+
+TEST_F(MoveBooks, AKilledCopyEndsWithItsReaderAndTheNextClearsUp)
+{
+    const std::string large = At("gross");
+    ASSERT_EQ(0, tests::Books({"beispiel", large, "--buchungen", "100000"}).ExitCode);
+    const fs::path store = fs::path(large) / "DB" / "1997" / "books.mdb";
+    // What the killed program leaves running becomes a child of this one.
+    ASSERT_EQ(0, prctl(PR_SET_CHILD_SUBREAPER, 1));
+    for (const char *command : {"kopie", "sichern"}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            execl(BOOKS_PROGRAM, BOOKS_PROGRAM, command, large.c_str(), At("ziel").c_str(), nullptr);
+            _exit(127);
+        }
+        // The program holds the books open, and its reader for itself.
+        bool isReading = false;
+        for (int i = 0; i < 100000 && !isReading && waitpid(child, nullptr, WNOHANG) == 0; ++i) {
+            isReading = PresenceOf(store) >= 2;
+        }
+        ASSERT_TRUE(isReading) << command;
+        kill(child, SIGKILL);
+        int status = 0;
+        waitpid(child, &status, 0);
+        while (waitpid(-1, &status, 0) > 0) {
+            EXPECT_TRUE(WIFSIGNALED(status)) << command << ": the reader went on to its end";
+        }
+        EXPECT_EQ(0, PresenceOf(store));
+        EXPECT_FALSE(fs::exists(At("ziel")));
+        EXPECT_EQ(0, tests::Books({"pruefen", large}).ExitCode);
+    }
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
+    ASSERT_EQ(0, tests::Books({"kopie", Books.string(), At("ziel")}).ExitCode);
+    ExpectOnly({"b", "gross", "ziel"});
+}
+
+TEST_F(MoveBooks, LeftoversGoWhenNobodyHoldsThemWhoeverHasTheirNumber)
+{
+    // There is always a process 1, and it is none of ours.
+    fs::create_directory(At(".k.neu-1"));
+    WriteFile(At(".k.neu-1") + "/rest", "x");
+    fs::create_directory(At(".k.neu-2"));
+    const int held = open(At(".k.neu-2").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(0, flock(held, LOCK_EX));
+    fs::create_directory(At(".k.neu-eigenes"));
+    ASSERT_EQ(0, tests::Books({"kopie", Books.string(), At("k")}).ExitCode);
+    EXPECT_FALSE(fs::exists(At(".k.neu-1")));
+    EXPECT_TRUE(fs::exists(At(".k.neu-2")));
+    EXPECT_TRUE(fs::exists(At(".k.neu-eigenes")));
+    close(held);
+    ASSERT_EQ(0, tests::Books({"kopie", Books.string(), At("k"), "--ersetzen"}).ExitCode);
+    EXPECT_FALSE(fs::exists(At(".k.neu-2")));
+}
+
+TEST_F(MoveBooks, ClosedStandardDescriptorsHarmNoBooks)
+{
+    const std::string program = BOOKS_PROGRAM;
+    for (const char *closed : {"0<&- 1>&- 2>&-", "0<&- 2>&-", "1>&- 2>&-"}) {
+        const auto run = [&](const std::string &arguments) {
+            tests::Run({"/bin/sh", {"-c", "'" + program + "' " + arguments + " " + closed}});
+        };
+        run("beispiel '" + At("zu") + "' --buchungen 600 --ersetzen");
+        EXPECT_EQ(0, tests::Books({"pruefen", At("zu")}).ExitCode) << closed;
+        run("pruefen '" + At("zu") + "'");
+        run("kopie '" + At("zu") + "' '" + At("k") + "' --ersetzen");
+        EXPECT_EQ(0, tests::Books({"pruefen", At("k")}).ExitCode) << closed;
+        run("laden '" + At("keine") + "' '" + At("zu") + "' --ersetzen");
+        EXPECT_EQ(0, tests::Books({"pruefen", At("zu")}).ExitCode) << closed;
+    }
+}
+
+TEST_F(MoveBooks, AnIniFileThatCannotBeReadIsNamed)
+{
+    fs::create_directories(At("config/vark"));
+    fs::create_symlink("vark.ini", At("config/vark/vark.ini")); // leads to itself
+    const Call call{BOOKS_PROGRAM, {"zeigen", "fista"}, {}, {{"XDG_CONFIG_HOME", At("config")}}};
+    const Result circle = tests::Run(call);
+    EXPECT_EQ(3, circle.ExitCode);
+    EXPECT_TRUE(Has(circle.Err, At("config/vark/vark.ini") + ": Lesen der Einstellungen nicht möglich"))
+        << circle.Err;
+    fs::remove(At("config/vark/vark.ini"));
+    fs::create_directory(At("config/vark/tolka.ini"));
+    const Result directory = tests::Run(call);
+    EXPECT_EQ(3, directory.ExitCode);
+    EXPECT_TRUE(Has(directory.Err, At("config/vark/tolka.ini") +
+                                       ": Lesen der Einstellungen nicht möglich, das "
+                                       "ist keine Datei"))
+        << directory.Err;
 }
 
 TEST_F(MoveBooks, SummariesAreJsonForPrograms)

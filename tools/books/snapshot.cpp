@@ -1,5 +1,6 @@
 #include "tools/books/snapshot.h"
 
+#include "tools/books/child.h"
 #include "tools/common/table_file.h"
 #include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
@@ -39,8 +40,23 @@ std::unique_ptr<TableFile> OpenAny(const fs::path &directory)
     throw std::runtime_error("In " + directory.string() + " liegen keine Bücher.");
 }
 
+// The child is known to others by a lock of its own, taken while the parent's still holds: without one, whoever
+// opens the books after the parent's end would take them for unused and make their lock file anew.
+bool IsPresent(const fs::path &books)
+{
+    const int file = open(books.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return false;
+    struct flock lock = {};
+    lock.l_type = F_RDLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = BtrPresenceByte;
+    lock.l_len = 1;
+    return fcntl(file, F_OFD_SETLK, &lock) == 0; // held until the child ends
+}
+
 int CopyInChild(const fs::path &from, int to)
 {
+    if (!IsPresent(from / booksName)) return ChildRead;
     MDB_env *env = nullptr;
     if (mdb_env_create(&env) != 0) return ChildRead;
     if (mdb_env_open(env, (from / booksName).c_str(), MDB_NOSUBDIR | MDB_RDONLY | MDB_NOTLS, 0) != 0) {
@@ -61,24 +77,15 @@ void CopyStore(const fs::path &from, const fs::path &to)
     const int file = open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file < 0) ThrowFileError(target, "Schreiben", errno);
     // The store refuses to be opened twice in a process.
-    const pid_t child = fork();
-    if (child == 0) {
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            std::signal(signal, SIG_DFL);
-        }
-        ForgetDamage();
-        _exit(CopyInChild(from, file));
-    }
+    const pid_t child = ForkReader();
+    if (child == 0) _exit(CopyInChild(from, file));
     close(file);
-    if (child < 0) throw std::runtime_error("Es läßt sich kein weiterer Prozeß starten.");
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    const int status = WaitFor(child);
     ThrowIfInterrupted();
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildFull) ThrowFileError(target, "Schreiben", ENOSPC);
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildWrite) ThrowFileError(target, "Schreiben", EIO);
-    throw std::runtime_error((from / booksName).string() + ": Lesen nicht möglich, die Datei ist beschädigt");
+    throw DamagedBooks((from / booksName).string() + ": Lesen nicht möglich, die Datei ist beschädigt");
 }
 
 } // namespace books

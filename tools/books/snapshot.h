@@ -2,13 +2,19 @@
 #pragma once
 
 #include <filesystem>
+#include <stdexcept>
 
 namespace books {
 
+// Books of which no copy can be had, since they cannot be read.
+struct DamagedBooks : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 // Copies the books of one directory, all its tables as they stand together at one moment, into another, which
 // must exist and hold none. Nobody has to wait, and nobody's changes are lost; what is done meanwhile is not
-// in the copy. Free space is left out. A damaged file ends a process of its own, not this one. Throws when
-// there are no books or they cannot be read or written.
+// in the copy. Free space is left out. A damaged file ends a process of its own, not this one, and that one
+// ends with this one. Throws when there are no books or they cannot be read (DamagedBooks) or written.
 void CopyStore(const std::filesystem::path &from, const std::filesystem::path &to);
 
 } // namespace books

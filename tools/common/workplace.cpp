@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tools {
@@ -18,22 +18,41 @@ namespace {
 
 std::string HiddenPrefix(const fs::path &target) { return "." + target.filename().string() + ".neu-"; }
 
-// Leftovers carry the number of the process that made them; one that is no more cannot want its own any
-// longer.
+// Whoever fills a hidden file or directory holds a lock on it, which ends with its process and with nothing
+// else: the number of a process may be another's meanwhile, or one of another container.
+bool Lock(int file) { return flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
+
+bool IsPath(int file, const fs::path &path)
+{
+    struct stat open = {};
+    struct stat there = {};
+    return fstat(file, &open) == 0 && lstat(path.c_str(), &there) == 0 && open.st_dev == there.st_dev &&
+           open.st_ino == there.st_ino;
+}
+
 void ClearLeftovers(const fs::path &parent, const std::string &prefix)
 {
     std::error_code ignored;
     for (const fs::directory_entry &entry : fs::directory_iterator(parent, ignored)) {
         const std::string name = entry.path().filename().string();
-        if (!name.starts_with(prefix)) continue;
-        int process = 0;
-        const char *const end = name.data() + name.size();
-        const auto [rest, error] = std::from_chars(name.data() + prefix.size(), end, process);
-        if (error == std::errc() && rest == end && process > 0 && kill(process, 0) != 0 && errno == ESRCH) {
-            fs::remove_all(entry.path(), ignored);
-        }
+        const bool isHidden = name.size() > prefix.size() && name.starts_with(prefix) &&
+                              name.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
+        if (!isHidden) continue;
+        const int file = open(entry.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+        if (file < 0) continue;
+        if (flock(file, LOCK_EX | LOCK_NB) == 0) fs::remove_all(entry.path(), ignored);
+        close(file);
     }
 }
+
+// The name of a hidden place: that of the process, with a digit more where it is taken.
+fs::path HiddenPath(const fs::path &parent, const std::string &prefix, int attempt)
+{
+    const std::string process = std::to_string(getpid());
+    return parent / (prefix + process + (attempt > 0 ? std::to_string(attempt) : ""));
+}
+
+constexpr int attemptsMax = 100;
 
 void Sync(const fs::path &path)
 {
@@ -88,16 +107,37 @@ Workplace::Workplace(const fs::path &target, const fs::path &wantedParent)
     if (error) ThrowFileError(parent, "Anlegen", error.value());
     const std::string prefix = HiddenPrefix(target);
     ClearLeftovers(parent, prefix);
-    const fs::path path = parent / (prefix + std::to_string(getpid()));
-    fs::remove_all(path, error);
-    if (!fs::create_directory(path, error)) ThrowFileError(target, "Anlegen", error.value());
-    Path = path;
+    for (int attempt = 0; lock < 0; ++attempt) {
+        hidden = HiddenPath(parent, prefix, attempt);
+        if (mkdir(hidden.c_str(), 0777) != 0) {
+            if (errno != EEXIST || attempt == attemptsMax) ThrowFileError(target, "Anlegen", errno);
+            continue;
+        }
+        const int file = open(hidden.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
+        const int failed = file < 0 ? errno : EEXIST;
+        // Another may have cleared it away before it was locked.
+        if (file >= 0 && Lock(file) && IsPath(file, hidden)) {
+            lock = file;
+        } else {
+            if (file >= 0) close(file);
+            if (failed != EEXIST) rmdir(hidden.c_str());
+            if (failed != EEXIST || attempt == attemptsMax) ThrowFileError(target, "Anlegen", failed);
+        }
+    }
+    Path = hidden / "n";
+    if (!fs::create_directory(Path, error)) {
+        const int failed = error.value();
+        rmdir(hidden.c_str());
+        close(lock);
+        ThrowFileError(target, "Anlegen", failed);
+    }
 }
 
 Workplace::~Workplace()
 {
     std::error_code ignored;
-    if (!Path.empty()) fs::remove_all(Path, ignored);
+    fs::remove_all(hidden, ignored);
+    close(lock);
 }
 
 void Workplace::MoveTo(const fs::path &target)
@@ -109,21 +149,19 @@ void Workplace::MoveTo(const fs::path &target)
             (errno != EINVAL || std::rename(Path.c_str(), target.c_str()) != 0)) {
             ThrowFileError(target, "Anlegen", errno);
         }
-        Path.clear();
     } else {
         fs::permissions(Path, fs::status(target).permissions(), ignored);
         if (renameat2(AT_FDCWD, Path.c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE) != 0) {
             if (errno != EINVAL) ThrowFileError(target, "Ersetzen", errno);
             // Without an exchange there is a moment without either; what was there stays beside till the end.
-            const fs::path old = Path.string() + ".alt";
+            const fs::path old = hidden.string() + ".alt";
             fs::rename(target, old);
             fs::rename(Path, target);
-            Path = old;
+            fs::remove_all(old, ignored);
         }
     }
     Sync(target.parent_path());
-    if (!Path.empty()) fs::remove_all(Path, ignored);
-    Path.clear();
+    fs::remove_all(hidden, ignored);
 }
 
 FileInWork::FileInWork(const fs::path &wanted, bool replace) : target(wanted), replaces(replace)
@@ -134,9 +172,19 @@ FileInWork::FileInWork(const fs::path &wanted, bool replace) : target(wanted), r
     }
     const std::string prefix = HiddenPrefix(target);
     ClearLeftovers(target.parent_path(), prefix);
-    path = target.parent_path() / (prefix + std::to_string(getpid()));
-    file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666);
-    if (file < 0) ThrowFileError(target, "Schreiben", errno);
+    for (int attempt = 0; file < 0; ++attempt) {
+        const fs::path wantedPath = HiddenPath(target.parent_path(), prefix, attempt);
+        file = open(wantedPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file < 0 && (errno != EEXIST || attempt == attemptsMax))
+            ThrowFileError(target, "Schreiben", errno);
+        if (file >= 0 && Lock(file) && IsPath(file, wantedPath)) {
+            path = wantedPath;
+        } else if (file >= 0) {
+            close(file);
+            file = -1;
+            if (attempt == attemptsMax) ThrowFileError(target, "Schreiben", EEXIST);
+        }
+    }
 }
 
 FileInWork::~FileInWork()

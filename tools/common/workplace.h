@@ -21,6 +21,10 @@ struct Workplace {
     void MoveTo(const std::filesystem::path &target);
 
     std::filesystem::path Path;
+
+private:
+    std::filesystem::path hidden; // holds the directory, and what it replaced at the end
+    int lock = -1;                // on that: it is in use as long as this process is there
 };
 
 // A file being written, likewise.
