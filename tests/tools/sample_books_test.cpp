@@ -814,6 +814,32 @@ TEST_F(SampleBooks, AsManyPersonalAccountsAsWanted)
     EXPECT_EQ(0, tests::Books({"pruefen", made.string()}).ExitCode);
 }
 
+TEST_F(SampleBooks, ManyPersonalAccountsHaveAKuerzelEach)
+{
+    const fs::path made = Directory.Path / "viele";
+    const Result result = tests::Books(
+        {"beispiel", made.string(), "--buchungen", "4000", "--personenkonten", "10000", "--posten", "500"});
+    ASSERT_EQ(0, result.ExitCode) << result.Err;
+    const Result checked = tests::Books({"pruefen", made.string()});
+    EXPECT_EQ(0, checked.ExitCode) << checked.Out.substr(0, 2000);
+}
+
+TEST_F(SampleBooks, WithoutTemplatesBesideTheProgramItSaysSo)
+{
+    EXPECT_EQ("", tests::Books({"beispiel", (Directory.Path / "mit").string(), "--buchungen", "0"}).Err);
+    const fs::path bare = Directory.Path / "programm";
+    fs::create_directory(bare);
+    fs::copy_file(BOOKS_PROGRAM, bare / "books");
+    fs::copy_file(fs::path(BOOKS_PROGRAM).parent_path() / "libwbtrv32.so", bare / "libwbtrv32.so");
+    const Result result = tests::Run(
+        {(bare / "books").string(), {"beispiel", (Directory.Path / "ohne").string(), "--buchungen", "0"}});
+    EXPECT_EQ(0, result.ExitCode) << result.Err;
+    EXPECT_EQ(
+        "books: Neben dem Programm liegen keine Berichtsvorlagen (templates); aus diesen Büchern gibt es "
+        "keine Berichte.\n",
+        result.Err);
+}
+
 TEST_F(SampleBooks, AboutAsManyOpenItemsAsWanted)
 {
     const auto itemsOf = [&](const char *wanted) {

@@ -93,6 +93,8 @@ TEST_F(ShowBooks, JsonHasNumbersAsNumbersAndTextsAsTexts)
     ASSERT_FALSE(json.HasParseError()) << result.Out;
     ASSERT_EQ(1u, json.Size());
     EXPECT_STREQ("USD", json[0]["Waehrung"].GetString());
+    // Currencies are in capitals, however they are typed.
+    EXPECT_EQ(result.Out, Show({"kurse", "--gleich", "usd,31.01.1998", "--json"}).Out);
     EXPECT_STREQ("31.01.1998", json[0]["Datum"].GetString());
     EXPECT_STREQ("-1234,56", json[0]["Kurs"].GetString());
     EXPECT_EQ(1, json[0]["Einheit"].GetInt());

@@ -80,7 +80,7 @@ CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
         fs::copy(from / reportDirectory, workplace.Path / reportDirectory, fs::copy_options::recursive);
     } else {
         fs::create_directory(workplace.Path / reportDirectory);
-        CopyTemplates(workplace.Path / reportDirectory);
+        summary.HasTemplates = CopyTemplates(workplace.Path / reportDirectory);
     }
     CopyIniFiles(from, workplace.Path, target);
     progress(1);

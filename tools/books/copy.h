@@ -16,6 +16,7 @@ struct CopyOptions {
 struct CopySummary {
     int Directories = 0;
     uint64_t Bytes = 0;
+    bool HasTemplates = true; // reports can be had of the books
 };
 
 // Every directory is copied as it stands at one moment, and every change of books lies in one directory; so

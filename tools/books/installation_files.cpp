@@ -97,14 +97,14 @@ void WriteIniFiles(const fs::path &place, const fs::path &target)
     WriteText(place / "vark.ini", "[VARK]\nPfad=" + data + "\nReportPfad=" + reports + "\n");
 }
 
-// The report templates that lie beside this program; an installation without them has no reports.
-void CopyTemplates(const fs::path &target)
+bool CopyTemplates(const fs::path &target)
 {
     const fs::path templates = fs::read_symlink("/proc/self/exe").parent_path() / "templates";
-    if (!fs::is_directory(templates)) return;
+    if (!fs::is_directory(templates)) return false;
     for (const fs::directory_entry &file : fs::directory_iterator(templates)) {
         fs::copy_file(file.path(), target / file.path().filename());
     }
+    return true;
 }
 
 } // namespace books

@@ -34,8 +34,8 @@ private:
 // Ini files in `place` for an installation that will stand at `target`.
 void WriteIniFiles(const std::filesystem::path &place, const std::filesystem::path &target);
 
-// The report templates that lie beside this program, into `target`; an installation without them has no
-// reports.
-void CopyTemplates(const std::filesystem::path &target);
+// The report templates that lie beside this program, into `target`. False when there are none; an
+// installation without them has no reports.
+bool CopyTemplates(const std::filesystem::path &target);
 
 } // namespace books

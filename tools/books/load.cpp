@@ -386,7 +386,7 @@ void Loader::MakeInstallation(const fs::path &target)
     const fs::path data = workplace.Path / dataDirectory;
     fs::create_directory(data);
     fs::create_directory(workplace.Path / reportDirectory);
-    CopyTemplates(workplace.Path / reportDirectory);
+    Summary.HasTemplates = CopyTemplates(workplace.Path / reportDirectory);
     WriteIniFiles(workplace.Path, target);
     CreateTable(LayoutOf(vark::TableFista), data);
     MakeYearDirectories(Jobs, data);

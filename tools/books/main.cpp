@@ -1,4 +1,5 @@
 // books: makes, checks, moves and shows books.
+#include "host/descriptors.h"
 #include "tools/books/check.h"
 #include "tools/books/copy.h"
 #include "tools/books/describe.h"
@@ -32,6 +33,15 @@ std::string FullPath(const std::filesystem::path &path)
     return std::filesystem::absolute(path).lexically_normal().string();
 }
 
+// Books without templates are good books; that no report can be had of them is better said at once.
+void TellOfTemplates(bool areThere)
+{
+    if (areThere) return;
+    std::fputs("books: Neben dem Programm liegen keine Berichtsvorlagen (templates); aus diesen Büchern gibt "
+               "es keine Berichte.\n",
+               stderr);
+}
+
 // The one object that a command which makes or moves books prints for programs.
 void PrintSummaryJson(const std::string &place,
                       std::initializer_list<std::pair<const char *, int64_t>> counts)
@@ -52,6 +62,7 @@ int MakeSampleBooks(const books::SampleOptions &options, bool isJson)
     const std::string place = FullPath(options.Directory);
     const books::SampleSummary summary =
         WithBar("Bücher anlegen", [&](const auto &progress) { return books::MakeSample(options, progress); });
+    TellOfTemplates(summary.HasTemplates);
     if (isJson) {
         PrintSummaryJson(place, {{"verzeichnisse", summary.Directories},
                                  {"buchungen", summary.Postings},
@@ -94,6 +105,7 @@ int Load(const books::LoadOptions &options, bool isJson)
 {
     const books::LoadSummary summary =
         WithBar("Laden", [&](const auto &progress) { return books::LoadBooks(options, progress); });
+    if (summary.IsLoaded) TellOfTemplates(summary.HasTemplates);
     if (isJson) {
         books::PrintLoadJson(summary);
     } else {
@@ -107,6 +119,7 @@ int Copy(const books::CopyOptions &options, bool isJson)
     const std::string place = FullPath(options.To);
     const books::CopySummary summary =
         WithBar("Kopieren", [&](const auto &progress) { return books::CopyBooks(options, progress); });
+    TellOfTemplates(summary.HasTemplates);
     if (isJson) {
         PrintSummaryJson(
             place, {{"verzeichnisse", summary.Directories}, {"bytes", static_cast<int64_t>(summary.Bytes)}});
@@ -285,6 +298,8 @@ int Run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    // No file of the books ever gets the number of an output that was closed when the program began.
+    host::GuardStandardDescriptors();
     try {
         return Run(argc, argv);
     } catch (const tools::Interrupted &error) {

@@ -153,10 +153,12 @@ std::string Numbered(const std::string &text, size_t width, int copy)
     return head + " " + number;
 }
 
-std::string NumberedShort(const std::string &kuerzel, int copy)
+// No two accounts have one Kürzel, and no two have one number.
+std::string ShortNameOf(const Account &account)
 {
-    if (copy == 0) return kuerzel;
-    const std::string number = std::to_string(copy + 1);
+    const std::string kuerzel = account.Partner->Kuerzel;
+    if (account.Copy == 0) return kuerzel;
+    const std::string number = std::to_string(account.Number);
     return kuerzel.substr(0, 8 - number.size()) + number;
 }
 
@@ -170,7 +172,7 @@ int64_t WritePartners(const std::vector<Account> &accounts, int year, TableId id
         ++serial;
         PersonalRecord record{};
         std::memcpy(record.Konto, account.Key, sizeof record.Konto);
-        Put(record.Kuerzel, NumberedShort(row.Kuerzel, account.Copy));
+        Put(record.Kuerzel, ShortNameOf(account));
         record.Zustand = account.Years[year].IsUsed() ? 0 : 1;
         MakeCalendar(record.Datum, openingDay);
         for (AmountText &amount : record.ReservedAmounts27) {

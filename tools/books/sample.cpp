@@ -75,10 +75,10 @@ SampleSummary MakeSample(const SampleOptions &options, const Progress &progress)
     const fs::path data = workplace.Path / dataDirectory;
     fs::create_directory(data);
     fs::create_directory(workplace.Path / reportDirectory);
-    CopyTemplates(workplace.Path / reportDirectory);
     WriteIniFiles(workplace.Path, wanted.Directory);
 
     SampleSummary summary;
+    summary.HasTemplates = CopyTemplates(workplace.Path / reportDirectory);
     CreateTable(LayoutOf(vark::TableFista), data);
     TableFile fista(LayoutOf(vark::TableFista), data, OpenMode::Accelerated);
     for (int mandant = 1; mandant <= mandantCount; ++mandant) {

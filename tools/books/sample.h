@@ -21,6 +21,7 @@ struct SampleSummary {
     int Directories = 0;
     int64_t Postings = 0; // of all Mandanten
     int64_t Records = 0;
+    bool HasTemplates = true; // reports can be had of the books
 };
 
 // Called now and then with how much of all is done, 0 to 1.

@@ -10,7 +10,8 @@
 
 namespace tools {
 
-// The data path that the ini files name; empty when none does.
+// The data path that the ini files name; empty when none does. Throws, naming the file, when the one that is
+// in force cannot be read.
 std::filesystem::path ConfiguredDataPath();
 
 // Uses the ini files of `directory` and of no other from here on; before the first call of the library.

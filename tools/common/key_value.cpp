@@ -73,7 +73,8 @@ std::string TextBytes(const FieldLayout &field, std::string_view text, int first
         if (!AreDigits(text) || text.size() >= field.Width) Refuse(field, text);
         return std::string(text);
     default: {
-        std::string bytes = FromUtf8(text);
+        // Currencies are written in capitals, however they are typed.
+        std::string bytes = FromUtf8(field.Name == "Waehrung" ? Upper(text) : std::string(text));
         if (bytes.size() > field.Width) Refuse(field, text);
         return bytes;
     }

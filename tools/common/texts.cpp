@@ -90,6 +90,15 @@ std::string Lower(std::string_view text)
     return lower;
 }
 
+std::string Upper(std::string_view text)
+{
+    std::string upper(text);
+    for (char &character : upper) {
+        if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
+    }
+    return upper;
+}
+
 size_t Columns(std::string_view utf8)
 {
     const char *from = utf8.data();

@@ -29,6 +29,7 @@ std::string_view Trimmed(std::string_view text);
 
 // With the letters A to Z in lower case; others stay, so that it fits any encoding.
 std::string Lower(std::string_view text);
+std::string Upper(std::string_view text);
 
 // Columns that a UTF-8 text takes on a terminal: one for each character (combining marks take none).
 size_t Columns(std::string_view utf8);
