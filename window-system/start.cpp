@@ -1,5 +1,6 @@
 // What is put together when the library is loaded: the classes of the system, and what the lower layers have
 // from those above them.
+#include "host/descriptors.h"
 #include "window-system/controls/buttons.h"
 #include "window-system/controls/combo_boxes.h"
 #include "window-system/controls/edits.h"
@@ -33,6 +34,7 @@ const SystemClass systemClasses[] = {
 
 __attribute__((constructor)) void PutTogether()
 {
+    host::GuardStandardDescriptors();
     AddSystemClasses(systemClasses, static_cast<int>(std::size(systemClasses)));
     threadEvents = {EndThread, ForgetEverything};
     frontEnd = frontEndCalls;

@@ -1,6 +1,11 @@
 // Message boxes without a screen: what is written, what is answered, and how a script answers instead.
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <vector>
 
 #include "front_end_setup.h"
 #include "text/windows1252.h"
@@ -203,4 +208,109 @@ TEST(Library, ExportsEveryCallOfTheList)
 #include "window-system/calls.def"
 #undef VARKUI_CALL
     dlclose(library);
+}
+
+// ---- Standard error that is none ----
+
+namespace {
+
+// Runs one of the disabled cases below as a host that starts so. Its exit code.
+int RunHost(const std::string &name, const std::string &redirection)
+{
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+    const std::string command = "'" + self +
+                                "' --gtest_also_run_disabled_tests --gtest_filter=Host.DISABLED_" + name +
+                                " >/dev/null " + redirection;
+    const int status = system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+// The hosts are run by the cases behind them alone, which expect this code.
+constexpr int hostIsDone = 42;
+
+void LeaveHost() { _exit(testing::Test::HasFailure() ? 1 : hostIsDone); }
+
+} // namespace
+
+TEST(Host, DISABLED_OpensItsDataAndIsShownABox)
+{
+    {
+        const FrontEndSetup frontEnd;
+        const std::string path = (frontEnd.Directory / "data").string();
+        const int data = open(path.c_str(), O_RDWR | O_CREAT, 0600);
+        ASSERT_EQ(write(data, "books", 5), 5);
+        const auto library = std::filesystem::path(getenv("VARKUI_COPY"));
+        void *copy = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(copy, nullptr);
+        const auto box = reinterpret_cast<int (*)(HWND, LPCSTR, LPCSTR, UINT)>(dlsym(copy, "MessageBoxA"));
+        EXPECT_EQ(box(nullptr, "Frage", caption, MB_YESNO), IDNO);
+        std::string kept;
+        std::ifstream(path) >> kept;
+        EXPECT_EQ(kept, "books");
+    }
+    LeaveHost();
+}
+
+TEST(Host, DISABLED_IsShownTwoBoxes)
+{
+    {
+        const FrontEndSetup frontEnd;
+        EXPECT_EQ(Show("eins", MB_YESNO), IDNO);
+        EXPECT_EQ(Show("zwei", MB_YESNO), IDNO);
+    }
+    LeaveHost();
+}
+
+TEST(Host, DISABLED_HasALogThatNobodyReads)
+{
+    {
+        const FrontEndSetup frontEnd;
+        ASSERT_EQ(mkfifo((frontEnd.Directory / "pipe").c_str(), 0600), 0);
+        setenv("VARK_UI_LOG", (frontEnd.Directory / "pipe").c_str(), 1);
+        EXPECT_EQ(Show("eins", MB_YESNO), IDNO);
+    }
+    LeaveHost();
+}
+
+TEST_F(Headless, NeverWritesIntoTheDataOfAHostWhoseStandardErrorWasClosed)
+{
+    // Loaded by the host once its data is open: of the first number that was free.
+    const std::string copy = (frontEnd.Directory / "libvarkui.so").string();
+    std::filesystem::copy_file(VARKUI_LIBRARY, copy);
+    setenv("VARKUI_COPY", copy.c_str(), 1);
+    EXPECT_EQ(RunHost("OpensItsDataAndIsShownABox", "2>&-"), hostIsDone);
+    EXPECT_EQ(RunHost("OpensItsDataAndIsShownABox", "0<&- 1>&- 2>&-"), hostIsDone);
+}
+
+TEST_F(Headless, GoesOnWhereNobodyReadsStandardError)
+{
+    // A reader that has gone before the first box ends nothing.
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    EXPECT_EQ(RunHost("IsShownTwoBoxes", "2>&" + std::to_string(ends[1])), hostIsDone);
+    close(ends[1]);
+    // One that never reads holds it up for a bounded time.
+    ASSERT_EQ(mkfifo((frontEnd.Directory / "pipe").c_str(), 0600), 0);
+    const int reader = open((frontEnd.Directory / "pipe").c_str(), O_RDWR);
+    fcntl(reader, F_SETFL, O_NONBLOCK);
+    const std::vector<char> full(4096);
+    while (write(reader, full.data(), full.size()) > 0) {
+    }
+    EXPECT_EQ(RunHost("IsShownTwoBoxes", "2>'" + (frontEnd.Directory / "pipe").string() + "'"), hostIsDone);
+    close(reader);
+}
+
+TEST_F(Headless, DoesNotWaitForAReaderOfTheLog)
+{
+    EXPECT_EQ(RunHost("HasALogThatNobodyReads", ""), hostIsDone);
+}
+
+TEST_F(Scripted, IsNoPipe)
+{
+    ASSERT_EQ(mkfifo((frontEnd.Directory / "pipe").c_str(), 0600), 0);
+    setenv("VARK_UI", ("script:" + (frontEnd.Directory / "pipe").string()).c_str(), 1);
+    const std::string written = ErrorOutput([&] { EXPECT_EQ(Show("Frage", MB_YESNO), IDNO); });
+    EXPECT_EQ(written, "script: line 0: " + (frontEnd.Directory / "pipe").string() +
+                           ": is no regular file\nMERIDA: Frage\n");
 }

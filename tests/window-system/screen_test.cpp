@@ -1,10 +1,12 @@
 // The screen: vark-ui in a real window under Xvfb with a window manager, driven by keyboard and mouse, its
 // effect read back from the model. Left out where the X programs are not installed.
 #include <atomic>
+#include <csignal>
 #include <dlfcn.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/resource.h>
 #include <thread>
 
 #include "demo_dialog.h"
@@ -446,6 +448,76 @@ TEST(WithoutScreen, AProgramThatCannotStartLeavesEverythingToNobodyAndSaysSo)
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(said, "varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n");
+}
+
+namespace {
+
+void MakeProgram(const std::filesystem::path &directory, const std::string &text)
+{
+    std::ofstream(directory / "vark-ui") << "#!/bin/sh\n" << text;
+    std::filesystem::permissions(directory / "vark-ui", std::filesystem::perms::owner_all);
+}
+
+} // namespace
+
+TEST(WithoutScreen, AProgramThatNeverBecomesReadyIsGivenUpAndEnded)
+{
+    const FrontEndSetup frontEnd;
+    MakeProgram(frontEnd.Directory, "echo $$ > \"$(dirname \"$0\")/process\"\nexec sleep 1000\n");
+    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    ASSERT_NE(box, nullptr) << dlerror();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said, "varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n");
+    pid_t process = 0;
+    std::ifstream(frontEnd.Directory / "process") >> process;
+    ASSERT_GT(process, 0);
+    EXPECT_EQ(kill(process, 0), -1) << "it is still there";
+}
+
+// A lack of descriptors passes: what was answered by nobody meanwhile is no reason to ask nobody later.
+TEST(WithoutScreen, AStartThatFailedForTheMomentIsTriedAgain)
+{
+    const FrontEndSetup frontEnd;
+    MakeProgram(frontEnd.Directory, "exit 127\n");
+    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    ASSERT_NE(box, nullptr) << dlerror();
+    testing::internal::CaptureStderr();
+    rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few = {3, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    EXPECT_EQ(box(nullptr, "eins", "MERIDA", MB_OKCANCEL), IDCANCEL);
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(box(nullptr, "zwei", "MERIDA", MB_OKCANCEL), IDCANCEL);
+    EXPECT_EQ(box(nullptr, "drei", "MERIDA", MB_OKCANCEL), IDCANCEL);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said, "varkui: Too many open files; going on without a screen for now\n"
+                    "MERIDA: eins\n"
+                    "varkui: vark-ui found no screen; going on without a screen\n"
+                    "MERIDA: zwei\n"
+                    "MERIDA: drei\n");
+}
+
+// The host's signals come while the program starts, some of them while it is waited for.
+TEST_F(Screen, ComesThoughSignalsArriveWhileItStarts)
+{
+    const std::string program = (std::filesystem::path(VARKUI_LIBRARY).parent_path() / "vark-ui").string();
+    MakeProgram(frontEnd.Directory, "host=$PPID\n"
+                                    "(n=0; while [ $n -lt 200 ]; do n=$((n+1)); kill -USR1 $host || exit; "
+                                    "sleep 0.01; done) 3>&- &\n"
+                                    "exec " +
+                                        program + "\n");
+    struct sigaction handled = {};
+    handled.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &handled, nullptr);
+    std::filesystem::copy_file(VARKUI_LIBRARY, frontEnd.Directory / "libvarkui.so");
+    void *copy = dlopen((frontEnd.Directory / "libvarkui.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(copy, nullptr) << dlerror();
+    const auto hasUser = reinterpret_cast<BOOL (*)()>(dlsym(copy, "VarkUiHasUser"));
+    ASSERT_NE(hasUser, nullptr);
+    EXPECT_TRUE(hasUser());
 }
 
 // ---- Frames ----

@@ -1,5 +1,6 @@
 #include "window-system/controls/pictures.h"
 
+#include "host/descriptors.h"
 #include "window-system/model/as_pointer.h"
 #include "window-system/model/handles.h"
 #include "window-system/model/input.h"
@@ -25,7 +26,7 @@ bool SetPicture(HWND handle, const VARKUIPICTURE *picture)
     if (picture == nullptr) return false;
     int own = -1;
     if (picture->Descriptor >= 0) {
-        own = fcntl(picture->Descriptor, F_DUPFD_CLOEXEC, 0);
+        own = fcntl(picture->Descriptor, F_DUPFD_CLOEXEC, host::firstOwnDescriptor);
         if (own < 0) return false;
     }
     int before = -1;

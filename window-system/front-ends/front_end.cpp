@@ -13,6 +13,7 @@
 #include "window-system/model/threads.h"
 #include "window-system/model/window.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,7 +23,8 @@ namespace varkui {
 
 namespace {
 
-pthread_once_t chosenOnce = PTHREAD_ONCE_INIT;
+pthread_mutex_t choosing = PTHREAD_MUTEX_INITIALIZER;
+std::atomic<bool> isChosen;
 
 bool IsSet(const char *name)
 {
@@ -30,7 +32,8 @@ bool IsSet(const char *name)
     return value != nullptr && *value != 0;
 }
 
-void Choose()
+// False when the choice is to be made again: what it needs was not there now.
+bool Choose()
 {
     const char *wish = secure_getenv("VARK_UI");
     if (wish == nullptr || *wish == 0)
@@ -39,19 +42,25 @@ void Choose()
     if (strncmp(wish, script, sizeof script - 1) == 0) {
         if (OpenScript(wish + sizeof script - 1)) PutInCharge(FrontEnd::Script);
     } else if (strcmp(wish, "gtk") == 0) {
-        if (StartScreen()) PutInCharge(FrontEnd::Screen);
+        const Start start = StartScreen();
+        if (start == Start::Done) PutInCharge(FrontEnd::Screen);
+        return start != Start::NotNow;
     } else if (strcmp(wish, "headless") != 0) {
         char line[256];
         snprintf(line, sizeof line, "VARK_UI=%s is not known; going on without a screen", wish);
         WriteToStandardError("varkui", line);
     }
+    return true;
 }
 
 // The front end in charge now. The first call reads $VARK_UI and starts it, so the lock must not be held
 // then.
 FrontEnd CurrentFrontEnd()
 {
-    pthread_once(&chosenOnce, Choose);
+    if (isChosen) return InCharge();
+    pthread_mutex_lock(&choosing);
+    if (!isChosen) isChosen = Choose();
+    pthread_mutex_unlock(&choosing);
     return InCharge();
 }
 
@@ -110,6 +119,7 @@ void ThreadEnds(Thread *thread)
 void Forget()
 {
     ForgetScreen();
+    pthread_mutex_init(&choosing, nullptr); // another thread may have held it
     PutInCharge(FrontEnd::Headless);
 }
 

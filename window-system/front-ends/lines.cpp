@@ -1,5 +1,7 @@
 #include "window-system/front-ends/lines.h"
 
+#include "host/descriptors.h"
+#include "host/standard_error.h"
 #include "text/windows1252.h"
 
 #include <cstdio>
@@ -27,24 +29,16 @@ size_t ComposeLine(char (&line)[longestLine], const char *prefix, const char *se
     return end;
 }
 
-void WriteWhole(int descriptor, const char *bytes, size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = write(descriptor, bytes, size);
-        if (written <= 0) return; // nobody can be told that nothing can be told
-        bytes += written;
-        size -= static_cast<size_t>(written);
-    }
-}
-
-// Opened for each line, so that the log may be moved away and a forked child shares nothing with its parent.
+// Opened for each line, so that the log may be moved away and a forked child shares nothing with its parent. A
+// pipe that nobody reads is no log.
 void AppendToLog(const char *bytes, size_t size)
 {
     const char *path = secure_getenv("VARK_UI_LOG");
     if (path == nullptr || *path == 0) return;
-    const int descriptor = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+    const int descriptor =
+        host::OpenFile(AT_FDCWD, path, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY, 0644);
     if (descriptor < 0) return;
-    WriteWhole(descriptor, bytes, size);
+    host::WriteWithinASecond(descriptor, bytes, size);
     close(descriptor);
 }
 
@@ -71,14 +65,14 @@ void LogLine(const char *line)
 void WriteToStandardError(const char *prefix, const char *text)
 {
     char line[longestLine];
-    WriteWhole(STDERR_FILENO, line, ComposeLine(line, prefix, ": ", text));
+    host::WriteToStandardError(line, ComposeLine(line, prefix, ": ", text));
 }
 
 void Complain(const char *line)
 {
     char whole[longestLine];
     const size_t length = EndLine(whole, line);
-    WriteWhole(STDERR_FILENO, whole, length);
+    host::WriteToStandardError(whole, length);
     AppendToLog(whole, length);
 }
 

@@ -1,5 +1,6 @@
 #include "window-system/front-ends/screen.h"
 
+#include "host/descriptors.h"
 #include "window-system/front-ends/conversation.h"
 #include "window-system/front-ends/lines.h"
 #include "window-system/front-ends/outgoing.h"
@@ -12,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -42,15 +44,15 @@ bool FindProgram(char (&path)[4096])
 }
 
 // Runs the program with `socket` as its descriptor 3 and no other of the host's. It goes on by a child of its
-// own, so that the host is left with none to wait for.
-bool Spawn(const char *path, int socket)
+// own, so that the host is left with none to wait for. The error, 0 for none.
+int Spawn(const char *path, int socket, pid_t &process)
 {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
-    if (posix_spawn_file_actions_init(&actions) != 0) return false;
+    if (posix_spawn_file_actions_init(&actions) != 0) return ENOMEM;
     if (posix_spawnattr_init(&attributes) != 0) {
         posix_spawn_file_actions_destroy(&actions);
-        return false;
+        return ENOMEM;
     }
     constexpr int socketOfProgram = 3;
     posix_spawn_file_actions_adddup2(&actions, socket, socketOfProgram);
@@ -63,26 +65,54 @@ bool Spawn(const char *path, int socket)
     posix_spawnattr_setsigdefault(&attributes, &all);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     char *const arguments[] = {const_cast<char *>(path), nullptr};
-    pid_t process = 0;
-    const bool started = posix_spawn(&process, path, &actions, &attributes, arguments, environ) == 0;
+    const int error = posix_spawn(&process, path, &actions, &attributes, arguments, environ);
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
-    if (!started) return false;
+    return error;
+}
+
+timespec Now()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now;
+}
+
+int MillisecondsLeft(const timespec &begin)
+{
+    const timespec now = Now();
+    const long passed = (now.tv_sec - begin.tv_sec) * 1000 + (now.tv_nsec - begin.tv_nsec) / 1000000;
+    return passed < startTimeout_ms ? static_cast<int>(startTimeout_ms - passed) : 0;
+}
+
+// The program's first process has a child to go on and ends; one that does not is ended.
+void EndFirstProcess(pid_t process, const timespec &begin, bool isSpeaking)
+{
+    constexpr int betweenLooks_ms = 10;
     int status = 0;
+    while (isSpeaking && MillisecondsLeft(begin) > 0) {
+        const pid_t ended = waitpid(process, &status, WNOHANG);
+        if (ended == process || (ended < 0 && errno != EINTR)) return;
+        poll(nullptr, 0, betweenLooks_ms);
+    }
+    if (waitpid(process, &status, WNOHANG) != 0) return;
+    kill(process, SIGKILL);
     while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
-    return true;
 }
 
 // Waits for the program's first word, which tells how large its letters are.
-bool HearHello()
+bool HearHello(const timespec &begin)
 {
     uint8_t frame[4 + 13];
     size_t got = 0;
     while (got < sizeof frame) {
         pollfd waits = {screenEnd.Socket, POLLIN, 0};
-        if (poll(&waits, 1, startTimeout_ms) <= 0) return false;
-        const ssize_t some = recv(screenEnd.Socket, frame + got, sizeof frame - got, 0);
+        const int found = poll(&waits, 1, MillisecondsLeft(begin));
+        if (found < 0 && errno == EINTR) continue; // a signal of the host's
+        if (found <= 0) return false;
+        const ssize_t some = recv(screenEnd.Socket, frame + got, sizeof frame - got, MSG_DONTWAIT);
+        if (some < 0 && (errno == EINTR || errno == EAGAIN)) continue;
         if (some <= 0) return false;
         got += static_cast<size_t>(some);
     }
@@ -102,33 +132,53 @@ bool HearHello()
     return true;
 }
 
-bool GoWithout(const char *reason)
+// Whether what failed with that error may succeed later.
+bool MayPass(int error)
 {
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOBUFS || error == EAGAIN;
+}
+
+Start GoWithout(const char *reason, int error = 0)
+{
+    static bool isTold; // starting is one thread's business at a time
+    const bool isForNow = MayPass(error);
     char line[300];
-    snprintf(line, sizeof line, "%s; going on without a screen", reason);
-    WriteToStandardError("varkui", line);
+    snprintf(line, sizeof line, "%s; going on without a screen%s", reason, isForNow ? " for now" : "");
+    if (!isForNow || !isTold) WriteToStandardError("varkui", line);
+    isTold = isForNow;
     if (screenEnd.Socket >= 0) close(screenEnd.Socket);
     if (screenEnd.Wake >= 0) close(screenEnd.Wake);
     screenEnd.Socket = screenEnd.Wake = -1;
-    return false;
+    return isForNow ? Start::NotNow : Start::Never;
 }
 
 } // namespace
 
-bool StartScreen()
+Start StartScreen()
 {
     char path[4096];
     if (!FindProgram(path)) return GoWithout("there is no program vark-ui beside libvarkui.so");
     int sockets[2] = {-1, -1};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) return GoWithout(strerror(errno));
-    screenEnd.Socket = sockets[0];
-    screenEnd.Wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    const bool spawned = screenEnd.Wake >= 0 && Spawn(path, sockets[1]);
-    close(sockets[1]);
-    if (!spawned) return GoWithout("vark-ui could not be started");
-    if (!HearHello()) return GoWithout("vark-ui found no screen");
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) {
+        const int error = errno;
+        return GoWithout(strerror(error), error);
+    }
+    const timespec begin = Now();
+    screenEnd.Socket = host::KeepAboveStandard(sockets[0]);
+    const int other = host::KeepAboveStandard(sockets[1]);
+    screenEnd.Wake = host::KeepAboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    const bool hasDescriptors = screenEnd.Socket >= 0 && other >= 0 && screenEnd.Wake >= 0;
+    pid_t process = 0;
+    int error = hasDescriptors ? 0 : errno;
+    if (hasDescriptors) error = Spawn(path, other, process);
+    if (other >= 0) close(other);
+    if (error != 0) return GoWithout("vark-ui could not be started", error);
+    const bool isSpeaking = HearHello(begin);
+    EndFirstProcess(process, begin, isSpeaking);
+    if (!isSpeaking) return GoWithout("vark-ui found no screen");
     fcntl(screenEnd.Socket, F_SETFL, O_NONBLOCK);
-    return BeginConversation() || GoWithout("there is no thread for the screen");
+    if (!BeginConversation()) return GoWithout("there is no thread for the screen", EAGAIN);
+    return Start::Done;
 }
 
 void TellScreen()

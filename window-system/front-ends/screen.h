@@ -4,9 +4,13 @@
 
 namespace varkui {
 
-// Starts the program that lies beside this library and waits until it is ready. False, with the reason on
-// standard error, when there is none or it finds no screen. Not to be called with the lock held.
-bool StartScreen();
+// Starting the program: NotNow when it failed for want of something that may be there later, descriptors for
+// instance.
+enum class Start : unsigned char { Done, Never, NotNow };
+
+// Starts the program that lies beside this library and waits until it is ready, for a bounded time. The reason
+// of a failure stands on standard error. Not to be called with the lock held.
+Start StartScreen();
 
 // Tells what has changed since the last time. Expects the lock; never waits.
 void TellScreen();

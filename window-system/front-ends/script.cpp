@@ -1,5 +1,6 @@
 #include "window-system/front-ends/script.h"
 
+#include "host/descriptors.h"
 #include "window-system/dialogs/in_view.h"
 #include "window-system/front-ends/in_charge.h"
 #include "window-system/front-ends/instruction_list.h"
@@ -58,11 +59,17 @@ bool HasTurn(Thread *thread)
 
 bool OpenScript(const char *path)
 {
-    const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    // A pipe is not waited for.
+    const int descriptor = host::OpenFile(AT_FDCWD, path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     struct stat status {};
     if (descriptor < 0 || fstat(descriptor, &status) != 0) {
         ComplainAtOpening(path, strerror(errno));
         if (descriptor >= 0) close(descriptor);
+        return false;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        close(descriptor);
+        ComplainAtOpening(path, "is no regular file");
         return false;
     }
     const size_t size = static_cast<size_t>(status.st_size);
@@ -71,6 +78,7 @@ bool OpenScript(const char *path)
     size_t length = 0;
     while (made && length < size) {
         const ssize_t got = read(descriptor, list.Text + length, size - length);
+        if (got < 0 && errno == EINTR) continue;
         if (got <= 0) break;
         length += static_cast<size_t>(got);
     }

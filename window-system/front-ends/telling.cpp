@@ -1,5 +1,6 @@
 #include "window-system/front-ends/telling.h"
 
+#include "host/descriptors.h"
 #include "window-system/dialogs/in_view.h"
 #include "window-system/front-ends/outgoing.h"
 #include "window-system/front-ends/plays.h"
@@ -119,7 +120,7 @@ void TellPicture(const Window *window)
     }
     Passed passed = {frame, -1};
     if (shown.Descriptor >= 0 && Reserve(descriptors, sizeof passed)) {
-        passed.Descriptor = fcntl(shown.Descriptor, F_DUPFD_CLOEXEC, 0);
+        passed.Descriptor = fcntl(shown.Descriptor, F_DUPFD_CLOEXEC, host::firstOwnDescriptor);
     }
     PutU8(passed.Descriptor >= 0 ? 1 : 0);
     EndFrame(frame);

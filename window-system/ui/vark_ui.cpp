@@ -1,6 +1,7 @@
 // vark-ui: shows the windows of one host process with GTK 4. It is started with a socket as descriptor 3,
 // mirrors what comes through it with native widgets, and sends back what the person does. The host's model
 // decides everything: a check, a page or a row changes here for good only when the model says so.
+#include "host/descriptors.h"
 #include "window-system/ui/hearing.h"
 #include "window-system/ui/item.h"
 #include "window-system/ui/showing.h"
@@ -79,6 +80,7 @@ GLogWriterOutput WriteLog(GLogLevelFlags level, const GLogField *fields, size_t 
 
 int main()
 {
+    host::GuardStandardDescriptors(); // else a warning might be written into the connection to the display
     // The host's child ends at once, so that the host has nobody to wait for; this one goes on.
     const pid_t child = fork();
     if (child != 0) _exit(child < 0 ? 1 : 0);

@@ -1,4 +1,5 @@
 // The queue of a thread: posting, waiting, taking.
+#include "host/descriptors.h"
 #include "window-system/model/as_pointer.h"
 #include "window-system/model/handles.h"
 #include "window-system/model/input.h"
@@ -242,7 +243,7 @@ int VarkUiDescriptor(void)
     if (thread == nullptr) return -1;
     if (thread->Descriptor < 0) {
         const bool waiting = thread->FirstPosted != nullptr || thread->FirstSent != nullptr || thread->Quit;
-        thread->Descriptor = eventfd(waiting ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
+        thread->Descriptor = host::KeepAboveStandard(eventfd(waiting ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK));
     }
     return thread->Descriptor;
 }
