@@ -19,8 +19,8 @@ bool IsWritable(int descriptor)
     return flags >= 0 && (flags & O_PATH) == 0 && (flags & O_ACCMODE) != O_RDONLY;
 }
 
-// A file for messages is opened for writing alone, or is one without a name, into which a host catches them; a
-// terminal, pipe or socket may be read as well. What else can be read has been opened by the host while the
+// A file for messages is opened for writing alone, or is one without a name, into which a host catches them;
+// a terminal, pipe or socket may be read as well. What else can be read has been opened by the host while the
 // number was free.
 bool IsStreamForMessages(int descriptor)
 {

@@ -8,8 +8,8 @@ namespace varkui {
 // instance.
 enum class Start : unsigned char { Done, Never, NotNow };
 
-// Starts the program that lies beside this library and waits until it is ready, for a bounded time. The reason
-// of a failure stands on standard error. Not to be called with the lock held.
+// Starts the program that lies beside this library and waits until it is ready, for a bounded time. The
+// reason of a failure stands on standard error. Not to be called with the lock held.
 Start StartScreen();
 
 // Tells what has changed since the last time. Expects the lock; never waits.
