@@ -64,20 +64,6 @@ LinePart PrintedText(const Definition &def, uint8_t style, const Cell &cell, cha
     return CellText(cell, Look::grouped, out);
 }
 
-// What a file calls a column: its heading, or its title in one line with the group that stands above it.
-void ColumnTitle(const Column &column, char (&out)[160])
-{
-    if (column.Heading[0] != 0) {
-        std::snprintf(out, sizeof out, "%s", column.Heading);
-        return;
-    }
-    const char *separator = column.Group[0] != 0 && column.Title[0] != 0 ? " " : "";
-    std::snprintf(out, sizeof out, "%s%s%s", column.Group, separator, column.Title);
-    for (char *character = out; *character != 0; ++character) {
-        if (*character == '\n') *character = ' ';
-    }
-}
-
 // ---- CSV ----
 
 void WriteCsvField(Writer &writer, const char *text, size_t length)
@@ -159,7 +145,7 @@ void WriteCsvHeadings(Writer &writer, const Definition &def)
     }
     for (int i = 0; i < def.ColumnCount && def.DataFieldCount == 0; ++i) {
         if (!IsShown(def.Columns[i])) continue;
-        char title[160];
+        char title[columnTitleSize];
         ColumnTitle(def.Columns[i], title);
         Write(writer, ";", 1);
         WriteCsvField(writer, title, std::strlen(title));
@@ -304,7 +290,7 @@ void WriteJsonColumns(Writer &writer, const Definition &def)
     for (int i = 0; i < def.ColumnCount && def.DataFieldCount == 0; ++i) {
         const Column &column = def.Columns[i];
         if (!IsShown(column)) continue;
-        char title[160];
+        char title[columnTitleSize];
         ColumnTitle(column, title);
         WriteJsonColumn(writer, isFirst, column.Name, title, column.CellForm);
         isFirst = false;

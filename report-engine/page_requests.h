@@ -6,8 +6,8 @@
 
 namespace rs {
 
-inline constexpr uint32_t maxSought = 200; // bytes of a sought text, UTF-8, NUL included
-inline constexpr int64_t maxCopied = 4 << 20;
+inline constexpr uint32_t maxSought = 200;     // bytes of a sought text, UTF-8, NUL included
+inline constexpr int64_t maxCopied = 16 << 20; // bytes; what is more is left out
 
 enum class PageWish : uint32_t {
     draw, // the pages in view, as pixels
@@ -39,6 +39,7 @@ struct PageRequest {
     PagePlace From;
     PagePlace To;
     uint32_t SelectionGrain; // Grain
+    uint32_t IsAllSelected;  // the whole report, whatever From and To are
 
     // What is sought: draw shows its places, and the one found last apart from the others. Find goes on from
     // page Found, place FoundPlace (-1: before the first).
@@ -55,7 +56,9 @@ struct PageAnswer {
     uint32_t HasWrapped; // the search went on from the other end
     PagePlace From;      // of find: the place's corners
     PagePlace To;
-    int64_t Length; // of copy: bytes in the file
+    int64_t Length;      // of copy: bytes in the file
+    uint32_t HasRows;    // of copy: lines of cells parted by tabs
+    uint32_t IsCutShort; // of copy: there was more
 };
 
 } // namespace rs

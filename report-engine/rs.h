@@ -88,11 +88,11 @@ RS_API int32_t RSGetVirtualPages(int32_t virtualReport);
 
    The view is a window of the calling thread (libvarkui.so beside this library), whether or not anybody sees
    it, to be destroyed with DestroyWindow or by the person; its end, or that of its thread, ends the report.
-   With WS_CHILD it stands in `parent` at the given rectangle; without, `parent` owns it, it can be moved, sized
-   and closed whatever the style, has the size of the rectangle unless that is empty, and is shown when its
-   thread next handles messages - so one that is printed and destroyed is never seen. With WS_CHILD, but a
-   `parent` that is none, it is a hidden window of its own until somebody makes it a child (SetParent, WS_CHILD)
-   and shows it.
+   With WS_CHILD it stands in `parent` at the given rectangle; without, `parent` owns it, it can be moved,
+   sized and closed whatever the style, has the size of the rectangle unless that is empty, and is shown when
+   its thread next handles messages - so one that is printed and destroyed is never seen. With WS_CHILD, but
+   a `parent` that is none, it is a hidden window of its own until somebody makes it a child (SetParent,
+   WS_CHILD) and shows it.
 
    The three functions below take the window around such a child in its place.
 

@@ -192,6 +192,19 @@ bool NextCell(CellReader &cells, Cell &cell)
     return true;
 }
 
+void ColumnTitle(const Column &column, char (&out)[columnTitleSize])
+{
+    if (column.Heading[0] != 0) {
+        std::snprintf(out, sizeof out, "%s", column.Heading);
+        return;
+    }
+    const char *separator = column.Group[0] != 0 && column.Title[0] != 0 ? " " : "";
+    std::snprintf(out, sizeof out, "%s%s%s", column.Group, separator, column.Title);
+    for (char *character = out; *character != 0; ++character) {
+        if (*character == '\n') *character = ' ';
+    }
+}
+
 void LinePartsOf(const char *data, LinePart (&parts)[3])
 {
     for (LinePart &part : parts) {

@@ -124,6 +124,11 @@ bool NextCell(CellReader &cells, Cell &cell);
 // A figure of zero that stays empty; a sum of zero in a bold row is a statement.
 bool IsBlank(const Definition &definition, uint8_t style, const Cell &cell);
 
+inline constexpr size_t columnTitleSize = 160;
+
+// What a file calls a column: its heading, or its title in one line with the group that stands above it.
+void ColumnTitle(const Column &column, char (&out)[columnTitleSize]);
+
 // The three texts of a head or foot line.
 struct LinePart {
     const char *Text;

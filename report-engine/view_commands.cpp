@@ -27,6 +27,7 @@ PageRequest RequestOf(const ViewWindow &view, PageWish wish)
     request.From = view.From;
     request.To = view.To;
     request.SelectionGrain = view.Grain;
+    request.IsAllSelected = view.IsAllSelected ? 1 : 0;
     std::memcpy(request.Sought, view.Sought, sizeof request.Sought);
     request.Found = view.Found;
     request.FoundPlace = view.FoundPlace;
@@ -58,20 +59,26 @@ char *TextOfFile(int file, int64_t length)
 
 } // namespace
 
-void SelectPage(ViewWindow &view)
+void SelectAll(ViewWindow &view)
 {
-    const Definition &def = view.Of->Of->Def;
-    const int64_t page = CurrentPage(view);
-    view.From = {page, 0, 0};
-    view.To = {page, def.PageWidth, def.PageHeight};
-    view.Grain = 0;
+    view.From = view.To = {};
+    view.IsAllSelected = true;
     ShowPart(view);
 }
+
+void SelectFrom(ViewWindow &view, const PagePlace &place, uint32_t grain)
+{
+    view.From = view.To = place;
+    view.Grain = grain;
+    view.IsAllSelected = false;
+}
+
+bool HasSelection(const ViewWindow &view) { return view.From.Page != 0 || view.IsAllSelected; }
 
 bool CopySelection(ViewWindow &view)
 {
     const PageRequest request = RequestOf(view, PageWish::copy);
-    if (request.From.Page == 0) {
+    if (!HasSelection(view)) {
         SayState(view, "Es ist nichts markiert.");
         return false;
     }
@@ -82,7 +89,9 @@ bool CopySelection(ViewWindow &view)
     if (file >= 0) close(file);
     const bool isCopied = text != nullptr && VarkUiCopyText(text) != FALSE;
     std::free(text);
-    SayState(view, isCopied ? "Kopiert." : "Es ist nichts markiert.");
+    SayState(view, !isCopied                ? "Es ist nichts markiert."
+                   : answer.IsCutShort != 0 ? "Kopiert bis zur Zeile, mit der 16 MiB voll waren."
+                                            : "Kopiert.");
     return isCopied;
 }
 

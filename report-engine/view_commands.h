@@ -5,8 +5,11 @@
 
 namespace rs {
 
-// Selects the page in view.
-void SelectPage(ViewWindow &view);
+// Selects the whole report, or begins a selection at a place.
+void SelectAll(ViewWindow &view);
+void SelectFrom(ViewWindow &view, const PagePlace &place, uint32_t grain);
+
+bool HasSelection(const ViewWindow &view);
 
 // Copies what is selected. Returns whether anything is.
 bool CopySelection(ViewWindow &view);

@@ -53,7 +53,7 @@ bool DoCommandKey(ViewWindow &view, WPARAM key, bool isShift)
 {
     HWND window = view.Window;
     switch (key) {
-    case 'A': SelectPage(view); return true;
+    case 'A': SelectAll(view); return true;
     case 'C': CopySelection(view); return true;
     case 'F': FocusAll(view, searchEdit); return true;
     case 'G': FocusAll(view, pageEdit); return true;
@@ -104,7 +104,7 @@ bool DoPictureKey(ViewWindow &view, WPARAM key, bool isShift)
 bool MeansSomething(const ViewWindow &view, int id, WPARAM key)
 {
     if (key == VK_RETURN) return id != pagePicture && id != zoomList;
-    return id != pagePicture || view.Sought[0] != 0 || view.From.Page != 0 || !IsChild(view);
+    return id != pagePicture || view.Sought[0] != 0 || HasSelection(view) || !IsChild(view);
 }
 
 void DoEscape(ViewWindow &view, int id)
@@ -114,8 +114,8 @@ void DoEscape(ViewWindow &view, int id)
     } else if (id != pagePicture) {
         SetFocus(view.Picture);
         ShowNumbers(view);
-    } else if (view.From.Page != 0) {
-        view.From = view.To = {};
+    } else if (HasSelection(view)) {
+        SelectFrom(view, {}, 0);
         SayState(view, "");
         ShowPart(view);
     } else {
@@ -202,9 +202,8 @@ void Press(ViewWindow &view, const NMPICTURE &notice)
     if (notice.Count < 0 && view.From.Page != 0) { // with Shift the selection goes on to here
         view.To = place;
     } else {
-        view.From = view.To = place;
         const LONG presses = std::abs(notice.Count);
-        view.Grain = presses >= 3 ? 2U : presses == 2 ? 1U : 0U;
+        SelectFrom(view, place, presses >= 3 ? 2U : presses == 2 ? 1U : 0U);
     }
     ShowPart(view);
 }

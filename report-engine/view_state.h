@@ -52,6 +52,7 @@ struct ViewWindow {
     PagePlace From; // selected, From is where it began
     PagePlace To;
     uint32_t Grain;
+    bool IsAllSelected; // the whole report
 
     char Sought[maxSought];
     int64_t Found;

@@ -174,6 +174,7 @@ void ShowPart(ViewWindow &view)
         request.From = view.From;
         request.To = view.To;
         request.SelectionGrain = view.Grain;
+        request.IsAllSelected = view.IsAllSelected ? 1 : 0;
         std::memcpy(request.Sought, view.Sought, sizeof request.Sought);
         request.Found = view.Found;
         request.FoundPlace = view.FoundPlace;

@@ -71,6 +71,7 @@ struct Drawing {
     int64_t WantedPage; // the only one that is drawn, 0 for all
     PageState Now;
     LetterList *Collected; // what is drawn is noted here as well; null for nowhere
+    int16_t Cell;          // in which it stands
     Search *Searching;     // null while pages are drawn
 
     // Glyphs of one font that wait to be shown together.
@@ -117,7 +118,7 @@ void DrawGlyphs(Drawing &drawing, int face, const Glyph *glyphs, size_t count, c
 {
     if (drawing.Collected != nullptr) {
         const Face &of = drawing.Letters.Faces[face];
-        CollectRun(*drawing.Collected, glyphs, count, text, x, baseline, of.Ascent, of.Descent);
+        CollectRun(*drawing.Collected, glyphs, count, text, x, baseline, of.Ascent, of.Descent, drawing.Cell);
     }
     for (size_t i = 0; i < count; ++i) {
         const Glyph &glyph = glyphs[i];
@@ -243,8 +244,9 @@ struct RowCell {
     LinePart Text;
 };
 
-// Draws a row whose cells are at hand, `figures` holding the texts of its numbers.
-void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[maxColumns], double top)
+// Draws cells that are at hand, those of a row or of what only looks like one.
+void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[maxColumns], double top,
+               bool isRow)
 {
     const Definition &def = *drawing.Def;
     const Style &style = def.Styles[styleNumber];
@@ -254,6 +256,7 @@ void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[max
     for (int column = 0; column < def.ColumnCount; ++column) {
         const RowCell &cell = cells[column];
         if (!cell.IsSet || cell.Text.Length == 0) continue;
+        drawing.Cell = isRow ? static_cast<int16_t>(column) : noCell;
         double left = drawing.Lefts[column];
         double right = left + Points(def.Columns[column].Width);
         const Align align = def.Columns[column].CellAlign;
@@ -273,6 +276,7 @@ void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[max
         DrawText(drawing, face, cell.Text.Text, cell.Text.Length, left + gutter / 2, right - gutter / 2,
                  baseline, align);
     }
+    drawing.Cell = noCell;
 }
 
 void Shade(const Drawing &drawing, const Style &style, double top, double height)
@@ -310,6 +314,7 @@ void DrawRow(Drawing &drawing, const ItemHeader &item, double top)
     while (NextCell(cells, cell)) {
         if (cell.Column == spanColumn) {
             const int face = drawing.StyleFaces[item.Style];
+            drawing.Cell = 0;
             DrawText(drawing, face, cell.Text, cell.Length, drawing.Left + Points(style.Indent) + gutter / 2,
                      drawing.Right, Baseline(drawing, face, top, height), Align::left);
             break;
@@ -335,7 +340,7 @@ void DrawRow(Drawing &drawing, const ItemHeader &item, double top)
         to.Text = {figure, length};
     }
     DrawRules(drawing, style, hasFigure, hasAnyFigure, top, height);
-    DrawCells(drawing, item.Style, row, top);
+    DrawCells(drawing, item.Style, row, top, true);
 }
 
 // ---- Heads and feet ----
@@ -567,7 +572,7 @@ void DrawAgain(Drawing &drawing, const ItemHeader &item, double top)
     }
     const bool noFigure[maxColumns] = {};
     DrawRules(drawing, style, noFigure, false, top, height);
-    DrawCells(drawing, item.Style, row, top);
+    DrawCells(drawing, item.Style, row, top, false);
 }
 
 void DrawCarry(Drawing &drawing, const char *label, const int64_t (&sums)[maxSumColumns], double top)
@@ -586,7 +591,7 @@ void DrawCarry(Drawing &drawing, const char *label, const int64_t (&sums)[maxSum
     }
     DrawRules(drawing, def.Styles[carryStyle], hasFigure, def.SumCount > 0, top,
               Points(def.Styles[carryStyle].Height));
-    DrawCells(drawing, carryStyle, row, top);
+    DrawCells(drawing, carryStyle, row, top, false);
 }
 
 // The amounts of a row on a page that is not drawn.
@@ -680,6 +685,7 @@ void StartDrawing(Drawing &drawing, const Document &document)
     const Definition &def = *document.Def;
     drawing.Of = &document;
     drawing.Def = &def;
+    drawing.Cell = noCell;
     drawing.Now.Scanned = document.First;
     OpenFonts(drawing.Letters, def.Font);
     for (int i = 0; i < def.StyleCount; ++i) {

@@ -38,7 +38,7 @@ void ForgetLetters(LetterList &list)
 }
 
 void CollectRun(LetterList &list, const Glyph *glyphs, size_t count, const char *text, double x,
-                double baseline, double ascent, double descent)
+                double baseline, double ascent, double descent, int16_t cell)
 {
     size_t bytes = 0;
     for (size_t i = 0; i < count; ++i) {
@@ -61,7 +61,8 @@ void CollectRun(LetterList &list, const Glyph *glyphs, size_t count, const char 
                                           static_cast<uint32_t>(list.TextLength),
                                           static_cast<uint8_t>(glyph.TextLength),
                                           begins,
-                                          0};
+                                          0,
+                                          cell};
             std::memcpy(list.Text + list.TextLength, text + glyph.TextAt, glyph.TextLength);
             list.TextLength += glyph.TextLength;
             begins = false;

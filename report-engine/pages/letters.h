@@ -18,7 +18,10 @@ struct Letter {
     uint8_t TextLength;
     bool Begins;   // a text of its own: a cell, a part of the head
     uint16_t Line; // counted from the top, once they are in order
+    int16_t Cell;  // the column of a row in which it stands, or noCell
 };
+
+inline constexpr int16_t noCell = -1; // of heads, feet, titles and carried sums
 
 struct LetterList {
     Letter *Letters;
@@ -33,9 +36,10 @@ struct LetterList {
 // Empties the list for another page; what it holds is kept for that.
 void ForgetLetters(LetterList &list);
 
-// Adds a run as it is drawn. Without memory the page has fewer letters.
+// Adds a run as it is drawn, in the column `cell` of a row or noCell. Without memory the page has fewer
+// letters.
 void CollectRun(LetterList &list, const Glyph *glyphs, size_t count, const char *text, double x,
-                double baseline, double ascent, double descent);
+                double baseline, double ascent, double descent, int16_t cell);
 
 // Puts the letters into the order in which they are read: from the top down, each line from the left.
 void OrderLetters(LetterList &list);

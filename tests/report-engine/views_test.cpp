@@ -184,17 +184,31 @@ TEST_F(Views, FindTextOnAnyPageInBothDirectionsAndAround)
               "");
 }
 
-TEST_F(Views, CopyTheSelectedPageAsCells)
+namespace {
+
+std::string Copied()
+{
+    std::string text(1'000'000, '\0');
+    text.resize(static_cast<size_t>(VarkUiCopiedText(text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+} // namespace
+
+TEST_F(Views, CopyTheWholeReportAsATableWithItsHeadings)
 {
     EXPECT_EQ(Use("key Ctrl+a\n"
                   "key Ctrl+c\n"
                   "expect text 115 Kopiert.\n"),
               "");
-    std::string copied(100'000, '\0');
-    copied.resize(static_cast<size_t>(VarkUiCopiedText(copied.data(), static_cast<int>(copied.size()))));
-    EXPECT_NE(copied.find("Summen- und Saldenliste"), std::string::npos);
-    EXPECT_NE(copied.find("1003\tKonto 3\t1,00\t"), std::string::npos) << copied;
-    EXPECT_EQ(copied.find("Konto 150"), std::string::npos) << "of another page";
+    const std::vector<std::string> lines = LinesOf(Copied());
+    ASSERT_EQ(lines.size(), 202u)
+        << "headings, 200 accounts of six pages, the total; no heads, feet and sums of pages";
+    EXPECT_EQ(lines[0], "Konto\tBezeichnung\tVortrag Soll\tVortrag Haben\tMonat Soll\tMonat Haben\t"
+                        "Kumuliert Soll\tKumuliert Haben\tSumme Soll\tSumme Haben\tSaldo Soll\tSaldo Haben");
+    EXPECT_EQ(lines[4], "1003\tKonto 3\t\t\t\t\t1,00\t\t1,00\t\t1,00\t") << "empty cells keep their place";
+    EXPECT_EQ(lines[200].substr(0, 15), "1199\tKonto 199\t");
+    EXPECT_EQ(lines[201], "\tGesamtsumme\t0,00\t0,00\t0,00\t0,00\t200,00\t0,00\t200,00\t0,00\t200,00\t0,00");
 }
 
 TEST_F(Views, CopyNothingWhereNothingIsSelected)
@@ -218,8 +232,7 @@ struct Mouse {
     std::string Selected() const
     {
         SendMessageA(View, WM_COMMAND, copy, 0);
-        std::string text(100'000, '\0');
-        text.resize(static_cast<size_t>(VarkUiCopiedText(text.data(), static_cast<int>(text.size()))));
+        const std::string text = Copied();
         return text.substr(0, text.find_last_not_of('\n') + 1);
     }
 };
@@ -250,6 +263,18 @@ TEST_F(Views, SelectWordsLinesAndWhatIsDraggedOver)
     EXPECT_EQ(dragged.find("Konto 4"), std::string::npos) << dragged;
     mouse.Tell(PCN_PRESS, 500, y + 40, -1); // with Shift
     EXPECT_NE(mouse.Selected().find("Konto 4"), std::string::npos) << mouse.Selected();
+    // From the head over several rows: rows alone, each with all its columns.
+    mouse.Tell(PCN_PRESS, 70, 30, 1);
+    mouse.Tell(PCN_DRAG, 900, y + 5);
+    const std::vector<std::string> rows = LinesOf(mouse.Selected());
+    ASSERT_EQ(rows.size(), 4u) << mouse.Selected();
+    for (size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows[i].substr(0, 4), std::to_string(1000 + i));
+        EXPECT_EQ(std::count(rows[i].begin(), rows[i].end(), '\t'), 11) << rows[i];
+    }
+    // What has no row in it is copied as it stands.
+    mouse.Tell(PCN_PRESS, 400, 20, 3);
+    EXPECT_NE(mouse.Selected().find("Summen- und Saldenliste"), std::string::npos) << mouse.Selected();
     DestroyWindow(view);
 }
 
