@@ -1,38 +1,67 @@
--- Kontenblatt with its postings: a sheet an account, with the running balance.
+-- Kontenblatt with its postings: a sheet an account, by date, with the running balance. Postings that stand
+-- alone are not in the month's figures: they are shown with a mark and enter neither balance nor sums.
 
 report { id = "tervoKTOBLATT0.0", title = "Kontenblatt" }
 
-page {
-    margins = { top = 10, right = 10, bottom = 10, left = 20 },
-    font = "Roboto Condensed",
-    fontsize = 8,
-    head = 3,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.upright { fontsize = 8, head = 3 }
 
 style("title", { size = 11 })
 style("subtitle", { size = 9 })
+style("line", { counts = false })
 
 columns {
-    { "datum", "Datum", 17 },
-    { "nummer", "Nummer", 12 },
-    { "beleg", "Beleg", 19 },
+    { "datum", "Datum", 16 },
+    { "nummer", "Nummer", 13, align = "right" },
+    { "beleg", "Beleg", 18 },
     { "gegenkonto", "Gegen-\nkonto", 13 },
-    { "text", "Buchungstext", 46 },
+    { "text", "Buchungstext", 42 },
     { "satz", "%", 9, form = "rate", zero = "blank" },
-    { "soll", "Soll", 21, form = "amount", sum = true, zero = "blank" },
-    { "haben", "Haben", 21, form = "amount", sum = true, zero = "blank" },
-    { "saldo", "Saldo", 22, form = "amount" },
+    { "soll", "Soll", 20, form = "amount", sum = true, zero = "blank" },
+    { "haben", "Haben", 20, form = "amount", sum = true, zero = "blank" },
+    { "stand", "Saldo", 20, form = "amount" },
+    { "seite", "", 4 },
+    { "zeichen", "", 5 },
 }
 
-carry { level = 1, column = "text", down = "Übertrag", up = "Übertrag" }
+fields {
+    { "konto", "Konto" },
+    { "name", "Bezeichnung" },
+    { "datum", "Datum" },
+    { "nummer", "Buchungsnummer", form = "number" },
+    { "beleg", "Beleg" },
+    { "gegenkonto", "Gegenkonto" },
+    { "text", "Buchungstext" },
+    { "satz", "Steuersatz %", form = "rate" },
+    { "soll", "Soll", form = "amount" },
+    { "haben", "Haben", form = "amount" },
+    { "saldo", "Saldo", form = "amount" },
+    { "zaehlt", "Zählt", form = "flag" },
+    { "split", "Teil einer Splitbuchung", form = "flag" },
+}
+
+list.carryGroup(1, "text")
 
 local mandant = ""
+local account, name = "", ""
+local opening = { soll = 0, haben = 0 }
 local saldo = 0
+
+-- The balance without its sign, and the side that it stands on.
+local function stand(cells)
+    cells.stand = math.abs(saldo)
+    cells.seite = saldo > 0 and "S" or saldo < 0 and "H" or nil
+    return cells
+end
 
 record(0, {
     text("mandant", 0, 41),
-    emit = function(r) mandant = r.mandant end,
+    emit = function(r)
+        mandant = r.mandant
+        about { { "mandant", mandant } }
+        list.head(mandant, "Kontenblatt")
+    end,
 })
 
 record(1, {
@@ -52,20 +81,31 @@ record(1, {
         head { left = r.art .. " " .. r.konto .. "   " .. r.name, right = "Blatt {sheet}" }
         head { left = mandant, right = "Seite {page} von {pages}" }
         head { left = "Kontenblatt " .. r.zeitraum }
-        foot { left = mandant, right = "gedruckt am " .. today() }
+        foot { left = mandant, center = "Sp: Splitbuchung · *: zählt nicht", right = "gedruckt am " .. today() }
+        about { { "mandant", mandant }, { "zeitraum", r.zeitraum } }
+        account, name = r.konto, r.name
+        opening = { soll = r.soll, haben = r.haben }
         saldo = r.soll - r.haben
-        row("line", { text = "Vortrag", soll = r.soll, haben = r.haben, saldo = saldo })
+        local cells = { konto = account, name = name, text = "Vortrag", soll = r.soll, haben = r.haben,
+                        saldo = saldo, zaehlt = true, split = false }
+        data(cells)
+        row("line", stand(cells))
+        add(opening)
     end,
     close = {
-        rows = { "total" },
-        emit = function(sum) row("total", { text = "Summe", soll = sum.soll, haben = sum.haben, saldo = saldo }) end,
+        rows = { "sum", "total" },
+        emit = function(sum)
+            row("sum", { text = "Umsatz des Zeitraums", soll = sum.soll - opening.soll,
+                         haben = sum.haben - opening.haben })
+            row("total", stand { text = "Summe mit Vortrag", soll = sum.soll, haben = sum.haben })
+        end,
     },
 })
 
 record(2, {
     i32("nummer", 0),
-    u32("einzeln", 4),
-    u32("split", 8),
+    u32("zaehlt", 4),
+    i32("split", 8),
     text("gegenkonto", 12, 8),
     text("beleg", 20, 11),
     date("datum", 31),
@@ -73,11 +113,23 @@ record(2, {
     amount("soll", 78),
     amount("haben", 91),
     rate("satz", 104),
+    order = { "datum", "nummer" },
     rows = { "line" },
     emit = function(r)
-        saldo = saldo + r.soll - r.haben
-        r.saldo = saldo
+        r.konto, r.name = account, name
+        r.zaehlt = r.zaehlt ~= 0
+        r.split = r.split ~= 0
+        r.zeichen = (r.split and "Sp" or "") .. (r.zaehlt and "" or "*")
+        if r.zaehlt then
+            saldo = saldo + r.soll - r.haben
+            r.saldo = saldo
+            stand(r)
+        end
+        data(r)
         r.nummer = tostring(r.nummer)
         row("line", r)
+        if r.zaehlt then add { soll = r.soll, haben = r.haben } end
     end,
 })
+
+finish { empty = "Keine Konten in diesem Bereich." }

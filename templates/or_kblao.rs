@@ -1,15 +1,11 @@
 -- Kontenblatt without its postings: a line an account with what was carried forward, what was posted and the
--- balance.
+-- balance. Postings that stand alone are not in the month's figures and do not count here either.
 
 report { id = "tervoKTOBLATT0.0", title = "Kontenblatt" }
 
-page {
-    landscape = true,
-    margins = { top = 10, right = 8, bottom = 10, left = 15 },
-    font = "Roboto Condensed",
-    fontsize = 8,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.across()
 
 columns {
     { "konto", "Konto", 16 },
@@ -23,16 +19,30 @@ columns {
     { "saldoHaben", "Haben", 28, form = "amount", group = "Saldo", sum = true, zero = "blank" },
 }
 
-carry { column = "name", pagesum = "Summe Seite {page}", down = "Übertrag", up = "Übertrag von Seite {before}" }
+fields {
+    { "konto", "Konto" },
+    { "name", "Bezeichnung" },
+    { "art", "Art" },
+    { "vortragSoll", "Vortrag Soll", form = "amount" },
+    { "vortragHaben", "Vortrag Haben", form = "amount" },
+    { "soll", "Soll", form = "amount" },
+    { "haben", "Haben", form = "amount" },
+    { "saldo", "Saldo", form = "amount" },
+}
+
+list.carry("name")
 
 local mandant = ""
 local zeitraum = nil
 local account = nil
-local soll, haben = 0, 0
 
 record(0, {
     text("mandant", 0, 41),
-    emit = function(r) mandant = r.mandant end,
+    emit = function(r)
+        mandant = r.mandant
+        about { { "mandant", mandant } }
+        list.head(mandant, "Kontenblätter ohne Buchungen")
+    end,
 })
 
 -- The line of an account stands at its end, when its postings are known.
@@ -46,39 +56,38 @@ record(1, {
     level = 1,
     emit = function(r)
         account = r
-        soll, haben = 0, 0
+        r.soll, r.haben = 0, 0
         if r.zeitraum ~= zeitraum then
             zeitraum = r.zeitraum
-            head { left = mandant, center = "Kontenblätter ohne Buchungen", right = "Seite {page} von {pages}" }
+            about { { "mandant", mandant }, { "zeitraum", zeitraum } }
+            list.head(mandant, "Kontenblätter ohne Buchungen")
             head { center = zeitraum }
-            foot { left = mandant, right = "gedruckt am " .. today() }
         end
     end,
     close = {
         rows = { "line" },
         emit = function()
-            account.soll = soll
-            account.haben = haben
-            local saldo = account.vortragSoll - account.vortragHaben + soll - haben
-            if saldo >= 0 then account.saldoSoll = saldo else account.saldoHaben = -saldo end
+            account.saldo = account.vortragSoll - account.vortragHaben + account.soll - account.haben
+            if account.saldo >= 0 then
+                account.saldoSoll = account.saldo
+            else
+                account.saldoHaben = -account.saldo
+            end
+            data(account)
             row("line", account)
         end,
     },
 })
 
 record(2, {
+    u32("zaehlt", 4),
     amount("soll", 78),
     amount("haben", 91),
     emit = function(r)
-        soll = soll + r.soll
-        haben = haben + r.haben
+        if r.zaehlt == 0 then return end
+        account.soll = account.soll + r.soll
+        account.haben = account.haben + r.haben
     end,
 })
 
-finish {
-    rows = { "total" },
-    emit = function(sum)
-        sum.name = "Gesamtsumme"
-        row("total", sum)
-    end,
-}
+list.total("name", "Keine Konten in diesem Bereich.")

@@ -1,15 +1,11 @@
--- Kostenstellenauswertung: the lines of each Kostenstelle with the running balance.
+-- Kostenstellenauswertung: the lines of each Kostenstelle by date, with the running balance; or, without lines,
+-- a list of the Kostenstellen with what was carried forward, what fell on them and the balance.
 
 report { id = "tervoKOSTENBLATT0.0", title = "Kostenstellenauswertung" }
 
-page {
-    landscape = true,
-    margins = { top = 10, right = 8, bottom = 10, left = 15 },
-    font = "Roboto Condensed",
-    fontsize = 8,
-    head = 3,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.across { head = 3 }
 
 style("title", { size = 11 })
 style("subtitle", { size = 9 })
@@ -21,16 +17,44 @@ columns {
     { "gegen", "Kosten-\nobjekt", 16 },
     { "text", "Buchungstext", 58 },
     { "zusatz", "Kostentext", 56 },
-    { "soll", "Soll", 29, form = "amount", sum = true, zero = "blank" },
-    { "haben", "Haben", 29, form = "amount", sum = true, zero = "blank" },
-    { "saldo", "Saldo", 30, form = "amount" },
+    { "soll", "Soll", 28, form = "amount", sum = true, zero = "blank" },
+    { "haben", "Haben", 28, form = "amount", sum = true, zero = "blank" },
+    { "stand", "Saldo", 28, form = "amount" },
+    { "seite", "", 5 },
 }
 
-carry { level = 1, column = "text", down = "Übertrag", up = "Übertrag" }
+fields {
+    { "nummer", "Kostenstelle" },
+    { "name", "Bezeichnung" },
+    { "datum", "Datum" },
+    { "beleg", "Beleg" },
+    { "konto", "Konto" },
+    { "gegen", "Kostenobjekt" },
+    { "text", "Buchungstext" },
+    { "zusatz", "Kostentext" },
+    { "soll", "Soll", form = "amount" },
+    { "haben", "Haben", form = "amount" },
+    { "saldo", "Saldo", form = "amount" },
+}
+
+list.carryGroup(1, "text")
 
 local mandant = ""
 local withLines = true
+local number, name = "", ""
+local opening = 0
 local saldo = 0
+
+local function stand(cells)
+    cells.stand = math.abs(saldo)
+    cells.seite = saldo > 0 and "S" or saldo < 0 and "H" or nil
+    return cells
+end
+
+local function sided(amount)
+    if amount >= 0 then return { soll = amount, haben = 0 } end
+    return { soll = 0, haben = -amount }
+end
 
 record(0, {
     text("mandant", 0, 30),
@@ -38,6 +62,8 @@ record(0, {
     emit = function(r)
         mandant = r.mandant
         withLines = r.mitBuchungen ~= 0
+        about { { "mandant", mandant } }
+        list.head(mandant, "Kostenstellenauswertung")
     end,
 })
 
@@ -56,13 +82,23 @@ record(1, {
         head { left = mandant, center = "Kostenstellenauswertung", right = "Seite {page} von {pages}" }
         head { left = r.zeitraum }
         foot { left = mandant, right = "gedruckt am " .. today() }
+        about { { "mandant", mandant }, { "zeitraum", r.zeitraum } }
+        number, name = r.nummer, r.name
+        opening = r.vortrag
         saldo = r.vortrag
-        if saldo >= 0 then r.soll = saldo else r.haben = -saldo end
-        row("line", { text = "Vortrag", soll = r.soll, haben = r.haben, saldo = saldo })
+        local cells = sided(opening)
+        cells.nummer, cells.name, cells.text, cells.saldo = number, name, "Vortrag", saldo
+        data(cells)
+        row("line", stand(cells))
     end,
     close = {
-        rows = { "total" },
-        emit = function(sum) row("total", { text = "Summe", soll = sum.soll, haben = sum.haben, saldo = saldo }) end,
+        rows = { "sum", "total" },
+        emit = function(sum)
+            local before = sided(opening)
+            row("sum", { text = "Umsatz des Zeitraums", soll = sum.soll - before.soll,
+                         haben = sum.haben - before.haben })
+            row("total", stand { text = "Summe mit Vortrag", soll = sum.soll, haben = sum.haben })
+        end,
     },
 })
 
@@ -76,10 +112,19 @@ record(2, {
     amount("soll", 111),
     amount("haben", 124),
     i32("kennzeichen", 137),
+    order = { "datum" },
     rows = { "line" },
     emit = function(r)
         saldo = saldo + r.soll - r.haben
         r.saldo = saldo
-        if withLines then row("line", r) else add(r) end
+        r.nummer, r.name = number, name
+        if not withLines then
+            add { soll = r.soll, haben = r.haben }
+            return
+        end
+        data(r)
+        row("line", stand(r))
     end,
 })
+
+finish { empty = "Keine Kostenstelle in diesem Bereich." }
