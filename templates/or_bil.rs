@@ -11,11 +11,10 @@ style("seite", { like = "head", size = 12, height = 9, shade = 0 })
 style("ergebnis", { like = "text", bold = true, height = 6 })
 
 columns {
-    { "konto", "Konto", 0 },
-    { "kuerzel", "Kürzel", 0 },
     { "text", "Bezeichnung", 112 },
+    { "kuerzel", "Kürzel", 0 },
     { "vorspalte", "", 34, form = "amount" },
-    { "betrag", "", 34, form = "amount", sum = true },
+    { "betrag", "Betrag", 34, form = "amount", sum = true },
     { "vergleich", "", 0, form = "amount", sum = true },
     { "differenz", "Veränderung", 0, form = "amount", sum = true },
 }
@@ -37,10 +36,14 @@ local side = nil      -- "Aktiva", "Passiva"
 local aktiva = nil    -- their sums
 local opening = false -- an Eröffnungsbilanz has no result
 
--- An Eröffnungsbilanz is of the first day of its year; of a year that begins in another month only the title is told.
-local function openingDay(year)
-    if year:find("/") then return "zu Beginn des Geschäftsjahres " .. year end
-    return "zum 01.01." .. year
+-- The day of the Bilanz, as far as it is told: a fiscal year with two numbers begins in an unknown month.
+local function dayOf(zeitraum)
+    if zeitraum:find("/") then
+        return "zu" .. (opening and " Beginn" or "m Ende") .. " des Geschäftsjahres " .. zeitraum
+    end
+    if zeitraum:len() == 4 then return "zum " .. (opening and "01.01." or "31.12.") .. zeitraum end
+    if zeitraum:find("per ") == 1 then return "zum " .. zeitraum:sub(5) end
+    return "zum Ende " .. zeitraum
 end
 
 record(0, {
@@ -55,12 +58,12 @@ record(0, {
     u32("mitKonten", 161),
     emit = function(r)
         opening = r.eroeffnung ~= 0
-        local period = opening and openingDay(r.zeitraum) or r.zeitraum
+        local period = dayOf(r.zeitraum)
         if r.vergleich ~= 0 then
-            tree.begin(r, { vorspalte = 0, betrag = 30, vergleich = 30, differenz = 30 })
+            tree.begin(r, { vorspalte = 0, betrag = 27, vergleich = 27, differenz = 27 })
         else
             tree.betrag = "vorspalte" -- amounts of accounts stand before the sums of their groups
-            tree.begin(r, { vorspalte = 34, betrag = 34 })
+            tree.begin(r, { vorspalte = r.mitKonten ~= 0 and 34 or 0, betrag = 34 })
         end
         about {
             { "mandant", r.mandant },
@@ -74,7 +77,7 @@ record(0, {
 })
 
 local function sideRow(style, title, betrag, vergleich)
-    row(style, { [tree.first] = title, betrag = betrag, vergleich = vergleich, differenz = betrag - vergleich })
+    row(style, { text = title, betrag = betrag, vergleich = vergleich, differenz = betrag - vergleich })
 end
 
 record(8, {
@@ -87,7 +90,7 @@ record(8, {
         side = r.aktiva ~= 0 and "Aktiva" or "Passiva"
         tree.reset()
         bookmark(side)
-        row("seite", { [tree.first] = side })
+        row("seite", { text = side })
     end,
     close = {
         rows = { "ergebnis", "total" },

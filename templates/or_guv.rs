@@ -9,9 +9,8 @@ tree.list.upright { font = "Roboto", fontsize = 8.5 }
 tree.styles()
 
 columns {
-    { "konto", "Konto", 0 },
-    { "kuerzel", "Kürzel", 0 },
     { "text", "Bezeichnung", 90 },
+    { "kuerzel", "Kürzel", 0 },
     { "soll", "Soll", 30, form = "amount", sum = true, zero = "blank" },
     { "haben", "Haben", 30, form = "amount", sum = true, zero = "blank" },
     { "betrag", "Ergebnis", 30, form = "amount", sum = true },
@@ -47,7 +46,7 @@ record(0, {
     emit = function(r)
         local isCompared = r.vergleich ~= 0
         if isCompared then
-            tree.begin(r, { soll = 0, haben = 0, betrag = 30, vergleich = 30, differenz = 30 })
+            tree.begin(r, { soll = 0, haben = 0, betrag = 27, vergleich = 27, differenz = 27 })
         else
             tree.begin(r, { soll = 30, haben = 30, betrag = 30 })
         end
@@ -72,7 +71,7 @@ end)
 finish {
     rows = { "total" },
     emit = function(sum)
-        sum[tree.first] = tree.result(sum.betrag, tree.choice.vergleich ~= 0 and sum.vergleich or 0)
+        sum.text = tree.result(sum.betrag, tree.choice.vergleich ~= 0 and sum.vergleich or 0)
         row("total", sum)
     end,
     empty = "Keine Konten in der Gewinn- und Verlustrechnung.",

@@ -3,12 +3,11 @@
 
 local tree = {
     list = share("or_page"),
-    choice = nil,    -- the header's record
-    first = "text",  -- the column in which titles begin
+    choice = nil, -- the header's record
     betrag = "betrag", -- the column in which the amounts of accounts stand
 }
 
-local open = {} -- by depth: the group's title, whether its sum stands under it, whether anything stands in it
+local open = {} -- by depth: the group's title, and where its sum stands
 local path = {} -- by depth: titles of the groups around what comes next
 local ungrouped = false -- accounts of no group are coming
 
@@ -16,26 +15,25 @@ local step = 4 -- millimetres that each depth is indented by
 
 function tree.styles()
     for depth = 1, 3 do
-        style("gruppe" .. depth, { like = "head", bold = depth < 3, height = 7.5 - depth, shade = 0, below = "none",
-            above = "none", indent = step * (depth - 1) })
+        style("gruppe" .. depth, { like = "head", bold = depth < 3, height = 6.5 - depth / 2, shade = 0,
+            above = "none", below = "none", indent = step * (depth - 1) })
         style("summe" .. depth, { like = "sum", bold = depth < 3, indent = step * (depth - 1) })
     end
     for depth = 0, 4 do
-        style("konto" .. depth, { like = "line", above = "none", below = "none", counts = false, indent = step * depth })
+        style("konto" .. depth, {
+            like = "line", above = "none", below = "none", counts = false, indent = step * depth,
+        })
     end
     style("ohne", { like = "gruppe1" })
 end
 
 local pageWidth = 180
 
--- Keeps the header's record and makes the columns what it asks for: `widths` of the columns of amounts, the number and
--- the Kürzel of accounts where they are wanted, and the text takes the rest.
+-- Keeps the header's record and makes the columns what it asks for: `widths` of the columns of amounts, the Kürzel of
+-- accounts where it is wanted, indented like all texts of a row, and the name takes the rest.
 function tree.begin(r, widths)
     tree.choice = r
-    if r.kontenstruktur ~= 0 then
-        tree.first = "konto"
-        widths.konto, widths.kuerzel = 14, 20
-    end
+    if r.kontenstruktur ~= 0 then widths.kuerzel = 31 end
     column("text", { width = 1 })
     local rest = pageWidth
     for name, width in pairs(widths) do
@@ -55,6 +53,11 @@ function tree.heading(zeitraum)
     return at and "per " .. zeitraum:sub(at + 8) or zeitraum
 end
 
+-- Another tree begins.
+function tree.reset()
+    open, path, ungrouped = {}, {}, false
+end
+
 -- Whether accounts at a depth are listed: an account is a level of its own, and the third holds all that is deeper.
 local function listed(depth)
     local choice = tree.choice
@@ -66,42 +69,61 @@ local function sums(sum, cells)
     return cells
 end
 
+-- The heading of a group that waited for something to stand in it.
+local function showHeading(depth)
+    local group = open[depth]
+    if group == nil or not group.waits then return end
+    group.waits = false
+    row("gruppe" .. depth, { text = group.titel })
+end
+
 -- The columns with sums, and the declaration of the three depths of groups, the first of which opens level `first`.
 -- A group shows its sum in its own line, or under what it holds: where the tree asks for it, and for the first depth
--- where the user wants it under the second.
+-- where the user wants it under the second. Without accounts it is not known whether it holds anything, so its
+-- heading waits for a group inside it; where none comes, title and sum make one line.
 function tree.groups(first, amounts)
     tree.amounts = amounts
     for depth = 1, 3 do
+        local headings = {}
+        for outer = 1, depth do headings[outer] = "gruppe" .. outer end
         record(depth, {
             u32("summenzeile", 0),
             text("titel", 4, 28),
             level = first + depth - 1,
             again = "gruppe" .. depth,
-            rows = { "gruppe" .. depth },
+            rows = headings,
             emit = function(r)
                 local choice = tree.choice
                 ungrouped = false
                 for inner = depth, 3 do path[inner] = nil end
                 path[depth] = r.titel
-                local holds = depth < choice.ebene or listed(depth)
-                local below = r.summenzeile ~= 0 or (depth == 1 and choice.ersteEbeneUnter ~= 0)
-                open[depth] = { titel = r.titel, below = holds and below }
-                if depth > choice.ebene then return end
-                for outer = 1, depth - 1 do open[outer].filled = true end
+                local isShown = depth <= choice.ebene
+                local mayHold = depth < choice.ebene or listed(depth)
+                local isBelow = mayHold and (r.summenzeile ~= 0 or (depth == 1 and choice.ersteEbeneUnter ~= 0))
+                local group = { titel = r.titel, isShown = isShown, isBelow = isBelow }
+                open[depth] = group
+                if not isShown then return end
+                for outer = 1, depth - 1 do showHeading(outer) end
                 bookmark(r.titel)
-                local cells = { [tree.first] = r.titel }
-                if not open[depth].below then
-                    for _, name in ipairs(tree.amounts) do cells[name] = groupsum end
+                group.waits = isBelow
+                if isBelow then
+                    if listed(depth) then showHeading(depth) end
+                    return
                 end
+                local cells = { text = r.titel }
+                for _, name in ipairs(tree.amounts) do cells[name] = groupsum end
                 row("gruppe" .. depth, cells)
             end,
             close = {
-                rows = { "summe" .. depth },
+                rows = { "summe" .. depth, "gruppe" .. depth },
                 emit = function(sum)
                     local group = open[depth]
-                    if depth > tree.choice.ebene or not group.below then return end
-                    if not group.filled and sum.betrag == 0 and sum.differenz == 0 then return end
-                    row("summe" .. depth, sums(sum, { [tree.first] = "Summe " .. group.titel }))
+                    if not group.isShown or not group.isBelow then return end
+                    if group.waits then
+                        row("gruppe" .. depth, sums(sum, { text = group.titel }))
+                    else
+                        row("summe" .. depth, sums(sum, { text = "Summe " .. group.titel }))
+                    end
                 end,
             },
         })
@@ -122,16 +144,15 @@ function tree.accounts(first, last, fields, amountsOf)
             emit = function(r)
                 amountsOf(r)
                 for inner = depth + 1, 3 do path[inner] = nil end
-                for outer = 1, math.min(depth, 3) do open[outer].filled = true end
                 r.differenz = r.betrag - r.vergleich
                 add(r)
                 r.nummer = tree.number(r.nummer)
                 r.gruppe1, r.gruppe2, r.gruppe3 = path[1], path[2], path[3]
                 tree.data(r)
                 if not listed(depth) then return end
-                if depth == 0 and not ungrouped then row("ohne", { [tree.first] = "ohne Zuordnung" }) end
+                if depth == 0 and not ungrouped then row("ohne", { text = "ohne Zuordnung" }) end
                 ungrouped = depth == 0
-                r.konto, r.text = r.nummer, r.name
+                r.text = tree.choice.kontenstruktur ~= 0 and r.nummer .. "   " .. r.name or r.name
                 if tree.betrag ~= "betrag" then r[tree.betrag], r.betrag = r.betrag, nil end
                 row("konto" .. depth, r)
             end,
@@ -143,10 +164,12 @@ end
 
 -- A row of data of an account; what nothing is compared with is empty.
 function tree.data(r)
-    local vergleich, differenz = r.vergleich, r.differenz
-    if tree.choice.vergleich == 0 then r.vergleich, r.differenz = nil, nil end
-    data(r)
-    r.vergleich, r.differenz = vergleich, differenz
+    local cells = {}
+    for name, value in pairs(r) do cells[name] = value end
+    if tree.choice.vergleich == 0 then
+        cells.vergleich, cells.differenz, cells.vergleichSoll, cells.vergleichHaben = nil, nil, nil, nil
+    end
+    data(cells)
 end
 
 -- A number without the blanks in front of it.

@@ -23,7 +23,7 @@ constexpr OwnOption bilanzOptions[] = {
     {"--ebene", ControlUse::Choose, 0, "Gruppen bis zu dieser Ebene: 1, 2 oder 3 (sonst)", levels},
     {"--ohne-konten", ControlUse::Untick, 1047, "die Gruppen ohne ihre Konten"},
     {"--nur-bebuchte", ControlUse::Tick, 1042, "nur bebuchte Konten"},
-    {"--kontenstruktur", ControlUse::Tick, 1041, "mit den Nummern der Gruppen"},
+    {"--kontenstruktur", ControlUse::Tick, 1041, "mit Nummer und Kürzel der Konten"},
     {"--erste-ebene-unter", ControlUse::Tick, 1048, "die 1. Ebene unter der 2. (nein: darüber)"},
 };
 constexpr OwnOption journalOptions[] = {

@@ -14,8 +14,10 @@
 
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace vark::test {
 
@@ -43,32 +45,39 @@ inline ReportParams PeriodBlock(int32_t zeitraum, int32_t jahrIndex)
     return params;
 }
 
-// Turns the comparison on, with a year of its own, in the next tabbed dialog of this thread, before anybody
-// answers it.
-inline void CompareWith(const std::string &year)
+// Does something to the next dialog of this thread, before anybody answers it.
+inline void InDialog(std::function<void(HWND dialog)> change)
 {
-    static std::string wanted;
-    wanted = year;
+    static std::function<void(HWND dialog)> wanted;
+    wanted = std::move(change);
     WNDCLASSA made{};
-    made.lpszClassName = "ComparisonSwitch";
+    made.lpszClassName = "InDialog";
     made.lpfnWndProc = [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
         if (message != WM_APP) return DefWindowProcA(window, message, wParam, lParam);
         HWND dialog = GetActiveWindow();
         DestroyWindow(window);
-        if (dialog == nullptr || GetDlgItem(dialog, controlCompare) == nullptr) return 0;
-        SendDlgItemMessageA(dialog, controlCompare, BM_SETCHECK, BST_CHECKED, 0);
-        SendMessageA(dialog, WM_COMMAND, controlCompare, 0);
-        for (HWND page = GetWindow(dialog, GW_CHILD); page != nullptr; page = GetWindow(page, GW_HWNDNEXT)) {
-            HWND field = GetDlgItem(page, controlYear);
-            if (field == nullptr || IsWindowVisible(page) != FALSE) continue;
-            SetWindowTextA(field, wanted.c_str()); // of the page that is not in view
-        }
+        if (dialog != nullptr) wanted(dialog);
         return 0;
     };
     RegisterClassA(&made);
     HWND window =
         CreateWindowExA(0, made.lpszClassName, "", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
     PostMessageA(window, WM_APP, 0, 0);
+}
+
+// Turns the comparison on in the next dialog of Bilanz or GuV, with a year of its own.
+inline void CompareWith(const std::string &year)
+{
+    InDialog([year](HWND dialog) {
+        if (GetDlgItem(dialog, controlCompare) == nullptr) return;
+        SendDlgItemMessageA(dialog, controlCompare, BM_SETCHECK, BST_CHECKED, 0);
+        SendMessageA(dialog, WM_COMMAND, controlCompare, 0);
+        for (HWND page = GetWindow(dialog, GW_CHILD); page != nullptr; page = GetWindow(page, GW_HWNDNEXT)) {
+            HWND field = GetDlgItem(page, controlYear);
+            if (field == nullptr || IsWindowVisible(page) != FALSE) continue;
+            SetWindowTextA(field, year.c_str()); // of the page that is not in view
+        }
+    });
 }
 
 } // namespace vark::test
