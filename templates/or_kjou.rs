@@ -1,14 +1,12 @@
--- Kostenjournal: the cost lines of a period by date.
+-- Kostenjournal: the cost lines of a period by date, with a bookmark for each month.
 
 report { id = "tervoKJOURNAL0.0", title = "Kostenjournal" }
 
-page {
-    landscape = true,
-    margins = { top = 10, right = 8, bottom = 10, left = 15 },
-    font = "Roboto Condensed",
-    fontsize = 8,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.across()
+
+style("note", { like = "text", italic = true })
 
 columns {
     { "datum", "Datum", 18 },
@@ -16,26 +14,51 @@ columns {
     { "konto", "Konto", 16 },
     { "kost1", "1.", 18, group = "Kostenobjekt" },
     { "kost2", "2.", 20, group = "Kostenobjekt" },
-    { "text", "Buchungstext", 98 },
+    { "text", "Buchungstext", 96 },
     { "kennzeichen", "Kz.", 8, align = "center" },
     { "stapel", "Stapel", 12, align = "center" },
     { "soll", "Soll", 32, form = "amount", sum = true, zero = "blank" },
     { "haben", "Haben", 32, form = "amount", sum = true, zero = "blank" },
 }
 
-carry { column = "text", pagesum = "Summe Seite {page}", down = "Übertrag", up = "Übertrag von Seite {before}" }
+fields {
+    { "datum", "Datum" },
+    { "beleg", "Beleg" },
+    { "konto", "Konto" },
+    { "kost1", "1. Kostenobjekt" },
+    { "kost2", "2. Kostenobjekt" },
+    { "text", "Buchungstext" },
+    { "kennzeichen", "Kennzeichen", form = "flag" },
+    { "imStapel", "Im Stapel", form = "flag" },
+    { "soll", "Soll", form = "amount" },
+    { "haben", "Haben", form = "amount" },
+}
+
+list.carry("text")
+
+local mitStapel = false
 
 record(0, {
     text("mandant", 0, 41),
     text("zeitraum", 41, 50),
-    u32("stapel", 91),
+    u32("inkl", 91),
     emit = function(r)
-        local art = r.stapel ~= 0 and "einschließlich Stapel" or "ohne Stapel"
-        head { left = r.mandant, center = "Kostenjournal", right = "Seite {page} von {pages}" }
-        head { left = art, center = r.zeitraum }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
+        mitStapel = r.inkl ~= 0
+        about { { "mandant", r.mandant }, { "zeitraum", r.zeitraum } }
+        list.head(r.mandant, "Kostenjournal")
+        head { left = mitStapel and "einschließlich Stapel" or "ohne Stapel", center = r.zeitraum }
+        if not mitStapel then
+            column("stapel", { width = 0 })
+            column("text", { width = 108 })
+        end
     end,
 })
+
+local monate = {
+    "Januar", "Februar", "März", "April", "Mai", "Juni",
+    "Juli", "August", "September", "Oktober", "November", "Dezember",
+}
+local monat = ""
 
 record(1, {
     date("datum", 0),
@@ -50,16 +73,34 @@ record(1, {
     u32("endgueltig", 151),
     rows = { "line" },
     emit = function(r)
-        r.kennzeichen = r.gesetzt ~= 0 and "×" or nil
-        r.stapel = r.endgueltig == 0 and "×" or nil
+        if r.datum:sub(4) ~= monat and r.datum ~= "" then
+            monat = r.datum:sub(4)
+            local name = monate[tonumber(r.datum:sub(4, 5))]
+            if name ~= nil then bookmark(name .. " " .. r.datum:sub(7)) end
+        end
+        r.kennzeichen = r.gesetzt ~= 0
+        r.imStapel = r.endgueltig == 0
+        data(r)
+        r.kennzeichen = list.mark(r.gesetzt)
+        r.stapel = r.imStapel and "×" or nil
         row("line", r)
     end,
 })
 
 finish {
-    rows = { "total" },
+    rows = { "total", "sum", "note" },
+    empty = "Keine Kostenbuchungen im Zeitraum.",
     emit = function(sum)
+        local saldo = sum.soll - sum.haben
         sum.text = "Gesamtsumme"
         row("total", sum)
+        row("sum", {
+            text = "Saldo",
+            soll = saldo >= 0 and saldo or nil,
+            haben = saldo < 0 and -saldo or nil,
+        })
+        local legend = "Kz. ×: mit dem Kennzeichen der Kostenschablone."
+        if mitStapel then legend = legend .. " Stapel ×: noch nicht endgültig gebucht." end
+        row("note", legend)
     end,
 }

@@ -1,8 +1,9 @@
--- The form of the Umsatzsteuervoranmeldung, which its variants share: the boxes in its order. `basis` is the title
--- of the column of bases; with `kodierzeile` the line for the tax office's machine stands under the address.
+-- The form of the Umsatzsteuervoranmeldung, which its variants share: the boxes in its order, base and tax of a rate
+-- side by side. In a variant with `whole` the bases that have no Pfennigs are shown without them, and the line for the
+-- tax office's machine stands beside the address.
 return function(variant)
     page {
-        margins = { top = 12, right = 10, bottom = 10, left = 20 },
+        margins = { top = 10, right = 10, bottom = 8, left = 20 },
         font = "Roboto Condensed",
         fontsize = 8.5,
         head = 2,
@@ -12,72 +13,88 @@ return function(variant)
     style("title", { size = 13, height = 7 })
     style("subtitle", { size = 10 })
     style("anschrift", { like = "text", height = 3.6 })
-    style("abschnitt", { like = "head", height = 5, below = "hair" })
-    style("line", { height = 3.9, counts = false })
+    style("berichtigt", { like = "text", bold = true, size = 10, height = 5 })
+    style("ueberschrift", { like = "text", bold = true, height = 4.4, below = "line" })
+    style("abschnitt", { like = "head", height = 4.8, below = "hair" })
+    style("line", { height = 3.8, counts = false })
+    style("note", { like = "text", italic = true, height = 4.2 })
+    style("unterschrift", { like = "text", height = 6 })
 
     columns {
-        { "kz", "Kennzahl", 20, align = "center" },
-        { "text", "", 96 },
-        { "basis", variant.basis, 33, form = "amount", zero = "blank" },
-        { "steuer", "Steuer", 31, form = "amount", zero = "blank" },
+        { "text", "", 100 },
+        { "kz1", "", 9 },
+        { "basis", "", 30, align = "right" },
+        { "abstand", "", 3 },
+        { "kz2", "", 9 },
+        { "steuer", "", 28, form = "amount", zero = "blank" },
     }
 
-    -- In the order of the form: a text begins a section.
-    local boxes = {
+    -- In the order of the form: a text begins a section, a row has its text, the box of its base and that of its tax.
+    local form = {
         "Steuerfreie Umsätze mit Vorsteuerabzug",
-        { "kz41", 41, "Innergemeinschaftliche Lieferungen an Abnehmer mit USt-IdNr.", "basis" },
-        { "kz44", 44, "Lieferungen neuer Fahrzeuge an Abnehmer ohne USt-IdNr.", "basis" },
-        { "kz49", 49, "Lieferungen neuer Fahrzeuge außerhalb eines Unternehmens", "basis" },
-        { "kz43", 43, "Weitere steuerfreie Umsätze mit Vorsteuerabzug", "basis" },
+        { "Innergemeinschaftliche Lieferungen an Abnehmer mit USt-IdNr.", 41 },
+        { "Lieferungen neuer Fahrzeuge an Abnehmer ohne USt-IdNr.", 44 },
+        { "Lieferungen neuer Fahrzeuge außerhalb eines Unternehmens", 49 },
+        { "Weitere steuerfreie Umsätze mit Vorsteuerabzug", 43 },
         "Steuerfreie Umsätze ohne Vorsteuerabzug",
-        { "kz48", 48, "Umsätze ohne Vorsteuerabzug", "basis" },
+        { "Umsätze ohne Vorsteuerabzug", 48 },
         "Steuerpflichtige Umsätze",
-        { "kz50", 50, "Umsätze zum allgemeinen Steuersatz", "basis" },
-        { "kz86", 86, "Umsätze zum ermäßigten Steuersatz", "basis" },
-        { "kz87", 87, "Umsätze zum Steuersatz Kennzahl 87", "basis" },
-        { "kz88", 88, "Umsätze zum Steuersatz Kennzahl 88", "basis" },
-        { "kz35", 35, "Umsätze, die anderen Steuersätzen unterliegen", "basis" },
-        { "kz36", 36, "Steuer darauf", "steuer" },
-        { "kz77", 77, "Lieferungen land- und forstwirtschaftlicher Betriebe an Abnehmer mit USt-IdNr.", "basis" },
-        { "kz76", 76, "Steuer auf land- und forstwirtschaftliche Umsätze", "steuer" },
-        { "kz80", 80, "Steuer auf Umsätze nach Durchschnittsätzen", "steuer" },
+        { "Umsätze zum allgemeinen Steuersatz", 50 },
+        { "Umsätze zum ermäßigten Steuersatz", 86 },
+        { "Umsätze zum Steuersatz von 12 %", 87 },
+        { "Umsätze zum Steuersatz von 16 %", 88 },
+        { "Umsätze, die anderen Steuersätzen unterliegen", 35, 36 },
+        { "Lieferungen land- und forstwirtschaftlicher Betriebe an Abnehmer mit USt-IdNr.", 77 },
+        { "Land- und forstwirtschaftliche Umsätze, für die Steuer zu entrichten ist", 76, 80 },
         "Innergemeinschaftliche Erwerbe",
-        { "kz91", 91, "Steuerfreie innergemeinschaftliche Erwerbe", "basis" },
-        { "kz92", 92, "Erwerbe zum allgemeinen Steuersatz", "basis" },
-        { "kz93", 93, "Erwerbe zum ermäßigten Steuersatz", "basis" },
-        { "kz94", 94, "Erwerbe neuer Fahrzeuge von Lieferern ohne USt-IdNr.", "basis" },
-        { "kz95", 95, "Erwerbe zu anderen Steuersätzen", "steuer" },
-        "Weitere Bemessungsgrundlagen",
-        { "kz42", 42, "Lieferungen des ersten Abnehmers in Dreiecksgeschäften", "basis" },
-        { "kz45", 45, "Nicht steuerbare Umsätze", "basis" },
-        { "kz57", 57, "Kennzahl 57", "basis" },
-        { "kz71", 71, "Kennzahl 71", "basis" },
-        { "kz72", 72, "Kennzahl 72", "basis" },
-        { "kz78", 78, "Kennzahl 78", "basis" },
-        { "kz79", 79, "Kennzahl 79", "basis" },
-        "Weitere Steuerbeträge",
-        { "kz65", 65, "Steuer infolge Wechsels der Besteuerungsform, Nachsteuer", "steuer" },
-        { "kz58", 58, "Kennzahl 58", "steuer" },
-        { "kz46", 46, "Kennzahl 46", "steuer" },
-        { "kz37", 37, "Kennzahl 37", "steuer" },
-        { "kz38", 38, "Kennzahl 38", "steuer" },
-        { "kz70", 70, "Kennzahl 70", "steuer" },
-        { "kz73", 73, "Kennzahl 73", "steuer" },
-        { "kz74", 74, "Kennzahl 74", "steuer" },
-        { "kz75", 75, "Kennzahl 75", "steuer" },
-        { "kz69", 69, "In Rechnungen unberechtigt ausgewiesene Steuer", "steuer" },
+        { "Steuerfreie innergemeinschaftliche Erwerbe", 91 },
+        { "Erwerbe zum allgemeinen Steuersatz", 92 },
+        { "Erwerbe zum ermäßigten Steuersatz", 93 },
+        { "Erwerbe zu anderen Steuersätzen", 95 },
+        { "Erwerbe neuer Fahrzeuge von Lieferern ohne USt-IdNr.", 94 },
+        "Weitere Bemessungsgrundlagen und Steuerbeträge",
+        { "Lieferungen des ersten Abnehmers in Dreiecksgeschäften", 42 },
+        { "Nicht steuerbare Umsätze", 45 },
+        { "Konten mit den Kennzahlen 57 und 58", 57, 58 },
+        { "Konten mit der Kennzahl 71", 71 },
+        { "Konten mit der Kennzahl 72", 72 },
+        { "Konten mit der Kennzahl 78", 78 },
+        { "Konten mit der Kennzahl 79", 79 },
+        { "Konten mit der Kennzahl 37", nil, 37 },
+        { "Konten mit der Kennzahl 38", nil, 38 },
+        { "Konten mit der Kennzahl 46", nil, 46 },
+        { "Konten mit der Kennzahl 70", nil, 70 },
+        { "Konten mit der Kennzahl 73", nil, 73 },
+        { "Konten mit der Kennzahl 74", nil, 74 },
+        { "Konten mit der Kennzahl 75", nil, 75 },
+        { "Steuer infolge Wechsels der Besteuerungsform, Nachsteuer auf Anzahlungen", nil, 65 },
+        { "In Rechnungen unrichtig oder unberechtigt ausgewiesene Steuer", nil, 69 },
         "Abziehbare Vorsteuer",
-        { "kz66", 66, "Vorsteuer aus Rechnungen anderer Unternehmer", "steuer" },
-        { "kz61", 61, "Vorsteuer aus innergemeinschaftlichen Erwerben", "steuer" },
-        { "kz62", 62, "Entrichtete Einfuhrumsatzsteuer", "steuer" },
-        { "kz63", 63, "Vorsteuer nach allgemeinen Durchschnittsätzen", "steuer" },
-        { "kz59", 59, "Vorsteuer für Lieferungen neuer Fahrzeuge", "steuer" },
-        { "kz64", 64, "Berichtigung des Vorsteuerabzugs", "steuer" },
+        { "Vorsteuer aus Rechnungen anderer Unternehmer", nil, 66 },
+        { "Vorsteuer aus innergemeinschaftlichen Erwerben", nil, 61 },
+        { "Entrichtete Einfuhrumsatzsteuer", nil, 62 },
+        { "Vorsteuer nach allgemeinen Durchschnittsätzen", nil, 63 },
+        { "Vorsteuer für Lieferungen neuer Fahrzeuge außerhalb eines Unternehmens", nil, 59 },
+        { "Berichtigung des Vorsteuerabzugs", nil, 64 },
         "Sondervorauszahlung",
-        { "kz39", 39, "Anrechnung der Sondervorauszahlung", "steuer" },
+        { "Anrechnung der Sondervorauszahlung", nil, 39 },
     }
 
-    record(0, {
+    -- Where each box lies in the record. Those that have no Pfennigs in a variant with whole amounts are marked.
+    local boxes = {
+        { 41, 415, true }, { 42, 428, true }, { 44, 441, true }, { 49, 454, true }, { 43, 467, true },
+        { 48, 480, true }, { 50, 493, true }, { 86, 506, true }, { 35, 519, true }, { 36, 532 }, { 77, 545, true },
+        { 76, 558 }, { 80, 571 }, { 91, 584, true }, { 92, 597, true }, { 93, 610, true }, { 94, 623, true },
+        { 65, 636 }, { 66, 649 }, { 61, 662 }, { 62, 675 }, { 63, 688 }, { 64, 701 }, { 59, 714 }, { 58, 727 },
+        { 69, 740 }, { 39, 753 }, { 57, 766, true }, { 71, 779, true }, { 72, 792, true }, { 78, 818, true },
+        { 79, 831, true }, { 75, 857 }, { 45, 870 }, { 46, 883 }, { 87, 896 }, { 88, 909 }, { 37, 922 }, { 38, 935 },
+        { 95, 948 }, { 70, 961 }, { 73, 974 }, { 74, 987 },
+    }
+
+    -- Input tax is deducted: the record holds it below zero, the form shows what is claimed.
+    local deducted = { [66] = true, [61] = true, [62] = true, [63] = true, [59] = true, [64] = true }
+
+    local header = {
         text("name1", 0, 41),
         text("name2", 41, 26),
         text("zeile1", 67, 31),
@@ -91,72 +108,99 @@ return function(variant)
         text("zeitraum", 323, 80),
         i32("periode", 403),
         i32("jahr", 407),
-        u32("berichtigt", 411),
-        amount("kz41", 415),
-        amount("kz42", 428),
-        amount("kz44", 441),
-        amount("kz49", 454),
-        amount("kz43", 467),
-        amount("kz48", 480),
-        amount("kz50", 493),
-        amount("kz86", 506),
-        amount("kz35", 519),
-        amount("kz36", 532),
-        amount("kz77", 545),
-        amount("kz76", 558),
-        amount("kz80", 571),
-        amount("kz91", 584),
-        amount("kz92", 597),
-        amount("kz93", 610),
-        amount("kz94", 623),
-        amount("kz65", 636),
-        amount("kz66", 649),
-        amount("kz61", 662),
-        amount("kz62", 675),
-        amount("kz63", 688),
-        amount("kz64", 701),
-        amount("kz59", 714),
-        amount("kz58", 727),
-        amount("kz69", 740),
-        amount("kz39", 753),
-        amount("kz57", 766),
-        amount("kz71", 779),
-        amount("kz72", 792),
-        amount("kz78", 818),
-        amount("kz79", 831),
-        amount("kz75", 857),
-        amount("kz45", 870),
-        amount("kz46", 883),
-        amount("kz87", 896),
-        amount("kz88", 909),
-        amount("kz37", 922),
-        amount("kz38", 935),
-        amount("kz95", 948),
-        amount("kz70", 961),
-        amount("kz73", 974),
-        amount("kz74", 987),
-        rows = {
-            { "anschrift", variant.kodierzeile and 10 or 9 },
-            "abschnitt", { "line", 4 }, "abschnitt", "line", "abschnitt",
-            { "line", 9 }, "abschnitt", { "line", 5 }, "abschnitt", { "line", 7 }, "abschnitt",
-            { "line", 10 }, "abschnitt", { "line", 6 }, "abschnitt", "line",
-        },
-        emit = function(r)
-            head { left = "Umsatzsteuer-Voranmeldung " .. r.jahr, right = "Seite {page} von {pages}" }
-            head { left = r.zeitraum, right = r.berichtigt ~= 0 and "Berichtigte Anmeldung" or "" }
-            foot { left = r.name1, right = "gedruckt am " .. today() }
-            row("anschrift", "Steuernummer: " .. r.steuernummer)
-            if variant.kodierzeile then row("anschrift", r.kodierzeile) end
-            for _, name in ipairs { "name1", "name2", "zeile1", "zeile2", "zeile3", "zeile4", "zeile5", "zeile6" } do
-                if r[name] ~= "" then row("anschrift", r[name]) end
+        u32("gesetzt", 411),
+    }
+    local columnsOfData = {
+        { "mandant", "Mandant" },
+        { "steuernummer", "Steuernummer" },
+        { "zeitraum", "Zeitraum" },
+        { "jahr", "Kalenderjahr", form = "number" },
+        { "berichtigt", "Berichtigte Anmeldung", form = "flag" },
+    }
+    local isWhole = {}
+    for _, box in ipairs(boxes) do
+        table.insert(header, amount("kz" .. box[1], box[2]))
+        isWhole[box[1]] = variant.whole and box[3]
+    end
+    -- Data has the boxes in the order of the form.
+    for _, line in ipairs(form) do
+        for i = 2, 3 do
+            local number = type(line) == "table" and line[i]
+            if number then
+                table.insert(columnsOfData, { tostring(number), "Kennzahl " .. number, form = "amount" })
             end
-            for _, box in ipairs(boxes) do
-                if type(box) == "string" then
-                    row("abschnitt", box)
-                else
-                    row("line", { kz = tostring(box[2]), text = box[3], [box[4]] = r[box[1]] })
-                end
+        end
+    end
+    fields(columnsOfData)
+
+    -- As the form shows it; an empty box for nothing.
+    local function shown(r, number)
+        local pfennig = r["kz" .. number]
+        if pfennig == 0 then return "" end
+        local written = money(pfennig)
+        if isWhole[number] then written = written:sub(1, -4) end
+        return written
+    end
+
+    local function zeitraumOf(r)
+        if r.periode == 17 then return "Kalenderjahr " .. r.zeitraum end
+        return r.zeitraum
+    end
+
+    header.rows = { { "anschrift", 8 }, "berichtigt", "ueberschrift" }
+    for _, line in ipairs(form) do
+        table.insert(header.rows, type(line) == "string" and "abschnitt" or "line")
+    end
+    table.insert(header.rows, { "note", 3 })
+    table.insert(header.rows, { "unterschrift", 2 })
+
+    header.emit = function(r)
+        for _, box in ipairs(boxes) do
+            if deducted[box[1]] then r["kz" .. box[1]] = -r["kz" .. box[1]] end
+            r[tostring(box[1])] = r["kz" .. box[1]]
+        end
+        r.mandant = r.name1
+        r.berichtigt = r.gesetzt ~= 0
+        data(r)
+
+        head { left = "Umsatzsteuer-Voranmeldung " .. r.jahr, right = "Seite {page} von {pages}" }
+        head { left = zeitraumOf(r), right = r.berichtigt and "Berichtigte Anmeldung" or "" }
+        foot { left = r.name1, right = "gedruckt am " .. today() }
+
+        -- Beside the address what the office files the return under.
+        local beside = {}
+        if r.steuernummer ~= "" then table.insert(beside, "Steuernummer " .. r.steuernummer) end
+        if variant.whole and r.kodierzeile ~= "" then table.insert(beside, "Kodierzeile " .. r.kodierzeile) end
+        local line = 0
+        for _, name in ipairs { "name1", "name2", "zeile1", "zeile2", "zeile3", "zeile4", "zeile5", "zeile6" } do
+            if r[name] ~= "" then
+                line = line + 1
+                row("anschrift", { text = r[name], kz1 = beside[line] })
             end
-        end,
-    })
+        end
+        for i = line + 1, #beside do row("anschrift", { kz1 = beside[i] }) end
+        if r.berichtigt then row("berichtigt", "Berichtigte Anmeldung") end
+        row("ueberschrift", { basis = "Bemessungsgrundlage", steuer = "Steuer" })
+
+        for _, entry in ipairs(form) do
+            if type(entry) == "string" then
+                row("abschnitt", entry)
+            else
+                local base, tax = entry[2], entry[3]
+                row("line", {
+                    text = entry[1],
+                    kz1 = base and tostring(base),
+                    basis = base and shown(r, base),
+                    kz2 = tax and tostring(tax),
+                    steuer = tax and r["kz" .. tax],
+                })
+            end
+        end
+        row("note", "Vorsteuer ist als Abzug zu lesen: sie steht hier ohne Vorzeichen, solange sie die Zahlung mindert.")
+        if variant.whole then row("note", "Bemessungsgrundlagen stehen in vollen Beträgen, ihre Pfennige fallen weg.") end
+        row("note", "Aufstellung für die eigenen Akten. Sie ersetzt nicht den amtlichen Vordruck.")
+        row("unterschrift", {})
+        row("unterschrift", "Datum ______________________    Unterschrift ____________________________________________")
+    end
+    record(0, header)
 end

@@ -4,4 +4,4 @@ local form = share("or_ust_form")
 
 report { id = "tervoUSTVA0.0", title = "Umsatzsteuervoranmeldung" }
 
-form { basis = "Bemessungsgrundlage\ngenau" }
+form { whole = false }

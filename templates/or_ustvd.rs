@@ -1,7 +1,3 @@
 -- Umsatzsteuervoranmeldung up to 1996, bases in whole amounts.
 
-local form = share("or_ust_form")
-
-report { id = "tervoUSTVA0.0", title = "Umsatzsteuervoranmeldung" }
-
-form { basis = "Bemessungsgrundlage\nvolle Beträge", kodierzeile = true }
+share("or_ust_whole")

@@ -2,14 +2,12 @@
 
 report { id = "tervoUSTVAVERPROB0.0", title = "Umsatzsteuerverprobung" }
 
-page {
-    margins = { top = 10, right = 10, bottom = 10, left = 20 },
-    font = "Roboto Condensed",
-    fontsize = 8.5,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.upright()
 
 style("abschnitt", { like = "head", size = 11, height = 8 })
+style("note", { like = "text", italic = true })
 
 columns {
     { "kennzahl", "Kennzahl", 18, align = "center" },
@@ -19,17 +17,29 @@ columns {
     { "betrag", "Soll − Haben", 36, form = "amount", sum = true },
 }
 
-carry { level = 2, column = "name", down = "Übertrag", up = "Übertrag von Seite {before}" }
+fields {
+    { "abschnitt", "Abschnitt" },
+    { "kennzahl", "Kennzahl", form = "number" },
+    { "gruppe", "Gruppe" },
+    { "konto", "Konto" },
+    { "kuerzel", "Kürzel" },
+    { "name", "Bezeichnung" },
+    { "betrag", "Soll minus Haben", form = "amount" },
+}
+
+list.carryGroup(2, "name")
 
 record(0, {
     text("mandant", 0, 41),
     text("zeitraum", 41, 80),
     emit = function(r)
-        head { left = "Umsatzsteuerverprobung", right = "Seite {page} von {pages}" }
-        head { left = r.mandant, right = r.zeitraum }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
+        about { { "mandant", r.mandant }, { "zeitraum", r.zeitraum } }
+        list.head(r.mandant, "Umsatzsteuerverprobung")
+        head { center = r.zeitraum }
     end,
 })
+
+local abschnitt = ""
 
 record(1, {
     text("titel", 0, 50),
@@ -37,6 +47,7 @@ record(1, {
     level = 1,
     rows = { "abschnitt" },
     emit = function(r)
+        abschnitt = r.titel
         bookmark(r.titel)
         row("abschnitt", r.titel)
     end,
@@ -49,6 +60,7 @@ record(2, {
     text("titel", 0, 50),
     level = 2,
     rows = { "head" },
+    again = "head",
     emit = function(r)
         gruppe = r.titel
         if r.titel ~= "" then
@@ -58,7 +70,10 @@ record(2, {
     end,
     close = {
         rows = { "sum" },
-        emit = function(sum) row("sum", { name = "Summe " .. gruppe, betrag = sum.betrag }) end,
+        emit = function(sum)
+            if sum.count == 0 then return row("sum", { name = "keine Konten" }) end
+            row("sum", { name = "Summe " .. gruppe, betrag = sum.betrag })
+        end,
     },
 })
 
@@ -70,8 +85,16 @@ record(3, {
     amount("betrag", 63),
     rows = { "line" },
     emit = function(r)
+        gruppe = "Kennzahl " .. r.nummer
+        data {
+            abschnitt = abschnitt,
+            kennzahl = r.nummer,
+            konto = r.konto,
+            kuerzel = r.kuerzel,
+            name = r.name,
+            betrag = r.betrag,
+        }
         r.kennzahl = tostring(r.nummer)
-        gruppe = "Kennzahl " .. r.kennzahl
         row("line", r)
     end,
 })
@@ -82,5 +105,18 @@ record(4, {
     text("name", 18, 41),
     amount("betrag", 59),
     rows = { "line" },
-    emit = function(r) row("line", r) end,
+    emit = function(r)
+        r.abschnitt = abschnitt
+        r.gruppe = gruppe
+        data(r)
+        row("line", r)
+    end,
 })
+
+finish {
+    rows = { "note" },
+    emit = function()
+        row("note", "Beträge sind Soll minus Haben. Die Voranmeldung rechnet umgekehrt, Haben minus Soll: "
+            .. "was hier ein Minus hat, steht dort ohne.")
+    end,
+}
