@@ -19,6 +19,7 @@ namespace {
 // Fields of ReportParams that are given.
 constexpr uint32_t givenKind = 0x08;
 constexpr uint32_t givenAccounts = 0x10;
+constexpr uint32_t givenSingle = 0x20;
 
 constexpr size_t kontoDigits = 7;
 
@@ -73,6 +74,19 @@ Account FindSingle(const std::string &text, const ReportRow &report, int mandant
     throw Refusal("--konto: Ein Konto „" + text + "“ gibt es nicht.");
 }
 
+// Whether a report's dialog finds this account for its number: no kind that it looks through before has it.
+bool IsFirstOfItsNumber(const Account &account, int mandant)
+{
+    ReasonCatcher catcher;
+    bool isFirst = true;
+    for (const int kind : {ArtSachkonto, ArtKreditor, ArtDebitor, ArtKostenstelle}) {
+        if (kind == account.Art) break;
+        if (FindAccount(mandant, kind, account.Konto)) isFirst = false;
+    }
+    catcher.Take();
+    return isFirst;
+}
+
 } // namespace
 
 void PutRange(const RangeText &text, const ReportRow &report, int mandant, ReportParams &params)
@@ -92,9 +106,10 @@ void PutRange(const RangeText &text, const ReportRow &report, int mandant, Repor
                              std::string(text.Von.empty() ? "--bis." : "--von."));
         const Account account = FindSingle(text.Konto, report, mandant, art);
         params.KontoArt = account.Art;
-        // As a range: a single account would be looked for among all kinds, and found in the first.
+        // As a range as well: a single account is looked for among all kinds, and found in the first.
         std::memcpy(LimitsOf(params).Von, account.Konto, sizeof account.Konto);
         std::memcpy(LimitsOf(params).Bis, account.Konto, sizeof account.Konto);
+        if (IsFirstOfItsNumber(account, mandant)) params.ParamFlags |= givenSingle;
         return;
     }
     const unsigned first = report.Kontoarten & -report.Kontoarten;

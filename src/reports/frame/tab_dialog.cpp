@@ -75,7 +75,11 @@ bool IsForOurWindows(MSG *message)
     HWND dialog = LiveWindow(ActiveTabDialog);
     if (dialog != nullptr && IsForTabDialog(dialog, message)) return true;
     HWND bar = LiveWindow(ActiveBarWindow);
-    return bar != nullptr && IsDialogMessageA(bar, message);
+    if (bar == nullptr) return false;
+    // Alt and the letter of a button work from the sheet beside the bar as well.
+    MSG forBar = *message;
+    if (message->message == WM_SYSCHAR && IsChild(GetParent(bar), message->hwnd)) forBar.hwnd = bar;
+    return IsDialogMessageA(bar, &forBar) != FALSE;
 }
 
 // Handles messages until the dialog has ended or is gone.

@@ -385,6 +385,21 @@ TEST_F(SheetWindow, IsServedByTheHostsLoopWhileItIsActive)
     EXPECT_EQ(0, VARK_IsMessage(reinterpret_cast<VarkMessage *>(&tab))) << "a bar that has gone is forgotten";
 }
 
+TEST_F(SheetWindow, LetterOfAButtonWorksFromTheSheetToo)
+{
+    Open();
+    SendMessageA(frame, WM_ACTIVATE, WA_ACTIVE, 0);
+    MSG letter{};
+    letter.hwnd = View();
+    letter.message = WM_SYSCHAR;
+    letter.wParam = 'n'; // "&nächster Monat"
+    EXPECT_EQ(1, VARK_IsMessage(reinterpret_cast<VarkMessage *>(&letter)));
+    EXPECT_TRUE(Says("Juni 1998"));
+    letter.wParam = 'x';
+    VARK_IsMessage(reinterpret_cast<VarkMessage *>(&letter));
+    EXPECT_TRUE(Says("Juni 1998"));
+}
+
 TEST_F(SheetWindow, FreesItsStateAndReportWhenItGoes)
 {
     Open();
