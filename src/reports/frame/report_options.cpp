@@ -5,6 +5,7 @@
 #include "text/fixed_text.h"
 
 #include <cassert>
+#include <cstring>
 
 namespace vark {
 
@@ -75,11 +76,13 @@ void ChooseRadio(HWND dialog, const OptionTable &table, int row)
     }
 }
 
-// An amount in its display form; what is none stays as it was typed, and so does an empty field.
+// An amount in its display form; what is none stays as it was typed, and so does an empty field. The check cuts
+// what stands behind the last digit, so a text without any would pass as zero.
 void ShowAmountField(HWND dialog, int id)
 {
     char typed[longestAmountInput + 1] = {};
     GetDlgItemTextA(dialog, id, typed, static_cast<int>(sizeof typed));
+    if (std::strpbrk(typed, "0123456789") == nullptr) return;
     if (CheckAmountField(typed, sizeof typed, amountDigits) != 0) return;
     FormattedAmount shown;
     text::CopyText(shown, typed);
