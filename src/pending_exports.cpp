@@ -14,6 +14,5 @@ VarkWindow NoReport()
 
 } // namespace
 
-VarkWindow VARK_CALL VARK_Buchungsjournal(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_OPListe(int32_t, VarkWindow, ReportParams *) { return NoReport(); }
 VarkWindow VARK_CALL VARK_UmsatzStatistik(int32_t, VarkWindow, ReportParams *) { return NoReport(); }

@@ -1,51 +1,70 @@
--- Buchungsjournal: a line a posting, and those of a Splitbuchung together. Date and Beleg stand with the first.
+-- Buchungsjournal: a line a posting, and those of a Splitbuchung together. Date and Beleg stand with the first. On each
+-- line the amounts in Soll with the Vorsteuer are those in Haben with the Umsatzsteuer.
 
 report { id = "tervoBJOURNAL0.0", title = "Buchungsjournal" }
 
-page {
-    landscape = true,
-    margins = { top = 10, right = 8, bottom = 10, left = 15 },
-    font = "Roboto Condensed",
-    fontsize = 7.5,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.across { fontsize = 7.5, margins = { top = 10, right = 8, bottom = 10, left = 12 } }
 
 columns {
-    { "datum", "Datum", 15.5 },
-    { "gebucht", "Gebucht", 15.5 },
-    { "beleg", "Beleg", 15 },
-    { "nummer", "Nummer", 12 },
-    { "sollkonto", "Soll", 13, group = "Konto" },
-    { "habenkonto", "Haben", 13, group = "Konto" },
-    { "steuerkonto", "Steuer", 13, group = "Konto" },
-    { "satz", "%", 9, form = "rate", zero = "blank" },
-    { "text", "Buchungstext", 42 },
-    { "benutzer", "Benutzer", 16 },
-    { "soll", "Soll", 18.5, form = "amount", group = "Brutto", sum = true, zero = "blank" },
-    { "haben", "Haben", 18.5, form = "amount", group = "Brutto", sum = true, zero = "blank" },
-    { "nettoSoll", "Soll", 18.5, form = "amount", group = "Netto", sum = true, zero = "blank" },
-    { "nettoHaben", "Haben", 18.5, form = "amount", group = "Netto", sum = true, zero = "blank" },
-    { "steuerSoll", "Soll", 17.5, form = "amount", group = "Steuer", sum = true, zero = "blank" },
-    { "steuerHaben", "Haben", 17.5, form = "amount", group = "Steuer", sum = true, zero = "blank" },
+    { "nummer", "Nummer", 14, form = "number" },
+    { "datum", "Datum", 16 },
+    { "gebucht", "Gebucht", 16 },
+    { "beleg", "Beleg", 17 },
+    { "sollkonto", "Soll", 14, group = "Konto" },
+    { "habenkonto", "Haben", 14, group = "Konto" },
+    { "steuerkonto", "Steuer", 14, group = "Konto" },
+    { "hauptkonto", "Split", 13, group = "Konto" },
+    { "satz", "%", 10, form = "rate", zero = "blank" },
+    { "text", "Buchungstext", 40 },
+    { "benutzer", "Benutzer", 26 },
+    { "soll", "Soll", 21, form = "amount", group = "Betrag", sum = true, zero = "blank" },
+    { "haben", "Haben", 21, form = "amount", group = "Betrag", sum = true, zero = "blank" },
+    { "ust", "USt", 20, form = "amount", sum = true, zero = "blank" },
+    { "vst", "VSt", 20, form = "amount", sum = true, zero = "blank" },
 }
 
-carry { column = "text", pagesum = "Summe Seite {page}", down = "Übertrag", up = "Übertrag von Seite {before}" }
+fields {
+    { "nummer", "Nummer", form = "number" },
+    { "datum", "Datum" },
+    { "gebucht", "Buchungsdatum" },
+    { "beleg", "Beleg" },
+    { "art", "Art" },
+    { "hauptkonto", "Hauptkonto" },
+    { "sollkonto", "Sollkonto" },
+    { "habenkonto", "Habenkonto" },
+    { "steuerkonto", "Steuerkonto" },
+    { "satz", "Steuersatz", form = "rate" },
+    { "text", "Buchungstext" },
+    { "benutzer", "Benutzer" },
+    { "soll", "Soll", form = "amount" },
+    { "haben", "Haben", form = "amount" },
+    { "nettoSoll", "Netto Soll", form = "amount" },
+    { "nettoHaben", "Netto Haben", form = "amount" },
+    { "ust", "USt", form = "amount" },
+    { "vst", "VSt", form = "amount" },
+}
 
-local withUser = false
+list.carry("text")
 
 record(0, {
     text("mandant", 0, 41),
     text("zeitraum", 41, 50),
     i32("benutzer", 91),
     emit = function(r)
-        withUser = r.benutzer ~= 0
-        head { left = r.mandant, center = "Buchungsjournal", right = "Seite {page} von {pages}" }
+        if r.benutzer == 0 then
+            column("benutzer", { width = 0 })
+            column("text", { width = 66 })
+        end
+        about { { "mandant", r.mandant }, { "zeitraum", r.zeitraum } }
+        list.head(r.mandant, "Buchungsjournal")
         head { center = r.zeitraum }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
     end,
 })
 
-local posting = nil -- what the first line of the posting in hand still has to show
+local posting = nil   -- the head of the lines that come
+local isFirst = false -- the next line is the first of its posting
 local month = nil
 
 -- A posting prints nothing of its own: it opens the group of its lines.
@@ -59,7 +78,7 @@ record(1, {
     level = 1,
     keep = true,
     emit = function(r)
-        posting = r
+        posting, isFirst = r, true
         local ofDate = r.datum:sub(4)
         if ofDate ~= month then
             bookmark(ofDate)
@@ -68,13 +87,17 @@ record(1, {
     end,
 })
 
-local function begin(r)
-    if posting == nil then return end
-    r.datum = posting.datum
-    r.gebucht = posting.gebucht
-    r.beleg = posting.beleg
-    if withUser then r.benutzer = posting.benutzer end
-    posting = nil
+-- A line of the posting in hand. Rows of data carry what the posting has in common on each of them, the page on its
+-- first line alone: dates, Beleg, the account on which a Splitbuchung is made, and who made it.
+local function line(r, art)
+    local head = posting or {}
+    r.art = head.split ~= nil and head.split ~= 0 and art == "Buchung" and "Split" or art
+    r.datum, r.gebucht, r.beleg = head.datum, head.gebucht, head.beleg
+    r.hauptkonto, r.benutzer = head.hauptkonto, head.benutzer
+    data(r)
+    if not isFirst then r.datum, r.gebucht, r.beleg, r.hauptkonto, r.benutzer = nil, nil, nil, nil, nil end
+    isFirst = false
+    row("line", r)
 end
 
 record(2, {
@@ -88,17 +111,13 @@ record(2, {
     amount("haben", 87),
     amount("nettoSoll", 100),
     amount("nettoHaben", 113),
-    amount("steuerSoll", 126),
-    amount("steuerHaben", 139),
+    amount("ust", 126),
+    amount("vst", 139),
     rows = { "line" },
-    emit = function(r)
-        begin(r)
-        r.nummer = tostring(r.nummer)
-        row("line", r)
-    end,
+    emit = function(r) line(r, "Buchung") end,
 })
 
--- The folded lines of a posting, as one.
+-- The folded lines of a posting, as one: what they have of tax is in the amounts.
 record(3, {
     i32("nummer", 0),
     text("sollkonto", 4, 8),
@@ -108,18 +127,11 @@ record(3, {
     amount("haben", 73),
     rows = { "line" },
     emit = function(r)
-        begin(r)
-        r.nummer = tostring(r.nummer)
-        r.nettoSoll = r.soll
-        r.nettoHaben = r.haben
-        row("line", r)
+        -- A folded posting by itself has no head; behind a summary nothing more comes of a posting.
+        if posting ~= nil and posting.split == 0 then posting = nil end
+        line(r, "Summe")
+        posting = nil
     end,
 })
 
-finish {
-    rows = { "total" },
-    emit = function(sum)
-        sum.text = "Gesamtsumme"
-        row("total", sum)
-    end,
-}
+list.total("text", "Keine Buchungen im Zeitraum.")
