@@ -307,12 +307,6 @@ const std::vector<Damage> inForms = {
                               [](auto &r) { std::memset(r.Name, 'x', sizeof r.Name); });
      },
      "sako", "Name", "form"},
-    {"ControlCharacter", "a line break in a name breaks every list",
-     [](const GoodBooks &b) {
-         b.Change<PersonalRecord>(TableDebi, "1998", Any<PersonalRecord>(),
-                                  [](auto &r) { r.Name1[2] = '\n'; });
-     },
-     "debi", "Name1", "form"},
     {"NumberNotJustified", "accounts are found by their justified number alone",
      [](const GoodBooks &b) {
          b.Replace<KoreRecord>(TableKore, "1998", Any<KoreRecord>(),
@@ -378,13 +372,6 @@ const std::vector<Damage> inMasterData = {
          b.Change<SakoRecord>(TableSako, "1998", Sako("5010"), [](auto &r) { r.Kennzahl = 51; });
      },
      "sako", "Kennzahl", "kennzahl"},
-    {"CountryOfPartner", "the return for the Community goes by these letters",
-     [](const GoodBooks &b) {
-         b.Change<PersonalRecord>(
-             TableDebi, "1998", [](auto &r) { return r.UstId[0] != 0; },
-             [](auto &r) { std::memcpy(r.UstId, "40817263", 9); });
-     },
-     "debi", "UstId", "ustid"},
     {"ShortNameTwice", "a short name finds one account",
      [](const GoodBooks &b) {
          b.Change<SakoRecord>(TableSako, "1998", Sako("5010"),
@@ -431,12 +418,6 @@ const std::vector<Damage> inMasterData = {
                                   [](auto &r) { r.Mahnkennziffer = 2; });
      },
      "kred", "Mahnkennziffer", "mahnkennziffer"},
-    {"CurrencyWithoutRate", "a posting on the account couldn't be converted",
-     [](const GoodBooks &b) {
-         b.Change<PersonalRecord>(TableKred, "1998", Any<PersonalRecord>(),
-                                  [](auto &r) { std::memcpy(r.Waehrung, "XYZ", 4); });
-     },
-     "kred", "Waehrung", "verweis"},
     {"TaxAccountOfRate", "the tax of a posting would go nowhere",
      [](const GoodBooks &b) {
          b.Change<StekeRecord>(
@@ -885,12 +866,6 @@ const std::vector<Damage> inDirectories = {
                                [](auto &r) { PutKonto(r.Sammelkonto1, "1599"); });
      },
      "fista", "Sammelkonto1", "verweis"},
-    {"CountryOfMandant", "everybody would count as a customer abroad",
-     [](const GoodBooks &b) {
-         b.Change<FistaRecord>(TableFista, "", Any<FistaRecord>(),
-                               [](auto &r) { std::memcpy(r.UstId, "811", 4); });
-     },
-     "fista", "UstId", "ustid"},
     {"FirstMonth", "every date hangs on it",
      [](const GoodBooks &b) {
          b.Change<FistaRecord>(
@@ -968,6 +943,57 @@ const std::vector<Damage> inFiles = {
      "", "", "lesbar"},
 };
 
+// ---- What programs take as it comes ----
+
+const std::vector<Damage> asRemarks = {
+    {"ControlCharacter", "a line break in a name breaks every list",
+     [](const GoodBooks &b) {
+         b.Change<PersonalRecord>(TableDebi, "1998", Any<PersonalRecord>(),
+                                  [](auto &r) { r.Name1[2] = '\n'; });
+     },
+     "debi", "Name1", "form"},
+    {"CurrencyWithoutRate", "a posting on the account couldn't be converted",
+     [](const GoodBooks &b) {
+         b.Change<PersonalRecord>(TableKred, "1998", Any<PersonalRecord>(),
+                                  [](auto &r) { std::memcpy(r.Waehrung, "XYZ", 4); });
+     },
+     "kred", "Waehrung", "verweis"},
+    {"CountryOfPartner", "the return for the Community goes by these letters",
+     [](const GoodBooks &b) {
+         b.Change<PersonalRecord>(
+             TableDebi, "1998", [](auto &r) { return r.UstId[0] != 0; },
+             [](auto &r) { std::memcpy(r.UstId, "40817263", 9); });
+     },
+     "debi", "UstId", "ustid"},
+    {"CountryOfMandant", "everybody would count as a customer abroad",
+     [](const GoodBooks &b) {
+         b.Change<FistaRecord>(TableFista, "", Any<FistaRecord>(),
+                               [](auto &r) { std::memcpy(r.UstId, "811", 4); });
+     },
+     "fista", "UstId", "ustid"},
+    {"AccountOfBlanks", "an account may be made with an empty number",
+     [](const GoodBooks &b) {
+         b.Replace<KoreRecord>(
+             TableKore, "1998", [](auto &r) { return IsKonto(r.Nummer, "600"); },
+             [](auto &r) { std::memset(r.Nummer, ' ', accountDigits); });
+     },
+     "kore", "Nummer", "form"},
+    {"AccountWithoutDigits", "or with a number that is none",
+     [](const GoodBooks &b) {
+         b.Replace<KoreRecord>(
+             TableKore, "1998", [](auto &r) { return IsKonto(r.Nummer, "600"); },
+             [](auto &r) { PutKonto(r.Nummer, "HAUS"); });
+     },
+     "kore", "Nummer", "form"},
+    {"AccountWithBlank", "or with two words",
+     [](const GoodBooks &b) {
+         b.Replace<KoreRecord>(
+             TableKore, "1998", [](auto &r) { return IsKonto(r.Nummer, "600"); },
+             [](auto &r) { PutKonto(r.Nummer, "6 0"); });
+     },
+     "kore", "Nummer", "form"},
+};
+
 std::vector<Damage> EveryDamage()
 {
     std::vector<Damage> all;
@@ -979,22 +1005,25 @@ std::vector<Damage> EveryDamage()
 }
 
 struct CheckFinds : testing::TestWithParam<Damage> {};
+struct CheckRemarks : testing::TestWithParam<Damage> {};
 
 } // namespace
 
-TEST_P(CheckFinds, Damage)
+namespace {
+
+// Damages good books; whether the check lists it under `list`.
+void ExpectListed(const Damage &damage, int exitCode, const char *list)
 {
     const GoodBooks books;
-    const Damage &damage = GetParam();
     damage.Do(books);
     StopEngine();
     const Result result = tests::Books({"pruefen", books.Books.string(), "--json"});
-    EXPECT_EQ(1, result.ExitCode) << result.Err;
+    EXPECT_EQ(exitCode, result.ExitCode) << result.Err << result.Out;
     rapidjson::Document json;
     json.Parse(result.Out.c_str());
     ASSERT_FALSE(json.HasParseError()) << result.Out;
     bool isFound = false;
-    for (const auto &finding : json["abweichungen"].GetArray()) {
+    for (const auto &finding : json[list].GetArray()) {
         const bool isTable =
             *damage.Table == 0 || std::string(damage.Table) == finding["tabelle"].GetString();
         const bool isField = *damage.Field == 0 || std::string(damage.Field) == finding["feld"].GetString();
@@ -1002,6 +1031,15 @@ TEST_P(CheckFinds, Damage)
     }
     EXPECT_TRUE(isFound) << result.Out;
 }
+
+} // namespace
+
+TEST_P(CheckFinds, Damage) { ExpectListed(GetParam(), 1, "abweichungen"); }
+
+TEST_P(CheckRemarks, OnWhatIsTakenAsItComes) { ExpectListed(GetParam(), 0, "hinweise"); }
+
+INSTANTIATE_TEST_SUITE_P(EveryKind, CheckRemarks, testing::ValuesIn(asRemarks),
+                         [](const auto &one) { return std::string(one.param.Name); });
 
 INSTANTIATE_TEST_SUITE_P(EveryKind, CheckFinds, testing::ValuesIn(EveryDamage()),
                          [](const auto &one) { return std::string(one.param.Name); });
@@ -1015,6 +1053,49 @@ TEST(CheckBooks, GoodBooksGiveNoFinding)
         << result.Out;
     // The data path itself will do as well.
     EXPECT_EQ(0, tests::Books({"pruefen", books.Data.string()}).ExitCode);
+}
+
+TEST(CheckBooks, NothingIsConcludedFromATableThatCannotBeRead)
+{
+    // Users, Stapel and rates stand in the last year; the year before refers to them.
+    const GoodBooks books;
+    std::ofstream(books.Data / "1998" / "books.mdb", std::ios::binary | std::ios::trunc)
+        << std::string(8192, 'x');
+    const Result result = tests::Books({"pruefen", books.Books.string(), "--json"});
+    EXPECT_EQ(1, result.ExitCode);
+    rapidjson::Document json;
+    json.Parse(result.Out.c_str());
+    ASSERT_FALSE(json.HasParseError()) << result.Out;
+    EXPECT_GT(json["abweichungen"].Size(), 0u);
+    for (const auto &finding : json["abweichungen"].GetArray()) {
+        EXPECT_STREQ("lesbar", finding["regel"].GetString()) << finding["text"].GetString();
+        EXPECT_NE(nullptr, std::strstr(finding["text"].GetString(), "/1998/")) << finding["text"].GetString();
+    }
+}
+
+TEST(CheckBooks, BooksThatAnotherLoadsAreNoFaultyBooks)
+{
+    const GoodBooks books;
+    const TableFile held(LayoutOf(TableSako), books.Data / "1998", OpenMode::Accelerated);
+    const Result result = tests::Books({"pruefen", books.Books.string()});
+    EXPECT_EQ(3, result.ExitCode);
+    EXPECT_EQ("", result.Out);
+    EXPECT_NE(std::string::npos, result.Err.find("die Datei ist in einer anderen Anwendung geöffnet"))
+        << result.Err;
+}
+
+TEST(CheckBooks, RemarksAreCountedApart)
+{
+    const GoodBooks books;
+    books.Change<PersonalRecord>(TableDebi, "1998", Any<PersonalRecord>(),
+                                 [](auto &r) { r.Name1[2] = '\n'; });
+    StopEngine();
+    const Result result = tests::Books({"pruefen", books.Books.string()});
+    EXPECT_EQ(0, result.ExitCode);
+    EXPECT_NE(std::string::npos,
+              result.Out.find("Hinweis: 1998/debi [10010] Name1: der Text enthält ein Steuerzeichen: „"))
+        << result.Out;
+    EXPECT_TRUE(result.Out.ends_with(" gelesen: alles stimmt überein, 1 Hinweis.\n")) << result.Out;
 }
 
 TEST(CheckBooks, ATreeThatIsTooDeepForAReportIsToldAndNotFollowed)

@@ -1,20 +1,28 @@
 #include "tools/books/check.h"
 
+#include "tools/books/check_company.h"
+#include "tools/books/check_tables.h"
 #include "tools/books/check_year.h"
+#include "tools/books/child.h"
 #include "tools/books/place.h"
+#include "tools/books/snapshot.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/json.h"
 #include "tools/common/terminal.h"
+#include "tools/common/workplace.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <map>
-#include <poll.h>
 #include <stdexcept>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -28,17 +36,37 @@ namespace {
 
 struct Gathered {
     std::vector<Finding> Shown;
+    std::vector<Finding> Remarks;
     std::map<std::pair<std::string, std::string>, int64_t> CountOf; // of a rule in a table of a directory
+    std::map<std::pair<std::string, std::string>, int64_t> RemarksOf;
     int64_t All = 0;
+    int64_t AllRemarks = 0;
     int64_t Records = 0;
     int Directories = 0;
 };
 
-void Gather(Gathered &gathered, Finding finding, int64_t mostPerRule)
+void Gather(Gathered &gathered, Finding finding, bool isRemark, int64_t mostPerRule)
 {
-    ++gathered.All;
-    const int64_t count = ++gathered.CountOf[{finding.Directory + "/" + finding.Table, finding.Rule}];
-    if (count <= mostPerRule) gathered.Shown.push_back(std::move(finding));
+    ++(isRemark ? gathered.AllRemarks : gathered.All);
+    auto &counts = isRemark ? gathered.RemarksOf : gathered.CountOf;
+    const int64_t count = ++counts[{finding.Directory + "/" + finding.Table, finding.Rule}];
+    if (count <= mostPerRule) (isRemark ? gathered.Remarks : gathered.Shown).push_back(std::move(finding));
+}
+
+// Adds what was gathered of one directory.
+void Add(Gathered &all, Gathered &&one)
+{
+    const auto move = [](std::vector<Finding> &to, std::vector<Finding> &from) {
+        std::move(from.begin(), from.end(), std::back_inserter(to));
+    };
+    move(all.Shown, one.Shown);
+    move(all.Remarks, one.Remarks);
+    all.CountOf.merge(one.CountOf);
+    all.RemarksOf.merge(one.RemarksOf);
+    all.All += one.All;
+    all.AllRemarks += one.AllRemarks;
+    all.Records += one.Records;
+    ++all.Directories;
 }
 
 Finding Parse(const std::string &line)
@@ -55,47 +83,90 @@ Finding Parse(const std::string &line)
     return finding;
 }
 
-// Reads in a child what `read` reads, and takes over what it finds. However the child ends, this goes on.
-void ReadInChild(Gathered &gathered, const std::string &directory, int64_t mostPerRule,
-                 const std::function<void(Findings &)> &read)
+// What a reading process has told so far.
+struct Told {
+    Gathered Of;
+    std::string Table;   // that it was reading last
+    std::string Stopped; // why it could not go on, though the books are not to blame
+};
+
+void TakeLine(Told &told, char kind, const std::string &line, int64_t mostPerRule)
+{
+    switch (kind) {
+    case 'F':
+    case 'H': Gather(told.Of, Parse(line), kind == 'H', mostPerRule); return;
+    case 'R': told.Table = line; return;
+    case 'S': told.Stopped = line; return;
+    default: told.Of.Records += std::stoll(line); return;
+    }
+}
+
+// Takes everything from the pipe until its end.
+void Listen(int from, Told &told, int64_t mostPerRule)
+{
+    std::string pending;
+    char buffer[65536];
+    for (;;) {
+        const ssize_t got = ::read(from, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR) {
+            ThrowIfInterrupted();
+            continue;
+        }
+        if (got <= 0) return;
+        pending.append(buffer, static_cast<size_t>(got));
+        size_t start = 0;
+        for (size_t end; (end = pending.find('\n', start)) != std::string::npos; start = end + 1) {
+            TakeLine(told, pending[start], pending.substr(start + 1, end - start - 1), mostPerRule);
+        }
+        pending.erase(0, start);
+    }
+}
+
+[[noreturn]] void ReadAndEnd(int to, const std::string &directory,
+                             const std::function<void(Findings &)> &read)
+{
+    // A damaged page ends this process; where it happened is told by the parent, not by a core file.
+    Findings findings(to, directory);
+    try {
+        read(findings);
+    } catch (const EngineError &error) {
+        if (IsCircumstance(error.Status)) {
+            findings.Stop(error.what());
+        } else {
+            findings.Tell("lesbar", "", "", "", error.what());
+        }
+    } catch (const std::exception &error) {
+        findings.Tell("lesbar", "", "", "", error.what());
+    }
+    _exit(0);
+}
+
+// Reads in a child what `read` reads, and gives what it finds. However the child ends, this goes on. Throws
+// when the books could not be read through no fault of theirs.
+Gathered ReadInChild(const std::string &directory, int64_t mostPerRule,
+                     const std::function<void(Findings &)> &read)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("Es läßt sich kein weiterer Prozeß starten.");
     std::cout << std::flush;
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("Es läßt sich kein weiterer Prozeß starten.");
+    const pid_t child = ForkReader();
     if (child == 0) {
         close(ends[0]);
-        // A damaged page ends this process; where it happened is told by the parent, not by a core file.
-        Findings findings(ends[1], directory);
-        try {
-            read(findings);
-        } catch (const std::exception &error) {
-            findings.Tell("lesbar", "", "", "", error.what());
-        }
-        _exit(0);
+        ReadAndEnd(ends[1], directory, read);
     }
     close(ends[1]);
-    std::string pending;
-    std::string table;
-    char buffer[65536];
-    for (ssize_t got; (got = ::read(ends[0], buffer, sizeof buffer)) > 0;) {
-        pending.append(buffer, static_cast<size_t>(got));
-        size_t start = 0;
-        for (size_t end; (end = pending.find('\n', start)) != std::string::npos; start = end + 1) {
-            const std::string line = pending.substr(start + 1, end - start - 1);
-            switch (pending[start]) {
-            case 'F': Gather(gathered, Parse(line), mostPerRule); break;
-            case 'R': table = line; break;
-            default: gathered.Records += std::stoll(line); break;
-            }
-        }
-        pending.erase(0, start);
+    Told told;
+    try {
+        Listen(ends[0], told, mostPerRule);
+    } catch (...) {
+        close(ends[0]);
+        EndChild(child);
+        throw;
     }
     close(ends[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
+    const int status = WaitFor(child);
+    if (!told.Stopped.empty()) throw std::runtime_error(told.Stopped);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return std::move(told.Of);
     std::string text = "beim Lesen ist der Prozeß abgebrochen";
     if (WIFSIGNALED(status)) {
         text += " (";
@@ -103,10 +174,36 @@ void ReadInChild(Gathered &gathered, const std::string &directory, int64_t mostP
         text += ")";
     }
     text += "; die Datei ist beschädigt";
-    Gather(gathered, {directory, table, "", "", "lesbar", text}, mostPerRule);
+    Gather(told.Of, {directory, told.Table, "", "", "lesbar", text}, false, mostPerRule);
+    return std::move(told.Of);
 }
 
-void CheckDirectory(Findings &findings, const fs::path &data, const std::string &name)
+// How a store stands, as far as others' changes show: they write to its file.
+struct Stamp {
+    timespec Changed;
+    off_t Size;
+    bool IsFresh; // changed so lately that a further change may not show
+};
+
+Stamp StampOf(const fs::path &directory)
+{
+    constexpr time_t freshFor_s = 2;
+    struct stat facts = {};
+    if (stat((directory / "books.mdb").c_str(), &facts) != 0) return {};
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return {facts.st_mtim, facts.st_size, now.tv_sec - facts.st_mtim.tv_sec < freshFor_s};
+}
+
+bool IsChanged(const Stamp &before, const fs::path &directory)
+{
+    const Stamp now = StampOf(directory);
+    return before.IsFresh || now.Size != before.Size || now.Changed.tv_sec != before.Changed.tv_sec ||
+           now.Changed.tv_nsec != before.Changed.tv_nsec;
+}
+
+void CheckDirectory(Findings &findings, const fs::path &data, const std::string &name,
+                    const fs::path &directory)
 {
     int year = 0;
     int number = 0;
@@ -120,7 +217,33 @@ void CheckDirectory(Findings &findings, const fs::path &data, const std::string 
                       "zu dem Verzeichnis gibt es keinen Mandanten " + std::to_string(number));
         return;
     }
-    CheckYear(findings, data, *mandant, year);
+    const std::string last = mandant->Directory(mandant->UpperYear);
+    const YearPlace place = {directory, last == name ? directory : data / last,
+                             data / mandant->Directory(std::to_string(year - 1))};
+    CheckYear(findings, place, *mandant, year);
+}
+
+// One directory. What disagrees may be two moments, when somebody worked there meanwhile; then one moment is
+// copied, and the copy is checked.
+Gathered CheckOne(const fs::path &data, const std::string &name, int64_t mostPerRule)
+{
+    const auto check = [&](const fs::path &directory) {
+        return ReadInChild(name, mostPerRule,
+                           [&](Findings &findings) { CheckDirectory(findings, data, name, directory); });
+    };
+    const Stamp before = StampOf(data / name);
+    Gathered found = check(data / name);
+    if (found.All == 0 || !IsChanged(before, data / name)) return found;
+    const Workplace workplace(fs::temp_directory_path() / "vark-pruefung");
+    fs::permissions(workplace.Path, fs::perms::owner_all);
+    try {
+        CopyStore(data / name, workplace.Path);
+    } catch (const DamagedBooks &) {
+        return found;
+    } catch (const EngineError &) {
+        return found;
+    }
+    return check(workplace.Path);
 }
 
 std::string WhereOf(const Finding &finding)
@@ -142,32 +265,44 @@ std::string WhereOf(const Finding &finding)
     return place;
 }
 
-void PrintWords(const Gathered &gathered, int64_t mostPerRule)
+void PrintList(const std::vector<Finding> &shown,
+               const std::map<std::pair<std::string, std::string>, int64_t> &countOf, const char *prefix,
+               int64_t mostPerRule)
 {
-    for (const Finding &finding : gathered.Shown) {
-        std::cout << WhereOf(finding) << ": " << finding.Text << '\n';
+    for (const Finding &finding : shown) {
+        std::cout << prefix << WhereOf(finding) << ": " << finding.Text << '\n';
     }
-    for (const auto &[place, count] : gathered.CountOf) {
+    for (const auto &[place, count] : countOf) {
         if (count <= mostPerRule) continue;
-        std::cout << place.first << ": noch " << Grouped(count - mostPerRule) << " weitere der Art „"
-                  << place.second << "“\n";
-    }
-    if (gathered.All > 0) std::cout << '\n';
-    std::cout << Grouped(gathered.Records) << " Sätze in " << gathered.Directories
-              << " Verzeichnissen gelesen: " << (gathered.All == 0 ? "alles stimmt überein.\n" : "");
-    if (gathered.All > 0) {
-        std::cout << Grouped(gathered.All) << (gathered.All == 1 ? " Abweichung.\n" : " Abweichungen.\n");
+        std::cout << prefix << place.first << ": noch " << Grouped(count - mostPerRule)
+                  << " weitere der Art „" << place.second << "“\n";
     }
 }
 
-void PrintJson(const Gathered &gathered)
+void PrintWords(const Gathered &gathered, int64_t mostPerRule)
 {
-    rapidjson::OStreamWrapper stream(std::cout);
-    JsonWriter json(stream);
-    json.StartObject();
-    Put(json, "abweichungen");
+    PrintList(gathered.Shown, gathered.CountOf, "", mostPerRule);
+    PrintList(gathered.Remarks, gathered.RemarksOf, "Hinweis: ", mostPerRule);
+    if (gathered.All + gathered.AllRemarks > 0) std::cout << '\n';
+    std::cout << Grouped(gathered.Records) << " Sätze in " << gathered.Directories
+              << " Verzeichnissen gelesen: ";
+    if (gathered.All == 0) {
+        std::cout << "alles stimmt überein";
+    } else {
+        std::cout << Grouped(gathered.All) << (gathered.All == 1 ? " Abweichung" : " Abweichungen");
+    }
+    if (gathered.AllRemarks > 0) {
+        std::cout << ", " << Grouped(gathered.AllRemarks)
+                  << (gathered.AllRemarks == 1 ? " Hinweis" : " Hinweise");
+    }
+    std::cout << ".\n";
+}
+
+void PutFindings(JsonWriter &json, const char *name, const std::vector<Finding> &findings)
+{
+    Put(json, name);
     json.StartArray();
-    for (const Finding &finding : gathered.Shown) {
+    for (const Finding &finding : findings) {
         json.StartObject();
         Put(json, "verzeichnis", finding.Directory);
         Put(json, "tabelle", finding.Table);
@@ -178,7 +313,17 @@ void PrintJson(const Gathered &gathered)
         json.EndObject();
     }
     json.EndArray();
+}
+
+void PrintJson(const Gathered &gathered)
+{
+    rapidjson::OStreamWrapper stream(std::cout);
+    JsonWriter json(stream);
+    json.StartObject();
+    PutFindings(json, "abweichungen", gathered.Shown);
     Put(json, "anzahl", gathered.All);
+    PutFindings(json, "hinweise", gathered.Remarks);
+    Put(json, "hinweiszahl", gathered.AllRemarks);
     Put(json, "saetze", gathered.Records);
     Put(json, "verzeichnisse", gathered.Directories);
     json.EndObject();
@@ -197,13 +342,11 @@ int CheckBooks(const CheckOptions &options, const Progress &progress)
     std::sort(names.begin(), names.end());
 
     Gathered gathered;
-    ReadInChild(gathered, "", options.MostPerRule, [&](Findings &findings) { CheckCompany(findings, data); });
-    ++gathered.Directories;
+    Add(gathered,
+        ReadInChild("", options.MostPerRule, [&](Findings &findings) { CheckCompany(findings, data); }));
     for (const std::string &name : names) {
         progress(static_cast<double>(gathered.Directories) / static_cast<double>(names.size() + 1));
-        ReadInChild(gathered, name, options.MostPerRule,
-                    [&](Findings &findings) { CheckDirectory(findings, data, name); });
-        ++gathered.Directories;
+        Add(gathered, CheckOne(data, name, options.MostPerRule));
     }
     progress(1);
     if (options.IsJson) {

@@ -1,4 +1,11 @@
-#include "tools/books/year_check.h"
+#include "tools/books/check_company.h"
+
+#include "tools/books/check_tables.h"
+#include "tools/books/check_values.h"
+#include "tools/common/installation.h"
+#include "tools/common/texts.h"
+
+#include <cstring>
 
 namespace books {
 
@@ -40,7 +47,7 @@ void CheckCompany(Findings &findings, const fs::path &data)
         checkDirectory(lower, "LowerYear");
         checkDirectory(upper, "UpperYear");
         if (record.UstId[0] != 0 && !NamesCountry(FieldText(record.UstId))) {
-            tell("ustid", "UstId", "die Nummer beginnt nicht mit ihrem Land");
+            findings.Remark("ustid", "fista", key, "UstId", "die Nummer beginnt nicht mit ihrem Land");
         }
         if (record.Waehrung[0] == 0) tell("mandant", "Waehrung", "die Währung fehlt");
         if (upper.empty() || !fs::is_directory(data / mandant.Directory(upper))) return;
@@ -56,7 +63,8 @@ void CheckCompany(Findings &findings, const fs::path &data)
             check(record.Sammelkonto1, "Sammelkonto1", false);
             check(record.Sammelkonto2, "Sammelkonto2", false);
             check(record.Sonderkonto, "Sonderkonto", record.Sonderkontomodus != 0);
-        } catch (const EngineError &) {
+        } catch (const EngineError &error) {
+            if (IsCircumstance(error.Status)) throw;
             // Told where that directory is checked.
         }
     });

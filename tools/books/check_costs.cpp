@@ -1,4 +1,7 @@
-#include "tools/books/year_check.h"
+#include "tools/books/check_costs.h"
+
+#include "tools/books/check_reading.h"
+#include "tools/common/texts.h"
 
 #include <cstring>
 
@@ -7,125 +10,162 @@ namespace books {
 using namespace tools;
 using namespace vark;
 
-void YearCheck::CheckCostObjects()
+void CheckCostObjects(YearCheck &year)
 {
     std::set<std::string> names;
-    Check<KoreRecord>(TableKore, [&](const KoreRecord &record) {
+    Check<KoreRecord>(year, TableKore, [&](const KoreRecord &record) {
         CostState state{};
         state.Number = Konto(record.Nummer);
         for (int month = 0; month < 12; ++month) {
             state.Recorded[month] = Pfennig(record.Monat[month]);
         }
-        if (record.Name[0] == 0) Tell("name", "kore", state.Number, "Name", "der Name fehlt");
+        if (record.Name[0] == 0) year.Tell("name", "kore", state.Number, "Name", "der Name fehlt");
         const std::string name = FieldText(record.Kuerzel);
         if (!name.empty() && !names.insert(name).second) {
-            Tell("kuerzel", "kore", state.Number, "Kuerzel",
-                 "das Kürzel „" + name + "“ hat schon eine andere Kostenstelle");
+            year.Tell("kuerzel", "kore", state.Number, "Kuerzel",
+                      "das Kürzel „" + name + "“ hat schon eine andere Kostenstelle");
         }
-        CostOf.emplace(Packed(record.Nummer), Costs.size());
-        Costs.push_back(std::move(state));
+        year.CostOf.emplace(Packed(record.Nummer), year.Costs.size());
+        year.Costs.push_back(std::move(state));
     });
 }
 
-void YearCheck::CheckCostLines()
-{
-    if (!CheckTable(Out, LayoutOf(TableKobu), Directory, Of.FirstMonth, nullptr)) return;
-    TableFile table(LayoutOf(TableKobu), Directory, OpenMode::ReadOnly);
-    TableFile postings(LayoutOf(TableBube), Directory, OpenMode::ReadOnly);
-    TableFile bat(LayoutOf(TableBat), LastDirectory, OpenMode::ReadOnly);
-    TableFile splits(LayoutOf(TableSplit), LastDirectory, OpenMode::ReadOnly);
-    constexpr int keyOfNumber = 5;      // of bube
-    constexpr int keyOfBooking = 0;     // of bat
-    constexpr int keyOfSplitNumber = 1; // of split
+namespace {
 
-    // Lines of one posting follow each other in key 0. Together they are what the posting is without its tax.
-    BubeRecord posting{};
-    int32_t current = 0;
-    int64_t spread = 0;
-    bool onHaben = false;
-    bool isKnown = false;
-    const auto endPosting = [&]() {
-        if (current == 0 || !isKnown) return;
-        const int64_t net = onHaben ? Pfennig(posting.Haben) : Pfennig(posting.Soll);
-        if (spread != net) {
-            Tell("kosten", "kobu", std::to_string(current), "Betrag",
-                 "verteilt sind " + Money(spread) + " von " + Money(net));
+constexpr int keyOfNumber = 5;      // of bube
+constexpr int keyOfBooking = 0;     // of bat
+constexpr int keyOfSplitNumber = 1; // of split
+
+// Where the postings of cost lines are looked up. Those in a Stapel stand in the last year.
+struct CostSources {
+    TableFile Postings, Bat, Split;
+
+    explicit CostSources(const YearCheck &year)
+        : Postings(LayoutOf(TableBube), year.Directory, OpenMode::ReadOnly),
+          Bat(LayoutOf(TableBat), year.LastDirectory, OpenMode::ReadOnly),
+          Split(LayoutOf(TableSplit), year.LastDirectory, OpenMode::ReadOnly)
+    {}
+};
+
+// The lines of one posting follow each other in key 0. Together they are what the posting is without its tax.
+struct CostPosting {
+    BubeRecord Record = {};
+    int32_t Number = 0; // 0 before the first one
+    int64_t Spread = 0;
+    bool OnHaben = false;
+    bool IsKnown = false;
+};
+
+void EndPosting(YearCheck &year, const CostPosting &posting)
+{
+    if (posting.Number == 0 || !posting.IsKnown) return;
+    const int64_t net = posting.OnHaben ? Pfennig(posting.Record.Haben) : Pfennig(posting.Record.Soll);
+    if (posting.Spread == net) return;
+    year.Tell("kosten", "kobu", std::to_string(posting.Number), "Betrag",
+              "verteilt sind " + Money(posting.Spread) + " von " + Money(net));
+}
+
+void CheckLineOfStapel(YearCheck &year, CostSources &sources, const KobuRecord &line)
+{
+    const std::string key = std::to_string(line.FinaleBuchung);
+    BatRecord head{};
+    SplitRecord part{};
+    if (line.Splitnummer != 0) {
+        if (!sources.Split.Equal(&part, &line.Splitnummer, keyOfSplitNumber)) {
+            year.Tell("verweis", "kobu", key, "Splitnummer",
+                      "die Teilbuchung " + std::to_string(line.Splitnummer) + " gibt es nicht");
         }
-    };
-    KobuRecord line{};
-    for (bool found = table.First(&line, 0); found; found = table.Next(&line, 0)) {
-        const std::string key = std::to_string(line.FinaleBuchung);
-        Day day = 0;
-        const bool hasDay = DayOfSort(line.Datum, Of.FirstMonth, day);
-        CheckReferences(TableKobu, line);
-        const auto find = [this](const AccountNumber &number) {
-            const auto object = CostOf.find(Packed(number));
-            return object != CostOf.end() ? &Costs[object->second] : nullptr;
-        };
-        CostState *first = find(line.Kostenobjekt1);
-        CostState *second = find(line.Kostenobjekt2);
-        if (line.FinaleBuchung == 0) {
-            BatRecord head{};
-            SplitRecord part{};
-            if (line.Splitnummer != 0) {
-                if (!splits.Equal(&part, &line.Splitnummer, keyOfSplitNumber)) {
-                    Tell("verweis", "kobu", key, "Splitnummer",
-                         "die Teilbuchung " + std::to_string(line.Splitnummer) + " gibt es nicht");
-                }
-            } else if (!bat.Equal(&head, &line.Buchungsnummer, keyOfBooking)) {
-                Tell("verweis", "kobu", key, "Buchungsnummer",
-                     "die Buchung " + std::to_string(line.Buchungsnummer) + " gibt es nicht im Stapel");
-            }
-            continue;
-        }
-        if (line.FinaleBuchung != current) {
-            endPosting();
-            current = line.FinaleBuchung;
-            spread = 0;
-            onHaben = (line.Flag & KobuHaben) != 0;
-            isKnown = postings.Equal(&posting, &current, keyOfNumber);
-            if (!isKnown) Tell("verweis", "kobu", key, "FinaleBuchung", "die Buchung gibt es nicht");
-        }
-        const int64_t amount = Pfennig(line.Betrag);
-        spread += amount;
-        if (isKnown) {
-            const AccountNumber &account = onHaben ? posting.Habenkonto : posting.Sollkonto;
-            if (Packed(line.Konto) != Packed(account)) {
-                Tell("kosten", "kobu", key, "Konto", Konto(line.Konto) + " statt " + Konto(account));
-            }
-            if (std::memcmp(line.Datum, posting.Schluessel.Folge, 6) != 0) {
-                Tell("datum", "kobu", key, "Datum", "das ist nicht der Tag der Buchung");
-            }
-        }
-        if (!hasDay) continue;
-        if (!InYear(day)) {
-            Tell("datum", "kobu", key, "Datum", DisplayDay(day) + " liegt nicht im Jahr");
-            continue;
-        }
-        const int month = FiscalOf(day, Of.FirstMonth).Month - 1;
-        const int64_t signedAmount = (line.Flag & KobuHaben) != 0 ? -amount : amount;
-        if (first != nullptr) first->Posted[month] += signedAmount;
-        if (second != nullptr) second->Posted[month] += signedAmount;
+    } else if (!sources.Bat.Equal(&head, &line.Buchungsnummer, keyOfBooking)) {
+        year.Tell("verweis", "kobu", key, "Buchungsnummer",
+                  "die Buchung " + std::to_string(line.Buchungsnummer) + " gibt es nicht im Stapel");
     }
-    endPosting();
-    for (const CostState &object : Costs) {
+}
+
+// A final line against its posting, which changes to the line's when that is another one.
+void CheckFinalLine(YearCheck &year, CostSources &sources, const KobuRecord &line, CostPosting &posting)
+{
+    const std::string key = std::to_string(line.FinaleBuchung);
+    if (line.FinaleBuchung != posting.Number) {
+        EndPosting(year, posting);
+        posting = {};
+        posting.Number = line.FinaleBuchung;
+        posting.OnHaben = (line.Flag & KobuHaben) != 0;
+        posting.IsKnown = sources.Postings.Equal(&posting.Record, &posting.Number, keyOfNumber);
+        if (!posting.IsKnown) year.Tell("verweis", "kobu", key, "FinaleBuchung", "die Buchung gibt es nicht");
+    }
+    posting.Spread += Pfennig(line.Betrag);
+    if (!posting.IsKnown) return;
+    const AccountNumber &account = posting.OnHaben ? posting.Record.Habenkonto : posting.Record.Sollkonto;
+    if (Packed(line.Konto) != Packed(account)) {
+        year.Tell("kosten", "kobu", key, "Konto", Konto(line.Konto) + " statt " + Konto(account));
+    }
+    if (std::memcmp(line.Datum, posting.Record.Schluessel.Folge, 6) != 0) {
+        year.Tell("datum", "kobu", key, "Datum", "das ist nicht der Tag der Buchung");
+    }
+}
+
+// Adds a final line to its cost centres.
+void AddLine(YearCheck &year, const KobuRecord &line)
+{
+    Day day = 0;
+    if (!DayOfSort(line.Datum, year.Of.FirstMonth, day)) return; // told as a fault of form
+    if (!year.InYear(day)) {
+        year.Tell("datum", "kobu", std::to_string(line.FinaleBuchung), "Datum",
+                  DisplayDay(day) + " liegt nicht im Jahr");
+        return;
+    }
+    const int month = FiscalOf(day, year.Of.FirstMonth).Month - 1;
+    const int64_t amount = Pfennig(line.Betrag);
+    for (const AccountNumber *number : {&line.Kostenobjekt1, &line.Kostenobjekt2}) {
+        const auto object = year.CostOf.find(Packed(*number));
+        if (object == year.CostOf.end()) continue;
+        year.Costs[object->second].Posted[month] += (line.Flag & KobuHaben) != 0 ? -amount : amount;
+    }
+}
+
+void CompareCosts(YearCheck &year)
+{
+    for (const CostState &object : year.Costs) {
         for (int month = 0; month < 12; ++month) {
             if (object.Recorded[month] == object.Posted[month]) continue;
-            Tell("kosten", "kore", object.Number, "Monat[" + std::to_string(month) + "]",
-                 Money(object.Recorded[month]) + ", nach den Kostenbuchungen " + Money(object.Posted[month]));
+            year.Tell("kosten", "kore", object.Number, "Monat[" + std::to_string(month) + "]",
+                      Money(object.Recorded[month]) + ", nach den Kostenbuchungen " +
+                          Money(object.Posted[month]));
         }
     }
 }
 
-void YearCheck::CheckTemplates()
+} // namespace
+
+void CheckCostLines(YearCheck &year)
 {
-    Check<KoschaRecord>(TableKoscha, [&](const KoschaRecord &record) {
+    if (!CheckAlone(year, TableKobu) || !year.AreRead({TableBube})) return;
+    TableFile table(LayoutOf(TableKobu), year.Directory, OpenMode::ReadOnly);
+    CostSources sources(year);
+    CostPosting posting;
+    KobuRecord line{};
+    for (bool found = table.First(&line, 0); found; found = table.Next(&line, 0)) {
+        CheckReferences(year, TableKobu, line);
+        if (line.FinaleBuchung == 0) {
+            CheckLineOfStapel(year, sources, line);
+            continue;
+        }
+        CheckFinalLine(year, sources, line, posting);
+        AddLine(year, line);
+    }
+    EndPosting(year, posting);
+    if (year.AreRead({TableKore})) CompareCosts(year);
+}
+
+void CheckTemplates(YearCheck &year)
+{
+    Check<KoschaRecord>(year, TableKoscha, [&](const KoschaRecord &record) {
         if (record.Name[0] == 0)
-            Tell("name", "koscha", std::to_string(record.Nummer), "Name", "der Name fehlt");
+            year.Tell("name", "koscha", std::to_string(record.Nummer), "Name", "der Name fehlt");
     });
     std::map<int32_t, int> lines;
     std::map<int32_t, int64_t> shares;
-    Check<KoschazeRecord>(TableKoschaze, [&](const KoschazeRecord &record) {
+    Check<KoschazeRecord>(year, TableKoschaze, [&](const KoschazeRecord &record) {
         const std::string key = std::to_string(record.Nummer);
         ++lines[record.Nummer];
         int64_t share = 0;
@@ -134,16 +174,17 @@ void YearCheck::CheckTemplates()
         }
         shares[record.Nummer] += share;
     });
-    for (const auto &[number, count] : TemplateLines) {
+    if (!year.AreRead({TableKoscha, TableKoschaze})) return;
+    for (const auto &[number, count] : year.TemplateLines) {
         const std::string key = std::to_string(number);
         if (lines[number] != count) {
-            Tell("schablone", "koscha", key, "Zeilen",
-                 std::to_string(count) + ", es gibt " + std::to_string(lines[number]));
+            year.Tell("schablone", "koscha", key, "Zeilen",
+                      std::to_string(count) + ", es gibt " + std::to_string(lines[number]));
         }
         // The last line takes the rest; what rounding leaves open is no fault.
         if (lines[number] > 0 && (shares[number] > 10000 || shares[number] < 9900)) {
-            Tell("schablone", "koscha", key, "Zeilen",
-                 "die Anteile ergeben " + std::to_string(shares[number] / 100) + " statt 100 Prozent");
+            year.Tell("schablone", "koscha", key, "Zeilen",
+                      "die Anteile ergeben " + std::to_string(shares[number] / 100) + " statt 100 Prozent");
         }
     }
 }

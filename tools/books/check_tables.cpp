@@ -81,7 +81,36 @@ void CheckIndex(Findings &findings, TableFile &table, int number, int64_t record
     }
 }
 
+void CheckForms(Findings &findings, const TableLayout &layout, const char *record, int firstMonth)
+{
+    const auto quoted = [&](const std::string &what, const FieldLayout &field) {
+        return what + ": „" + FieldValue(field, record, firstMonth) + "“";
+    };
+    for (const FieldLayout &field : layout.Fields) {
+        if (const std::string fault = FaultOfForm(field, record, firstMonth); !fault.empty()) {
+            findings.Tell("form", layout.Stem, KeyText(layout, record), field.Name, quoted(fault, field));
+        } else if (const std::string remark = RemarkOnForm(field, record); !remark.empty()) {
+            findings.Remark("form", layout.Stem, KeyText(layout, record), field.Name, quoted(remark, field));
+        }
+    }
+}
+
 } // namespace
+
+bool IsCircumstance(int status)
+{
+    switch (status) {
+    case BtrStatusNoEngine:
+    case BtrStatusDeadlock:
+    case BtrStatusRecordLocked:
+    case BtrStatusFileLocked:
+    case BtrStatusFileTableFull:
+    case BtrStatusHandleTableFull:
+    case BtrStatusIncompatibleMode:
+    case BtrStatusPermission: return true;
+    default: return false;
+    }
+}
 
 bool CheckTable(Findings &findings, const TableLayout &layout, const std::filesystem::path &directory,
                 int firstMonth, const std::function<void(const char *record)> &visit)
@@ -96,15 +125,7 @@ bool CheckTable(Findings &findings, const TableLayout &layout, const std::filesy
         int64_t records = 0;
         for (bool found = table.StepFirst(record.data()); found; found = table.StepNext(record.data())) {
             ++records;
-            for (const FieldLayout &field : layout.Fields) {
-                const std::string fault = FaultOfForm(field, record.data(), firstMonth);
-                if (fault.empty()) continue;
-                std::string text = fault;
-                text += ": „";
-                text += FieldValue(field, record.data(), firstMonth);
-                text += "“";
-                findings.Tell("form", layout.Stem, KeyText(layout, record.data()), field.Name, text);
-            }
+            CheckForms(findings, layout, record.data(), firstMonth);
             if (visit) visit(record.data());
         }
         findings.Count(records);
@@ -117,11 +138,13 @@ bool CheckTable(Findings &findings, const TableLayout &layout, const std::filesy
             try {
                 CheckIndex(findings, table, static_cast<int>(key), records);
             } catch (const EngineError &error) {
+                if (IsCircumstance(error.Status)) throw;
                 findings.Tell("index", layout.Stem, "", "Schlüssel " + std::to_string(key), error.what());
             }
         }
         return true;
     } catch (const EngineError &error) {
+        if (IsCircumstance(error.Status)) throw;
         findings.Tell("lesbar", layout.Stem, "", "", error.what());
         return false;
     }

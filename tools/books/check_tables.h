@@ -11,8 +11,12 @@
 
 namespace books {
 
+// Whether a refusal is no fault of the books: they are in use elsewhere, may not be read, or there are too few
+// resources. What is found after such a one would be false.
+bool IsCircumstance(int status);
+
 // Checks a table and hands every record to `visit`, in the order of its place in the file. False when the
-// table cannot be opened; that has then been told.
+// table cannot be read; that has then been told. A circumstance is thrown.
 bool CheckTable(Findings &findings, const tools::TableLayout &layout, const std::filesystem::path &directory,
                 int firstMonth, const std::function<void(const char *record)> &visit);
 

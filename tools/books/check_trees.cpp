@@ -1,4 +1,7 @@
-#include "tools/books/year_check.h"
+#include "tools/books/check_trees.h"
+
+#include "tools/books/check_reading.h"
+#include "tools/common/texts.h"
 
 namespace books {
 
@@ -7,64 +10,77 @@ using namespace vark;
 
 namespace {
 
+struct Node {
+    vark::StructureRecord Record;
+    bool IsReached;
+};
+
+struct Tree {
+    vark::TableId Id;
+    int16_t Zuordnung;
+    std::map<int32_t, Node> Nodes;
+    std::vector<std::string> Outside;      // accounts of records with Id 0
+    std::map<std::string, int> Leaves;     // accounts by how often they have an ordinary leaf
+    std::map<std::string, int32_t> Second; // accounts with a Gegenposten leaf, and its node
+};
+
 // Reports give up a tree that is deeper.
 constexpr int depthMax = 100;
 
-} // namespace
-
 // An account is looked up in a tree by the number as it stands there.
-void YearCheck::CheckLeafText(const Tree &tree, const StructureRecord &record)
+void CheckLeafText(YearCheck &year, const Tree &tree, const StructureRecord &record)
 {
     const std::string text = FieldText(record.Text);
     if (text.size() == accountDigits && text.back() != ' ') return;
-    Tell("baum", LayoutOf(tree.Id).Stem, std::to_string(record.Id), "Text",
-         "die Kontonummer „" + text + "“ steht nicht rechtsbündig in sieben Zeichen");
+    year.Tell("baum", LayoutOf(tree.Id).Stem, std::to_string(record.Id), "Text",
+              "die Kontonummer „" + text + "“ steht nicht rechtsbündig in sieben Zeichen");
 }
 
-void YearCheck::CheckGroup(const Tree &tree, const StructureRecord &record, int depth)
+void CheckGroup(YearCheck &year, const Tree &tree, const StructureRecord &record, int depth)
 {
     const std::string &stem = LayoutOf(tree.Id).Stem;
     const std::string key = std::to_string(record.Id);
     const std::string text = FieldText(record.Text);
-    if (depth >= 0 && Trimmed(text).empty()) Tell("name", stem, key, "Text", "der Titel fehlt");
-    if (Columns(text) > 27) Tell("baum", stem, key, "Text", "der Titel ist länger als 27 Zeichen");
-    if (depth > 2) Tell("baum", stem, key, "Id", "es gibt nur drei Ebenen von Gruppen");
+    if (depth >= 0 && Trimmed(text).empty()) year.Tell("name", stem, key, "Text", "der Titel fehlt");
+    if (Columns(text) > 27) year.Tell("baum", stem, key, "Text", "der Titel ist länger als 27 Zeichen");
+    if (depth > 2) year.Tell("baum", stem, key, "Id", "es gibt nur drei Ebenen von Gruppen");
 }
 
-void YearCheck::WalkTree(Tree &tree, int32_t id, int depth)
+void WalkTree(YearCheck &year, Tree &tree, int32_t id, int depth)
 {
     const std::string &stem = LayoutOf(tree.Id).Stem;
     if (depth >= depthMax) {
-        Tell("baum", stem, std::to_string(id), "Id",
-             "der Baum ist tiefer als " + std::to_string(depthMax) + " Ebenen");
+        year.Tell("baum", stem, std::to_string(id), "Id",
+                  "der Baum ist tiefer als " + std::to_string(depthMax) + " Ebenen");
         return;
     }
     // Siblings in a loop and children by recursion: a level is long, a tree never deep.
     while (id != 0) {
         const auto found = tree.Nodes.find(id);
         if (found == tree.Nodes.end()) {
-            Tell("baum", stem, std::to_string(id), "Id", "auf den Knoten wird verwiesen, es gibt ihn nicht");
+            year.Tell("baum", stem, std::to_string(id), "Id",
+                      "auf den Knoten wird verwiesen, es gibt ihn nicht");
             return;
         }
         Node &node = found->second;
         if (node.IsReached) {
-            Tell("baum", stem, std::to_string(id), "Id", "der Knoten wird mehr als einmal erreicht");
+            year.Tell("baum", stem, std::to_string(id), "Id", "der Knoten wird mehr als einmal erreicht");
             return;
         }
         node.IsReached = true;
         const StructureRecord &record = node.Record;
         if ((record.Art & StructureGruppe) != 0 || id == structureRoot) {
-            CheckGroup(tree, record, depth);
-            if (record.Child != 0) WalkTree(tree, record.Child, depth + 1);
+            CheckGroup(year, tree, record, depth);
+            if (record.Child != 0) WalkTree(year, tree, record.Child, depth + 1);
         } else {
             if (record.Child != 0)
-                Tell("baum", stem, std::to_string(id), "Child", "ein Konto hat keine Unterknoten");
-            CheckLeafText(tree, record);
+                year.Tell("baum", stem, std::to_string(id), "Child", "ein Konto hat keine Unterknoten");
+            CheckLeafText(year, tree, record);
             const std::string number(Trimmed(FieldText(record.Text)));
             if ((record.Art & StructureGegenposten) != 0) {
                 if (!tree.Second.emplace(number, id).second) {
-                    Tell("baum", stem, std::to_string(id), "Text",
-                         "das Konto " + number + " ist auf dieser Seite mehrfach Gegenposten");
+                    year.Tell("baum", stem, std::to_string(id), "Text",
+                              "das Konto " + number + " ist auf dieser Seite mehrfach Gegenposten");
                 }
             } else {
                 ++tree.Leaves[number];
@@ -74,73 +90,84 @@ void YearCheck::WalkTree(Tree &tree, int32_t id, int depth)
     }
 }
 
-void YearCheck::CheckTrees()
+// The leaves of a tree against the accounts of its side.
+void CompareTree(YearCheck &year, const Tree &tree, const Tree &other)
+{
+    const std::string &stem = LayoutOf(tree.Id).Stem;
+    std::map<std::string, const AccountState *> own;
+    for (const AccountState &account : year.Accounts) {
+        if (account.Kind == AccountKind::Sachkonto) own.emplace(account.Number, &account);
+    }
+    for (const auto &[number, count] : tree.Leaves) {
+        const auto account = own.find(number);
+        if (account == own.end()) {
+            year.Tell("verweis", stem, number, "Text", "das Sachkonto gibt es nicht");
+        } else if (account->second->Zuordnung != tree.Zuordnung) {
+            year.Tell("zuordnung", stem, number, "Text",
+                      "das Konto hat eine andere Zuordnung als diese Seite");
+        }
+        if (count > 1) year.Tell("baum", stem, number, "Text", "das Konto steht mehrfach auf dieser Seite");
+    }
+    for (const AccountState &account : year.Accounts) {
+        if (account.Kind == AccountKind::Sachkonto && account.Zuordnung == tree.Zuordnung &&
+            tree.Leaves.count(account.Number) == 0) {
+            year.Tell("zuordnung", "sako", account.Number, "Zuordnung",
+                      "das Konto hat keinen Platz in " + stem);
+        }
+    }
+    // The second home of an account needs its first one on the other side.
+    for (const auto &[number, id] : tree.Second) {
+        if (tree.Id == TableGuvauf || other.Leaves.count(number) == 0) {
+            year.Tell("baum", stem, std::to_string(id), "Art",
+                      "zum Gegenposten " + number + " fehlt der Posten");
+        }
+    }
+}
+
+} // namespace
+
+void CheckTrees(YearCheck &year)
 {
     Tree trees[] = {{TableGuvauf, ZuordnungGuv, {}, {}, {}, {}},
                     {TableBilaktau, ZuordnungAktiva, {}, {}, {}, {}},
                     {TableBilpasau, ZuordnungPassiva, {}, {}, {}, {}}};
     for (Tree &tree : trees) {
         const std::string &stem = LayoutOf(tree.Id).Stem;
-        Check<StructureRecord>(tree.Id, [&](const StructureRecord &record) {
+        Check<StructureRecord>(year, tree.Id, [&](const StructureRecord &record) {
             if (record.Id == 0) {
-                CheckLeafText(tree, record);
+                CheckLeafText(year, tree, record);
                 tree.Outside.emplace_back(Trimmed(FieldText(record.Text)));
                 if (record.Art != 0 || record.Next != 0 || record.Child != 0) {
-                    Tell("baum", stem, "0", "Art",
-                         "außerhalb des Baums steht nur ein Konto, nicht „" + FieldText(record.Text) + "“");
+                    year.Tell("baum", stem, "0", "Art",
+                              "außerhalb des Baums steht nur ein Konto, nicht „" + FieldText(record.Text) +
+                                  "“");
                 }
             } else if (!tree.Nodes.emplace(int32_t{record.Id}, Node{record, false}).second) {
-                Tell("baum", stem, std::to_string(record.Id), "Id", "die Nummer kommt mehrfach vor");
+                year.Tell("baum", stem, std::to_string(record.Id), "Id", "die Nummer kommt mehrfach vor");
             }
         });
+        if (!year.AreRead({tree.Id})) continue;
         if (tree.Nodes.count(structureRoot) == 0) {
-            Tell("baum", stem, "1", "Id", "der oberste Knoten fehlt");
+            year.Tell("baum", stem, "1", "Id", "der oberste Knoten fehlt");
             continue;
         }
         const StructureRecord &root = tree.Nodes.at(structureRoot).Record;
         if ((root.Art & StructureGruppe) == 0)
-            Tell("baum", stem, "1", "Art", "der oberste Knoten ist keine Gruppe");
-        if (root.Next != 0) Tell("baum", stem, "1", "Next", "neben dem obersten Knoten steht ein weiterer");
-        WalkTree(tree, structureRoot, -1);
+            year.Tell("baum", stem, "1", "Art", "der oberste Knoten ist keine Gruppe");
+        if (root.Next != 0)
+            year.Tell("baum", stem, "1", "Next", "neben dem obersten Knoten steht ein weiterer");
+        WalkTree(year, tree, structureRoot, -1);
         for (const auto &[id, node] : tree.Nodes) {
             if (!node.IsReached)
-                Tell("baum", stem, std::to_string(id), "Id", "der Knoten hängt an keinem anderen");
+                year.Tell("baum", stem, std::to_string(id), "Id", "der Knoten hängt an keinem anderen");
         }
         for (const std::string &number : tree.Outside) {
             ++tree.Leaves[number];
         }
     }
+    if (!year.AreRead({TableSako})) return;
     for (const Tree &tree : trees) {
-        const std::string &stem = LayoutOf(tree.Id).Stem;
-        std::map<std::string, const AccountState *> own;
-        for (const AccountState &account : Accounts) {
-            if (account.Kind == AccountKind::Sachkonto) own.emplace(account.Number, &account);
-        }
-        for (const auto &[number, count] : tree.Leaves) {
-            const auto account = own.find(number);
-            if (account == own.end()) {
-                Tell("verweis", stem, number, "Text", "das Sachkonto gibt es nicht");
-            } else if (account->second->Zuordnung != tree.Zuordnung) {
-                Tell("zuordnung", stem, number, "Text",
-                     "das Konto hat eine andere Zuordnung als diese Seite");
-            }
-            if (count > 1) Tell("baum", stem, number, "Text", "das Konto steht mehrfach auf dieser Seite");
-        }
-        for (const AccountState &account : Accounts) {
-            if (account.Kind == AccountKind::Sachkonto && account.Zuordnung == tree.Zuordnung &&
-                tree.Leaves.count(account.Number) == 0) {
-                Tell("zuordnung", "sako", account.Number, "Zuordnung",
-                     "das Konto hat keinen Platz in " + stem);
-            }
-        }
-        // The second home of an account needs its first one on the other side.
-        const Tree &other = trees[tree.Id == TableBilaktau ? 2 : 1];
-        for (const auto &[number, id] : tree.Second) {
-            if (tree.Id == TableGuvauf || other.Leaves.count(number) == 0) {
-                Tell("baum", stem, std::to_string(id), "Art",
-                     "zum Gegenposten " + number + " fehlt der Posten");
-            }
-        }
+        if (year.AreRead({tree.Id})) CompareTree(year, tree, trees[tree.Id == TableBilaktau ? 2 : 1]);
     }
 }
 

@@ -5,15 +5,16 @@
 #include "tools/common/installation.h"
 
 #include <filesystem>
-#include <vector>
 
 namespace books {
 
-// fista, and the directories that it speaks of.
-void CheckCompany(Findings &findings, const std::filesystem::path &data);
+// Where a year lies, and what it leans on.
+struct YearPlace {
+    std::filesystem::path Directory;
+    std::filesystem::path LastDirectory; // of the last postable year
+    std::filesystem::path Before;        // of the year before; there may be none
+};
 
-// One year directory. `data` is the data path.
-void CheckYear(Findings &findings, const std::filesystem::path &data, const tools::Mandant &mandant,
-               int year);
+void CheckYear(Findings &findings, const YearPlace &place, const tools::Mandant &mandant, int year);
 
 } // namespace books

@@ -21,12 +21,31 @@ void AppendClean(std::string &to, std::string_view text)
 void Findings::Tell(std::string_view rule, std::string_view table, std::string_view key,
                     std::string_view field, std::string_view text)
 {
+    Put('F', rule, table, key, field, text);
+}
+
+void Findings::Remark(std::string_view rule, std::string_view table, std::string_view key,
+                      std::string_view field, std::string_view text)
+{
+    Put('H', rule, table, key, field, text);
+}
+
+void Findings::Stop(std::string_view why)
+{
+    std::string line;
+    AppendClean(line, why);
+    Write('S', line);
+}
+
+void Findings::Put(char kind, std::string_view rule, std::string_view table, std::string_view key,
+                   std::string_view field, std::string_view text)
+{
     std::string line;
     for (const std::string_view part : {std::string_view(directory), table, key, field, rule, text}) {
         AppendClean(line, part);
         line += separator;
     }
-    Write('F', line);
+    Write(kind, line);
 }
 
 void Findings::Reading(std::string_view table) { Write('R', table); }

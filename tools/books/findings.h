@@ -24,12 +24,19 @@ struct Findings {
 
     void Tell(std::string_view rule, std::string_view table, std::string_view key, std::string_view field,
               std::string_view text);
+    // Something that is no fault, and still worth knowing: what people typed and programs took as it came.
+    void Remark(std::string_view rule, std::string_view table, std::string_view key, std::string_view field,
+                std::string_view text);
+    // Reading cannot go on, and the books are not to blame: they are in use, or may not be read.
+    void Stop(std::string_view why);
     // What is being read now; told of when reading ends the process.
     void Reading(std::string_view table);
     // Records that were looked at.
     void Count(int64_t records);
 
 private:
+    void Put(char kind, std::string_view rule, std::string_view table, std::string_view key,
+             std::string_view field, std::string_view text);
     void Write(char kind, std::string_view text);
 
     int file;

@@ -113,10 +113,11 @@ void Loader::CheckRecord(const Job &job, const SequentialReader &reader, const c
 {
     for (const FieldLayout &field : job.Layout->Fields) {
         const std::string fault = FaultOfForm(field, record, job.FirstMonth);
-        if (fault.empty()) continue;
+        const std::string what = fault.empty() ? RemarkOnForm(field, record) : fault;
+        if (what.empty()) continue;
         Tell({job.Name, reader.Number, reader.Offset, KeyText(*job.Layout, record), field.Name,
-              fault + ": „" + FieldValue(field, record, job.FirstMonth) + "“"},
-             Options.IsLenient);
+              what + ": „" + FieldValue(field, record, job.FirstMonth) + "“"},
+             fault.empty() || Options.IsLenient);
     }
     for (const KeyLayout &key : job.Layout->Keys) {
         const KeySegment &segment = key.Segments.front();

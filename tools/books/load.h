@@ -39,7 +39,7 @@ struct LoadSummary {
     int64_t Records = 0;           // that were read and are good
     int64_t Refused = 0;           // because of which nothing was loaded
     bool HasTemplates = true;      // reports can be had of the books
-    int64_t Remarks = 0;           // faults of form that were taken all the same
+    int64_t Remarks = 0;           // unusual or faulty forms that were taken all the same
     std::vector<Refusal> Refusals; // and remarks, in the order of the files
 };
 

@@ -46,7 +46,7 @@ void PrintLoad(const LoadSummary &summary, const LoadOptions &options)
         return;
     }
     if (summary.Remarks > 0) {
-        std::cout << Counted(summary.Remarks, "Feld", "Felder") << " trotz fehlerhafter Form übernommen.\n";
+        std::cout << Counted(summary.Remarks, "Feld", "Felder") << " mit ungewöhnlicher Form übernommen.\n";
     }
     if (options.IsTrial) {
         std::cout << "Geprüft: " << read << ", alles ließe sich laden.\n";

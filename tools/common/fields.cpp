@@ -4,6 +4,7 @@
 #include "tools/common/calendar.h"
 #include "tools/common/texts.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace tools {
@@ -35,10 +36,14 @@ std::string FaultOfText(const char *bytes, size_t width)
 {
     const size_t length = strnlen(bytes, width);
     if (length == width) return "der Text füllt das Feld ohne Ende";
-    for (size_t i = 0; i < length; ++i) {
-        if (static_cast<unsigned char>(bytes[i]) < 0x20) return "der Text enthält ein Steuerzeichen";
-    }
     return {};
+}
+
+bool HasControls(const char *bytes, size_t width)
+{
+    return std::any_of(bytes, bytes + strnlen(bytes, width), [](char character) {
+        return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
+    });
 }
 
 std::string FaultOfKonto(const char *bytes)
@@ -47,14 +52,22 @@ std::string FaultOfKonto(const char *bytes)
     if (strnlen(bytes, sizeof(AccountNumber)) != accountDigits) {
         return "die Kontonummer ist nicht rechtsbündig in 7 Zeichen";
     }
-    size_t at = 0;
-    while (at < accountDigits && bytes[at] == ' ') {
-        ++at;
-    }
-    if (at == accountDigits) return "die Kontonummer besteht aus Leerzeichen";
-    if (std::memchr(bytes + at, ' ', accountDigits - at) != nullptr)
-        return "die Kontonummer enthält ein Leerzeichen";
-    return {};
+    // A number has no blanks at its end, unless it has nothing else.
+    const std::string_view text(bytes, accountDigits);
+    const bool isJustified = text.back() != ' ' || text.find_first_not_of(' ') == std::string_view::npos;
+    return isJustified ? "" : "die Kontonummer ist nicht rechtsbündig in 7 Zeichen";
+}
+
+std::string RemarkOnKonto(const char *bytes)
+{
+    const std::string_view text(bytes, strnlen(bytes, sizeof(AccountNumber)));
+    const size_t first = text.find_first_not_of(' ');
+    if (text.empty()) return {};
+    if (first == std::string_view::npos) return "die Kontonummer besteht aus Leerzeichen";
+    if (text.find(' ', first) != std::string_view::npos) return "die Kontonummer enthält ein Leerzeichen";
+    if (text.find_first_of("0123456789") == std::string_view::npos)
+        return "die Kontonummer enthält keine Ziffer";
+    return HasControls(bytes, sizeof(AccountNumber)) ? "die Kontonummer enthält ein Steuerzeichen" : "";
 }
 
 std::string FaultOfDay(const char *bytes, size_t width, bool (*read)(const char *, int, Day &),
@@ -256,6 +269,14 @@ std::string FaultOfForm(const FieldLayout &field, const char *record, int firstM
     case Form::Bytes: return {};
     }
     return {};
+}
+
+std::string RemarkOnForm(const FieldLayout &field, const char *record)
+{
+    const char *bytes = record + field.Offset;
+    if (field.Type == Form::Konto) return RemarkOnKonto(bytes);
+    const bool hasControls = field.Type == Form::Text && HasControls(bytes, field.Width);
+    return hasControls ? "der Text enthält ein Steuerzeichen" : "";
 }
 
 } // namespace tools

@@ -20,6 +20,9 @@ bool IsNumber(Form form);
 // What is wrong with the bytes of a field; empty for nothing.
 std::string FaultOfForm(const FieldLayout &field, const char *record, int firstMonth);
 
+// What is unusual about the bytes of a field, though programs take it as it comes; empty for nothing.
+std::string RemarkOnForm(const FieldLayout &field, const char *record);
+
 // The record's key 0 as a person writes it.
 std::string KeyText(const TableLayout &layout, const char *record);
 

@@ -18,9 +18,15 @@ void AppendJson(std::string &to, std::string_view text)
 {
     to += '"';
     for (const char character : text) {
+        if (static_cast<unsigned char>(character) < 0x20) {
+            constexpr char digits[] = "0123456789abcdef";
+            to += "\\u00";
+            to += digits[character >> 4];
+            to += digits[character & 15];
+            continue;
+        }
         if (character == '"' || character == '\\') to += '\\';
-        // Control characters never stand in a text that a person entered.
-        to += static_cast<unsigned char>(character) < 0x20 ? ' ' : character;
+        to += character;
     }
     to += '"';
 }
@@ -124,7 +130,7 @@ void RowWriter::PutUtf8(std::string_view utf8)
         AppendJson(buffer, utf8);
     } else if (as == Output::Csv) {
         if (column > 0) buffer += ';';
-        if (utf8.find_first_of("\"; ") == std::string_view::npos) {
+        if (utf8.find_first_of("\"; \r\n") == std::string_view::npos) {
             buffer += utf8;
         } else {
             buffer += CsvField(std::string(utf8));
@@ -132,9 +138,10 @@ void RowWriter::PutUtf8(std::string_view utf8)
     } else {
         if (column > 0) buffer += "  ";
         const bool isLast = column + 1 == columns.size();
-        buffer += one.Side == Align::Right ? Right(utf8, one.Width)
-                  : isLast                 ? std::string(utf8)
-                                           : Left(utf8, one.Width);
+        const std::string shown = Printable(std::string(utf8));
+        buffer += one.Side == Align::Right ? Right(shown, one.Width)
+                  : isLast                 ? shown
+                                           : Left(shown, one.Width);
     }
     ++column;
 }
