@@ -11,8 +11,8 @@
 
 namespace books {
 
-// Whether a refusal is no fault of the books: they are in use elsewhere, may not be read, or there are too few
-// resources. What is found after such a one would be false.
+// Whether a refusal is no fault of the books: they are in use elsewhere, may not be read, or resources are
+// short. What is found after such a one would be false.
 bool IsCircumstance(int status);
 
 // Checks a table and hands every record to `visit`, in the order of its place in the file. False when the

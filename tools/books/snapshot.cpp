@@ -40,8 +40,8 @@ std::unique_ptr<TableFile> OpenAny(const fs::path &directory)
     throw std::runtime_error("In " + directory.string() + " liegen keine Bücher.");
 }
 
-// The child is known to others by a lock of its own, taken while the parent's still holds: without one, whoever
-// opens the books after the parent's end would take them for unused and make their lock file anew.
+// The child is known to others by a lock of its own, taken while the parent's still holds: without one,
+// whoever opens the books after the parent's end would take them for unused and make their lock file anew.
 bool IsPresent(const fs::path &books)
 {
     const int file = open(books.c_str(), O_RDONLY | O_CLOEXEC);
