@@ -98,6 +98,16 @@ bool NoteWindow(ViewWindow *view)
     return true;
 }
 
+// The zoom of another view of this thread; a window that is none leaves it as it is.
+void TakeZoom(ViewWindow &view, HWND like)
+{
+    for (const ViewWindow *other = firstOfThread; other != nullptr; other = other->Next) {
+        if (like == nullptr || other->Window != like) continue;
+        view.Fitted = other->Fitted;
+        view.Percent = other->Percent;
+    }
+}
+
 // A person can see the view from now on.
 void ShowFirst(ViewWindow &view)
 {
@@ -182,6 +192,7 @@ HWND OpenViewWindow(void *handle, View *view, const ViewPlace &place)
         std::free(state);
         return nullptr;
     }
+    TakeZoom(*state, place.Like);
     bool isTaken = false;
     state->Taken = &isTaken;
     char title[maxViewTitle];
@@ -220,6 +231,7 @@ HWND OpenViewWindow(void *handle, View *view, const ViewPlace &place)
 ViewPlace PlaceBeside(HWND window, ViewPlace place)
 {
     if (window == nullptr) return place;
+    place.Like = window;
     place.Parent = GetParent(window);
     RECT around = {};
     if ((place.Style & WS_CHILD) != 0 && GetWindowRect(place.Parent, &around) != FALSE) {

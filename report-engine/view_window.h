@@ -17,6 +17,7 @@ struct ViewPlace {
     LONG Height;
     DWORD Style;
     DWORD ExStyle;
+    HWND Like = nullptr; // the window of a view of this thread, whose zoom the new one takes over
 };
 
 // Whether views have windows: the window system is there, whether or not anybody sees it.

@@ -815,6 +815,24 @@ TEST_F(Views, CopiedAreWindowsOfTheirOwnWhereTheOldOneIs)
     DestroyWindow(copied);
 }
 
+TEST_F(Views, PassTheirZoomOnToTheirSuccessor)
+{
+    constexpr int zoomList = 106;
+    constexpr LRESULT chosen = 4;
+    Play("");
+    Fill();
+    auto *view = static_cast<HWND>(OpenView(report));
+    SendDlgItemMessageA(view, zoomList, CB_SETCURSEL, chosen, 0);
+    SendMessageA(view, WM_COMMAND, MAKELONG(zoomList, CBN_SELCHANGE), 0);
+    const int32_t second = RSCopyReport(report, susaId, 0);
+    AddSusaHeader(second);
+    auto *copied =
+        static_cast<HWND>(RSCopyView(second, view, 0, 30, 40, 500, 300, WS_OVERLAPPEDWINDOW, 0, 0));
+    EXPECT_EQ(SendDlgItemMessageA(copied, zoomList, CB_GETCURSEL, 0, 0), chosen);
+    DestroyWindow(view);
+    DestroyWindow(copied);
+}
+
 TEST_F(Views, ClosedWhileTheirSuccessorIsFilledGiveNone)
 {
     Play("");
