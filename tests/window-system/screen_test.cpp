@@ -2,6 +2,7 @@
 // effect read back from the model. Left out where the X programs are not installed.
 #include <atomic>
 #include <csignal>
+#include <cstdio>
 #include <dlfcn.h>
 #include <functional>
 #include <gtest/gtest.h>
@@ -123,6 +124,56 @@ TEST_F(Screen, PutsABoxBeforeItsDialog)
         });
     EXPECT_EQ(answer, IDYES);
     EXPECT_EQ(result, IDCANCEL);
+}
+
+namespace {
+
+struct Geometry {
+    int X = 0, Y = 0, Width = 0, Height = 0;
+};
+
+// Where the window that has the keyboard stands.
+Geometry OfActive()
+{
+    Geometry found;
+    FILE *tells = popen("xdotool getactivewindow getwindowgeometry --shell 2>/dev/null", "re");
+    if (tells == nullptr) return found;
+    char line[100];
+    while (fgets(line, sizeof line, tells) != nullptr) {
+        std::sscanf(line, "X=%d", &found.X);
+        std::sscanf(line, "Y=%d", &found.Y);
+        std::sscanf(line, "WIDTH=%d", &found.Width);
+        std::sscanf(line, "HEIGHT=%d", &found.Height);
+    }
+    pclose(tells);
+    return found;
+}
+
+} // namespace
+
+// A window that is put up before its size is known grows to one side.
+TEST_F(Screen, PutsABoxInTheMiddleOfItsDialog)
+{
+    RunDemo(
+        [](HWND) {
+            ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+            const Geometry dialog = OfActive();
+            Do("key alt+r");
+            ASSERT_TRUE(HasKeyboard("MERIDA"));
+            const Geometry box = OfActive();
+            EXPECT_GT(box.Width, 400);
+            EXPECT_NEAR(box.X + box.Width / 2, dialog.X + dialog.Width / 2, 10);
+            Do("key alt+j");
+            ASSERT_TRUE(HasKeyboard("Stapelverwaltung"));
+            Do("key Escape");
+        },
+        [](HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+            if (message != WM_COMMAND || LOWORD(wParam) != 70 || HIWORD(wParam) != BN_CLICKED)
+                return INT_PTR{0};
+            MessageBoxA(dialog, "Soll der leere Stapel 'Miete' wirklich gelöscht werden, mit allem darin?"_w,
+                        "MERIDA", MB_YESNO | MB_ICONQUESTION);
+            return INT_PTR{1};
+        });
 }
 
 // ---- A screen that goes ----

@@ -172,6 +172,18 @@ void ShowDefault(Item *top, const Item *button)
     top->DefaultButton = button != nullptr ? button->Handle : 0;
 }
 
+void ShowFirst(Item *top)
+{
+    if (IsChooser(top)) {
+        gtk_window_present(GTK_WINDOW(top->Placed));
+        return;
+    }
+    // A new window is given the keyboard without being asked for it. A request would reach the window manager
+    // after the window, and take the keyboard back from where the person may have gone meanwhile.
+    gtk_widget_set_visible(top->Placed, TRUE);
+    top->IsActive = true;
+}
+
 void HearTop(FrameReader &reader)
 {
     Item *top = FindItem(TakeU32(reader));
@@ -184,7 +196,7 @@ void HearTop(FrameReader &reader)
     if ((top->Flags & flagShown) == 0) return;
     auto *window = GTK_WINDOW(top->Placed);
     gtk_widget_set_cursor_from_name(top->Placed, (flags & flagWaits) != 0 ? "wait" : nullptr);
-    if (IsChooser(top) && !gtk_widget_get_visible(top->Placed)) gtk_window_present(window);
+    if (gtk_widget_get_visible(top->Placed) == FALSE) ShowFirst(top);
     // Each thread has an active window; only what becomes one comes to the front.
     const bool isActive = (flags & flagActive) != 0;
     const bool becomesActive = isActive && !top->IsActive;

@@ -129,15 +129,8 @@ void ShowTop(Item *item)
     gtk_widget_set_can_target(inside, (item->Flags & flagEnabled) != 0);
     const bool isFixed = item->Buttons == nullptr && !IsChooser(item) && (item->Style & thickFrame) == 0;
     if (isFixed) gtk_widget_set_size_request(inside, item->Width, item->Height);
-    const bool shown = (item->Flags & flagShown) != 0;
-    // A chooser comes with the name that it suggests, so once its controls are known.
-    if (shown && !gtk_widget_get_visible(item->Placed) && !IsChooser(item)) {
-        // A new window is given the keyboard without being asked for it. A request would reach the window
-        // manager after the window, and take the keyboard back from where the person may have gone meanwhile.
-        gtk_widget_set_visible(item->Placed, TRUE);
-        item->IsActive = true;
-    }
-    if (!shown) gtk_widget_set_visible(item->Placed, FALSE);
+    // It is shown once all that stands in it is known: with its size, in the middle of its owner.
+    if ((item->Flags & flagShown) == 0) gtk_widget_set_visible(item->Placed, FALSE);
 }
 
 } // namespace

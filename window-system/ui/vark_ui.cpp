@@ -27,6 +27,8 @@ constexpr char style[] =
     " outline-offset: 1px; }"
     "button.default:not(:disabled) { border-color: @theme_selected_bg_color; }"
     "listview > row { padding: 1px 6px; }"
+    "scrolledwindow.frame:focus-within { border-color: @theme_selected_bg_color;"
+    " outline: 1px solid alpha(@theme_selected_bg_color, 0.6); outline-offset: 0; }"
     "entry > text:not(:focus-within) > selection { background-color: transparent; color: inherit; }"
     "frame > label { margin: 2px 8px 0px 8px; }"
     "image.box-icon { -gtk-icon-size: 36px; }"
@@ -38,6 +40,32 @@ constexpr char style[] =
     "}"
     ".chooser .dialog-vbox { padding: 8px; }"
     "notebook > header tab { min-height: 22px; padding: 2px 10px; }";
+
+// Without a compositor nothing shines through a window: what lies around a popup for its shadow and behind
+// its round corners would be black.
+constexpr char styleOfOpaquePopups[] =
+    "popover { margin: 0; padding: 0; }"
+    "popover > contents, popover > arrow, tooltip { box-shadow: none; border-radius: 0; margin: 0; }"
+    "popover > contents, tooltip { border: 1px solid @borders; background-clip: border-box; }";
+
+void ShowPopups(GdkDisplay *display, GParamSpec * /*property*/, GtkCssProvider *provider)
+{
+    const bool isComposited = gdk_display_is_composited(display) != FALSE;
+    gtk_css_provider_load_from_data(provider, isComposited ? "" : styleOfOpaquePopups, -1);
+}
+
+void AddStyles(GdkDisplay *display)
+{
+    GtkCssProvider *provider = gtk_css_provider_new();
+    gtk_css_provider_load_from_data(provider, style, -1);
+    GtkCssProvider *popups = gtk_css_provider_new();
+    ShowPopups(display, nullptr, popups);
+    g_signal_connect(display, "notify::composited", G_CALLBACK(ShowPopups), popups);
+    for (GtkCssProvider *each : {provider, popups}) {
+        gtk_style_context_add_provider_for_display(display, GTK_STYLE_PROVIDER(each),
+                                                   GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    }
+}
 
 // How large 4 and 8 dialog units are: the average letter's width and a line with its room.
 void MeasureLetters(uint32_t &baseX, uint32_t &baseY)
@@ -92,10 +120,7 @@ int main()
     // takes longer than all the rest of a dialog. Whoever wants it can have it.
     g_setenv("GSK_RENDERER", "cairo", FALSE);
     if (gtk_init_check() == FALSE) return 1;
-    GtkCssProvider *provider = gtk_css_provider_new();
-    gtk_css_provider_load_from_data(provider, style, -1);
-    gtk_style_context_add_provider_for_display(gdk_display_get_default(), GTK_STYLE_PROVIDER(provider),
-                                               GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    AddStyles(gdk_display_get_default());
     uint32_t baseX = 0;
     uint32_t baseY = 0;
     MeasureLetters(baseX, baseY);
