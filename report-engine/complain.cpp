@@ -1,5 +1,7 @@
 #include "report-engine/complain.h"
 
+#include "host/standard_error.h"
+
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -81,7 +83,7 @@ void Complain(const char *path, const char *format, ...)
     std::memcpy(lastLine, line, static_cast<size_t>(length));
     lastLine[length - 1] = 0; // without the line end
     // Nothing can be done about a standard error that takes nothing.
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line, static_cast<size_t>(length));
+    static_cast<void>(host::WriteToStandardError(line, static_cast<size_t>(length)));
     errno = savedErrno;
 }
 

@@ -3,6 +3,7 @@
 #include "report-engine/values.h"
 #include "text/windows1252.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +16,8 @@ namespace {
 struct Walk {
     SpoolReader Reader;
     bool HasFailed;
+    uint64_t Items; // so far
+    int64_t Whole;  // bytes of the spool
 };
 
 Walk *StartWalk(const View &view)
@@ -23,7 +26,21 @@ Walk *StartWalk(const View &view)
     if (walk == nullptr) return nullptr;
     StartReading(walk->Reader, view.Of->Store.File);
     walk->HasFailed = false;
+    walk->Items = 0;
+    walk->Whole = static_cast<int64_t>(SpoolEnd(view.Of->Store));
     return walk;
+}
+
+// The next item, and now and then a look whether the person still wants it.
+bool NextItem(Walk &walk, Writer &writer)
+{
+    constexpr uint64_t itemsBetweenLooks = 2048;
+    if (writer.Watch != nullptr && ++walk.Items % itemsBetweenLooks == 0 &&
+        !writer.Watch->GoesOn(writer.Watch->Context, static_cast<int64_t>(walk.Reader.ItemOffset),
+                              walk.Whole)) {
+        writer.Error = ECANCELED;
+    }
+    return writer.Error == 0 && ReadItem(walk.Reader, walk.HasFailed);
 }
 
 bool EndWalk(Walk *walk)
@@ -335,6 +352,24 @@ const char *HtmlRule(Rule rule)
     case Rule::twofold: return "3px double #111";
     default: return "none";
     }
+}
+
+// On paper the page is that of the report, in its size of type, and the table takes the width that there is.
+void WriteHtmlPage(Writer &writer, const Definition &def)
+{
+    constexpr int32_t unitsOfMillimetre = 100;
+    char line[300];
+    std::snprintf(line, sizeof line, "@page{size:%dmm %dmm;margin:%dmm %dmm %dmm %dmm}\n",
+                  def.PageWidth / unitsOfMillimetre, def.PageHeight / unitsOfMillimetre,
+                  def.Top / unitsOfMillimetre, def.Right / unitsOfMillimetre, def.Bottom / unitsOfMillimetre,
+                  def.Left / unitsOfMillimetre);
+    Write(writer, line);
+    std::snprintf(
+        line, sizeof line,
+        "@media print{body{font-size:%d.%dpt;line-height:1.25;margin:0;max-width:none}table{width:100%%}"
+        "th,td{padding:0 .25em}tr{break-inside:avoid}}\n",
+        def.FontSize / 100, def.FontSize % 100 / 10);
+    Write(writer, line);
 }
 
 void WriteHtmlStyles(Writer &writer, const Definition &def)
@@ -659,7 +694,7 @@ bool WriteCsv(Writer &writer, const View &view)
     Walk *walk = StartWalk(view);
     if (walk == nullptr) return false;
     WriteCsvHeadings(writer, def);
-    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+    while (NextItem(*walk, writer)) {
         const Item kind = walk->Reader.Header.Kind;
         if (kind == Item::data) WriteCsvData(writer, def, walk->Reader);
         if (kind == Item::row && def.DataFieldCount == 0) WriteCsvRow(writer, def, walk->Reader);
@@ -685,7 +720,7 @@ bool WriteJson(Writer &writer, const View &view)
     WriteJsonColumns(writer, def);
     Write(writer, "],\"rows\":[");
     const char *separator = "\n";
-    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+    while (NextItem(*walk, writer)) {
         const Item kind = walk->Reader.Header.Kind;
         if (kind == Item::about) TakeAbout(*about, walk->Reader);
         const bool isPrinted = kind == Item::row || kind == Item::head;
@@ -715,10 +750,11 @@ bool WriteHtml(Writer &writer, const View &view)
     Write(writer, "</title>\n<style>\n");
     Write(writer, htmlLooks);
     WriteHtmlStyles(writer, def);
+    WriteHtmlPage(writer, def);
     Write(writer, "</style>\n</head>\n<body>\n");
     bool isInTable = false;
     bool isInHead = false;
-    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+    while (NextItem(*walk, writer)) {
         const Item kind = walk->Reader.Header.Kind;
         if (kind == Item::head) {
             if (walk->Reader.Header.IsFirst != 0 || !isInHead) {
@@ -758,7 +794,7 @@ bool WriteText(Writer &writer, const View &view)
     if (walk == nullptr) return false;
     bool needsColumns = true;
     bool hasAnything = false;
-    while (writer.Error == 0 && ReadItem(walk->Reader, walk->HasFailed)) {
+    while (NextItem(*walk, writer)) {
         const Item kind = walk->Reader.Header.Kind;
         if (kind == Item::head) {
             if (walk->Reader.Header.IsFirst != 0 && hasAnything) Write(writer, "\n", 1);

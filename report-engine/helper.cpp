@@ -8,10 +8,15 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+extern "C" { // this header forgets to say so
+#include <sys/pidfd.h>
+}
 
 extern char **environ; // NOLINT(readability-redundant-declaration): not every system declares it
 
@@ -79,19 +84,98 @@ int StartHelper(const char *name, char *const *arguments, const int *descriptors
     return error;
 }
 
+namespace {
+
+// Far more than a helper is silent for that works or waits for a printing system.
+constexpr int longestSilence_ms = 70'000;
+constexpr int longestEnd_ms = 5'000; // from a helper's last word to its end
+constexpr int step_ms = 100;         // between two looks at what the person wants
+
+void Kill(pid_t child)
+{
+    const int process = pidfd_open(child, 0);
+    if (process < 0) return;
+    pidfd_send_signal(process, SIGKILL, nullptr, 0);
+    close(process);
+}
+
+// What a helper has said: numbers are taken out as they come.
+struct Hearing {
+    char *Said;
+    size_t Size;
+    size_t Length;
+    int64_t Done;
+};
+
+void TakeNumbers(Hearing &hearing)
+{
+    char *end = nullptr;
+    while (hearing.Length > 0 && hearing.Said[0] == '+' &&
+           (end = static_cast<char *>(std::memchr(hearing.Said, '\n', hearing.Length))) != nullptr) {
+        int64_t number = 0;
+        for (const char *digit = hearing.Said + 1; digit < end && *digit >= '0' && *digit <= '9'; ++digit) {
+            number = number * 10 + (*digit - '0');
+        }
+        hearing.Done = number;
+        const auto used = static_cast<size_t>(end + 1 - hearing.Said);
+        std::memmove(hearing.Said, end + 1, hearing.Length - used);
+        hearing.Length -= used;
+    }
+}
+
+// Hears a helper to its end: told through a pipe, since a host may ignore its children's ends or collect them
+// itself. `stopped`: by the person or for its silence.
+Ended Hear(int pipe, Hearing &hearing, const Progress *progress, int64_t whole)
+{
+    int silence_ms = 0;
+    for (;;) {
+        pollfd waits = {pipe, POLLIN, 0};
+        const int ready = poll(&waits, 1, step_ms);
+        if (ready < 0 && errno != EINTR) return Ended::failed;
+        if (progress != nullptr && !progress->GoesOn(progress->Context, hearing.Done, whole)) {
+            return Ended::stopped;
+        }
+        if (ready <= 0) {
+            silence_ms += step_ms;
+            if (silence_ms >= longestSilence_ms) return Ended::failed;
+            continue;
+        }
+        silence_ms = 0;
+        if (hearing.Length == hearing.Size - 1) return Ended::good; // more than anybody reads
+        const ssize_t got = read(pipe, hearing.Said + hearing.Length, hearing.Size - 1 - hearing.Length);
+        if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+        if (got <= 0) return Ended::good;
+        hearing.Length += static_cast<size_t>(got);
+        TakeNumbers(hearing);
+    }
+}
+
+} // namespace
+
 void AwaitEnd(pid_t child)
 {
+    const int process = pidfd_open(child, 0);
+    if (process >= 0) {
+        pollfd waits = {process, POLLIN, 0};
+        int ready = 0;
+        do {
+            ready = poll(&waits, 1, longestEnd_ms);
+        } while (ready < 0 && errno == EINTR);
+        if (ready == 0) pidfd_send_signal(process, SIGKILL, nullptr, 0);
+        close(process);
+    }
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }
 }
 
-bool RunHelper(const char *name, char *const *arguments, const int *descriptors, int count, char (&said)[256])
+Ended RunHelper(const char *name, char *const *arguments, const int *descriptors, int count, char *said,
+                size_t size, const Progress *progress, int64_t whole)
 {
     said[0] = 0;
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) {
         Complain(name, ": %s", strerrordesc_np(errno));
-        return false;
+        return Ended::failed;
     }
     int all[maxDescriptors];
     std::memcpy(all, descriptors, sizeof(int) * static_cast<size_t>(count));
@@ -106,25 +190,22 @@ bool RunHelper(const char *name, char *const *arguments, const int *descriptors,
         } else {
             Complain(name, ": %s", strerrordesc_np(error));
         }
-        return false;
+        return Ended::failed;
     }
-    // Told through a pipe, since a host may ignore its children's ends or collect them itself.
-    size_t length = 0;
-    while (length < sizeof said - 1) {
-        const ssize_t got = read(ends[0], said + length, sizeof said - 1 - length);
-        if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) break;
-        length += static_cast<size_t>(got);
-    }
-    said[length] = 0;
+    Hearing hearing = {said, size, 0, 0};
+    const Ended ended = Hear(ends[0], hearing, progress, whole);
     close(ends[0]);
+    if (ended != Ended::good) Kill(child);
     AwaitEnd(child);
-    if (length == 0) Complain(name, " ended early");
+    said[ended == Ended::good ? hearing.Length : 0] = 0;
+    if (ended == Ended::stopped) return ended;
+    if (ended == Ended::failed) Complain(name, " does not answer");
+    if (ended == Ended::good && hearing.Length == 0) Complain(name, " ended early");
     constexpr size_t ok = 2;
-    if (std::strncmp(said, "ok", ok) != 0 || (said[ok] != 0 && said[ok] != '\n')) return false;
+    if (std::strncmp(said, "ok", ok) != 0 || (said[ok] != 0 && said[ok] != '\n')) return Ended::failed;
     const char *line = said + ok + (said[ok] != 0 ? 1 : 0);
     std::memmove(said, line, std::strlen(line) + 1);
-    return true;
+    return Ended::good;
 }
 
 } // namespace rs

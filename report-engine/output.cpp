@@ -1,5 +1,6 @@
 #include "report-engine/output.h"
 
+#include "host/descriptors.h"
 #include "report-engine/complain.h"
 #include "text/fixed_text.h"
 
@@ -107,23 +108,25 @@ int CreateNewFile(NewFile &file, const char *path)
         const int length = std::snprintf(file.Working, sizeof file.Working, "%s.%x-%x~", file.Final,
                                          static_cast<unsigned>(getpid()), next.fetch_add(1));
         if (length < 0 || length >= static_cast<int>(sizeof file.Working)) return ENAMETOOLONG;
-        file.File = open(file.Working, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        file.File = host::OpenFile(AT_FDCWD, file.Working, O_WRONLY | O_CREAT | O_EXCL);
         if (file.File >= 0) return 0;
         if (errno != EEXIST) return errno;
     }
     return EEXIST;
 }
 
-bool WriteContents(FileKind kind, int file, const View &view, const char *path)
+Ended WriteContents(FileKind kind, int file, const View &view, const char *path, PageRange range,
+                    const Progress *progress)
 {
-    if (kind == FileKind::pdf) return WritePages(file, view, path);
+    if (kind == FileKind::pdf) return WritePages(file, view, path, range, progress);
     auto *writer = static_cast<Writer *>(std::malloc(sizeof(Writer)));
     if (writer == nullptr) {
         Complain(path, ": not enough memory");
-        return false;
+        return Ended::failed;
     }
     writer->File = file;
     writer->Error = 0;
+    writer->Watch = progress;
     writer->Used = 0;
     bool isRead = false;
     switch (kind) {
@@ -133,13 +136,16 @@ bool WriteContents(FileKind kind, int file, const View &view, const char *path)
     default: isRead = WriteText(*writer, view); break;
     }
     const bool isWritten = FlushWriter(*writer);
-    if (!isWritten) {
+    const bool isStopped = writer->Error == ECANCELED;
+    if (isStopped) {
+        // The person knows.
+    } else if (!isWritten) {
         Complain(path, ": %s", strerrordesc_np(writer->Error));
     } else if (!isRead) {
         Complain(path, ": the temporary file cannot be read");
     }
     std::free(writer);
-    return isRead && isWritten;
+    return isStopped ? Ended::stopped : isRead && isWritten ? Ended::good : Ended::failed;
 }
 
 // The directory remembers a new name only once it is on disk itself.
@@ -148,7 +154,7 @@ int SyncDirectoryOf(char *path)
     char *slash = std::strrchr(path, '/');
     const char *directory = slash == nullptr ? "." : slash == path ? "/" : path;
     if (slash != nullptr) *slash = 0;
-    const int file = open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int file = host::OpenFile(AT_FDCWD, directory, O_RDONLY | O_DIRECTORY);
     int error = file < 0 ? errno : 0;
     // Not every file system syncs directories; then it has nothing to lose there.
     if (error == 0 && fsync(file) != 0 && errno != EINVAL && errno != ENOTSUP) error = errno;
@@ -181,19 +187,21 @@ int FinishFile(NewFile &file, bool mayReplace, int error)
     return SyncDirectoryOf(file.Final);
 }
 
-Written WriteFile(const View &view, FileKind kind, const char *path, bool mayReplace)
+Written WriteFile(const View &view, FileKind kind, const char *path, bool mayReplace, PageRange range,
+                  const Progress *progress)
 {
     auto *file = static_cast<NewFile *>(std::calloc(1, sizeof(NewFile)));
     int error = file != nullptr ? CreateNewFile(*file, path) : ENOMEM;
-    bool isTold = false;
+    Ended ended = Ended::good;
     if (error == 0) {
-        isTold = !WriteContents(kind, file->File, view, path);
-        error = FinishFile(*file, mayReplace, isTold ? EIO : 0);
+        ended = WriteContents(kind, file->File, view, path, range, progress);
+        error = FinishFile(*file, mayReplace, ended == Ended::good ? 0 : EIO);
     }
     std::free(file);
+    if (ended == Ended::stopped) return Written::stopped;
     if (error == 0) return Written::whole;
     if (error == EEXIST && !mayReplace) return Written::nameTaken;
-    if (!isTold) Complain(path, ": %s", strerrordesc_np(error));
+    if (ended == Ended::good) Complain(path, ": %s", strerrordesc_np(error));
     return Written::failed;
 }
 
@@ -212,20 +220,21 @@ void NameForFile(const View &view, char (&name)[maxViewTitle])
     }
 }
 
-bool ExportView(const View &view, const char *path)
+Written ExportView(const View &view, const char *path, const Progress *progress)
 {
     if (path == nullptr) path = "";
     const FileKind kind = KindOf(path);
     if (kind == FileKind::none) {
         Complain(path, ": no kind of file that a report can be written to");
-        return false;
+        return Written::failed;
     }
-    return WriteFile(view, kind, path, true) == Written::whole;
+    return WriteFile(view, kind, path, true, {}, progress);
 }
 
-Written WritePdfFile(const View &view, const char *path, bool mayReplace)
+Written WritePdfFile(const View &view, const char *path, bool mayReplace, PageRange range,
+                     const Progress *progress)
 {
-    return WriteFile(view, FileKind::pdf, path, mayReplace);
+    return WriteFile(view, FileKind::pdf, path, mayReplace, range, progress);
 }
 
 } // namespace rs

@@ -1,6 +1,7 @@
 // Files of a finished report, each made from its spool alone.
 #pragma once
 
+#include "report-engine/helper.h"
 #include "report-engine/view.h"
 
 #include <cstddef>
@@ -14,19 +15,27 @@ const char *TitleOf(const View &view);
 // The same as a file can be called.
 void NameForFile(const View &view, char (&name)[maxViewTitle]);
 
-// Writes the view to `path` by its extension; false on failure, which has been told.
-bool ExportView(const View &view, const char *path);
+enum class Written : uint8_t { whole, nameTaken, stopped, failed };
 
-enum class Written : uint8_t { whole, nameTaken, failed };
+// Pages from and to, both included; 0 for the first and the last.
+struct PageRange {
+    int64_t From;
+    int64_t To;
+};
 
-// Writes the pages to `path`, whatever its extension; `nameTaken` only without `mayReplace`. A failure has
-// been told.
-Written WritePdfFile(const View &view, const char *path, bool mayReplace);
+// Writes the view to `path` by its extension. A failure has been told; `stopped` only with `progress`, which
+// may be null.
+Written ExportView(const View &view, const char *path, const Progress *progress);
+
+// Writes pages to `path`, whatever its extension; `nameTaken` only without `mayReplace`. The same otherwise.
+Written WritePdfFile(const View &view, const char *path, bool mayReplace, PageRange range,
+                     const Progress *progress);
 
 // Bytes on their way to a file; the first failure stays and stops the rest.
 struct Writer {
     int File;
-    int Error; // errno, 0 for none
+    int Error;             // errno, 0 for none, ECANCELED when the person has stopped it
+    const Progress *Watch; // null for none
     size_t Used;
     char Buffer[65'536];
 };
@@ -41,7 +50,7 @@ bool WriteJson(Writer &writer, const View &view);
 bool WriteHtml(Writer &writer, const View &view);
 bool WriteText(Writer &writer, const View &view);
 
-// Runs the program that draws pages; false on failure, which has been told.
-bool WritePages(int file, const View &view, const char *path);
+// Runs the program that draws pages. A failure has been told.
+Ended WritePages(int file, const View &view, const char *path, PageRange range, const Progress *progress);
 
 } // namespace rs

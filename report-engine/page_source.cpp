@@ -3,6 +3,7 @@
 // process when memory runs out stay there, and their memory goes when the file is done.
 #include "report-engine/page_source.h"
 
+#include "host/descriptors.h"
 #include "report-engine/complain.h"
 #include "report-engine/helper.h"
 #include "report-engine/output.h"
@@ -16,18 +17,23 @@
 
 namespace rs {
 
-bool WritePages(int file, const View &view, const char *path)
+Ended WritePages(int file, const View &view, const char *path, PageRange range, const Progress *progress)
 {
     char name[] = "rs-pages";
     char kind[] = "pdf";
     char title[maxViewTitle];
     std::snprintf(title, sizeof title, "%s", view.Title);
-    char *const arguments[] = {name, kind, title, nullptr};
+    char from[24];
+    char to[24];
+    std::snprintf(from, sizeof from, "%lld", static_cast<long long>(range.From));
+    std::snprintf(to, sizeof to, "%lld", static_cast<long long>(range.To));
+    char *const arguments[] = {name, kind, title, from, to, nullptr};
     const int descriptors[] = {view.Of->Store.File, file};
     char reason[256];
-    if (RunHelper("rs-pages", arguments, descriptors, 2, reason)) return true;
+    const Ended ended =
+        RunHelper("rs-pages", arguments, descriptors, 2, reason, sizeof reason, progress, view.Of->PageCount);
     if (reason[0] != 0) Complain(path, ": %s", reason);
-    return false;
+    return ended;
 }
 
 namespace {
@@ -40,6 +46,15 @@ bool OpenSource(PageSource &source, const View &view)
     int sockets[2] = {-1, -1};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets) != 0) {
         Complain(view.Of->Path, ": %s", strerrordesc_np(errno));
+        return false;
+    }
+    for (int &socket : sockets) {
+        socket = host::KeepAboveStandard(socket);
+    }
+    if (sockets[0] < 0 || sockets[1] < 0) {
+        Complain(view.Of->Path, ": %s", strerrordesc_np(errno));
+        close(sockets[0]);
+        close(sockets[1]);
         return false;
     }
     char name[] = "rs-pages";
@@ -61,15 +76,17 @@ bool OpenSource(PageSource &source, const View &view)
     return true;
 }
 
+enum class Answered : uint8_t { good, ended, silent };
+
 // An answer, with the file that came along or -1.
-bool TakeAnswer(int socket, PageAnswer &answer, int &file)
+Answered TakeAnswer(int socket, PageAnswer &answer, int &file)
 {
     pollfd waits = {socket, POLLIN, 0};
     int ready = 0;
     do {
         ready = poll(&waits, 1, longestAnswer_ms);
     } while (ready < 0 && errno == EINTR);
-    if (ready <= 0) return false;
+    if (ready <= 0) return Answered::silent;
     iovec part = {&answer, sizeof answer};
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)];
     msghdr message = {};
@@ -82,7 +99,8 @@ bool TakeAnswer(int socket, PageAnswer &answer, int &file)
     if (header != nullptr && header->cmsg_type == SCM_RIGHTS) {
         std::memcpy(&file, CMSG_DATA(header), sizeof file);
     }
-    return got == static_cast<ssize_t>(sizeof answer) && answer.IsGood != 0;
+    const bool isGood = got == static_cast<ssize_t>(sizeof answer) && answer.IsGood != 0;
+    return isGood ? Answered::good : Answered::ended;
 }
 
 } // namespace
@@ -96,16 +114,16 @@ void CloseSource(PageSource &source)
 bool AskForPages(PageSource &source, const View &view, const PageRequest &request, PageAnswer &answer,
                  int &file)
 {
-    // A program that has ended is started once more: nothing is lost with it.
-    for (int attempt = 0; attempt < 2; ++attempt) {
+    // A program that has ended is started once more: nothing is lost with it. One that stands still is left.
+    Answered answered = Answered::ended;
+    for (int attempt = 0; attempt < 2 && answered == Answered::ended; ++attempt) {
         file = -1;
         answer = {};
         if (source.Socket < 0 && !OpenSource(source, view)) return false;
-        if (send(source.Socket, &request, sizeof request, MSG_NOSIGNAL) ==
-                static_cast<ssize_t>(sizeof request) &&
-            TakeAnswer(source.Socket, answer, file)) {
-            return true;
-        }
+        const bool isSent = send(source.Socket, &request, sizeof request, MSG_NOSIGNAL) ==
+                            static_cast<ssize_t>(sizeof request);
+        if (isSent) answered = TakeAnswer(source.Socket, answer, file);
+        if (answered == Answered::good) return true;
         if (file >= 0) close(file);
         CloseSource(source);
     }

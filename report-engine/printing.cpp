@@ -95,9 +95,10 @@ Printed PrintToFile(const View &view, const char *pattern, char (&reason)[400])
             return Printed::failed;
         }
         if (hasNumber && access(path, F_OK) == 0) continue;
-        switch (WritePdfFile(view, path, !hasNumber)) {
+        switch (WritePdfFile(view, path, !hasNumber, {}, nullptr)) {
         case Written::whole: return Printed::done;
         case Written::nameTaken: continue; // somebody else was quicker
+        case Written::stopped: return Printed::failed;
         case Written::failed:
             std::snprintf(reason, sizeof reason, "%.250s: %.120s", path, LastComplaintInGerman());
             return Printed::failed;
@@ -118,7 +119,7 @@ Printed PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
         return Printed::failed;
     }
     Printed printed = Printed::failed;
-    if (WritePages(pages, view, view.Of->Path)) {
+    if (WritePages(pages, view, view.Of->Path, {}, nullptr) == Ended::good) {
         char name[] = "rs-print";
         char title[maxViewTitle];
         std::snprintf(title, sizeof title, "%s", TitleOf(view));
@@ -126,7 +127,8 @@ Printed PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
         std::snprintf(wanted, sizeof wanted, "%.250s", queue);
         char *const arguments[] = {name, title, wanted[0] != 0 ? wanted : nullptr, nullptr};
         char said[256];
-        const bool isTaken = RunHelper("rs-print", arguments, &pages, 1, said);
+        const bool isTaken =
+            RunHelper("rs-print", arguments, &pages, 1, said, sizeof said, nullptr, 0) == Ended::good;
         if (isTaken) printed = said[0] == 0 ? Printed::done : Printed::waiting;
         std::snprintf(reason, sizeof reason, "%s",
                       isTaken || said[0] != 0 ? said : "Das Druckprogramm rs-print läuft nicht.");

@@ -1,5 +1,6 @@
 #include "report-engine/report.h"
 
+#include "host/descriptors.h"
 #include "report-engine/complain.h"
 #include "report-engine/template.h"
 
@@ -21,7 +22,7 @@ constexpr size_t messageSize = 400;
 // The whole of a regular file, to be freed; null with errno.
 char *ReadFile(const char *path, size_t &length)
 {
-    const int file = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    const int file = host::OpenFile(AT_FDCWD, path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (file < 0) return nullptr;
     struct stat status = {};
     char *bytes = nullptr;

@@ -17,6 +17,8 @@ namespace rs {
 
 inline constexpr int maxFields = 96; // of one record
 inline constexpr int maxOrderFields = 6;
+inline constexpr int maxLoose = 2000; // what a record may write apart from rows
+inline constexpr int64_t maxBookmarks = 100'000;
 inline constexpr int maxAbout = 8;      // texts that every row of a file is about
 inline constexpr int maxLateCells = 32; // sums printed in heads, still to be filled in
 inline constexpr size_t maxTemplateSize = 1 << 20;
@@ -98,6 +100,8 @@ struct Report {
     bool HasRows; // the report
     uint8_t HeadLinesPrinted;
     uint8_t FootLinesPrinted;
+    int LooseCount; // what the record has written apart from rows
+    int64_t Bookmarks;
 
     int64_t Sums[maxLevels + 1][maxSumColumns];
     int64_t Counts[maxLevels + 1];

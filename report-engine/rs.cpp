@@ -1,6 +1,7 @@
 // The entries: from handles to what they name, one call at a time on each report.
 #include "report-engine/rs.h"
 
+#include "host/descriptors.h"
 #include "report-engine/complain.h"
 #include "report-engine/handles.h"
 #include "report-engine/output.h"
@@ -17,6 +18,9 @@ namespace {
 using namespace rs;
 
 std::atomic<int64_t> recordsTaken{0};
+
+// Before anything is opened: a library that this one loads opens files by means of its own.
+__attribute__((constructor)) void KeepStandardDescriptors() { host::GuardStandardDescriptors(); }
 
 int32_t HandleOf(Report *report)
 {
@@ -185,7 +189,7 @@ int32_t RSExportView(RSWindow view, const char *path)
 {
     View *held = HoldView(view);
     if (held == nullptr) return 0;
-    const bool isWritten = ExportView(*held, path);
+    const bool isWritten = ExportView(*held, path, nullptr) == Written::whole;
     ReleaseView(held);
     return isWritten ? 1 : 0;
 }

@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 namespace rs {
 
-SandboxLimits sandboxLimits = {size_t{64} << 20, size_t{4} << 20, 20'000'000, 1000};
+SandboxLimits sandboxLimits = {size_t{64} << 20, size_t{4} << 20, size_t{64} << 10,
+                               size_t{1} << 20,  20'000'000,      1000};
 
 namespace {
 
@@ -36,14 +38,16 @@ int CurrentLine(lua_State *state)
 void *Allocate(void *context, void *block, size_t oldSize, size_t newSize)
 {
     auto &sandbox = *static_cast<Sandbox *>(context);
-    if (block == nullptr) oldSize = 0; // a code for what it is to become
+    const bool isText = block == nullptr && oldSize == LUA_TSTRING; // the code for what it is to become
+    if (block == nullptr) oldSize = 0;
     if (newSize == 0) {
         sandbox.MemoryUsed -= oldSize;
         std::free(block);
         return nullptr;
     }
     if (newSize > oldSize) {
-        const char *refusal = newSize > sandbox.Limits.Block ? "a text, a table or the stack grows too large"
+        const char *refusal = isText && newSize > sandbox.Limits.Text ? "a text grows too large"
+                              : newSize > sandbox.Limits.Block        ? "a table or the stack grows too large"
                               : sandbox.MemoryUsed + (newSize - oldSize) > sandbox.Limits.Memory
                                   ? "the template takes too much memory"
                                   : nullptr;
@@ -152,7 +156,7 @@ int TextRepeated(lua_State *state)
         lua_pushliteral(state, "");
         return 1;
     }
-    const size_t most = sandboxLimits.Block / length;
+    const size_t most = sandboxLimits.Text / length;
     if (static_cast<lua_Unsigned>(count) > most)
         return luaL_error(state, "the repeated text grows too large");
     luaL_Buffer buffer;
@@ -285,6 +289,26 @@ constexpr luaL_Reg textFunctions[] = {{"find", TextFound},  {"format", TextForma
                                       {"lower", TextLower}, {"rep", TextRepeated},     {"sub", TextPart},
                                       {"upper", TextUpper}, {nullptr, nullptr}};
 
+// Calls the library's function, which is the upvalue, on a table that is short enough for it: with the right
+// keys the border of a table lies at 2^62, and no hook ends a loop in C.
+int OnShortTable(lua_State *state)
+{
+    luaL_checktype(state, 1, LUA_TTABLE);
+    if (lua_rawlen(state, 1) > sandboxLimits.Entries) return luaL_error(state, "the table is too long");
+    lua_pushvalue(state, lua_upvalueindex(1));
+    lua_insert(state, 1);
+    lua_call(state, lua_gettop(state) - 1, LUA_MULTRET);
+    return lua_gettop(state);
+}
+
+// Puts the bound before a function of the table on top of the stack.
+void BoundTable(lua_State *state, const char *name)
+{
+    lua_getfield(state, -1, name);
+    lua_pushcclosure(state, OnShortTable, 1);
+    lua_setfield(state, -2, name);
+}
+
 // Moves functions of the library table on top of the stack into the table below it and drops the former.
 void TakeOver(lua_State *state, const char *const *names)
 {
@@ -319,6 +343,9 @@ int BuildEnvironment(lua_State *state)
     lua_newtable(state);
     OpenLibrary(state, luaopen_table);
     TakeOver(state, table);
+    for (const char *name : {"concat", "insert", "remove"}) {
+        BoundTable(state, name);
+    }
     lua_setfield(state, -2, "table");
 
     luaL_newlib(state, textFunctions);

@@ -19,7 +19,9 @@ namespace rs {
 
 struct SandboxLimits {
     size_t Memory;         // bytes that a template may hold
-    size_t Block;          // bytes of its largest text or table
+    size_t Block;          // bytes of its largest table
+    size_t Text;           // bytes of its largest text: what works on a whole text stays short of the clock
+    size_t Entries;        // of a table that table.insert and table.remove work on
     uint64_t Instructions; // of Lua in one call
     int64_t CpuTime_ms;    // of one call, for what takes long in few instructions
 };

@@ -1,5 +1,7 @@
 #include "report-engine/spool.h"
 
+#include "host/descriptors.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -36,7 +38,7 @@ int OpenNamelessFile()
 {
     const char *directory = secure_getenv("TMPDIR");
     if (directory == nullptr || directory[0] == 0) directory = "/tmp";
-    int file = open(directory, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    int file = host::OpenFile(AT_FDCWD, directory, O_TMPFILE | O_RDWR, 0600);
     if (file >= 0 || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return file;
     // A file system that knows no nameless files: a name for a moment.
     char path[4096];
@@ -47,7 +49,7 @@ int OpenNamelessFile()
     }
     file = mkostemp(path, O_CLOEXEC);
     if (file >= 0) unlink(path);
-    return file;
+    return host::KeepAboveStandard(file);
 }
 
 bool OpenSpool(Spool &spool, const Definition &definition)

@@ -48,6 +48,9 @@ size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
 
 void StoreItem(lua_State *state, Report &report, ItemHeader &header)
 {
+    if (header.Kind != Item::row && ++report.LooseCount > maxLoose) {
+        luaL_error(state, "a record may write %d rows of data, bookmarks and lines of heads", maxLoose);
+    }
     while (header.Size % itemAlignment != 0) {
         report.ItemData[header.Size++] = 0;
     }
@@ -392,7 +395,7 @@ int PrintBookmark(lua_State *state)
     }
     header.Count = static_cast<uint16_t>(CopyText(report, 0, bytes, length));
     header.Size = header.Count;
-    if (header.Count > 0) StoreItem(state, report, header);
+    if (header.Count > 0 && report.Bookmarks++ < maxBookmarks) StoreItem(state, report, header);
     return 0;
 }
 
@@ -440,6 +443,7 @@ void BeginPrinting(Report &report, int kind, uint8_t level, const uint8_t *rows,
     report.PrintedRows = false;
     report.HeadLinesPrinted = 0;
     report.FootLinesPrinted = 0;
+    report.LooseCount = 0;
 }
 
 void PushSums(lua_State *state, const Report &report, uint8_t level)

@@ -156,7 +156,7 @@ constexpr VARKUIFILEKIND fileKinds[] = {{"PDF: Seiten", ".pdf"},
 BOOL CALLBACK SaveInto(HWND dialog, LPCSTR path, void *context)
 {
     HCURSOR before = SetCursor(LoadCursorA(nullptr, IDC_WAIT));
-    const bool isSaved = ExportView(*static_cast<const View *>(context), path);
+    const bool isSaved = ExportView(*static_cast<const View *>(context), path, nullptr) == Written::whole;
     SetCursor(before);
     if (isSaved) return TRUE;
     char reason[600];

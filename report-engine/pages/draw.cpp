@@ -67,8 +67,9 @@ struct Drawing {
     Fonts Letters;
     int StyleFaces[maxStyles];
 
-    int64_t PageCount;  // of the whole document
-    int64_t WantedPage; // the only one that is drawn, 0 for all
+    int64_t PageCount;   // of the whole document
+    int64_t FirstWanted; // of the pages that are drawn
+    int64_t LastWanted;
     PageState Now;
     LetterList *Collected; // what is drawn is noted here as well; null for nowhere
     int16_t Cell;          // in which it stands
@@ -478,7 +479,7 @@ void LookAt(Drawing &drawing, const ItemHeader &item)
 
 bool IsWanted(const Drawing &drawing)
 {
-    return drawing.WantedPage == 0 || drawing.WantedPage == drawing.Now.Page;
+    return drawing.Now.Page >= drawing.FirstWanted && drawing.Now.Page <= drawing.LastWanted;
 }
 
 void FinishPage(Drawing &drawing)
@@ -737,12 +738,14 @@ const ItemHeader *ItemAt(const Document &document, uint64_t &offset)
     return item;
 }
 
-int64_t DrawDocument(const Document &document, const PageTarget &target)
+int64_t DrawDocument(const Document &document, const PageTarget &target, int64_t first, int64_t last)
 {
     static Drawing drawing;
     drawing = {};
     drawing.Target = &target;
     drawing.Cairo = target.Cairo;
+    drawing.FirstWanted = first;
+    drawing.LastWanted = last > 0 ? last : INT64_MAX;
     StartDrawing(drawing, document);
     drawing.PageCount = LayOut(document, nullptr, nullptr);
     LayOut(document, Place, &drawing);
@@ -828,7 +831,7 @@ void DrawPage(int64_t page, const PageTarget &target, LetterList *letters)
     drawing.Target = &target;
     drawing.Cairo = target.Cairo;
     drawing.Collected = letters;
-    drawing.WantedPage = page;
+    drawing.FirstWanted = drawing.LastWanted = page;
     GoBefore(page);
     bool goesOn = true;
     while (goesOn && drawing.Now.Page <= page) {
@@ -846,7 +849,7 @@ void DrawPage(int64_t page, const PageTarget &target, LetterList *letters)
 int64_t FindPage(int64_t first, int64_t last, bool wantsLast, const ItemTest &test)
 {
     Drawing &drawing = pages.Draws;
-    drawing.WantedPage = -1;
+    drawing.FirstWanted = drawing.LastWanted = -1;
     Search search = {&test, first, last, wantsLast, 0};
     drawing.Searching = &search;
     GoBefore(first);

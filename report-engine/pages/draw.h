@@ -35,8 +35,9 @@ struct PageTarget {
     Ink Letters;
 };
 
-// Lays the document out, draws all pages in order and returns how many there are.
-int64_t DrawDocument(const Document &document, const PageTarget &target);
+// Lays the document out, draws the pages from `first` to `last` in order (0: from the beginning, to the end)
+// and returns how many there are in all.
+int64_t DrawDocument(const Document &document, const PageTarget &target, int64_t first, int64_t last);
 
 // ---- Pages in any order, of the one document that the process shows ----
 

@@ -1,8 +1,11 @@
-// rs-pages pdf TITLE: draws the document that stands open as descriptor 3 into the PDF that stands open as
-// descriptor 4, and says "ok" or why not on descriptor 5.
+// rs-pages pdf TITLE FROM TO: draws these pages (0: from the first, to the last) of the document that stands
+// open as descriptor 3 into the PDF that stands open as descriptor 4. On descriptor 5 it says how far it is,
+// a line of "+" and the page now and then, at the end "ok" or why not. It ends with the thread that started
+// it.
 // rs-pages show COUNT: draws pages of that document as they are asked for through the socket that is
 // descriptor 4; COUNT is how many it has.
 // librs.so runs it; nobody else needs to.
+#include "host/descriptors.h"
 #include "report-engine/pages/draw.h"
 #include "report-engine/pages/show.h"
 
@@ -10,10 +13,12 @@
 
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <malloc.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace {
@@ -64,7 +69,17 @@ cairo_status_t TakeBytes(void * /*context*/, const unsigned char *bytes, unsigne
 
 void BeginPage(void * /*context*/, int64_t /*page*/) {}
 
-void EndPage(void * /*context*/, int64_t /*page*/) { cairo_surface_show_page(pdf.Surface); }
+constexpr int64_t pagesBetweenReports = 32;
+
+void EndPage(void * /*context*/, int64_t page)
+{
+    cairo_surface_show_page(pdf.Surface);
+    if (page % pagesBetweenReports != 0) return;
+    char line[32];
+    const int length = std::snprintf(line, sizeof line, "+%lld\n", static_cast<long long>(page));
+    // Nobody who listens any more is no reason to go on.
+    if (write(statusDescriptor, line, static_cast<size_t>(length)) != length) _exit(1);
+}
 
 void Bookmark(void * /*context*/, int depth, const char *text, int64_t page, double x, double y)
 {
@@ -98,7 +113,7 @@ void DescribeFile(const rs::Document &document, const char *title)
 }
 
 // Null when all is well.
-const char *WritePdf(const char *title)
+const char *WritePdf(const char *title, int64_t first, int64_t last)
 {
     rs::Document document = {};
     if (!rs::OpenDocument(document, spoolDescriptor)) return "rs-pages does not belong to this librs.so";
@@ -109,7 +124,7 @@ const char *WritePdf(const char *title)
     DescribeFile(document, title);
     cairo_t *cairo = cairo_create(pdf.Surface);
     const rs::PageTarget target = {cairo, BeginPage, EndPage, Bookmark, nullptr, rs::Ink::glyphs};
-    rs::DrawDocument(document, target);
+    rs::DrawDocument(document, target, first, last);
     const cairo_status_t drawn = cairo_status(cairo);
     cairo_destroy(cairo);
     cairo_surface_finish(pdf.Surface);
@@ -118,6 +133,13 @@ const char *WritePdf(const char *title)
     if (drawn != CAIRO_STATUS_SUCCESS) return cairo_status_to_string(drawn);
     if (finished != CAIRO_STATUS_SUCCESS) return cairo_status_to_string(finished);
     return nullptr;
+}
+
+int64_t NumberIn(const char *text)
+{
+    int64_t number = 0;
+    std::from_chars(text, text + std::strlen(text), number);
+    return number;
 }
 
 } // namespace
@@ -129,17 +151,20 @@ int main(int argumentCount, char **arguments)
     mallopt(M_MMAP_THRESHOLD, 64 << 20);
     mallopt(M_TOP_PAD, 1 << 20);
 
+    host::GuardStandardDescriptors(); // a library's warning must not end up in a file of pixels
     const bool isShown = argumentCount > 2 && std::strcmp(arguments[1], "show") == 0;
     if (isShown) {
         // A child of its own, so that the host has none to wait for.
         const pid_t child = fork();
         if (child != 0) _exit(child < 0 ? 1 : 0);
         setsid();
-        int64_t pageCount = 1;
-        std::from_chars(arguments[2], arguments[2] + std::strlen(arguments[2]), pageCount);
+        const int64_t pageCount = NumberIn(arguments[2]);
         _exit(rs::ShowPages(spoolDescriptor, fileDescriptor, pageCount) == nullptr ? 0 : 1);
     }
-    const char *problem = WritePdf(argumentCount > 2 ? arguments[2] : nullptr);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const char *problem =
+        WritePdf(argumentCount > 2 ? arguments[2] : nullptr, argumentCount > 4 ? NumberIn(arguments[3]) : 0,
+                 argumentCount > 4 ? NumberIn(arguments[4]) : 0);
     const char *result = problem != nullptr ? problem : "ok";
     const size_t length = std::strlen(result);
     const bool isTold = write(statusDescriptor, result, length) == static_cast<ssize_t>(length);

@@ -5,8 +5,11 @@
 #include "report-engine/values.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -506,8 +509,34 @@ bool Answer(int socket, const PageAnswer &answer, int file)
 
 } // namespace
 
+namespace {
+
+int requestSocket;
+
+// Whatever is being drawn or sought: nobody waits for it any more.
+void EndWithHost(int /*signal*/)
+{
+    pollfd state = {requestSocket, 0, 0};
+    if (poll(&state, 1, 0) > 0 && (state.revents & (POLLHUP | POLLERR)) != 0) _exit(0);
+}
+
+// The host may end, or the view be closed, at any moment: the socket tells by a signal.
+void WatchHost(int socket)
+{
+    requestSocket = socket;
+    struct sigaction action = {};
+    action.sa_handler = EndWithHost;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGIO, &action, nullptr);
+    fcntl(socket, F_SETOWN, getpid());
+    fcntl(socket, F_SETFL, fcntl(socket, F_GETFL) | O_ASYNC);
+}
+
+} // namespace
+
 const char *ShowPages(int spool, int requests, int64_t pageCount)
 {
+    WatchHost(requests);
     static Document document;
     if (!OpenDocument(document, spool)) return "rs-pages does not belong to this librs.so";
     shown.Of = &document;

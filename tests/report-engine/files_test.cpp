@@ -143,6 +143,9 @@ TEST_F(Files, HtmlIsOnePageWithEverythingEscaped)
     const std::string html = Export("a.html");
     EXPECT_EQ(html.substr(0, html.find("<style>")),
               "<!doctype html>\n<html lang=de>\n<head>\n<meta charset=utf-8>\n<title>Test</title>\n");
+    EXPECT_NE(html.find("@page{size:210mm 297mm;margin:10mm 10mm 10mm 20mm}\n"), std::string::npos)
+        << "a browser prints it on the report's own paper";
+    EXPECT_NE(html.find("@media print{body{font-size:9.0pt;"), std::string::npos);
     const std::string body = html.substr(html.find("<body>"));
     EXPECT_EQ(
         body,

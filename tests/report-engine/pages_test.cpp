@@ -170,14 +170,14 @@ TEST_F(Pages, AKontenblattStartsASheetForEachAccountAndGoesOnWithItsNumbers)
     EXPECT_TRUE(HasLine(pages[0], "Sachkonto 1000 Kasse Blatt 5")) << pages[0];
     EXPECT_TRUE(HasLine(pages[0], "Muster GmbH Seite 1 von 3"));
     EXPECT_TRUE(HasLine(pages[0], "Kontenblatt März 1998"));
-    EXPECT_TRUE(HasLine(pages[0], "Vortrag 100,00 25,00 75,00")) << pages[0];
-    EXPECT_TRUE(HasLine(pages[0], "15.03.1998 70 RE 12 8000 Erlöse 16,00 1,00 76,00")) << pages[0];
-    EXPECT_TRUE(HasLine(pages[0], "15.03.1998 71 RE 12 8000 Erlöse 16,00 3,00 73,00")) << pages[0];
-    EXPECT_TRUE(HasLine(pages[0], "Summe 101,00 28,00 73,00")) << pages[0];
+    EXPECT_TRUE(HasLine(pages[0], "Vortrag 100,00 25,00 75,00 S")) << pages[0];
+    EXPECT_TRUE(HasLine(pages[0], "15.03.1998 70 RE 12 8000 Erlöse 16,00 1,00 76,00 S")) << pages[0];
+    EXPECT_TRUE(HasLine(pages[0], "15.03.1998 71 RE 12 8000 Erlöse 16,00 3,00 73,00 S")) << pages[0];
+    EXPECT_TRUE(HasLine(pages[0], "Summe mit Vortrag 101,00 28,00 73,00 S")) << pages[0];
     EXPECT_TRUE(HasLine(pages[1], "Sachkonto 1200 Bank Blatt 1")) << pages[1];
     EXPECT_TRUE(HasLine(pages[2], "Sachkonto 1200 Bank Blatt 2")) << pages[2];
-    EXPECT_NE(pages[1].find("Übertrag"), std::string::npos);
-    EXPECT_TRUE(HasLine(pages[2], "Summe 150,00 175,00 −25,00")) << pages[2];
+    EXPECT_TRUE(HasLine(pages[2], "Umsatz des Zeitraums 50,00 150,00")) << pages[2];
+    EXPECT_TRUE(HasLine(pages[2], "Summe mit Vortrag 150,00 175,00 25,00 H")) << pages[2];
 }
 
 TEST_F(Pages, TextsThatAreTooLongEndInAnEllipsisAndFiguresShrink)

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dlfcn.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
@@ -19,6 +20,10 @@ namespace {
 
 // Nobody sees these views, wherever the tests run; a test of windows says so before the first one.
 const int unseen = setenv("VARK_UI", "headless", 1);
+
+// Loaded before a test captures standard error: the window system writes to what was a stream for messages
+// then.
+void *const windowSystem = dlopen("libvarkui.so", RTLD_NOW);
 
 } // namespace
 
