@@ -70,6 +70,10 @@ int16_t CallOpen(const Call &call)
 // Tells biases from the operation. False for what does not exist.
 bool Decode(uint16_t code, Call *call, unsigned *bias)
 {
+    if (code == BtrOpBeginGroup || code == BtrOpEndGroup) {
+        call->Operation = code;
+        return true;
+    }
     if (code >= 1000) {
         *bias = code - BtrOpBeginConcurrent;
         call->Operation = BtrOpBeginConcurrent;
@@ -99,6 +103,8 @@ int16_t Dispatch(Call *call, unsigned bias)
         return BeginTransaction(*call, TransactionKind::Concurrent, bias == BtrBiasNoRetry);
     case BtrOpEnd: return EndTransaction(call->Caller);
     case BtrOpAbort: return AbortTransaction(call->Caller);
+    case BtrOpBeginGroup: return BeginGroup(*call);
+    case BtrOpEndGroup: return EndGroup(call->Caller);
     case BtrOpVersion: return TellVersion(*call);
     case BtrOpStop: EndClient(); return BtrStatusOk;
     case BtrOpReset: ResetClient(call->Caller); return BtrStatusOk;

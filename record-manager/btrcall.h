@@ -60,6 +60,13 @@ enum BtrOperation {
     BtrOpStepLast = 34,
     BtrOpStepPrevious = 35,
     BtrOpBeginConcurrent = 1019, // only the records that are changed are locked
+    // Many transactions of one client in one durable step. Between these two a transaction (exclusive or not)
+    // is only a stretch of the whole: its end writes nothing down, its abort undoes the whole group. After
+    // that nothing can be begun before the end of the group, whose status then is 39; with 0 all of it is on
+    // disk. Others wait to change anything from the first change on, so a group is to last fractions of a
+    // second. One directory alone may be changed in it. For loading tools; the library knows nothing of it.
+    BtrOpBeginGroup = 2019,
+    BtrOpEndGroup = 2020,
     BtrBiasKeyOnly = 50,         // on the keyed reads: the key alone, no record
     BtrBiasWaitLock = 100,       // lock one record, waiting for it
     BtrBiasLock = 200,           // lock one record or fail at once

@@ -47,6 +47,8 @@ int16_t DeleteRecord(const Call &call);
 int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry);
 int16_t EndTransaction(Client *client);
 int16_t AbortTransaction(Client *client);
+int16_t BeginGroup(const Call &call);
+int16_t EndGroup(Client *client);
 int16_t UnlockRecords(const Call &call);
 // Stores the counters of what has changed and commits. On failure everything pending is undone.
 int16_t CommitChanges(ClientStore *store);

@@ -114,6 +114,7 @@ void EndClientStore(ClientStore *store)
 
 void ResetClient(Client *client)
 {
+    client->Group = GroupState::None; // so that the abort undoes all of it
     if (client->Transaction != TransactionKind::None) AbortTransaction(client);
     for (size_t i = 0; i < client->HandleCount; ++i) {
         if (client->Handles[i] != nullptr) (void)CloseHandle(client->Handles[i]);

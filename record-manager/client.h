@@ -107,6 +107,7 @@ struct Handle {
 };
 
 enum class TransactionKind : uint8_t { None, Exclusive, Concurrent };
+enum class GroupState : uint8_t { None, Between, Inside, Lost }; // of the transactions of a group
 enum class LockMode : uint8_t { None, Single, Multiple };
 
 // What a bias asks for.
@@ -123,7 +124,8 @@ struct Client {
     ClientStore *Stores;
     Handle **Handles;
     size_t HandleCount;
-    TransactionKind Transaction;
+    TransactionKind Transaction; // a group is one transaction to everything but its own steps
+    GroupState Group;
     LockRequest Inherited; // by unbiased reads in a concurrent transaction
     bool NoRetry;
     ClientStore *Changed; // where the transaction has changed something

@@ -208,6 +208,11 @@ int16_t CommitChanges(ClientStore *store)
 int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry)
 {
     Client *client = call.Caller;
+    if (client->Group == GroupState::Lost) return BtrStatusNoTransaction;
+    if (client->Group == GroupState::Between) {
+        client->Group = GroupState::Inside;
+        return BtrStatusOk;
+    }
     if (client->Transaction != TransactionKind::None) return BtrStatusTransactionActive;
     // What was loaded before is no part of the transaction.
     for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
@@ -224,6 +229,11 @@ int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry)
 int16_t EndTransaction(Client *client)
 {
     if (client->Transaction == TransactionKind::None) return BtrStatusNoTransaction;
+    if (client->Group == GroupState::Between) return BtrStatusNoTransaction;
+    if (client->Group == GroupState::Inside) {
+        client->Group = GroupState::Between;
+        return BtrStatusOk;
+    }
     if (client->Failed == BtrStatusOk && client->Changed != nullptr) {
         const int16_t status = CommitChanges(client->Changed);
         client->Failed = status == BtrStatusIoError ? static_cast<int16_t>(BtrStatusTransactionIo) : status;
@@ -237,9 +247,33 @@ int16_t EndTransaction(Client *client)
 int16_t AbortTransaction(Client *client)
 {
     if (client->Transaction == TransactionKind::None) return BtrStatusNoTransaction;
+    if (client->Group == GroupState::Between) return BtrStatusNoTransaction;
+    if (client->Group == GroupState::Inside) client->Group = GroupState::Lost;
     const int16_t status =
         client->Changed != nullptr ? AbortChanges(client->Changed) : static_cast<int16_t>(BtrStatusOk);
     LeaveTransaction(client);
+    return status;
+}
+
+int16_t BeginGroup(const Call &call)
+{
+    Client *client = call.Caller;
+    if (client->Group != GroupState::None) return BtrStatusTransactionActive;
+    const int16_t status = BeginTransaction(call, TransactionKind::Concurrent, false);
+    if (status == BtrStatusOk) client->Group = GroupState::Between;
+    return status;
+}
+
+int16_t EndGroup(Client *client)
+{
+    const GroupState was = client->Group;
+    if (was == GroupState::None) return BtrStatusNoTransaction;
+    client->Group = GroupState::None;
+    if (was == GroupState::Lost) return BtrStatusNoTransaction;
+    // A transaction in the middle has no end: nothing of the group is kept that lacks a part.
+    int16_t status = BtrStatusNoTransaction;
+    if (was == GroupState::Between) status = EndTransaction(client);
+    if (status != BtrStatusOk) (void)AbortTransaction(client);
     return status;
 }
 

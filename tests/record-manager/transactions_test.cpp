@@ -25,6 +25,16 @@ struct Transactions : testing::Test {
         ASSERT_EQ(T.Insert("c", "x", 3).Status, BtrStatusOk);
     }
     int16_t Do(uint16_t operation) { return Me({.Operation = operation}).Status; }
+    // Records that another client sees.
+    int64_t CountFromAnotherThread() const
+    {
+        int64_t count = -1;
+        std::thread([this, &count] {
+            Local another;
+            if (Open(another, Path).Status == BtrStatusOk) count = CountRecords(another);
+        }).join();
+        return count;
+    }
     std::string Order(int8_t keyNumber)
     {
         std::string order;
@@ -302,6 +312,62 @@ TEST_F(Transactions, OperationsThatAreNotOfferedAreBadOperations)
          std::vector<uint16_t>{16, 17, 18, 29, 30, 31, 32, 36, 42, 44, 45, 49, 53}) {
         EXPECT_EQ(Do(operation), BtrStatusBadOperation) << operation;
     }
+}
+
+TEST_F(Transactions, OfAGroupAreWrittenDownTogether)
+{
+    ASSERT_EQ(Do(BtrOpBeginGroup), BtrStatusOk);
+    EXPECT_EQ(Do(BtrOpBeginGroup), BtrStatusTransactionActive);
+    for (const char *name : {"d", "e"}) {
+        ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
+        EXPECT_EQ(Do(BtrOpBegin), BtrStatusTransactionActive);
+        ASSERT_EQ(T.Insert(name, "x", 9).Status, BtrStatusOk);
+        ASSERT_EQ(Do(BtrOpEnd), BtrStatusOk);
+        EXPECT_EQ(CountFromAnotherThread(), 3);
+    }
+    EXPECT_EQ(Do(BtrOpEnd), BtrStatusNoTransaction);
+    EXPECT_EQ(Do(BtrOpAbort), BtrStatusNoTransaction);
+    EXPECT_EQ(Order(0), "abcde");
+    ASSERT_EQ(Do(BtrOpEndGroup), BtrStatusOk);
+    EXPECT_EQ(CountFromAnotherThread(), 5);
+    EXPECT_EQ(Do(BtrOpEndGroup), BtrStatusNoTransaction);
+    EXPECT_EQ(Do(BtrOpBegin), BtrStatusOk);
+    EXPECT_EQ(Do(BtrOpBeginGroup), BtrStatusTransactionActive);
+    EXPECT_EQ(Do(BtrOpAbort), BtrStatusOk);
+}
+
+TEST_F(Transactions, OfAGroupAreAllUndoneByTheAbortOfOne)
+{
+    ASSERT_EQ(Do(BtrOpBeginGroup), BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
+    ASSERT_EQ(T.Insert("d", "x", 9).Status, BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpEnd), BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
+    ASSERT_EQ(T.Insert("e", "x", 9).Status, BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpAbort), BtrStatusOk);
+    EXPECT_EQ(Order(0), "abc");
+    // Nothing more goes into a group that is lost, nor out of it beside it.
+    EXPECT_EQ(Do(BtrOpBegin), BtrStatusNoTransaction);
+    EXPECT_EQ(Do(BtrOpEndGroup), BtrStatusNoTransaction);
+    EXPECT_EQ(CountFromAnotherThread(), 3);
+    ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
+    ASSERT_EQ(T.Insert("e", "x", 9).Status, BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpEnd), BtrStatusOk);
+    EXPECT_EQ(CountFromAnotherThread(), 4);
+}
+
+TEST_F(Transactions, OfAGroupThatEndsInsideOneAreUndone)
+{
+    ASSERT_EQ(Do(BtrOpBeginGroup), BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
+    ASSERT_EQ(T.Insert("d", "x", 9).Status, BtrStatusOk);
+    EXPECT_EQ(Do(BtrOpEndGroup), BtrStatusNoTransaction);
+    EXPECT_EQ(Order(0), "abc");
+    ASSERT_EQ(Do(BtrOpBeginGroup), BtrStatusOk);
+    ASSERT_EQ(T.Insert("d", "x", 9).Status, BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpReset), BtrStatusOk);
+    EXPECT_EQ(Do(BtrOpEndGroup), BtrStatusNoTransaction);
+    EXPECT_EQ(CountFromAnotherThread(), 3);
 }
 
 } // namespace
