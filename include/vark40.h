@@ -30,7 +30,8 @@
  *   Unless stated otherwise a function returns 1 for success, 0 for a cancelled dialog and a negative code
  *   for a failure. These codes can come from every function that returns a number (VARK_InitReports and
  *   VARK_IsMessage apart):
- *     -36  no data path is configured                              as long as the process lives
+ *     -36  no data path is configured, or tolka.ini or vark.ini    as long as the process lives
+ *          is there and cannot be read
  *      -3  the record manager could not be loaded                  as long as the process lives
  *     -42  no memory for the state of the calling thread, or no slot for it
  *   and these from every function that takes a Mandant, besides those stated:

@@ -64,6 +64,7 @@ void Attach()
     OnFork(DropInherited);
 
     LibraryState = noDataPath;
+    if (IsProfileUnreadable("tolka.ini") || IsProfileUnreadable("vark.ini")) return;
     if (ReadProfileText("TOLKA", "Pfad32", DataPath, maxPath, "tolka.ini") == 0 &&
         ReadProfileText("TOLKA", "Pfad", DataPath, maxPath, "tolka.ini") == 0 &&
         ReadProfileText("VARK", "Pfad", DataPath, maxPath, "vark.ini") == 0) {

@@ -41,6 +41,9 @@ void OnFork(void (*dropInherited)());
 // directory: "tolka.ini". A missing file, section or key gives the empty text. Returns the length.
 size_t ReadProfileText(const char *section, const char *key, char *out, size_t size, const char *fileName);
 
+// Whether the ini file that is in force is there and cannot be read. Another one must not take its place.
+bool IsProfileUnreadable(const char *fileName);
+
 // Writes one private-profile text (null removes the key); everything else in the file stays as it was,
 // comments included. The file is replaced as a whole or not at all. False when it could not be written.
 bool WriteProfileText(const char *section, const char *key, const char *value, const char *fileName);

@@ -230,3 +230,27 @@ TEST_F(IniFiles, WithoutXdgTheHomeDirectoryIsLookedAt)
     setenv("HOME", directory.c_str(), 1);
     EXPECT_EQ("/dot", Read("VARK", "Pfad"));
 }
+
+// A file that is there decides, readable or not: else the next one's books would be taken without a word.
+TEST_F(IniFiles, FileThatCannotBeReadIsToldFromOneThatIsMissing)
+{
+    EXPECT_FALSE(IsProfileUnreadable("vark.ini"));
+    Put("[VARK]\n");
+    EXPECT_FALSE(IsProfileUnreadable("vark.ini"));
+    fs::remove(directory / "vark.ini");
+    fs::create_directory(directory / "vark.ini");
+    EXPECT_TRUE(IsProfileUnreadable("vark.ini"));
+    fs::remove(directory / "vark.ini");
+    ASSERT_EQ(0, mkfifo((directory / "vark.ini").c_str(), 0600));
+    EXPECT_TRUE(IsProfileUnreadable("vark.ini"));
+}
+
+TEST_F(IniFiles, UnreadableFileIsNotPassedOver)
+{
+    unsetenv("VARK_CONFIG_DIR");
+    setenv("XDG_CONFIG_HOME", directory.c_str(), 1);
+    // A loop of links: what lies behind it cannot be told from what is not there.
+    fs::create_symlink(directory / "vark", directory / "vark");
+    EXPECT_TRUE(IsProfileUnreadable("vark.ini"));
+    EXPECT_EQ("", Read("VARK", "Pfad"));
+}

@@ -139,11 +139,11 @@ bool Candidate(int index, const char *fileName, char (&out)[PATH_MAX])
     return index == 1 && Join(out, "/etc", "/vark", fileName);
 }
 
-// The file that is in force: the first candidate that exists.
+// The file that is in force: the first candidate that exists, or that may, behind a closed door.
 bool Locate(const char *fileName, char (&out)[PATH_MAX])
 {
     for (int i = 0; Candidate(i, fileName, out); ++i) {
-        if (access(out, F_OK) == 0) return true;
+        if (access(out, F_OK) == 0 || (errno != ENOENT && errno != ENOTDIR)) return true;
     }
     return false;
 }
@@ -152,7 +152,8 @@ bool Locate(const char *fileName, char (&out)[PATH_MAX])
 bool ReadFile(const char *path, FileText &file)
 {
     file = {nullptr, 0};
-    const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    // A pipe of that name is not waited for.
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return errno == ENOENT;
     struct stat info;
     bool read = fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) && info.st_size <= maxIniSize;
@@ -283,6 +284,16 @@ size_t ReadProfileText(const char *section, const char *key, char *out, size_t s
     out[length] = 0;
     std::free(file.Bytes);
     return length;
+}
+
+bool IsProfileUnreadable(const char *fileName)
+{
+    char path[PATH_MAX];
+    FileText file;
+    if (!Locate(fileName, path)) return false;
+    const bool read = ReadFile(path, file);
+    std::free(file.Bytes);
+    return !read;
 }
 
 bool WriteProfileText(const char *section, const char *key, const char *value, const char *fileName)
