@@ -59,7 +59,8 @@ TEST_F(ReportProgram, KindOfAccountIsChosenByItsName)
     EXPECT_TRUE(Contains(Susa({"--per", "31.3.98", "--art", "Debitoren"}).Out, "Adler-Apotheke"));
     const Result refused = Susa({"--per", "31.3.98", "--art", "Konten"});
     EXPECT_EQ(2, refused.ExitCode);
-    EXPECT_EQ("vark: --art: „Konten“ statt Sachkonto, Kreditor oder Debitor.\nMehr dazu: vark --hilfe\n",
+    EXPECT_EQ("vark: --art: „Konten“ statt Sachkonto, Kreditor oder Debitor.\n"
+              "Mehr dazu: vark bericht susa --hilfe\n",
               refused.Err);
 }
 

@@ -175,7 +175,7 @@ TEST_F(VarkCommands, TheJournalHoldsEveryPostingThatIsNotFolded)
     // One line in front, and one for each posting of the year from the day on.
     const std::string all = Out({"journal", "--ab", "1.1.1997", "--csv"});
     EXPECT_TRUE(
-        all.starts_with("Datum;Beleg;Teil;Soll;sollart;Haben;habenart;Betrag;%;Steuer;Text\n01.01.1997;"))
+        all.starts_with("Datum;Beleg;Teil;Soll;Sollart;Haben;Habenart;Betrag;Satz;Steuer;Text\n01.01.1997;"))
         << all.substr(0, 200);
     const std::string december = Out({"journal", "--ab", "1.12.1997", "--csv"});
     EXPECT_TRUE(all.ends_with(december.substr(december.find('\n') + 1)));
@@ -189,7 +189,7 @@ TEST_F(VarkCommands, AJournalIntoAClosedPipeEndsQuietly)
                                       {"-c", "'" VARK_PROGRAM "' --config '" + Books.string() +
                                                  "' journal --mandant 1 --ab 1.1.97 --csv | head -n 1"}});
     EXPECT_EQ(0, result.ExitCode);
-    EXPECT_EQ("Datum;Beleg;Teil;Soll;sollart;Haben;habenart;Betrag;%;Steuer;Text\n", result.Out);
+    EXPECT_EQ("Datum;Beleg;Teil;Soll;Sollart;Haben;Habenart;Betrag;Satz;Steuer;Text\n", result.Out);
     EXPECT_EQ("", result.Err);
 }
 
@@ -205,8 +205,8 @@ TEST_F(VarkCommands, AFullDiskIsToldAndNotSuccess)
 TEST_F(VarkCommands, OpenItemsOfBothKindsOrOfOneAccount)
 {
     const std::string all = Out({"op", "--csv"});
-    EXPECT_TRUE(
-        all.starts_with("art;Konto;Beleg;Referenz;vom;fällig;Skonto bis;offen;Skonto;Whg;Name;Text\nD;"));
+    EXPECT_TRUE(all.starts_with(
+        "Art;Konto;Beleg;Referenz;vom;fällig;Skonto bis;offen;Skonto;Whg;Name;Text\nDebitor;"));
     const std::string debitors = Out({"op", "--art", "Debitor", "--csv"});
     EXPECT_TRUE(all.starts_with(debitors));
     const std::string kreditors = Out({"op", "--art", "Kreditor", "--csv"});

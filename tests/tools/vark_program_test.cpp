@@ -287,7 +287,8 @@ TEST_F(VarkProgram, UnknownMandantAndStapelAreRefused)
               Run({"buchen", "--mandant", "1", "--stapel", "99", "--datum", "15.3.98", "--soll", "10010",
                    "--haben", "5010", "--betrag", "1,00"})
                   .Err);
-    EXPECT_EQ("Nicht gebucht: Es fehlt die Angabe Mandant.\n", Run({"buchen", "--stapel", "16"}).Err);
+    EXPECT_EQ("vark: Es fehlt die Angabe --mandant.\nMehr dazu: vark buchen --hilfe\n",
+              Run({"buchen", "--stapel", "16"}).Err);
     EXPECT_EQ(1, Run({"stapel", "--mandant", "9"}).ExitCode);
     EXPECT_EQ("vark: Der Stapel 99 existiert nicht.\n", Run({"stapel", "--mandant", "1", "99"}).Err);
 }
@@ -297,22 +298,25 @@ TEST_F(VarkProgram, AStapelShowsAmountsAlignedAndCostsBelow)
     BookCsv("Datum;Beleg;Sollkonto;Habenkonto;Betrag;Text\n"
             "15.04.1998;R1;8010;70040;2.000,00;Miete für April\n"
             "16.04.1998;R2;10010;5060;11,60;Fracht\n");
-    EXPECT_EQ(
-        "Stapel 16 „Laufende Buchungen“, Mandant 1 Nordhafen Bürohandel GmbH, Jahr 1998\n"
-        "\n"
-        "Nr  Datum       Beleg   Soll  Haben    Brutto      %  Steuer     Netto  KZ  Text\n"
-        "──  ──────────  ─────  ─────  ─────  ────────  ─────  ──────  ────────  ──  "
-        "────────────────────────\n"
-        " 1  15.04.1998  R1      8010  70040  2.000,00                 2.000,00   3  Miete für April\n"
-        "                                                                400,00      · Kosten 100 Kontor\n"
-        "                                                              1.100,00      · Kosten 300 Halle "
-        "Nord\n"
-        "                                                                500,00      · Kosten 420 "
-        "Ladenfläche\n"
-        " 2  16.04.1998  R2     10010   5060     11,60  16,00    2410     10,00      Fracht\n"
-        "\n"
-        "2 Buchungen, zusammen brutto 2.011,60\n",
-        Run({"stapel", "--mandant", "1", "16", "--kosten"}).Out);
+    EXPECT_EQ("Stapel 16 „Laufende Buchungen“, Mandant 1 Nordhafen Bürohandel GmbH, Jahr 1998\n"
+              "\n"
+              "Nr  Datum       Beleg   Soll  Haben    Brutto   Satz  Steuerkon"
+              "to     Netto  Kostenzeilen  Text\n"
+              "──  ──────────  ─────  ─────  ─────  ────────  ─────  ───────────  ──────── "
+              " ────────────  ────────────────────────\n"
+              " 1  15.04.1998  R1      8010  70040  2.000,00                      2.0"
+              "00,00             3  Miete für April\n"
+              "                                                                     400,"
+              "00                · Kosten 100 Kontor\n"
+              "                                                                   1.100,00 "
+              "               · Kosten 300 Halle Nord\n"
+              "                                                                     500,00 "
+              "               · Kosten 420 Ladenfläche\n"
+              " 2  16.04.1998  R2     10010   5060     11,60  16,00         241"
+              "0     10,00                Fracht\n"
+              "\n"
+              "2 Buchungen, zusammen brutto 2.011,60\n",
+              Run({"stapel", "--mandant", "1", "16", "--kosten"}).Out);
     EXPECT_TRUE(Contains(Run({"stapel", "--mandant", "1", "16", "--json"}).Out, "\"brutto\": \"2000.00\","));
 }
 
@@ -332,13 +336,14 @@ TEST_F(VarkProgram, CsvHasPlainAmountsInCostLinesAsWell)
 TEST_F(VarkProgram, AWrongCommandLineIsToldInGermanAndEndsWithTwo)
 {
     const auto expect = [this](std::vector<std::string> arguments, const std::string &text) {
+        const std::string command = arguments.empty() || arguments[0] == "buch" ? "" : arguments[0] + " ";
         const Result result = Run(std::move(arguments));
         EXPECT_EQ(2, result.ExitCode);
         EXPECT_EQ("", result.Out);
-        EXPECT_EQ("vark: " + text + "\nMehr dazu: vark --hilfe\n", result.Err);
+        EXPECT_EQ("vark: " + text + "\nMehr dazu: vark " + command + "--hilfe\n", result.Err);
     };
     expect({}, "Es fehlt der Befehl.");
-    expect({"buch"}, "Unbekannte Angabe: buch");
+    expect({"buch"}, "Unbekannte Angabe: buch (meinten Sie „buchen“?)");
     expect({"status", "--quer"}, "Unbekannte Angabe: --quer");
     expect({"stapel"}, "Es fehlt die Angabe --mandant.");
     expect({"stapel", "--mandant"}, "Zu --mandant fehlt ein Wert, oder er ist zu viel.");
@@ -433,4 +438,123 @@ TEST_F(VarkProgram, ADialogGivesTheNumberThatWasChosen)
     EXPECT_EQ(1, pick("", {"konto", "--von", "9999999"}).ExitCode);
     EXPECT_EQ(1, pick("", {"stapel", "--mandant", "99"}).ExitCode);
     EXPECT_EQ(2, pick("", {"buch"}).ExitCode);
+}
+
+// An output never takes the place of its input: the lines that were not booked would be gone.
+TEST_F(VarkProgram, RejectionsDoNotReplaceTheirInput)
+{
+    const fs::path csv = Directory.Path / "buchungen.csv";
+    const std::string lines = "Datum;Sollkonto;Habenkonto;Betrag\n31.02.1998;10010;5010;116,00\n";
+    WriteFile(csv, lines);
+    fs::create_symlink(csv, Directory.Path / "auch.csv");
+    const std::vector<std::string> arguments = {"buchen", "--mandant", "1",          "--stapel",
+                                                "16",     "--datei",   csv.string(), "--abgelehnt"};
+    for (const char *name : {"buchungen.csv", "auch.csv"}) {
+        std::vector<std::string> same = arguments;
+        same.push_back((Directory.Path / name).string());
+        const Result result = Run(same);
+        EXPECT_EQ(2, result.ExitCode);
+        EXPECT_TRUE(Contains(result.Err, "Eine Ausgabe ersetzt nie ihre Eingabe.")) << result.Err;
+        EXPECT_EQ(lines, ReadFile(csv));
+    }
+    const fs::path rejected = Directory.Path / "abgelehnt.csv";
+    WriteFile(rejected, "vom letzten Mal");
+    std::vector<std::string> other = arguments;
+    other.push_back(rejected.string());
+    EXPECT_EQ(1, Run(other).ExitCode);
+    EXPECT_TRUE(Contains(ReadFile(rejected), "31.02.1998;10010;5010;116,00\n"));
+    EXPECT_FALSE(Contains(ReadFile(rejected), "vom letzten Mal"));
+}
+
+TEST_F(VarkProgram, MissingOptionsAreAWrongCall)
+{
+    const Result book = Run({"buchen", "--mandant", "1", "--stapel", "16", "--datum", "1.4.98"});
+    EXPECT_EQ(2, book.ExitCode);
+    EXPECT_EQ("vark: Es fehlt die Angabe --soll.\nMehr dazu: vark buchen --hilfe\n", book.Err);
+    EXPECT_EQ(2, Run({"split", "--mandant", "1", "--datum", "1.4.98", "--teil", "8010;1840;1,00"}).ExitCode);
+    EXPECT_EQ(2, Run({"peko", "neu", "--mandant", "1", "--art", "Debitor", "--kuerzel", "X"}).ExitCode);
+    EXPECT_EQ(2, Run({"peko", "loeschen", "--mandant", "1", "--art", "Debitor"}).ExitCode);
+    const Result file =
+        Run({"buchen", "--mandant", "1", "--datei", "-"}, "Datum;Sollkonto;Habenkonto;Betrag\n");
+    EXPECT_EQ(2, file.ExitCode);
+    EXPECT_TRUE(Contains(file.Err, "Es fehlt die Spalte „Stapel“.")) << file.Err;
+}
+
+TEST_F(VarkProgram, TypingErrorsAreAnsweredWithTheNearestWord)
+{
+    EXPECT_TRUE(Contains(Run({"berich"}).Err, "Unbekannte Angabe: berich (meinten Sie „bericht“?)\n"));
+    const Result option = Run({"konten", "--mandnt", "1"});
+    EXPECT_EQ(2, option.ExitCode);
+    EXPECT_EQ(
+        "vark: Unbekannte Angabe: --mandnt (meinten Sie „--mandant“?)\nMehr dazu: vark konten --hilfe\n",
+        option.Err);
+    EXPECT_TRUE(Contains(Run({"konten", "--xyz"}).Err, "Unbekannte Angabe: --xyz\n"));
+}
+
+TEST_F(VarkProgram, HelpStandsInColumnsOfCharacters)
+{
+    const std::string help = Run({"peko", "aendern", "--hilfe"}).Out;
+    EXPECT_TRUE(Contains(help, "\n  --mandant N                     Nummer des Mandanten; nötig\n")) << help;
+    EXPECT_TRUE(
+        Contains(help, "\n  --json                          Ausgabe für Programme; nicht mit --csv\n"))
+        << help;
+    EXPECT_TRUE(Run({"--version"}).Out.starts_with("vark 4."));
+}
+
+TEST_F(VarkProgram, WhatAPersonTypesIsNumbersAndTextsThatCanBeRead)
+{
+    const std::vector<std::string> book = {"buchen",  "--mandant", "1",      "--stapel", "16",
+                                           "--datum", "1.4.98",    "--soll", "10010",    "--haben",
+                                           "5010",    "--betrag",  "1,00",   "--text"};
+    std::vector<std::string> tab = book;
+    tab.push_back("Miete\tMärz");
+    EXPECT_EQ("Nicht gebucht: Der Text enthält Steuerzeichen.\n", Run(tab).Err);
+    for (const char *number : {"-", " ", "--"}) {
+        const Result result = Run({"peko", "neu", "--mandant", "1", "--art", "Debitor", "--kuerzel", "NEU",
+                                   "--name", "Neu", std::string("--konto=") + number});
+        EXPECT_EQ(1, result.ExitCode) << number;
+        EXPECT_TRUE(Contains(result.Err, "Eine Kontonummer braucht wenigstens eine Ziffer")) << result.Err;
+    }
+}
+
+TEST_F(VarkProgram, CurrenciesAreWrittenInCapitals)
+{
+    EXPECT_EQ(0, Run({"peko", "neu", "--mandant", "1", "--art", "Kreditor", "--kuerzel", "NEU", "--name",
+                      "Neu", "--konto", "79990", "--waehrung", "usd"})
+                     .ExitCode);
+    EXPECT_TRUE(Contains(Run({"konten", "--mandant", "1", "--art", "Kreditor", "79990", "--json"}).Out,
+                         "\"waehrung\": \"USD\""));
+    EXPECT_TRUE(Contains(Run({"kurse", "--mandant", "1", "--waehrung", "usd"}).Out, "USD"));
+}
+
+TEST_F(VarkProgram, ManyBookingsComeBackInTheOrderOfTheirLines)
+{
+    std::string csv = "Datum;Beleg;Sollkonto;Habenkonto;Betrag\n";
+    for (int i = 1; i <= 2500; ++i) {
+        const std::string number = std::to_string(i);
+        csv += i % 500 == 0 ? "31.02.1998;" + number + ";10010;5010;116,00\n"
+                            : "15.04.1998;" + number + ";10010;5010;116,00\n";
+    }
+    const Result booked = BookCsv(csv);
+    EXPECT_EQ(1, booked.ExitCode);
+    EXPECT_TRUE(booked.Out.starts_with("2.495 Buchungen in den Stapel geschrieben, 5 abgelehnt.\n"))
+        << booked.Out;
+    EXPECT_TRUE(booked.Err.starts_with("Zeile 501: ")) << booked.Err;
+    const std::string batch = Batch();
+    EXPECT_TRUE(Contains(batch, "\n1;;15.04.1998;1;"));
+    EXPECT_TRUE(Contains(batch, "\n500;;15.04.1998;501;"));
+    EXPECT_TRUE(Contains(batch, "\n2495;;15.04.1998;2499;"));
+}
+
+// With the standard descriptors closed the first files to be opened would take their numbers, and messages
+// would go into the books.
+TEST_F(VarkProgram, ClosedStandardDescriptorsDoTheBooksNoHarm)
+{
+    const std::string program = "'" VARK_PROGRAM "' --config '" + Books.string() + "' ";
+    tests::Run({"/bin/sh",
+                {"-c", program + "buchen --mandant 1 --stapel 99 --datum 1.4.98 --soll 10010 --haben 5010 "
+                                 "--betrag 1,00 0<&- 1>&- 2>&-"}});
+    tests::Run({"/bin/sh", {"-c", program + "bericht susa --mandant 1 --per 31.3.98 0<&- 1>&- 2>&-"}});
+    EXPECT_EQ(0, tests::Books({"pruefen", Books.string()}).ExitCode);
+    EXPECT_EQ(0, Run({"status"}).ExitCode);
 }

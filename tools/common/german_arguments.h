@@ -2,33 +2,74 @@
 #pragma once
 
 #include "tools/common/exit_codes.h"
+#include "tools/common/texts.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace tools {
+
+// Lines of the help: columns counted in characters, what an option takes behind its name, what it needs or
+// excludes behind its description.
+struct GermanFormatter : CLI::Formatter {
+    std::string make_option(const CLI::Option *option, bool isPositional) const override
+    {
+        const std::string &own = option->get_option_text();
+        std::string name = make_option_name(option, isPositional);
+        if (!own.empty()) {
+            name += " " + own;
+        } else if (!isPositional && option->get_type_size() != 0 && option->get_expected_max() > 0) {
+            const bool isNumber = option->get_type_name().find("INT") != std::string::npos;
+            const std::string value = isNumber ? "N" : "WERT";
+            name += option->get_expected_min() == 0 ? " [" + value + "]" : " " + value;
+        }
+        std::string description = option->get_description();
+        const auto add = [&](const char *word, const std::set<CLI::Option *> &others) {
+            for (const CLI::Option *other : others) {
+                description += (other == *others.begin() ? std::string("; ") + word : std::string(",")) +
+                               " " + other->get_name();
+            }
+        };
+        if (option->get_required()) description += "; nötig";
+        add("nur mit", option->get_needs());
+        add("nicht mit", option->get_excludes());
+        return Line(name, description);
+    }
+    std::string make_subcommand(const CLI::App *command) const override
+    {
+        return Line(command->get_display_name(true), command->get_description());
+    }
+
+private:
+    [[nodiscard]] std::string Line(const std::string &name, const std::string &description) const
+    {
+        const std::string left = "  " + name;
+        const bool fits = Columns(left) < get_column_width();
+        return (fits ? Left(left, get_column_width()) : left + "\n" + std::string(get_column_width(), ' ')) +
+               description + "\n";
+    }
+};
 
 // The same look for each tool: German headings and "--hilfe" everywhere.
 inline void MakeGerman(CLI::App &app)
 {
     app.set_help_flag("--hilfe,-h", "Diese Hilfe anzeigen")->group("Optionen");
     app.option_defaults()->group("Optionen");
-    const auto formatter = app.get_formatter();
+    const auto formatter = std::make_shared<GermanFormatter>();
+    app.formatter(formatter);
     formatter->label("Usage", "Aufruf");
     formatter->label("OPTIONS", "OPTIONEN");
     formatter->label("SUBCOMMAND", "BEFEHL");
     formatter->label("SUBCOMMANDS", "BEFEHL");
     formatter->label("Positionals", "Angaben");
     formatter->label("REQUIRED", "nötig");
-    for (const char *kind : {"TEXT", "INT", "UINT", "FLOAT"}) {
-        formatter->label(kind, "");
-    }
-    formatter->label("Needs", "nur mit");
-    formatter->label("Excludes", "nicht mit");
     formatter->column_width(34);
 }
 
@@ -71,6 +112,67 @@ inline CLI::App *AddCommand(CLI::App &app, const char *name, const char *descrip
     return command;
 }
 
+// The command that the arguments name, as it is typed: "vark bericht susa".
+inline std::string CommandPath(const CLI::App &app)
+{
+    std::string path = app.get_name();
+    for (const CLI::App *command = &app; !command->get_subcommands().empty();) {
+        command = command->get_subcommands().back();
+        path += " " + command->get_name();
+    }
+    return path;
+}
+
+// How many characters have to be changed, put in or taken out.
+inline size_t Distance(const std::string &a, const std::string &b)
+{
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j) {
+        row[j] = j;
+    }
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t before = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t replaced = before + (a[i - 1] == b[j - 1] ? 0 : 1);
+            before = row[j];
+            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row[b.size()];
+}
+
+// What is said of an argument that nobody knows, with the one that may have been meant.
+inline std::string UnknownArgument(const CLI::App &app, const std::string &argument)
+{
+    const CLI::App *command = &app;
+    while (!command->get_subcommands().empty()) {
+        command = command->get_subcommands().back();
+    }
+    std::string nearest;
+    size_t least = 3; // more are another word
+    const auto consider = [&](const std::string &name) {
+        const size_t distance = Distance(argument, name);
+        if (distance >= least || distance >= name.size()) return;
+        least = distance;
+        nearest = name;
+    };
+    const auto considerAll = [&](const CLI::App &of) {
+        for (const CLI::Option *option : of.get_options()) {
+            for (const std::string &name : option->get_lnames()) {
+                consider("--" + name);
+            }
+        }
+        for (const CLI::App *sub : of.get_subcommands([](const CLI::App *) { return true; })) {
+            consider(sub->get_name());
+        }
+    };
+    considerAll(*command);
+    if (nearest.empty()) considerAll(app);
+    const std::string meant = nearest.empty() ? "" : " (meinten Sie „" + nearest + "“?)";
+    return "Unbekannte Angabe: " + argument + meant;
+}
+
 // What is wrong with a command line, in German.
 inline std::string GermanReason(const CLI::App &app, const CLI::ParseError &error)
 {
@@ -81,9 +183,12 @@ inline std::string GermanReason(const CLI::App &app, const CLI::ParseError &erro
         return colon == std::string::npos ? english : english.substr(colon + 2);
     };
     const auto is = [&error](const auto *kind) { return dynamic_cast<decltype(kind)>(&error) != nullptr; };
-    if (is(static_cast<const CLI::ExtrasError *>(nullptr))) return "Unbekannte Angabe: " + behindColon();
+    if (is(static_cast<const CLI::ExtrasError *>(nullptr))) {
+        const std::vector<std::string> extras = app.remaining(true);
+        return UnknownArgument(app, extras.empty() ? behindColon() : extras.front());
+    }
     if (is(static_cast<const CLI::RequiredError *>(nullptr))) {
-        if (!app.remaining().empty()) return "Unbekannte Angabe: " + app.remaining().front();
+        if (!app.remaining(true).empty()) return UnknownArgument(app, app.remaining(true).front());
         const std::string what = english.substr(0, english.find(' ')); // "A subcommand is required"
         return what == "A" ? "Es fehlt der Befehl." : "Es fehlt die Angabe " + what + ".";
     }
@@ -122,7 +227,7 @@ inline int ParseGerman(CLI::App &app, int argc, char **argv)
         std::cout << version.what() << '\n' << std::flush;
         return ExitGood;
     } catch (const CLI::ParseError &error) {
-        std::cerr << app.get_name() << ": " << GermanReason(app, error) << "\nMehr dazu: " << app.get_name()
+        std::cerr << app.get_name() << ": " << GermanReason(app, error) << "\nMehr dazu: " << CommandPath(app)
                   << " --hilfe\n";
         return ExitUsage;
     }

@@ -69,9 +69,11 @@ void CatchInterrupts()
     }
 }
 
+bool IsInterrupted() { return isInterrupted != 0; }
+
 void ThrowIfInterrupted()
 {
-    if (isInterrupted != 0) throw Interrupted();
+    if (IsInterrupted()) throw Interrupted();
 }
 
 namespace {

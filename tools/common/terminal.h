@@ -36,6 +36,7 @@ struct Interrupted : std::runtime_error {
     Interrupted() : std::runtime_error("abgebrochen") {}
 };
 
+bool IsInterrupted();
 void ThrowIfInterrupted();
 
 // From here on a damaged page, which ends a program that reads it by a signal, ends it with a word and

@@ -176,11 +176,11 @@ TextTable BookingTable(bool isCsv)
              {"Soll", Align::Right},
              {"Haben", Align::Right},
              {"Brutto", Align::Right},
-             {isCsv ? "Steuersatz" : "%", Align::Right},
-             {isCsv ? "Steuerkonto" : "Steuer", Align::Right},
+             {isCsv ? "Steuersatz" : "Satz", Align::Right},
+             {"Steuerkonto", Align::Right},
              {"Netto", Align::Right},
-             {isCsv ? "Währung" : "Whg"},
-             {isCsv ? "Kostenzeilen" : "KZ", Align::Right},
+             {"Währung"},
+             {"Kostenzeilen", Align::Right},
              {"Text"}},
             {}};
 }

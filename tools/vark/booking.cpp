@@ -5,7 +5,8 @@
 #include "tools/common/texts.h"
 #include "tools/vark/reasons.h"
 
-#include <stdexcept>
+#include <string_view>
+#include <utility>
 
 namespace cli {
 
@@ -16,12 +17,21 @@ constexpr TaskWords bookingWords = {"Buchung",       "Buchungen", "in den Stapel
 constexpr TaskWords splitWords = {"Splitbuchung",  "Splitbuchungen", "in den Stapel geschrieben",
                                   "Nicht gebucht", "gebucht",        "Buchen"};
 
-// What the library said to a code that is not 1 or, where it said nothing, what the code means.
+// What the library said to a code that is not 1 or, where it said nothing, what the code means. With 1 it is
+// in the books, whatever was said about a table that could not be closed behind it.
 void TakeReason(ReasonCatcher &catcher, Outcome &outcome)
 {
-    outcome.Reason = catcher.Take();
-    if (outcome.Code != 1 && outcome.Reason.empty()) outcome.Reason = TextOfCode(outcome.Code);
+    const std::string said = catcher.Take();
+    if (outcome.Code == 1) {
+        outcome.Remark = said;
+    } else {
+        outcome.Reason = said.empty() ? TextOfCode(outcome.Code) : said;
+    }
 }
+
+// The one message that denies a code of 1: nothing of a split booking is written that names an unknown
+// Kostenschablone.
+constexpr std::string_view dropped = "Die Kostenschablone ist unzulässig!";
 
 Outcome BookOne(const BookingText &text)
 {
@@ -39,7 +49,6 @@ Outcome BookOne(const BookingText &text)
         booking.Betrag.c_str(), booking.Satz.c_str(), booking.Steuer.c_str(), booking.Kostenschablone,
         booking.Zahlungsziel);
     TakeReason(catcher, outcome);
-    if (outcome.Code == 1) outcome.Reason.clear();
     return outcome;
 }
 
@@ -70,8 +79,10 @@ Outcome BookParts(const std::vector<BookingText> &texts)
     }
     if (outcome.Code == 1) {
         outcome.Code = VARK_SplitEnde(1, 1);
-        // An unknown Kostenschablone comes with 1 and a message, and nothing is written.
         TakeReason(catcher, outcome);
+        if (outcome.Code == 1 && outcome.Remark.find(dropped) != std::string::npos) {
+            outcome.Reason = std::exchange(outcome.Remark, {});
+        }
         return outcome;
     }
     TakeReason(catcher, outcome);
@@ -111,6 +122,24 @@ BookingText PartOf(const BookingText &defaults, const std::string &part)
     return text;
 }
 
+// What every booking needs, and nobody else knows.
+void NeedOptions(const BookingText &text, bool isWhole)
+{
+    struct Needed {
+        std::string BookingText::*Field;
+        const char *Option;
+        bool OfParts; // which the parts of a split booking may say
+    };
+    static constexpr Needed needed[] = {
+        {&BookingText::Mandant, "--mandant", false}, {&BookingText::Stapel, "--stapel", false},
+        {&BookingText::Datum, "--datum", false},     {&BookingText::Sollkonto, "--soll", true},
+        {&BookingText::Habenkonto, "--haben", true}, {&BookingText::Betrag, "--betrag", true}};
+    for (const Needed &each : needed) {
+        if ((text.*each.Field).empty() && (isWhole || !each.OfParts))
+            throw tools::UsageError(std::string("Es fehlt die Angabe ") + each.Option + ".");
+    }
+}
+
 int ReportOne(const TaskOptions &options, const TaskWords &words, const Outcome &outcome)
 {
     TaskReport report(options, words);
@@ -122,15 +151,16 @@ int ReportOne(const TaskOptions &options, const TaskWords &words, const Outcome 
 
 int Book(const BookingOptions &options)
 {
+    if (options.Task.File.empty()) NeedOptions(options.Defaults, true);
     NeedLibrary();
     if (options.Task.File.empty()) return ReportOne(options.Task, bookingWords, BookOne(options.Defaults));
-    return RunCsv<BookingText>(
-        {options.Task,
-         bookingWords,
-         BookingColumns(),
-         options.Defaults,
-         {},
-         [](const std::vector<BookingText> &lines) { return BookOne(lines.front()); }});
+    return RunCsv<BookingText>({options.Task,
+                                bookingWords,
+                                BookingColumns(),
+                                options.Defaults,
+                                {},
+                                [](const std::vector<BookingText> &lines) { return BookOne(lines.front()); },
+                                &BookingText::Mandant});
 }
 
 int BookSplit(const SplitOptions &options)
@@ -138,10 +168,11 @@ int BookSplit(const SplitOptions &options)
     NeedLibrary();
     if (!options.Task.File.empty()) {
         if (!options.Parts.empty()) throw tools::UsageError("--teil und --datei passen nicht zusammen.");
-        return RunCsv<BookingText>(
-            {options.Task, splitWords, SplitColumns(), options.Defaults, IsSameSplit, BookParts});
+        return RunCsv<BookingText>({options.Task, splitWords, SplitColumns(), options.Defaults, IsSameSplit,
+                                    BookParts, &BookingText::Mandant});
     }
     if (options.Parts.empty()) throw tools::UsageError("Es fehlt --teil oder --datei.");
+    NeedOptions(options.Defaults, false);
     std::vector<BookingText> parts;
     for (const std::string &part : options.Parts) {
         parts.push_back(PartOf(options.Defaults, part));

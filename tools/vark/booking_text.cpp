@@ -2,6 +2,7 @@
 
 #include "tools/common/texts.h"
 #include "tools/vark/kontoart.h"
+#include "tools/vark/typed_text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -14,8 +15,8 @@ using tools::Trimmed;
 namespace {
 
 constexpr CsvColumn<BookingText> columns[] = {
-    {"Mandant", &BookingText::Mandant, false},
-    {"Stapel", &BookingText::Stapel, false},
+    {"Mandant", &BookingText::Mandant, true},
+    {"Stapel", &BookingText::Stapel, true},
     {"Datum", &BookingText::Datum, true},
     {"Beleg", &BookingText::Beleg, false},
     {"Text", &BookingText::Text, false},
@@ -127,9 +128,12 @@ std::string PrepareBooking(const BookingText &text, PreparedBooking &out)
     out.Betrag = tools::FromUtf8(Ungrouped(text.Betrag));
     out.Satz = tools::FromUtf8(WithoutPercent(text.Steuersatz));
     out.Steuer = tools::FromUtf8(Ungrouped(text.Steuerbetrag));
-    if (tools::ToUtf8(out.Beleg) != text.Beleg || tools::ToUtf8(out.Text) != text.Text) {
-        return "Der Text enthält Zeichen, die es in den Büchern nicht gibt.";
+    for (const std::string *typed : {&text.Beleg, &text.Text, &text.Sollkonto, &text.Habenkonto}) {
+        fault = FaultOfText(*typed);
+        if (!fault.empty()) return fault;
     }
+    if (out.Soll.empty()) return "Es fehlt die Angabe Sollkonto.";
+    if (out.Haben.empty()) return "Es fehlt die Angabe Habenkonto.";
     // A cut number would be another account, a cut amount another amount.
     if (out.Soll.size() > kontoMax) return "Die Sollkontonummer ist zu lang.";
     if (out.Haben.size() > kontoMax) return "Die Habenkontonummer ist zu lang.";

@@ -4,16 +4,21 @@
 #include "tools/common/json.h"
 #include "tools/common/terminal.h"
 #include "tools/common/text_table.h"
+#include "tools/common/workplace.h"
 
+#include <cerrno>
 #include <chrono>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <optional>
+#include <poll.h>
+#include <unistd.h>
 
 namespace cli {
 
 using namespace tools;
+namespace fs = std::filesystem;
 
 struct TaskReport::State {
     const TaskOptions &Options;
@@ -21,7 +26,9 @@ struct TaskReport::State {
     rapidjson::OStreamWrapper Stream;
     JsonWriter Json;
     // Refused lines as they came, with the reason above each, so that they can be put right and tried again.
-    std::ofstream Rejections = {};
+    // They go aside, and take the place of a file at the end; a pipe gets them as they come.
+    std::optional<FileInWork> Rejections = {};
+    std::ofstream RejectionStream = {};
     int64_t Done = 0;
     int64_t Refused = 0;
     int64_t Cut = 0;
@@ -36,6 +43,8 @@ struct TaskReport::State {
     void TellRefusal(const Outcome &outcome, const std::vector<CsvLine> &lines);
     void RejectLines(const Outcome &outcome, const std::vector<CsvLine> &lines);
     void TellReasons() const;
+    void Reject(const std::string &text);
+    void KeepRejections();
 };
 
 namespace {
@@ -54,13 +63,17 @@ TaskReport::TaskReport(const TaskOptions &options, const TaskWords &words, const
     : state(std::make_unique<State>(options, words))
 {
     if (!options.Rejections.empty()) {
-        state->Rejections.open(options.Rejections, std::ios::binary);
-        if (!state->Rejections)
-            throw std::runtime_error(options.Rejections.string() + " läßt sich nicht schreiben.");
+        const fs::path path = fs::absolute(options.Rejections);
+        const bool isStream = fs::exists(path) && !fs::is_regular_file(path) && !fs::is_directory(path);
+        if (isStream) {
+            state->RejectionStream.open(path, std::ios::binary);
+            if (!state->RejectionStream) ThrowFileError(path, "Schreiben", errno);
+        } else {
+            state->Rejections.emplace(path, true);
+        }
         // A comment, so that the file can be used as it stands.
-        state->Rejections << "# Abgelehnte " << words.Many
-                          << "; der Grund steht jeweils in der Zeile darüber.\n"
-                          << headings << '\n';
+        state->Reject(std::string("# Abgelehnte ") + words.Many +
+                      "; der Grund steht jeweils in der Zeile darüber.\n" + headings + '\n');
     }
     if (options.As == Output::Csv) std::cout << "Zeile;Code;Ergebnis;Grund\n";
     if (options.As != Output::Json) return;
@@ -70,7 +83,29 @@ TaskReport::TaskReport(const TaskOptions &options, const TaskWords &words, const
     state->Json.StartArray();
 }
 
-TaskReport::~TaskReport() = default;
+TaskReport::~TaskReport()
+{
+    try {
+        state->KeepRejections();
+    } catch (const std::exception &error) {
+        std::cerr << "vark: " << error.what() << '\n';
+    }
+}
+
+void TaskReport::State::Reject(const std::string &text)
+{
+    if (Rejections) Rejections->Write(text.data(), text.size());
+    if (RejectionStream.is_open()) RejectionStream << text << std::flush;
+}
+
+void TaskReport::State::KeepRejections()
+{
+    if (!Rejections) return;
+    // Once, whatever comes of it.
+    const auto forget = [this](FileInWork *) { Rejections.reset(); };
+    const std::unique_ptr<FileInWork, decltype(forget)> last(&*Rejections, forget);
+    last->Finish();
+}
 
 void TaskReport::State::TellRow(const Outcome &outcome, const std::vector<CsvLine> &lines)
 {
@@ -97,17 +132,22 @@ void TaskReport::State::TellRefusal(const Outcome &outcome, const std::vector<Cs
 
 void TaskReport::State::RejectLines(const Outcome &outcome, const std::vector<CsvLine> &lines)
 {
-    if (!Rejections.is_open() || lines.empty()) return;
-    Rejections << "# " << PlaceOf(lines) << ": " << outcome.Reason << '\n';
+    if (lines.empty()) return;
+    std::string text = "# " + PlaceOf(lines) + ": " + outcome.Reason + '\n';
     for (const CsvLine &line : lines) {
-        Rejections << line.Text << '\n';
+        text += line.Text + '\n';
     }
+    Reject(text);
 }
 
 void TaskReport::Add(const Outcome &outcome, const std::vector<CsvLine> &lines)
 {
     if (state->Options.As == Output::Csv) state->TellRow(outcome, lines);
     if (outcome.Reason.empty()) {
+        if (!outcome.Remark.empty()) {
+            std::cerr << (lines.empty() ? std::string("Erledigt") : PlaceOf(lines))
+                      << ": Die Bibliothek meldet dazu: " << outcome.Remark << '\n';
+        }
         ++state->Done;
         if (outcome.IsCut) ++state->Cut;
         if (!outcome.Result.empty()) state->Results.push_back(outcome.Result);
@@ -138,6 +178,7 @@ void TaskReport::State::TellReasons() const
 int TaskReport::End(double seconds)
 {
     const int exitCode = state->Refused > 0 ? ExitRefused : ExitGood;
+    state->KeepRejections();
     if (state->Options.As == Output::Csv) return exitCode;
     if (state->Options.As == Output::Json) {
         JsonWriter &json = state->Json;
@@ -185,9 +226,8 @@ CsvSource::CsvSource(const TaskOptions &options, const TaskWords &words)
 {
     if (options.File == "-") return;
     state->File.open(options.File, std::ios::binary);
-    if (!state->File || std::filesystem::is_directory(options.File)) {
-        throw std::runtime_error(options.File.string() + " läßt sich nicht lesen.");
-    }
+    if (!state->File) ThrowFileError(options.File, "Lesen", errno);
+    if (fs::is_directory(options.File)) ThrowFileError(options.File, "Lesen", EISDIR);
     state->In = &state->File;
     std::error_code unknown;
     state->Size = static_cast<double>(std::filesystem::file_size(options.File, unknown));
@@ -207,11 +247,34 @@ bool CsvSource::Read(CsvLine &line)
     return true;
 }
 
+bool CsvSource::IsReady() const
+{
+    if (state->Size > 0 || state->In->rdbuf()->in_avail() > 0) return true;
+    if (state->In != &std::cin) return false;
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    return poll(&input, 1, 0) > 0;
+}
+
 void CsvSource::HideBar() { state->Bar.Hide(); }
 
 double CsvSource::Seconds() const
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - state->Begin).count();
+}
+
+void CheckFiles(const TaskOptions &options)
+{
+    std::error_code missing;
+    if (options.Rejections.empty() || options.File == "-") return;
+    if (fs::equivalent(options.File, options.Rejections, missing))
+        throw UsageError(
+            "--abgelehnt und --datei nennen dieselbe Datei: Eine Ausgabe ersetzt nie ihre Eingabe.");
+}
+
+void TellInterrupted(long number)
+{
+    std::cerr << "vark: abgebrochen. Bis Zeile " << number
+              << " ist alles erledigt oder abgelehnt, danach nichts begonnen.\n";
 }
 
 int RefuseHeadings(long number, const std::string &fault, const std::vector<const char *> &known)

@@ -2,8 +2,11 @@
 // one or in groups, what was refused and why, and an account of it at the end.
 #pragma once
 
+#include "tools/common/exit_codes.h"
 #include "tools/common/row_writer.h"
+#include "tools/common/terminal.h"
 #include "tools/common/texts.h"
+#include "tools/vark/booking_group.h"
 #include "tools/vark/csv.h"
 
 #include <algorithm>
@@ -15,14 +18,6 @@
 #include <vector>
 
 namespace cli {
-
-// What came of one piece of work.
-struct Outcome {
-    int Code = 0;            // of the library; 0 where it was not asked
-    std::string Reason;      // empty: done
-    bool IsCut = false;      // a text was longer than the books keep
-    std::string Result = {}; // what it was done to, where that is worth telling: "Debitor 10401"
-};
 
 // How the account of the work names it.
 struct TaskWords {
@@ -36,7 +31,8 @@ struct TaskWords {
 
 struct TaskOptions {
     std::filesystem::path File;              // empty: no file, one piece of work; "-": standard input
-    std::filesystem::path Rejections;        // where refused lines go as CSV, empty for nowhere
+    std::filesystem::path Rejections;        // where refused lines go as CSV, empty for nowhere; it takes the
+                                             // place of a file at the end
     tools::Output As = tools::Output::Table; // as CSV and JSON for programs
     bool IsQuiet = false;                    // no summary
 };
@@ -52,7 +48,8 @@ struct TaskReport {
 
     // What was done, or why not. `lines` are those of the file that it came from, none without a file.
     void Add(const Outcome &outcome, const std::vector<CsvLine> &lines);
-    // The summary. Returns the exit code: 1 when something was refused.
+    // The summary. Returns the exit code: 1 when something was refused. Without it the rejections so far are
+    // kept all the same.
     int End(double seconds);
 
 private:
@@ -75,6 +72,15 @@ template <typename Text> struct CsvTask {
     // Whether a line goes on with the work of the one before it; none: each line stands alone.
     std::function<bool(const Text &before, const Text &line)> GoesOn;
     std::function<Outcome(const std::vector<Text> &)> Do;
+    // What names the books that a line goes into, where many may be written down together; none: one by one.
+    std::string Text::*Place = nullptr;
+};
+
+// A piece of work, with the lines that it came from.
+template <typename Text> struct CsvPiece {
+    std::vector<Text> Work;
+    std::vector<CsvLine> Lines;
+    std::string Fault; // why it is not even tried
 };
 
 // The lines of the file that the options name, with a bar on the terminal that shows how far they are read.
@@ -86,6 +92,8 @@ struct CsvSource {
     CsvSource &operator=(const CsvSource &) = delete;
 
     bool Read(CsvLine &line);
+    // Whether the next line is there already; where it is waited for, what was read is to be done first.
+    bool IsReady() const;
     // Takes the bar away, so that something can be told.
     void HideBar();
     double Seconds() const;
@@ -94,6 +102,9 @@ private:
     struct State;
     std::unique_ptr<State> state;
 };
+
+// Throws a UsageError where the rejections would take the place of the lines.
+void CheckFiles(const TaskOptions &options);
 
 // Tells what is wrong with the headings, and which there are. Returns ExitUsage.
 int RefuseHeadings(long number, const std::string &fault, const std::vector<const char *> &known);
@@ -124,10 +135,43 @@ std::string ReadHeadings(const CsvTask<Text> &task, const CsvLine &line,
     return {};
 }
 
+// How many pieces are read before they are done.
+inline constexpr size_t mostPieces = 1000;
+
+// Tells how far it came.
+void TellInterrupted(long number);
+
+// Does the pieces and tells what became of them.
+template <typename Text>
+void DoPieces(const CsvTask<Text> &task, const std::vector<CsvPiece<Text>> &pieces, CsvSource &source,
+              TaskReport &report)
+{
+    GroupedWork work;
+    work.Count = pieces.size();
+    work.Do = [&](size_t index) {
+        const CsvPiece<Text> &piece = pieces[index];
+        Outcome outcome;
+        outcome.Reason = piece.Fault;
+        return piece.Fault.empty() ? task.Do(piece.Work) : outcome;
+    };
+    if (task.Place != nullptr) {
+        work.Place = [&](size_t index) {
+            return pieces[index].Work.empty() ? std::string() : pieces[index].Work.front().*task.Place;
+        };
+    }
+    work.Tell = [&](size_t index, const Outcome &outcome) {
+        if (!outcome.Reason.empty() || !outcome.Remark.empty()) source.HideBar();
+        report.Add(outcome, pieces[index].Lines);
+    };
+    DoInGroups(work);
+}
+
 // Runs the task over its file. Returns the exit code: 0 all done, 1 some refused, 2 the file has no usable
 // headings. A file that cannot be read is an exception.
 template <typename Text> int RunCsv(const CsvTask<Text> &task)
 {
+    CheckFiles(task.Options);
+    tools::CatchInterrupts(); // a line that is being booked is finished first
     CsvSource source(task.Options, task.Words);
     CsvLine line;
     std::vector<const char *> known;
@@ -140,45 +184,47 @@ template <typename Text> int RunCsv(const CsvTask<Text> &task)
     if (!unusable.empty()) return RefuseHeadings(line.Number, unusable, known);
 
     TaskReport report(task.Options, task.Words, line.Text);
-    std::vector<Text> work;
-    std::vector<CsvLine> lines; // that the work came from
-    std::string fault;
-    const auto finish = [&] {
-        if (lines.empty()) return;
-        Outcome outcome;
-        outcome.Reason = fault;
-        if (fault.empty()) outcome = task.Do(work);
-        if (!outcome.Reason.empty()) source.HideBar();
-        report.Add(outcome, lines);
-        work.clear();
-        lines.clear();
-        fault.clear();
+    std::vector<CsvPiece<Text>> pieces;
+    const auto doPieces = [&] {
+        DoPieces<Text>(task, pieces, source, report);
+        pieces.clear();
     };
     bool isBehindFault = false;
-    while (source.Read(line)) {
+    bool isInterrupted = false;
+    while (!isInterrupted && source.Read(line)) {
         Text text = task.Defaults;
-        std::string ownFault = line.Fault;
-        if (ownFault.empty() && line.Fields.size() != places.size()) {
-            ownFault = "Die Zeile hat " + std::to_string(line.Fields.size()) + " statt " +
-                       std::to_string(places.size()) + " Spalten.";
+        std::string fault = line.Fault;
+        if (fault.empty() && line.Fields.size() != places.size()) {
+            fault = "Die Zeile hat " + std::to_string(line.Fields.size()) + " statt " +
+                    std::to_string(places.size()) + " Spalten.";
         }
-        for (size_t i = 0; ownFault.empty() && i < places.size(); ++i) {
+        for (size_t i = 0; fault.empty() && i < places.size(); ++i) {
             if (!line.Fields[i].empty()) text.*places[i] = line.Fields[i];
         }
         // Where lines belong together, one that cannot be read may belong to those before and behind it:
         // neither must be done without it.
         const bool goesOn =
-            task.GoesOn && (!ownFault.empty() || (!work.empty() && task.GoesOn(work.back(), text)));
-        if (!goesOn) finish();
-        if (fault.empty()) fault = ownFault;
-        if (task.GoesOn && !goesOn && isBehindFault)
-            fault = "Die Zeile davor ist nicht zu lesen und gehört vielleicht dazu.";
-        isBehindFault = !ownFault.empty();
-        if (ownFault.empty()) work.push_back(std::move(text));
-        lines.push_back(line);
+            task.GoesOn && !pieces.empty() &&
+            (!fault.empty() || (!pieces.back().Work.empty() && task.GoesOn(pieces.back().Work.back(), text)));
+        if (!goesOn) {
+            // Of lines that belong together the last piece may not be whole yet.
+            if (pieces.size() >= mostPieces || (!task.GoesOn && !source.IsReady())) doPieces();
+            pieces.emplace_back();
+            if (task.GoesOn && isBehindFault)
+                pieces.back().Fault = "Die Zeile davor ist nicht zu lesen und gehört vielleicht dazu.";
+        }
+        CsvPiece<Text> &piece = pieces.back();
+        if (piece.Fault.empty()) piece.Fault = fault;
+        isBehindFault = !fault.empty();
+        if (fault.empty()) piece.Work.push_back(std::move(text));
+        piece.Lines.push_back(line);
+        isInterrupted = tools::IsInterrupted();
     }
-    finish();
-    return report.End(source.Seconds());
+    doPieces();
+    const int exitCode = report.End(source.Seconds());
+    if (!isInterrupted) return exitCode;
+    TellInterrupted(line.Number);
+    return tools::ExitInterrupted;
 }
 
 } // namespace cli

@@ -1,4 +1,5 @@
 // vark: the books from the command line. It books and asks through the exported functions, as any host would.
+#include "host/descriptors.h"
 #include "tools/common/german_arguments.h"
 #include "tools/common/installation.h"
 #include "tools/common/terminal.h"
@@ -114,8 +115,10 @@ struct Program {
     // What comes as one piece of work or as a file of them.
     void AddTask(CLI::App *command, cli::TaskOptions &task)
     {
-        command->add_option("--datei", task.File, "aus dieser CSV-Datei, - für die Standardeingabe");
-        command->add_option("--abgelehnt", task.Rejections, "abgelehnte Zeilen mit Grund in diese CSV-Datei");
+        command->add_option("--datei", task.File, "aus dieser CSV-Datei, - für die Standardeingabe")
+            ->option_text("DATEI");
+        command->add_option("--abgelehnt", task.Rejections, "abgelehnte Zeilen mit Grund in diese CSV-Datei")
+            ->option_text("DATEI");
         command->add_flag("--leise", task.IsQuiet, "keine Zusammenfassung");
         AddForms(command);
     }
@@ -235,7 +238,7 @@ void AddPick(Program &program)
     cli::PickOptions &pick = program.Pick;
     CLI::App *pickDialog =
         program.Add("waehlen", "Im Dialog auswählen lassen und die Nummer ausgeben",
-                    "Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art 4",
+                    "Beispiele:\n  vark waehlen mandant\n  vark waehlen konto --mandant 1 --art Debitor",
                     [&pick] { return cli::Pick(pick); });
     pickDialog->add_option("WAS", pick.What, "mandant, stapel, konto, zahlungsziel oder kostenschablone")
         ->required()
@@ -243,7 +246,7 @@ void AddPick(Program &program)
     pickDialog->add_option("--mandant", pick.Mandant, "Nummer des Mandanten, sonst 1")
         ->check(tools::NumberFrom(1, INT16_MAX));
     pickDialog->add_option("--art", pick.Kontoart,
-                           "bei konto: 1 Sachkonten (sonst), 2 Kreditoren, 4 Debitoren, 8 Kostenstellen");
+                           "bei konto: Sachkonto (sonst), Kreditor, Debitor oder Kostenstelle");
     pickDialog->add_option("--von", pick.From, "bei konto: kleinste Nummer");
     pickDialog->add_option("--bis", pick.To, "bei konto: größte Nummer");
     pickDialog->add_flag("--verwalten", pick.Manages,
@@ -351,7 +354,8 @@ void AddReportOutputs(CLI::App *command, const cli::ReportRow &row, cli::ReportO
                     report.Targets.push_back({kind, path.empty() ? "-" : path});
                 },
                 "in diese Datei; ohne Namen auf die Standardausgabe")
-            ->expected(0, 1);
+            ->expected(0, 1)
+            ->option_text("[DATEI]");
     }
     command->add_flag_callback(
         "--text",
@@ -417,6 +421,8 @@ int Run(int argc, char **argv)
     Program program;
     tools::MakeGerman(program.App);
     program.App.require_subcommand(1);
+    program.App.set_version_flag("--version", "vark " VARK_VERSION, "Die Version anzeigen")
+        ->group("Optionen");
     program.App.add_option("--config", program.Configuration,
                            "Verzeichnis mit tolka.ini und vark.ini (sonst $VARK_CONFIG_DIR)");
     program.App.footer(std::string("Jeder Befehl erklärt sich mit --hilfe, etwa: vark buchen --hilfe\n\n") +
@@ -436,8 +442,13 @@ int Run(int argc, char **argv)
     const tools::Output form = program.Form();
     program.Batch.As = program.Query.As = program.Accounts.As = program.Rate.As = form;
     program.Booking.Task.As = program.Split.Task.As = program.Partner.Task.As = form;
-    for (const Program::Command &command : program.Commands) {
-        if (*command.Words) return command.Run();
+    try {
+        for (const Program::Command &command : program.Commands) {
+            if (*command.Words) return command.Run();
+        }
+    } catch (const tools::UsageError &error) {
+        std::fprintf(stderr, "vark: %s\nMehr dazu: %s --hilfe\n", error.what(),
+                     tools::CommandPath(program.App).c_str());
     }
     return tools::ExitUsage;
 }
@@ -446,13 +457,11 @@ int Run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    host::GuardStandardDescriptors();
     try {
         const int exitCode = Run(argc, argv);
         if (std::cout.flush() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return exitCode;
         std::fputs("vark: Die Ausgabe läßt sich nicht schreiben.\n", stderr);
-    } catch (const tools::UsageError &error) {
-        std::fprintf(stderr, "vark: %s\nMehr dazu: vark --hilfe\n", error.what());
-        return tools::ExitUsage;
     } catch (const cli::Refusal &refusal) {
         std::fprintf(stderr, "vark: %s\n", refusal.what());
         return tools::ExitRefused;

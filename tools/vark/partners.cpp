@@ -5,7 +5,10 @@
 #include "tools/vark/accounts.h"
 #include "tools/vark/kontoart.h"
 #include "tools/vark/reasons.h"
+#include "tools/vark/typed_text.h"
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstring>
 
@@ -118,10 +121,11 @@ std::string Prepare(const PartnerText &text, const Account &was, PreparedPartner
         const TextField &field = texts[i];
         const std::string &written = text.*field.From;
         std::string &value = out.Texts[i];
-        value = written.empty() ? field.Was : written == empties ? "" : FromUtf8(written);
-        if (!written.empty() && written != empties && ToUtf8(value) != written) {
-            return "Der Text enthält Zeichen, die es in den Büchern nicht gibt.";
-        }
+        const bool isCurrency = field.From == &PartnerText::Waehrung;
+        value = written.empty()      ? field.Was
+                : written == empties ? ""
+                                     : FromUtf8(isCurrency ? CurrencyOf(written) : written);
+        if (std::string fault = FaultOfText(written); !fault.empty()) return fault;
         if (value.size() <= field.Max) continue;
         if (field.TooLong != nullptr) return field.TooLong;
         out.IsCut = true;
@@ -139,6 +143,14 @@ std::string Prepare(const PartnerText &text, const Account &was, PreparedPartner
         }
     }
     return {};
+}
+
+// A number that cannot be typed or sorted: "-", blanks, signs alone.
+bool IsAccountNumber(const std::string &konto)
+{
+    const std::string_view number = Trimmed(konto);
+    return std::any_of(number.begin(), number.end(),
+                       [](unsigned char c) { return c >= 0x80 || std::isalnum(c) != 0; });
 }
 
 Outcome Keep(const PartnerOptions &options, int art, const PartnerText &text)
@@ -159,6 +171,10 @@ Outcome Keep(const PartnerOptions &options, int art, const PartnerText &text)
     outcome.Reason = Prepare(text, was, partner);
     if (!outcome.Reason.empty()) return outcome;
     outcome.IsCut = partner.IsCut;
+    if (!text.Konto.empty() && !IsAccountNumber(partner.Texts[Konto])) {
+        outcome.Reason = "Eine Kontonummer braucht wenigstens eine Ziffer oder einen Buchstaben.";
+        return outcome;
+    }
 
     std::string(&t)[TextCount] = partner.Texts;
     const int(&n)[NumberCount] = partner.Numbers;
@@ -181,9 +197,22 @@ Outcome Keep(const PartnerOptions &options, int art, const PartnerText &text)
         if (outcome.Reason.empty()) outcome.Reason = TextOfCode(outcome.Code);
         return outcome;
     }
+    outcome.Remark = catcher.Take();
     const std::string &name = t[Konto].empty() ? t[Kuerzel] : t[Konto];
     outcome.Result = std::string(KindName(art)) + " " + ToUtf8(name);
     return outcome;
+}
+
+void NeedOptions(const PartnerOptions &options)
+{
+    const PartnerText &text = options.Defaults;
+    if (options.Action != PartnerAction::New) {
+        if (text.Konto.empty() && text.Kuerzel.empty())
+            throw UsageError("Es fehlt die Angabe --konto oder --kuerzel.");
+        return;
+    }
+    if (text.Kuerzel.empty()) throw UsageError("Es fehlt die Angabe --kuerzel.");
+    if (text.Name.empty()) throw UsageError("Es fehlt die Angabe --name.");
 }
 
 } // namespace
@@ -194,6 +223,7 @@ int KeepPartners(const PartnerOptions &options)
     if (art != ArtDebitor && art != ArtKreditor) {
         throw UsageError("--art ist Debitor oder Kreditor: Andere Konten legt VARK40 nicht an.");
     }
+    if (options.Task.File.empty()) NeedOptions(options);
     NeedLibrary();
     const TaskWords &taskWords = WordsOf(options.Action);
     if (!options.Task.File.empty()) {

@@ -2,6 +2,7 @@
 
 #include "include/vark40.h"
 #include "tools/common/exit_codes.h"
+#include "tools/vark/kontoart.h"
 #include "tools/vark/reasons.h"
 
 #include <cstdio>
@@ -14,7 +15,7 @@ namespace {
 
 int32_t PickAccount(const PickOptions &options, char (&konto)[8])
 {
-    return VARK_HoleKonto(nullptr, options.Mandant, options.Kontoart, options.From.c_str(),
+    return VARK_HoleKonto(nullptr, options.Mandant, KontoartOf(options.Kontoart), options.From.c_str(),
                           options.To.c_str(), konto);
 }
 

@@ -6,12 +6,12 @@
 namespace cli {
 
 struct PickOptions {
-    std::string What;     // "mandant", "stapel", "konto", "zahlungsziel", "kostenschablone"
-    int Mandant = 1;      // for all but "mandant"
-    int Kontoart = 1;     // for "konto": 1, 2, 4 or 8
-    std::string From;     // for "konto": limits of the numbers, UTF-8; empty for none
-    std::string To;       // likewise
-    bool Manages = false; // "stapel": all of them, to be made, changed and deleted as well
+    std::string What;                   // "mandant", "stapel", "konto", "zahlungsziel", "kostenschablone"
+    int Mandant = 1;                    // for all but "mandant"
+    std::string Kontoart = "Sachkonto"; // for "konto"
+    std::string From;                   // for "konto": limits of the numbers, UTF-8; empty for none
+    std::string To;                     // likewise
+    bool Manages = false;               // "stapel": all of them, to be made, changed and deleted as well
 };
 
 // Opens the dialog and prints what was chosen, a number. Returns the exit code: 1 when the user cancelled or

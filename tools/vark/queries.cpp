@@ -40,6 +40,12 @@ std::string NumberOf(int mandant, const std::string &konto, int &art, int otherw
     return found ? std::string(found->Konto) : number;
 }
 
+// A kind of account: a letter for people, who see it beside the number, its name for programs.
+void PutKind(RowWriter &rows, Output as, uint32_t art)
+{
+    rows.PutUtf8(as == Output::Table ? KindLetter(static_cast<int>(art)) : KindName(static_cast<int>(art)));
+}
+
 // "1.160,00 Soll": a negative balance is a Haben balance, and nothing has no side.
 std::string SideOf(const AmountOut &amount)
 {
@@ -116,11 +122,11 @@ int ShowJournal(const QueryOptions &options)
                     {"Beleg", "beleg", 8},
                     {"Teil", "teil", 4, Align::Right},
                     {"Soll", "sollkonto", 7, Align::Right},
-                    {"", "sollart", 1},
+                    {options.As == Output::Csv ? "Sollart" : "Art", "sollart", 3},
                     {"Haben", "habenkonto", 7, Align::Right},
-                    {"", "habenart", 1},
+                    {options.As == Output::Csv ? "Habenart" : "Art", "habenart", 3},
                     {"Betrag", "betrag", 15, Align::Right},
-                    {"%", "steuerprozent", 5, Align::Right},
+                    {"Satz", "steuerprozent", 5, Align::Right},
                     {"Steuer", "steuerbetrag", 13, Align::Right},
                     {"Text", "text", 39}},
                    options.As);
@@ -146,9 +152,9 @@ int ShowJournal(const QueryOptions &options)
             rows.PutNumber(part);
         }
         rows.Put(soll);
-        rows.PutUtf8(KindLetter(sollArt));
+        PutKind(rows, options.As, sollArt);
         rows.Put(haben);
-        rows.PutUtf8(KindLetter(habenArt));
+        PutKind(rows, options.As, habenArt);
         rows.PutAmount(betrag);
         rows.PutAmount(prozent);
         rows.PutAmount(steuer);
@@ -164,7 +170,7 @@ namespace {
 // What people see has no room for the second reference, which is seldom there.
 std::vector<RowColumn> ItemColumns(Output as)
 {
-    std::vector<RowColumn> columns = {{"", "art", 1},
+    std::vector<RowColumn> columns = {{"Art", "art", 3},
                                       {"Konto", "konto", 7, Align::Right},
                                       {"Beleg", "referenz1", 9},
                                       {"Referenz", "referenz2", 9},
@@ -193,7 +199,7 @@ int PutOpenItems(RowWriter &rows, const QueryOptions &options, int art, const st
         result = VARK_HoleOP(number, referenz1, referenz2, datum1, datum2, datum3, text1, text2, form,
                              betrag1, betrag2, waehrung);
         if (result < 1) break;
-        rows.PutUtf8(KindLetter(art));
+        PutKind(rows, options.As, static_cast<uint32_t>(art));
         rows.Put(number);
         rows.Put(referenz1);
         if (options.As != Output::Table) rows.Put(referenz2);

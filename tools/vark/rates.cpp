@@ -9,9 +9,11 @@
 #include "tools/common/key_value.h"
 #include "tools/common/texts.h"
 #include "tools/vark/reasons.h"
+#include "tools/vark/typed_text.h"
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
@@ -54,6 +56,10 @@ struct Rates {
         for (bool found = kurse.First(&record, 0); found; found = kurse.Next(&record, 0)) {
             visit(record);
         }
+    }
+    int64_t Count() const
+    {
+        return TableFile(LayoutOf(vark::TableKurse), Directory, OpenMode::ReadOnly).Definition().Records;
     }
     std::string DayOf(const KurseRecord &record) const
     {
@@ -168,13 +174,16 @@ std::string FindDate(const Rates &rates, const RateOptions &options)
     return kurse.Equal(&record, value.Bytes.data(), 0) ? rates.DayOf(record) : std::string();
 }
 
-// Plays the script. What the library says to it is the refusal.
-int Play(const RateOptions &options, const std::string &script, const char *done)
+// Plays the script. What the library says to it is the refusal, unless the books say otherwise.
+int Play(const RateOptions &options, const std::string &script, const char *done,
+         const std::function<bool()> &isDone)
 {
     ReasonCatcher catcher;
     const int exitCode = RunDialog(options.Mandant, script);
     const std::string reason = catcher.Take();
-    if (!reason.empty() || exitCode != ExitGood) {
+    if (!reason.empty() && isDone()) {
+        catcher.Pass("vark: Die Bibliothek meldet dazu: " + reason + "\n");
+    } else if (!reason.empty() || exitCode != ExitGood) {
         catcher.Pass("vark: " + (reason.empty() ? "Der Dialog ist nicht zustande gekommen." : reason) + "\n");
         return exitCode == ExitGood ? ExitRefused : exitCode;
     }
@@ -184,16 +193,22 @@ int Play(const RateOptions &options, const std::string &script, const char *done
 
 } // namespace
 
-int KeepRates(const RateOptions &options)
+int KeepRates(const RateOptions &typed)
 {
     NeedLibrary();
+    RateOptions options = typed;
+    options.Waehrung = CurrencyOf(typed.Waehrung);
     const Rates rates(options.Mandant);
     if (!rates.Of) {
         std::cerr << "vark: Der Mandant existiert nicht!\n";
         return ExitRefused;
     }
     if (options.Asks) return RunDialog(options.Mandant, "");
-    if (options.IsNew) return Play(options, ScriptOfNew(options), "erfaßt");
+    if (options.IsNew) {
+        const std::string script = ScriptOfNew(options);
+        const int64_t before = rates.Count();
+        return Play(options, script, "erfaßt", [&] { return rates.Count() > before; });
+    }
     if (!options.Deletes) return List(rates, options);
     const std::string date = FindDate(rates, options);
     if (date.empty()) {
@@ -201,7 +216,8 @@ int KeepRates(const RateOptions &options)
                   << " gibt es nicht.\n";
         return ExitRefused;
     }
-    return Play(options, ScriptOfDelete(options, date), "gelöscht");
+    return Play(options, ScriptOfDelete(options, date), "gelöscht",
+                [&] { return FindDate(rates, options).empty(); });
 }
 
 } // namespace cli

@@ -1,0 +1,80 @@
+#include "tools/vark/booking_group.h"
+
+#include "record-manager/btrcall.h"
+
+#include <chrono>
+#include <link.h>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Others wait meanwhile to write, for seconds at most, and are let in between two groups.
+constexpr std::chrono::milliseconds longestGroup(200);
+
+constexpr int done = 1;
+constexpr int engineFailed = -3;
+
+int CountRecordManager(dl_phdr_info *object, size_t /*size*/, void *count)
+{
+    constexpr std::string_view name = "/libwbtrv32.so";
+    const std::string_view path = object->dlpi_name;
+    if (path.ends_with(name)) ++*static_cast<int *>(count);
+    return 0;
+}
+
+// Whether the library works with the record manager that is linked here, as the same client of it. It may
+// have found another one beside the books.
+bool SharesRecordManager()
+{
+    int count = 0;
+    dl_iterate_phdr(CountRecordManager, &count);
+    return count == 1;
+}
+
+bool CallGroup(uint16_t operation)
+{
+    return BTRCALL(operation, nullptr, nullptr, nullptr, nullptr, 0, 0) == BtrStatusOk;
+}
+
+// One group from `first` on. How it came out for each of its pieces; empty where there are no groups.
+std::vector<Outcome> DoGroup(const GroupedWork &work, size_t first)
+{
+    std::vector<Outcome> outcomes;
+    if (!CallGroup(BtrOpBeginGroup)) return outcomes;
+    const std::string place = work.Place(first);
+    const auto end = Clock::now() + longestGroup;
+    bool isSound = true;
+    for (size_t at = first; at < work.Count && isSound && Clock::now() < end; ++at) {
+        if (work.Place(at) != place) break;
+        outcomes.push_back(work.Do(at));
+        isSound = outcomes.back().Code != engineFailed;
+    }
+    const bool isKept = CallGroup(BtrOpEndGroup);
+    for (size_t i = 0; i < outcomes.size(); ++i) {
+        // A failure may be one of the group alone: of room, or of what another client holds.
+        const bool isGone = outcomes[i].Code == done && !isKept;
+        if (isGone || outcomes[i].Code == engineFailed) outcomes[i] = work.Do(first + i);
+    }
+    return outcomes;
+}
+
+} // namespace
+
+void DoInGroups(const GroupedWork &work)
+{
+    for (size_t at = 0; at < work.Count;) {
+        std::vector<Outcome> outcomes;
+        if (work.Place && SharesRecordManager()) outcomes = DoGroup(work, at);
+        if (outcomes.empty()) outcomes.push_back(work.Do(at));
+        for (const Outcome &outcome : outcomes) {
+            work.Tell(at++, outcome);
+        }
+    }
+}
+
+} // namespace cli
