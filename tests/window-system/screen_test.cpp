@@ -140,10 +140,14 @@ Geometry OfActive()
     if (tells == nullptr) return found;
     char line[100];
     while (fgets(line, sizeof line, tells) != nullptr) {
-        std::sscanf(line, "X=%d", &found.X);
-        std::sscanf(line, "Y=%d", &found.Y);
-        std::sscanf(line, "WIDTH=%d", &found.Width);
-        std::sscanf(line, "HEIGHT=%d", &found.Height);
+        const std::string told = line;
+        const auto take = [&told](const std::string &name, int &number) {
+            if (told.starts_with(name)) number = std::stoi(told.substr(name.size()));
+        };
+        take("X=", found.X);
+        take("Y=", found.Y);
+        take("WIDTH=", found.Width);
+        take("HEIGHT=", found.Height);
     }
     pclose(tells);
     return found;
