@@ -2,7 +2,7 @@
 //   first_window TITLE
 #include <cstdlib>
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 int main(int argumentCount, char **arguments)
 {

@@ -3,7 +3,7 @@
 //   picker_search ROWS   prints the mean seconds of a letter
 // Needs a display with a window manager, and bench/screen_keys in the current directory.
 #include "bench/peers/peer.h"
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <string>
 #include <thread>

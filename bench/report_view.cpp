@@ -3,7 +3,7 @@
 // pages (median and slowest), and the memory (RssAnon, KiB) of itself, of what shows the window and of what
 // draws the pages, and ends.
 #include "bench/report_fill.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 #include <algorithm>
 #include <chrono>

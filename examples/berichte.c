@@ -7,7 +7,7 @@
 
 #include <vark40.h>
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 enum { BUTTON_REPORT = 1001, BUTTON_CLOSE = 1002, BAR_HEIGHT = 40 };
 

@@ -1,6 +1,6 @@
 #include "report-engine/handles.h"
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -6,7 +6,7 @@
 #include "report-engine/page_requests.h"
 #include "report-engine/page_source.h"
 #include "report-engine/view.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace rs {
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "report-engine/view.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace rs {
 

@@ -1,7 +1,7 @@
 // The window system's calls under their own names, forwarded to libvarkui.so beside this library, which is
 // loaded when the first view is opened. Without it there is no window: every call gives 0.
 #include "report-engine/helper.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 #include <dlfcn.h>
 #include <pthread.h>
@@ -32,5 +32,5 @@ void *FindCall(const char *name)
         static const auto call = reinterpret_cast<Call>(FindCall(#Name));                                    \
         return call != nullptr ? call Arguments : Result();                                                  \
     }
-#include "window-system/calls.def"
+#include "window-system/include/calls.def"
 #undef VARKUI_CALL

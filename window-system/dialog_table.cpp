@@ -1,4 +1,4 @@
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "src/platform/window_api.h"
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 namespace vark {
 

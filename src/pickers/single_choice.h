@@ -5,7 +5,7 @@
 #include "src/frame/thread_context.h"
 #include "src/pickers/remembered_choice.h"
 #include "src/platform/window_api.h"
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <cstdint>
 

@@ -2,4 +2,4 @@
 // The window system's header knows which.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"

@@ -33,8 +33,10 @@ const std::vector<std::string> parts = {"record-manager", "window-system", "repo
 bool IsPublicHeaderOfAPart(std::string_view path)
 {
     static const std::set<std::string_view> known = {
-        "record-manager/btrcall.h", "window-system/varkui.h", "window-system/dialog_table.h",
-        "window-system/calls.def", // the list of the window calls, from which forwarders are made
+        "record-manager/btrcall.h",
+        "window-system/include/varkui.h",
+        "window-system/include/dialog_table.h",
+        "window-system/include/calls.def", // the list of the window calls, from which forwarders are made
         "report-engine/rs.h",
     };
     return known.contains(path);
@@ -168,7 +170,7 @@ std::string WhyNot(const std::string &from, const std::string &to)
     }
     if (LiesIn(from, "examples")) {
         // A host with a message loop of its own takes its calls from the window system.
-        const bool isExported = to == "include/vark40.h" || to == "window-system/varkui.h";
+        const bool isExported = to == "include/vark40.h" || to == "window-system/include/varkui.h";
         return isExported ? "" : "hosts use the exported interface";
     }
     // The dialog of the rates has no export, and the posting that would bring it up would stay in the books:

@@ -1,5 +1,5 @@
 #include "layout.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 #include <gtest/gtest.h>
 

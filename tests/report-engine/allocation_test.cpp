@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "report_support.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 extern "C" {
 void *__libc_malloc(size_t size);               // NOLINT: names of the C library

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "report_support.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 using namespace reports;
 

@@ -8,7 +8,7 @@
 
 #include "report_support.h"
 #include "tests/support/display.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 using namespace reports;
 using vark::test::Display;

@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "report_support.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 using namespace reports;
 

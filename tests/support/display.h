@@ -18,7 +18,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace vark::test {
 

@@ -9,7 +9,7 @@
 
 #include "front_end_setup.h"
 #include "text/windows1252.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 using namespace text;
 
@@ -205,7 +205,7 @@ TEST(Library, ExportsEveryCallOfTheList)
     void *library = dlopen(VARKUI_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
 #define VARKUI_CALL(result, name, parameters, arguments) EXPECT_NE(dlsym(library, #name), nullptr) << #name;
-#include "window-system/calls.def"
+#include "window-system/include/calls.def"
 #undef VARKUI_CALL
     dlclose(library);
 }

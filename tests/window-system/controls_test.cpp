@@ -6,7 +6,7 @@
 
 #include "front_end_setup.h"
 #include "text/windows1252.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 using namespace text;
 

@@ -4,8 +4,8 @@
 #include <functional>
 #include <string>
 
-#include "window-system/dialog_table.h"
-#include "window-system/varkui.h"
+#include "window-system/include/dialog_table.h"
+#include "window-system/include/varkui.h"
 
 using DialogHandler = std::function<INT_PTR(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)>;
 

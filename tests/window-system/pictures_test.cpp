@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "front_end_setup.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace {
 

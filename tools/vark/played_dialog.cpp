@@ -1,6 +1,6 @@
 #include "tools/vark/played_dialog.h"
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 #include <stdexcept>
 

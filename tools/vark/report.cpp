@@ -8,7 +8,7 @@
 #include "tools/vark/played_dialog.h"
 #include "tools/vark/reasons.h"
 #include "tools/vark/report_progress.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 #include <charconv>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // Buttons of every kind, and static texts.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

@@ -1,7 +1,7 @@
 // What a control tells its parent.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

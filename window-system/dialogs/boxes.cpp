@@ -1,8 +1,8 @@
 #include "window-system/dialogs/boxes.h"
 
 #include "text/windows1252.h"
-#include "window-system/dialog_table.h"
 #include "window-system/dialogs/dialogs.h"
+#include "window-system/include/dialog_table.h"
 #include "window-system/model/handles.h"
 #include "window-system/model/model.h"
 #include "window-system/model/texts.h"

@@ -1,7 +1,7 @@
 // Letters that lead to a control.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

@@ -1,7 +1,7 @@
 // Dialog units in pixels.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

@@ -1,7 +1,7 @@
 // Addresses and handles travel in messages as numbers; this is where they become what they were.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

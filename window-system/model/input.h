@@ -1,7 +1,7 @@
 // The input of a person or script, on its way to a window.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

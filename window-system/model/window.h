@@ -1,8 +1,8 @@
 // What lives: windows, and what they carry. Structures alone; the model around them is in model.h.
 #pragma once
 
+#include "window-system/include/varkui.h"
 #include "window-system/model/rows.h"
-#include "window-system/varkui.h"
 
 namespace varkui {
 

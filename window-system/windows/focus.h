@@ -1,7 +1,7 @@
 // Which window is active and which has the keyboard, thread by thread.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

@@ -1,7 +1,7 @@
 // Where windows stand, whether they are shown and enabled.
 #pragma once
 
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace varkui {
 

@@ -34,5 +34,5 @@ void *FindCall(const char *name)
         static const auto call = reinterpret_cast<Call>(FindCall(#Name));                                    \
         return call != nullptr ? call Arguments : Result();                                                  \
     }
-#include "window-system/calls.def"
+#include "window-system/include/calls.def"
 #undef VARKUI_CALL

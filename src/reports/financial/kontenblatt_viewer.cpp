@@ -10,7 +10,7 @@
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <algorithm>
 #include <cstdio>

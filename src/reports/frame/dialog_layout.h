@@ -2,7 +2,7 @@
 // Every group that several reports show is put together here and nowhere else.
 #pragma once
 
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <cstdint>
 

@@ -5,7 +5,7 @@
 
 #include "src/platform/window_api.h"
 #include "src/reports/frame/period_controls.h"
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <atomic>
 #include <cstdint>

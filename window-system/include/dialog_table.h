@@ -22,7 +22,7 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 #endif
 
 namespace varkui {

@@ -660,7 +660,7 @@ extern "C" {
 #endif
 
 #define VARKUI_CALL(result, name, parameters, arguments) VARKUI_API result name parameters;
-#include "window-system/calls.def"
+#include "window-system/include/calls.def"
 #undef VARKUI_CALL
 
 #ifdef __cplusplus
