@@ -35,7 +35,7 @@ inline ReportParams Printed(ReportParams params)
 template <typename Call> VarkWindow Played(const std::string &instructions, Call call)
 {
     EXPECT_TRUE(VarkUiPlay(instructions.c_str(), TRUE));
-    const VarkWindow view = call();
+    VarkWindow view = call();
     char reason[200] = "";
     const int line = VarkUiPlayed(reason, sizeof reason);
     EXPECT_EQ(0, line) << reason;

@@ -142,7 +142,7 @@ TEST_P(CostReports, WhateverFailsTheReportIsWholeOrNotThere)
                                [](ReportParams *block) {
                                    // Lines of the Stapel are looked up as well.
                                    VarkUiPlay("check 1034\npress 1\n", TRUE);
-                                   const VarkWindow view = GetParam().Call(1, nullptr, block);
+                                   VarkWindow view = GetParam().Call(1, nullptr, block);
                                    VarkUiPlayed(nullptr, 0);
                                    return view;
                                },
@@ -333,7 +333,7 @@ TEST(CostReportsAgree, JournalSplitAndMonthsGiveTheSameForEveryKostenstelle)
     for (int i = 1; i <= 400; ++i) {
         const int month = 1 + below(12);
         const std::string day = std::to_string(180000 + month * 100 + 1 + below(28));
-        const std::string first = objects[static_cast<size_t>(below(5))];
+        const std::string &first = objects[static_cast<size_t>(below(5))];
         const std::string second = below(2) == 0 ? "" : objects[static_cast<size_t>(below(5))];
         const int64_t amount = below(10) == 0 ? -below(100000) : below(1000000);
         const bool isFinal = below(4) != 0;

@@ -101,6 +101,16 @@ struct Model {
         }
         return boxes;
     }
+    [[nodiscard]] std::pair<int, int> BoxesOf(unsigned klasse, const std::string &satz, int last) const
+    {
+        if (IsExact && (klasse & 0x80) != 0) return {last, 0};
+        if (!IsExact && (klasse & 0x40) != 0) return {85, 0};
+        if ((klasse & 2) != 0) return {50, 0};
+        if ((klasse & 4) != 0) return {86, 0};
+        if (IsExact && satz == "12,00") return {87, 0};
+        if (IsExact && satz == "16,00") return {88, 0};
+        return {35, 36};
+    }
     void Take(const ModelPosting &posting, std::map<int, int64_t> &boxes, int &last) const
     {
         if ((posting.Status & 0x10) != 0) {
@@ -125,31 +135,7 @@ struct Model {
         } else if ((posting.Status & 0x200) == 0) {
             return;
         }
-        int first = 35;
-        int second = 36;
-        const auto alone = [&](int box) {
-            first = box;
-            second = 0;
-        };
-        if (IsExact) {
-            if ((klasse & 0x80) != 0) {
-                alone(last);
-            } else if ((klasse & 2) != 0) {
-                alone(50);
-            } else if ((klasse & 4) != 0) {
-                alone(86);
-            } else if (posting.Satz == "12,00") {
-                alone(87);
-            } else if (posting.Satz == "16,00") {
-                alone(88);
-            }
-        } else if ((klasse & 0x40) != 0) {
-            alone(85);
-        } else if ((klasse & 2) != 0) {
-            alone(50);
-        } else if ((klasse & 4) != 0) {
-            alone(86);
-        }
+        const auto [first, second] = BoxesOf(klasse, posting.Satz, last);
         last = first;
         int sign = 0;
         if ((posting.Steuerflags & 4) != 0) {
