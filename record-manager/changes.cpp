@@ -27,7 +27,7 @@ bool Pending(const ClientStore *store)
 int16_t TouchFile(ClientFile *file)
 {
     if (file->Touched) return BtrStatusOk;
-    const int16_t status = ReadCounters(file->Home->Books, file->Home->Writer, *file->Of, &file->Now);
+    const int16_t status = ReadCounters(ViewOf(file->Home->Pending), *file->Of, &file->Now);
     if (status != BtrStatusOk) return status;
     file->FirstSequence = file->Now.Sequence;
     file->FirstRecord = file->Now.LastRecord;
@@ -47,13 +47,13 @@ void Withdraw(Change *change)
 int16_t EnterWriter(Change *change, unsigned wait_ms)
 {
     ClientStore *store = change->Store;
-    if (store->Writer != nullptr) return store->Broken;
+    if (store->Pending != nullptr) return store->Broken;
     const bool exclusive = store->Owner->Transaction == TransactionKind::Exclusive;
     int16_t status = EnterGate(store->Books->WriteGate, wait_ms, exclusive);
     if (status != BtrStatusOk) return status;
-    status = BeginWriter(store->Books, &store->Writer);
+    status = BeginWriter(store->Books, &store->Pending);
     if (status != BtrStatusOk) {
-        store->Writer = nullptr;
+        store->Pending = nullptr;
         LeaveGate(store->Books->WriteGate);
         return status;
     }
@@ -140,15 +140,15 @@ int16_t EndChange(Change *change, int16_t status, unsigned treeChanges)
     return status;
 }
 
-MDB_cursor *IndexCursor(Change *change, const Key &key, int16_t *status)
+Cursor *IndexCursor(Change *change, const Key &key, int16_t *status)
 {
-    MDB_cursor *cursor = nullptr;
+    Cursor *cursor = nullptr;
     *status = UseWriteCursor(change->In, IndexTree(KeyIndex(change->In->Of->Layout, key)), &cursor);
     return cursor;
 }
 
 // Whether another entry of the group lies at the given side of the entry.
-int16_t HasNeighbour(MDB_cursor *cursor, const Key &key, Bytes entry, Side side, bool *has)
+int16_t HasNeighbour(View *view, Cursor *cursor, const Key &key, Bytes entry, Side side, bool *has)
 {
     uint8_t bound[maxEntryKey + 1];
     memcpy(bound, entry.Data, entry.Size);
@@ -156,7 +156,7 @@ int16_t HasNeighbour(MDB_cursor *cursor, const Key &key, Bytes entry, Side side,
     Bytes found;
     Bytes ignored;
     const size_t size = side == Side::AtOrAfter ? entry.Size + 1 : entry.Size;
-    const int16_t status = Seek(cursor, {bound, size}, side, &found, &ignored);
+    const int16_t status = Seek(view, cursor, {bound, size}, side, &found, &ignored);
     *has = status == BtrStatusOk && BeginsWith(found, entry.Data, key.Length);
     return status == BtrStatusEndOfFile ? static_cast<int16_t>(BtrStatusOk) : status;
 }
@@ -168,8 +168,8 @@ int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t
     uint8_t entry[maxEntryKey];
     const size_t size = EntryKeyOf(definition, key, record, RunningOf(key, number, sequence), entry);
     int16_t status = BtrStatusOk;
-    MDB_cursor *cursor = IndexCursor(change, key, &status);
-    if (status == BtrStatusOk) status = Add(change->Store->Books, cursor, {entry, size}, KeyOfRecord(number));
+    Cursor *cursor = IndexCursor(change, key, &status);
+    if (status == BtrStatusOk) status = Add(cursor, {entry, size}, KeyOfRecord(number));
     if (status == BtrStatusDuplicateKey) return status;
     bool first = true;
     if (status == BtrStatusOk && key.Duplicates) {
@@ -177,12 +177,13 @@ int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t
         // number need not be.
         Bytes before;
         Bytes ignored;
-        status = SeekPrevious(cursor, &before, &ignored);
+        status = SeekPrevious(ViewOf(change->Store->Pending), cursor, &before, &ignored);
         first = status != BtrStatusOk || !BeginsWith(before, entry, key.Length);
         if (status == BtrStatusEndOfFile) status = BtrStatusOk;
         if (status == BtrStatusOk && first && key.Repeating) {
             bool after = false;
-            status = HasNeighbour(cursor, key, {entry, size}, Side::AtOrAfter, &after);
+            status = HasNeighbour(ViewOf(change->Store->Pending), cursor, key, {entry, size}, Side::AtOrAfter,
+                                  &after);
             first = !after;
         }
     }
@@ -201,14 +202,15 @@ int16_t RemoveEntry(Change *change, const Key &key, const uint8_t *entry)
     bool before = false;
     bool after = false;
     int16_t status = BtrStatusOk;
-    MDB_cursor *cursor = IndexCursor(change, key, &status);
+    Cursor *cursor = IndexCursor(change, key, &status);
     if (status == BtrStatusOk && key.Duplicates) {
-        status = HasNeighbour(cursor, key, whole, Side::Before, &before);
+        status = HasNeighbour(ViewOf(change->Store->Pending), cursor, key, whole, Side::Before, &before);
         if (status == BtrStatusOk && !before)
-            status = HasNeighbour(cursor, key, whole, Side::AtOrAfter, &after);
+            status =
+                HasNeighbour(ViewOf(change->Store->Pending), cursor, key, whole, Side::AtOrAfter, &after);
     }
     if (status == BtrStatusOk)
-        status = Remove(change->Store->Writer, change->In->Of->Trees[IndexTree(index)], whole);
+        status = Remove(change->Store->Pending, *change->In->Of, IndexTree(index), whole);
     if (status != BtrStatusOk) {
         change->Damaged = true;
         return status == BtrStatusKeyNotFound ? static_cast<int16_t>(BtrStatusForeignFile) : status;
@@ -228,9 +230,10 @@ int16_t AssignNumbers(Change *change, uint8_t *record, bool *assigned)
         Bytes entry;
         Bytes ignored;
         int16_t status = BtrStatusOk;
-        MDB_cursor *cursor = IndexCursor(change, key, &status);
+        Cursor *cursor = IndexCursor(change, key, &status);
         if (status == BtrStatusOk) {
-            status = Seek(cursor, {}, descending ? Side::First : Side::Last, &entry, &ignored);
+            status = Seek(ViewOf(change->Store->Pending), cursor, {}, descending ? Side::First : Side::Last,
+                          &entry, &ignored);
         }
         if (status != BtrStatusOk && status != BtrStatusEndOfFile) return status;
         uint64_t highest = 0;
@@ -339,9 +342,8 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
     }
 
     uint8_t *place = nullptr;
-    const int16_t status =
-        Reserve(change->Store->Books, change->Store->Writer, change->In->Of->Trees[recordTree],
-                KeyOfRecord(number), StampsSize(definition) + record.Size, true, &place);
+    const int16_t status = Reserve(change->Store->Pending, *change->In->Of, recordTree, KeyOfRecord(number),
+                                   StampsSize(definition) + record.Size, true, &place);
     if (status != BtrStatusOk) {
         change->Damaged = true;
         return status;
@@ -406,7 +408,7 @@ namespace {
 int16_t FetchCurrent(const Change &change, Bytes *stored)
 {
     const Handle &handle = *change.On;
-    const int16_t status = FetchStored(change.Store->Writer, *change.In->Of, handle.Record, stored);
+    const int16_t status = FetchStored(ViewOf(change.Store->Pending), *change.In->Of, handle.Record, stored);
     if (status == BtrStatusKeyNotFound) return BtrStatusConflict;
     if (status != BtrStatusOk) return status;
     return VersionOf(*stored) == handle.Version ? BtrStatusOk : BtrStatusConflict;
@@ -442,8 +444,8 @@ int16_t CompareKeys(Change *change, const uint8_t *from, const uint8_t *to, KeyC
         uint8_t entry[maxEntryKey];
         Bytes value;
         const size_t size = EntryKeyOf(definition, key, to, 0, entry);
-        const unsigned tree = change->In->Of->Trees[IndexTree(i)];
-        const int16_t status = Get(change->Store->Writer, tree, {entry, size}, &value);
+        const int16_t status =
+            Get(ViewOf(change->Store->Pending), *change->In->Of, IndexTree(i), {entry, size}, &value);
         if (status == BtrStatusOk) return BtrStatusDuplicateKey;
         if (status != BtrStatusKeyNotFound) return status;
     }
@@ -471,9 +473,8 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
         if (status != BtrStatusOk) return status;
     }
     uint8_t *place = nullptr;
-    const int16_t status =
-        Reserve(change->Store->Books, change->Store->Writer, change->In->Of->Trees[recordTree],
-                KeyOfRecord(number), StampsSize(definition) + record.Size, false, &place);
+    const int16_t status = Reserve(change->Store->Pending, *change->In->Of, recordTree, KeyOfRecord(number),
+                                   StampsSize(definition) + record.Size, false, &place);
     if (status != BtrStatusOk) return status;
     memcpy(place, old.Data, StampsSize(definition));
     PutBigEndian(place, sequence, stampSize);
@@ -582,7 +583,7 @@ int16_t DeleteRecord(const Call &call)
         }
     }
     if (status == BtrStatusOk) {
-        status = Remove(change.Store->Writer, handle->In->Of->Trees[recordTree], KeyOfRecord(handle->Record));
+        status = Remove(change.Store->Pending, *handle->In->Of, recordTree, KeyOfRecord(handle->Record));
         if (status == BtrStatusOk) {
             handle->In->Now.Records--;
         } else {

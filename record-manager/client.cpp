@@ -166,7 +166,7 @@ Handle *AddHandle(Client *client, ClientFile *file, void *positionBlock)
     auto *handle = static_cast<Handle *>(calloc(1, sizeof(Handle)));
     if (handle == nullptr) return nullptr;
     const size_t trees = IndexTree(file->Of->Layout.KeyCount);
-    handle->Cursors = static_cast<SnapshotCursor *>(calloc(trees, sizeof(SnapshotCursor)));
+    handle->Cursors = static_cast<Cursor **>(calloc(trees, sizeof(Cursor *)));
     if (handle->Cursors == nullptr) {
         free(handle);
         return nullptr;
@@ -190,7 +190,7 @@ void RemoveHandle(Client *client, Handle *handle)
 {
     client->Handles[handle->Index] = nullptr;
     for (size_t tree = 0; tree < IndexTree(handle->In->Of->Layout.KeyCount); ++tree) {
-        if (handle->Cursors[tree].Cursor != nullptr) CloseCursor(handle->Cursors[tree].Cursor);
+        if (handle->Cursors[tree] != nullptr) CloseCursor(handle->Cursors[tree]);
     }
     free(handle->Cursors);
     free(handle->Multiple.Locks);
@@ -243,7 +243,7 @@ void ReleaseIdle(Client *client)
     for (ClientStore *store = client->Stores; store != nullptr;) {
         ClientStore *next = store->Next;
         if (store->LockFd >= 0 && !HoldsLocks(store)) GiveLockDescription(store->Books, &store->LockFd);
-        const bool idle = store->Opens == 0 && store->Files == nullptr && store->Writer == nullptr;
+        const bool idle = store->Opens == 0 && store->Files == nullptr && store->Pending == nullptr;
         if (idle && client->Changed != store) EndClientStore(store);
         store = next;
     }
@@ -270,10 +270,10 @@ void ReleaseClientFile(ClientFile *file)
     free(file);
 }
 
-int16_t BeginView(ClientStore *store, MDB_txn **view)
+int16_t BeginView(ClientStore *store, View **view)
 {
-    if (store->Writer != nullptr) {
-        *view = store->Writer;
+    if (store->Pending != nullptr) {
+        *view = ViewOf(store->Pending);
         return store->Broken;
     }
     const int16_t status = BeginSnapshot(store->Books, &store->Snapshot);
@@ -283,14 +283,14 @@ int16_t BeginView(ClientStore *store, MDB_txn **view)
 
 void EndView(ClientStore *store)
 {
-    if (store->Writer == nullptr) ResetSnapshot(store->Snapshot);
+    if (store->Pending == nullptr) ResetSnapshot(store->Snapshot);
 }
 
-int16_t UseWriteCursor(ClientFile *file, size_t tree, MDB_cursor **cursor)
+int16_t UseWriteCursor(ClientFile *file, size_t tree, Cursor **cursor)
 {
     int16_t status = BtrStatusOk;
     if (file->WriteCursors[tree] == nullptr) {
-        status = OpenWriteCursor(file->Home->Writer, file->Of->Trees[tree], &file->WriteCursors[tree]);
+        status = OpenWriteCursor(file->Home->Pending, *file->Of, tree, &file->WriteCursors[tree]);
         file->Cursors = true;
     }
     *cursor = file->WriteCursors[tree];

@@ -2,12 +2,12 @@
 //
 // What holds between calls:
 //  1. A client store's Snapshot is reset: no call leaves one open.
-//  2. Writer is set only inside a transaction that has changed something, or while loading; the gate is
+//  2. Pending is set only inside a transaction that has changed something, or while loading; the gate is
 //     then held.
-//  3. A client file is Touched only while Writer is set; its Counters are then newer than the stored ones.
+//  3. A client file is Touched only while Pending is set; its Counters are then newer than the stored ones.
 //  4. Every lock in a position block's list, and every one in Implicit, is counted once in Held of its file;
 //     a counted record is locked in the lock description, or lies in the range of a Whole file.
-//  5. WriteCursors of a file are set only while Writer of its store is, and Cursors tells that some are.
+//  5. WriteCursors of a file are set only while Pending of its store is, and Cursors tells that some are.
 #pragma once
 
 #include "record-manager/limits.h"
@@ -33,11 +33,11 @@ struct ClientStore {
     Client *Owner;
     Store *Books;
     ClientFile *Files;
-    MDB_txn *Snapshot;
-    MDB_txn *Writer;
-    int LockFd;     // below 0 as long as no record and no whole file is locked
-    int16_t Broken; // status that ended the pending changes; they can only be aborted
-    unsigned Opens; // position blocks
+    View *Snapshot;
+    Writer *Pending; // set: the changes that are not yet committed
+    int LockFd;      // below 0 as long as no record and no whole file is locked
+    int16_t Broken;  // status that ended the pending changes; they can only be aborted
+    unsigned Opens;  // position blocks
     unsigned LoadingOpens;
     unsigned LoadedChanges; // of trees, since the last commit while loading
     PendingCreate *Created; // in this order
@@ -69,7 +69,7 @@ struct ClientFile {
     uint32_t FirstRecord;   // the last one before the pending changes
     RecordCounts Held;
     RecordCounts Implicit; // of Held, what ends with the transaction and is in no position block's list
-    MDB_cursor *WriteCursors[1 + BtrMaxKeys]; // as File::Trees
+    Cursor *WriteCursors[1 + BtrMaxKeys]; // as File::Trees
 };
 
 enum class Physical : uint8_t {
@@ -89,9 +89,9 @@ struct Handle {
     uint32_t Index;
     int8_t Mode;
     ClientFile *In;
-    SnapshotCursor *Cursors; // as File::Trees
-    bool AtPlace;            // the logical key's, if it still stands, is on the entry of Place
-    uint32_t AtRecord;       // and the records' on this one
+    Cursor **Cursors;  // as File::Trees
+    bool AtPlace;      // the logical key's, if it still stands, is on the entry of Place
+    uint32_t AtRecord; // and the records' on this one
 
     Physical State;
     bool KeyOnly; // the record itself was not read, so it cannot be changed
@@ -161,10 +161,10 @@ int16_t NeedLockDescription(ClientStore *store);
 void ReleaseClientFile(ClientFile *file);
 
 // Where to read: the pending changes, or a fresh snapshot until EndView.
-int16_t BeginView(ClientStore *store, MDB_txn **view);
+int16_t BeginView(ClientStore *store, View **view);
 void EndView(ClientStore *store);
 // The cursor on one of the file's trees in the pending changes.
-int16_t UseWriteCursor(ClientFile *file, size_t tree, MDB_cursor **cursor);
+int16_t UseWriteCursor(ClientFile *file, size_t tree, Cursor **cursor);
 
 // Locks a record for a position block or a pending change, or counts one more holder.
 LockResult HoldRecord(ClientFile *file, uint32_t record, const LockRequest &request);

@@ -79,20 +79,20 @@ ClientFile *FindClientFile(ClientStore *store, uint32_t number)
 
 int16_t FindNumber(ClientStore *store, const FilePath &path, uint32_t *number)
 {
-    MDB_txn *view = nullptr;
+    View *view = nullptr;
     int16_t status = BeginView(store, &view);
     if (status != BtrStatusOk) return status;
-    status = FindFileNumber(store->Books, view, path.Name, number);
+    status = FindFileNumber(view, path.Name, number);
     EndView(store);
     return status == BtrStatusOk && *number == 0 ? StatusOfMissing(path) : status;
 }
 
 int16_t AcquireNamed(ClientStore *store, const FilePath &path, File **file)
 {
-    MDB_txn *view = nullptr;
+    View *view = nullptr;
     int16_t status = BeginView(store, &view);
     if (status != BtrStatusOk) return status;
-    status = AcquireFile(store->Books, path.Name, view, store->Writer != nullptr, file);
+    status = AcquireFile(view, path.Name, file);
     EndView(store);
     return status == BtrStatusFileNotFound ? StatusOfMissing(path) : status;
 }
@@ -187,7 +187,7 @@ int16_t CreatePending(ClientStore *store, const char *name, const Definition &de
     created->Layout = definition;
     created->Replaced = replaced;
     memcpy(created->Name, name, strnlen(name, BtrPathSize));
-    const int16_t status = CreateFile(store->Books, store->Writer, name, definition);
+    const int16_t status = CreateFile(store->Pending, name, definition);
     if (status != BtrStatusOk) {
         // The catalogue may be half changed.
         store->Broken = status;
@@ -270,8 +270,8 @@ int16_t CreateFile(const Call &call)
     // What was loaded is made final, so that the file can be made in a transaction of its own. In a
     // transaction that has changed something it is made there, and again should that be undone.
     if (store->Owner->Transaction == TransactionKind::None) status = CommitChanges(store);
-    const bool pending = store->Writer != nullptr;
-    MDB_txn *writer = store->Writer;
+    const bool pending = store->Pending != nullptr;
+    Writer *writer = store->Pending;
     if (pending) {
         status = store->Broken;
     } else {
@@ -280,7 +280,7 @@ int16_t CreateFile(const Call &call)
         status = BeginWriter(store->Books, &writer);
     }
     uint32_t number = 0;
-    if (status == BtrStatusOk) status = FindFileNumber(store->Books, writer, path.Name, &number);
+    if (status == BtrStatusOk) status = FindFileNumber(ViewOf(writer), path.Name, &number);
     if (status == BtrStatusOk && number != 0 && call.KeyNumber == BtrKeepExisting)
         status = BtrStatusFileExists;
     bool locked = false;
@@ -290,13 +290,13 @@ int16_t CreateFile(const Call &call)
     }
     if (status == BtrStatusOk) {
         status = pending ? CreatePending(store, path.Name, definition, number)
-                         : CreateFile(store->Books, writer, path.Name, definition);
+                         : CreateFile(writer, path.Name, definition);
     }
     if (!pending) {
         if (status == BtrStatusOk) {
-            status = CommitWriter(store->Books, writer);
+            status = CommitWriter(writer);
         } else if (writer != nullptr) {
-            AbortWriter(store->Books, writer);
+            AbortWriter(writer);
         }
         LeaveGate(store->Books->WriteGate);
     }
@@ -314,10 +314,10 @@ int16_t StatFile(const Call &call)
     Counters read;
     const Counters *counters = &file->Now;
     if (!file->Touched) {
-        MDB_txn *view = nullptr;
+        View *view = nullptr;
         int16_t status = BeginView(file->Home, &view);
         if (status == BtrStatusOk) {
-            status = ReadCounters(file->Home->Books, view, *file->Of, &read);
+            status = ReadCounters(view, *file->Of, &read);
             EndView(file->Home);
         }
         if (status != BtrStatusOk) return status;

@@ -25,34 +25,35 @@ struct Search {
 };
 
 // Searches with a cursor; one that stands where the search begins only moves on.
-int16_t SeekOrMove(MDB_cursor *cursor, bool stands, const Search &search, Bytes *key, Bytes *value)
+int16_t SeekOrMove(View *view, Cursor *cursor, bool stands, const Search &search, Bytes *key, Bytes *value)
 {
-    if (!stands) return Seek(cursor, {search.Bound, search.Size}, search.Where, key, value);
-    return search.Where == Side::Before ? SeekPrevious(cursor, key, value) : SeekNext(cursor, key, value);
+    if (!stands) return Seek(view, cursor, {search.Bound, search.Size}, search.Where, key, value);
+    return search.Where == Side::Before ? SeekPrevious(view, cursor, key, value)
+                                        : SeekNext(view, cursor, key, value);
 }
 
 // Searches one of the file's trees. `stands` tells that the cursor, if it still stands, is where the search
 // begins.
-int16_t Find(Handle *handle, MDB_txn *view, const Search &search, bool stands, Bytes *key, Bytes *value)
+int16_t Find(Handle *handle, View *view, const Search &search, bool stands, Bytes *key, Bytes *value)
 {
     ClientFile *file = handle->In;
     int16_t status = BtrStatusOk;
-    if (file->Home->Writer != nullptr) {
-        MDB_cursor *cursor = nullptr;
+    if (file->Home->Pending != nullptr) {
+        Cursor *cursor = nullptr;
         status = UseWriteCursor(file, search.Tree, &cursor);
-        if (status == BtrStatusOk) status = SeekOrMove(cursor, false, search, key, value);
+        if (status == BtrStatusOk) status = SeekOrMove(view, cursor, false, search, key, value);
     } else {
-        SnapshotCursor &cursor = handle->Cursors[search.Tree];
+        Cursor **cursor = &handle->Cursors[search.Tree];
         bool unmoved = false;
-        status = UseCursor(view, file->Of->Trees[search.Tree], &cursor, &unmoved);
-        if (status == BtrStatusOk) status = SeekOrMove(cursor.Cursor, stands && unmoved, search, key, value);
+        status = UseCursor(view, *file->Of, search.Tree, cursor, &unmoved);
+        if (status == BtrStatusOk) status = SeekOrMove(view, *cursor, stands && unmoved, search, key, value);
     }
     if (status == BtrStatusEndOfFile) return search.None;
     if (status != BtrStatusOk) return status;
     return BeginsWith(*key, search.Bound, search.Prefix) ? static_cast<int16_t>(BtrStatusOk) : search.None;
 }
 
-int16_t FindRecord(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+int16_t FindRecord(Handle *handle, View *view, const Search &search, Found *found)
 {
     Bytes key{};
     const bool stands =
@@ -62,26 +63,26 @@ int16_t FindRecord(Handle *handle, MDB_txn *view, const Search &search, Found *f
     if (status != BtrStatusOk) return status;
     found->Record = RecordNumber(key);
     if (found->Record == 0 || !IsWhole(handle->In->Of->Layout, found->Stored)) return BtrStatusForeignFile;
-    if (handle->In->Home->Writer == nullptr) handle->AtRecord = found->Record;
+    if (handle->In->Home->Pending == nullptr) handle->AtRecord = found->Record;
     return BtrStatusOk;
 }
 
 // The record of an index entry; next to it lies, more often than not, the one that was read before.
-int16_t FetchIndexed(Handle *handle, MDB_txn *view, uint32_t record, Bytes *stored)
+int16_t FetchIndexed(Handle *handle, View *view, uint32_t record, Bytes *stored)
 {
     const File &file = *handle->In->Of;
-    if (handle->In->Home->Writer != nullptr) return FetchStored(view, file, record, stored);
+    if (handle->In->Home->Pending != nullptr) return FetchStored(view, file, record, stored);
     bool unmoved = false;
     handle->AtRecord = 0;
-    int16_t status = UseCursor(view, file.Trees[recordTree], &handle->Cursors[recordTree], &unmoved);
+    int16_t status = UseCursor(view, file, recordTree, &handle->Cursors[recordTree], &unmoved);
     if (status != BtrStatusOk) return status;
-    status = SeekExactly(handle->Cursors[recordTree].Cursor, KeyOfRecord(record), stored);
+    status = SeekExactly(view, handle->Cursors[recordTree], KeyOfRecord(record), stored);
     if (status != BtrStatusOk) return status;
     handle->AtRecord = record;
     return IsWhole(file.Layout, *stored) ? BtrStatusOk : BtrStatusForeignFile;
 }
 
-int16_t FindEntry(Handle *handle, MDB_txn *view, const Search &search, Found *found)
+int16_t FindEntry(Handle *handle, View *view, const Search &search, Found *found)
 {
     Bytes value{};
     const bool stands = search.FromHere && handle->AtPlace;
@@ -109,7 +110,7 @@ int16_t FindAndLock(const Call &call, const LockRequest &request, Find find, Fou
     }
     uint32_t locked = 0;
     for (;;) {
-        MDB_txn *view = nullptr;
+        View *view = nullptr;
         int16_t status = BeginView(store, &view);
         if (status == BtrStatusOk) status = find(view, found);
         if (status != BtrStatusOk) {
@@ -222,13 +223,12 @@ int16_t ReadByKey(const Call &call)
     MakeSearch(call, *key, &search);
     Found found{};
     status = FindAndLock(
-        call, request, [&](MDB_txn *view, Found *out) { return FindEntry(handle, view, search, out); },
-        &found);
+        call, request, [&](View *view, Found *out) { return FindEntry(handle, view, search, out); }, &found);
     if (status != BtrStatusOk) return status;
 
     SetPhysical(call, found);
     handle->LogicalKey = call.KeyNumber;
-    handle->AtPlace = handle->In->Home->Writer == nullptr;
+    handle->AtPlace = handle->In->Home->Pending == nullptr;
     handle->PlaceLength = found.Entry.Size;
     memcpy(handle->Place, found.Entry.Data, found.Entry.Size);
     if (!call.KeyOnly) status = Deliver(call, found);
@@ -268,8 +268,7 @@ int16_t ReadByStep(const Call &call)
 
     Found found{};
     status = FindAndLock(
-        call, request, [&](MDB_txn *view, Found *out) { return FindRecord(handle, view, search, out); },
-        &found);
+        call, request, [&](View *view, Found *out) { return FindRecord(handle, view, search, out); }, &found);
     if (status != BtrStatusOk) return status;
     SetPhysical(call, found);
     if (call.Operation == BtrOpStepFirst || call.Operation == BtrOpStepLast)
@@ -308,7 +307,7 @@ int16_t ReadDirect(const Call &call)
     Found found{};
     status = FindAndLock(
         call, request,
-        [&](MDB_txn *view, Found *out) -> int16_t {
+        [&](View *view, Found *out) -> int16_t {
             const int16_t fetched = record == 0 ? static_cast<int16_t>(BtrStatusKeyNotFound)
                                                 : FetchStored(view, *handle->In->Of, record, &out->Stored);
             out->Record = record;

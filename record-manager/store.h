@@ -1,12 +1,15 @@
-// The ordered store below the calls: the books of one directory, their files, and reading and writing them in
-// transactions. It knows bytes and files; records' currency, locks and statuses of calls are the business of
-// those above. This is the only part that knows which store it is (store.cpp, stores.cpp and
-// page_order.cpp alone see its header).
+// The seam between the record manager and the ordered store below it: the books of one directory, their
+// files, and reading and writing them in transactions. It knows bytes and files; records' currency, locks and
+// statuses of calls are the business of those above. What is behind it stands in a folder of its own (lmdb/),
+// whose headers nobody else includes.
+//
+// A file has trees of entries, ordered by the bytes of their keys: its records under their numbers, and an
+// index for each key. A view is a state of all of them; a writer, of which a directory has one at a time,
+// makes the next one.
 #pragma once
 
 #include "record-manager/definition.h"
 #include "record-manager/gate.h"
-#include "record-manager/page_order.h"
 #include "record-manager/shared_locks.h"
 
 #include <atomic>
@@ -15,11 +18,13 @@
 #include <pthread.h>
 #include <sys/types.h>
 
-struct MDB_env;
-struct MDB_txn;
-struct MDB_cursor;
-
 namespace wbtrv {
+
+// The store's own.
+struct Environment;
+struct View;
+struct Writer;
+struct Cursor;
 
 struct Bytes {
     const uint8_t *Data;
@@ -40,21 +45,20 @@ struct File {
     File *Next;
     uint32_t Number;
     unsigned Uses;
-    uint32_t MovedUpTo;             // record up to which full leaves were moved
-    unsigned Trees[1 + BtrMaxKeys]; // recordTree, and IndexTree of each key
+    unsigned Trees[1 + BtrMaxKeys]; // the store's numbers of recordTree, and of IndexTree of each key
     char Name[BtrPathSize + 1];
     Definition Layout;
 };
 
+// The tree of the records, whose keys are their numbers as the machine holds them, and those of the keys.
 inline constexpr size_t recordTree = 0;
 constexpr size_t IndexTree(size_t key) { return key + 1; }
 
 // The books of a directory, once per process.
 struct Store {
     Store *Next;
-    MDB_env *Environment;
+    Environment *Own;
     Gate *WriteGate; // null when ReadOnly
-    unsigned Catalogue;
     int DirectoryFd;
     int PresenceFd; // books.mdb, holding the lock that tells others of us
     dev_t Device;
@@ -67,13 +71,6 @@ struct Store {
     pthread_mutex_t Mutex;  // Files, and every opening and closing of a tree
     File *Files;
     SharedLocks Shared;
-
-    // Guarded by the gate.
-    uint32_t KnownFile; // the trees of files up to this number are open
-    uint64_t OrderDue;  // number of the transaction that is to look after the order of pages
-    SplitLeaves Splits;
-    bool TreesDropped; // by the write transaction under way
-    int64_t LastReaderCheck_s;
 };
 
 // Name of the file that holds a directory's books.
@@ -100,79 +97,79 @@ void UnlockRegistry();
 void BeforeFork();
 void AfterForkInParent();
 
-// Finds `name` among the files of the store for one more use, seen from `view`; `writing` tells that this is
-// the own write transaction. Returns 0, 12, 30 (also when the books were cut off), 86, 2.
-int16_t AcquireFile(Store *store, const char *name, MDB_txn *view, bool writing, File **file);
+// Every function from here on that reads returns 2 where the books were damaged, beside what it names.
+
+// Finds `name` among the files of the view for one more use. Returns 0, 12, 30 (also when the books were cut
+// off), 86.
+int16_t AcquireFile(View *view, const char *name, File **file);
 void ReleaseFile(Store *store, File *file);
 
-// Makes a file in a write transaction, in place of one of the same name, which nobody may have open.
-// Returns 0, 18, 86, 2.
-int16_t CreateFile(Store *store, MDB_txn *writer, const char *name, const Definition &definition);
+// Makes a file in place of one of the same name, which nobody may have open. Returns 0, 18, 86.
+int16_t CreateFile(Writer *writer, const char *name, const Definition &definition);
 
 // After a transaction that made files was undone: takes the trees from the files that are no more, and, when
 // the files were made anew in another one, gives them back. `last`: the highest number of a file that stayed.
 void ForgetTrees(Store *store, uint32_t last);
-int16_t RenewTrees(Store *store, MDB_txn *writer, uint32_t last);
+int16_t RenewTrees(Writer *writer, uint32_t last);
 
 // The highest file number given so far.
-int16_t ReadLastFile(const Store *store, MDB_txn *view, uint32_t *number);
+int16_t ReadLastFile(View *view, uint32_t *number);
 
 // The number of a file of this name, 0 if there is none.
-int16_t FindFileNumber(Store *store, MDB_txn *view, const char *name, uint32_t *number);
+int16_t FindFileNumber(View *view, const char *name, uint32_t *number);
 
 // A snapshot for reading, made once per client and store, and renewed and given back by each call: a snapshot
 // that idles would keep the store from reusing space.
-int16_t BeginSnapshot(Store *store, MDB_txn **snapshot); // *snapshot null: made, otherwise renewed
-void ResetSnapshot(MDB_txn *snapshot);
-void EndSnapshot(MDB_txn *snapshot);
+int16_t BeginSnapshot(Store *store, View **snapshot); // *snapshot null: made, otherwise renewed
+void ResetSnapshot(View *snapshot);
+void EndSnapshot(View *snapshot);
 
 // The write transaction of the directory. The caller holds the gate. Every file there is can be used in it.
-int16_t BeginWriter(Store *store, MDB_txn **writer);
-// On disk when this returns, except while loading. On failure everything is undone.
-int16_t CommitWriter(Store *store, MDB_txn *writer);
-void AbortWriter(Store *store, MDB_txn *writer);
+int16_t BeginWriter(Store *store, Writer **writer);
+// On disk when this returns, except while loading. On failure everything is undone. The writer is gone, and
+// its cursors with it.
+int16_t CommitWriter(Writer *writer);
+void AbortWriter(Writer *writer);
+// What the writer has made so far.
+View *ViewOf(Writer *writer);
 // Commits between this and its end are not awaited by the disk; the end awaits all of them.
 int16_t SetLoading(Store *store, bool loading);
 
-int16_t ReadCounters(Store *store, MDB_txn *view, const File &file, Counters *counters);
-int16_t WriteCounters(Store *store, MDB_txn *writer, const File &file, const Counters &counters);
+int16_t ReadCounters(View *view, const File &file, Counters *counters);
+int16_t WriteCounters(Writer *writer, const File &file, const Counters &counters);
 
-// A cursor in the own write transaction, which frees it at its end.
-int16_t OpenWriteCursor(MDB_txn *writer, unsigned tree, MDB_cursor **cursor);
+// A cursor on one of a file's trees in what the writer has made.
+int16_t OpenWriteCursor(Writer *writer, const File &file, size_t tree, Cursor **cursor);
 
-// A cursor that outlives the snapshots it is used in. Zeroed at first.
-struct SnapshotCursor {
-    MDB_cursor *Cursor;
-    uint64_t Snapshot; // where it was used last
-};
-// Makes it ready for a snapshot. `*stands` tells that it still stands where it stood, since nothing was
-// committed since.
-int16_t UseCursor(MDB_txn *snapshot, unsigned tree, SnapshotCursor *cursor, bool *stands);
-void CloseCursor(MDB_cursor *cursor);
+// A cursor that outlives the snapshots it is used in, made at its first use. `*stands` tells that it still
+// stands where it stood, since nothing was committed since. 87 for lack of memory.
+int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands);
+void CloseCursor(Cursor *cursor);
 
 enum class Side : uint8_t { First, Last, AtOrAfter, Before };
 
 // The first or last entry, or the one nearest to `bound` on one side of it. Keys and values stay where they
 // are until the transaction's next change or end. Returns 0, 9 none, or a failure.
-int16_t Seek(MDB_cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
-// The entry beside the one the cursor is on.
-int16_t SeekNext(MDB_cursor *cursor, Bytes *key, Bytes *value);
-int16_t SeekPrevious(MDB_cursor *cursor, Bytes *key, Bytes *value);
-// The entry of the key, and the cursor on it. Fast when it lies near. Returns 0, 4 none, or a failure.
-int16_t SeekExactly(MDB_cursor *cursor, Bytes key, Bytes *value);
+int16_t Seek(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
+// The entry beside the one the cursor is on. In a writer only right after Seek or Add.
+int16_t SeekNext(View *view, Cursor *cursor, Bytes *key, Bytes *value);
+int16_t SeekPrevious(View *view, Cursor *cursor, Bytes *key, Bytes *value);
+// The entry of the key in a snapshot, and the cursor on it. Fast when it lies near. Returns 0, 4 none, or a
+// failure.
+int16_t SeekExactly(View *snapshot, Cursor *cursor, Bytes key, Bytes *value);
 
 // Returns 0, 4 none, or a failure.
-int16_t Get(MDB_txn *view, unsigned tree, Bytes key, Bytes *value);
+int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value);
 
 // Writes an entry of `size` bytes, whose place to be filled is given back. `append`: the key lies behind all
 // others.
-int16_t Reserve(Store *store, MDB_txn *writer, unsigned tree, Bytes key, size_t size, bool append,
+int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t size, bool append,
                 uint8_t **place);
 
 // Adds an entry; 5 when the key exists, and nothing is changed. The cursor then stands on it.
-int16_t Add(Store *store, MDB_cursor *cursor, Bytes key, Bytes value);
+int16_t Add(Cursor *cursor, Bytes key, Bytes value);
 
 // Returns 0, 4 none, or a failure.
-int16_t Remove(MDB_txn *writer, unsigned tree, Bytes key);
+int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key);
 
 } // namespace wbtrv

@@ -15,7 +15,7 @@ void LeaveWriter(ClientStore *store)
         if (file->Cursors) memset(file->WriteCursors, 0, sizeof file->WriteCursors);
         file->Cursors = false;
     }
-    store->Writer = nullptr;
+    store->Pending = nullptr;
     store->LoadedChanges = 0;
     store->Broken = BtrStatusOk;
 }
@@ -35,21 +35,21 @@ void ForgetCreated(ClientStore *store)
 int16_t CreateAgain(ClientStore *store)
 {
     Store *books = store->Books;
-    MDB_txn *writer = nullptr;
+    Writer *writer = nullptr;
     int16_t status = BeginWriter(books, &writer);
     if (status != BtrStatusOk) return status;
     uint32_t last = 0;
-    status = ReadLastFile(books, writer, &last);
+    status = ReadLastFile(ViewOf(writer), &last);
     if (status == BtrStatusOk) ForgetTrees(books, last);
     for (const PendingCreate *created = store->Created; created != nullptr && status == BtrStatusOk;
          created = created->Next) {
-        status = CreateFile(books, writer, created->Name, created->Layout);
+        status = CreateFile(writer, created->Name, created->Layout);
     }
-    if (status == BtrStatusOk) status = RenewTrees(books, writer, last);
+    if (status == BtrStatusOk) status = RenewTrees(writer, last);
     if (status == BtrStatusOk) {
-        status = CommitWriter(books, writer);
+        status = CommitWriter(writer);
     } else {
-        AbortWriter(books, writer);
+        AbortWriter(writer);
     }
     if (status != BtrStatusOk) ForgetTrees(books, last);
     return status;
@@ -65,7 +65,7 @@ void ForgetCounters(ClientStore *store)
 // What a position block saw of changes that are undone now. Its record is gone if it was inserted by them,
 // and otherwise is what it was before; a running number that will be given out again is replaced by a place
 // just behind the last one that stays.
-void StepBack(Handle *handle, MDB_txn *view)
+void StepBack(Handle *handle, View *view)
 {
     const ClientFile &file = *handle->In;
     const Definition &definition = file.Of->Layout;
@@ -94,7 +94,7 @@ void StepBack(Handle *handle, MDB_txn *view)
 void StepAllBack(ClientStore *store)
 {
     const Client *client = store->Owner;
-    MDB_txn *view = nullptr;
+    View *view = nullptr;
     if (BeginView(store, &view) != BtrStatusOk) view = nullptr;
     for (size_t i = 0; i < client->HandleCount; ++i) {
         Handle *handle = client->Handles[i];
@@ -176,23 +176,23 @@ int16_t FinishAbort(ClientStore *store)
 
 int16_t AbortChanges(ClientStore *store)
 {
-    if (store->Writer == nullptr) return BtrStatusOk;
-    AbortWriter(store->Books, store->Writer);
+    if (store->Pending == nullptr) return BtrStatusOk;
+    AbortWriter(store->Pending);
     return FinishAbort(store);
 }
 
 int16_t CommitChanges(ClientStore *store)
 {
-    if (store->Writer == nullptr) return BtrStatusOk;
+    if (store->Pending == nullptr) return BtrStatusOk;
     int16_t status = store->Broken;
     for (ClientFile *file = store->Files; file != nullptr && status == BtrStatusOk; file = file->Next) {
-        if (file->Touched) status = WriteCounters(store->Books, store->Writer, *file->Of, file->Now);
+        if (file->Touched) status = WriteCounters(store->Pending, *file->Of, file->Now);
     }
     if (status != BtrStatusOk) {
         (void)AbortChanges(store);
         return status;
     }
-    status = CommitWriter(store->Books, store->Writer);
+    status = CommitWriter(store->Pending);
     if (status != BtrStatusOk) {
         (void)FinishAbort(store);
         return status;

@@ -3,9 +3,10 @@
 #include "faults.h"
 #include "files.h"
 
-#include "record-manager/books_file.h"
+#include "record-manager/lmdb/books_file.h"
 #include "record-manager/limits.h"
-#include "record-manager/store.h"
+#include "record-manager/lmdb/private.h"
+#include "tests/support/page_sums.h"
 
 #include <chrono>
 #include <fcntl.h>
@@ -134,6 +135,7 @@ void PutIntoCatalogue(const std::string &path, const char *name, const std::stri
     ASSERT_EQ(mdb_put(txn, dbi, &keyVal, &valueVal, 0), 0);
     ASSERT_EQ(mdb_txn_commit(txn), 0);
     mdb_env_close(env);
+    testsupport::SumAnew(path);
 }
 
 TEST(Books, AStoreOfAnotherProgramIsForeign)
@@ -149,7 +151,7 @@ TEST(Books, ALaterFormatIsForeign)
 {
     const TempDirectory directory;
     MakeT(directory);
-    PutIntoCatalogue(directory / "books.mdb", "!format", std::string("WBTRVBKS\2\0\0\0\1\0\0\0", 16));
+    PutIntoCatalogue(directory / "books.mdb", "!format", std::string("WBTRVBKS\3\0\0\0\1\0\0\0", 16));
     Local me;
     EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
 }
@@ -958,7 +960,7 @@ TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
     const pid_t child = fork();
     if (child == 0) {
         wbtrv::Store *store = nullptr;
-        MDB_txn *snapshot = nullptr;
+        wbtrv::View *snapshot = nullptr;
         const bool reads = wbtrv::AcquireStore(Directory.Path.c_str(), false, false, &store) == BtrStatusOk &&
                            wbtrv::BeginSnapshot(store, &snapshot) == BtrStatusOk;
         // Gone with its snapshot open, as a killed process is.
@@ -973,7 +975,7 @@ TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
     for (int i = 0; i < 20; ++i) {
         ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);
     }
-    store->LastReaderCheck_s = 0; // as if a second had passed
+    store->Own->LastReaderCheck_s = 0; // as if a second had passed
     const uint64_t size = fs::file_size(Directory / "books.mdb");
     for (int i = 0; i < 500; ++i) {
         ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);

@@ -1,5 +1,6 @@
 // Good books are damaged in one way at a time; the check must find it and name table and field. Each kind of
 // damage is listed with why it matters.
+#include "tests/support/page_sums.h"
 #include "tests/tools/program.h"
 #include "tools/common/calendar.h"
 #include "tools/common/installation.h"
@@ -176,6 +177,7 @@ void WithTree(const fs::path &directory, const std::string &table, const char *w
     change(txn, dbi);
     ASSERT_EQ(0, mdb_txn_commit(txn));
     mdb_env_close(env);
+    testsupport::SumAnew(directory / "books.mdb");
 }
 
 void DeleteFirst(MDB_txn *txn, MDB_dbi dbi)

@@ -62,7 +62,8 @@ int CopyInChild(const fs::path &from, int to)
     if (mdb_env_open(env, (from / booksName).c_str(), MDB_NOSUBDIR | MDB_RDONLY | MDB_NOTLS, 0) != 0) {
         return ChildRead;
     }
-    const int error = mdb_env_copyfd2(env, to, MDB_CP_COMPACT);
+    // Page by page: each carries the record manager's sum, in which its number counts.
+    const int error = mdb_env_copyfd2(env, to, 0);
     if (error == ENOSPC || error == EDQUOT || error == EFBIG) return ChildFull;
     if (error != 0) return error == EIO ? ChildWrite : ChildRead;
     return fsync(to) == 0 || errno == EINVAL ? 0 : ChildWrite;

@@ -11,25 +11,25 @@
 //     where they lie close.
 #pragma once
 
+#include "record-manager/store.h"
+
 #include <cstddef>
 #include <cstdint>
-
-struct MDB_env;
-struct MDB_txn;
 
 namespace wbtrv {
 
 // Brings the free pages in order, in a write transaction that has changed nothing yet, if it is time to.
-// `fd`: the file; `due`: number of the transaction that is to look again, 0 at first. `*ordered` tells that
-// full leaves may now move. False: the transaction is of no use any more.
-bool OrderFreePages(MDB_env *environment, MDB_txn *writer, unsigned catalogue, int fd, uint64_t *due,
-                    bool *ordered);
+// `fd`: the file. `*ordered` tells that full leaves may now move. False: the transaction is of no use any
+// more.
+bool OrderFreePages(Writer *writer, int fd, bool *ordered);
 
 // Where leaves were split since the last time.
 inline constexpr size_t mostSplits = 32;
 inline constexpr size_t splitKeySize = 264;
 struct SplitLeaf {
-    unsigned Tree;
+    uint32_t File;
+    uint32_t Tree;   // of the file
+    unsigned Number; // the store's
     size_t Size;
     alignas(uint32_t) uint8_t Key[splitKeySize];
 };
@@ -39,10 +39,10 @@ struct SplitLeaves {
 };
 
 // Notes that a leaf was split for an entry of this key. More than there is room for are left where they are.
-void NoteSplit(SplitLeaves *splits, unsigned tree, const void *key, size_t size);
+void NoteSplit(SplitLeaves *splits, const File &file, size_t tree, Bytes key);
 
 // Moves the leaves where splits were noted, with their neighbours, and forgets the notes. False: the
 // transaction is of no use any more.
-bool MoveSplitLeaves(MDB_env *environment, MDB_txn *writer, SplitLeaves *splits);
+bool MoveSplitLeaves(Writer *writer);
 
 } // namespace wbtrv

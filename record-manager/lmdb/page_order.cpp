@@ -1,11 +1,11 @@
-#include "record-manager/page_order.h"
+#include "record-manager/lmdb/page_order.h"
 
-#include "record-manager/books_file.h"
+#include "record-manager/lmdb/books_file.h"
+#include "record-manager/lmdb/private.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <initializer_list>
 #include <lmdb.h>
 #include <unistd.h>
 
@@ -29,7 +29,7 @@ constexpr size_t manyPages = 2 * fewPages;
 
 // Transactions between two looks at least.
 constexpr uint64_t pause = 8;
-// While somebody reads an old state nothing that was freed since can be had.
+// While a reader holds an old snapshot, pages freed since then cannot be reused.
 constexpr uint64_t longPause = 1024;
 
 // What has more than that was not left by postings.
@@ -54,35 +54,31 @@ struct FreePages {
 };
 
 // Reads no further than the oldest list where that will do for some more transactions.
-bool ReadFreePages(MDB_env *environment, FreePages *free)
+bool ReadFreePages(const View &base, FreePages *free)
 {
-    constexpr MDB_dbi freePages = 0;
-    MDB_txn *view = nullptr;
-    if (mdb_txn_begin(environment, nullptr, MDB_RDONLY, &view) != 0) return false;
-    MDB_cursor *cursor = nullptr;
-    int error = mdb_cursor_open(view, freePages, &cursor);
-    while (error == 0 && free->Oldest < nearlyUsedUp) {
-        MDB_val key;
-        MDB_val list;
-        error = mdb_cursor_get(cursor, &key, &list, MDB_NEXT);
-        if (error != 0) break;
+    Place place;
+    place.Tree = base.Free;
+    int16_t status = PlaceAt(base, {}, Side::First, place);
+    while (status == BtrStatusOk) {
+        Bytes key;
+        Bytes list;
         uint64_t transaction = 0;
         uint64_t count = 0;
-        if (key.mv_size != sizeof transaction || list.mv_size < sizeof count) break;
-        memcpy(&transaction, key.mv_data, sizeof transaction);
-        memcpy(&count, list.mv_data, sizeof count);
+        status = EntryAt(base, place, &key, &list);
+        if (status != BtrStatusOk || key.Size != sizeof transaction || list.Size < sizeof count) break;
+        memcpy(&transaction, key.Data, sizeof transaction);
+        memcpy(&count, list.Data, sizeof count);
         // What the last transaction left is still seen by whoever began to read before it.
-        if (transaction >= mdb_txn_id(view) || count > list.mv_size / sizeof count - 1) break;
+        if (transaction >= base.Number || count > list.Size / sizeof count - 1) break;
         if (free->Lists++ == 0) free->Oldest = count;
         free->More = count > mostPages - free->Count;
         if (free->More) break;
-        memcpy(free->Pages + free->Count, static_cast<const uint8_t *>(list.mv_data) + sizeof count,
-               count * sizeof count);
+        memcpy(free->Pages + free->Count, list.Data + sizeof count, count * sizeof count);
         free->Count += count;
+        if (free->Oldest >= nearlyUsedUp) break;
+        status = PlaceNext(base, place);
     }
-    if (cursor != nullptr) mdb_cursor_close(cursor);
-    mdb_txn_abort(view);
-    return error == 0 || error == MDB_NOTFOUND;
+    return status == BtrStatusOk || status == BtrStatusEndOfFile;
 }
 
 size_t LongestRun(FreePages *free)
@@ -138,59 +134,48 @@ bool MoveLeaf(MDB_txn *writer, unsigned tree, MDB_val key, size_t pageSize)
     return error == 0;
 }
 
-// Goes from an entry to the first in the next leaf to one side. What is committed lies in the map, page by
-// page.
-bool FindNeighbour(MDB_cursor *cursor, MDB_val entry, MDB_cursor_op step, size_t pageSize, MDB_val *found)
+bool MoveLeafAt(const Writer &writer, const SplitLeaf &split, const Place &place)
 {
-    const auto page = [&](const MDB_val &key) { return reinterpret_cast<uintptr_t>(key.mv_data) / pageSize; };
-    MDB_val value;
-    *found = entry;
-    int error = mdb_cursor_get(cursor, found, &value, MDB_SET_RANGE);
-    while (error == 0 && page(*found) == page(entry)) {
-        error = mdb_cursor_get(cursor, found, &value, step);
-    }
-    return error == 0;
+    Bytes key;
+    Bytes ignored;
+    if (EntryAt(writer.Seen, place, &key, &ignored) != BtrStatusOk) return true;
+    return MoveLeaf(writer.Seen.Transaction, split.Number, ToVal(key), writer.Seen.Of->Own->PageSize);
 }
 
 // Which of the leaves will still grow is not known; that one is moved by its next change anyway.
-bool MoveLeavesAt(MDB_txn *view, MDB_txn *writer, SplitLeaf *split, size_t pageSize)
+bool MoveLeavesAt(const Writer &writer, const SplitLeaf &split)
 {
-    MDB_cursor *cursor = nullptr;
-    if (mdb_cursor_open(view, split->Tree, &cursor) != 0) return true;
-    MDB_val entry{split->Size, split->Key};
-    MDB_val value;
-    int error = mdb_cursor_get(cursor, &entry, &value, MDB_SET_RANGE);
-    if (error == MDB_NOTFOUND) error = mdb_cursor_get(cursor, &entry, &value, MDB_LAST);
-    bool usable = error != 0 || MoveLeaf(writer, split->Tree, entry, pageSize);
-    MDB_val neighbour = entry;
-    bool found = error == 0 && FindNeighbour(cursor, entry, MDB_NEXT, pageSize, &neighbour);
-    if (found && usable) usable = MoveLeaf(writer, split->Tree, neighbour, pageSize);
-    neighbour = entry;
-    for (size_t i = 0; i < leavesBefore && error == 0 && usable; ++i) {
-        found = FindNeighbour(cursor, neighbour, MDB_PREV, pageSize, &neighbour);
-        if (!found) break;
-        usable = MoveLeaf(writer, split->Tree, neighbour, pageSize);
+    const View &base = writer.Seen;
+    Place place;
+    const Bytes key{split.Key, split.Size};
+    // A file that was replaced meanwhile has no such tree any more.
+    if (FindTree(base, split.File, split.Tree, &place.Tree) != BtrStatusOk) return true;
+    if (LookAround(base, place.Tree, key, Side::AtOrAfter) != BtrStatusOk) return true;
+    int16_t status = PlaceAt(base, key, Side::AtOrAfter, place);
+    if (status == BtrStatusEndOfFile) status = PlaceAt(base, {}, Side::Last, place);
+    if (status != BtrStatusOk) return true;
+    if (!MoveLeafAt(writer, split, place)) return false;
+    Place next = place;
+    if (PlaceLeaf(base, true, next) == BtrStatusOk && !MoveLeafAt(writer, split, next)) return false;
+    for (size_t i = 0; i < leavesBefore && PlaceLeaf(base, false, place) == BtrStatusOk; ++i) {
+        if (!MoveLeafAt(writer, split, place)) return false;
     }
-    mdb_cursor_close(cursor);
-    return usable;
+    return true;
 }
 
 } // namespace
 
-bool OrderFreePages(MDB_env *environment, MDB_txn *writer, unsigned catalogue, int fd, uint64_t *due,
-                    bool *ordered)
+bool OrderFreePages(Writer *writer, int fd, bool *ordered)
 {
-    const uint64_t now = mdb_txn_id(writer);
+    const View &base = writer->Seen;
+    Environment *own = base.Of->Own;
+    uint64_t *due = &own->OrderDue;
+    const uint64_t now = base.Number + 1;
     *ordered = false;
     if (now < *due) return true;
     FreePages free{};
-    MDB_envinfo info;
-    MDB_stat shape;
     *due = now + pause;
-    if (!ReadFreePages(environment, &free) || mdb_env_info(environment, &info) != 0 ||
-        mdb_env_stat(environment, &shape) != 0) {
-        return true;
-    }
+    if (!ReadFreePages(base, &free)) return true;
     if (free.Oldest >= nearlyUsedUp) {
         *due = now + 1 + (free.Oldest - nearlyUsedUp) / pagesOfPosting;
         return true;
@@ -203,37 +188,35 @@ bool OrderFreePages(MDB_env *environment, MDB_txn *writer, unsigned catalogue, i
     const size_t run = few ? addedPages : longest - std::min(longest, pagesOfCatalogue);
     if (run == 0) return true;
     // The transaction's own pages up to the catalogue's leaf may come first.
-    if (few && !LengthenFile(fd, info.me_last_pgno + 1 + addedPages + fewPages, shape.ms_psize)) return true;
+    if (few && !LengthenFile(fd, base.LastPage + 1 + addedPages + fewPages, own->PageSize)) return true;
     bool found = false;
-    if (!TakeAndGiveBack(writer, catalogue, run, shape.ms_psize, info.me_last_pgno, &found)) return false;
+    if (!TakeAndGiveBack(base.Transaction, own->Catalogue, run, own->PageSize, base.LastPage, &found))
+        return false;
     *due = few || found ? now + std::max(run / pagesOfPosting, pause) : now + longPause;
     *ordered = true;
     return true;
 }
 
-void NoteSplit(SplitLeaves *splits, unsigned tree, const void *key, size_t size)
+void NoteSplit(SplitLeaves *splits, const File &file, size_t tree, Bytes key)
 {
-    if (splits->Count == mostSplits || size > sizeof splits->At->Key) return;
+    if (splits->Count == mostSplits || key.Size > sizeof splits->At->Key) return;
     SplitLeaf &split = splits->At[splits->Count++];
-    split.Tree = tree;
-    split.Size = size;
-    memcpy(split.Key, key, size);
+    split.File = file.Number;
+    split.Tree = static_cast<uint32_t>(tree);
+    split.Number = file.Trees[tree];
+    split.Size = key.Size;
+    memcpy(split.Key, key.Data, key.Size);
 }
 
-bool MoveSplitLeaves(MDB_env *environment, MDB_txn *writer, SplitLeaves *splits)
+bool MoveSplitLeaves(Writer *writer)
 {
-    const size_t count = splits->Count;
-    splits->Count = 0;
-    MDB_stat shape;
-    MDB_txn *view = nullptr;
-    if (count == 0 || mdb_env_stat(environment, &shape) != 0) return true;
-    if (mdb_txn_begin(environment, nullptr, MDB_RDONLY, &view) != 0) return true;
-    bool usable = true;
-    for (size_t i = 0; i < count && usable; ++i) {
-        usable = MoveLeavesAt(view, writer, &splits->At[i], shape.ms_psize);
+    SplitLeaves &splits = writer->Seen.Of->Own->Splits;
+    const size_t count = splits.Count;
+    splits.Count = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (!MoveLeavesAt(*writer, splits.At[i])) return false;
     }
-    mdb_txn_abort(view);
-    return usable;
+    return true;
 }
 
 } // namespace wbtrv

@@ -1,14 +1,15 @@
 // The books that are open in this process: finding, opening and closing them.
 #include "host/descriptors.h"
-#include "record-manager/books_file.h"
 #include "record-manager/limits.h"
+#include "record-manager/lmdb/books_file.h"
+#include "record-manager/lmdb/private.h"
 #include "record-manager/locks.h"
-#include "record-manager/store_private.h"
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -92,41 +93,58 @@ bool OnNetwork(int fd)
     }
 }
 
-// Reads the catalogue's head, or writes it into books that hold nothing yet when `create` allows it. Books
-// whose maker did not come so far hold no file, so there is none to be found.
-int16_t CheckFormat(Store *store, bool create)
+int16_t OpenCatalogue(Environment *own, MDB_txn *transaction)
 {
-    MDB_txn *transaction = nullptr;
-    int error = mdb_txn_begin(store->Environment, nullptr, create ? 0 : MDB_RDONLY, &transaction);
-    if (error != 0) return StatusOf(error);
     MDB_dbi catalogue = 0;
-    MDB_stat shape{};
-    error = mdb_dbi_open(transaction, nullptr, 0, &catalogue);
-    if (error == 0) error = mdb_stat(transaction, catalogue, &shape);
-    store->Catalogue = catalogue;
-    int16_t status = StatusOf(error);
+    const int error = mdb_dbi_open(transaction, nullptr, 0, &catalogue);
+    own->Catalogue = catalogue;
+    return StatusOf(error);
+}
+
+// Makes the catalogue's head in new books.
+int16_t WriteFormat(Store *store)
+{
+    Environment *own = store->Own;
+    MDB_txn *transaction = nullptr;
+    int16_t status = StatusOf(mdb_txn_begin(own->Real, nullptr, 0, &transaction));
+    if (status != BtrStatusOk) return status;
     FormatRecord format{};
+    memcpy(format.Mark, formatMark, sizeof format.Mark);
+    format.Format = formatWithSums;
     MDB_val key = ToVal(formatKey);
     MDB_val value{sizeof format, &format};
-    if (status == BtrStatusOk && shape.ms_entries == 0) {
-        memcpy(format.Mark, formatMark, sizeof format.Mark);
-        format.Format = formatNumber;
-        status = BtrStatusFileNotFound;
-        if (create) status = StatusOf(mdb_put(transaction, catalogue, &key, &value, 0));
-    } else if (status == BtrStatusOk) {
-        status = StatusOf(mdb_get(transaction, catalogue, &key, &value), MDB_NOTFOUND, BtrStatusForeignFile);
-        if (status == BtrStatusOk && value.mv_size != sizeof format) status = BtrStatusForeignFile;
-        if (status == BtrStatusOk) memcpy(&format, value.mv_data, sizeof format);
-        if (status == BtrStatusOk &&
-            (memcmp(format.Mark, formatMark, sizeof format.Mark) != 0 || format.Format != formatNumber)) {
-            status = BtrStatusForeignFile;
-        }
+    status = OpenCatalogue(own, transaction);
+    if (status == BtrStatusOk) status = StatusOf(mdb_put(transaction, own->Catalogue, &key, &value, 0));
+    if (status == BtrStatusOk) return StatusOf(mdb_txn_commit(transaction));
+    mdb_txn_abort(transaction);
+    return status;
+}
+
+// Reads the catalogue's head. Books whose creation was cut short hold no file yet.
+int16_t CheckFormat(Store *store)
+{
+    View *view = nullptr;
+    int16_t status = BeginSnapshot(store, &view);
+    if (status != BtrStatusOk) return status;
+    status = OpenCatalogue(store->Own, view->Transaction);
+    if (status == BtrStatusOk && view->Main.Root == noPage) status = BtrStatusFileNotFound;
+    FormatRecord format{};
+    Bytes value{};
+    if (status == BtrStatusOk) status = FindInCatalogue(*view, formatKey, &value);
+    if (status == BtrStatusKeyNotFound || (status == BtrStatusOk && value.Size != sizeof format))
+        status = BtrStatusForeignFile;
+    if (status == BtrStatusOk) {
+        memcpy(&format, value.Data, sizeof format);
+        const uint32_t known = store->Own->Summed ? formatWithSums : formatWithoutSums;
+        const bool ours = memcmp(format.Mark, formatMark, sizeof format.Mark) == 0;
+        if (!ours || format.Format != known) status = BtrStatusForeignFile;
     }
-    if (status != BtrStatusOk) {
-        mdb_txn_abort(transaction);
-        return status;
+    if (status == BtrStatusOk) {
+        status = StatusOf(mdb_txn_commit(view->Transaction));
+        view->Transaction = nullptr;
     }
-    return StatusOf(mdb_txn_commit(transaction));
+    EndSnapshot(view);
+    return status;
 }
 
 // A file cut off behind its first pages still opens, and reading what is missing ends the process by a
@@ -135,7 +153,7 @@ int16_t CheckLength(const Store *store, int64_t size)
 {
     MDB_envinfo info;
     MDB_stat shape;
-    if (mdb_env_info(store->Environment, &info) != 0 || mdb_env_stat(store->Environment, &shape) != 0) {
+    if (mdb_env_info(store->Own->Real, &info) != 0 || mdb_env_stat(store->Own->Real, &shape) != 0) {
         return BtrStatusIoError;
     }
     const uint64_t needed = (uint64_t{info.me_last_pgno} + 1) * shape.ms_psize;
@@ -183,6 +201,67 @@ BooksPath PathOfBooks(const char *directory)
     return path;
 }
 
+// What the store does with a meta page that is none would be a matter of luck.
+int16_t CheckMetas(Store *store, bool empty)
+{
+    MetaPage metas[2];
+    Environment *own = store->Own;
+    own->PageSize = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    own->Summed = true;
+    if (empty) return BtrStatusOk;
+    if (!ReadMetas(store->PresenceFd, metas, &own->Summed)) return BtrStatusForeignFile;
+    own->PageSize = metas[0].Free.PageSize;
+    return BtrStatusOk;
+}
+
+// The marks take room only where pages are used.
+int16_t MakeTables(Environment *own)
+{
+    own->MarkCount = limits.MapSize / own->PageSize;
+    const size_t size = own->MarkCount * sizeof *own->Marks;
+    void *marks =
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (marks == MAP_FAILED) return BtrStatusHandleTableFull;
+    own->Marks = static_cast<std::atomic<uint32_t> *>(marks);
+    own->Trees = static_cast<LookedAt *>(calloc(limits.Trees, sizeof(LookedAt)));
+    return own->Trees != nullptr ? BtrStatusOk : BtrStatusHandleTableFull;
+}
+
+void FreeEnvironment(Environment *own)
+{
+    if (own->Real != nullptr) mdb_env_close(own->Real);
+    if (own->Marks != nullptr) munmap(own->Marks, own->MarkCount * sizeof *own->Marks);
+    while (own->Writing.Free != nullptr) {
+        Cursor *cursor = own->Writing.Free;
+        own->Writing.Free = cursor->Next;
+        CloseCursor(cursor);
+    }
+    free(own->Trees);
+    free(own);
+}
+
+int16_t OpenEnvironment(Store *store, const char *directory, bool empty)
+{
+    store->Own = static_cast<Environment *>(calloc(1, sizeof(Environment)));
+    if (store->Own == nullptr) return BtrStatusHandleTableFull;
+    Environment *own = store->Own;
+    int16_t status = CheckMetas(store, empty);
+    if (status == BtrStatusOk) status = MakeTables(own);
+    if (status != BtrStatusOk) return status;
+    if (mdb_env_create(&own->Real) != 0) {
+        own->Real = nullptr;
+        return BtrStatusHandleTableFull;
+    }
+    mdb_env_set_mapsize(own->Real, limits.MapSize);
+    mdb_env_set_maxreaders(own->Real, limits.Readers);
+    mdb_env_set_maxdbs(own->Real, limits.Trees);
+    const unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | (store->ReadOnly ? MDB_RDONLY : 0);
+    WriteSums(own);
+    status = StatusOf(mdb_env_open(own->Real, PathOfBooks(directory).Text, flags, 0666));
+    own->Map = LastMap();
+    return status;
+}
+
 // What has to be done while no other process opens or closes these books.
 int16_t SetUp(Store *store, const char *directory, bool create)
 {
@@ -208,18 +287,14 @@ int16_t SetUp(Store *store, const char *directory, bool create)
         status = OpenGate(store->DirectoryFd, alone, &store->WriteGate);
     if (status != BtrStatusOk) return status;
 
-    if (mdb_env_create(&store->Environment) != 0) {
-        store->Environment = nullptr;
-        return BtrStatusHandleTableFull;
-    }
-    mdb_env_set_mapsize(store->Environment, limits.MapSize);
-    mdb_env_set_maxreaders(store->Environment, limits.Readers);
-    mdb_env_set_maxdbs(store->Environment, limits.Trees);
-    const unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | (store->ReadOnly ? MDB_RDONLY : 0);
-    status = StatusOf(mdb_env_open(store->Environment, PathOfBooks(directory).Text, flags, 0666));
+    status = OpenEnvironment(store, directory, empty);
     if (status == BtrStatusOk && !empty) status = CheckLength(store, found.Size);
-    if (status == BtrStatusOk) status = CheckFormat(store, create && alone);
+    if (status == BtrStatusOk && empty) status = WriteFormat(store);
+    if (status == BtrStatusOk && !empty) status = CheckFormat(store);
+    // Books whose maker came no further than the store's own pages.
+    if (status == BtrStatusFileNotFound && create && alone) status = WriteFormat(store);
     if (status == BtrStatusOk && empty) status = SyncDirectory(store);
+    WriteSums(nullptr);
     // Half a head would be foreign to the next who tries, where an empty file is as good as none.
     if (status != BtrStatusOk && empty) (void)!ftruncate(store->PresenceFd, 0);
     if (status != BtrStatusOk) return status;
@@ -229,14 +304,14 @@ int16_t SetUp(Store *store, const char *directory, bool create)
         store->LockInode = lockFile.st_ino;
     }
     int dead = 0;
-    if (!store->ReadOnly) mdb_reader_check(store->Environment, &dead);
+    if (!store->ReadOnly) mdb_reader_check(store->Own->Real, &dead);
     const LockResult present = TryLock(store->PresenceFd, LockKind::Read, presenceOffset, 1);
     return present == LockResult::Granted ? BtrStatusOk : BtrStatusIoError;
 }
 
 void FreeStore(Store *store)
 {
-    if (store->Environment != nullptr) mdb_env_close(store->Environment);
+    if (store->Own != nullptr) FreeEnvironment(store->Own);
     if (store->WriteGate != nullptr) CloseGate(store->WriteGate);
     while (store->Files != nullptr) {
         File *file = store->Files;
@@ -311,7 +386,7 @@ int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out
     return BtrStatusOk;
 }
 
-// Closes what nobody uses and either is of no use or is one too many.
+// Closes idle books that are dead, or more than the limit.
 void CloseIdle()
 {
     unsigned idle = 0;

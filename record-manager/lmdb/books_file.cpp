@@ -1,4 +1,6 @@
-#include "record-manager/books_file.h"
+#include "record-manager/lmdb/books_file.h"
+
+#include "record-manager/lmdb/form.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,55 +15,7 @@ namespace wbtrv {
 
 namespace {
 
-// How the store lays out its file, as far as the list of its free pages needs it.
-constexpr uint32_t metaMagic = 0xBEEFC0DE;
-constexpr uint32_t metaVersion = 1;
-constexpr uint16_t branchPage = 0x01;
-constexpr uint16_t leafPage = 0x02;
-constexpr uint16_t bigNode = 0x01;
-constexpr uint64_t noPage = UINT64_MAX;
-constexpr unsigned deepest = 32;
-
-#pragma pack(push, 1)
-struct PageHead {
-    uint64_t Number;
-    uint16_t Reserved8;
-    uint16_t Flags;
-    uint16_t Lower; // end of the table of node offsets
-    uint16_t Upper;
-};
-struct TreeHead {
-    uint32_t PageSize; // in the tree of free pages
-    uint16_t Flags;
-    uint16_t Depth;
-    uint64_t BranchPages;
-    uint64_t LeafPages;
-    uint64_t OverflowPages;
-    uint64_t Entries;
-    uint64_t Root;
-};
-struct MetaPage {
-    PageHead Head;
-    uint32_t Magic;
-    uint32_t Version;
-    uint64_t Address;
-    uint64_t MapSize;
-    TreeHead Free;
-    TreeHead Main;
-    uint64_t LastPage;
-    uint64_t Transaction;
-};
-struct NodeHead {
-    uint16_t Low; // size of a leaf's value, or part of a branch's page number
-    uint16_t High;
-    uint16_t Flags; // or the highest part of the page number
-    uint16_t KeySize;
-};
-#pragma pack(pop)
-static_assert(sizeof(PageHead) == 16);
-static_assert(sizeof(TreeHead) == 48);
-static_assert(sizeof(MetaPage) == 152);
-static_assert(sizeof(NodeHead) == 8);
+constexpr unsigned deepestList = 32;
 
 struct Walk {
     int Fd;
@@ -125,12 +79,11 @@ bool CountNode(Walk *walk, const uint8_t *page, size_t offset, bool leaf, unsign
     if (offset + sizeof node > walk->PageSize) return false;
     memcpy(&node, page + offset, sizeof node);
     if (!leaf) {
-        const uint64_t child = node.Low | uint64_t{node.High} << 16 | uint64_t{node.Flags} << 32;
-        return CountPage(walk, child, depth + 1);
+        return CountPage(walk, ChildOf(node), depth + 1);
     }
-    const size_t size = node.Low | size_t{node.High} << 16;
+    const size_t size = ValueSize(node);
     const size_t value = offset + sizeof node + node.KeySize;
-    if ((node.Flags & bigNode) == 0) {
+    if ((node.Flags & BigNode) == 0) {
         return value + size <= walk->PageSize && CountList(walk, page + value, size);
     }
     uint64_t big = 0;
@@ -141,20 +94,20 @@ bool CountNode(Walk *walk, const uint8_t *page, size_t offset, bool leaf, unsign
 
 bool CountPage(Walk *walk, uint64_t number, unsigned depth)
 {
-    if (number >= walk->Pages || depth > deepest) return false;
+    if (number >= walk->Pages || depth > deepestList) return false;
     auto *page = static_cast<uint8_t *>(malloc(walk->PageSize));
     if (page == nullptr) return false;
     PageHead head;
     bool whole = ReadAt(walk->Fd, page, walk->PageSize, number * walk->PageSize);
     if (whole) {
         memcpy(&head, page, sizeof head);
-        whole = (head.Flags & (branchPage | leafPage)) != 0 && head.Lower >= sizeof head &&
+        whole = (head.Flags & (BranchPage | LeafPage)) != 0 && head.Lower >= sizeof head &&
                 head.Lower <= walk->PageSize;
     }
     for (size_t at = sizeof head; whole && at + sizeof(uint16_t) <= head.Lower; at += sizeof(uint16_t)) {
         uint16_t offset = 0;
         memcpy(&offset, page + at, sizeof offset);
-        whole = CountNode(walk, page, offset, (head.Flags & leafPage) != 0, depth);
+        whole = CountNode(walk, page, offset, (head.Flags & LeafPage) != 0, depth);
     }
     free(page);
     return whole;

@@ -1,0 +1,380 @@
+// The files of a directory: their numbers, definitions, counters and trees.
+#include "record-manager/limits.h"
+#include "record-manager/lmdb/private.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
+
+namespace wbtrv {
+
+namespace {
+
+struct StoredCounters {
+    uint32_t LastRecord;
+    uint32_t Records;
+    uint64_t Sequence;
+};
+static_assert(sizeof(StoredCounters) == 16);
+
+} // namespace
+
+CatalogueKey KeyOf(uint32_t number, char what)
+{
+    CatalogueKey key;
+    for (int i = 7; i >= 0; --i) {
+        key.Text[i] = "0123456789abcdef"[number & 15];
+        number >>= 4;
+    }
+    key.Text[8] = what;
+    key.Text[9] = 0;
+    return key;
+}
+
+CatalogueKey KeyOfTree(uint32_t number, size_t tree)
+{
+    CatalogueKey key = KeyOf(number, tree == recordTree ? 't' : 'i');
+    if (tree == recordTree) return key;
+    key.Text[9] = "0123456789abcdef"[(tree - IndexTree(0)) >> 4];
+    key.Text[10] = "0123456789abcdef"[(tree - IndexTree(0)) & 15];
+    key.Text[11] = 0;
+    return key;
+}
+
+namespace {
+
+struct NameKey {
+    char Text[BtrPathSize + 3];
+};
+
+NameKey KeyOfName(const char *name)
+{
+    NameKey key{};
+    memcpy(key.Text, "n:", 2);
+    memcpy(key.Text + 2, name, strnlen(name, BtrPathSize));
+    return key;
+}
+
+} // namespace
+
+int16_t FindFileNumber(View *view, const char *name, uint32_t *number)
+{
+    Bytes value;
+    *number = 0;
+    const int16_t status = FindInCatalogue(*view, KeyOfName(name).Text, &value);
+    if (status == BtrStatusKeyNotFound) return BtrStatusOk;
+    if (status != BtrStatusOk) return status;
+    if (value.Size != sizeof *number) return BtrStatusForeignFile;
+    memcpy(number, value.Data, sizeof *number);
+    return BtrStatusOk;
+}
+
+int16_t OpenTrees(MDB_txn *transaction, uint32_t number, size_t keys, unsigned *trees)
+{
+    for (size_t tree = 0; tree < IndexTree(keys); ++tree) {
+        MDB_dbi opened = 0;
+        const int error = mdb_dbi_open(transaction, KeyOfTree(number, tree).Text, 0, &opened);
+        if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusForeignFile);
+        trees[tree] = opened;
+    }
+    return BtrStatusOk;
+}
+
+namespace {
+
+int16_t LoadDefinition(const View &view, uint32_t number, Definition *definition)
+{
+    Bytes value;
+    int16_t status = FindInCatalogue(view, KeyOf(number, 'd').Text, &value);
+    if (status == BtrStatusKeyNotFound) return BtrStatusForeignFile;
+    if (status != BtrStatusOk) return status;
+    status = ParseDefinition(value.Data, value.Size, definition);
+    return status == BtrStatusOk ? BtrStatusOk : BtrStatusForeignFile;
+}
+
+// A tree's handle is made in a transaction of its own, since it reaches the others only by a commit.
+int16_t OpenTreesForAll(Store *store, uint32_t number, size_t keys, unsigned *trees)
+{
+    View *view = nullptr;
+    int16_t status = BeginSnapshot(store, &view);
+    if (status != BtrStatusOk) return status;
+    status = LookAtTree(*view, view->Main);
+    if (status == BtrStatusOk) status = OpenTrees(view->Transaction, number, keys, trees);
+    if (status == BtrStatusOk) {
+        status = StatusOf(mdb_txn_commit(view->Transaction));
+        view->Transaction = nullptr;
+    }
+    EndSnapshot(view);
+    return status;
+}
+
+// Forgets files of the name that another process has replaced, and their trees' handles with them.
+void ForgetReplaced(Store *store, const char *name, uint32_t number)
+{
+    for (File **link = &store->Files; *link != nullptr;) {
+        File *file = *link;
+        if (file->Uses > 0 || file->Number == number || strcmp(file->Name, name) != 0) {
+            link = &file->Next;
+            continue;
+        }
+        for (size_t tree = 0; tree < IndexTree(file->Layout.KeyCount); ++tree) {
+            mdb_dbi_close(store->Own->Real, file->Trees[tree]);
+        }
+        *link = file->Next;
+        free(file);
+    }
+}
+
+int16_t LoadFile(const View &view, uint32_t number, const char *name, File **out)
+{
+    auto *file = static_cast<File *>(calloc(1, sizeof(File)));
+    if (file == nullptr) return BtrStatusHandleTableFull;
+    int16_t status = LoadDefinition(view, number, &file->Layout);
+    if (status == BtrStatusOk) {
+        const size_t keys = file->Layout.KeyCount;
+        status = view.Writing ? OpenTrees(view.Transaction, number, keys, file->Trees)
+                              : OpenTreesForAll(view.Of, number, keys, file->Trees);
+    }
+    if (status != BtrStatusOk) {
+        free(file);
+        return status;
+    }
+    file->Number = number;
+    memcpy(file->Name, name, strnlen(name, BtrPathSize));
+    *out = file;
+    return BtrStatusOk;
+}
+
+int16_t AcquireFileIn(View *view, const char *name, File **out)
+{
+    Store *store = view->Of;
+    uint32_t number = 0;
+    int16_t status = FindFileNumber(view, name, &number);
+    if (status != BtrStatusOk) return status;
+    if (number == 0) return BtrStatusFileNotFound;
+    File *file = store->Files;
+    while (file != nullptr && file->Number != number) {
+        file = file->Next;
+    }
+    if (file == nullptr) {
+        if (!view->Writing) ForgetReplaced(store, name, number);
+        status = LoadFile(*view, number, name, &file);
+        if (status != BtrStatusOk) return status;
+        file->Next = store->Files;
+        store->Files = file;
+    }
+    file->Uses++;
+    *out = file;
+    return BtrStatusOk;
+}
+
+// Takes a file that is about to be replaced out of the list; its tree's handle ends with the tree.
+void ForgetFile(Store *store, uint32_t number)
+{
+    for (File **link = &store->Files; *link != nullptr; link = &(*link)->Next) {
+        File *file = *link;
+        if (file->Number != number) continue;
+        *link = file->Next;
+        free(file);
+        return;
+    }
+}
+
+} // namespace
+
+int16_t ReadKeyCount(View *view, uint32_t number, size_t *keys)
+{
+    Bytes value;
+    BtrFileHeader header;
+    const int16_t status = FindInCatalogue(*view, KeyOf(number, 'd').Text, &value);
+    if (status != BtrStatusOk) return status;
+    if (value.Size < sizeof header) return BtrStatusForeignFile;
+    memcpy(&header, value.Data, sizeof header);
+    *keys = header.KeyCount;
+    return header.KeyCount <= BtrMaxKeys ? BtrStatusOk : BtrStatusForeignFile;
+}
+
+namespace {
+
+// The store frees every page of a tree that is dropped.
+int16_t DropTree(Writer *writer, uint32_t number, size_t tree)
+{
+    TreeHead head;
+    int16_t status = FindTree(writer->Seen, number, tree, &head);
+    // One made in this transaction is not on disk.
+    if (status == BtrStatusOk) status = LookAtTree(writer->Seen, head);
+    if (status != BtrStatusOk && status != BtrStatusForeignFile) return status;
+    MDB_dbi opened = 0;
+    MDB_txn *transaction = writer->Seen.Transaction;
+    int error = mdb_dbi_open(transaction, KeyOfTree(number, tree).Text, 0, &opened);
+    if (error == 0) error = mdb_drop(transaction, opened, 1);
+    return StatusOf(error);
+}
+
+int16_t RemoveFile(Writer *writer, uint32_t number)
+{
+    Environment *own = writer->Seen.Of->Own;
+    ForgetFile(writer->Seen.Of, number);
+    own->TreesDropped = true;
+    size_t keys = 0;
+    int16_t status = ReadKeyCount(&writer->Seen, number, &keys);
+    for (size_t tree = 0; status == BtrStatusOk && tree < IndexTree(keys); ++tree) {
+        status = DropTree(writer, number, tree);
+    }
+    for (const char what : {'c', 'd'}) {
+        const CatalogueKey name = KeyOf(number, what);
+        MDB_val key = ToVal(name.Text);
+        if (status == BtrStatusOk)
+            status = StatusOf(mdb_del(writer->Seen.Transaction, own->Catalogue, &key, nullptr));
+    }
+    return status;
+}
+
+int16_t PutCatalogue(Writer *writer, const char *name, const void *data, size_t size)
+{
+    MDB_val key = ToVal(name);
+    MDB_val value{size, const_cast<void *>(data)};
+    return StatusOf(mdb_put(writer->Seen.Transaction, writer->Seen.Of->Own->Catalogue, &key, &value, 0));
+}
+
+int16_t ReadFormat(const View &view, FormatRecord *format)
+{
+    Bytes value;
+    const int16_t status = FindInCatalogue(view, formatKey, &value);
+    if (status == BtrStatusKeyNotFound) return BtrStatusForeignFile;
+    if (status != BtrStatusOk) return status;
+    if (value.Size != sizeof *format) return BtrStatusForeignFile;
+    memcpy(format, value.Data, sizeof *format);
+    return BtrStatusOk;
+}
+
+int16_t NextFileNumber(Writer *writer, uint32_t *number)
+{
+    FormatRecord format;
+    const int16_t status = ReadFormat(writer->Seen, &format);
+    if (status != BtrStatusOk) return status;
+    if (format.LastFile >= maxFileNumber) return BtrStatusFileTableFull;
+    *number = ++format.LastFile;
+    return PutCatalogue(writer, formatKey, &format, sizeof format);
+}
+
+} // namespace
+
+int16_t AcquireFile(View *view, const char *name, File **file)
+{
+    Store *store = view->Of;
+    pthread_mutex_lock(&store->Mutex);
+    const int16_t status = AcquireFileIn(view, name, file);
+    pthread_mutex_unlock(&store->Mutex);
+    return status;
+}
+
+void ReleaseFile(Store *store, File *file)
+{
+    pthread_mutex_lock(&store->Mutex);
+    file->Uses--;
+    pthread_mutex_unlock(&store->Mutex);
+}
+
+int16_t CreateFile(Writer *writer, const char *name, const Definition &definition)
+{
+    Store *store = writer->Seen.Of;
+    WriteSums(store->Own);
+    pthread_mutex_lock(&store->Mutex);
+    uint32_t number = 0;
+    int16_t status = FindFileNumber(&writer->Seen, name, &number);
+    if (status == BtrStatusOk && number != 0) status = RemoveFile(writer, number);
+    if (status == BtrStatusOk) status = NextFileNumber(writer, &number);
+    if (status == BtrStatusOk) status = PutCatalogue(writer, KeyOfName(name).Text, &number, sizeof number);
+    if (status == BtrStatusOk) {
+        uint8_t stored[sizeof(BtrFileHeader) + BtrMaxKeys * sizeof(BtrKeyEntry)];
+        memcpy(stored, &definition.Header, sizeof(BtrFileHeader));
+        memcpy(stored + sizeof(BtrFileHeader), definition.KeyEntries,
+               definition.SegmentCount * sizeof(BtrKeyEntry));
+        status = PutCatalogue(writer, KeyOf(number, 'd').Text, stored, DefinitionSize(definition));
+    }
+    if (status == BtrStatusOk) {
+        File file{};
+        file.Number = number;
+        file.Layout.KeyCount = definition.KeyCount;
+        status = WriteCounters(writer, file, Counters{});
+    }
+    for (size_t tree = 0; tree < IndexTree(definition.KeyCount) && status == BtrStatusOk; ++tree) {
+        MDB_dbi made = 0;
+        const unsigned flags = tree == recordTree ? MDB_CREATE | MDB_INTEGERKEY : MDB_CREATE;
+        status = StatusOf(mdb_dbi_open(writer->Seen.Transaction, KeyOfTree(number, tree).Text, flags, &made));
+    }
+    pthread_mutex_unlock(&store->Mutex);
+    return status;
+}
+
+namespace {
+
+// No tree has this number; the store refuses it.
+constexpr unsigned noTree = UINT32_MAX;
+
+} // namespace
+
+void ForgetTrees(Store *store, uint32_t last)
+{
+    pthread_mutex_lock(&store->Mutex);
+    for (File *file = store->Files; file != nullptr; file = file->Next) {
+        if (file->Number <= last) continue;
+        for (unsigned &tree : file->Trees) {
+            tree = noTree;
+        }
+    }
+    pthread_mutex_unlock(&store->Mutex);
+}
+
+int16_t RenewTrees(Writer *writer, uint32_t last)
+{
+    Store *store = writer->Seen.Of;
+    int16_t status = BtrStatusOk;
+    pthread_mutex_lock(&store->Mutex);
+    for (File *file = store->Files; file != nullptr && status == BtrStatusOk; file = file->Next) {
+        if (file->Number > last) {
+            const size_t keys = file->Layout.KeyCount;
+            status = OpenTrees(writer->Seen.Transaction, file->Number, keys, file->Trees);
+        }
+    }
+    pthread_mutex_unlock(&store->Mutex);
+    return status;
+}
+
+int16_t ReadLastFile(View *view, uint32_t *number)
+{
+    FormatRecord format;
+    const int16_t status = ReadFormat(*view, &format);
+    if (status == BtrStatusOk) *number = format.LastFile;
+    return status;
+}
+
+int16_t ReadCounters(View *view, const File &file, Counters *counters)
+{
+    Bytes value;
+    const int16_t status = FindInCatalogue(*view, KeyOf(file.Number, 'c').Text, &value);
+    if (status == BtrStatusKeyNotFound) return BtrStatusForeignFile;
+    if (status != BtrStatusOk) return status;
+    StoredCounters stored;
+    const size_t values = file.Layout.KeyCount * sizeof(uint32_t);
+    if (value.Size != sizeof stored + values) return BtrStatusForeignFile;
+    memcpy(&stored, value.Data, sizeof stored);
+    counters->LastRecord = stored.LastRecord;
+    counters->Records = stored.Records;
+    counters->Sequence = stored.Sequence;
+    memcpy(counters->UniqueValues, value.Data + sizeof stored, values);
+    return BtrStatusOk;
+}
+
+int16_t WriteCounters(Writer *writer, const File &file, const Counters &counters)
+{
+    uint8_t bytes[sizeof(StoredCounters) + sizeof counters.UniqueValues];
+    const StoredCounters stored{counters.LastRecord, counters.Records, counters.Sequence};
+    const size_t values = file.Layout.KeyCount * sizeof(uint32_t);
+    memcpy(bytes, &stored, sizeof stored);
+    memcpy(bytes + sizeof stored, counters.UniqueValues, values);
+    return PutCatalogue(writer, KeyOf(file.Number, 'c').Text, bytes, sizeof stored + values);
+}
+
+} // namespace wbtrv

@@ -1,0 +1,198 @@
+// What the sources of this store share.
+#pragma once
+
+#include "record-manager/lmdb/form.h"
+#include "record-manager/lmdb/page_order.h"
+#include "record-manager/store.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <lmdb.h>
+
+namespace wbtrv {
+
+// The catalogue lies in the store's main tree:
+//   "!format"        FormatRecord
+//   "n:" NAME        file number, u32
+//   NNNNNNNN "c"     counters, 16 bytes and 4 per key
+//   NNNNNNNN "d"     definition, as create gave it
+//   NNNNNNNN "t"     the tree of its records, which the store itself keeps here
+//   NNNNNNNN "iKK"   the tree of an index, KK being the key's place in the definition, in hexadecimal too
+// NNNNNNNN is the file number in hexadecimal. So a file's counters, which each commit writes, share a page
+// with the root of its tree, which each commit writes anyway.
+struct FormatRecord {
+    char Mark[8];
+    uint32_t Format;
+    uint32_t LastFile;
+};
+inline constexpr char formatKey[] = "!format";
+inline constexpr char formatMark[9] = "WBTRVBKS";
+inline constexpr uint32_t formatWithoutSums = 1;
+inline constexpr uint32_t formatWithSums = 2;
+
+// "0000002at" and the like.
+struct CatalogueKey {
+    char Text[12];
+};
+CatalogueKey KeyOf(uint32_t number, char what);
+// The name of one of a file's trees.
+CatalogueKey KeyOfTree(uint32_t number, size_t tree);
+
+// A state of the books: a snapshot, or what the writer has made of it so far.
+struct View {
+    Store *Of;
+    MDB_txn *Transaction;
+    bool Writing;
+    uint64_t Number;   // of the transaction that made the snapshot; the writer's is that of its beginning
+    uint64_t LastPage; // what follows is the snapshot's
+    TreeHead Free;
+    TreeHead Main;
+};
+
+inline constexpr unsigned deepest = 32;
+
+// One page on the way from a tree's root to an entry.
+struct Step {
+    const uint8_t *Page;
+    size_t At;
+};
+
+// A place in a tree of a snapshot. Without levels it stands nowhere.
+struct Place {
+    uint64_t Snapshot;
+    TreeHead Tree;
+    unsigned Levels;
+    Step Level[deepest];
+};
+
+struct Cursor {
+    Place At;         // in a snapshot
+    MDB_cursor *Real; // in the writer
+    Writer *By;
+    const File *In;
+    size_t Tree;
+    Cursor *Next; // of the writer's
+};
+
+// What of a tree the writer has looked at before the store may use it.
+struct LookedAt {
+    uint32_t File; // whose tree this is in this transaction
+    uint32_t Tree;
+    bool Known;
+    bool Whole;
+    TreeHead Base;  // as the transaction found it
+    uint64_t Looks; // since then
+    uint64_t Pages; // in the tree now
+};
+
+struct Writer {
+    View Seen;
+    Cursor *Used;
+    Cursor *Free; // to be used again
+};
+
+// What belongs to the store below the books of a directory.
+struct Environment {
+    MDB_env *Real;
+    uint8_t *Map;
+    size_t PageSize;
+    bool Summed;
+    unsigned Catalogue;
+    std::atomic<uint32_t> *Marks; // by page: the sum it had when it was looked at, and `looked`; 0: never
+    size_t MarkCount;
+
+    // Guarded by the gate.
+    Writer Writing;
+    LookedAt *Trees;    // by the store's own number of a tree
+    uint32_t KnownFile; // the trees of files up to this number are open
+    uint64_t OrderDue;  // number of the transaction that is to look after the order of pages
+    SplitLeaves Splits;
+    bool TreesDropped; // by the write transaction under way
+    int64_t LastReaderCheck_s;
+};
+
+inline constexpr uint32_t looked = uint32_t{1} << 31;
+
+// ---- calls.cpp ----
+
+// While a thread writes, the pages that the store writes get their sums; with null no more.
+void WriteSums(Environment *environment);
+// The map that the store has made last in this thread.
+uint8_t *LastMap();
+
+// ---- checking.cpp ----
+
+// What a page that is not as it was written is answered with.
+inline constexpr int16_t damaged = BtrStatusIoError;
+
+// The page, or the run of pages, in the map, once it is known to be there as it was written. 0 or 2.
+int16_t LookAtPage(const View &view, uint64_t number, const uint8_t **page);
+int16_t LookAtRun(const View &view, uint64_t number, size_t size, const uint8_t **page);
+// The same of every page of a tree.
+int16_t LookAtTree(const View &view, const TreeHead &tree);
+
+// ---- places.cpp ----
+
+int16_t PlaceAt(const View &view, Bytes bound, Side side, Place &place);
+int16_t PlaceNext(const View &view, Place &place);
+int16_t PlacePrevious(const View &view, Place &place);
+// Goes to the first entry not below the key, which is looked for close by first. 4 when it is not this.
+int16_t PlaceExactly(const View &view, Bytes key, Place &place);
+int16_t EntryAt(const View &view, const Place &place, Bytes *key, Bytes *value);
+// What the store may touch when it looks for the key or changes its entry: the pages on the way to it and
+// those beside them.
+int16_t LookAround(const View &view, const TreeHead &tree, Bytes bound, Side side);
+// Goes to the first entry of the leaf before or behind.
+int16_t PlaceLeaf(const View &view, bool forward, Place &place);
+
+// An entry of a tree. 4 none.
+int16_t Find(const View &view, const TreeHead &tree, Bytes key, Bytes *value);
+// Where a file's tree begins. 30 when it has none.
+int16_t FindTree(const View &view, uint32_t file, size_t tree, TreeHead *found);
+// An entry of the catalogue. 4 none.
+int16_t FindInCatalogue(const View &view, const char *name, Bytes *value);
+
+// ---- writing.cpp ----
+
+// Looks at what the store may touch of a tree when it looks for the key or changes its entry.
+int16_t LookInWriter(Writer *writer, const File &file, size_t tree, Bytes bound, Side side);
+
+// ---- catalogue.cpp ----
+
+// How many keys a file has; 4 when there is no such file (any more).
+int16_t ReadKeyCount(View *view, uint32_t number, size_t *keys);
+// Opens the trees of a file of `keys` keys.
+int16_t OpenTrees(MDB_txn *transaction, uint32_t number, size_t keys, unsigned *trees);
+
+// ---- reading.cpp ----
+
+// Where the trees of a transaction's snapshot begin; `number` is the snapshot's. 2 when that is not told, or
+// no longer.
+int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *view);
+
+// ---- environment.cpp ----
+
+// The status of a failure of the store or of the system.
+int16_t StatusOf(int error);
+// The same, with a status of its own for one error.
+int16_t StatusOf(int error, int special, int16_t status);
+
+inline MDB_val ToVal(Bytes bytes) { return {bytes.Size, const_cast<uint8_t *>(bytes.Data)}; }
+
+inline MDB_val ToVal(const char *text) { return {strlen(text), const_cast<char *>(text)}; }
+
+inline Bytes ToBytes(const MDB_val &val) { return {static_cast<const uint8_t *>(val.mv_data), val.mv_size}; }
+
+inline Bytes ToBytes(const char *text) { return {reinterpret_cast<const uint8_t *>(text), strlen(text)}; }
+
+// Whether the lock file by which this process works is still the one that newcomers find.
+bool HasLockFile(const Store *store);
+
+// ---- gave_up.cpp ----
+
+// The store gave up on itself, since it could not write the page that makes a transaction final; others go on
+// from the transaction before. Makes it do the same, where its form is known.
+void GoOn(Environment *environment);
+
+} // namespace wbtrv

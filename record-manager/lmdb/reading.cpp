@@ -1,0 +1,214 @@
+// Reading: snapshots, in which this process finds its way itself, and what the writer has made, in which the
+// store does.
+#include "record-manager/lmdb/private.h"
+
+#include <cstdlib>
+#include <ctime>
+
+namespace wbtrv {
+
+namespace {
+
+// Copies one of the meta pages out of the map. False while it is being written.
+bool CopyMeta(const Environment &own, uint64_t number, MetaPage *meta)
+{
+    memcpy(meta, own.Map + (number & 1) * own.PageSize, sizeof *meta);
+    return meta->Transaction == number &&
+           (!own.Summed || meta->Sum == SumOfMeta(reinterpret_cast<const uint8_t *>(meta) + metaBegin));
+}
+
+} // namespace
+
+int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *view)
+{
+    const bool same = view->Of == store && view->Number == number && view->Transaction == transaction;
+    view->Of = store;
+    view->Transaction = transaction;
+    if (same) return BtrStatusOk;
+    MetaPage meta;
+    view->Number = UINT64_MAX;
+    if (!CopyMeta(*store->Own, number, &meta)) return damaged;
+    // Without sums a page that is being written is told by the transaction that came meanwhile.
+    MDB_envinfo info;
+    if (!store->Own->Summed && (mdb_env_info(store->Own->Real, &info) != 0 || info.me_last_txnid > number)) {
+        return damaged;
+    }
+    view->Number = number;
+    view->LastPage = meta.LastPage;
+    view->Free = meta.Free;
+    view->Main = meta.Main;
+    return BtrStatusOk;
+}
+
+namespace {
+
+// The snapshot of a transaction may be two commits old before its heads were read; then there is a newer one.
+constexpr unsigned mostAttempts = 1000;
+
+int16_t BeginTransaction(Store *store, View *view)
+{
+    MDB_env *real = store->Own->Real;
+    if (view->Transaction != nullptr) return StatusOf(mdb_txn_renew(view->Transaction));
+    int error = mdb_txn_begin(real, nullptr, MDB_RDONLY, &view->Transaction);
+    if (error == MDB_READERS_FULL) {
+        int dead = 0;
+        mdb_reader_check(real, &dead);
+        error = mdb_txn_begin(real, nullptr, MDB_RDONLY, &view->Transaction);
+    }
+    if (error != 0) view->Transaction = nullptr;
+    return StatusOf(error);
+}
+
+int16_t Renew(Store *store, View *view)
+{
+    for (unsigned attempt = 0;; ++attempt) {
+        int16_t status = BeginTransaction(store, view);
+        if (status != BtrStatusOk) return status;
+        const uint64_t number = mdb_txn_id(view->Transaction);
+        status = ReadHeads(store, view->Transaction, number, view);
+        if (status == BtrStatusOk) return status;
+        mdb_txn_reset(view->Transaction);
+        if (attempt == mostAttempts) return status;
+    }
+}
+
+} // namespace
+
+int16_t BeginSnapshot(Store *store, View **snapshot)
+{
+    const bool made = *snapshot == nullptr;
+    if (made) *snapshot = static_cast<View *>(calloc(1, sizeof(View)));
+    if (*snapshot == nullptr) return BtrStatusHandleTableFull;
+    const int16_t status = Renew(store, *snapshot);
+    if (status != BtrStatusOk && made) {
+        EndSnapshot(*snapshot);
+        *snapshot = nullptr;
+    }
+    return status;
+}
+
+void ResetSnapshot(View *snapshot) { mdb_txn_reset(snapshot->Transaction); }
+
+void EndSnapshot(View *snapshot)
+{
+    if (snapshot->Transaction != nullptr) mdb_txn_abort(snapshot->Transaction);
+    free(snapshot);
+}
+
+int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands)
+{
+    if (*cursor == nullptr) {
+        *cursor = static_cast<Cursor *>(calloc(1, sizeof(Cursor)));
+        if (*cursor == nullptr) return BtrStatusHandleTableFull;
+    }
+    // Two snapshots of one number are the same, page by page.
+    Place &place = (*cursor)->At;
+    *stands = place.Snapshot == snapshot->Number;
+    if (*stands) return BtrStatusOk;
+    place.Levels = 0;
+    const int16_t status = FindTree(*snapshot, file.Number, tree, &place.Tree);
+    place.Snapshot = status == BtrStatusOk ? snapshot->Number : 0;
+    return status;
+}
+
+void CloseCursor(Cursor *cursor) { free(cursor); }
+
+namespace {
+
+// The writer may read from pages that nobody has looked at: runs, which the way to an entry leaves out.
+int16_t LookAtValue(const View &view, Bytes key, Bytes value)
+{
+    const Environment &own = *view.Of->Own;
+    const auto offset = reinterpret_cast<uintptr_t>(value.Data) - reinterpret_cast<uintptr_t>(own.Map);
+    const bool big =
+        sizeof(NodeHead) + key.Size + value.Size > (own.PageSize - sizeof(PageHead)) / 2 - sizeof(uint16_t);
+    if (!big || offset >= (view.LastPage + 1) * own.PageSize) return BtrStatusOk;
+    const uint8_t *ignored = nullptr;
+    return LookAtRun(view, offset / own.PageSize, value.Size, &ignored);
+}
+
+int16_t GiveEntry(const View &view, int error, const MDB_val &foundKey, const MDB_val &foundValue, Bytes *key,
+                  Bytes *value)
+{
+    if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusEndOfFile);
+    *key = ToBytes(foundKey);
+    *value = ToBytes(foundValue);
+    return LookAtValue(view, *key, *value);
+}
+
+int16_t MoveInWriter(const View &view, Cursor *cursor, MDB_cursor_op where, Bytes *key, Bytes *value)
+{
+    MDB_val foundKey;
+    MDB_val foundValue;
+    const int error = mdb_cursor_get(cursor->Real, &foundKey, &foundValue, where);
+    return GiveEntry(view, error, foundKey, foundValue, key, value);
+}
+
+int16_t SeekInWriter(const View &view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value)
+{
+    const int16_t status = LookInWriter(cursor->By, *cursor->In, cursor->Tree, bound, side);
+    if (status != BtrStatusOk) return status;
+    MDB_val foundKey = ToVal(bound);
+    MDB_val foundValue;
+    int error = 0;
+    switch (side) {
+    case Side::First: return MoveInWriter(view, cursor, MDB_FIRST, key, value);
+    case Side::Last: return MoveInWriter(view, cursor, MDB_LAST, key, value);
+    case Side::AtOrAfter: error = mdb_cursor_get(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE); break;
+    case Side::Before:
+        error = mdb_cursor_get(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE);
+        if (error != 0 && error != MDB_NOTFOUND) return StatusOf(error);
+        return MoveInWriter(view, cursor, error == 0 ? MDB_PREV : MDB_LAST, key, value);
+    }
+    return GiveEntry(view, error, foundKey, foundValue, key, value);
+}
+
+int16_t GivePlace(const View &view, int16_t status, const Place &place, Bytes *key, Bytes *value)
+{
+    return status == BtrStatusOk ? EntryAt(view, place, key, value) : status;
+}
+
+} // namespace
+
+int16_t Seek(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value)
+{
+    if (view->Writing) return SeekInWriter(*view, cursor, bound, side, key, value);
+    return GivePlace(*view, PlaceAt(*view, bound, side, cursor->At), cursor->At, key, value);
+}
+
+int16_t SeekNext(View *view, Cursor *cursor, Bytes *key, Bytes *value)
+{
+    if (view->Writing) return MoveInWriter(*view, cursor, MDB_NEXT, key, value);
+    return GivePlace(*view, PlaceNext(*view, cursor->At), cursor->At, key, value);
+}
+
+int16_t SeekPrevious(View *view, Cursor *cursor, Bytes *key, Bytes *value)
+{
+    if (view->Writing) return MoveInWriter(*view, cursor, MDB_PREV, key, value);
+    return GivePlace(*view, PlacePrevious(*view, cursor->At), cursor->At, key, value);
+}
+
+int16_t SeekExactly(View *snapshot, Cursor *cursor, Bytes key, Bytes *value)
+{
+    Bytes found;
+    return GivePlace(*snapshot, PlaceExactly(*snapshot, key, cursor->At), cursor->At, &found, value);
+}
+
+int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value)
+{
+    if (!view->Writing) {
+        TreeHead head;
+        const int16_t status = FindTree(*view, file.Number, tree, &head);
+        return status == BtrStatusOk ? Find(*view, head, key, value) : status;
+    }
+    const int16_t status = LookInWriter(&view->Of->Own->Writing, file, tree, key, Side::AtOrAfter);
+    if (status != BtrStatusOk) return status;
+    MDB_val wanted = ToVal(key);
+    MDB_val found;
+    const int error = mdb_get(view->Transaction, file.Trees[tree], &wanted, &found);
+    if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
+    *value = ToBytes(found);
+    return LookAtValue(*view, key, *value);
+}
+
+} // namespace wbtrv

@@ -1,0 +1,313 @@
+// The writer of a directory. The store goes through pages that it has not written itself without looking at
+// them, so whatever it will touch is looked at first.
+#include "record-manager/limits.h"
+#include "record-manager/lmdb/books_file.h"
+#include "record-manager/lmdb/private.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <unistd.h>
+
+namespace wbtrv {
+
+namespace {
+
+uint64_t PagesOf(const Writer &writer, unsigned tree)
+{
+    MDB_stat shape;
+    if (mdb_stat(writer.Seen.Transaction, tree, &shape) != 0) return 0;
+    return shape.ms_branch_pages + shape.ms_leaf_pages;
+}
+
+// What is known of a tree in this transaction, which begins with where it was.
+int16_t FindLookedAt(Writer *writer, const File &file, size_t tree, LookedAt **out)
+{
+    const unsigned number = file.Trees[tree];
+    if (number >= limits.Trees) return BtrStatusIoError;
+    LookedAt &known = writer->Seen.Of->Own->Trees[number];
+    *out = &known;
+    if (known.Known && known.File == file.Number && known.Tree == tree) return BtrStatusOk;
+    known = {file.Number, static_cast<uint32_t>(tree), false, false, {}, 0, 0};
+    const int16_t status = FindTree(writer->Seen, file.Number, tree, &known.Base);
+    // It was made in this transaction, and nothing of it is on disk.
+    if (status == BtrStatusForeignFile) known.Base.Root = noPage;
+    known.Known = status == BtrStatusOk || status == BtrStatusForeignFile;
+    known.Pages = PagesOf(*writer, number);
+    return known.Known ? static_cast<int16_t>(BtrStatusOk) : status;
+}
+
+} // namespace
+
+namespace {
+
+int16_t LookAtWhole(Writer *writer, LookedAt *known)
+{
+    const int16_t status = LookAtTree(writer->Seen, known->Base);
+    known->Whole = status == BtrStatusOk;
+    return status;
+}
+
+// Who makes many changes is done sooner when all of the tree is looked at once.
+constexpr uint64_t fewLooks = 64;
+constexpr uint64_t leavesOfLook = 4;
+
+} // namespace
+
+int16_t LookInWriter(Writer *writer, const File &file, size_t tree, Bytes bound, Side side)
+{
+    // A thread may have a writer in each of several directories.
+    WriteSums(writer->Seen.Of->Own);
+    LookedAt *known = nullptr;
+    const int16_t status = FindLookedAt(writer, file, tree, &known);
+    if (status != BtrStatusOk || known->Whole) return status;
+    if (++known->Looks > fewLooks && known->Looks > known->Base.LeafPages / leavesOfLook)
+        return LookAtWhole(writer, known);
+    return LookAround(writer->Seen, known->Base, bound, side);
+}
+
+namespace {
+
+// Where leaves were joined, the next one beside them is none of those that were looked at.
+int16_t LookAfterRemoval(Writer *writer, const File &file, size_t tree)
+{
+    LookedAt *known = nullptr;
+    int16_t status = FindLookedAt(writer, file, tree, &known);
+    if (status != BtrStatusOk || known->Whole) return status;
+    const uint64_t pages = PagesOf(*writer, file.Trees[tree]);
+    const bool joined = pages < known->Pages;
+    known->Pages = pages;
+    if (!joined) return BtrStatusOk;
+    return LookAtWhole(writer, known);
+}
+
+// Opens the trees of all files; numbers whose file was replaced have none.
+int16_t OpenAllTrees(Store *store, uint32_t last)
+{
+    Environment *own = store->Own;
+    View *view = nullptr;
+    int16_t status = BeginSnapshot(store, &view);
+    if (status != BtrStatusOk) return status;
+    status = LookAtTree(*view, view->Main);
+    for (uint32_t number = own->KnownFile + 1; number <= last && status == BtrStatusOk; ++number) {
+        size_t keys = 0;
+        unsigned trees[1 + BtrMaxKeys];
+        status = ReadKeyCount(view, number, &keys);
+        if (status == BtrStatusOk) status = OpenTrees(view->Transaction, number, keys, trees);
+        if (status == BtrStatusKeyNotFound) status = BtrStatusOk;
+    }
+    // Handles of trees reach other transactions only by a commit.
+    if (status == BtrStatusOk) {
+        status = StatusOf(mdb_txn_commit(view->Transaction));
+        view->Transaction = nullptr;
+    }
+    EndSnapshot(view);
+    if (status == BtrStatusOk) own->KnownFile = last;
+    return status;
+}
+
+// Whatever the store looks at of itself: its lists of free pages, and the catalogue, where it tells of trees.
+int16_t LookAtOwn(Store *store, MDB_txn *transaction)
+{
+    View &seen = store->Own->Writing.Seen;
+    const int16_t status = ReadHeads(store, transaction, mdb_txn_id(transaction) - 1, &seen);
+    seen.Writing = true;
+    if (status != BtrStatusOk) return status;
+    const int16_t lists = LookAtTree(seen, seen.Free);
+    return lists == BtrStatusOk ? LookAtTree(seen, seen.Main) : lists;
+}
+
+void ForgetLookedAt(Environment *own)
+{
+    for (unsigned tree = 0; tree < limits.Trees; ++tree) {
+        own->Trees[tree].Known = false;
+    }
+}
+
+// A write transaction knows the trees that were open when it began, and one opened later would get the number
+// of another. So all there are are opened before; as long as the gate is held, no process makes new ones.
+int16_t BeginWithAllTrees(Store *store)
+{
+    Environment *own = store->Own;
+    for (;;) {
+        MDB_txn *transaction = nullptr;
+        const int error = mdb_txn_begin(own->Real, nullptr, 0, &transaction);
+        if (error == MDB_PANIC) store->Dead = true;
+        if (error != 0) return StatusOf(error);
+        int16_t status = LookAtOwn(store, transaction);
+        uint32_t last = 0;
+        if (status == BtrStatusOk) status = ReadLastFile(&own->Writing.Seen, &last);
+        if (status == BtrStatusOk && last <= own->KnownFile) {
+            ForgetLookedAt(own);
+            WriteSums(own);
+            return BtrStatusOk;
+        }
+        mdb_txn_abort(transaction);
+        if (status == BtrStatusOk) status = OpenAllTrees(store, last);
+        if (status != BtrStatusOk) return status;
+    }
+}
+
+// False: the transaction is of no use any more.
+bool OrderPages(Store *store, Writer *writer)
+{
+    bool ordered = false;
+    return OrderFreePages(writer, store->PresenceFd, &ordered) && (!ordered || MoveSplitLeaves(writer));
+}
+
+// The cursors end with the transaction; what stands for them is used again.
+void LeaveWriter(Writer *writer)
+{
+    WriteSums(nullptr);
+    writer->Seen.Transaction = nullptr;
+    while (writer->Used != nullptr) {
+        Cursor *cursor = writer->Used;
+        writer->Used = cursor->Next;
+        cursor->Next = writer->Free;
+        writer->Free = cursor;
+    }
+}
+
+} // namespace
+
+View *ViewOf(Writer *writer) { return &writer->Seen; }
+
+int16_t BeginWriter(Store *store, Writer **writer)
+{
+    Environment *own = store->Own;
+    *writer = nullptr;
+    // Newcomers would not find the lock file by which we are told from them.
+    if (!HasLockFile(store)) return BtrStatusIoError;
+    // The snapshot of a process that died while reading keeps space from being reused until it is cleared.
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    if (now.tv_sec != own->LastReaderCheck_s) {
+        own->LastReaderCheck_s = now.tv_sec;
+        int dead = 0;
+        mdb_reader_check(own->Real, &dead);
+    }
+    pthread_mutex_lock(&store->Mutex);
+    int16_t status = BeginWithAllTrees(store);
+    if (status == BtrStatusOk && !OrderPages(store, &own->Writing)) {
+        mdb_txn_abort(own->Writing.Seen.Transaction);
+        LeaveWriter(&own->Writing);
+        status = BeginWithAllTrees(store);
+    }
+    pthread_mutex_unlock(&store->Mutex);
+    if (status == BtrStatusOk) *writer = &own->Writing;
+    own->TreesDropped = false;
+    return status;
+}
+
+namespace {
+
+// Whether the books could not grow by a page. The store tells of a write that was cut short as of any other
+// failure; only the holder of the gate may ask.
+bool IsDiskFull(const Store *store)
+{
+    const uint8_t page[4096] = {};
+    BooksFacts found;
+    if (!ReadFacts(store->PresenceFd, &found)) return false;
+    const ssize_t written = pwrite(store->PresenceFd, page, sizeof page, found.Size);
+    const bool full =
+        written < 0 ? StatusOf(errno) == BtrStatusDiskFull : static_cast<size_t>(written) < sizeof page;
+    if (written > 0) (void)!ftruncate(store->PresenceFd, found.Size);
+    return full;
+}
+
+} // namespace
+
+int16_t CommitWriter(Writer *writer)
+{
+    Store *store = writer->Seen.Of;
+    Environment *own = store->Own;
+    WriteSums(own);
+    const int error = mdb_txn_commit(writer->Seen.Transaction);
+    LeaveWriter(writer);
+    if (error == 0) return BtrStatusOk;
+    if (own->TreesDropped) own->KnownFile = 0;
+    GoOn(own);
+    return error == EIO && IsDiskFull(store) ? static_cast<int16_t>(BtrStatusDiskFull) : StatusOf(error);
+}
+
+void AbortWriter(Writer *writer)
+{
+    Environment *own = writer->Seen.Of->Own;
+    mdb_txn_abort(writer->Seen.Transaction);
+    LeaveWriter(writer);
+    // The trees that it has dropped are back, their handles are not.
+    if (own->TreesDropped) own->KnownFile = 0;
+}
+
+int16_t SetLoading(Store *store, bool loading)
+{
+    MDB_env *real = store->Own->Real;
+    if (loading) return StatusOf(mdb_env_set_flags(real, MDB_NOSYNC, 1));
+    const int error = mdb_env_sync(real, 1);
+    mdb_env_set_flags(real, MDB_NOSYNC, 0);
+    return StatusOf(error);
+}
+
+int16_t OpenWriteCursor(Writer *writer, const File &file, size_t tree, Cursor **cursor)
+{
+    Cursor *made = writer->Free;
+    if (made == nullptr) {
+        made = static_cast<Cursor *>(calloc(1, sizeof(Cursor)));
+        if (made == nullptr) return BtrStatusHandleTableFull;
+    } else {
+        writer->Free = made->Next;
+    }
+    made->By = writer;
+    made->In = &file;
+    made->Tree = tree;
+    const int error = mdb_cursor_open(writer->Seen.Transaction, file.Trees[tree], &made->Real);
+    Cursor **list = error == 0 ? &writer->Used : &writer->Free;
+    made->Next = *list;
+    *list = made;
+    if (error == 0) *cursor = made;
+    return StatusOf(error);
+}
+
+int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t size, bool append,
+                uint8_t **place)
+{
+    const int16_t status = LookInWriter(writer, file, tree, key, append ? Side::Last : Side::AtOrAfter);
+    if (status != BtrStatusOk) return status;
+    MDB_val where = ToVal(key);
+    MDB_val value{size, nullptr};
+    const unsigned number = file.Trees[tree];
+    const uint64_t pages = PagesOf(*writer, number);
+    const unsigned flags = MDB_RESERVE | (append ? MDB_APPEND : 0u);
+    const int error = mdb_put(writer->Seen.Transaction, number, &where, &value, flags);
+    if (error != 0) return StatusOf(error);
+    if (PagesOf(*writer, number) > pages) NoteSplit(&writer->Seen.Of->Own->Splits, file, tree, key);
+    *place = static_cast<uint8_t *>(value.mv_data);
+    return BtrStatusOk;
+}
+
+int16_t Add(Cursor *cursor, Bytes key, Bytes value)
+{
+    Writer *writer = cursor->By;
+    const int16_t status = LookInWriter(writer, *cursor->In, cursor->Tree, key, Side::AtOrAfter);
+    if (status != BtrStatusOk) return status;
+    MDB_val newKey = ToVal(key);
+    MDB_val newValue = ToVal(value);
+    const unsigned number = cursor->In->Trees[cursor->Tree];
+    const uint64_t pages = PagesOf(*writer, number);
+    const int error = mdb_cursor_put(cursor->Real, &newKey, &newValue, MDB_NOOVERWRITE);
+    if (error == 0 && PagesOf(*writer, number) > pages)
+        NoteSplit(&writer->Seen.Of->Own->Splits, *cursor->In, cursor->Tree, key);
+    return StatusOf(error, MDB_KEYEXIST, BtrStatusDuplicateKey);
+}
+
+int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key)
+{
+    const int16_t status = LookInWriter(writer, file, tree, key, Side::AtOrAfter);
+    if (status != BtrStatusOk) return status;
+    MDB_val where = ToVal(key);
+    const int error = mdb_del(writer->Seen.Transaction, file.Trees[tree], &where, nullptr);
+    if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
+    return LookAfterRemoval(writer, file, tree);
+}
+
+} // namespace wbtrv
