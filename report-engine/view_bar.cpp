@@ -44,6 +44,27 @@ const int barControlCount = static_cast<int>(std::size(barControls));
 
 namespace {
 
+// The bar is drawn up for letters of this size, in pixels of 4 units across and 8 down; larger ones make it
+// larger.
+constexpr LONG designedX = 8;
+constexpr LONG designedY = 20;
+
+LONG Across(LONG designed)
+{
+    const auto base = static_cast<LONG>(GetDialogBaseUnits() & 0xFFFF);
+    return designed * std::max(base, designedX) / designedX;
+}
+
+} // namespace
+
+LONG BarHeight(LONG designed)
+{
+    const auto base = static_cast<LONG>(GetDialogBaseUnits() >> 16);
+    return designed * std::max(base, designedY) / designedY;
+}
+
+namespace {
+
 bool IsText(const BarControl &control) { return control.Id == pageCountText || control.Id == searchText; }
 
 // The control behind the last of the group that begins at `first`.
@@ -60,7 +81,7 @@ LONG WidthOf(int first, int end)
 {
     LONG width = 0;
     for (int i = first; i < end; ++i) {
-        width += (i > first ? barControls[i].Gap : 0) + barControls[i].Width;
+        width += (i > first ? barControls[i].Gap : 0) + Across(barControls[i].Width);
     }
     return width;
 }
@@ -84,9 +105,10 @@ void PlaceGroup(HWND window, int first, int end, LONG left, LONG top, LONG spare
     for (int i = first; i < end; ++i) {
         const BarControl &each = barControls[i];
         if (i > first) left += each.Gap;
-        const LONG width = each.Id == searchEdit ? std::min(each.Width + spare, widestSearch) : each.Width;
-        const LONG height = IsText(each) ? textHeight : controlHeight;
-        const LONG above = (rowHeight - (IsText(each) ? shownTextHeight : controlHeight)) / 2;
+        const LONG needed = Across(each.Width);
+        const LONG width = each.Id == searchEdit ? std::min(needed + spare, Across(widestSearch)) : needed;
+        const LONG height = BarHeight(IsText(each) ? textHeight : controlHeight);
+        const LONG above = BarHeight(rowHeight - (IsText(each) ? shownTextHeight : controlHeight)) / 2;
         MoveWindow(GetDlgItem(window, each.Id), left, top + above, width, height, TRUE);
         left += width;
     }
@@ -96,7 +118,8 @@ void PlaceGroup(HWND window, int first, int end, LONG left, LONG top, LONG spare
 
 LONG ArrangeBar(HWND window, LONG width, LONG height)
 {
-    const LONG mostRows = std::max<LONG>(height / 2 / rowHeight, 1);
+    const LONG pitch = BarHeight(rowHeight);
+    const LONG mostRows = std::max<LONG>(height / 2 / pitch, 1);
     LONG row = 0;
     LONG left = margin;
     for (int first = 0; first < barControlCount;) {
@@ -118,12 +141,11 @@ LONG ArrangeBar(HWND window, LONG width, LONG height)
         }
         ShowGroup(window, first, shown, false);
         ShowGroup(window, shown, end, row < mostRows);
-        PlaceGroup(window, shown, end, left, row * rowHeight,
-                   std::max<LONG>(width - margin - left - needed, 0));
+        PlaceGroup(window, shown, end, left, row * pitch, std::max<LONG>(width - margin - left - needed, 0));
         left += needed + groupGap;
         first = end;
     }
-    return (std::min(row, mostRows - 1) + 1) * rowHeight;
+    return (std::min(row, mostRows - 1) + 1) * pitch;
 }
 
 } // namespace rs

@@ -10,7 +10,7 @@ struct BarControl {
     const char *Class;
     const char *Text; // of an icon button: its name, a tab, the icon; of a field: what names it unseen
     LONG Gap;         // before it
-    LONG Width;
+    LONG Width;       // for letters of the usual size
     DWORD Style;
     bool BeginsGroup; // those of a group stay side by side
 };
@@ -18,6 +18,9 @@ struct BarControl {
 // In the order in which Tab goes through them.
 extern const BarControl barControls[];
 extern const int barControlCount;
+
+// A height that suits letters of the usual size, as it suits those of the screen.
+LONG BarHeight(LONG designed);
 
 // Puts the groups side by side, in as many rows as they need inside `width`, but in no more than half of
 // `height` holds, nor less than one: what has no room then is hidden. Returns the height of the bar.

@@ -29,10 +29,11 @@ void ArrangeControls(const ViewWindow &view)
     RECT inside = {};
     GetClientRect(view.Window, &inside);
     const LONG bar = ArrangeBar(view.Window, inside.right, inside.bottom);
+    const LONG line = BarHeight(stateHeight);
     MoveWindow(view.Picture, 0, bar, std::max<LONG>(inside.right, 1),
-               std::max<LONG>(inside.bottom - bar - stateHeight, 1), TRUE);
-    MoveWindow(Control(view, stateText), 10, inside.bottom - stateHeight + 4,
-               std::max<LONG>(inside.right - 20, 1), stateHeight - 6, TRUE);
+               std::max<LONG>(inside.bottom - bar - line, 1), TRUE);
+    MoveWindow(Control(view, stateText), 10, inside.bottom - line + 4, std::max<LONG>(inside.right - 20, 1),
+               line - 6, TRUE);
 }
 
 bool MakeControls(ViewWindow &view)

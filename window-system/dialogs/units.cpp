@@ -29,6 +29,13 @@ RECT Pixels(LONG left, LONG top, LONG right, LONG bottom)
 
 using namespace varkui;
 
+LONG GetDialogBaseUnits(void)
+{
+    frontEnd.Choose(); // tells how large letters are
+    const Locked locked;
+    return static_cast<LONG>(model.BaseY << 16 | (model.BaseX & 0xFFFF));
+}
+
 BOOL MapDialogRect(HWND dialog, RECT *rectangle)
 {
     if (rectangle == nullptr) return FALSE;
