@@ -84,56 +84,76 @@ bool ExpandPattern(const char *pattern, const View &view, int number, char (&pat
     return isPdf || Append(path, used, ".pdf");
 }
 
-// Prints into a file; `reason` says why not.
-Printed PrintToFile(const View &view, const char *pattern, char (&reason)[400])
+// Prints into a file; `said` says which, or why not.
+Printed PrintToFile(const View &view, const PrintWishes &wishes, const Progress *progress, char (&said)[500])
 {
     char path[PATH_MAX];
     for (int number = 1; number <= lastNumber; ++number) {
         bool hasNumber = false;
-        if (!ExpandPattern(pattern, view, number, path, hasNumber)) {
-            std::snprintf(reason, sizeof reason, "Der Dateiname ist zu lang.");
+        if (!ExpandPattern(wishes.Pattern, view, number, path, hasNumber)) {
+            std::snprintf(said, sizeof said, "Der Dateiname ist zu lang.");
             return Printed::failed;
         }
         if (hasNumber && access(path, F_OK) == 0) continue;
-        switch (WritePdfFile(view, path, !hasNumber, {}, nullptr)) {
-        case Written::whole: return Printed::done;
+        switch (WritePdfFile(view, path, !hasNumber, wishes.Range, progress)) {
+        case Written::whole:
+            std::snprintf(said, sizeof said, "Gedruckt in die Datei %.450s.", path);
+            return Printed::done;
         case Written::nameTaken: continue; // somebody else was quicker
-        case Written::stopped: return Printed::failed;
+        case Written::stopped: return Printed::stopped;
         case Written::failed:
-            std::snprintf(reason, sizeof reason, "%.250s: %.120s", path, LastComplaintInGerman());
+            std::snprintf(said, sizeof said, "%.250s: %.120s", path, LastComplaintInGerman());
             return Printed::failed;
         }
     }
-    std::snprintf(reason, sizeof reason, "%.250s: Es ist keine Nummer mehr frei.", path);
+    std::snprintf(said, sizeof said, "%.250s: Es ist keine Nummer mehr frei.", path);
     return Printed::failed;
 }
 
-// The same on a printer; `reason` also says what a report waits for that the printer has taken.
-Printed PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
+// Hands the pages to the printing system; `said` says what it says.
+Printed SendToPrinter(const View &view, const PrintWishes &wishes, int pages, const Progress *progress,
+                      char (&said)[500])
+{
+    char name[] = "rs-print";
+    char print[] = "print";
+    char title[maxViewTitle];
+    std::snprintf(title, sizeof title, "%s", TitleOf(view));
+    char queue[maxQueue];
+    std::snprintf(queue, sizeof queue, "%s", wishes.Queue);
+    char copies[16];
+    std::snprintf(copies, sizeof copies, "%d", wishes.Copies);
+    char media[64];
+    std::snprintf(media, sizeof media, "%s", wishes.Media);
+    char *const arguments[] = {name, print, title, queue, copies, media, nullptr};
+    char line[256];
+    const Ended ended = RunHelper("rs-print", arguments, &pages, 1, line, sizeof line, progress, 0);
+    if (ended == Ended::stopped) return Printed::stopped;
+    const bool isTaken = ended == Ended::good;
+    if (isTaken && line[0] == 0) {
+        std::snprintf(said, sizeof said, "Der Bericht wurde gedruckt%s%s.", queue[0] != 0 ? " auf " : "",
+                      queue);
+        return Printed::done;
+    }
+    std::snprintf(said, sizeof said, "%s",
+                  isTaken || line[0] != 0 ? line : "Das Druckprogramm rs-print läuft nicht.");
+    return isTaken ? Printed::waiting : Printed::failed;
+}
+
+// Prints on paper; `said` also says what a report waits for that the printer has taken.
+Printed PrintOnPaper(const View &view, const PrintWishes &wishes, const Progress *progress, char (&said)[500])
 {
     const int pages = OpenNamelessFile();
     if (pages < 0) {
         const char *german = InGerman(errno);
-        std::snprintf(reason, sizeof reason, "%s",
+        std::snprintf(said, sizeof said, "%s",
                       german != nullptr ? german : "Die Seiten können nicht gemacht werden.");
         return Printed::failed;
     }
     Printed printed = Printed::failed;
-    if (WritePages(pages, view, view.Of->Path, {}, nullptr) == Ended::good) {
-        char name[] = "rs-print";
-        char title[maxViewTitle];
-        std::snprintf(title, sizeof title, "%s", TitleOf(view));
-        char wanted[256];
-        std::snprintf(wanted, sizeof wanted, "%.250s", queue);
-        char *const arguments[] = {name, title, wanted[0] != 0 ? wanted : nullptr, nullptr};
-        char said[256];
-        const bool isTaken =
-            RunHelper("rs-print", arguments, &pages, 1, said, sizeof said, nullptr, 0) == Ended::good;
-        if (isTaken) printed = said[0] == 0 ? Printed::done : Printed::waiting;
-        std::snprintf(reason, sizeof reason, "%s",
-                      isTaken || said[0] != 0 ? said : "Das Druckprogramm rs-print läuft nicht.");
-    } else {
-        std::snprintf(reason, sizeof reason, "%.390s", LastComplaintInGerman());
+    switch (WritePages(pages, view, view.Of->Path, wishes.Range, progress)) {
+    case Ended::good: printed = SendToPrinter(view, wishes, pages, progress, said); break;
+    case Ended::stopped: printed = Printed::stopped; break;
+    case Ended::failed: std::snprintf(said, sizeof said, "%.390s", LastComplaintInGerman()); break;
     }
     close(pages);
     return printed;
@@ -142,7 +162,7 @@ Printed PrintOnPaper(const View &view, const char *queue, char (&reason)[400])
 // A person who has not seen the view yet is told over the window that it belongs to.
 void Show(const View &view, const char *utf8, UINT icon)
 {
-    char shown[500];
+    char shown[600];
     text::FromUtf8(utf8, shown, sizeof shown);
     HWND window = static_cast<HWND>(view.Window.load());
     HWND owner = window == nullptr || view.WasSeen ? window : GetParent(window);
@@ -151,25 +171,36 @@ void Show(const View &view, const char *utf8, UINT icon)
 
 void ShowReason(const View &view, const char *reason)
 {
-    char utf8[500];
+    char utf8[600];
     std::snprintf(utf8, sizeof utf8, "Der Bericht konnte nicht gedruckt werden:\n%s", reason);
     Show(view, utf8, MB_ICONEXCLAMATION);
 }
 
 } // namespace
 
-Printed PrintView(const View &view)
+PrintWishes UsualWishes()
 {
     char where[PATH_MAX];
     vark::ReadProfileText("RS", "Drucker", where, sizeof where, "vark.ini");
-    char reason[400] = "";
-    const Printed printed = std::strncmp(where, filePrefix, prefixLength) == 0
-                                ? PrintToFile(view, where + prefixLength, reason)
-                                : PrintOnPaper(view, where, reason);
-    if (printed == Printed::waiting) Show(view, reason, MB_ICONINFORMATION);
+    PrintWishes wishes = {false, "", "", {}, 1, ""};
+    wishes.IsFile = std::strncmp(where, filePrefix, prefixLength) == 0;
+    if (wishes.IsFile) {
+        std::snprintf(wishes.Pattern, sizeof wishes.Pattern, "%s", where + prefixLength);
+    } else {
+        std::snprintf(wishes.Queue, sizeof wishes.Queue, "%.*s", static_cast<int>(maxQueue) - 1, where);
+    }
+    return wishes;
+}
+
+Printed PrintView(const View &view, const PrintWishes &wishes, const Progress *progress, char (&where)[500])
+{
+    where[0] = 0;
+    const Printed printed = wishes.IsFile ? PrintToFile(view, wishes, progress, where)
+                                          : PrintOnPaper(view, wishes, progress, where);
+    if (printed == Printed::waiting) Show(view, where, MB_ICONINFORMATION);
     if (printed != Printed::failed) return printed;
-    Complain(view.Of->Path, ": not printed: %s", reason);
-    ShowReason(view, reason);
+    Complain(view.Of->Path, ": not printed: %s", where);
+    ShowReason(view, where);
     return printed;
 }
 

@@ -180,7 +180,8 @@ int32_t RSPrintView(RSWindow view, int32_t /*reserved*/)
 {
     View *held = HoldView(view);
     if (held == nullptr) return 0;
-    const bool isPrinted = PrintView(*held) != Printed::failed;
+    char where[500];
+    const bool isPrinted = PrintView(*held, UsualWishes(), nullptr, where) != Printed::failed;
     ReleaseView(held);
     return isPrinted ? 1 : 0;
 }

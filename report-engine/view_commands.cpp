@@ -4,7 +4,9 @@
 #include "report-engine/handles.h"
 #include "report-engine/output.h"
 #include "report-engine/page_source.h"
+#include "report-engine/print_dialog.h"
 #include "report-engine/printing.h"
+#include "report-engine/progress_window.h"
 #include "report-engine/view_strip.h"
 #include "text/windows1252.h"
 
@@ -135,12 +137,22 @@ void SearchOn(ViewWindow &view, bool isBackwards)
 void PrintFromView(HWND window)
 {
     View *held = HoldView(window);
-    const Printed printed = held != nullptr ? PrintView(*held) : Printed::failed; // tells what went wrong
-    if (held != nullptr) ReleaseView(held);
-    ViewWindow *view = StateOfView(window);
+    if (held == nullptr) return;
+    PrintWishes wishes = UsualWishes();
+    char where[500] = "";
+    Printed printed = Printed::failed;
+    if (AskHowToPrint(window, *held, wishes) && IsWindow(window) != FALSE) {
+        ProgressWindow watching;
+        const Progress progress = WatchProgress(watching, window, "Bericht wird gedruckt");
+        printed = PrintView(*held, wishes, &progress, where); // tells what went wrong
+        EndProgress(watching);
+    }
+    ReleaseView(held);
+    const ViewWindow *view = StateOfView(window);
     if (view == nullptr || printed == Printed::failed) return;
-    SayState(*view, printed == Printed::done ? "Der Bericht wurde gedruckt."
-                                             : "Der Bericht wartet auf den Drucker.");
+    SayState(*view, printed == Printed::waiting   ? "Der Bericht wartet auf den Drucker."
+                    : printed == Printed::stopped ? "Der Druck wurde abgebrochen."
+                                                  : where);
 }
 
 // ---- Saving ----
@@ -153,12 +165,23 @@ constexpr VARKUIFILEKIND fileKinds[] = {{"PDF: Seiten", ".pdf"},
                                         {"JSON: Daten", ".json"},
                                         {"Text", ".txt"}};
 
+struct Saving {
+    const View *Of;
+    char Path[450]; // that was written
+};
+
 BOOL CALLBACK SaveInto(HWND dialog, LPCSTR path, void *context)
 {
     HCURSOR before = SetCursor(LoadCursorA(nullptr, IDC_WAIT));
-    const bool isSaved = ExportView(*static_cast<const View *>(context), path, nullptr) == Written::whole;
+    ProgressWindow watching;
+    const Progress progress = WatchProgress(watching, dialog, "Bericht wird gespeichert");
+    auto &saving = *static_cast<Saving *>(context);
+    const Written written = ExportView(*saving.Of, path, &progress);
+    EndProgress(watching);
     SetCursor(before);
-    if (isSaved) return TRUE;
+    if (written == Written::whole) std::snprintf(saving.Path, sizeof saving.Path, "%s", path);
+    if (written == Written::whole) return TRUE;
+    if (written == Written::stopped) return FALSE;
     char reason[600];
     std::snprintf(reason, sizeof reason, "Die Datei konnte nicht geschrieben werden:\n%s",
                   LastComplaintInGerman());
@@ -178,10 +201,13 @@ void SaveView(HWND window)
     if (held == nullptr) return;
     char name[maxViewTitle];
     NameForFile(*held, name);
+    Saving saving = {held, ""};
     const bool isSaved = VarkUiSaveFile(window, "Bericht speichern", name, fileKinds, std::size(fileKinds),
-                                        SaveInto, held) != FALSE;
+                                        SaveInto, &saving) != FALSE;
     view = StateOfView(window);
-    if (isSaved && view != nullptr) SayState(*view, "Der Bericht wurde gespeichert.");
+    char told[500];
+    std::snprintf(told, sizeof told, "Gespeichert in %s", saving.Path);
+    if (isSaved && view != nullptr) SayState(*view, told);
     ReleaseView(held);
 }
 

@@ -1,9 +1,14 @@
-// rs-print TITLE [QUEUE]: prints the PDF that stands open as descriptor 3 through CUPS, on QUEUE or else the
-// default printer. On descriptor 4 it says "ok", with a line more where the report has to wait for its
-// printer, or why it is not printed; in German, for the person. librs.so runs it; nobody else needs to.
+// rs-print print TITLE QUEUE COPIES MEDIA: prints the PDF that stands open as descriptor 3 through CUPS, on
+// QUEUE or, if that is empty, the default printer, on the paper MEDIA unless that is empty. On descriptor 4 it
+// says how many KiB have gone, lines of "+" and a number, then "ok", with a line more where the report has to
+// wait for its printer, or why it is not printed; in German, for the person.
+// rs-print list: says "ok" and the names of the printers on descriptor 3, the default one first.
+// librs.so runs it; nobody else needs to.
 //
 // A job that its queue has taken is printed, as on every desktop: the queue keeps it, also over a restart,
 // and prints it when it can. So a printer that stands still is no failure, but is told.
+#include "host/descriptors.h"
+
 #include <cups/cups.h>
 
 #include <cerrno>
@@ -11,12 +16,13 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <unistd.h>
 
 namespace {
 
 constexpr int fileDescriptor = 3;
-constexpr int statusDescriptor = 4;
+int statusDescriptor = 4;
 
 char reason[200];
 char waits[250] = "ok"; // what is said of a job that was taken
@@ -52,6 +58,10 @@ const char *SendFile(const char *queue)
         if (count == 0) break;
         offset += count;
         alarm(longestSilence_s);
+        char line[32];
+        const int length = std::snprintf(line, sizeof line, "+%lld\n", static_cast<long long>(offset / 1024));
+        if (write(statusDescriptor, line, static_cast<size_t>(length)) != length)
+            return "Niemand wartet mehr.";
         const http_status_t status =
             cupsWriteRequestData(CUPS_HTTP_DEFAULT, bytes, static_cast<size_t>(count));
         if (status != HTTP_STATUS_CONTINUE) return Because("Der Drucker nimmt den Bericht nicht an.");
@@ -74,8 +84,15 @@ bool IsStopped(const cups_dest_t &printer)
     return state == IPP_PSTATE_STOPPED;
 }
 
-const char *PrintOn(const cups_dest_t &printer, const char *title)
+const char *PrintOn(cups_dest_t &printer, const char *title, const char *copies, const char *media)
 {
+    if (std::strcmp(copies, "1") != 0) {
+        printer.num_options = cupsAddOption("copies", copies, printer.num_options, &printer.options);
+    }
+    if (media[0] != 0) {
+        printer.num_options = cupsAddOption("media", media, printer.num_options, &printer.options);
+        printer.num_options = cupsAddOption("print-scaling", "fit", printer.num_options, &printer.options);
+    }
     const int job =
         cupsCreateJob(CUPS_HTTP_DEFAULT, printer.name, title, printer.num_options, printer.options);
     if (job == 0) return Because("Der Drucker nimmt keinen Auftrag an.");
@@ -98,8 +115,9 @@ const char *PrintOn(const cups_dest_t &printer, const char *title)
     return problem;
 }
 
-const char *Print(const char *title, const char *wanted)
+const char *Print(const char *title, const char *wanted, const char *copies, const char *media)
 {
+    if (wanted[0] == 0) wanted = nullptr;
     cups_dest_t *printer = cupsGetNamedDest(CUPS_HTTP_DEFAULT, wanted, nullptr);
     if (printer == nullptr) {
         const ipp_status_t error = cupsLastError();
@@ -110,19 +128,46 @@ const char *Print(const char *title, const char *wanted)
         std::snprintf(reason, sizeof reason, "Den Drucker %.100s gibt es nicht.", wanted);
         return reason;
     }
-    const char *problem = PrintOn(*printer, title);
+    const char *problem = PrintOn(*printer, title, copies, media);
     cupsFreeDests(1, printer);
     return problem;
+}
+
+// Writes all names, for the person to choose among.
+bool TellPrinters()
+{
+    constexpr unsigned longestSearch_s = 10;
+    alarm(longestSearch_s);
+    cups_dest_t *printers = nullptr;
+    const int count = cupsGetDests(&printers);
+    bool isTold = write(statusDescriptor, "ok", 2) == 2;
+    for (const bool wantsDefault : {true, false}) {
+        for (int i = 0; i < count && isTold; ++i) {
+            if ((printers[i].is_default != 0) != wantsDefault || printers[i].instance != nullptr) continue;
+            char line[300];
+            const int length = std::snprintf(line, sizeof line, "\n%.250s", printers[i].name);
+            isTold = write(statusDescriptor, line, static_cast<size_t>(length)) == length;
+        }
+    }
+    cupsFreeDests(count, printers);
+    return isTold;
 }
 
 } // namespace
 
 int main(int argumentCount, char **arguments)
 {
+    host::GuardStandardDescriptors(); // a library's warning must not end up among what is told
     std::signal(SIGALRM, GiveUp);
+    if (argumentCount == 2 && std::strcmp(arguments[1], "list") == 0) {
+        statusDescriptor = fileDescriptor; // there is no file
+        return TellPrinters() ? 0 : 1;
+    }
+    constexpr int argumentsOfPrint = 6;
+    if (argumentCount != argumentsOfPrint) return 2;
     alarm(longestSilence_s);
-    const char *title = argumentCount > 1 && arguments[1][0] != 0 ? arguments[1] : "Bericht";
-    const char *problem = Print(title, argumentCount > 2 ? arguments[2] : nullptr);
+    const char *problem =
+        Print(arguments[2][0] != 0 ? arguments[2] : "Bericht", arguments[3], arguments[4], arguments[5]);
     const char *result = problem != nullptr ? problem : waits;
     const size_t length = std::strlen(result);
     const bool isTold = write(statusDescriptor, result, length) == static_cast<ssize_t>(length);

@@ -315,7 +315,9 @@ TEST_F(Views, SaveAFileOfAnyForm)
                   directory.At("Summen- und Saldenliste.pdf") +
                   "\n"
                   "press 1\n"
-                  "expect text 115 Der Bericht wurde gespeichert.\n"
+                  "expect text 115 Gespeichert in " +
+                  directory.At("Summen- und Saldenliste.pdf") +
+                  "\n"
                   "press 113\n"
                   "select 202 \"CSV\"\n"
                   "expect text 201 " +
@@ -382,9 +384,60 @@ TEST_F(Views, TellInGermanOfPlacesThatRefuseFilesAndOfFullDisks)
 TEST_F(Views, TellWhyNothingIsPrinted)
 {
     EXPECT_EQ(Use("press 112\n"
+                  "dialog 141\n"
+                  "press 1\n"
                   "box ok nicht gedruckt\n"
                   "expect text 115\n"),
               "");
+}
+
+TEST_F(Views, AskHowToPrintAndSayWhereTheFileWent)
+{
+    directory.Write("vark.ini", "[RS]\nDrucker=datei:" + directory.At("druck {nummer}") + "\n");
+    EXPECT_EQ(Use("key Ctrl+p\n"
+                  "dialog 141\n"
+                  "expect title Bericht drucken\n"
+                  "expect row 301 \"Datei " +
+                  directory.At("druck {nummer}") +
+                  "\"\n"
+                  "expect checked 302\n"
+                  "expect text 304 1\n"
+                  "expect text 305 6\n"
+                  "expect text 306 1\n"
+                  "expect row 307 wie der Bericht\n"
+                  "press 2\n"
+                  "expect text 115\n"
+                  "press 112\n"
+                  "press 1\n"
+                  "expect text 115 \"Gedruckt in die Datei " +
+                  directory.At("druck 1.pdf") +
+                  ".\"\n"
+                  "press 112\n"
+                  "check 303\n"
+                  "text 304 0\n"
+                  "press 1\n"
+                  "box ok Der Bericht hat die Seiten 1 bis 6.\n"
+                  "text 304 5\n"
+                  "text 305 7\n"
+                  "press 1\n"
+                  "box ok Der Bericht hat die Seiten 1 bis 6.\n"
+                  "text 305 4\n"
+                  "press 1\n"
+                  "box ok Die letzte Seite liegt vor der ersten.\n"
+                  "text 304 2\n"
+                  "text 306 0\n"
+                  "press 1\n"
+                  "box ok Es werden 1 bis 999 Exemplare gedruckt.\n"
+                  "text 306 1\n"
+                  "press 1\n"
+                  "expect text 115 \"Gedruckt in die Datei " +
+                  directory.At("druck 2.pdf") + ".\"\n"),
+              "");
+    EXPECT_EQ(PageCountOf(directory.At("druck 1.pdf")), 6);
+    const std::vector<std::string> pages = PagesOf(directory.At("druck 2.pdf"));
+    ASSERT_EQ(pages.size(), 3u);
+    EXPECT_NE(pages[0].find("Seite 2 von 6"), std::string::npos) << pages[0];
+    EXPECT_NE(pages[2].find("Seite 4 von 6"), std::string::npos) << pages[2];
 }
 
 TEST_F(Views, CloseByEscapeAndByKey)
@@ -459,7 +512,8 @@ TEST_F(Views, MayEndWhileADialogOfTheirsIsOpen)
 
 TEST_F(Views, SaveAReportThatTheHostHasClosedMeanwhile)
 {
-    Play("press 113\npress 1\nexpect text 115 Der Bericht wurde gespeichert.\nclose\n");
+    Play("press 113\npress 1\nexpect text 115 \"Gespeichert in " +
+         directory.At("Summen- und Saldenliste.pdf") + "\"\nclose\n");
     Fill();
     auto *view = static_cast<HWND>(OpenView(report));
     RSCloseReport(report);
