@@ -2,7 +2,7 @@
 
 #include "report-engine/helper.h"
 #include "text/windows1252.h"
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "report-engine/printing.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace rs {
 

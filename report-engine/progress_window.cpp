@@ -1,7 +1,7 @@
 #include "report-engine/progress_window.h"
 
 #include "text/windows1252.h"
-#include "window-system/dialog_table.h"
+#include "window-system/include/dialog_table.h"
 
 #include <cstdio>
 #include <ctime>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "report-engine/helper.h"
-#include "window-system/varkui.h"
+#include "window-system/include/varkui.h"
 
 namespace rs {
 
