@@ -1,5 +1,4 @@
-// What is put together when the library is loaded: the classes of the system, and what the lower layers have
-// from those above them.
+// Set-up when the library is loaded: the system's classes, and the calls from lower layers to higher ones.
 #include "host/descriptors.h"
 #include "window-system/controls/buttons.h"
 #include "window-system/controls/combo_boxes.h"

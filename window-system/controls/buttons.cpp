@@ -66,7 +66,7 @@ void ChangeByItself(Window *button)
     }
 }
 
-// What a click does, from the mouse, the space bar or a mnemonic.
+// Does a click by mouse, space bar or mnemonic.
 void DoClick(HWND handle)
 {
     {

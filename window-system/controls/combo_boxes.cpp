@@ -27,7 +27,7 @@ bool HasField(const Window *window) { return (window->Style & CBS_TYPEMASK) != C
 
 const char *AsText(LPARAM lParam) { return AsPointer<const char *>(lParam); }
 
-// The text of the selected row becomes that of the field.
+// Copies the text of the selected row into the field.
 void PutSelection(Window *window, LONG row)
 {
     ComboState &combo = *window->Combo;
@@ -151,7 +151,7 @@ LRESULT SetText(HWND handle, WPARAM wParam, LPARAM lParam)
         Window *window = FindCombo(handle);
         if (window == nullptr || !HasField(window)) return CB_ERR;
         ++window->Combo->Edit.Serial;
-        // What is written there is no row that was chosen.
+        // A text that a caller writes selects no row.
         window->Combo->Selected = CB_ERR;
     }
     return DefWindowProcA(handle, WM_SETTEXT, wParam, lParam);

@@ -139,8 +139,7 @@ Edited PressKey(Window *window, EditState &edit, WPARAM key, bool shift)
 Edited TakeTyped(Window *window, EditState &edit, const Input &input)
 {
     const char *typed = input.Text != nullptr ? input.Text : "";
-    // The screen may not have known of a newer text when the person typed: that one stays, and is shown
-    // again.
+    // A person may have typed before the screen knew a newer text: the newer one stays and is shown again.
     if (input.Serial != serialOfScript && input.Serial != edit.Serial) {
         Note(window, changedState);
         return Edited::Nothing;

@@ -77,7 +77,7 @@ LRESULT DialogCodeOf(HWND handle, LPARAM lParam)
     return code;
 }
 
-// Runs one editing step under the lock and tells the parent what came of it.
+// Runs one editing step under the lock and notifies the parent of its outcome.
 template <typename Step> void Edit(HWND handle, Step step)
 {
     Edited edited = Edited::Nothing;

@@ -1,4 +1,4 @@
-// What a control tells its parent.
+// Notices of controls to their parents.
 #pragma once
 
 #include "window-system/include/varkui.h"

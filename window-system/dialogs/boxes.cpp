@@ -17,7 +17,7 @@ namespace {
 
 using namespace text;
 
-// The buttons of each set in the order in which they are shown, ended by 0, and the one that does the least.
+// The buttons of each set in their order on the screen, ended by 0, and the safest one.
 struct ButtonSet {
     int Buttons[4];
     int Safest;
@@ -70,7 +70,7 @@ int CountLines(const char *text)
     return lines;
 }
 
-// What Escape and the close box stand for; 0 where they stand for nothing.
+// The answer of Escape and the close box, 0 for none.
 int ClosingAnswer(UINT style)
 {
     if (BoxHasButton(style, IDCANCEL)) return IDCANCEL;
@@ -111,7 +111,7 @@ INT_PTR CALLBACK BoxProcedure(HWND box, UINT message, WPARAM wParam, LPARAM lPar
     return TRUE;
 }
 
-// The answer of a box that is shown; 0 when there is no memory for its windows.
+// Shows the box and returns its answer, 0 without memory for its windows.
 int Run(HWND owner, const char *text, const char *caption, UINT style, const ButtonSet &set)
 {
     constexpr int16_t margin = 7;
@@ -195,7 +195,7 @@ int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style)
     if (caption == nullptr) caption = "";
     const int answer = Run(owner, text, caption, style, *set);
     if (answer != 0) return answer;
-    // Without memory for a window, or with a thread that is to end, nobody can be asked.
+    // Without memory for its windows, or when its thread is to end, a box is answered at once.
     frontEnd.Unasked(caption, text);
     return set->Safest;
 }

@@ -179,7 +179,7 @@ void RunLoop(ModalLoop &loop)
     }
 }
 
-// Takes the loop out of its thread and gives the owner back, whatever became of the dialog.
+// Removes the loop from its thread and enables the owner again, even if the dialog is gone.
 void EndModal(ModalLoop &loop)
 {
     HWND disabled = nullptr;

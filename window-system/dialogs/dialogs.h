@@ -1,4 +1,4 @@
-// Dialogs: made from templates in memory, run modally, ended.
+// Making dialogs from templates, running and ending them.
 #pragma once
 
 #include "window-system/model/threads.h"

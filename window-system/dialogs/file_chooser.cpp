@@ -154,7 +154,7 @@ void Begin(HWND dialog, const Choosing &choosing)
 
 // ---- The choice ----
 
-// What stands at a path now, a type as in st_mode; 0 for nothing.
+// The type of the file at a path as in st_mode, 0 for none.
 mode_t TypeAt(const char *path)
 {
     struct stat status = {};

@@ -1,13 +1,13 @@
-// The dialog that asks where to save a file. On a screen the desktop's own chooser stands for it: what was
-// chosen there comes as one input, with a path that never becomes a text of the model, whose letters are too
-// few for it. Elsewhere it is a dialog of a field and a list.
+// The dialog that asks where to save a file. On a screen the desktop's own chooser takes its place and
+// returns the path as one input, since a path may hold letters that texts of the model lack. Elsewhere the
+// dialog has a field and a list.
 #pragma once
 
 #include "window-system/model/input.h"
 
 namespace varkui {
 
-// A file was chosen on the screen; runs without the lock.
+// Takes the file chosen on the screen. Runs without the lock.
 void InputToChooser(HWND dialog, const Input &input);
 
 } // namespace varkui

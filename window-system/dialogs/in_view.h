@@ -1,4 +1,4 @@
-// What a person has before them.
+// The dialog in front of a person: its loop, labels and default button.
 #pragma once
 
 #include "window-system/model/threads.h"
@@ -11,9 +11,8 @@ ModalLoop *LoopOf(const Window *dialog);
 // The topmost window of a thread that waits for a person: the innermost modal dialog, else the active window.
 Window *Topmost(Thread *thread);
 
-// The text that names a field or list: the one that its window has put right before it, as also the letter
-// underlined in it leads there. Null for other controls and where no text stands there. A hidden text names
-// what needs no name for those who see it.
+// The label of a field or list: the static text right before it, whose mnemonic also leads there. Null for
+// other controls and without such a text. A hidden label is for screen readers alone.
 const Window *LabelOf(const Window *control);
 
 // The button that Enter presses in `dialog` now, 0 for none.

@@ -46,7 +46,7 @@ void MoveInGroup(HWND dialog, HWND control, bool previous)
         SendMessageA(next, BM_CLICK, 0, 0);
 }
 
-// A dialog may have a way of its own; any other window that is used like one knows none.
+// A dialog's procedure may handle WM_NEXTDLGCTL itself; other windows do not know the message.
 void DoTab(HWND dialog, bool previous)
 {
     bool isDialog = false;

@@ -53,7 +53,7 @@ ssize_t SendWith(int descriptor, const uint8_t *data, size_t size)
     return sendmsg(screenEnd.Socket, &message, MSG_NOSIGNAL);
 }
 
-// How far a conversation has come with what it writes.
+// The progress of writing a batch of frames.
 struct Progress {
     size_t Bytes;
     size_t Descriptors; // as bytes of the list of them

@@ -1,4 +1,4 @@
-// The thread that speaks with the program vark-ui, so that no thread of the host ever waits for it.
+// The thread that exchanges frames with the program vark-ui, so that no thread of the host waits for it.
 #pragma once
 
 namespace varkui {
@@ -6,12 +6,12 @@ namespace varkui {
 // This end of the socket pair.
 struct ScreenEnd {
     int Socket;
-    int Wake; // tells the thread that there is something to write
+    int Wake; // wakes the thread to write
 };
 
 extern ScreenEnd screenEnd; // -1 for none
 
-// Begins to speak over `screenEnd`; false when there is no thread for it.
+// Starts the thread on `screenEnd`; false when it cannot be made.
 bool BeginConversation();
 
 } // namespace varkui

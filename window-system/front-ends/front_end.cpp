@@ -32,7 +32,7 @@ bool IsSet(const char *name)
     return value != nullptr && *value != 0;
 }
 
-// False when the choice is to be made again: what it needs was not there now.
+// False when the choice has to be repeated, after a passing lack of resources.
 bool Choose()
 {
     const char *wish = secure_getenv("VARK_UI");

@@ -1,11 +1,11 @@
-// Who answers when the library waits for a person: chosen once by $VARK_UI.
+// The choice of the front end by $VARK_UI, and its calls.
 #pragma once
 
 #include "window-system/model/model.h"
 
 namespace varkui {
 
-// What the windows have from the front end.
+// The calls from windows to the front end.
 extern const FrontEndCalls frontEndCalls;
 
 } // namespace varkui

@@ -34,7 +34,7 @@ void AnswerBox(Window *box)
     Lock();
 }
 
-// Ends a dialog that nothing else ends.
+// Ends a dialog that answers and closing did not end.
 void Force(Window *dialog)
 {
     ModalLoop *loop = LoopOf(dialog);
@@ -46,7 +46,7 @@ void Force(Window *dialog)
     loop->Result = 0;
 }
 
-// One step towards an end, each further than the last: a thread never waits here for somebody to come.
+// Takes the next, stronger step to end a dialog, so that its thread never waits for a person.
 void AnswerDialog(Window *dialog)
 {
     if (dialog->Answer == Unseen::Untouched) {
@@ -72,8 +72,8 @@ void AnswerDialog(Window *dialog)
     }
 }
 
-// What is to be answered next: the topmost window, else the innermost modal dialog, hidden though it may be,
-// since its thread waits for nothing but its end. Null when there is nothing left to answer.
+// The next window to be answered: the topmost one, else the innermost modal dialog, even a hidden one, since
+// its thread waits for its end alone. Null when none is left.
 Window *NextUnanswered(Thread *thread)
 {
     Window *top = Topmost(thread);
@@ -106,7 +106,7 @@ bool AnswerUnseen(Thread *thread)
     } else if (next->Kind == Kind::Dialog) {
         AnswerDialog(next);
     } else {
-        // A window that is no dialog is asked to close once; where it stays, its thread waits for other
+        // A window other than a dialog is asked to close once; if it stays, its thread waits for other
         // threads.
         next->Answer = Unseen::Forced;
         PostInput(next->Handle, MakeInput(InputKind::Close));

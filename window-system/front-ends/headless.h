@@ -1,5 +1,5 @@
-// Nobody is there: a box is answered with the button that does the least, a dialog as it asks to be or else
-// cancelled, any other window closed.
+// Answers without a person: a box with its safest button, a dialog with the button it names or Cancel; any
+// other window is closed.
 #pragma once
 
 #include "window-system/model/threads.h"
@@ -8,7 +8,7 @@ namespace varkui {
 
 bool AnswerUnseen(Thread *thread);
 
-// The button that a dialog wants to be answered with, 0 for none.
+// The button that a dialog names for its answer (VARKUI_ANSWER_PROP), 0 for none.
 LONG_PTR WantedAnswer(const Window *dialog);
 
 } // namespace varkui

@@ -1,4 +1,4 @@
-// Which front end answers now.
+// The front end in charge.
 #pragma once
 
 namespace varkui {
@@ -6,11 +6,11 @@ namespace varkui {
 // Headless answers everything by itself; Script plays a person from a file; Screen shows windows to one.
 enum class FrontEnd { Headless, Script, Screen };
 
-// Headless until one has been put in charge.
+// Headless before the first choice.
 FrontEnd InCharge();
 void PutInCharge(FrontEnd chosen);
 
-// From now on nobody is asked any more; everything is answered as headless does. Expects the lock.
+// Puts headless in charge and wakes all threads. Expects the lock.
 void FallBackToHeadless();
 
 } // namespace varkui

@@ -5,10 +5,10 @@
 
 namespace varkui {
 
-// The whole text is held from the first to the last line, with every line ended by NUL.
+// The text of all instructions, each line ended by NUL.
 struct Lines {
     char *Text;
-    char *Next; // the first line that is not done
+    char *Next; // the first line not done yet
     char *End;
     char *Value; // room for a value of the longest line
     int Number;  // of the line before Next

@@ -121,7 +121,7 @@ Window *TakeControl(Step &step, const char *&rest)
     return control;
 }
 
-// The same for something a person is to act on.
+// The same for a control that must be shown and enabled.
 Window *TakeUsable(Step &step, const char *&rest)
 {
     Window *control = TakeControl(step, rest);
@@ -281,7 +281,7 @@ void DoPress(Step &step, const char *rest)
         Fail(step, "control %d is no button", static_cast<int>(control->Id));
         return;
     }
-    // Where this has been refused, nobody presses the same button again.
+    // A refused press is not repeated by the answer without a person.
     if (control->Id == WantedAnswer(step.Top)) step.Top->Answer = Unseen::Answered;
     PostTo(step, control, MakeInput(InputKind::Click));
 }

@@ -1,4 +1,4 @@
-// What instructions do to windows, in the place of a person.
+// Instructions: a person's acts on windows, one a line.
 #pragma once
 
 #include "window-system/front-ends/lines.h"
@@ -6,10 +6,10 @@
 
 namespace varkui {
 
-// Longest reason why an instruction was not done.
+// The longest reason for a failed instruction.
 constexpr size_t longestPlayFailure = longestLine / 2;
 
-// What is being done, and how it failed.
+// An instruction at work, and its failure.
 struct Step {
     Thread *Owner;
     Window *Top;

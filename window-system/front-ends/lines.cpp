@@ -30,7 +30,7 @@ size_t ComposeLine(char (&line)[longestLine], const char *prefix, const char *se
 }
 
 // Opened for each line, so that the log may be moved away and a forked child shares nothing with its parent.
-// A pipe that nobody reads is no log.
+// A pipe without a reader is skipped.
 void AppendToLog(const char *bytes, size_t size)
 {
     const char *path = secure_getenv("VARK_UI_LOG");

@@ -1,12 +1,11 @@
-// Lines for people and tests: on standard error, and in the file of $VARK_UI_LOG. None of these may be called
-// with the lock held.
+// Lines on standard error and in the file of $VARK_UI_LOG. The lock must not be held.
 #pragma once
 
 #include <cstddef>
 
 namespace varkui {
 
-// Longest line that is written; a longer one is cut. Message texts have up to 399 characters.
+// The limit of a line, beyond which it is cut. Message texts have up to 399 characters.
 constexpr size_t longestLine = 4096;
 
 // Appends a line, "PREFIX TEXT" with Windows-1252 `text` turned into UTF-8 on one line, to the file that

@@ -1,5 +1,5 @@
-// Frames on their way to the screen, with the descriptors that go with them. All of it is guarded by the
-// lock, but for what the thread that sends has taken.
+// Outgoing frames for the screen with their descriptors, guarded by the lock; the sending thread swaps them
+// for its own.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@ struct Bytes {
     size_t Capacity;
 };
 
-// A descriptor on its way, sent with the byte at Offset of the frames.
+// A descriptor to be sent with the byte at Offset of the frames.
 struct Passed {
     size_t Offset;
     int Descriptor;
@@ -29,7 +29,7 @@ struct Outgoing {
 };
 
 extern Outgoing outgoing;
-extern bool isLost; // memory ran out for what the screen must know
+extern bool isLost; // a frame was lost for want of memory
 
 // Makes room for `more` bytes; false without memory.
 bool Reserve(Bytes &bytes, size_t more);
@@ -41,11 +41,11 @@ void PutI32(int32_t value);
 void PutHandle(const Window *window);
 void PutText(const char *text);
 
-// A frame is begun with room for its length, which is filled in at its end.
+// Begins a frame with room for its length, which EndFrame fills in.
 size_t BeginFrame(ToScreen type);
 void EndFrame(size_t at);
 
-// Closes the descriptors that were not sent.
+// Drops all frames and closes the descriptors from byte `from` of the list on.
 void DropDescriptors(Outgoing &dropped, size_t from);
 
 } // namespace varkui

@@ -16,7 +16,7 @@
 
 namespace varkui {
 
-// The instructions that a host has handed to one of its threads.
+// A host's instructions for one of its threads.
 struct Played {
     Lines List;
     bool IsUnseen; // nobody else answers, until the host takes the list back
@@ -33,7 +33,7 @@ bool IsPlayedTo(const Thread *thread)
 
 namespace {
 
-// What was not filled in as the host wants it is not to be accepted either.
+// Dialogs not filled in as the host wants must not be accepted.
 void KeepFromAccepting(Thread *thread)
 {
     for (Window *each = model.FirstTop; each != nullptr; each = each->Next) {

@@ -5,8 +5,7 @@
 
 namespace varkui {
 
-// Whether the calling host answers what `thread` asks, by a list of its own (VarkUiPlay). What is asked then
-// is kept from the screen.
+// Whether a host's own list (VarkUiPlay) answers for `thread`. Its windows are then kept from the screen.
 bool IsPlayedTo(const Thread *thread);
 
 // The next line of that list, as PlayScript.

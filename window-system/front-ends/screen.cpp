@@ -28,7 +28,7 @@ namespace varkui {
 
 namespace {
 
-// A program that cannot start ends at once; one that can is slow on a busy machine or a far display.
+// A program that cannot start ends at once; one that can may be slow on a busy machine or a far display.
 constexpr int startTimeout_ms = 20000;
 
 // The path of vark-ui, beside this library; false when there is no such program.
@@ -85,7 +85,7 @@ int MillisecondsLeft(const timespec &begin)
     return passed < startTimeout_ms ? static_cast<int>(startTimeout_ms - passed) : 0;
 }
 
-// The program's first process has a child to go on and ends; one that does not is ended.
+// Reaps the program's first process, which ends after its fork, and kills one that does not.
 void EndFirstProcess(pid_t process, const timespec &begin, bool isSpeaking)
 {
     constexpr int betweenLooks_ms = 10;
@@ -101,7 +101,7 @@ void EndFirstProcess(pid_t process, const timespec &begin, bool isSpeaking)
     }
 }
 
-// Waits for the program's first word, which tells how large its letters are.
+// Waits for the program's first frame, which tells the size of its letters.
 bool HearHello(const timespec &begin)
 {
     uint8_t frame[4 + 13];
@@ -132,7 +132,7 @@ bool HearHello(const timespec &begin)
     return true;
 }
 
-// Whether what failed with that error may succeed later.
+// Whether the error is a passing lack of resources.
 bool MayPass(int error)
 {
     return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOBUFS || error == EAGAIN;

@@ -1,21 +1,19 @@
-// The program vark-ui, which shows the model on a screen: started, told what changes, and asked what the
-// person does.
+// The program vark-ui, which shows the model on a screen: starting it and telling it changes.
 #pragma once
 
 namespace varkui {
 
-// Starting the program: NotNow when it failed for want of something that may be there later, descriptors for
-// instance.
+// The outcome of a start; NotNow is a passing lack, of descriptors for instance.
 enum class Start : unsigned char { Done, Never, NotNow };
 
-// Starts the program that lies beside this library and waits until it is ready, for a bounded time. The
-// reason of a failure stands on standard error. Not to be called with the lock held.
+// Starts the program beside this library and waits, for a bounded time, until it is ready. Writes the reason
+// of a failure to standard error. The lock must not be held.
 Start StartScreen();
 
-// Tells what has changed since the last time. Expects the lock; never waits.
+// Tells the screen all changes since the last call. Expects the lock and never waits.
 void TellScreen();
 
-// A forked child lets go of its parent's screen.
+// Closes the parent's screen in a forked child.
 void ForgetScreen();
 
 } // namespace varkui

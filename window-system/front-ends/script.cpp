@@ -35,7 +35,7 @@ void ComplainAtOpening(const char *path, const char *reason)
     Complain(line);
 }
 
-// Whether the script serves this thread now. One that comes while it serves another waits for its turn.
+// Whether the script serves this thread now. While it serves another, the thread gets a ticket for its turn.
 bool HasTurn(Thread *thread)
 {
     if (script.Holder == thread) return true;
@@ -59,7 +59,7 @@ bool HasTurn(Thread *thread)
 
 bool OpenScript(const char *path)
 {
-    // A pipe is not waited for.
+    // Without O_NONBLOCK the open of a pipe would wait for its writer.
     const int descriptor = host::OpenFile(AT_FDCWD, path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     struct stat status {};
     if (descriptor < 0 || fstat(descriptor, &status) != 0) {

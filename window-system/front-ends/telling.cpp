@@ -106,7 +106,7 @@ void TellRows(const Window *window)
     EndFrame(frame);
 }
 
-// The picture with a descriptor of its own, since the window may have another one before it is sent.
+// Sends a duplicate of the descriptor, since the window may get another picture before the frame is sent.
 void TellPicture(const Window *window)
 {
     if (window->Kind != Kind::Picture) return;
@@ -162,7 +162,7 @@ void TellDestroyed(HWND handle)
     knownWindows[PlaceOf(handle)] = nullptr;
 }
 
-// A window that stands elsewhere now is another one to the screen, with all that lies inside.
+// The screen gets a window with a new parent, and all inside it, as new windows.
 void TellGone(const Window *window)
 {
     if (IsKnown(window)) TellDestroyed(window->Handle);
@@ -203,7 +203,7 @@ bool PutChanges()
     for (const Window *window = NextInTable(next); window != nullptr; window = NextInTable(next)) {
         if ((window->Changed & changedParent) != 0) TellGone(window);
     }
-    // From the bottom up, so that the screen makes siblings in the order of their making.
+    // In the order of creation, so that the screen makes siblings in that order.
     next = 1;
     for (Window *window = NextInTable(next); window != nullptr; window = NextInTable(next)) {
         Tell(window);

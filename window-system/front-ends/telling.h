@@ -1,13 +1,13 @@
-// What the screen is told: every window that is to be seen, and what changes.
+// Frames for the screen: its windows and their changes.
 #pragma once
 
 namespace varkui {
 
-// Puts what has changed since the last time into the frames that go out. True when there is any. Expects the
-// lock; never waits.
+// Writes all changes since the last call into the outgoing frames; false without any. Expects the lock and
+// never waits.
 bool PutChanges();
 
-// A forked child has told nobody anything.
+// Forgets in a forked child what the parent's screen was told.
 void ForgetTold();
 
 } // namespace varkui

@@ -1,4 +1,4 @@
-// Addresses and handles travel in messages as numbers; this is where they become what they were.
+// Messages carry addresses and handles as numbers; these turn a number back into its pointer.
 #pragma once
 
 #include "window-system/include/varkui.h"

@@ -9,9 +9,9 @@ struct Input;
 
 struct WindowClass {
     const char *Name;
-    char *OwnName; // the memory of a name that was told; null for the system's
+    char *OwnName; // the memory of a host's name; null for the system's
     WNDPROC Procedure;
-    void (*TakeInput)(HWND window, const Input &input); // what only this class understands; null for a host's
+    void (*TakeInput)(HWND window, const Input &input); // its own input; null for a host's
     int ExtraBytes;
     enum Kind Kind;
     bool OfSystem;
@@ -30,18 +30,17 @@ struct SystemClass {
     enum Kind Kind;
 };
 
-// Enters the classes of the system, when the library is loaded. Needs no memory, so that windows can always
-// be tried.
+// Enters the system's classes when the library is loaded. Allocates nothing, so it cannot fail.
 constexpr int mostSystemClasses = 16;
 void AddSystemClasses(const SystemClass *classes, int count);
 
 // A class of a host; null when there is no memory.
 WindowClass *AddClass(const WNDCLASSA &told);
 
-// A name is a text or, as a number below 65536, an atom. Null if there is no such class.
+// The class of a name: a text or, below 65536, an atom. Null for an unknown one.
 WindowClass *FindClass(LPCSTR name);
 
-// Whether `name` is a text that names something. Atoms are refused, since nobody registers any.
+// Whether `name` is a text with at least one character. Atoms are refused: no call registers one.
 bool IsName(LPCSTR name);
 
 } // namespace varkui

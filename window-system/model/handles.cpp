@@ -7,9 +7,9 @@ namespace varkui {
 
 namespace {
 
-// A handle is a place in the table and how often the place has been used, so that a dead handle is told from
-// the window that lives in its place now. It fits 31 bits, since hosts keep handles in 32-bit integers, and
-// lies above 16 bits, where callers put numbers that are no handles.
+// A handle holds a place in the table and the count of the place's uses, so that a dead handle differs from
+// that of the window now in its place. It fits 31 bits, since hosts keep handles in 32-bit integers, and
+// lies above 16 bits, the range of numbers that are no handles.
 constexpr unsigned tableSize = 1u << handleBits;
 constexpr unsigned lastUse = 0xFFFF;
 

@@ -1,4 +1,4 @@
-// The handles of windows: places in one table, and what they lead to.
+// The handles of windows: places in one table of windows.
 #pragma once
 
 #include "window-system/model/window.h"
@@ -8,7 +8,7 @@ namespace varkui {
 // Gives `window` a place in the table and its handle; null when the table is full.
 HWND TakeHandle(Window *window);
 
-// The handle leads nowhere from now on.
+// Frees the handle's place; the handle is dead from now on.
 void FreeHandle(HWND handle);
 
 // The window of a handle, null for any other value.
@@ -21,7 +21,7 @@ Window *NextInTable(unsigned &place);
 // The place of a handle in the table.
 unsigned PlaceOf(HWND handle);
 
-// How many places have ever been taken; there are never more windows.
+// The number of places ever taken, an upper bound on the number of windows.
 unsigned PlacesUsed();
 
 } // namespace varkui

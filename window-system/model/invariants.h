@@ -3,7 +3,7 @@
 
 namespace varkui {
 
-// Every invariant of above; asserts.
+// Asserts every invariant.
 void CheckModel();
 
 } // namespace varkui

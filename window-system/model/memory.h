@@ -1,26 +1,26 @@
-// Memory that may be refused. Every allocation of the window system goes through here, so that a test can
-// have the n-th one fail.
+// Allocation without exceptions. All memory of the window system comes from here, so that a test can fail the
+// n-th allocation.
 #pragma once
 
 #include <cstddef>
 
 namespace varkui {
 
-// Zeroed memory, null when there is none.
+// Zeroed memory; null on failure.
 void *Allocate(size_t size);
 
-// `block` in its new size with its old content, null when there is none; `block` stays as it is then.
+// `block` in its new size with its old content; null on failure, and `block` stays valid.
 void *Reallocate(void *block, size_t size);
 
 void Release(void *block);
 
-// A copy of `length` bytes of `text` with a NUL behind; null when there is no memory.
+// A copy of `length` bytes of `text` with a NUL behind; null on failure.
 char *CopyText(const char *text, size_t length);
 
-// Has the allocation after `count` further ones fail, once; negative for none.
+// Fails one allocation, after `count` more have succeeded; negative fails none.
 void FailAllocationAfter(long count);
 
-// How many further ones succeed before; negative when it has failed already.
+// The number of allocations left before that failure; negative once it has happened.
 long AllocationsToFailure();
 
 } // namespace varkui

@@ -1,13 +1,13 @@
-// The model of windows: what lives, how it hangs together, who has the focus, what waits in the queues. It
-// knows nothing of how it is shown.
+// The model of windows: windows, their tree, the focus, the queues. It knows nothing of how windows are
+// shown.
 //
 // One lock guards all of it. No procedure of a window is ever called with the lock held, and no pointer to a
-// window is kept across such a call: whatever a procedure may have destroyed is looked up again by its
-// handle. Functions that take a Window or Thread expect the lock to be held; those that take an HWND
-// take it themselves, unless they say otherwise.
+// window is kept across such a call: a window that a procedure may have destroyed is looked up again by its
+// handle. Functions that take a Window or Thread expect the lock to be held; those that take an HWND take it
+// themselves, unless they say otherwise.
 //
-// Invariants, checked by CheckModel:
-// M1  A handle in the table leads to a window with that handle; every living window has one.
+// Invariants, checked by CheckModel: M1  A handle in the table leads to a window with that handle; every
+// living window has one.
 //
 // M2  Siblings are doubly linked and agree with their parent about it; the first and last are the ends.
 //
@@ -42,30 +42,30 @@ struct Model {
     Window *LastTop;
     unsigned BaseX; // pixels of 4 horizontal and 8 vertical dialog units
     unsigned BaseY;
-    char *Copied = nullptr; // what a person can paste
+    char *Copied = nullptr; // the text for pasting
     unsigned CopiedSerial = 0;
 };
 
 extern Model model;
 
-// What the windows have from whoever answers for a person.
+// The calls from windows to the front end that stands for the person.
 struct FrontEndCalls {
-    // At the first call; may start programs, so not with the lock held.
+    // Chooses the front end at the first call. May start a program: the lock must not be held.
     void (*Choose)();
-    // What a person would do next, for a thread that is about to wait. True when the thread should look at
-    // its queue again, false when it may sleep until woken. Expects the lock, and lets go of it meanwhile.
+    // Does the person's next step for a thread that is about to wait. True: the thread looks at its queue
+    // again; false: it sleeps until woken. Expects the lock, and releases it meanwhile.
     bool (*Ask)(Thread *thread);
-    // The screen gets to know what has changed. Takes the lock, as the next two.
+    // Tells the screen what has changed. Takes the lock, as the next two.
     void (*Show)();
-    // The window may be a dialog that is seen for the first time.
+    // Logs a dialog that is shown for the first time; ignores other windows.
     void (*Shown)(HWND window);
-    // The calling thread may have nothing open any more.
+    // Passes the script on when the calling thread has no window open.
     void (*Idle)();
-    // Expects the lock.
+    // Drops what the front end keeps of a thread. Expects the lock.
     void (*ThreadEnds)(Thread *thread);
-    // In the child of a fork: nobody is asked there.
+    // Makes the child of a fork headless.
     void (*Forget)();
-    // A box could not be shown; runs without the lock.
+    // Writes a box that could not be shown to log and standard error. Runs without the lock.
     void (*Unasked)(const char *caption, const char *text);
 };
 

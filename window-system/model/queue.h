@@ -1,4 +1,4 @@
-// What waits for a thread: posted messages and inputs, and messages sent by other threads.
+// The queue of a thread: posted messages, inputs, and messages sent by other threads.
 #pragma once
 
 #include "window-system/model/input.h"
@@ -8,7 +8,7 @@ namespace varkui {
 
 struct Posted {
     MSG Message;
-    bool IsKey; // goes to the focus as it is when the message is taken
+    bool IsKey; // goes to the window with the focus at the time it is taken
     Input *Payload;
     Posted *Next;
 };
@@ -21,24 +21,24 @@ struct Sent {
     LPARAM LParam;
     LRESULT Result;
     bool Done;
-    bool Nobody;           // nobody waits for the result: lies on the heap
-    BOOL (*Instead)(HWND); // no message: this is done on the thread of the target
+    bool Nobody;           // no thread waits for the result: lies on the heap
+    BOOL (*Instead)(HWND); // called on the target's thread in place of its procedure; null for a message
     struct Thread *Sender;
     Sent *Next;
 };
 
-// Key messages carry the character they type where real ones carry the scan code.
+// The place of a key message's character in lParam, where Windows has the scan code.
 constexpr int characterShift = 16;
 
-// A message in memory of its own, null when there is none.
+// A message to be queued; null without memory.
 Posted *MakePosted(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 void FreePosted(Posted *posted);
 
-// Puts it behind, or before, all that wait for the thread, and wakes it.
+// Puts a message at the end or the front of a queue and wakes its thread.
 void Append(Thread *thread, Posted *posted);
 void Prepend(Thread *thread, Posted *posted);
 
-// Takes `posted`, which follows `before` (null: it is the first), out of the queue.
+// Takes `posted` out of the queue; `before` is the message before it, null for none.
 void Remove(Thread *thread, Posted *before, Posted *posted);
 
 // Queues an input or key for the thread of `target`. Takes over `payload`, also on failure.
@@ -57,13 +57,13 @@ struct KeyPress {
 };
 bool PostKey(Thread *thread, const KeyPress &press);
 
-// Drops what waits in the queue for a window that goes.
+// Drops the queued messages of a window that is going.
 void DropMessages(Window *window);
 
-// Hands a message to the thread that is to handle it.
+// Queues a sent message for its thread and wakes it.
 void AppendSent(Thread *thread, Sent *sent);
 
-// Has the thread of `window` do something to it when it next looks for messages.
+// Calls `what` with `window` on the window's thread when that next looks for messages.
 void DoElsewhere(Window *window, BOOL (*what)(HWND));
 
 } // namespace varkui

@@ -1,4 +1,4 @@
-// What a control holds beyond its text, made and freed with its window.
+// The state of a control beyond its text.
 #pragma once
 
 #include "window-system/model/window.h"

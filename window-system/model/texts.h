@@ -8,7 +8,7 @@ namespace varkui {
 // Text of a window, never null.
 const char *TextOf(const Window *window);
 
-// Replaces the text; false without memory, and the old one stays.
+// Replaces the text. False without memory: the old text stays.
 bool ReplaceText(Window *window, const char *text, size_t length);
 
 } // namespace varkui

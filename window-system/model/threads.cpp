@@ -32,7 +32,8 @@ void OnThreadEnd(void *value)
     Release(thread);
 }
 
-// A forked child has one thread and no windows. The lock is taken around fork, so that it is free in both.
+// A forked child has one thread and no windows. The lock is held around fork and so is free in both
+// processes.
 void AfterForkInChild()
 {
     self = nullptr;

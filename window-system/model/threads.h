@@ -1,4 +1,4 @@
-// The threads that have windows or wait for messages, each with its queue.
+// Threads with windows or messages, each with its queue.
 #pragma once
 
 #include <pthread.h>
@@ -16,7 +16,7 @@ struct ModalLoop {
     HWND Dialog;
     HWND Disabled; // the owner, to be enabled again; null when it was disabled before
     bool Ended;
-    bool Told; // that it has ended, to a thread that waited for messages
+    bool Told; // the waiting thread has been told of the end
     INT_PTR Result;
     ModalLoop *Outer;
 };
@@ -39,15 +39,14 @@ struct Thread {
     Input *Current; // payload of the input message that was taken last
     int Descriptor; // -1 until asked for
     int WindowCount;
-    uint32_t HeardKey;     // number of the last key that came from the screen
+    uint32_t HeardKey;     // number of the last key from the screen
     uint32_t HandledKey;   // the same when the thread last had nothing left to do
     unsigned ScriptTicket; // 0 while it does not wait for the script
     struct Played *Played; // instructions of the host, null for none
     Thread *Next;
 };
 
-// What goes beyond the model when a thread ends, with the lock held, and in the child of a fork, whose one
-// thread has no windows.
+// The upper layers' part in the end of a thread (called with the lock held) and in the child of a fork.
 struct ThreadEvents {
     void (*Ends)(Thread *thread);
     void (*Forked)();
@@ -60,7 +59,7 @@ Thread *Self();
 
 bool IsWindowOfCaller(const Window *window);
 
-// What the thread waits for may have come.
+// Wakes a thread to look at its queue.
 void WakeThread(Thread *thread);
 void WakeAllThreads();
 

@@ -1,4 +1,4 @@
-// How windows stand in and behind each other.
+// The tree of windows: parents, siblings, owners.
 #pragma once
 
 #include "window-system/model/window.h"
@@ -11,19 +11,19 @@ Window *&LastOf(Window *parent);
 
 void Unlink(Window *window);
 
-// To the front of its siblings.
+// Moves a window before its siblings.
 void Raise(Window *window);
 
-// Puts a window that stands nowhere among the children of `parent`, behind `after` (null: first).
+// Inserts an unlinked window into the children of `parent`, behind `after` (null: first).
 void LinkBehind(Window *window, Window *parent, Window *after);
 
 int DepthOf(const Window *window);
 
-// How deep windows lie inside `window`.
+// The number of levels of windows inside `window`.
 int HeightOf(const Window *window);
 
-// Longest chain of owners above `window`, and of windows owned by each other below it; `depth` bounds the
-// recursion.
+// The length of the chain of owners above `window`, and of the longest chain of owned windows below it;
+// `depth` bounds the recursion.
 int OwnerDepthOf(const Window *window);
 int OwnedDepthOf(const Window *window, int depth);
 
@@ -40,7 +40,7 @@ bool AreEnabled(const Window *window); // it and all around it
 // none.
 Window *FindControl(Window *parent, LONG_PTR id);
 
-// The window an owner given by a caller stands for: the outermost around it. Null for no window.
+// The owner that a caller's handle means: the outermost window around it. Null for no window.
 Window *OwnerOf(HWND handle);
 
 } // namespace varkui

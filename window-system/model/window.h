@@ -1,4 +1,4 @@
-// What lives: windows, and what they carry. Structures alone; the model around them is in model.h.
+// The structures of windows and controls; model.h has the model around them.
 #pragma once
 
 #include "window-system/include/varkui.h"
@@ -9,7 +9,7 @@ namespace varkui {
 constexpr int deepestNesting = 100; // windows in windows, owners of owners; recursion stays bounded
 constexpr unsigned handleBits = 15; // windows at once: 32,767
 constexpr int longestQueue = 10000; // messages that wait for one thread
-constexpr int longestText = 30000;  // an edit takes this much unless told otherwise
+constexpr int longestText = 30000;  // the initial limit of an edit
 constexpr size_t longestClassName = 255;
 
 struct Thread;
@@ -46,8 +46,7 @@ struct EditState {
     LONG Caret;  // where it ends; both are offsets in the text
     LONG Limit;
     bool Modified;
-    unsigned Serial; // counts the texts and selections that did not come from the screen, so that a late one
-                     // of it is told apart
+    unsigned Serial; // number of texts and selections that the screen did not make; tells its late ones
 };
 
 struct ListState {
@@ -78,30 +77,30 @@ struct TabState {
 
 struct PictureState {
     VARKUIPICTURE Shown; // with a descriptor of its own
-    VARKUIAREA Area;     // as the screen tells it; all of the window until it does
+    VARKUIAREA Area;     // as told by the screen; the window's size before
     bool AreaTold;
 };
 
 // ---- Dialogs ----
 
-// How far a dialog that nobody sees has been answered.
+// Steps of answering a window that no person sees.
 enum class Unseen : unsigned char { Untouched, Answered, Cancelled, Closed, Forced };
 
 struct DialogState {
     LONG Number;
-    bool Ended; // closed, though its window may still be there
+    bool Ended; // ended, though its window may still exist
     bool Logged;
     bool IsBox;
     bool IsChooser; // of files
     UINT BoxStyle;
     int DefaultId;
-    HWND SavedFocus; // had the focus when the dialog was left
+    HWND SavedFocus; // the focus when the dialog was last left
 };
 
 // ---- Windows ----
 
 enum Change : unsigned {
-    changedState = 1, // style, place, text, check, selection, order: everything that is small
+    changedState = 1, // style, place, text, check, selection, order
     changedRows = 2,
     changedPicture = 4,
     changedAll = 7,
@@ -114,7 +113,7 @@ struct Window {
     enum Kind Kind;
     WNDPROC Procedure;
     struct Thread *Thread;
-    Window *Parent; // null for a window without; then it stands in the list of outermost windows
+    Window *Parent; // null: a window in the list of outermost windows
     Window *Owner;
     Window *FirstChild; // the topmost
     Window *LastChild;
@@ -134,7 +133,7 @@ struct Window {
     bool DestroyTold; // WM_DESTROY has been sent
     bool SizeTold;    // the first WM_SIZE has been sent
     Unseen Answer;
-    unsigned Changed; // what the screen has not heard of
+    unsigned Changed; // Change flags that the screen has not been told
     union {
         DialogState *Dialog;
         ButtonState *Button;
@@ -147,7 +146,7 @@ struct Window {
     };
 };
 
-// `window` has changed; the screen hears of it when its thread waits.
+// Notes a change; the screen is told when the window's thread waits.
 inline void Note(Window *window, unsigned change) { window->Changed |= change; }
 
 } // namespace varkui

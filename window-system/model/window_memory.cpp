@@ -80,7 +80,7 @@ void TakeOut(Window *window)
 
 void ForgetWindows()
 {
-    // What the parent had stays allocated: it may have been in any state when the process was forked.
+    // The parent's windows stay allocated, since another thread may have been changing them at the fork.
     unsigned next = 1;
     for (const Window *each = NextInTable(next); each != nullptr; each = NextInTable(next)) {
         FreeHandle(each->Handle);

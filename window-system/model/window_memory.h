@@ -1,11 +1,11 @@
-// Windows in memory.
+// Making and freeing windows in memory, without messages.
 #pragma once
 
 #include "window-system/model/classes.h"
 
 namespace varkui {
 
-// What CreateWindowExA was told, once the parts that may be handles are looked up.
+// The arguments of CreateWindowExA with their handles looked up.
 struct Creation {
     DWORD Style;
     DWORD ExStyle;
@@ -17,13 +17,13 @@ struct Creation {
     HINSTANCE Instance;
 };
 
-// A window in all its memory, but standing nowhere yet; null when something is missing.
+// A complete window that is not linked into the tree yet; null without memory or handle.
 Window *MakeWindow(WindowClass *windowClass, Thread *thread, const Creation &creation);
 
-// Takes a window that has no children any more out of everything.
+// Unlinks and frees a window without children.
 void TakeOut(Window *window);
 
-// Forgets everything: a forked child begins without windows.
+// Empties the model in a forked child.
 void ForgetWindows();
 
 } // namespace varkui

@@ -1,4 +1,4 @@
-// What a window does by itself.
+// The default procedures of windows.
 #include "window-system/model/as_pointer.h"
 #include "window-system/model/handles.h"
 #include "window-system/model/model.h"
@@ -33,7 +33,7 @@ LRESULT WriteText(HWND handle, LPARAM lParam)
     const Locked locked(mutates);
     Window *window = Find(handle);
     if (window == nullptr) return FALSE;
-    // The selection of an edit is put right by its own procedure; a text behind its back begins it anew.
+    // A text set past an edit's own procedure resets its selection.
     if (window->Kind == Kind::Edit) window->Edit->Anchor = window->Edit->Caret = 0;
     if (window->Kind == Kind::ComboBox) window->Combo->Edit.Anchor = window->Combo->Edit.Caret = 0;
     return ReplaceText(window, text, strlen(text)) ? TRUE : FALSE;

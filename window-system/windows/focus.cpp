@@ -18,7 +18,7 @@ bool MayBeActive(const Window *window)
            (window->Style & WS_CHILD) == 0;
 }
 
-// Takes focus and activity from everything of the calling thread.
+// Clears the focus and the active window of the calling thread.
 void LeaveNothingActive()
 {
     HWND focus = nullptr;
@@ -44,7 +44,7 @@ bool HasFocus(HWND window)
     return thread != nullptr && thread->Focus == window;
 }
 
-// `moveFocus` is false on the way to a focus that the caller sets himself.
+// `moveFocus` is false when the caller sets the focus itself.
 bool MakeActive(HWND target, bool clicked, bool moveFocus)
 {
     HWND before = nullptr;
@@ -64,8 +64,7 @@ bool MakeActive(HWND target, bool clicked, bool moveFocus)
     if (GetActiveWindow() != target) return false;
     SendMessageA(target, WM_ACTIVATE, clicked ? WA_CLICKACTIVE : WA_ACTIVE, AsParameter(before));
     if (!moveFocus) return true;
-    // A procedure that keeps WM_ACTIVATE to itself has not moved the focus; the keyboard follows all the
-    // same.
+    // A procedure that does not pass WM_ACTIVATE on has not moved the focus; it is moved here.
     bool follows = false;
     {
         const Locked locked;
@@ -109,7 +108,7 @@ HWND MoveFocus(HWND target)
         thread->Focus = target;
         if (window != nullptr) Note(window, changedState);
     }
-    // The one that loses the focus hears of it first, and may move it elsewhere.
+    // The window that loses the focus is told first and may move it elsewhere.
     if (before != nullptr) SendMessageA(before, WM_KILLFOCUS, AsWord(target), 0);
     if (target != nullptr && HasFocus(target)) SendMessageA(target, WM_SETFOCUS, AsWord(before), 0);
     return before;

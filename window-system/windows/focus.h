@@ -1,16 +1,14 @@
-// Which window is active and which has the keyboard, thread by thread.
+// The active window and the focus of each thread. These functions take the lock themselves.
 #pragma once
 
 #include "window-system/include/varkui.h"
 
 namespace varkui {
 
-// These take the lock themselves.
-
 HWND MoveFocus(HWND target);
 bool Activate(HWND target, bool clicked);
 
-// Finds another window to be active for a thread whose active one is going or hidden.
+// Activates another window of the thread when its active window `going` is destroyed or hidden.
 void ActivateAnother(HWND going);
 
 } // namespace varkui

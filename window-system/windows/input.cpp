@@ -1,5 +1,4 @@
-// What a person does to windows: taken from the queue like a message, and shared by all classes before the
-// class of the window has its part.
+// Input of a person, dispatched like a message: the part common to all classes, then the class's own.
 #include "window-system/model/input.h"
 #include "window-system/model/handles.h"
 #include "window-system/model/model.h"
@@ -14,7 +13,7 @@ namespace varkui {
 
 namespace {
 
-// What the input says of the window it goes to, once the lock is let go.
+// The state of an input's window, read under the lock.
 struct Target {
     void (*TakeInput)(HWND window, const Input &input); // of its class
     HWND Outermost;
@@ -33,14 +32,14 @@ Target Look(HWND handle)
                   window->Thread->Active == outermost->Handle};
 }
 
-// The new size of a window without parent, as a person pulled it.
+// Takes the size that a person has given a window without parent.
 void Resize(HWND window, const Input &input)
 {
     SetWindowPos(window, nullptr, 0, 0, input.Index, input.Index2,
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-// Whether something inside `outermost`, not it itself, has the focus.
+// Whether a window inside `outermost` has the focus.
 bool HasFocusInside(HWND outermost)
 {
     HWND focus = GetFocus();
@@ -64,7 +63,7 @@ void HandleInput(HWND window, const Input &input)
         return;
     }
     if (!target.Usable) {
-        // It was usable when the person saw it; what they did there is taken back on the screen.
+        // The window was usable when the person acted; the screen is told the model's state again.
         const Locked locked;
         Window *found = Find(window);
         if (found == nullptr) return;
@@ -100,7 +99,7 @@ bool IsOfCaller(HWND handle)
     return window != nullptr && window->Thread == Self();
 }
 
-// The handler of an input message: true when it was one, and has been done.
+// Handles an input message; false for any other message.
 bool DispatchInput(const MSG &message)
 {
     if (message.message != inputMessage) return false;

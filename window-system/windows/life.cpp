@@ -17,7 +17,7 @@ namespace varkui {
 
 namespace {
 
-// Everything that can refuse a new window is asked here, before anything is changed.
+// Makes every check that can refuse a new window before it changes the model.
 HWND Create(LPCSTR className, Creation &creation, HWND parentHandle)
 {
     Locked locked(mutates);
@@ -45,7 +45,7 @@ HWND Create(LPCSTR className, Creation &creation, HWND parentHandle)
 
 // ---- Destruction ----
 
-// A window inside one that goes, of another thread, which destroys it when it next looks.
+// Frees another thread's window from a parent that goes; its own thread destroys it later.
 void LetGo(Window *window)
 {
     Unlink(window);
@@ -128,10 +128,10 @@ void DestroyOwned(HWND handle)
     }
 }
 
-// Takes the windows of a thread that ends away, without a message.
+// Removes the windows of an ending thread without a message.
 void TakeAwayWindows(Thread *thread)
 {
-    // Foreign windows inside go free first, then each goes once it is empty.
+    // Other threads' windows inside are freed first; then each window is removed once it is empty.
     unsigned next = 1;
     for (Window *window = NextInTable(next); window != nullptr; window = NextInTable(next)) {
         if (window->Parent == nullptr || window->Parent->Thread != thread) continue;
@@ -240,7 +240,7 @@ HWND CreateWindowExA(DWORD exStyle, LPCSTR className, LPCSTR title, DWORD style,
     if (SendMessageA(window, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&told)) == 0) {
         const Locked locked(mutates);
         Window *made = Find(window);
-        // A procedure that made windows inside its own before refusing takes them along.
+        // Children made before the refusal lose their parent.
         while (made != nullptr && made->FirstChild != nullptr) {
             Window *child = made->FirstChild;
             Unlink(child);

@@ -1,21 +1,21 @@
-// The life of windows: how they are made and destroyed, and what ends with their thread.
+// Making and destroying windows, and the end of a thread.
 #pragma once
 
 #include "window-system/model/window.h"
 
 namespace varkui {
 
-// Has the thread of `window` destroy it when it next looks for messages.
+// Destroys `window` on its own thread when that next looks for messages.
 void DestroyElsewhere(Window *window);
 
-// Tells the windows around a child what happens to it: WM_CREATE, WM_DESTROY, or WM_LBUTTONDOWN inside it.
-// Ends below the parent of a window with WS_EX_NOPARENTNOTIFY. Takes the lock itself.
+// Sends WM_PARENTNOTIFY (WM_CREATE, WM_DESTROY or WM_LBUTTONDOWN) from a child to the windows around it, up
+// to the first window with WS_EX_NOPARENTNOTIFY. Takes the lock itself.
 void TellParents(HWND handle, UINT event);
 
-// Answers everything sent to a thread that ends, and takes its windows away without a message.
+// Answers all messages sent to an ending thread and removes its windows without a message.
 void EndThread(Thread *thread);
 
-// A forked child begins without windows.
+// Empties the model and the front end in a forked child.
 void ForgetEverything();
 
 } // namespace varkui

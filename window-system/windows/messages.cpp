@@ -18,7 +18,7 @@ namespace varkui {
 
 namespace {
 
-// What GetMessageA and PeekMessageA look for.
+// The messages that GetMessageA and PeekMessageA look for.
 struct Filter {
     HWND Window; // null: any; -1: none
     UINT First;
@@ -49,7 +49,7 @@ void NoteKey(Thread *thread, const MSG &message)
     }
 }
 
-// The first waiting message that passes; it leaves the queue if `remove`. False when there is none.
+// The first queued message that passes the filter, taken off the queue if `remove`. False without one.
 bool TakePosted(Thread *thread, const Filter &filter, bool remove, MSG &message)
 {
     Posted *before = nullptr;
@@ -88,8 +88,8 @@ bool TakePosted(Thread *thread, const Filter &filter, bool remove, MSG &message)
 
 enum class Taken : unsigned char { Nothing, Message, Quit };
 
-// Whether the innermost modal loop has come to its end since the thread began to wait: by what another thread
-// did, or by what this one did about a message sent to it. No message need follow, so it is told, once.
+// Whether the innermost modal loop has ended while its thread waited, through another thread or a sent
+// message. No message may follow, so the end is told once.
 bool TellEndOfLoop(const Thread *thread)
 {
     ModalLoop *loop = thread->Modal;

@@ -1,4 +1,4 @@
-// The calls that ask how windows stand in each other, and move them.
+// The calls on parents, owners and siblings.
 #include "window-system/model/handles.h"
 #include "window-system/model/memory.h"
 #include "window-system/model/model.h"

@@ -1,4 +1,4 @@
-// What was copied, for pasting.
+// The text for pasting.
 #include "window-system/model/memory.h"
 #include "window-system/model/model.h"
 

@@ -1,14 +1,14 @@
-// Where windows stand, whether they are shown and enabled.
+// Places of windows, showing and enabling.
 #pragma once
 
 #include "window-system/include/varkui.h"
 
 namespace varkui {
 
-// A rectangle with its numbers kept so small that they stay summable over all depths.
+// A rectangle clamped so that sums over all depths of windows cannot overflow.
 RECT PlaceAt(LONG x, LONG y, LONG width, LONG height);
 
-// Shows or hides, with all messages; without a word about who is active.
+// Shows or hides a window with its messages; leaves activation alone.
 void SetShown(HWND handle, bool shown);
 
 } // namespace varkui

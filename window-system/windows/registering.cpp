@@ -1,4 +1,4 @@
-// The calls that register classes and ask about them.
+// The calls on window classes.
 #include "window-system/model/as_pointer.h"
 #include "window-system/model/classes.h"
 #include "window-system/model/handles.h"

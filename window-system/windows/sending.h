@@ -1,20 +1,21 @@
-// Messages between threads, and procedures that handle them.
+// Sending messages to procedures, across threads too.
 #pragma once
 
 #include "window-system/model/queue.h"
 
 namespace varkui {
 
-// What waits for its result gets it.
+// Hands the result of a sent message to its sender.
 void Finish(Sent *sent, LRESULT result);
 
 // Has the procedure of a window of the calling thread handle a message. Runs without the lock.
 LRESULT CallProcedureOf(HWND handle, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Handles what other threads have sent. Expects the lock, and lets go of it while procedures run.
+// Handles the messages sent by other threads. Expects the lock, and releases it while procedures run.
 void HandleSent(Thread *thread);
 
-// Sends without waiting for a window of another thread; at once for one's own. Takes the lock itself.
+// Sends without waiting for another thread; calls the procedure at once on the own thread. Takes the lock
+// itself.
 void Tell(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 } // namespace varkui

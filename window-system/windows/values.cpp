@@ -1,4 +1,4 @@
-// What a window carries: its values, extra bytes, properties and text.
+// The calls on a window's values, extra bytes, properties and text.
 #include "window-system/model/as_pointer.h"
 #include "window-system/model/classes.h"
 #include "window-system/model/collation.h"
@@ -14,7 +14,7 @@ namespace varkui {
 
 namespace {
 
-// The property of a name; `link` is what leads to it.
+// The link to the property of a name.
 Property **FindProperty(Window *window, LPCSTR name)
 {
     Property **link = &window->Properties;
