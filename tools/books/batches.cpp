@@ -1,6 +1,8 @@
 #include "tools/books/batches.h"
 
-#include "tools/books/generator.h"
+#include "tools/books/cost_templates.h"
+#include "tools/books/record_fields.h"
+#include "tools/common/table_file.h"
 
 #include "text/windows1252.h"
 

@@ -1,13 +1,11 @@
-// The maker of final postings at work: its state, and its steps, one source for each subject. Only the
-// sources of the postings include it.
+// The maker of final postings at work: its state. Only the sources of the postings include it.
 #pragma once
 
+#include "tools/books/cost_templates.h"
 #include "tools/books/postings.h"
 #include "tools/books/random.h"
 #include "tools/common/table_file.h"
 
-#include <algorithm>
-#include <cstring>
 #include <deque>
 #include <optional>
 #include <vector>
@@ -24,25 +22,6 @@ inline constexpr int64_t smallestNet = 1000;
 inline constexpr int regularBefore = 1500;
 inline constexpr int regularSince = 1600;
 inline const tools::Day regularChange = tools::DayOf(1998, 4, 1);
-
-// Half up, which is what rounding of a positive or negative amount means in the books.
-int64_t Percent(int64_t amount, int hundredths);
-
-// Writes a field; an amount that does not fit is an exception.
-void PutAmount(vark::AmountText &field, int64_t pfennig);
-
-void PutRate(vark::RateText &field, int hundredths);
-
-// `width` digits of a number, without a NUL.
-void PutDigits(char *to, int64_t number, int width);
-
-template <size_t Width> void PutText(char (&field)[Width], const char *windows1252)
-{
-    std::memcpy(field, windows1252, std::min(std::strlen(windows1252), Width - 1));
-}
-
-// "16,00" in hundredths.
-int ShareOf(const char *text);
 
 // What a posting's tax does.
 struct Tax {
@@ -87,23 +66,6 @@ struct OpenItem {
     int64_t TaxOpen;
     Tax Duty;
 };
-
-struct CostShare {
-    CostObject *First;
-    CostObject *Second; // null for none
-    int Share;          // hundredths of a percent; 10000 all of it
-    uint8_t Flag;
-    vark::AccountNumber FirstKey;
-    vark::AccountNumber SecondKey;
-    char Text[sizeof(vark::KobuRecord::Text)];
-};
-
-struct CostTemplate {
-    int Number;
-    std::vector<CostShare> Shares;
-};
-
-std::vector<CostTemplate> MakeTemplates(Ledger &ledger);
 
 // The two tables of a year that postings go into, written in transactions of bounded size.
 struct YearFiles {
@@ -175,63 +137,18 @@ struct Generator {
     Generator(Ledger &ledger, const PostingPlan &plan, const std::filesystem::path &data,
               const Progress &progress);
 
-    // ---- Accounts ----
-    Account *Get(int number) const;
     Account *Find(int number) const { return Books.FindSachkonto(number); }
-    Tax TaxOf(const Account &account, bool onHaben) const;
-    // One of the accounts; with `like` given, one with the same tax key, so that an invoice has one rate.
-    Account *Pick(const std::vector<Account *> &accounts, const Account *like);
-
-    // ---- Records ----
-    void Book(Line line);
-    void BookCosts(const Line &line, int32_t booking);
-    void Add(Account &account, int64_t soll, int64_t haben, uint16_t status);
-    void BookPlain(int soll, int haben, int64_t amount, const char *prefix, int64_t voucher, const char *text,
-                   uint16_t status = 0);
-    void BookTaxed(int soll, int haben, int64_t net, const char *prefix, const char *text,
-                   uint8_t taxClass = 0);
-    void BookExpense(Account &expense, Account &payer, int64_t net, const char *prefix, int64_t voucher,
-                     const char *text);
-    bool HasRoom(int64_t records) const { return Written + records <= Plan.Count; }
-
-    // ---- What happens ----
-    void AddOpenings();
-    int32_t AnyPartner(const std::vector<Account> &partners, const std::vector<int32_t> &abroad);
+    // An account of the chart that must be there.
+    Account *Get(int number) const;
     // Two thirds of the items that are to be left over are the customers'.
     int64_t WantedOpen() const { return Plan.OpenItems * 2 / 3; }
     int64_t WantedOwed() const { return Plan.OpenItems - WantedOpen(); }
-    std::optional<OpenItem> Delay(std::deque<OpenItem> &late, const OpenItem &item, int64_t wanted);
-    void PayAhead(bool isCustomer);
-    void BookTaxDue(uint8_t key, tools::Day invoiced, int64_t net, int64_t tax, const char *prefix,
-                    int64_t voucher);
-    void Sale(int64_t room);
-    void CashSale(int64_t room);
-    void Purchase(int64_t room);
-    void CustomerPays(int64_t room);
-    void SupplierIsPaid(int64_t room);
-    void SmallExpense();
-    void CreditNote(int64_t room);
-    void MoveCash();
-    void RareThing();
-    void Anything(int64_t room);
-    void MonthBegins();
-    void MonthTax();
-    void QuarterEnds();
-    void MonthMiddle();
-    void MonthWages();
-    void MonthEnds();
-    void YearEnds();
-    void Reconcile();
-
-    int64_t Amount(int64_t lowDm, int64_t highDm);
+    bool HasRoom(int64_t records) const { return Written + records <= Plan.Count; }
     // What every month costs; the smaller Mandanten have smaller rooms and fewer people.
     int64_t Fixed(int64_t pfennig) const
     {
         return Books.Of->OpeningShare == 1 ? pfennig : pfennig / 2 / Books.Of->OpeningShare;
     }
-    void StartYear(int index);
-    void Run();
-    int64_t WriteOpenItems();
 };
 
 } // namespace books

@@ -2,6 +2,7 @@
 
 #include "src/values/amounts.h"
 #include "text/windows1252.h"
+#include "tools/books/record_fields.h"
 #include "tools/common/texts.h"
 
 #include <cstring>
@@ -26,14 +27,6 @@ template <size_t Width> void Put(char (&field)[Width], const char *utf8)
 }
 
 template <size_t Width> void Put(char (&field)[Width], const std::string &utf8) { Put(field, utf8.c_str()); }
-
-void PutAmount(AmountText &field, int64_t pfennig)
-{
-    if (!AmountOfMagnitude(field, pfennig < 0 ? -pfennig : pfennig, pfennig < 0)) {
-        throw std::runtime_error(
-            "Ein Betrag wird größer als 999.999.999,99; bitte weniger Buchungen anlegen.");
-    }
-}
 
 void PutPair(SollHaben &field, const Totals &totals)
 {

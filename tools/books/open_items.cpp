@@ -1,4 +1,6 @@
-#include "tools/books/generator.h"
+#include "tools/books/open_items.h"
+
+#include "tools/books/record_fields.h"
 
 #include "text/windows1252.h"
 
@@ -95,11 +97,11 @@ OpenItemRecord RecordOf(const OpenItem &item, const Account &account, int firstM
 
 } // namespace
 
-int64_t Generator::WriteOpenItems()
+int64_t WriteOpenItems(const Generator &maker)
 {
     int64_t count = 0;
-    const fs::path directory = Data / Books.Directory(yearCount - 1);
-    const Day lastDay = LastPostingDay(Books);
+    const fs::path directory = maker.Data / maker.Books.Directory(yearCount - 1);
+    const Day lastDay = LastPostingDay(maker.Books);
     const auto write = [&](TableId id, const std::vector<Account> &accounts,
                            std::initializer_list<const std::deque<OpenItem> *> lists) {
         TableFile table(LayoutOf(id), directory, OpenMode::Accelerated);
@@ -109,7 +111,7 @@ int64_t Generator::WriteOpenItems()
             for (const OpenItem &item : *items) {
                 if (!transaction) transaction.emplace();
                 OpenItemRecord record = RecordOf(item, accounts[static_cast<size_t>(item.Account)],
-                                                 Books.Of->FirstMonth, lastDay);
+                                                 maker.Books.Of->FirstMonth, lastDay);
                 record.Nummer = ++number;
                 table.Insert(&record);
                 if (number % recordsPerTransaction != 0) continue;
@@ -121,8 +123,9 @@ int64_t Generator::WriteOpenItems()
         table.Close();
         count += number;
     };
-    write(TableOpdebi, Books.Debitoren, {&LateReceivable, &Receivable, &ReceivedAhead});
-    write(TableOpkred, Books.Kreditoren, {&LatePayable, &Payable, &PaidAhead});
+    write(TableOpdebi, maker.Books.Debitoren,
+          {&maker.LateReceivable, &maker.Receivable, &maker.ReceivedAhead});
+    write(TableOpkred, maker.Books.Kreditoren, {&maker.LatePayable, &maker.Payable, &maker.PaidAhead});
     return count;
 }
 

@@ -1,4 +1,12 @@
+#include "tools/books/postings.h"
+
+#include "tools/books/business.h"
 #include "tools/books/generator.h"
+#include "tools/books/months.h"
+#include "tools/books/open_items.h"
+#include "tools/books/posting_records.h"
+
+#include <cstring>
 
 #include "text/windows1252.h"
 
@@ -44,13 +52,15 @@ Generator::Generator(Ledger &ledger, const PostingPlan &plan, const fs::path &da
     collectAbroad(SuppliersAbroad, ledger.Kreditoren);
 }
 
+namespace {
+
 // Invoices of the year before that are not yet paid, on every second partner.
-void Generator::AddOpenings()
+void AddOpenings(Generator &maker)
 {
-    const Day first = FiscalYearStart(firstFiscalYear, Books.Of->FirstMonth);
+    const Day first = FiscalYearStart(firstFiscalYear, maker.Books.Of->FirstMonth);
     const auto add = [&](std::vector<Account> &accounts, std::deque<OpenItem> &items, int sign) {
         for (size_t i = 0; i < accounts.size(); i += 2) {
-            const int64_t amount = Amount(200, 6000);
+            const int64_t amount = Amount(maker, 200, 6000);
             SetVortrag(accounts[i].Years[0], sign * amount);
             items.push_back({static_cast<int32_t>(i),
                              0,
@@ -64,89 +74,129 @@ void Generator::AddOpenings()
                              {}});
         }
     };
-    add(Books.Debitoren, Receivable, 1);
-    add(Books.Kreditoren, Payable, -1);
-    BalanceOpening(Books);
+    add(maker.Books.Debitoren, maker.Receivable, 1);
+    add(maker.Books.Kreditoren, maker.Payable, -1);
+    BalanceOpening(maker.Books);
 }
 
-void Generator::StartYear(int index)
+void StartYear(Generator &maker, int index)
 {
-    if (Files) Files->Close();
-    Files.emplace(Data / Books.Directory(index));
-    if (index > 0) CarryOver(Books);
-    YearIndex = index;
+    if (maker.Files) maker.Files->Close();
+    maker.Files.emplace(maker.Data / maker.Books.Directory(index));
+    if (index > 0) CarryOver(maker.Books);
+    maker.YearIndex = index;
 }
 
-void Generator::Run()
+bool IsWorkday(Day day) { return WeekdayOf(day) < 5; }
+
+// How far the days have come, and the months in them.
+struct Calendar {
+    Day First, Last;
+    FiscalDay LastMonth = {};
+    int64_t Workdays = 0;
+    int64_t WorkdaysDone = 0;
+    int Month = -1;
+    bool IsMiddleDone = false;
+    bool AreWagesDone = false;
+};
+
+Calendar MakeCalendar(const Ledger &ledger)
 {
-    AddOpenings();
-    const Day first = FiscalYearStart(firstFiscalYear, Books.Of->FirstMonth);
-    const Day last = LastPostingDay(Books);
-    const auto isWorkday = [](Day day) { return WeekdayOf(day) < 5; };
-    int workdays = 0;
-    for (Day day = first; day <= last; ++day) {
-        if (isWorkday(day)) ++workdays;
+    Calendar calendar{FiscalYearStart(firstFiscalYear, ledger.Of->FirstMonth), LastPostingDay(ledger)};
+    calendar.LastMonth = FiscalOf(calendar.Last, ledger.Of->FirstMonth);
+    for (Day day = calendar.First; day <= calendar.Last; ++day) {
+        if (IsWorkday(day)) ++calendar.Workdays;
     }
-    int workdaysDone = 0;
-    // What a month still needs of the count, at most.
-    constexpr int64_t beginRecords = 5;
-    constexpr int64_t middleRecords = 3;
-    constexpr int64_t wageRecords = 6;
-    constexpr int64_t endRecords = 24;
-    constexpr int64_t monthRecords = beginRecords + middleRecords + wageRecords + endRecords;
-    const FiscalDay lastMonth = FiscalOf(last, Books.Of->FirstMonth);
-    int previousMonth = -1;
-    bool middleDone = false;
-    bool wagesDone = false;
-    StartYear(0);
-    for (Day day = first; day <= last; ++day) {
-        const FiscalDay fiscal = FiscalOf(day, Books.Of->FirstMonth);
-        const bool isMonthEnd = FiscalOf(day + 1, Books.Of->FirstMonth).Month != fiscal.Month;
-        if (!isWorkday(day) && !isMonthEnd) continue;
-        if (fiscal.Year - firstFiscalYear != YearIndex) StartYear(fiscal.Year - firstFiscalYear);
-        Today = day;
-        Month = fiscal.Month - 1;
-        Running = 0;
-        MakePacked(TodayPacked, day, Books.Of->FirstMonth);
-        MakeSort(TodaySort, day, Books.Of->FirstMonth);
-        if (Month != previousMonth) {
-            previousMonth = Month;
-            middleDone = false;
-            wagesDone = false;
-            MonthBegins();
-        }
-        if (!middleDone && fiscal.DayOfMonth >= 10) {
-            middleDone = true;
-            MonthMiddle();
-        }
-        if (!wagesDone && fiscal.DayOfMonth >= 26) {
-            wagesDone = true;
-            MonthWages();
-        }
-        if (isWorkday(day)) ++workdaysDone;
-        const bool isLastMonth = fiscal.Year == lastMonth.Year && fiscal.Month == lastMonth.Month;
-        const int64_t kept = endRecords + (middleDone ? 0 : middleRecords) + (wagesDone ? 0 : wageRecords) +
-                             (isLastMonth ? 0 : monthRecords);
-        const int64_t target = std::min(Plan.Count * workdaysDone / workdays, Plan.Count - kept);
-        // What belongs together is not cut by the end of a day.
-        constexpr int64_t longest = 8;
-        while (isWorkday(day) && Written < target) {
-            Anything(std::min(longest, Plan.Count - kept - Written));
-        }
+    return calendar;
+}
+
+// What the months still need of the count, at most: it is kept for them.
+int64_t KeptRecords(const Calendar &calendar, const FiscalDay &today)
+{
+    constexpr int64_t begin = 5;
+    constexpr int64_t middle = 3;
+    constexpr int64_t wages = 6;
+    constexpr int64_t end = 24;
+    const bool isLastMonth = today.Year == calendar.LastMonth.Year && today.Month == calendar.LastMonth.Month;
+    return end + (calendar.IsMiddleDone ? 0 : middle) + (calendar.AreWagesDone ? 0 : wages) +
+           (isLastMonth ? 0 : begin + middle + wages + end);
+}
+
+void BeginDay(Generator &maker, Day day, const FiscalDay &fiscal)
+{
+    const int firstMonth = maker.Books.Of->FirstMonth;
+    if (fiscal.Year - firstFiscalYear != maker.YearIndex) StartYear(maker, fiscal.Year - firstFiscalYear);
+    maker.Today = day;
+    maker.Month = fiscal.Month - 1;
+    maker.Running = 0;
+    MakePacked(maker.TodayPacked, day, firstMonth);
+    MakeSort(maker.TodaySort, day, firstMonth);
+}
+
+// What a month brings on its fixed days.
+void FixedDays(Generator &maker, Calendar &calendar, const FiscalDay &fiscal)
+{
+    constexpr int middleDay = 10;
+    constexpr int wageDay = 26;
+    if (maker.Month != calendar.Month) {
+        calendar.Month = maker.Month;
+        calendar.IsMiddleDone = false;
+        calendar.AreWagesDone = false;
+        MonthBegins(maker);
+    }
+    if (!calendar.IsMiddleDone && fiscal.DayOfMonth >= middleDay) {
+        calendar.IsMiddleDone = true;
+        MonthMiddle(maker);
+    }
+    if (!calendar.AreWagesDone && fiscal.DayOfMonth >= wageDay) {
+        calendar.AreWagesDone = true;
+        MonthWages(maker);
+    }
+}
+
+// Business of a working day, as much as the count has for it.
+void Workday(Generator &maker, Calendar &calendar, const FiscalDay &fiscal)
+{
+    // What belongs together is not cut by the end of a day.
+    constexpr int64_t longest = 8;
+    ++calendar.WorkdaysDone;
+    const int64_t most = maker.Plan.Count - KeptRecords(calendar, fiscal);
+    const int64_t target = std::min(maker.Plan.Count * calendar.WorkdaysDone / calendar.Workdays, most);
+    while (maker.Written < target) {
+        Anything(maker, std::min(longest, most - maker.Written));
+    }
+}
+
+void Run(Generator &maker)
+{
+    AddOpenings(maker);
+    Calendar calendar = MakeCalendar(maker.Books);
+    const int firstMonth = maker.Books.Of->FirstMonth;
+    StartYear(maker, 0);
+    for (Day day = calendar.First; day <= calendar.Last; ++day) {
+        const FiscalDay fiscal = FiscalOf(day, firstMonth);
+        const bool isMonthEnd = FiscalOf(day + 1, firstMonth).Month != fiscal.Month;
+        if (!IsWorkday(day) && !isMonthEnd) continue;
+        BeginDay(maker, day, fiscal);
+        FixedDays(maker, calendar, fiscal);
+        if (IsWorkday(day)) Workday(maker, calendar, fiscal);
         if (isMonthEnd) {
-            MonthEnds();
-            if (fiscal.Month == 12) YearEnds();
-            Reconcile();
+            MonthEnds(maker);
+            if (fiscal.Month == 12) YearEnds(maker);
+            Reconcile(maker);
             // What is left when an end needed less than was kept for it.
-            while (day == last && HasRoom(1)) {
-                SmallExpense();
+            while (day == calendar.Last && maker.HasRoom(1)) {
+                SmallExpense(maker);
             }
         }
-        Report(static_cast<double>(day - first) / static_cast<double>(last - first + 1));
+        maker.Report(static_cast<double>(day - calendar.First) /
+                     static_cast<double>(calendar.Last - calendar.First + 1));
     }
-    Files->Close();
-    Files.reset();
+    maker.Files->Close();
+    maker.Files.reset();
 }
+
+} // namespace
 
 Day LastPostingDay(const Ledger &ledger)
 {
@@ -157,8 +207,8 @@ Day LastPostingDay(const Ledger &ledger)
 int64_t WritePostings(Ledger &ledger, const PostingPlan &plan, const fs::path &data, const Progress &progress)
 {
     Generator generator(ledger, plan, data, progress);
-    generator.Run();
-    return generator.Written + generator.CostLines + generator.WriteOpenItems();
+    Run(generator);
+    return generator.Written + generator.CostLines + WriteOpenItems(generator);
 }
 
 } // namespace books
