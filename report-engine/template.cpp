@@ -773,14 +773,28 @@ int ShareFile(lua_State *state)
 
 int OfferFunctions(lua_State *state)
 {
-    constexpr luaL_Reg functions[] = {
-        {"report", DeclareReport},   {"page", DeclarePage},    {"style", DeclareStyle},
-        {"columns", DeclareColumns}, {"carry", DeclareCarry},  {"record", DeclareRecord},
-        {"finish", DeclareFinish},   {"row", PrintRow},        {"add", AddToSums},
-        {"head", PrintHead},         {"foot", PrintFoot},      {"bookmark", PrintBookmark},
-        {"share", ShareFile},        {"sheet", PrintSheet},    {"money", AmountAsText},
-        {"today", TodayAsText},      {"column", ChangeColumn}, {"fields", DeclareDataFields},
-        {"data", PrintData},         {"about", PrintAbout},    {nullptr, nullptr}};
+    constexpr luaL_Reg functions[] = {{"report", DeclareReport},
+                                      {"page", DeclarePage},
+                                      {"style", DeclareStyle},
+                                      {"columns", DeclareColumns},
+                                      {"carry", DeclareCarry},
+                                      {"record", DeclareRecord},
+                                      {"finish", DeclareFinish},
+                                      {"row", PrintRow},
+                                      {"add", AddToSums},
+                                      {"head", PrintHead},
+                                      {"foot", PrintFoot},
+                                      {"bookmark", PrintBookmark},
+                                      {"share", ShareFile},
+                                      {"sheet", PrintSheet},
+                                      {"samepage", StayOnPage},
+                                      {"money", AmountAsText},
+                                      {"today", TodayAsText},
+                                      {"column", ChangeColumn},
+                                      {"fields", DeclareDataFields},
+                                      {"data", PrintData},
+                                      {"about", PrintAbout},
+                                      {nullptr, nullptr}};
     struct FormRow {
         const char *Name;
         FieldForm Form;

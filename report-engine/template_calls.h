@@ -28,6 +28,7 @@ int PrintHead(lua_State *state);
 int PrintFoot(lua_State *state);
 int PrintBookmark(lua_State *state);
 int PrintSheet(lua_State *state);
+int StayOnPage(lua_State *state);
 int PrintData(lua_State *state);
 int PrintAbout(lua_State *state);
 int AmountAsText(lua_State *state);

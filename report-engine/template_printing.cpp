@@ -413,6 +413,13 @@ int PrintSheet(lua_State *state)
     return 0;
 }
 
+int StayOnPage(lua_State *state)
+{
+    Report &report = Printing(state, "samepage()");
+    report.Marker.Coming = static_cast<uint16_t>(report.Marker.Coming & ~rowNewPage);
+    return 0;
+}
+
 int AmountAsText(lua_State *state)
 {
     char out[amountSize];

@@ -15,8 +15,9 @@ columns {
     { "beleg", "Beleg", 20 },
     { "konto", "Konto", 16 },
     { "gegen", "Kosten-\nobjekt", 16 },
-    { "text", "Buchungstext", 58 },
-    { "zusatz", "Kostentext", 56 },
+    { "text", "Buchungstext", 50 },
+    { "zusatz", "Kostentext", 38 },
+    { "vortrag", "Vortrag", 26, form = "amount" },
     { "soll", "Soll", 28, form = "amount", sum = true, zero = "blank" },
     { "haben", "Haben", 28, form = "amount", sum = true, zero = "blank" },
     { "stand", "Saldo", 28, form = "amount" },
@@ -32,6 +33,7 @@ fields {
     { "gegen", "Kostenobjekt" },
     { "text", "Buchungstext" },
     { "zusatz", "Kostentext" },
+    { "vortrag", "Vortrag", form = "amount" },
     { "soll", "Soll", form = "amount" },
     { "haben", "Haben", form = "amount" },
     { "saldo", "Saldo", form = "amount" },
@@ -42,6 +44,7 @@ list.carryGroup(1, "text")
 local mandant = ""
 local withLines = true
 local number, name = "", ""
+local zeitraum = nil
 local opening = 0
 local saldo = 0
 
@@ -62,6 +65,15 @@ record(0, {
     emit = function(r)
         mandant = r.mandant
         withLines = r.mitBuchungen ~= 0
+        if withLines then
+            column("vortrag", { width = 0 })
+            column("text", { width = 58 })
+            column("zusatz", { width = 56 })
+        else
+            column("datum", { title = "Nummer" })
+            column("text", { title = "Kostenstelle" })
+            for _, name in ipairs { "beleg", "konto", "gegen", "zusatz" } do column(name, { width = 0 }) end
+        end
         about { { "mandant", mandant } }
         list.head(mandant, "Kostenstellenauswertung")
     end,
@@ -76,24 +88,41 @@ record(1, {
     newpage = true,
     rows = { "line" },
     emit = function(r)
-        sheet(0)
-        bookmark(r.nummer .. " " .. r.name)
-        head { left = "Kostenstelle " .. r.nummer .. "   " .. r.name, right = "Blatt {sheet}" }
-        head { left = mandant, center = "Kostenstellenauswertung", right = "Seite {page} von {pages}" }
-        head { left = r.zeitraum }
-        foot { left = mandant, right = "gedruckt am " .. today() }
         about { { "mandant", mandant }, { "zeitraum", r.zeitraum } }
         number, name = r.nummer, r.name
         opening = r.vortrag
         saldo = r.vortrag
+        if not withLines then
+            samepage()
+            if zeitraum ~= r.zeitraum then
+                zeitraum = r.zeitraum
+                list.head(mandant, "Kostenstellenauswertung ohne Buchungen")
+                head { center = zeitraum }
+            end
+            return
+        end
+        sheet(0)
+        bookmark(number .. " " .. name)
+        head { left = "Kostenstelle " .. number .. "   " .. name, right = "Blatt {sheet}" }
+        head { left = mandant, center = "Kostenstellenauswertung", right = "Seite {page} von {pages}" }
+        head { left = r.zeitraum }
+        foot { left = mandant, right = "gedruckt am " .. today() }
         local cells = sided(opening)
-        cells.nummer, cells.name, cells.text, cells.saldo = number, name, "Vortrag", saldo
+        cells.nummer, cells.name, cells.text, cells.vortrag, cells.saldo = number, name, "Vortrag", opening, saldo
         data(cells)
         row("line", stand(cells))
     end,
     close = {
-        rows = { "sum", "total" },
+        rows = { "text", "sum", "total" },
         emit = function(sum)
+            if not withLines then
+                local cells = { nummer = number, name = name, vortrag = opening, soll = sum.soll, haben = sum.haben,
+                                saldo = saldo }
+                data(cells)
+                cells.datum, cells.text = number, name
+                row("text", stand(cells))
+                return
+            end
             local before = sided(opening)
             row("sum", { text = "Umsatz des Zeitraums", soll = sum.soll - before.soll,
                          haben = sum.haben - before.haben })

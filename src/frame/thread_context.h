@@ -95,8 +95,8 @@ struct ThreadContext {
 // The calling thread's context, made at its first use; null when there is no thread slot or no memory.
 ThreadContext *GetThreadContext();
 
-// A zeroed block of the thread that begins with its ThreadBlock; null without memory. FreeThreadBlock frees it,
-// and so does the end of the thread.
+// A zeroed block of the thread that begins with its ThreadBlock; null without memory. FreeThreadBlock frees
+// it, and so does the end of the thread.
 void *AllocateThreadBlock(ThreadContext &context, size_t size);
 void FreeThreadBlock(ThreadBlock *block);
 

@@ -173,9 +173,11 @@ TEST_F(Pages, AKontenblattStartsASheetForEachAccountAndGoesOnWithItsNumbers)
     EXPECT_TRUE(HasLine(pages[0], "Vortrag 100,00 25,00 75,00 S")) << pages[0];
     EXPECT_TRUE(HasLine(pages[0], "15.03.1998 70 RE 12 8000 Erlöse 16,00 1,00 76,00 S")) << pages[0];
     EXPECT_TRUE(HasLine(pages[0], "15.03.1998 71 RE 12 8000 Erlöse 16,00 3,00 73,00 S")) << pages[0];
+    EXPECT_TRUE(HasLine(pages[0], "Umsatz des Zeitraums 1,00 3,00")) << pages[0];
     EXPECT_TRUE(HasLine(pages[0], "Summe mit Vortrag 101,00 28,00 73,00 S")) << pages[0];
     EXPECT_TRUE(HasLine(pages[1], "Sachkonto 1200 Bank Blatt 1")) << pages[1];
     EXPECT_TRUE(HasLine(pages[2], "Sachkonto 1200 Bank Blatt 2")) << pages[2];
+    EXPECT_NE(pages[1].find("Übertrag"), std::string::npos);
     EXPECT_TRUE(HasLine(pages[2], "Umsatz des Zeitraums 50,00 150,00")) << pages[2];
     EXPECT_TRUE(HasLine(pages[2], "Summe mit Vortrag 150,00 175,00 25,00 H")) << pages[2];
 }
@@ -288,7 +290,7 @@ const std::vector<Shipped> shipped = {
     {"or_bil.rs", "tervoBILANZ0.0", {165, 32, 32, 32, 84, 84, 84, 84, 4}, true},
     {"or_vprob.rs", "tervoUSTVAVERPROB0.0", {121, 54, 50, 76, 72}},
     {"or_oplst.rs", "tervoOPLISTE0.0", {109, 15, 240}},
-    {"or_kobla.rs", "tervoKOSTENBLATT0.0", {34, 102, 141}},
+    {"or_kobla.rs", "tervoKOSTENBLATT0.0", {34, 102, 141}, true},
 };
 
 // Which bytes of a kind are numbers, read from the template's own declarations: they get 1 (3 for "ebene", 0

@@ -48,8 +48,8 @@ bool HoldSheetTables(HeldTables &held, bool isKosten);
 // Moves the thread to the Mandant and year that the sheets were built in.
 bool SelectSheetBooks(const SheetBuild &build);
 
-// Asks in the dialog, over `parent`, and builds the sheets. `accepted` tells whether the dialog ended with OK.
-// Returns the view, null for a cancel, a failure (which has been shown), and, with `done`, for a printout.
+// Asks in the dialog, over `parent`, and builds the sheets. `accepted` tells whether the dialog ended with
+// OK. Returns the view; null for a cancel, a failure (which has been shown) and, with `done`, a printout.
 VarkWindow AskAndBuildSheets(SheetBuild &build, VarkWindow parent, bool &accepted, bool &done);
 
 // Builds the sheets of a choice once more, over a copy of the report and in the place of `view`, which stays.
@@ -71,8 +71,8 @@ struct SheetRun {
 bool SendAccountSheet(const SheetRun &sheet, const AccountScan &scan);
 bool SendKostenSheet(const SheetRun &sheet, const KoreRecord &record);
 
-// The frame window around `view`, which takes view and state over: it frees the state when it goes. Null, with
-// both freed, when it cannot be made. `parent` may be null.
+// The frame window around `view`, which takes view and state over: it frees the state when it goes. Null,
+// with both freed, when it cannot be made. `parent` may be null.
 HWND OpenSheetFrame(KontenblattState *state, VarkWindow parent, VarkWindow view);
 
 } // namespace vark

@@ -1,5 +1,6 @@
-// The sheet of one account: what was carried forward, then its postings, first all on Soll, then all on Haben,
-// then those on which its tax lies. Postings of a day to an account that many others move are summed up.
+// The sheet of one account: what was carried forward, then its postings, first all on Soll, then all on
+// Haben, then those on which its tax lies. Postings of a day to an account that many others move are summed
+// up.
 #include "src/booking/balances.h"
 #include "src/booking/tax_rates.h"
 #include "src/frame/record_store.h"
@@ -135,8 +136,8 @@ bool SendHead(const SheetRun &sheet, const AccountScan &scan)
 
 // ---- Which accounts are summed up ----
 
-// Whether a tax key that is valid on the first day names the account. The second account of a rate has no key,
-// so all rates are looked at.
+// Whether a tax key that is valid on the first day names the account. The second account of a rate has no
+// key, so all rates are looked at.
 bool IsTaxAccount(const SheetRun &sheet, const AccountNumber &konto, bool &isOne)
 {
     isOne = false;

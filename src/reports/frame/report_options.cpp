@@ -76,8 +76,8 @@ void ChooseRadio(HWND dialog, const OptionTable &table, int row)
     }
 }
 
-// An amount in its display form; what is none stays as it was typed, and so does an empty field. The check cuts
-// what stands behind the last digit, so a text without any would pass as zero.
+// An amount in its display form; what is none stays as it was typed, and so does an empty field. The check
+// cuts what stands behind the last digit, so a text without any would pass as zero.
 void ShowAmountField(HWND dialog, int id)
 {
     char typed[longestAmountInput + 1] = {};

@@ -1,5 +1,5 @@
-// Kontenblatt and Kostenstellenauswertung: what may go wrong, and random books whose sheets are reckoned a second
-// time from nothing but their postings.
+// Kontenblatt and Kostenstellenauswertung: what may go wrong, and random books whose sheets are reckoned a
+// second time from nothing but their postings.
 #include "include/vark40.h"
 #include "src/frame/lifecycle.h"
 #include "src/reports/frame/report_params.h"

@@ -1,5 +1,5 @@
-// The window in which sheets live, with the real report engine and windows, and nobody before the screen: what
-// is pressed is pressed by the test.
+// The window in which sheets live, with the real report engine and windows, and nobody before the screen:
+// what is pressed is pressed by the test.
 #include "include/vark40.h"
 #include "report-engine/rs.h"
 #include "src/frame/lifecycle.h"
