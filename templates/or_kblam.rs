@@ -9,7 +9,6 @@ list.upright { fontsize = 8, head = 3 }
 
 style("title", { size = 11 })
 style("subtitle", { size = 9 })
-style("line", { counts = false })
 
 columns {
     { "datum", "Datum", 16 },
@@ -90,7 +89,6 @@ record(1, {
                         saldo = saldo, zaehlt = true, split = false }
         data(cells)
         row("line", stand(cells))
-        add(opening)
     end,
     close = {
         rows = { "sum", "total" },
@@ -128,7 +126,7 @@ record(2, {
         data(r)
         r.nummer = tostring(r.nummer)
         row("line", r)
-        if r.zaehlt then add { soll = r.soll, haben = r.haben } end
+        if not r.zaehlt then add { soll = -r.soll, haben = -r.haben } end
     end,
 })
 
