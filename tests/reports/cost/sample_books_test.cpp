@@ -1,5 +1,5 @@
-// The cost reports on sample books: what falls on a Kostenstelle is the same in the list of its months, in the
-// journal and in the split.
+// The cost reports on sample books: what falls on a Kostenstelle is the same in the list of its months, in
+// the journal and in the split.
 #include "include/vark40.h"
 #include "tests/support/recording_engine.h"
 #include "tests/support/report_calls.h"
