@@ -1,6 +1,7 @@
 #include "src/booking/account_queries.h"
 
 #include "include/vark40.h"
+#include "src/frame/beliefs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/record_store.h"
@@ -48,7 +49,9 @@ NumberSeries SeriesAfter(const NumberText &last)
         ++digits;
     }
     int64_t value = 0;
+    Holds(length < sizeof(NumberText));
     std::from_chars(last + length - digits, last + length, value);
+    Holds(value >= 0); // seven digits at most
     NumberSeries series{};
     if (digits == length) {
         series.Base = value;
@@ -64,6 +67,8 @@ bool Candidate(const NumberSeries &series, NumberText &out)
 {
     constexpr size_t width = accountDigits;
     char digits[24] = {};
+    Holds(series.Base >= 0);
+    Holds(series.Tail >= 0);
     const int64_t number = series.Base != 0 ? series.Base + series.Tail + 1 : series.Tail;
     if (number != 0) std::to_chars(digits, digits + sizeof digits, number);
     const size_t count = std::strlen(digits);
@@ -71,6 +76,7 @@ bool Candidate(const NumberSeries &series, NumberText &out)
     size_t position = std::strlen(series.Prefix);
     if (position + count > width) position = width - count;
     CopyText(out, sizeof out, series.Prefix, position);
+    if (!Holds(position + count <= width)) return false;
     std::memcpy(out + position, digits, count);
     return true;
 }
@@ -89,6 +95,7 @@ int32_t FreeNumberAfter(ThreadContext &context, const NumberText &last, NumberTe
         if (kind == 0) return engineFailure;
         ++series.Tail;
     } while (kind != KontoartKeine);
+    Holds(out[0] != ' ');
     return 1;
 }
 
@@ -99,6 +106,7 @@ bool LastNumber(ThreadContext &context, TableId table, bool &found, NumberText &
     const bool read = GetLast(context, &record, found, table);
     CloseTable(context, table);
     StripNumber(last, record.Konto);
+    Holds(last[0] != ' ');
     return read;
 }
 

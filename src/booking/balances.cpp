@@ -1,6 +1,7 @@
 #include "src/booking/balances.h"
 
 #include "include/vark40.h"
+#include "src/frame/beliefs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -32,6 +33,8 @@ DayRange RestOfMonth(const PackedDate &date, int lastDay)
 {
     PackedDate from;
     PackedDate to;
+    Holds(DayOf(date) < lastDay);
+    Holds(lastDay <= 31);
     MakePackedDate(from, DayOf(date) + 1, FiscalMonthOf(date), FiscalYearOf(date));
     MakePackedDate(to, lastDay, FiscalMonthOf(date), FiscalYearOf(date));
     return DaysOf(from, to);
@@ -52,6 +55,7 @@ bool TakeOff(SollHaben &sums, const BubeRecord &record, PostingAccount which)
 bool TakeOffUnderKey(ThreadContext &context, SollHaben &sums, const AccountNumber &konto,
                      const DayRange &rest, TableId bube, PostingAccount which)
 {
+    Holds(konto[0] != 0);
     PostingScan scan;
     bool isGood = BeginPostingsOf(scan, context, konto, which, rest, bube);
     while (isGood && scan.Found) {
@@ -65,7 +69,7 @@ bool TakeOffAfter(ThreadContext &context, SollHaben &sums, const AccountNumber &
                   TableId bube)
 {
     const int lastDay = DaysInFiscalMonth(FiscalMonthOf(date), FiscalYearOf(date), context.FirstFiscalMonth);
-    if (DayOf(date) >= lastDay) return true;
+    if (!Holds(lastDay >= 28) || DayOf(date) >= lastDay) return true;
     const DayRange rest = RestOfMonth(date, lastDay);
 
     // One look by date alone spares most accounts the three by account: a month's rest is often empty.
@@ -102,7 +106,8 @@ bool AccountSumsToDate(ThreadContext &context, const AccountNumber &konto, const
     if (IsMonthEnd(true, date, nullptr, context.FirstFiscalMonth) && !AddPair(result, sums.Slot0))
         return false;
     if ((options & SumVortrag) != 0 && !AddPair(result, sums.Vortrag)) return false;
-    return TakeOffAfter(context, result, konto, date, bube);
+    if (!TakeOffAfter(context, result, konto, date, bube)) return false;
+    return Holds(IsWholeAmount(result.Soll)) && Holds(IsWholeAmount(result.Haben));
 }
 
 } // namespace vark
@@ -136,6 +141,8 @@ int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kon
     if (!found) return Report(*context, 1409, accountUnknown, "K", -1);
     AmountText balance;
     if (!YearBalance(*kind, record, balance)) return engineFailure;
+    Holds(IsWholeAmount(balance));
+    Holds(form >= 1 && form <= 3);
     FormattedAmount formatted;
     FormatAmount(form, balance, formatted);
     if (out != nullptr) std::memcpy(out, formatted, std::strlen(formatted) + 1);

@@ -1,6 +1,7 @@
 #include "src/booking/checks.h"
 
 #include "src/booking/account_queries.h"
+#include "src/frame/beliefs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
@@ -24,7 +25,9 @@ int32_t CheckAccount(ThreadContext &context, const AccountNumber &konto, int32_t
                      bool &hasUstId, int32_t code, const char *word, int32_t partIndex)
 {
     const int32_t kind = FindAccount(context, konto, record, hasUstId);
+    Holds(code < 0);
     if (kind == 0) return engineFailure;
+    Holds(!hasUstId || kind != KontoartSachkonto);
     if (kind == KontoartKeine || kind != art) return Report(context, 1409, code, word, partIndex);
     return 1;
 }
@@ -49,6 +52,7 @@ bool HoldPostingTables(HeldTables &held)
     for (const TableId table :
          {TableKred, TableDebi, TableSako, TableBat, TableSplit, TableSteke, TableKobu}) {
         if (!Hold(held, table)) return false;
+        if (!Holds(held.Context.OpenCounts[table] > 0)) return false;
     }
     return true;
 }
@@ -68,6 +72,8 @@ bool CalendarDigits(ThreadContext &context, const char *date, char (&out)[7])
     CopyText(packed, text);
     DateText shown; // TT.MM.JJ
     FormatDate(packed, shown, false, context.FirstFiscalMonth);
+    Holds(std::strlen(packed) == sizeof packed - 1);
+    Holds(std::strlen(shown) == 8);
     const char digits[7] = {packed[0], packed[1], shown[3], shown[4], shown[6], shown[7], 0};
     CopyText(out, digits);
     return true;
@@ -86,7 +92,10 @@ int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &dat
     if (year == 0) return Report(context, 1412, dateRefused, nullptr, noPart);
     char yearText[5] = {};
     std::to_chars(yearText, yearText + sizeof yearText - 1, year);
-    return SelectYear(context, yearText) ? 1 : engineFailure;
+    if (!SelectYear(context, yearText)) return engineFailure;
+    Holds(std::strlen(date) == sizeof date - 1);
+    Holds(std::strcmp(context.WorkYear, yearText) == 0);
+    return 1;
 }
 
 int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, int32_t partIndex)
@@ -117,6 +126,9 @@ int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, i
         !NormalizeDigits(eingabe.Steuerbetrag, sizeof eingabe.Steuerbetrag, 9, 2, false, true)) {
         return Report(context, 1410, steuerbetragRefused, "Steuerbetrag", partIndex);
     }
+    Holds(IsWholeAmount(eingabe.Brutto));
+    Holds(eingabe.Steuersatz[0] == 0 || IsWholeRate(eingabe.Steuersatz));
+    Holds(eingabe.Steuerbetrag[0] == 0 || IsWholeAmount(eingabe.Steuerbetrag));
     return 1;
 }
 
@@ -135,6 +147,9 @@ void FillImage(TeilbuchungWork &work)
     CopyText(image.Text, eingabe.Text);
     image.SollArt = BuchungskontoartOf(eingabe.SollArt);
     image.HabenArt = BuchungskontoartOf(eingabe.HabenArt);
+    Holds(std::strlen(image.Sollkonto) == accountDigits);
+    Holds(std::strlen(image.Habenkonto) == accountDigits);
+    Holds(!SameText(image.Sollkonto, image.Habenkonto));
 }
 
 int32_t CheckZahlungsziel(ThreadContext &context, int32_t number)

@@ -1,5 +1,6 @@
 #include "src/booking/costs.h"
 
+#include "src/frame/beliefs.h"
 #include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/messages.h"
@@ -7,7 +8,7 @@
 #include "src/values/amounts.h"
 #include "text/fixed_text.h"
 
-#include <cassert>
+#include <algorithm>
 #include <cstdlib>
 
 namespace vark {
@@ -39,6 +40,7 @@ bool MakeLine(const KoschazeRecord &row, const AmountText &netto, AmountText &to
         CopyText(rate, sizeof rate, row.Anteil + 1, sizeof row.Anteil - 1);
         PercentOfAmount(line.Betrag, netto, rate);
     }
+    Holds(line.FinaleBuchung == 0 && line.Splitnummer == 0);
     if (!AccumulateAmount(total, line.Betrag)) return false;
     if (!isLast) return true;
     AmountText rest;
@@ -49,7 +51,8 @@ bool MakeLine(const KoschazeRecord &row, const AmountText &netto, AmountText &to
 // Reads the lines of the image's Kostenschablone, `count` at most.
 Expansion ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, KostenSeite seite)
 {
-    assert(teil.Kostenzeilen == nullptr);
+    if (!Holds(teil.Kostenzeilen == nullptr) || !Holds(IsWholeAmount(teil.Image.Netto)))
+        return Expansion::Failed;
     const int32_t number = teil.Image.Kostenschablone;
     teil.Image.Kostenzeilen = 0;
     KoschazeRecord row{};
@@ -69,16 +72,20 @@ Expansion ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, 
         }
         teil.Kostenzeilen[teil.Image.Kostenzeilen] = line;
         ++teil.Image.Kostenzeilen;
+        if (!TeilbuchungHolds(teil)) return Expansion::Failed;
         if (!GetNextF(context, &row, found, TableKoschaze)) return Expansion::Failed;
     }
+    Holds(teil.Image.Kostenzeilen <= std::max(count, 0));
     return Expansion::Done;
 }
 
 // Makes the cost lines of the side's Kostenschablone.
 int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite seite, int32_t partIndex)
 {
+    Holds(work.Teil.Image.Kostenzeilen == 0);
     const SakoRecord &sako = seite == KostenSeite::Soll ? work.Soll : work.Haben;
     const Expansion expanded = ExpandKostenschablone(context, seite, sako.Kostenschablone, work.Teil);
+    TeilbuchungHolds(work.Teil);
     if (expanded == Expansion::Done) return 1;
     if (context.CostsRequired != 0) return Report(context, 1445, costsMissing, nullptr, partIndex);
     // A posting with some of its cost lines would be half a posting.
@@ -88,6 +95,7 @@ int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite s
 // Refuses a Teilbuchung without cost lines that touches a GuV account, where costs are obligatory.
 int32_t RequireCosts(const ThreadContext &context, const TeilbuchungWork &work, int32_t partIndex)
 {
+    Holds(work.Teil.Image.Kostenzeilen == 0);
     const bool touchesGuv = work.Soll.Zuordnung == ZuordnungGuv || work.Haben.Zuordnung == ZuordnungGuv;
     if (context.CostsRequired == 0 || !touchesGuv) return 1;
     return Report(context, 1445, costsMissing, nullptr, partIndex);
@@ -121,6 +129,7 @@ int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, ui
             toSoll = false;
         }
     }
+    Holds(toSoll ? sollIsSachkonto : habenIsSachkonto);
     (toSoll ? soll : haben).Kostenschablone = number;
     return 1;
 }
@@ -128,6 +137,7 @@ int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, ui
 Expansion ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32_t number, Teilbuchung &teil)
 {
     if (number == 0) return Expansion::Done;
+    if (!TeilbuchungHolds(teil)) return Expansion::Failed;
     KoschaRecord head{};
     bool found = false;
     if (!GetEqual(context, &head, KeyOfNumber(number), found, TableKoscha)) return Expansion::Failed;
@@ -143,6 +153,9 @@ Expansion ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32
 int32_t SettleCosts(ThreadContext &context, TeilbuchungWork &work, CostRule rule, int32_t partIndex)
 {
     const SplitRecord &image = work.Teil.Image;
+    Holds(context.CostAccountingOn != 0);
+    Holds(IsWholeAmount(image.Netto));
+    Holds(TeilbuchungHolds(work.Teil));
     const bool sollIsSachkonto = image.SollArt == BuchungSachkonto;
     const bool habenIsSachkonto = image.HabenArt == BuchungSachkonto;
     const int32_t assigned = AssignKostenschablone(context, work.Soll, image.SollArt, work.Haben,

@@ -2,6 +2,7 @@
 
 #include "src/booking/account_queries.h"
 #include "src/booking/checks.h"
+#include "src/frame/beliefs.h"
 #include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
@@ -94,12 +95,15 @@ int32_t ResolveAccount(ThreadContext &context, PekoWork &work, TableId table)
     }
     CopyText(work.Konto, work.Record.Konto);
     CopyText(work.Kuerzel, work.Record.Kuerzel);
+    Holds(TableOf(work.Position) == table);
+    Holds(context.LockBias == 0);
     return 1;
 }
 
 int32_t BeginNew(ThreadContext &context, PekoWork &work)
 {
     RightJustify(work.Konto, accountDigits);
+    Holds(std::strlen(work.Konto) == accountDigits);
     if (work.Kuerzel[0] == 0) return Report(context, 1416, kuerzelMissing, nullptr, noPart);
     const int32_t unique = CheckUnique(context, work);
     if (unique < 0) {
@@ -112,6 +116,7 @@ int32_t DeleteAccount(ThreadContext &context, PekoWork &work, TableId table)
 {
     const int32_t resolved = ResolveAccount(context, work, table);
     if (resolved < 0) return resolved;
+    Holds(work.IsLocked);
     if (work.Record.Zustand == 0) return Report(context, 1427, notDeletable, nullptr, noPart);
     if (!Delete(context, table)) return engineFailure;
     work.IsLocked = false;
@@ -161,6 +166,9 @@ void FillRecord(const ThreadContext &context, PekoWork &work, bool isDebitor)
 {
     const PekoEingabe &eingabe = work.Eingabe;
     PersonalRecord &record = work.Record;
+    Holds(std::strlen(work.Konto) == accountDigits);
+    Holds(IsWholeRate(eingabe.Skonto));
+    Holds(eingabe.Mahnkennziffer >= -1 && eingabe.Mahnkennziffer <= 3);
     CopyText(record.Konto, work.Konto);
     CopyText(record.Kuerzel, work.Kuerzel);
     CopyText(record.Datum, context.TodayPacked);
@@ -188,6 +196,7 @@ int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &wo
     InitPersonalRecord(work.Record);
     const AccountKind *const kind = FindPersonalKind(art);
     if (kind == nullptr) return Report(context, 1413, artRefused, nullptr, noPart);
+    Holds(kind->OpenItems != TableUnused);
     const bool isDebitor = kind->Art == KontoartDebitor;
     const TableId table = kind->Table;
     int32_t result;
@@ -251,7 +260,9 @@ int32_t ChangePersonalAccount(ThreadContext &context, int32_t aktion, int32_t ar
     if (selected < 1) return selected;
     HeldTables held(context);
     if (!HoldAccountTables(held)) return engineFailure;
+    Holds(context.TransactionDepth == 0);
     const int32_t result = DoPeko(context, aktion, art, work);
+    Holds(result <= 1);
     if (work.IsLocked) Unlock(context, work.Position);
     return result;
 }

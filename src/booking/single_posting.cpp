@@ -4,6 +4,7 @@
 #include "src/booking/costs.h"
 #include "src/booking/tax.h"
 #include "src/booking/written_posting.h"
+#include "src/frame/beliefs.h"
 #include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
@@ -12,6 +13,7 @@
 #include "src/model/accounts.h"
 #include "src/pickers/rate_entry.h"
 #include "src/platform/window_api.h"
+#include "src/values/amounts.h"
 #include "src/values/currency.h"
 #include "text/fixed_text.h"
 
@@ -46,6 +48,7 @@ int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, Teilbu
     if (result != 1) return result;
 
     FillImage(work);
+    Holds(TeilbuchungHolds(work.Teil));
     const SplitRecord &image = work.Teil.Image;
     bat.Stapel = eingabe.Stapel;
     CopyText(bat.Buchungsdatum, date);
@@ -63,6 +66,9 @@ int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, Teilbu
     }
     if (!StoreTeilbuchung(buchung, work.Teil, 0, 1)) return engineFailure;
     bat.Anzahl = 1;
+    Holds(IsWholeAmount(bat.Teil.Brutto));
+    Holds(IsWholeAmount(bat.Teil.Netto));
+    Holds(BuchungHolds(buchung));
     return WriteBuchung(context, buchung, 0) ? 1 : engineFailure;
 }
 
@@ -94,6 +100,8 @@ int32_t ConvertForeignCurrency(ThreadContext &context, TeilbuchungWork &work, co
     CopyText(bat.Waehrung, waehrung);
     CopyText(bat.Waehrungsbetrag, converted);
     CopyText(image.Netto, converted);
+    Holds(IsWholeAmount(converted));
+    Holds(bat.Waehrung[0] != 0);
     return 1;
 }
 
@@ -109,7 +117,10 @@ int32_t InsertSinglePosting(ThreadContext &context, const BuchungEingabe *eingab
     if (!HoldPostingTables(held)) return engineFailure;
     TeilbuchungWork work{};
     Buchung buchung{};
+    Holds(context.TransactionDepth == 0);
     const int32_t result = PostSingle(context, copy, work, buchung);
+    Holds(result <= 1);
+    Holds(context.TransactionDepth == 0);
     FreeTeilbuchung(work.Teil);
     FreeBuchung(buchung);
     return result;

@@ -4,10 +4,12 @@
 #include "src/booking/costs.h"
 #include "src/booking/tax.h"
 #include "src/booking/written_posting.h"
+#include "src/frame/beliefs.h"
 #include "src/frame/held_tables.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
+#include "src/values/amounts.h"
 #include "text/fixed_text.h"
 
 #include <cstdlib>
@@ -25,6 +27,7 @@ constexpr int32_t mostParts = INT16_MAX; // what the number of Teilbuchungen in 
 
 const TeilbuchungEingabe &PartAt(const ThreadContext &context, const SplitEingabe &eingabe, int32_t index)
 {
+    if (!Holds(index >= 0) || !Holds(index < inlineParts + context.SplitCapacity)) return eingabe.Teil[0];
     return index < inlineParts ? eingabe.Teil[index] : context.SplitOverflow[index - inlineParts];
 }
 
@@ -43,6 +46,7 @@ int32_t CheckSides(const ThreadContext &context, const SplitEingabe &eingabe, ui
     }
     if (sollIsSame && habenIsSame) return Report(context, 1434, sidesRefused, nullptr, noPart);
     if (!sollIsSame && !habenIsSame) return Report(context, 1433, sidesRefused, nullptr, noPart);
+    Holds(sollIsSame != habenIsSame);
     seite = sollIsSame ? SplitseiteSoll : SplitseiteHaben;
     return 1;
 }
@@ -66,6 +70,8 @@ int32_t PostPart(ThreadContext &context, TeilbuchungWork &work, Buchung &buchung
 
     FillImage(work);
     const SplitRecord &image = work.Teil.Image;
+    Holds(IsWholeAmount(image.Brutto));
+    Holds(IsWholeAmount(image.Netto));
     if (buchung.Bat.Zahlungsziel == 0) {
         buchung.Bat.Zahlungsziel =
             DefaultZahlungsziel(context, image.Sollkonto, image.Habenkonto, image.SollArt, image.HabenArt);
@@ -76,6 +82,8 @@ int32_t PostPart(ThreadContext &context, TeilbuchungWork &work, Buchung &buchung
     }
     if (!StoreTeilbuchung(buchung, work.Teil, index, index == 0 ? 2 : 0)) return engineFailure;
     ++buchung.Bat.Anzahl;
+    Holds(buchung.Bat.Anzahl == index + 1);
+    Holds(BuchungHolds(buchung));
     return 1;
 }
 
@@ -111,6 +119,8 @@ int32_t PostSplit(ThreadContext &context, const SplitEingabe &eingabe, Buchung &
         if (isDropped) return 1;
         if (result != 1) return result;
     }
+    Holds(bat.Anzahl == eingabe.Anzahl);
+    Holds(bat.Anzahl < 2 || bat.Splitseite != SplitseiteKeine);
     if (eingabe.Zahlungsziel != 0) bat.Zahlungsziel = eingabe.Zahlungsziel;
     return WriteBuchung(context, buchung, 0) ? 1 : engineFailure;
 }
@@ -127,8 +137,10 @@ int32_t EndSplit(ThreadContext &context, int32_t post, int32_t showMessages)
     }
     if (!wasOpen) return noSplitOpen;
     context.SplitViaEnde = 1;
+    Holds(context.SplitHeader.Anzahl <= inlineParts + context.SplitCapacity);
     const int32_t result = InsertSplitPosting(context, &context.SplitHeader, showMessages);
     context.SplitViaEnde = 0;
+    Holds(context.SplitOpen == 0);
     return result;
 }
 
@@ -136,6 +148,8 @@ int32_t EndSplit(ThreadContext &context, int32_t post, int32_t showMessages)
 TeilbuchungEingabe *NextPart(ThreadContext &context)
 {
     const int32_t count = context.SplitHeader.Anzahl;
+    Holds(count >= 0);
+    Holds((context.SplitOverflow != nullptr) == (context.SplitCapacity > 0));
     if (count < inlineParts) return &context.SplitHeader.Teil[count];
     if (count >= mostParts) return nullptr;
     const int32_t index = count - inlineParts;
@@ -147,6 +161,7 @@ TeilbuchungEingabe *NextPart(ThreadContext &context)
         context.SplitOverflow = static_cast<TeilbuchungEingabe *>(grown);
         context.SplitCapacity = static_cast<int16_t>(capacity);
     }
+    if (!Holds(index < context.SplitCapacity)) return nullptr;
     return &context.SplitOverflow[index];
 }
 
@@ -163,7 +178,10 @@ int32_t InsertSplitPosting(ThreadContext &context, const SplitEingabe *eingabe, 
     HeldTables held(context);
     if (!HoldPostingTables(held)) return engineFailure;
     Buchung buchung{};
+    Holds(context.TransactionDepth == 0);
     const int32_t result = PostSplit(context, copy, buchung);
+    Holds(result <= 1);
+    Holds(context.TransactionDepth == 0);
     FreeBuchung(buchung);
     return result;
 }

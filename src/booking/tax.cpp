@@ -1,6 +1,7 @@
 #include "src/booking/tax.h"
 
 #include "src/booking/tax_rates.h"
+#include "src/frame/beliefs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
@@ -36,6 +37,8 @@ int32_t SettleKnownRate(ThreadContext &context, TeilbuchungWork &work, uint8_t k
 {
     SplitRecord &image = work.Teil.Image;
     const RateText &given = work.Eingabe.Steuersatz;
+    Holds(work.Class == SteuerRegelsatz || work.Class == SteuerErmaessigt);
+    Holds(given[0] == 0 || IsWholeRate(given));
     if (!RateAt(context, key, date, image)) return engineFailure;
     if (given[0] == 0 || SameText(given, image.Steuersatz)) return 1;
     StekeRecord &older = context.TaxRow;
@@ -59,6 +62,7 @@ int32_t SettleKnownRate(ThreadContext &context, TeilbuchungWork &work, uint8_t k
 // A free rate that happens to be the regular or the reduced one is taxed by that key.
 void MatchFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t key, const PackedDate &date)
 {
+    Holds(work.Class == SteuerSonstigerSatz);
     for (const uint8_t attempt : {SteuerRegelsatz, SteuerErmaessigt}) {
         const auto tried = static_cast<uint8_t>((key & SteuerVorsteuer) + attempt);
         if (!RateAt(context, tried, date, work.Teil.Image)) continue;
@@ -71,6 +75,8 @@ void MatchFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t key, c
 // Trade inside the Community: free of tax when the partner shows a USt-IdNr.
 int32_t SettleEgRate(ThreadContext &context, TeilbuchungWork &work, uint8_t key, const PackedDate &date)
 {
+    Holds(work.Class == SteuerEg);
+    Holds(context.VatIdPresent != 0);
     if (work.HasUstId) {
         work.Class = 0;
     } else if (!RateAt(context, key, date, work.Teil.Image)) {
@@ -84,6 +90,8 @@ int32_t SettleEgRate(ThreadContext &context, TeilbuchungWork &work, uint8_t key,
 int32_t SettleByClass(ThreadContext &context, TeilbuchungWork &work, uint8_t key, const PackedDate &date,
                       bool hasTax, int32_t partIndex)
 {
+    Holds((key & ~SteuerVorsteuer) == work.KeyClass);
+    Holds(work.Class == work.KeyClass);
     if (work.Class == SteuerNullsatz && hasTax) work.Class = SteuerSonstigerSatz;
     switch (work.Class) {
     case 0:
@@ -104,6 +112,7 @@ int32_t SettleByClass(ThreadContext &context, TeilbuchungWork &work, uint8_t key
 int32_t SettleFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t key, const PackedDate &date,
                        bool hasTax, int32_t partIndex)
 {
+    Holds(work.Class == SteuerSonstigerSatz);
     if (hasTax && work.Eingabe.Steuersatz[0] == 0) {
         return Report(context, 1410, steuerbetragRefused, "Steuerbetrag", partIndex);
     }
@@ -134,6 +143,7 @@ void ChooseTaxKey(uint8_t sollKey, uint8_t habenKey, int16_t sollZuordnung, int1
         key = sollKey;
         seite = SteuerseiteSoll;
     }
+    Holds((key == 0) == (seite == SteuerseiteKeine));
 }
 
 bool RateAt(ThreadContext &context, uint8_t key, const PackedDate &date, SplitRecord &image)
@@ -143,6 +153,7 @@ bool RateAt(ThreadContext &context, uint8_t key, const PackedDate &date, SplitRe
     bool found = false;
     image.Steuerfolge = 0;
     image.Steuerschluessel = key & SteuerCodeMaske;
+    Holds(date[0] != 0);
     if (!FindPostingRate(context, image.Steuerschluessel, date, row, folge, found) || !found) return false;
     CopyText(image.Steuersatz, row.Satz);
     image.Steuerfolge = folge;
@@ -154,6 +165,11 @@ int32_t SettleTax(ThreadContext &context, TeilbuchungWork &work, const PackedDat
 {
     const TeilbuchungEingabe &eingabe = work.Eingabe;
     SplitRecord &image = work.Teil.Image;
+    Holds(date[0] != 0);
+    Holds(IsWholeAmount(eingabe.Brutto));
+    Holds(eingabe.Steuersatz[0] == 0 || IsWholeRate(eingabe.Steuersatz));
+    Holds(eingabe.Steuerbetrag[0] == 0 || IsWholeAmount(eingabe.Steuerbetrag));
+    Holds(TeilbuchungHolds(work.Teil));
     image = {};
     CopyText(image.Steuersatz, eingabe.Steuersatz);
     const bool hasTax = WantsTax(eingabe);
@@ -176,6 +192,7 @@ int32_t SettleTax(ThreadContext &context, TeilbuchungWork &work, const PackedDat
     }
     CopyText(image.Brutto, eingabe.Brutto);
     CopyText(image.Netto, eingabe.Brutto);
+    Holds(image.Kostenzeilen == 0);
     return 1;
 }
 
@@ -183,6 +200,8 @@ int32_t SettleNet(const ThreadContext &context, TeilbuchungWork &work, int32_t p
 {
     const TeilbuchungEingabe &eingabe = work.Eingabe;
     SplitRecord &image = work.Teil.Image;
+    Holds(IsWholeAmount(image.Brutto));
+    Holds(IsWholeAmount(image.Netto));
     if (eingabe.Steuersatz[0] != 0 && work.IsFixedRate && (work.KeyClass & classesWithFixedRate) != 0 &&
         !SameText(eingabe.Steuersatz, image.Steuersatz)) {
         return Report(context, 1435, steuersatzRefused, nullptr, partIndex);
@@ -199,6 +218,7 @@ int32_t SettleNet(const ThreadContext &context, TeilbuchungWork &work, int32_t p
         // Where no net amount can be worked out it is the gross one, which is what stands there then.
         NetFromGross(image.Netto, image.Brutto, image.Steuersatz);
     }
+    Holds(IsWholeAmount(image.Netto));
     return 1;
 }
 

@@ -1,5 +1,6 @@
 #include "src/booking/tax_rates.h"
 
+#include "src/frame/beliefs.h"
 #include "src/frame/held_tables.h"
 #include "src/frame/record_store.h"
 #include "src/values/amounts.h"
@@ -38,8 +39,10 @@ bool FindRow(ThreadContext &context, uint16_t code, const PackedDate &date, Olde
         ++folge;
         const KeyBuffer key = KeyOfShortNumber(code, asksForZero ? 0 : folge);
         if (!GetEqual(context, &row, key, found, taxByCodeAndSequence)) return false;
+        Holds(!found || row.Code == code);
         asksForZero = false;
     }
+    Holds(!found || !DateIsAfter(row.GueltigAb, date));
     return true;
 }
 
@@ -47,6 +50,7 @@ bool FindRate(ThreadContext &context, uint16_t code, const PackedDate &date, Old
               StekeRecord &row, uint16_t &folge, bool &found)
 {
     found = false;
+    Holds(code <= SteuerCodeMaske);
     HeldTables held(context);
     return Hold(held, TableSteke) && FindRow(context, code, date, older, row, folge, found);
 }
@@ -69,6 +73,8 @@ bool RateFromAmounts(const AmountText &soll, const AmountText &haben, RateText &
 {
     const int64_t net = std::min(MagnitudeOf(soll), MagnitudeOf(haben));
     const int64_t tax = std::max(MagnitudeOf(soll), MagnitudeOf(haben)) - net;
+    Holds(net >= 0);
+    Holds(tax >= 0);
     if (net == 0) return false;
     AmountText netText;
     AmountOfMagnitude(netText, net, false);
@@ -78,6 +84,7 @@ bool RateFromAmounts(const AmountText &soll, const AmountText &haben, RateText &
         PercentOfAmount(product, netText, rate);
         if (MagnitudeOf(product) == tax) return true;
     }
+    Holds(net > 0);
     const double quotient = static_cast<double>(tax) / 100.0 / (static_cast<double>(net) / 100.0);
     return RateOfMagnitude(rate, RoundToDecimals(quotient * 100.0, 2));
 }

@@ -1,10 +1,10 @@
 #include "src/booking/written_posting.h"
 
+#include "src/frame/beliefs.h"
 #include "src/frame/record_store.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 
-#include <cassert>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -26,7 +26,8 @@ int32_t YearNumber(const char (&year)[5])
 bool InsertLines(ThreadContext &context, const Buchung &buchung, KobuRecord *lines, int16_t count,
                  int32_t buchungsnummer, int32_t splitnummer, TableKeyCode kobu)
 {
-    assert(count == 0 || lines != nullptr);
+    if (!Holds(count >= 0) || !Holds(count == 0 || lines != nullptr)) return false;
+    if (!Holds((buchungsnummer == 0) != (splitnummer == 0) || count == 0)) return false;
     for (int16_t i = 0; i < count; ++i) {
         KobuRecord &line = lines[i];
         line.FinaleBuchung = 0;
@@ -42,7 +43,7 @@ bool InsertLines(ThreadContext &context, const Buchung &buchung, KobuRecord *lin
 bool InsertRecords(ThreadContext &context, Buchung &buchung, int32_t number, TableKeyCode kobu)
 {
     BatRecord &bat = buchung.Bat;
-    assert(bat.Anzahl - 1 <= buchung.WeiterePlaetze);
+    if (!BuchungHolds(buchung) || !Holds(context.TransactionDepth > 0)) return false;
     bat.Buchungsnummer = number;
     if (!Insert(context, &bat, TableBat)) return false;
     if (!InsertLines(context, buchung, buchung.Kostenzeilen, bat.Teil.Kostenzeilen, bat.Buchungsnummer, 0,
@@ -64,9 +65,24 @@ bool InsertRecords(ThreadContext &context, Buchung &buchung, int32_t number, Tab
 
 } // namespace
 
+bool TeilbuchungHolds(const Teilbuchung &teil)
+{
+    return Holds(teil.Image.Kostenzeilen >= 0) &&
+           Holds(teil.Kostenzeilen != nullptr || teil.Image.Kostenzeilen == 0);
+}
+
+bool BuchungHolds(const Buchung &buchung)
+{
+    return Holds(buchung.Bat.Anzahl >= 0) && Holds(buchung.WeiterePlaetze >= 0) &&
+           Holds(buchung.Bat.Anzahl - 1 <= buchung.WeiterePlaetze) &&
+           Holds((buchung.Weitere != nullptr) == (buchung.WeiterePlaetze > 0)) &&
+           Holds(buchung.Kostenzeilen != nullptr || buchung.Bat.Teil.Kostenzeilen == 0);
+}
+
 bool StoreTeilbuchung(Buchung &buchung, Teilbuchung &teil, int32_t index, int32_t expected)
 {
-    assert(index == buchung.Bat.Anzahl);
+    if (!BuchungHolds(buchung) || !TeilbuchungHolds(teil)) return false;
+    if (!Holds(index == buchung.Bat.Anzahl) || !Holds(expected >= 0)) return false;
     const int32_t needed = index == 0 ? expected - 1 : index;
     if (needed > buchung.WeiterePlaetze) {
         void *grown = std::realloc(buchung.Weitere, static_cast<size_t>(needed) * sizeof(Teilbuchung));
@@ -83,11 +99,12 @@ bool StoreTeilbuchung(Buchung &buchung, Teilbuchung &teil, int32_t index, int32_
         buchung.Weitere[index - 1] = teil;
     }
     teil = {};
-    return true;
+    return Holds(index <= buchung.WeiterePlaetze);
 }
 
 bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number)
 {
+    if (!BuchungHolds(buchung) || !Holds(buchung.Bat.Anzahl > 0) || !Holds(number >= 0)) return false;
     if (!Transaction(context, TransactionAction::Begin)) return false;
     // Cost lines lie in a table that follows the working year, while the posting itself lies in the last
     // postable one; a posting stays in one directory.
@@ -100,6 +117,7 @@ bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number)
         // Also where the table did not open: a transaction left open would swallow the thread's next
         // postings.
         Transaction(context, TransactionAction::Abort);
+        Holds(context.TransactionDepth == 0);
         return false;
     }
     return Transaction(context, TransactionAction::End);
@@ -107,6 +125,7 @@ bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number)
 
 void FreeBuchung(Buchung &buchung)
 {
+    BuchungHolds(buchung);
     for (int32_t i = 0; i < buchung.WeiterePlaetze; ++i) {
         std::free(buchung.Weitere[i].Kostenzeilen);
     }
@@ -117,6 +136,7 @@ void FreeBuchung(Buchung &buchung)
 
 void FreeTeilbuchung(Teilbuchung &teil)
 {
+    TeilbuchungHolds(teil);
     std::free(teil.Kostenzeilen);
     teil = {};
 }

@@ -23,6 +23,10 @@ struct Buchung {
     int32_t WeiterePlaetze;   // entries that Weitere has room for
 };
 
+// Whether counts and pointers of a Teilbuchung or posting agree; a belief of those who change them.
+bool TeilbuchungHolds(const Teilbuchung &teil);
+bool BuchungHolds(const Buchung &buchung);
+
 // Makes `teil` the Teilbuchung `index` (from 0, in ascending order) of the posting, which then owns its cost
 // lines; `teil` is left empty. Room for `expected` Teilbuchungen is made with the first one. False without
 // memory: `teil` still owns its lines then.

@@ -1,5 +1,6 @@
 #include "src/frame/lifecycle.h"
 
+#include "src/frame/beliefs.h"
 #include "src/frame/installation.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
@@ -12,30 +13,6 @@ namespace vark {
 int32_t LibraryState = noContext;
 
 namespace {
-
-bool threadSlotAllocated;
-
-void FreeThreadContext(void *value)
-{
-    auto *context = static_cast<ThreadContext *>(value);
-    std::free(context->SplitOverflow);
-    std::free(context->ReportViewTitle);
-    std::free(context->ReportFrameClass);
-    while (context->Blocks.Next != nullptr) {
-        FreeThreadBlock(context->Blocks.Next);
-    }
-    std::free(context);
-}
-
-// What the parent had open is not ours: the child opens everything anew.
-void DropInherited()
-{
-    if (!threadSlotAllocated) return;
-    auto *context = static_cast<ThreadContext *>(ThreadSlotValue());
-    if (context == nullptr) return;
-    SetThreadSlotValue(nullptr);
-    FreeThreadContext(context);
-}
 
 void FindReportPath()
 {
@@ -59,9 +36,7 @@ void FindReportPath()
 void Attach()
 {
     LibraryState = noContext;
-    threadSlotAllocated = AllocateThreadSlot(FreeThreadContext);
-    if (!threadSlotAllocated) return;
-    OnFork(DropInherited);
+    if (!PrepareThreadContexts()) return;
 
     LibraryState = noDataPath;
     if (IsProfileUnreadable("tolka.ini") || IsProfileUnreadable("vark.ini")) return;
@@ -90,48 +65,15 @@ void Attach()
 
 void AttachLibrary() { RunOnce(Attach); }
 
-ThreadContext *GetThreadContext()
-{
-    if (!threadSlotAllocated) return nullptr;
-    auto *context = static_cast<ThreadContext *>(ThreadSlotValue());
-    if (context != nullptr) return context;
-    context = static_cast<ThreadContext *>(std::calloc(1, sizeof *context));
-    if (context == nullptr) return nullptr;
-    if (!SetThreadSlotValue(context)) {
-        std::free(context);
-        return nullptr;
-    }
-    context->CurrentMandant = -1;
-    context->CursorKind = -1;
-    context->YearDirectory[0] = pathSeparator;
-    return context;
-}
-
-void *AllocateThreadBlock(ThreadContext &context, size_t size)
-{
-    auto *block = static_cast<ThreadBlock *>(std::calloc(1, size));
-    if (block == nullptr) return nullptr;
-    block->Next = context.Blocks.Next;
-    block->Previous = &context.Blocks;
-    if (block->Next != nullptr) block->Next->Previous = block;
-    context.Blocks.Next = block;
-    return block;
-}
-
-void FreeThreadBlock(ThreadBlock *block)
-{
-    block->Previous->Next = block->Next;
-    if (block->Next != nullptr) block->Next->Previous = block->Previous;
-    std::free(block);
-}
-
 int32_t EnterExport(ThreadContext *&context)
 {
     context = nullptr;
     AttachLibrary();
     if (LibraryState != ready) return LibraryState;
     context = GetThreadContext();
-    return context != nullptr ? ready : noContext;
+    if (context == nullptr) return noContext;
+    ForgetBrokenBeliefs(*context);
+    return ready;
 }
 
 } // namespace vark

@@ -1,5 +1,6 @@
 #include "src/frame/record_store.h"
 
+#include "src/frame/beliefs.h"
 #include "src/frame/installation.h"
 #include "src/frame/messages.h"
 #include "src/platform/platform.h"
@@ -40,12 +41,25 @@ enum EngineOperation : uint16_t {
 constexpr int16_t statusOk = 0;
 constexpr int16_t statusKeyNotFound = 4;
 constexpr int16_t statusEndOfFile = 9;
+constexpr int16_t statusNotReady = 20;
 constexpr int16_t statusFileNotFound = 12;
 
 constexpr uint16_t lockSingleNoWait = 200;
 constexpr size_t longestKey = 255;     // what the engine may write back into a key
 constexpr size_t longestPath = 254;    // what the engine takes as a file name
 constexpr size_t longestRecord = 1398; // mahntext
+
+// What is true of a thread's tables at the beginning and end of every operation:
+//   1  no table has fewer than no users
+//   2  tables are held open exactly while a transaction runs
+//   3  a lock is asked for without waiting, or not at all
+bool StoreHolds(const ThreadContext &context, int slot)
+{
+    return Holds(slot >= 0 && slot < slotCount) && Holds(context.OpenCounts[slot] >= 0) &&
+           Holds(context.TransactionDepth >= 0) &&
+           Holds((context.HoldOpen != 0) == (context.TransactionDepth > 0)) &&
+           Holds(context.LockBias == 0 || context.LockBias == lockSingleNoWait);
+}
 
 int SlotOf(TableKeyCode code) { return TableOf(code); }
 int8_t KeyNumberOf(TableKeyCode code) { return static_cast<int8_t>(KeyOf(code)); }
@@ -59,12 +73,15 @@ struct EngineKey {
 
 uint32_t LengthOf(const ThreadContext &context, int slot)
 {
+    Holds(slot >= 0 && slot < slotCount);
     if (slot >= SlotFree29) return context.FreeSlotLengths[slot - SlotFree29];
     return RecordLengthTable[slot].load(std::memory_order_relaxed);
 }
 
 void KeepLength(ThreadContext &context, int slot, uint32_t length)
 {
+    Holds(slot >= 0 && slot < slotCount);
+    Holds(length <= UINT16_MAX);
     if (slot >= SlotFree29) {
         context.FreeSlotLengths[slot - SlotFree29] = length;
     } else {
@@ -75,6 +92,7 @@ void KeepLength(ThreadContext &context, int slot, uint32_t length)
 // One call on a slot with the slot's own key buffer, length entry and position block.
 int16_t CallSlot(ThreadContext &context, uint16_t operation, void *data, int slot, int8_t keyNumber)
 {
+    if (!StoreHolds(context, slot) || !Holds(data != nullptr)) return statusNotReady;
     EngineKey key(context.KeyBuffers[slot]);
     uint32_t length = LengthOf(context, slot);
     const int16_t status =
@@ -87,6 +105,7 @@ int16_t CallSlot(ThreadContext &context, uint16_t operation, void *data, int slo
 uint16_t TakeLockBias(ThreadContext &context)
 {
     const uint16_t bias = context.LockBias;
+    Holds(bias == 0 || bias == lockSingleNoWait);
     context.LockBias = 0;
     return bias;
 }
@@ -98,16 +117,18 @@ void ReportBiased(int16_t status)
 
 bool OpenIfClosed(ThreadContext &context, TableKeyCode code)
 {
-    return context.OpenCounts[SlotOf(code)] != 0 || OpenTable(context, code);
+    const bool isOpen = context.OpenCounts[SlotOf(code)] != 0 || OpenTable(context, code);
+    return isOpen && Holds(context.OpenCounts[SlotOf(code)] > 0);
 }
 
 // A read without a lock of its own, for which the end of the file is no failure.
 bool ReadFound(ThreadContext &context, uint16_t operation, void *data, bool &found, TableKeyCode code)
 {
     found = false;
+    Holds(operation < lockSingleNoWait);
     const int16_t status = CallSlot(context, operation, data, SlotOf(code), KeyNumberOf(code));
     found = status == statusOk;
-    if (found || status == statusEndOfFile) return true;
+    if (found || status == statusEndOfFile) return StoreHolds(context, SlotOf(code));
     ReportStatus(status, nullptr);
     return false;
 }
@@ -125,8 +146,9 @@ bool ReadFoundByKey(ThreadContext &context, uint16_t operation, void *data, cons
 bool ReadBiased(ThreadContext &context, uint16_t operation, void *data, TableKeyCode code)
 {
     const auto biased = static_cast<uint16_t>(operation + TakeLockBias(context));
+    Holds(context.LockBias == 0);
     const int16_t status = CallSlot(context, biased, data, SlotOf(code), KeyNumberOf(code));
-    if (status == statusOk) return true;
+    if (status == statusOk) return StoreHolds(context, SlotOf(code));
     if (status != statusEndOfFile) ReportBiased(status);
     return false;
 }
@@ -142,6 +164,7 @@ bool CallAndReport(ThreadContext &context, uint16_t operation, void *data, int s
 // The directory and file of a table; false when it does not fit.
 bool TablePath(const ThreadContext &context, int table, const char *yearName, char *out, size_t size)
 {
+    if (!Holds(table >= 0 && table < slotCount) || !Holds(size > 0)) return false;
     const char separator[2] = {pathSeparator, 0};
     const char *directory = DataPath;
     const char *before = "";
@@ -174,6 +197,7 @@ bool TablePath(const ThreadContext &context, int table, const char *yearName, ch
 void FillRecordLengthTable()
 {
     for (int i = 0; i < slotCount; ++i) {
+        Holds(tableCatalogue[i].RecordLength <= longestRecord);
         RecordLengthTable[i].store(tableCatalogue[i].RecordLength, std::memory_order_relaxed);
     }
 }
@@ -181,6 +205,9 @@ void FillRecordLengthTable()
 int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, uint32_t *length, void *key,
                    int8_t keyNumber)
 {
+    if (!Holds(EngineEntry != nullptr) || !Holds(data != nullptr) || !Holds(key != nullptr)) {
+        return statusNotReady;
+    }
     uint32_t dataLength = length != nullptr ? *length : 0;
     const int16_t status = EngineEntry(operation, &position, data, &dataLength, key, longestKey, keyNumber);
     if (length != nullptr) *length = dataLength & 0xFFFF;
@@ -191,6 +218,7 @@ bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName, 
 {
     const int table = SlotOf(code);
     if (slot == 0) slot = table;
+    if (!StoreHolds(context, slot) || !Holds(slot == table || slot >= SlotFree29)) return false;
     if (context.OpenCounts[slot] == 0) {
         if (yearName != nullptr && table < 12) KeepLength(context, slot, LengthOf(context, table));
         char path[longestKey + 1] = {};
@@ -210,11 +238,12 @@ bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName, 
         }
     }
     ++context.OpenCounts[slot];
-    return true;
+    return Holds(context.OpenCounts[slot] > 0);
 }
 
 bool CloseTable(ThreadContext &context, int slot)
 {
+    if (!StoreHolds(context, slot)) return false;
     if (context.OpenCounts[slot] == 0 || context.HoldOpen != 0) return true;
     if (--context.OpenCounts[slot] != 0) return true;
     char nothing[1] = {};
@@ -225,8 +254,10 @@ bool CloseTable(ThreadContext &context, int slot)
 void ForceTableClosed(ThreadContext &context, int slot)
 {
     if (context.OpenCounts[slot] == 0) return;
+    StoreHolds(context, slot);
     context.OpenCounts[slot] = 1;
     CloseTable(context, slot);
+    Holds(context.OpenCounts[slot] == 0 || context.HoldOpen != 0);
 }
 
 void CloseAllTables(ThreadContext &context)
@@ -248,7 +279,7 @@ bool GetEqual(ThreadContext &context, void *data, const KeyBuffer &key, bool &fo
     const bool read = found || status == statusKeyNotFound;
     if (!read) ReportBiased(status);
     CloseTable(context, slot);
-    return read;
+    return read && StoreHolds(context, slot) && Holds(context.LockBias == 0);
 }
 
 bool Exists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code)
@@ -263,7 +294,7 @@ bool Exists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyC
     const bool read = found || status == statusKeyNotFound;
     if (!read) ReportStatus(status, nullptr);
     CloseTable(context, slot);
-    return read;
+    return read && StoreHolds(context, slot);
 }
 
 bool GetFirst(ThreadContext &context, void *data, TableKeyCode code)
@@ -322,24 +353,25 @@ bool GetLast(ThreadContext &context, void *data, bool &found, TableKeyCode code)
     const auto biased = static_cast<uint16_t>(engineGetLast + TakeLockBias(context));
     const int16_t status = CallSlot(context, biased, data, SlotOf(code), KeyNumberOf(code));
     found = status == statusOk;
-    if (found || status == statusEndOfFile) return true;
+    if (found || status == statusEndOfFile) return StoreHolds(context, SlotOf(code));
     ReportBiased(status);
     return false;
 }
 
 bool Insert(ThreadContext &context, void *data, TableKeyCode code)
 {
-    if (!OpenTable(context, code)) return false;
+    if (HasBrokenBelief(context) || !OpenTable(context, code)) return false;
     // Without a close on failure: the count stays up until the thread's tables are closed by force.
     if (!CallAndReport(context, engineInsert, data, SlotOf(code), 0)) return false;
     CloseTable(context, SlotOf(code));
+    StoreHolds(context, SlotOf(code));
     return true;
 }
 
 bool Update(ThreadContext &context, void *data, TableKeyCode code)
 {
     const int slot = SlotOf(code);
-    return context.OpenCounts[slot] != 0 &&
+    return !HasBrokenBelief(context) && context.OpenCounts[slot] != 0 &&
            CallAndReport(context, engineUpdate, data, slot, KeyNumberOf(code));
 }
 
@@ -347,7 +379,8 @@ bool Delete(ThreadContext &context, TableKeyCode code)
 {
     char nothing[1] = {};
     const int slot = SlotOf(code);
-    return context.OpenCounts[slot] != 0 && CallAndReport(context, engineDelete, nothing, slot, 0);
+    return !HasBrokenBelief(context) && context.OpenCounts[slot] != 0 &&
+           CallAndReport(context, engineDelete, nothing, slot, 0);
 }
 
 void LockNext(ThreadContext &context) { context.LockBias = lockSingleNoWait; }
@@ -370,7 +403,7 @@ bool RereadCurrent(ThreadContext &context, TableKeyCode code)
     // The direct read takes the position from the head of the same buffer.
     if (status == statusOk) status = CallSlot(context, engineGetDirect, scratch, slot, KeyNumberOf(code));
     if (status != statusOk) ReportStatus(status, nullptr);
-    return status == statusOk;
+    return status == statusOk && StoreHolds(context, slot);
 }
 
 int32_t RecordCount(ThreadContext &context, TableKeyCode code)
@@ -384,7 +417,7 @@ int32_t RecordCount(ThreadContext &context, TableKeyCode code)
         CallEngine(engineStat, context.PositionBlocks[slot], answer, &length, key.Bytes, 0);
     if (status != statusOk) ReportStatus(status, nullptr);
     CloseTable(context, slot);
-    if (status != statusOk) return -1;
+    if (status != statusOk || !StoreHolds(context, slot)) return -1;
     int32_t count;
     std::memcpy(&count, answer + 6, sizeof count);
     return count;
@@ -400,6 +433,11 @@ bool Transaction(ThreadContext &context, TransactionAction action)
         return CallEngine(operation, none, nothing, nullptr, key.Bytes, 0);
     };
     int16_t status = statusOk;
+    StoreHolds(context, 0);
+    // Nothing that was reckoned with a broken belief reaches the books.
+    if (HasBrokenBelief(context) && action == TransactionAction::Begin) return false;
+    const bool mustUndo = HasBrokenBelief(context) && action == TransactionAction::End;
+    if (mustUndo) action = TransactionAction::Abort;
     switch (action) {
     case TransactionAction::Begin:
         if (context.TransactionDepth == 0) status = call(engineBegin);
@@ -422,7 +460,8 @@ bool Transaction(ThreadContext &context, TransactionAction action)
         context.TransactionDepth = 0;
     }
     context.HoldOpen = context.TransactionDepth > 0 ? 1 : 0;
-    return status == statusOk;
+    StoreHolds(context, 0);
+    return status == statusOk && !mustUndo;
 }
 
 KeyBuffer KeyOfNumber(int32_t number)
@@ -443,6 +482,7 @@ KeyBuffer KeyOfShortNumber(uint16_t first, uint16_t second)
 KeyBuffer KeyOfText(const char *text, size_t width)
 {
     KeyBuffer key{};
+    if (!Holds(text != nullptr) || !Holds(width > 0)) return key;
     if (width > sizeof key.Bytes) width = sizeof key.Bytes;
     std::memcpy(key.Bytes, text, strnlen(text, width - 1));
     return key;

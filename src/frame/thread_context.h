@@ -49,6 +49,9 @@ struct ThreadContext {
     // Messages
     int32_t ShowMessages; // 0 silent, as the latest export's caller wished
 
+    // Beliefs that were broken since the thread's last export began; nothing is written while there are any
+    int32_t BrokenBeliefs;
+
     // Record store
     int32_t PathOverrideOn;
     char PathOverride[260]; // directory of every table while PathOverrideOn
@@ -91,6 +94,9 @@ struct ThreadContext {
     int32_t SplitOpen;
     int32_t SplitViaEnde;
 };
+
+// Makes room for a context a thread. False when the system has none left. Called once.
+bool PrepareThreadContexts();
 
 // The calling thread's context, made at its first use; null when there is no thread slot or no memory.
 ThreadContext *GetThreadContext();

@@ -1,6 +1,7 @@
 #include "src/values/amounts.h"
 
-#include <cassert>
+#include "src/frame/beliefs.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -20,7 +21,11 @@ uint32_t DigitValue(char character)
     return IsDigit(character) ? static_cast<uint32_t>(character - '0') : 0;
 }
 
-char DigitOf(uint32_t value) { return static_cast<char>('0' + value); }
+char DigitOf(uint32_t value)
+{
+    Holds(value <= 9);
+    return static_cast<char>('0' + value);
+}
 
 char MarkOf(bool isNegative) { return isNegative ? '-' : ','; }
 
@@ -57,12 +62,15 @@ const AmountText &Readable(const AmountText &amount, AmountText &copy)
     }
     copy[amountMark] = MarkOf(amount[amountMark] == '-');
     copy[amountWidth] = 0;
+    Holds(IsWholeAmount(copy));
     return copy;
 }
 
 // out = a + b for readable operands, without regard to the marks; false if a carry is left.
 bool AddDigits(AmountText &out, const AmountText &a, const AmountText &b)
 {
+    Holds(HasAllDigits(a));
+    Holds(HasAllDigits(b));
     int carry = 0;
     for (int i = amountWidth - 1; i >= 0; --i) {
         if (i == amountMark) continue;
@@ -71,12 +79,15 @@ bool AddDigits(AmountText &out, const AmountText &a, const AmountText &b)
         out[i] = static_cast<char>('0' + sum - 10 * carry);
     }
     out[amountWidth] = 0;
+    Holds(HasAllDigits(out));
     return carry == 0;
 }
 
 // out = |a| - |b| or, if that is negative, |b| - |a|; true if so. Leaves the mark.
 bool SubtractDigits(AmountText &out, const AmountText &a, const AmountText &b)
 {
+    Holds(HasAllDigits(a));
+    Holds(HasAllDigits(b));
     const int order = memcmp(a, b, amountMark);
     const bool isSwapped = order < 0 || (order == 0 && memcmp(a + amountMark + 1, b + amountMark + 1, 2) < 0);
     const char *const upper = isSwapped ? b : a;
@@ -89,12 +100,14 @@ bool SubtractDigits(AmountText &out, const AmountText &a, const AmountText &b)
         out[i] = static_cast<char>('0' + difference + 10 * borrow);
     }
     out[amountWidth] = 0;
-    assert(borrow == 0);
+    Holds(borrow == 0);
+    Holds(HasAllDigits(out));
     return isSwapped;
 }
 
 bool IsZero(const char *text, int markIndex)
 {
+    Holds(markIndex == amountMark || markIndex == rateMark);
     if (text[0] == 0) return true;
     for (int i = 0; i < markIndex + 3; ++i) {
         if (i != markIndex && DigitValue(text[i]) != 0) return false;
@@ -104,15 +117,19 @@ bool IsZero(const char *text, int markIndex)
 
 int64_t ReadPlaces(const char *text, int markIndex)
 {
+    Holds(markIndex == amountMark || markIndex == rateMark);
     int64_t value = 0;
     for (int i = 0; text[0] != 0 && i < markIndex + 3; ++i) {
         if (i != markIndex) value = value * 10 + DigitValue(text[i]);
     }
+    Holds(value >= 0 && value < magnitudeLimit);
     return value;
 }
 
 void WritePlaces(char *out, int markIndex, int64_t magnitude)
 {
+    Holds(markIndex == amountMark || markIndex == rateMark);
+    Holds(magnitude >= 0);
     for (int i = markIndex + 2; i >= 0; --i) {
         if (i == markIndex) continue;
         out[i] = DigitOf(static_cast<uint32_t>(magnitude % 10));
@@ -120,6 +137,7 @@ void WritePlaces(char *out, int markIndex, int64_t magnitude)
     }
     out[markIndex] = ',';
     out[markIndex + 3] = 0;
+    Holds(magnitude == 0); // all of it was written
 }
 
 void CopyAmount(AmountText &out, const AmountText &from) { memmove(out, from, sizeof out); }
@@ -128,6 +146,8 @@ void CopyAmount(AmountText &out, const AmountText &from) { memmove(out, from, si
 // groups of three, and a comma. `places` must be a text of its own.
 void WriteDisplay(char *out, const char *places, int markIndex, char dot)
 {
+    Holds(out != places);
+    Holds(dot == 0 || dot == '.');
     if (places[markIndex] == '-') *out++ = '-';
     int i = 0;
     while (i < markIndex - 1 && DigitValue(places[i]) == 0) {
@@ -146,6 +166,7 @@ void WriteDisplay(char *out, const char *places, int markIndex, char dot)
 
 void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
 {
+    Holds(markIndex == amountMark || markIndex == rateMark);
     const bool isZero = IsZero(text, markIndex);
     if (isZero) memcpy(text, zeroAmount + amountMark - markIndex, static_cast<size_t>(markIndex) + 4);
     switch (form) {
@@ -160,6 +181,7 @@ void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
     case 3: WriteDisplay(out, text, markIndex, '.'); break;
     default: out[0] = 0; break;
     }
+    Holds(strnlen(out, sizeof out) < sizeof out);
 }
 
 // The AmountText at the head of `text`, grouped.
@@ -168,9 +190,22 @@ void GroupInPlace(char *text)
     AmountText places;
     memcpy(places, text, sizeof places);
     WriteDisplay(text, places[0] != 0 ? places : zeroAmount, amountMark, '.');
+    Holds(strlen(text) < sizeof(FormattedAmount));
 }
 
 } // namespace
+
+bool IsWholeAmount(const AmountText &amount)
+{
+    return HasAllDigits(amount) && (amount[amountMark] == ',' || amount[amountMark] == '-') &&
+           amount[amountWidth] == 0;
+}
+
+bool IsWholeRate(const RateText &rate)
+{
+    return IsDigit(rate[0]) && IsDigit(rate[1]) && rate[rateMark] == ',' && IsDigit(rate[3]) &&
+           IsDigit(rate[4]) && rate[rateWidth] == 0;
+}
 
 int64_t MagnitudeOf(const AmountText &amount) { return ReadPlaces(amount, amountMark); }
 
@@ -183,6 +218,8 @@ bool AmountOfMagnitude(AmountText &out, int64_t magnitude, bool isNegative)
     const bool fits = magnitude >= 0 && magnitude < magnitudeLimit;
     WritePlaces(out, amountMark, fits ? magnitude : 0);
     out[amountMark] = MarkOf(fits && isNegative);
+    Holds(IsWholeAmount(out));
+    Holds(!fits || MagnitudeOf(out) == magnitude);
     return fits;
 }
 
@@ -190,6 +227,8 @@ bool RateOfMagnitude(RateText &out, int64_t magnitude)
 {
     const bool fits = magnitude >= 0 && magnitude < rateLimit;
     WritePlaces(out, rateMark, fits ? magnitude : 0);
+    Holds(IsWholeRate(out));
+    Holds(!fits || MagnitudeOf(out) == magnitude);
     return fits;
 }
 
@@ -210,6 +249,7 @@ bool AddAmounts(AmountText &out, const AmountText &a, const AmountText &b)
         isSumNegative = isNegative ? SubtractDigits(out, readB, readA) : SubtractDigits(out, readA, readB);
     }
     out[amountMark] = MarkOf(isSumNegative);
+    Holds(IsWholeAmount(out));
     return fits;
 }
 
@@ -218,7 +258,7 @@ bool AccumulateAmount(AmountText &total, const AmountText &b)
     AmountText sum;
     if (!AddAmounts(sum, total, b)) return false;
     CopyAmount(total, sum);
-    return true;
+    return Holds(IsWholeAmount(total));
 }
 
 bool DeductAmount(AmountText &total, const AmountText &b)
@@ -230,7 +270,7 @@ bool DeductAmount(AmountText &total, const AmountText &b)
         return false;
     }
     CopyAmount(total, difference);
-    return true;
+    return Holds(IsWholeAmount(total));
 }
 
 int SubtractRaw(AmountText &out, const AmountText &a, const AmountText &b)
@@ -247,6 +287,7 @@ int SubtractRaw(AmountText &out, const AmountText &a, const AmountText &b)
         AddDigits(out, readA, readB);
     }
     out[amountMark] = MarkOf(isNegative);
+    Holds(IsWholeAmount(out));
     return isNegative == isSwapped ? sollBalance : habenBalance;
 }
 
@@ -254,6 +295,7 @@ bool SubtractAmounts(AmountText &out, const AmountText &a, const AmountText &b)
 {
     const bool isNegative = SubtractRaw(out, a, b) == habenBalance;
     out[amountMark] = MarkOf(isNegative);
+    Holds(IsNegativeAmount(out) == isNegative);
     return isNegative;
 }
 
@@ -281,13 +323,15 @@ void PadAmountColumn(AmountColumn &text)
 {
     GroupInPlace(text);
     const size_t length = strlen(text) - (text[0] == '-' ? 1 : 0);
+    Holds(length >= 4); // "0,00"
+    Holds((length - 3) / 4 + 28 - length < sizeof text);
     RightJustify(text, (length - 3) / 4 + 28 - length);
 }
 
 bool NormalizeAmountInput(char *text, size_t size, int width, bool isSigned)
 {
-    assert(width == amountWidth || width == rateWidth);
-    assert(size > static_cast<size_t>(width));
+    Holds(width == amountWidth || width == rateWidth);
+    Holds(size > static_cast<size_t>(width));
     const char *from = text;
     const char *const end = text + strnlen(text, size);
     while (from < end && (*from == '0' || *from == ' ')) {
@@ -308,18 +352,21 @@ bool NormalizeAmountInput(char *text, size_t size, int width, bool isSigned)
     const int missing = decimals < 0 ? 3 : 2 - decimals; // of comma and decimals
     if (length + missing > width) return false;
     const int filled = width - length - missing;
+    Holds(length >= 0 && length <= width);
+    Holds(filled >= 0);
     memset(text, '0', static_cast<size_t>(width));
     memcpy(text + filled, kept, static_cast<size_t>(length));
     text[width - 3] = isNegative ? '-' : ',';
     text[width] = 0;
+    Holds(strlen(text) == static_cast<size_t>(width));
     return true;
 }
 
 bool NormalizeDigits(char *text, size_t size, int integerDigits, int decimals, bool isStrict, bool isSigned)
 {
     const int limit = std::abs(integerDigits);
-    assert(limit > 0 && decimals >= 0);
-    assert(size >= static_cast<size_t>(limit) + static_cast<size_t>(decimals) + 2);
+    Holds(limit > 0 && decimals >= 0);
+    Holds(size >= static_cast<size_t>(limit) + static_cast<size_t>(decimals) + 2);
     const char *from = text;
     const char *const end = text + strnlen(text, size);
     bool isNegative = false;
@@ -344,6 +391,8 @@ bool NormalizeDigits(char *text, size_t size, int integerDigits, int decimals, b
         }
     }
     const bool isWhole = from == end;
+    Holds(found > 0 && found <= limit);
+    Holds(foundDecimals >= 0 && foundDecimals <= decimals);
     char result[32];
     size_t length = 0;
     const auto append = [&](char character) {
@@ -360,6 +409,7 @@ bool NormalizeDigits(char *text, size_t size, int integerDigits, int decimals, b
         append(i < foundDecimals ? fraction[i] : '0');
     }
     result[length++] = 0;
+    Holds(length <= size);
     memcpy(text, result, length < size ? length : size);
     return isWhole;
 }
@@ -371,6 +421,7 @@ void RightJustify(char *text, size_t width)
     memmove(text + width - length, text, length);
     memset(text, ' ', width - length);
     text[width] = 0;
+    Holds(strlen(text) == width);
 }
 
 void TrimLeft(char *text, size_t size)
@@ -382,6 +433,7 @@ void TrimLeft(char *text, size_t size)
     }
     memmove(text, text + blanks, length - blanks);
     memset(text + length - blanks, 0, size - (length - blanks));
+    Holds(size == 0 || text[0] != ' ');
 }
 
 void StripLeadingZeros(char *text, size_t size)
@@ -394,6 +446,7 @@ void StripLeadingZeros(char *text, size_t size)
     if (zeros == 0) return;
     memmove(text, text + zeros, length - zeros);
     text[length - zeros] = 0;
+    Holds(text[0] != 0);
 }
 
 int64_t RoundToDecimals(double value, int decimals)
@@ -404,7 +457,7 @@ int64_t RoundToDecimals(double value, int decimals)
     char text[32];
     const auto written =
         std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, significantDigits - 1);
-    assert(written.ec == std::errc());
+    Holds(written.ec == std::errc());
     const char *const exponentMark = text + 1 + significantDigits;
     int exponent = 0;
     std::from_chars(exponentMark + (exponentMark[1] == '+' ? 2 : 1), written.ptr, exponent);
@@ -417,6 +470,7 @@ int64_t RoundToDecimals(double value, int decimals)
         result = result * 10 + (digitAt(i) - '0');
     }
     if (wanted < significantDigits && digitAt(wanted) >= '5') ++result;
+    Holds(result >= 0);
     return result;
 }
 
@@ -427,7 +481,10 @@ void PercentOfAmount(AmountText &out, const AmountText &amount, const RateText &
     const double rateValue = static_cast<double>(MagnitudeOf(rate)) / 100.0;
     const double product = rateValue * 0.01 * amountValue;
     // At most 99,99 % of an amount: it always fits.
-    AmountOfMagnitude(out, product < 0.01 ? 0 : RoundToDecimals(product, 2), IsNegativeAmount(amount));
+    const bool isNegative = IsNegativeAmount(amount);
+    Holds(product >= 0.0);
+    const bool fits = AmountOfMagnitude(out, product < 0.01 ? 0 : RoundToDecimals(product, 2), isNegative);
+    Holds(fits);
 }
 
 bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate)
@@ -446,12 +503,17 @@ bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate
     const int64_t net = RoundToDecimals(100.0 / (rateValue + 100.0) * grossValue, 4);
     // A rate is not negative, so the net is no larger than the gross and fits.
     const int64_t roundUp = net / 10 % 10 >= 5 ? 1 : 0;
-    AmountOfMagnitude(out, net / 100 + roundUp, IsNegativeAmount(gross));
+    const bool isNegative = IsNegativeAmount(gross);
+    Holds(net >= 0);
+    const bool fits = AmountOfMagnitude(out, net / 100 + roundUp, isNegative);
+    Holds(fits);
+    Holds(MagnitudeOf(out) <= magnitude);
     return true;
 }
 
 int CheckAmountField(char *text, size_t size, int width)
 {
+    Holds(width == amountWidth || width == rateWidth);
     size_t length = strnlen(text, size);
     if (length == 0) return 1439;
     while (length > 0 && !IsDigit(text[length - 1])) {

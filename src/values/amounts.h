@@ -52,6 +52,11 @@ int SubtractRaw(AmountText &out, const AmountText &a, const AmountText &b);
 // signs the lost digit of SubtractRaw applies; DeductAmount tells it.
 bool SubtractAmounts(AmountText &out, const AmountText &a, const AmountText &b);
 
+// Whether a field has the whole form that every result here has: digits in all places, a mark, its NUL. An
+// empty field has not.
+bool IsWholeAmount(const AmountText &amount);
+bool IsWholeRate(const RateText &rate); // with the mark ","
+
 // True for null, an empty text, and one whose digits are all zero whatever the mark. A text of 5 characters
 // is read as RateText, any other as AmountText; at most 13 bytes are read, and none behind a NUL.
 bool IsZeroAmount(const char *text);
