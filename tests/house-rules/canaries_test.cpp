@@ -232,6 +232,17 @@ TEST(ReadmeRule, RefusesWhatIsNotSo)
     EXPECT_EQ(1u, Count("```c\nint main(void);\n```\n" + examples + values + model));
 }
 
+TEST(BeliefRule, RefusesFunctionsWithFewBeliefs)
+{
+    const std::string bare = "int F()\n{\n    return 1;\n}\nint G() { return 2; }\n";
+    const std::string held = "int F()\n{\n    Holds(a);\n    ThingHolds(b);\n    return 1;\n}\n";
+    EXPECT_NE("", Said(Beliefs, "src/booking/a.cpp", bare));
+    EXPECT_EQ("", Said(Beliefs, "src/booking/a.cpp", held));
+    EXPECT_NE("", Said(Beliefs, "src/booking/a.cpp", held + bare)) << "two in three functions";
+    EXPECT_NE("", Said(Beliefs, "src/booking/a.cpp", "int F()\n{\n    // Holds(a); Holds(b)\n}\n"));
+    EXPECT_EQ("", Said(Beliefs, "src/cursors/a.cpp", bare));
+}
+
 TEST(TextRule, RefusesTextsThatAreNotTurnedOver)
 {
     EXPECT_NE("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"Kürzel\");"));

@@ -8,6 +8,7 @@
 #include <deque>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -536,6 +537,39 @@ Breaches TextsAreTurnedOver(const Files &files)
                     {file.Path, literal.Line, "a text beyond ASCII without _w is not Windows-1252"});
             }
         }
+    }
+    return breaches;
+}
+
+Breaches Beliefs(const Files &files)
+{
+    struct Floor {
+        std::string Place; // a folder, or the beginning of a source's path
+        int Hundredths;    // of a belief a function
+    };
+    static const Floor floors[] = {
+        {"src/booking/", 135}, {"src/frame/record_store", 90}, {"src/values/amounts", 120}};
+    // Holds(…) and the checks that are made of it; a function begins with a brace in the first column, or
+    // stands in one line.
+    static const std::regex belief("\\b\\w*Holds\\(");
+    static const std::regex function("(^|\n)(\\{|[A-Za-z][^\n]*\\) \\{ [^\n]* \\})(?=\n)");
+    const auto count = [](const std::string &text, const std::regex &pattern) {
+        return std::distance(std::sregex_iterator(text.begin(), text.end(), pattern), std::sregex_iterator());
+    };
+    Breaches breaches;
+    for (const Floor &floor : floors) {
+        std::ptrdiff_t beliefs = 0;
+        std::ptrdiff_t functions = 0;
+        for (const SourceFile &file : files) {
+            if (file.Path.rfind(floor.Place, 0) != 0 || IsHeader(file.Path)) continue;
+            const std::string code = CodeOf(file.Text);
+            beliefs += count(code, belief);
+            functions += count(code, function);
+        }
+        if (beliefs * 100 >= functions * floor.Hundredths) continue;
+        breaches.push_back({floor.Place, 0,
+                            std::to_string(beliefs) + " beliefs in " + std::to_string(functions) +
+                                " functions are too few"});
     }
     return breaches;
 }
