@@ -1,13 +1,13 @@
-// Beliefs: what the author takes for true, whatever a caller or the books hold. A request that is refused is a
-// value; a broken belief is a fault of this library, after which nothing that it reckons can be trusted.
+// Beliefs: what the author takes for true, whatever a caller or the books hold. A request that is refused is
+// a value; a broken belief is a fault of this library, after which nothing that it reckons can be trusted.
 //
 //     if (!Holds(total.Anzahl >= 0)) return false;   // where there is a failure to give
 //     Holds(IsWholeAmount(out));                      // where there is none
 //
-// A build with assertions stops where the belief is. Any other tells on standard error where that was, and from
-// then to the end of the export this thread writes nothing: an open transaction is aborted at its end, none
-// begins, and Insert, Update and Delete refuse. So the export gives the engine failure, the books are as they
-// were, and the next export starts afresh.
+// A build with assertions stops where the belief is. Any other tells on standard error where that was, and
+// from then to the end of the export this thread writes nothing: an open transaction is aborted at its end,
+// none begins, and Insert, Update and Delete refuse. So the export gives the engine failure, the books are as
+// they were, and the next export starts afresh.
 #pragma once
 
 #include "src/frame/thread_context.h"
