@@ -1,5 +1,5 @@
 // CSV, JSON, HTML and text: one walk over the spool each (text takes two, to find its widths).
-#include "report-engine/output.h"
+#include "report-engine/forms.h"
 #include "report-engine/values.h"
 #include "text/windows1252.h"
 

@@ -31,25 +31,6 @@ Written ExportView(const View &view, const char *path, const Progress *progress)
 Written WritePdfFile(const View &view, const char *path, bool mayReplace, PageRange range,
                      const Progress *progress);
 
-// Bytes on their way to a file; the first failure stays and stops the rest.
-struct Writer {
-    int File;
-    int Error;             // errno, 0 for none, ECANCELED when the person has stopped it
-    const Progress *Watch; // null for none
-    size_t Used;
-    char Buffer[65'536];
-};
-
-void Write(Writer &writer, const char *bytes, size_t length);
-void Write(Writer &writer, const char *text);
-bool FlushWriter(Writer &writer);
-
-// The forms, each the whole file. False when the spool could not be read; failures of the writer stay in it.
-bool WriteCsv(Writer &writer, const View &view);
-bool WriteJson(Writer &writer, const View &view);
-bool WriteHtml(Writer &writer, const View &view);
-bool WriteText(Writer &writer, const View &view);
-
 // Runs the program that draws pages. A failure has been told.
 Ended WritePages(int file, const View &view, const char *path, PageRange range, const Progress *progress);
 

@@ -117,9 +117,6 @@ Report *CreateReport(const char *path, const char *reportId);
 Report *CreateReportFromSource(const char *path, const char *source, size_t length, const char *reportId,
                                const Report *sharing = nullptr);
 
-// The source of a shared file of the report's template, read when it is first wanted; null with errno. Stays
-// the report's.
-const SharedSource *SharedSourceOf(Report &report, const char *name);
 void DestroyReport(Report *report);
 
 // The following are called with the report's lock held.

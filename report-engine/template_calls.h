@@ -11,13 +11,6 @@ namespace rs {
 // Its address stands for "the sum of this group, when it is known".
 extern const char lateSum;
 
-// The number of the style named at `index` of the stack, -1 for none.
-int StyleNumber(lua_State *state, const Report &report, int index);
-
-// Raises the error for an entry of the table that is none of those known; with `hasList` it may have a list
-// too.
-void RefuseUnknownKeys(lua_State *state, int table, std::initializer_list<const char *> known, bool hasList);
-
 // The kind whose foot closes groups of `level`.
 int KindOfLevel(const Definition &def, uint8_t level);
 

@@ -1,6 +1,8 @@
 // What the functions of a template print, and how they are run.
 #include "report-engine/template_calls.h"
 
+#include "report-engine/template_tables.h"
+
 #include "report-engine/today.h"
 #include "report-engine/values.h"
 #include "text/windows1252.h"

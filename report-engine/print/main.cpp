@@ -1,7 +1,7 @@
 // rs-print print TITLE QUEUE COPIES MEDIA: prints the PDF that stands open as descriptor 3 through CUPS, on
-// QUEUE or, if that is empty, the default printer, on the paper MEDIA unless that is empty. On descriptor 4 it
-// says how many KiB have gone, lines of "+" and a number, then "ok", with a line more where the report has to
-// wait for its printer, or why it is not printed; in German, for the person.
+// QUEUE or, if that is empty, the default printer, on the paper MEDIA unless that is empty. On descriptor 4
+// it says how many KiB have gone, lines of "+" and a number, then "ok", with a line more where the report has
+// to wait for its printer, or why it is not printed; in German, for the person.
 // rs-print list: says "ok" and the names of the printers on descriptor 3, the default one first.
 // librs.so runs it; nobody else needs to.
 //
