@@ -66,12 +66,30 @@ bool SendHeader(const ReportRun &run)
     return AddReportRecord(run.Report, 0, &header);
 }
 
+// The final posting that was looked up last. The lines of one posting mostly come one after another.
+struct LastPosting {
+    int32_t Number; // 0: none yet
+    CostWords Words;
+};
+
 // A posting that is not there is a failure: the line would have no words.
-bool SendLine(const ReportRun &run, const KobuRecord &cost)
+bool FindWords(ThreadContext &context, const KobuRecord &cost, LastPosting &last, CostWords &words)
+{
+    if (IsFinal(cost) && cost.FinaleBuchung == last.Number) {
+        words = last.Words;
+        CopyText(words.Konto, cost.Konto);
+        return true;
+    }
+    bool found = false;
+    if (!FindCostWords(context, cost, words, found) || !found) return false;
+    if (IsFinal(cost)) last = {cost.FinaleBuchung, words};
+    return true;
+}
+
+bool SendLine(const ReportRun &run, const KobuRecord &cost, LastPosting &last)
 {
     CostWords words;
-    bool found = false;
-    if (!FindCostWords(*run.Context, cost, words, found) || !found) return false;
+    if (!FindWords(*run.Context, cost, last, words)) return false;
     KostenJournalLine line{};
     PackedDate day;
     CopyText(day, cost.Datum);
@@ -94,11 +112,12 @@ bool SendLines(const ReportRun &run, TableId kobu)
 {
     const PeriodSelection &period = run.Choice.Period;
     const bool withStapel = IsChosen(run, controlInklStapel);
+    LastPosting last{};
     CostScan scan;
     bool isGood = BeginCostLines(scan, *run.Context, kobu, period.VonDatum, period.BisDatum);
     while (isGood && scan.Found) {
         const bool isShown = withStapel || IsFinal(scan.Line);
-        isGood = (!isShown || SendLine(run, scan.Line)) && NextCostLine(scan);
+        isGood = (!isShown || SendLine(run, scan.Line, last)) && NextCostLine(scan);
     }
     return isGood;
 }
