@@ -29,7 +29,7 @@ enum Control : int {
 
 constexpr varkui::DialogControl controls[] = {
     {DialogControlKind::Text, -1, "&Drucker:"_w, 7, 9, 50, 8, 0, 0},
-    {DialogControlKind::ComboList, printerList, "", 60, 7, 170, 90, 0, 0},
+    {DialogControlKind::ComboList, printerList, "", 60, 7, 170, 14, 0, 0},
     {DialogControlKind::RadioButton, allPages, "&Alle Seiten"_w, 60, 28, 80, 10, WS_GROUP, 0},
     {DialogControlKind::RadioButton, somePages, "&Seiten von"_w, 60, 42, 58, 10, 0, 0},
     {DialogControlKind::Edit, firstPage, "", 120, 40, 36, 14, ES_NUMBER | ES_RIGHT | WS_GROUP, 0},
@@ -38,7 +38,7 @@ constexpr varkui::DialogControl controls[] = {
     {DialogControlKind::Text, -1, "&Exemplare:"_w, 7, 63, 50, 8, 0, 0},
     {DialogControlKind::Edit, copiesEdit, "", 60, 61, 36, 14, ES_NUMBER | ES_RIGHT, 0},
     {DialogControlKind::Text, -1, "&Papier:"_w, 7, 83, 50, 8, 0, 0},
-    {DialogControlKind::ComboList, paperList, "", 60, 81, 170, 70, 0, 0},
+    {DialogControlKind::ComboList, paperList, "", 60, 81, 170, 14, 0, 0},
     {DialogControlKind::DefaultButton, IDOK, "D&rucken"_w, 124, 104, 50, 14, WS_GROUP, 0},
     {DialogControlKind::PushButton, IDCANCEL, "Ab&brechen"_w, 180, 104, 50, 14, 0, 0},
 };
