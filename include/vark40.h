@@ -389,16 +389,16 @@ int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kon
 int32_t VARK_CALL VARK_InitHoleBube(int32_t mandant, const char *vonDatum, int32_t showMessages);
 
 /*
- *   splitTeil     0, or the number of the part of a split booking, from 1
- *   datum         11 bytes
- *   beleg          9 bytes
- *   text          40 bytes
- *   sollkonto      8 bytes, habenkonto 8 bytes
- *   sollArt       1, 2, 4 or 16, habenArt likewise
+ *   splitTeil     0 for a booking that stands alone, else the number of the part of a split booking, from 1
+ *   datum         11 bytes, the date of the voucher (Belegdatum)
+ *   beleg          9 bytes, the number of the voucher
+ *   text          40 bytes, the text of the booking or part
+ *   sollkonto      8 bytes, account on the Soll side; habenkonto 8 bytes, on the Haben side
+ *   sollArt       kind of that account: 1, 2, 4, or 16 where it is in no table; habenArt likewise
  *   form          of the next three, 1 to 3; not looked at if none of them is wanted
- *   betrag        17 bytes, gross
- *   steuerprozent  8 bytes
- *   steuerbetrag  17 bytes
+ *   betrag        17 bytes, gross, in the Mandant's currency; below zero for a reversal
+ *   steuerprozent  8 bytes, rate of the turnover tax in it, 0 for none
+ *   steuerbetrag  17 bytes, the turnover tax in betrag, 0 for none
  * Returns 1 delivered, more follow; 2 delivered, the last one; -3; -20 form (1419); -39 the booking is gone;
  * -40 no such cursor. After 2, -3, -20 and -39 the cursor has ended.
  */
@@ -417,10 +417,10 @@ int32_t VARK_CALL VARK_InitHoleKonto(int32_t mandant, int32_t kontoart, const ch
                                      int32_t showMessages);
 
 /*
- *   konto      8 bytes
- *   kuerzel   10 bytes
+ *   konto      8 bytes, number of the account
+ *   kuerzel   10 bytes, its short name
  *   name      50 bytes
- *   zuordnung 0 none, 2 Aktiva, 4 Passiva, 8 GuV
+ *   zuordnung where the account is closed: 0 nowhere, 2 Aktiva, 4 Passiva, 8 GuV
  *   flag1     1 if the tax rate of the account is fixed, else 0
  *   flag2     1 if the account has a Kostenschablone, else 0
  * Returns 1 delivered, more follow; -3 failure, AND after the last Sachkonto, which has been delivered; -39
@@ -434,8 +434,14 @@ int32_t VARK_CALL VARK_HoleSako(char *konto, char *kuerzel, char *name, uint32_t
  *   freitext   47 bytes     land        4 bytes     waehrung    5 bytes     plz          7 bytes
  *   adresse2   31 bytes     adresse1   31 bytes     blz         9 bytes     bankkonto   12 bytes
  *   bank       28 bytes     gegenkonto  8 bytes     skonto      8 bytes
+ * These mean what the fields of those names in PekoEingabe do; freitext is UstId there (47 bytes are kept).
+ *   land            country code as on a car, "D"
+ *   waehrung        currency, empty for the Mandant's
+ *   wert1, wert2    payment-day values: the low 16 bits of Wert1 and Wert2
  *   form            of skonto, 1 to 3; not looked at if skonto is not wanted
- *   mahnkennziffer  written for a Debitor only
+ *   skonto          percentage of the discount
+ *   mahnkennziffer  written for a Debitor only: -1 is never reminded, 0 to 3 reminders so far
+ *   zahlungsziel    number of the Zahlungsziel, 0 for none
  * Returns 1 delivered, more follow; 2 delivered, the last one; -3; -20 form (1419), with the texts before it
  * written; -39 the account is gone; -40 no cursor over Kreditoren or Debitoren. After 2, -3, -20 and -39 the
  * cursor has ended.
@@ -454,13 +460,18 @@ int32_t VARK_CALL VARK_HolePeko(char *konto, char *kuerzel, char *name1, char *n
 int32_t VARK_CALL VARK_InitHoleOP(int32_t mandant, const char *konto, int32_t kontoart, int32_t showMessages);
 
 /*
- *   konto        8 bytes
- *   referenz1   10 bytes, referenz2 10 bytes
- *   datum1      11 bytes, datum2 11 bytes, datum3 11 bytes
- *   text1       26 bytes, text2 26 bytes
+ *   konto        8 bytes, the personal account
+ *   referenz1   10 bytes, number of the voucher that opened the item
+ *   referenz2   10 bytes, a second reference, mostly empty
+ *   datum1      11 bytes, date of the voucher
+ *   datum2      11 bytes, day on which it is due (Termin)
+ *   datum3      11 bytes, last day of the discount
+ *   text1       26 bytes, name of the account
+ *   text2       26 bytes, what the item is for
  *   form        of the amounts, 1 to 3; not looked at if none is wanted
- *   betrag1     17 bytes, betrag2 17 bytes
- *   waehrung     5 bytes
+ *   betrag1     17 bytes, what is still open, in the Mandant's currency
+ *   betrag2     17 bytes, a second amount: in books made by tools/books the discount that may be taken
+ *   waehrung     5 bytes, currency of the item; the Mandant's where it has none of its own
  * Returns 1 delivered, more follow; 2 delivered, the last one; -3; -20 form (1419), the cursor stays; -39 the
  * item is gone; -40 no cursor over open items. After 2, -3 and -39 the cursor has ended.
  */
@@ -506,6 +517,26 @@ int32_t VARK_CALL VARK_HoleKostenschablone(VarkWindow owner, int32_t mandant);
  * A report asks for its period and range in a modal dialog over parent, computes, and shows its pages in a
  * window or prints them. params may be null; where it is given it fills the dialog in advance, takes the
  * user's choice after OK, and its ViewResult tells the outcome.
+ *
+ * Without a person. With VARK_UI=headless the dialog is answered with OK as params fills it, through the same
+ * checks; a refusal is a cancel. What a dialog offers beyond params - levels, check boxes, a period to
+ * compare with - a host chooses as a person would, by a list of instructions for its next calls, whatever the
+ * front end; on a screen nothing of it is seen (VarkUiPlay of libvarkui.so, told in window-system/calls.def,
+ * the language in window-system/README.md; the controls by their ids, a row of tabs is 1044, its second page
+ * that of the comparison):
+ *
+ *     VarkUiPlay("dialog 127\ncheck 1002\nuncheck 1047\n"      Bilanz: groups of the first level alone
+ *                "check 1046\nselect 1044 1\ntext 20000 1997\n", TRUE);   beside the year 1997
+ *     view = VARK_Bilanz(1, 0, NULL, &params);
+ *     line = VarkUiPlayed(reason, sizeof reason);              0, or the line that did not fit
+ *
+ * A PDF. The window that comes back is a view of the report engine (of VARK_Kontenblatt, a frame around one:
+ * its first child of the class "rsView"). RSExportView(view, "susa.pdf") of librs.so writes it as pages, and
+ * by another ending as csv, json, html or txt (report-engine/rs.h). To print into files instead of on paper,
+ * vark.ini names one: [RS] Drucker=datei:/pfad/{bericht}.pdf; then Ausgabe 1 does it without a further call.
+ *
+ * A period of the tax reports may begin in the fiscal year before the one asked for: JahrIndex comes back as
+ * that of its first day. Who offers the block again sets JahrIndex anew.
  *
  * Returns the window of the report, which the caller destroys. Null means: printed (ViewResult 1), or nothing
  * came of it (ViewResult 0): cancelled; library not ready or no such Mandant, silently; template not found

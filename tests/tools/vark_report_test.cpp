@@ -8,7 +8,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <set>
+#include <sstream>
 #include <sys/stat.h>
 #include <thread>
 
@@ -247,4 +249,96 @@ TEST_F(Reports, SayWhichOptionTheirDialogDoesNotTake)
     const Result long_ = Make({"umsatzstatistik", "--mandant", "1", "--land", "GERMANY"});
     EXPECT_EQ(2, long_.ExitCode);
     EXPECT_TRUE(Contains(long_.Err, "--land: „GERMANY“ hat nicht 1 bis 3 Zeichen.")) << long_.Err;
+}
+
+namespace {
+
+// A report on the sample books with what only this choice makes it say: in its output, and in the log of what
+// was done in its dialog.
+struct Case {
+    const char *Arguments; // words behind "bericht"
+    std::vector<std::string> Says;
+    std::vector<std::string> Lacks = {};
+    const char *Done = ""; // in its dialog
+};
+
+std::vector<std::string> Words(const std::string &text)
+{
+    std::istringstream in(text);
+    return {std::istream_iterator<std::string>(in), {}};
+}
+
+} // namespace
+
+TEST_F(Reports, ComeWithAllTheirOptions)
+{
+    const Case cases[] = {
+        {"kontenplan --mandant 1 --art Debitor --von 10010 --bis 10020", {"Adler-Apotheke"}, {"Kasse"}},
+        {"hauptabschluss --mandant 1 --jahr 1998 --liste passiva",
+         {"Bilanz Passiva"},
+         {"Bilanz Aktiva"},
+         "dialog 112\ncheck 1011\n"},
+        {"hauptabschluss --mandant 1 --jahr 1998", {"Bilanz Aktiva"}, {}, "dialog 112\n"},
+        {"bilanz --mandant 1 --per 31.3.98 --vergleich-per 31.3.97 --ebene 2 --ohne-konten",
+         {"31.03.1998", "31.03.1997", "Aktiva", "Passiva"},
+         {"Kasse Hauptgeschäft"},
+         "dialog 127\ncheck 1046\nselect 1044 1\ncheck 20018\ntext 22990 01.01.1997\ntext 22991 31.03.1997\n"
+         "check 1003\nuncheck 1047\n"},
+        {"bilanz --mandant 1 --jahr 1998 --nur-bebuchte --kontenstruktur --erste-ebene-unter nein",
+         {"Kasse Hauptgeschäft"},
+         {},
+         "dialog 127\ncheck 1042\ncheck 1041\nuncheck 1048\n"},
+        {"bilanz --mandant 2 --monat 6 --vergleich-monat 6 --vergleich-jahr 1998",
+         {"Juni 1999", "Juni 1998"},
+         {},
+         "dialog 127\ncheck 1046\nselect 1044 1\ncheck 20006\ntext 20000 1998\n"},
+        {"eroeffnungsbilanz --mandant 1 --jahr 1998 --ebene 1", {"1998"}, {}, "dialog 130\ncheck 1002\n"},
+        {"guv --mandant 1 --quartal 1 --jahr 1998 --vergleich-quartal 4 --vergleich-jahr 1997",
+         {"1. Quartal 1998", "4. Quartal 1997"},
+         {},
+         "dialog 124\ncheck 1046\nselect 1044 1\ncheck 20016\ntext 20000 1997\n"},
+        {"guv --mandant 2 --jahr 1997", {"1997/98"}},
+        {"journal --mandant 1 --von-datum 2.3.98 --bis-datum 3.3.98", {"02.03.1998"}, {"04.03.1998"}},
+        {"journal --mandant 1 --monat 3 --jahr 1998 --buchungsdatum", {"März 1998"}, {}, "check 1018\n"},
+        {"kontenblatt --mandant 1 --monat 3 --jahr 1998 --konto 1810", {"Kasse Hauptgeschäft"}, {"Altona"}},
+        {"kontenblatt --mandant 1 --jahr 1998 --ohne-buchungen --nur-bebuchte --sammelbuchungen-aufloesen",
+         {"Kasse Hauptgeschäft"},
+         {},
+         "dialog 114\ncheck 1022\ncheck 1023\ncheck 1024\n"},
+        {"kostenblatt --mandant 1 --monat 3 --jahr 1998 --konto 300", {"300"}, {}, "dialog 132\n"},
+        {"ustva --mandant 1 --quartal 1 --jahr 1998", {"1. Kalendervierteljahr 1998"}, {}, "dialog 122\n"},
+        {"verprobung --mandant 1 --jahr 1998", {"1998"}, {}, "dialog 128\n"},
+        {"zm --mandant 1 --quartal 1 --jahr 1998", {"1998"}, {}, "dialog 123\n"},
+        {"kostensalden --mandant 1 --monat 3 --jahr 1998 --von 300 --bis 420",
+         {"300", "März 1998"},
+         {},
+         "dialog 117\n"},
+        {"kostenstellen --mandant 1 --konto 300", {"300"}, {}, "dialog 118\n"},
+        {"kostenjournal --mandant 1 --monat 3 --jahr 1998 --mit-stapel",
+         {"März 1998"},
+         {},
+         "dialog 120\ncheck 1034\n"},
+        {"kostenaufteilung --mandant 1 --jahr 1998 --konto 300 --mit-stapel",
+         {"300"},
+         {},
+         "dialog 121\ncheck 1034\n"},
+        {"op --mandant 1 --art Debitor --gruppierung konto", {"Debitoren"}, {}, "dialog 129\ncheck 1004\n"},
+        {"umsatzstatistik --mandant 1 --jahr 1998 --art Debitor --brutto --mindestumsatz 5000 --land D --plz "
+         "2",
+         {"1998"},
+         {},
+         "dialog 119\nuncheck 1031\ntext 1005 5000\ntext 1032 D\ntext 1033 2\n"},
+    };
+    for (const Case &each : cases) {
+        const Result result = Make(Words(each.Arguments));
+        EXPECT_EQ(0, result.ExitCode) << each.Arguments << "\n" << result.Err;
+        for (const std::string &text : each.Says) {
+            EXPECT_TRUE(Contains(result.Out, text)) << each.Arguments << " lacks " << text << "\n"
+                                                    << result.Out;
+        }
+        for (const std::string &text : each.Lacks) {
+            EXPECT_FALSE(Contains(result.Out, text)) << each.Arguments << " has " << text;
+        }
+        EXPECT_TRUE(Contains(Log(), each.Done)) << each.Arguments << "\n" << Log();
+    }
 }
