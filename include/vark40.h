@@ -86,6 +86,90 @@ typedef struct VarkMessage {
 extern "C" {
 #endif
 
+/* ---- Names for the numbers ---- */
+
+/* Kinds of account (Kontoart). A set of kinds is their sum. */
+enum VarkKontoart {
+    VARK_SACHKONTO = 1,
+    VARK_KREDITOR = 2,
+    VARK_DEBITOR = 4,
+    VARK_KOSTENSTELLE = 8,
+    VARK_OHNE_KONTO = 16 /* out: a number that stands in no account table */
+};
+
+/* Forms of amounts and rates that come out. */
+enum VarkForm { VARK_FORM_FEST = 1, VARK_FORM_EINFACH = 2, VARK_FORM_GRUPPIERT = 3 };
+
+/* Results. What they mean at a function stands there; -2 and -10 differ from one to another. */
+enum VarkErgebnis {
+    VARK_LETZTER = 2, /* delivered, and the cursor has ended */
+    VARK_GUT = 1,
+    VARK_ABGEBROCHEN = 0, /* by the user; also: there is none */
+    VARK_FEHLER_UMRECHNUNG = -2,
+    VARK_FEHLER_AKTION = -2,
+    VARK_FEHLER_TEIL_SPEICHER = -2,
+    VARK_FEHLER_DATENBANK = -3,
+    VARK_FEHLER_MANDANT = -5,
+    VARK_FEHLER_STAPEL = -6,
+    VARK_FEHLER_KONTOART = -7,
+    VARK_FEHLER_SOLLKONTO = -8,
+    VARK_FEHLER_HABENKONTO = -9,
+    VARK_FEHLER_KONTO = -10,
+    VARK_FEHLER_DATUM = -11,
+    VARK_FEHLER_BRUTTO = -12,
+    VARK_FEHLER_STEUERSATZ = -13,
+    VARK_FEHLER_STEUERBETRAG = -14,
+    VARK_FEHLER_GEGENKONTO = -15,
+    VARK_FEHLER_BANK = -16,
+    VARK_FEHLER_SKONTO = -17,
+    VARK_FEHLER_MAHNKENNZIFFER = -18,
+    VARK_FEHLER_KUERZEL_ANDERS = -19,
+    VARK_FEHLER_FORM = -20,
+    VARK_FEHLER_KOSTENSTELLE = -23,
+    VARK_FEHLER_KOSTEN_FEHLEN = -24,
+    VARK_FEHLER_ANZAHL_TEILE = -25,
+    VARK_FEHLER_SEITEN = -26,
+    VARK_FEHLER_ZAHLUNGSZIEL = -27,
+    VARK_FEHLER_KEIN_KONTO = -28,
+    VARK_FEHLER_KUERZEL_FEHLT = -29,
+    VARK_FEHLER_NAME_FEHLT = -30,
+    VARK_FEHLER_KONTO_BESTEHT = -31,
+    VARK_FEHLER_KUERZEL_BESTEHT = -32,
+    VARK_FEHLER_NICHT_LOESCHBAR = -33,
+    VARK_FEHLER_KEIN_DATENPFAD = -36,
+    VARK_FEHLER_NUMMERN_AUFGEBRAUCHT = -37,
+    VARK_FEHLER_SATZ_FORT = -39,
+    VARK_FEHLER_NICHT_BEGONNEN = -40,
+    VARK_FEHLER_KEIN_SPEICHER = -42,
+    VARK_FEHLER_KOSTENSCHABLONE = -43
+};
+
+/* Which fields of ReportParams are valid. */
+enum VarkParamFlag {
+    VARK_PARAM_ZEITRAUM = 0x01,
+    VARK_PARAM_DATEN = 0x02, /* VonDatum, BisDatum */
+    VARK_PARAM_JAHR = 0x04,
+    VARK_PARAM_KONTOART = 0x08,
+    VARK_PARAM_KONTEN = 0x10,  /* the eight limits */
+    VARK_PARAM_EINZELN = 0x20, /* one single account is wanted, the lower limit */
+    VARK_PARAM_AUSGABE = 0x40,
+    VARK_PARAM_ARCHIVJAHR = 0x80
+};
+
+/* Zeitraum of ReportParams, beside the fiscal months 1 to 12. */
+enum VarkZeitraum {
+    VARK_ZEITRAUM_TAGE = 0,
+    VARK_ZEITRAUM_QUARTAL_1 = 13,
+    VARK_ZEITRAUM_QUARTAL_4 = 16,
+    VARK_ZEITRAUM_JAHR = 17
+};
+
+/* Ausgabe of ReportParams. */
+enum VarkAusgabe { VARK_AUSGABE_BILDSCHIRM = 0, VARK_AUSGABE_DRUCKER = 1 };
+
+/* Aktion of VARK_Peko. */
+enum VarkAktion { VARK_ANLEGEN = 1, VARK_AENDERN = 2, VARK_LOESCHEN = 3 };
+
 #pragma pack(push, 1)
 
 /* One booking. */

@@ -18,8 +18,8 @@ using text::CopyText;
 
 namespace {
 
-constexpr int32_t badKontoart = -7;
-constexpr int32_t numbersUsedUp = -37;
+constexpr int32_t badKontoart = VARK_FEHLER_KONTOART;
+constexpr int32_t numbersUsedUp = VARK_FEHLER_NUMMERN_AUFGEBRAUCHT;
 
 // An account number without its leading blanks.
 using NumberText = char[sizeof(AccountNumber)];

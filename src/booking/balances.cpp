@@ -23,10 +23,10 @@ using text::CopyText;
 
 namespace {
 
-constexpr int32_t badKontoart = -7;
-constexpr int32_t accountUnknown = -10;
-constexpr int32_t badForm = -20;
-constexpr int32_t kostenstelleUnknown = -23;
+constexpr int32_t badKontoart = VARK_FEHLER_KONTOART;
+constexpr int32_t accountUnknown = VARK_FEHLER_KONTO;
+constexpr int32_t badForm = VARK_FEHLER_FORM;
+constexpr int32_t kostenstelleUnknown = VARK_FEHLER_KOSTENSTELLE;
 
 // The postings of a date's month that lie after its day.
 DayRange RestOfMonth(const PackedDate &date, int lastDay)

@@ -23,20 +23,20 @@ namespace {
 
 enum Aktion : int32_t { AktionNeu = 1, AktionAendern = 2, AktionLoeschen = 3 };
 
-constexpr int32_t aktionRefused = -2;
-constexpr int32_t artRefused = -7;
-constexpr int32_t noAccountNamed = -10;
-constexpr int32_t gegenkontoRefused = -15;
-constexpr int32_t bankRefused = -16;
-constexpr int32_t skontoRefused = -17;
-constexpr int32_t mahnkennzifferRefused = -18;
-constexpr int32_t kuerzelDiffers = -19;
-constexpr int32_t accountUnknown = -28;
-constexpr int32_t kuerzelMissing = -29;
-constexpr int32_t nameMissing = -30;
-constexpr int32_t kontoExists = -31;
-constexpr int32_t kuerzelExists = -32;
-constexpr int32_t notDeletable = -33;
+constexpr int32_t aktionRefused = VARK_FEHLER_AKTION;
+constexpr int32_t artRefused = VARK_FEHLER_KONTOART;
+constexpr int32_t noAccountNamed = VARK_FEHLER_KONTO;
+constexpr int32_t gegenkontoRefused = VARK_FEHLER_GEGENKONTO;
+constexpr int32_t bankRefused = VARK_FEHLER_BANK;
+constexpr int32_t skontoRefused = VARK_FEHLER_SKONTO;
+constexpr int32_t mahnkennzifferRefused = VARK_FEHLER_MAHNKENNZIFFER;
+constexpr int32_t kuerzelDiffers = VARK_FEHLER_KUERZEL_ANDERS;
+constexpr int32_t accountUnknown = VARK_FEHLER_KEIN_KONTO;
+constexpr int32_t kuerzelMissing = VARK_FEHLER_KUERZEL_FEHLT;
+constexpr int32_t nameMissing = VARK_FEHLER_NAME_FEHLT;
+constexpr int32_t kontoExists = VARK_FEHLER_KONTO_BESTEHT;
+constexpr int32_t kuerzelExists = VARK_FEHLER_KUERZEL_BESTEHT;
+constexpr int32_t notDeletable = VARK_FEHLER_NICHT_LOESCHBAR;
 
 // One call at work.
 struct PekoWork {

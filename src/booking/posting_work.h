@@ -14,18 +14,18 @@ namespace vark {
 
 // Codes of the checks, as the exports return them.
 inline constexpr int32_t rateEntryCancelled = 0;
-inline constexpr int32_t amountNotConverted = -2;
-inline constexpr int32_t stapelUnknown = -6;
-inline constexpr int32_t sollkontoRefused = -8;
-inline constexpr int32_t habenkontoRefused = -9;
-inline constexpr int32_t sameAccount = -10;
-inline constexpr int32_t dateRefused = -11;
-inline constexpr int32_t bruttoRefused = -12;
-inline constexpr int32_t steuersatzRefused = -13;
-inline constexpr int32_t steuerbetragRefused = -14;
-inline constexpr int32_t costsMissing = -24;
-inline constexpr int32_t zahlungszielUnknown = -27;
-inline constexpr int32_t kostenschabloneRefused = -43;
+inline constexpr int32_t amountNotConverted = VARK_FEHLER_UMRECHNUNG;
+inline constexpr int32_t stapelUnknown = VARK_FEHLER_STAPEL;
+inline constexpr int32_t sollkontoRefused = VARK_FEHLER_SOLLKONTO;
+inline constexpr int32_t habenkontoRefused = VARK_FEHLER_HABENKONTO;
+inline constexpr int32_t sameAccount = VARK_FEHLER_KONTO;
+inline constexpr int32_t dateRefused = VARK_FEHLER_DATUM;
+inline constexpr int32_t bruttoRefused = VARK_FEHLER_BRUTTO;
+inline constexpr int32_t steuersatzRefused = VARK_FEHLER_STEUERSATZ;
+inline constexpr int32_t steuerbetragRefused = VARK_FEHLER_STEUERBETRAG;
+inline constexpr int32_t costsMissing = VARK_FEHLER_KOSTEN_FEHLEN;
+inline constexpr int32_t zahlungszielUnknown = VARK_FEHLER_ZAHLUNGSZIEL;
+inline constexpr int32_t kostenschabloneRefused = VARK_FEHLER_KOSTENSCHABLONE;
 
 // No Teilbuchung is named.
 inline constexpr int32_t noPart = -1;

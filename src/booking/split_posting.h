@@ -14,10 +14,10 @@
 namespace vark {
 
 // Codes of the checks, as the exports return them.
-inline constexpr int32_t partCountRefused = -25;
-inline constexpr int32_t sidesRefused = -26;
-inline constexpr int32_t noSplitOpen = -40;
-inline constexpr int32_t noMemoryForPart = -2;
+inline constexpr int32_t partCountRefused = VARK_FEHLER_ANZAHL_TEILE;
+inline constexpr int32_t sidesRefused = VARK_FEHLER_SEITEN;
+inline constexpr int32_t noSplitOpen = VARK_FEHLER_NICHT_BEGONNEN;
+inline constexpr int32_t noMemoryForPart = VARK_FEHLER_TEIL_SPEICHER;
 
 // The posting as VARK_SplitBuchungEinfuegen takes it, behind the first lines of the export; null counts as a
 // zeroed one. Teilbuchungen from the eleventh on are those of the context.

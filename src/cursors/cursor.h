@@ -3,6 +3,7 @@
 // it by that key, so that other calls may come in between.
 #pragma once
 
+#include "include/vark40.h"
 #include "src/frame/thread_context.h"
 #include "src/model/tables.h"
 #include "src/values/amounts.h"
@@ -15,10 +16,10 @@ namespace vark {
 inline constexpr int32_t cursorReady = 1; // started; or delivered, and another one follows
 inline constexpr int32_t cursorEmpty = 0; // nothing to deliver
 inline constexpr int32_t lastDelivered = 2;
-inline constexpr int32_t kindRefused = -7;
-inline constexpr int32_t formRefused = -20;
-inline constexpr int32_t recordGone = -39;
-inline constexpr int32_t noSuchCursor = -40;
+inline constexpr int32_t kindRefused = VARK_FEHLER_KONTOART;
+inline constexpr int32_t formRefused = VARK_FEHLER_FORM;
+inline constexpr int32_t recordGone = VARK_FEHLER_SATZ_FORT;
+inline constexpr int32_t noSuchCursor = VARK_FEHLER_NICHT_BEGONNEN;
 
 // Starts the thread's cursor over `table` in the Mandant and year that are selected, with what it reads from
 // opened. False when a table could not be opened; no cursor is running then.

@@ -18,7 +18,7 @@ namespace vark {
 
 namespace {
 
-constexpr int32_t accountUnknown = -10;
+constexpr int32_t accountUnknown = VARK_FEHLER_KONTO;
 
 // Goes on to an item of the account that is asked for; there is no key to find it by, so this is a walk.
 bool SkipOthers(ThreadContext &context, OpenItemRecord &record, bool &found, TableId table)

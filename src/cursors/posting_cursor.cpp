@@ -20,7 +20,7 @@ namespace vark {
 
 namespace {
 
-constexpr int32_t dateRefused = -11;
+constexpr int32_t dateRefused = VARK_FEHLER_DATUM;
 constexpr size_t longestDateText = 19;
 constexpr char noRate[] = "  -";
 

@@ -2,6 +2,7 @@
 // every export has in common.
 #pragma once
 
+#include "include/vark40.h"
 #include "src/frame/installation.h"
 #include "src/frame/thread_context.h"
 
@@ -11,9 +12,9 @@ namespace vark {
 
 // States of the library, and what an export answers while it is not ready.
 inline constexpr int32_t ready = 1;
-inline constexpr int32_t engineFailure = -3; // the record manager is missing or refused
-inline constexpr int32_t noDataPath = -36;   // no ini file names the data
-inline constexpr int32_t noContext = -42;    // the calling thread has no context
+inline constexpr int32_t engineFailure = VARK_FEHLER_DATENBANK;   // the record manager is missing or refused
+inline constexpr int32_t noDataPath = VARK_FEHLER_KEIN_DATENPFAD; // no ini file names the data
+inline constexpr int32_t noContext = VARK_FEHLER_KEIN_SPEICHER;   // the calling thread has no context
 
 extern int32_t LibraryState;
 

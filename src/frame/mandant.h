@@ -2,6 +2,7 @@
 // Mandant's record later code needs.
 #pragma once
 
+#include "include/vark40.h"
 #include "src/frame/thread_context.h"
 #include "src/model/company_records.h"
 
@@ -9,7 +10,7 @@
 
 namespace vark {
 
-inline constexpr int32_t mandantUnknown = -5;
+inline constexpr int32_t mandantUnknown = VARK_FEHLER_MANDANT;
 
 // Binds the thread to Mandant `number` and reads its record. Returns 1; -3 when the engine failed, which has
 // been shown; -5, silently, when there is no such Mandant: then the binding in force and all open tables

@@ -23,7 +23,7 @@ using varkui::DialogControlKind;
 
 constexpr int32_t nothingInRange = -1;
 constexpr int32_t listFull = -2;
-constexpr int32_t kontoartRefused = -7;
+constexpr int32_t kontoartRefused = VARK_FEHLER_KONTOART;
 
 constexpr int accountList = 1000;
 constexpr int byNumberButton = 1002;

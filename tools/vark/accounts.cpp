@@ -17,14 +17,12 @@ using namespace tools;
 
 namespace {
 
-constexpr int formPlain = 2;
 constexpr size_t kontoDigits = 7;
-constexpr int unknownMandant = -5;
 
 int WalkSachkonten(const std::function<bool(const Account &)> &visit)
 {
     // The last record comes with -3; a failure comes with it too, but without a record.
-    for (int result = 1; result == 1;) {
+    for (int result = VARK_GUT; result == VARK_GUT;) {
         Account account{};
         account.Art = ArtSachkonto;
         result = VARK_HoleSako(account.Konto, account.Kuerzel, account.Name, &account.Zuordnung,
@@ -37,13 +35,13 @@ int WalkSachkonten(const std::function<bool(const Account &)> &visit)
 
 int WalkPartners(int art, const std::function<bool(const Account &)> &visit)
 {
-    for (int result = 1; result == 1;) {
+    for (int result = VARK_GUT; result == VARK_GUT;) {
         Account account{};
         account.Art = art;
         result = VARK_HolePeko(account.Konto, account.Kuerzel, account.Name, account.Name2, account.UstId,
                                account.Land, account.Waehrung, account.Plz, account.Ort, account.Strasse,
                                account.Blz, account.Bankkonto, account.Bank, account.Gegenkonto,
-                               &account.Wert1, &account.Wert2, formPlain, account.Skonto,
+                               &account.Wert1, &account.Wert2, VARK_FORM_EINFACH, account.Skonto,
                                &account.Mahnkennziffer, &account.Zahlungsziel);
         if (result < 1) return result;
         if (!visit(account)) break;
@@ -55,7 +53,7 @@ int WalkKostenstellen(int mandant, const std::string &from, const std::function<
 {
     const std::filesystem::path data = ConfiguredDataPath();
     const auto found = FindMandant(data, mandant);
-    if (!found) return unknownMandant;
+    if (!found) return VARK_FEHLER_MANDANT;
     TableFile kore(LayoutOf(vark::TableKore), data / found->Directory(found->UpperYear), OpenMode::ReadOnly);
     vark::KoreRecord record{};
     char key[sizeof record.Nummer] = {};
@@ -202,7 +200,7 @@ int WalkAccounts(int mandant, int art, const std::string &from,
 {
     if (art == ArtKostenstelle) return WalkKostenstellen(mandant, from, visit);
     int result = VARK_InitHoleKonto(mandant, art, from.c_str(), 1);
-    if (result != 1) return result;
+    if (result != VARK_GUT) return result;
     result = art == ArtSachkonto ? WalkSachkonten(visit) : WalkPartners(art, visit);
     VARK_BeendeHolen();
     return result;

@@ -22,7 +22,7 @@ constexpr TaskWords splitWords = {"Splitbuchung",  "Splitbuchungen", "in den Sta
 void TakeReason(ReasonCatcher &catcher, Outcome &outcome)
 {
     const std::string said = catcher.Take();
-    if (outcome.Code == 1) {
+    if (outcome.Code == VARK_GUT) {
         outcome.Remark = said;
     } else {
         outcome.Reason = said.empty() ? TextOfCode(outcome.Code) : said;
@@ -70,25 +70,25 @@ Outcome BookParts(const std::vector<BookingText> &texts)
     const PreparedBooking &head = parts.front();
     outcome.Code = VARK_SplitStartEx(head.Mandant, head.Stapel, head.Datum.c_str(), head.Beleg.c_str(),
                                      static_cast<uint8_t>(head.Kennzeichen), head.Zahlungsziel);
-    for (size_t i = 0; i < parts.size() && outcome.Code == 1; ++i) {
+    for (size_t i = 0; i < parts.size() && outcome.Code == VARK_GUT; ++i) {
         PreparedBooking &part = parts[i];
         part.FindKinds();
         outcome.Code = VARK_SplitEinfuegenEx(part.Soll.c_str(), part.SollArt, part.Haben.c_str(),
                                              part.HabenArt, part.Betrag.c_str(), part.Satz.c_str(),
                                              part.Steuer.c_str(), part.Text.c_str(), part.Kostenschablone);
     }
-    if (outcome.Code == 1) {
+    if (outcome.Code == VARK_GUT) {
         outcome.Code = VARK_SplitEnde(1, 1);
         TakeReason(catcher, outcome);
-        if (outcome.Code == 1 && outcome.Remark.find(dropped) != std::string::npos) {
+        if (outcome.Code == VARK_GUT && outcome.Remark.find(dropped) != std::string::npos) {
             outcome.Reason = std::exchange(outcome.Remark, {});
         }
         return outcome;
     }
     TakeReason(catcher, outcome);
     // The start refuses a date without a message, and memory is all that a part can lack.
-    if (outcome.Code == -11) outcome.Reason = "Das Buchungsdatum ist unzulässig!";
-    if (outcome.Code == -2) outcome.Reason = TextOfCode(-42);
+    if (outcome.Code == VARK_FEHLER_DATUM) outcome.Reason = "Das Buchungsdatum ist unzulässig!";
+    if (outcome.Code == VARK_FEHLER_TEIL_SPEICHER) outcome.Reason = TextOfCode(VARK_FEHLER_KEIN_SPEICHER);
     VARK_SplitEnde(0, 0);
     return outcome;
 }

@@ -1,5 +1,6 @@
 #include "tools/vark/booking_group.h"
 
+#include "include/vark40.h"
 #include "record-manager/btrcall.h"
 
 #include <chrono>
@@ -15,9 +16,6 @@ using Clock = std::chrono::steady_clock;
 
 // Others wait meanwhile to write, for seconds at most, and are let in between two groups.
 constexpr std::chrono::milliseconds longestGroup(200);
-
-constexpr int done = 1;
-constexpr int engineFailed = -3;
 
 int CountRecordManager(dl_phdr_info *object, size_t /*size*/, void *count)
 {
@@ -52,13 +50,13 @@ std::vector<Outcome> DoGroup(const GroupedWork &work, size_t first)
     for (size_t at = first; at < work.Count && isSound && Clock::now() < end; ++at) {
         if (work.Place(at) != place) break;
         outcomes.push_back(work.Do(at));
-        isSound = outcomes.back().Code != engineFailed;
+        isSound = outcomes.back().Code != VARK_FEHLER_DATENBANK;
     }
     const bool isKept = CallGroup(BtrOpEndGroup);
     for (size_t i = 0; i < outcomes.size(); ++i) {
         // A failure may be one of the group alone: of room, or of what another client holds.
-        const bool isGone = outcomes[i].Code == done && !isKept;
-        if (isGone || outcomes[i].Code == engineFailed) outcomes[i] = work.Do(first + i);
+        const bool isGone = outcomes[i].Code == VARK_GUT && !isKept;
+        if (isGone || outcomes[i].Code == VARK_FEHLER_DATENBANK) outcomes[i] = work.Do(first + i);
     }
     return outcomes;
 }

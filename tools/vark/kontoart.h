@@ -1,12 +1,19 @@
 // Kinds of account, as the exports count them and as a person writes them.
 #pragma once
 
+#include "include/vark40.h"
+
 #include <optional>
 #include <string>
 
 namespace cli {
 
-enum Kontoart : int { ArtSachkonto = 1, ArtKreditor = 2, ArtDebitor = 4, ArtKostenstelle = 8 };
+enum Kontoart : int {
+    ArtSachkonto = VARK_SACHKONTO,
+    ArtKreditor = VARK_KREDITOR,
+    ArtDebitor = VARK_DEBITOR,
+    ArtKostenstelle = VARK_KOSTENSTELLE
+};
 
 // "Debitor", "Debitoren", "d" or "4", without regard to case; nothing for what is no kind.
 std::optional<int> ReadKontoart(const std::string &text);

@@ -178,13 +178,13 @@ Outcome Keep(const PartnerOptions &options, int art, const PartnerText &text)
 
     std::string(&t)[TextCount] = partner.Texts;
     const int(&n)[NumberCount] = partner.Numbers;
-    outcome.Code = 1;
+    outcome.Code = VARK_GUT;
     if (options.Action == PartnerAction::New && t[Konto].empty()) {
         char number[8] = {};
         outcome.Code = VARK_HoleFreieKontonr(options.Mandant, art, number);
         t[Konto] = number;
     }
-    if (outcome.Code == 1) {
+    if (outcome.Code == VARK_GUT) {
         outcome.Code = VARK_PekoDirekt(
             static_cast<int>(options.Action), art, 1, options.Mandant, t[Konto].c_str(), t[Kuerzel].c_str(),
             t[Name].c_str(), t[Name2].c_str(), t[UstId].c_str(), t[Land].c_str(), t[Waehrung].c_str(),
@@ -192,7 +192,7 @@ Outcome Keep(const PartnerOptions &options, int art, const PartnerText &text)
             t[Bank].c_str(), t[Gegenkonto].c_str(), n[Wert1], n[Wert2], t[Skonto].c_str(), n[Mahnkennziffer],
             n[Zahlungsziel]);
     }
-    if (outcome.Code != 1) {
+    if (outcome.Code != VARK_GUT) {
         outcome.Reason = catcher.Take();
         if (outcome.Reason.empty()) outcome.Reason = TextOfCode(outcome.Code);
         return outcome;

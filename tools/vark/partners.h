@@ -1,6 +1,7 @@
 // Debitoren and Kreditoren: new ones, changes, deletions, through the exported functions.
 #pragma once
 
+#include "include/vark40.h"
 #include "tools/vark/csv_task.h"
 
 #include <string>
@@ -30,7 +31,7 @@ struct PartnerText {
     std::string Zahlungsziel;
 };
 
-enum class PartnerAction { New = 1, Change = 2, Delete = 3 };
+enum class PartnerAction { New = VARK_ANLEGEN, Change = VARK_AENDERN, Delete = VARK_LOESCHEN };
 
 struct PartnerOptions {
     PartnerAction Action = PartnerAction::New;

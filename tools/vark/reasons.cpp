@@ -135,7 +135,9 @@ int Refuse(ReasonCatcher &catcher, int code)
 {
     std::string reason = catcher.Take();
     if (reason.empty()) reason = TextOfCode(code);
-    if (code == -3 || code == -36 || code == -42) throw std::runtime_error(reason);
+    if (code == VARK_FEHLER_DATENBANK || code == VARK_FEHLER_KEIN_DATENPFAD ||
+        code == VARK_FEHLER_KEIN_SPEICHER)
+        throw std::runtime_error(reason);
     std::fflush(stdout);
     catcher.Pass("vark: " + reason + "\n");
     return tools::ExitRefused;
@@ -145,7 +147,7 @@ void NeedLibrary()
 {
     ReasonCatcher catcher;
     const int state = VARK_Status();
-    if (state == 1) return;
+    if (state == VARK_GUT) return;
     catcher.Take();
     throw std::runtime_error(TextOfCode(state));
 }
@@ -153,14 +155,15 @@ void NeedLibrary()
 std::string TextOfCode(int code)
 {
     switch (code) {
-    case 0: return "Die Erfassung des Wechselkurses wurde abgebrochen.";
-    case -2: return "Der Betrag kann nicht umgerechnet werden.";
-    case -3: return "Die Datenbank läßt sich nicht benutzen.";
-    case -5: return "Der Mandant existiert nicht.";
-    case -7: return "Die Kontoart ist unzulässig.";
-    case -37: return "Es ist keine Nummer mit 7 Zeichen mehr frei.";
-    case -36: return "In keiner Ini-Datei steht, wo die Daten liegen (tolka.ini: [TOLKA] Pfad32=…).";
-    case -42: return "Die Bibliothek hat keinen Speicher für diesen Aufruf.";
+    case VARK_ABGEBROCHEN: return "Die Erfassung des Wechselkurses wurde abgebrochen.";
+    case VARK_FEHLER_UMRECHNUNG: return "Der Betrag kann nicht umgerechnet werden.";
+    case VARK_FEHLER_DATENBANK: return "Die Datenbank läßt sich nicht benutzen.";
+    case VARK_FEHLER_MANDANT: return "Der Mandant existiert nicht.";
+    case VARK_FEHLER_KONTOART: return "Die Kontoart ist unzulässig.";
+    case VARK_FEHLER_NUMMERN_AUFGEBRAUCHT: return "Es ist keine Nummer mit 7 Zeichen mehr frei.";
+    case VARK_FEHLER_KEIN_DATENPFAD:
+        return "In keiner Ini-Datei steht, wo die Daten liegen (tolka.ini: [TOLKA] Pfad32=…).";
+    case VARK_FEHLER_KEIN_SPEICHER: return "Die Bibliothek hat keinen Speicher für diesen Aufruf.";
     default: return "Abgelehnt mit dem Code " + std::to_string(code) + ".";
     }
 }

@@ -21,10 +21,6 @@ using namespace tools;
 
 namespace {
 
-constexpr uint32_t givenOutput = 0x40;
-constexpr uint32_t givenArchive = 0x80;
-constexpr int32_t onPrinter = 1;
-
 // Controls of the dialogs that have a period to compare with.
 constexpr const char *compareBox = "1046";
 constexpr const char *pageTabs = "1044";
@@ -110,7 +106,7 @@ void FillPeriods(Order &order)
     const ReportOptions &options = order.Options;
     const int archive = ReadArchive(options.Archive);
     if (archive != 0) {
-        order.Params.ParamFlags |= givenArchive;
+        order.Params.ParamFlags |= VARK_PARAM_ARCHIVJAHR;
         order.Params.ArchivJahr = archive;
     }
     order.Period = ReadPeriod(options.Period, {order.Report.Periods, order.Of, archive, "--"});
@@ -138,8 +134,8 @@ void FillOutput(Order &order)
             "--drucken sperrt danach den Zeitraum für weitere Buchungen; das will --sperren dazu.");
     if (options.Locks && !options.Prints) throw UsageError("Die Angabe --sperren gibt es nur mit --drucken.");
     if (!PrintsInExport(order)) return;
-    order.Params.ParamFlags |= givenOutput;
-    order.Params.Ausgabe = onPrinter;
+    order.Params.ParamFlags |= VARK_PARAM_AUSGABE;
+    order.Params.Ausgabe = VARK_AUSGABE_DRUCKER;
     if (options.Asks) return;
     order.Dialog.Add("press 1", "--drucken");
     order.Dialog.Add("box yes gesperrt", "--sperren");

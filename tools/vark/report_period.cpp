@@ -13,15 +13,6 @@ using namespace tools;
 
 namespace {
 
-// Fields of ReportParams that are given.
-constexpr uint32_t givenPeriod = 0x01;
-constexpr uint32_t givenDates = 0x02;
-constexpr uint32_t givenYear = 0x04;
-
-// Codes of a period.
-constexpr int firstQuarter = 13;
-constexpr int wholeYear = 17;
-
 constexpr int firstBookYear = 1980; // the year that the books count from
 
 // Controls of every dialog with a period.
@@ -167,7 +158,7 @@ void ReadLong(const PeriodText &text, const PeriodRules &rules, ReportPeriod &pe
     const int last = rules.ArchiveYear != 0 ? rules.ArchiveYear : YearNumber(rules.Of.UpperYear);
     period.Option = text.Quartal.empty() ? yearOption : std::string(rules.Prefix) + "quartal";
     const int quarter = text.Quartal.empty() ? 0 : ReadNumber(text.Quartal, period.Option, 1, 4);
-    period.Code = quarter == 0 ? wholeYear : firstQuarter + quarter - 1;
+    period.Code = quarter == 0 ? VARK_ZEITRAUM_JAHR : VARK_ZEITRAUM_QUARTAL_1 + quarter - 1;
     period.Year = text.Jahr.empty() ? last : ReadNumber(text.Jahr, yearOption, 0, 9999);
     period.ShownYear = period.Year;
     if ((rules.Forms & PeriodCalendar) == 0) {
@@ -227,14 +218,14 @@ ReportPeriod ReadPeriod(const PeriodText &text, const PeriodRules &rules)
 void PutPeriod(const ReportPeriod &period, ReportParams &params)
 {
     if (!period.IsGiven) return;
-    params.ParamFlags |= givenPeriod;
+    params.ParamFlags |= VARK_PARAM_ZEITRAUM;
     params.Zeitraum = period.Code;
     if (period.Code != 0) {
-        params.ParamFlags |= givenYear;
+        params.ParamFlags |= VARK_PARAM_JAHR;
         params.JahrIndex = period.Year - firstBookYear;
         return;
     }
-    params.ParamFlags |= givenDates;
+    params.ParamFlags |= VARK_PARAM_DATEN;
     std::memcpy(params.VonDatum, SixDigits(period.From).c_str(), sizeof params.VonDatum);
     std::memcpy(params.BisDatum, SixDigits(period.To).c_str(), sizeof params.BisDatum);
 }
@@ -248,8 +239,8 @@ bool IsPeriodKept(const ReportPeriod &period, unsigned forms, const ReportParams
         return isFromKept && SixDigits(period.To) == params.BisDatum;
     }
     // A calendar period comes back with the fiscal year of its first day.
-    const bool isCalendar = (forms & PeriodCalendar) != 0 && period.Code >= firstQuarter;
-    return isCalendar || (params.ParamFlags & givenYear) == 0 ||
+    const bool isCalendar = (forms & PeriodCalendar) != 0 && period.Code >= VARK_ZEITRAUM_QUARTAL_1;
+    return isCalendar || (params.ParamFlags & VARK_PARAM_JAHR) == 0 ||
            params.JahrIndex == period.Year - firstBookYear;
 }
 
@@ -265,9 +256,10 @@ void PlayPeriod(const ReportPeriod &period, PlayedDialog &dialog)
         type(toField, DisplayDay(DayOf(period.To)));
         return;
     }
-    check(period.Code == wholeYear      ? yearButton
-          : period.Code >= firstQuarter ? firstQuarterButton + period.Code - firstQuarter
-                                        : firstMonthButton + period.Month - 1);
+    check(period.Code == VARK_ZEITRAUM_JAHR ? yearButton
+          : period.Code >= VARK_ZEITRAUM_QUARTAL_1
+              ? firstQuarterButton + period.Code - VARK_ZEITRAUM_QUARTAL_1
+              : firstMonthButton + period.Month - 1);
     type(yearField, std::to_string(period.ShownYear));
 }
 

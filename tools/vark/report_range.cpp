@@ -17,8 +17,8 @@ using namespace tools;
 namespace {
 
 // Fields of ReportParams that are given.
-constexpr uint32_t givenKind = 0x08;
-constexpr uint32_t givenAccounts = 0x10;
+constexpr uint32_t VARK_PARAM_KONTOART = 0x08;
+constexpr uint32_t VARK_PARAM_KONTEN = 0x10;
 constexpr uint32_t givenSingle = 0x20;
 
 constexpr size_t kontoDigits = 7;
@@ -99,7 +99,7 @@ void PutRange(const RangeText &text, const ReportRow &report, int mandant, Repor
             throw UsageError("--art: „" + text.Art + "“ statt " + KindNames(report.Kontoarten) + ".");
         art = *read;
     }
-    params.ParamFlags |= givenKind | givenAccounts;
+    params.ParamFlags |= VARK_PARAM_KONTOART | VARK_PARAM_KONTEN;
     if (!text.Konto.empty()) {
         if (!text.Von.empty() || !text.Bis.empty())
             throw UsageError("Diese Angaben passen nicht zusammen: --konto und " +

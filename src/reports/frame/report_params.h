@@ -13,14 +13,14 @@ namespace vark {
 
 // Fields of ReportParams that are valid.
 enum ParamFlag : uint32_t {
-    ParamZeitraum = 0x01,
-    ParamDaten = 0x02,
-    ParamJahr = 0x04,
-    ParamKontoArt = 0x08,
-    ParamKonten = 0x10,
-    ParamEinzeln = 0x20, // no field: one single account was asked for
-    ParamAusgabe = 0x40,
-    ParamArchivJahr = 0x80,
+    ParamZeitraum = VARK_PARAM_ZEITRAUM,
+    ParamDaten = VARK_PARAM_DATEN,
+    ParamJahr = VARK_PARAM_JAHR,
+    ParamKontoArt = VARK_PARAM_KONTOART,
+    ParamKonten = VARK_PARAM_KONTEN,
+    ParamEinzeln = VARK_PARAM_EINZELN, // no field: one single account was asked for
+    ParamAusgabe = VARK_PARAM_AUSGABE,
+    ParamArchivJahr = VARK_PARAM_ARCHIVJAHR,
 };
 
 // Controls of a period that a dialog has.
@@ -34,10 +34,10 @@ enum PeriodOption : uint32_t {
 
 // Period codes beside the months 1..12.
 inline constexpr int16_t periodNotChosen = -1;
-inline constexpr int16_t periodDayExact = 0;
-inline constexpr int16_t periodFirstQuarter = 13;
-inline constexpr int16_t periodLastQuarter = 16;
-inline constexpr int16_t periodWholeYear = 17;
+inline constexpr int16_t periodDayExact = VARK_ZEITRAUM_TAGE;
+inline constexpr int16_t periodFirstQuarter = VARK_ZEITRAUM_QUARTAL_1;
+inline constexpr int16_t periodLastQuarter = VARK_ZEITRAUM_QUARTAL_4;
+inline constexpr int16_t periodWholeYear = VARK_ZEITRAUM_JAHR;
 
 struct PeriodSelection {
     uint32_t Options; // PeriodOption bits
