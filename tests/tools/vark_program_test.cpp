@@ -412,6 +412,11 @@ TEST(Demo, ItRunsThroughAndGivesAnAccount)
     EXPECT_TRUE(Contains(demo.Out, "10 Buchungen in den Stapel geschrieben, 8 abgelehnt.\n")) << demo.Out;
     EXPECT_TRUE(Contains(demo.Out, "Zeile 14: Die Sollkontonummer ist unzulässig!\n"));
     EXPECT_TRUE(Contains(demo.Out, "Von 18 Buchungen für Mandant 1 stehen 10 im Stapel 16"));
+    for (const char *report : {"bilanz", "guv", "journal", "kontenblaetter", "umsatzsteuer-jahr"}) {
+        const std::string file = std::string(report) + ".pdf";
+        EXPECT_TRUE(Contains(demo.Out, "    " + file + " ")) << file;
+        EXPECT_TRUE(ReadFile(directory.Path / "berichte" / file).starts_with("%PDF")) << file;
+    }
     EXPECT_EQ("", demo.Err);
 }
 
@@ -557,4 +562,19 @@ TEST_F(VarkProgram, ClosedStandardDescriptorsDoTheBooksNoHarm)
     tests::Run({"/bin/sh", {"-c", program + "bericht susa --mandant 1 --per 31.3.98 0<&- 1>&- 2>&-"}});
     EXPECT_EQ(0, tests::Books({"pruefen", Books.string()}).ExitCode);
     EXPECT_EQ(0, Run({"status"}).ExitCode);
+}
+
+TEST_F(VarkProgram, AnIniFileThatCannotBeReadIsNamedAndNotPassedOver)
+{
+    const fs::path other = Directory.Path / "konfiguration";
+    fs::create_directory(other);
+    WriteFile(other / "vark.ini", "[VARK]\nPfad=" + (Books / "DB").string() + "\n");
+    EXPECT_EQ(0, Vark(other, {"status"}).ExitCode);
+    fs::create_directory(other / "tolka.ini");
+    for (const std::vector<std::string> &command :
+         {std::vector<std::string>{"mandanten"}, {"konten", "--mandant", "1"}, {"status"}}) {
+        const Result result = Vark(other, command);
+        EXPECT_EQ(3, result.ExitCode) << command.front();
+        EXPECT_TRUE(Contains(result.Err, (other / "tolka.ini").string())) << result.Err;
+    }
 }

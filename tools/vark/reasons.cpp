@@ -2,6 +2,7 @@
 
 #include "include/vark40.h"
 #include "tools/common/exit_codes.h"
+#include "tools/common/installation.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -149,6 +150,7 @@ void NeedLibrary()
     const int state = VARK_Status();
     if (state == VARK_GUT) return;
     catcher.Take();
+    tools::ConfiguredDataPath(); // names an ini file that cannot be read
     throw std::runtime_error(TextOfCode(state));
 }
 
