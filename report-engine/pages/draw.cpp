@@ -801,7 +801,7 @@ void LeaveMark()
     pages.Marks[pages.MarkCount++] = mark;
 }
 
-// Back to a place before `page` of which nothing stands on that page.
+// Returns to a mark that lies wholly before `page`.
 void GoBefore(int64_t page)
 {
     for (int i = pages.MarkCount - 1; i >= 0; --i) {
