@@ -174,10 +174,10 @@ void AddAccountGroup(DialogBuilder &builder, KontoartSet kontoarten, bool hasSin
         int Id;
         const char *Text;
     } buttons[] = {
-        {KontoartSachkonto, controlSachkonten, "&Sachkonten"},
-        {KontoartKreditor, controlKreditoren, "&Kreditoren"},
-        {KontoartDebitor, controlDebitoren, "&Debitoren"},
-        {KontoartKostenstelle, controlKostenstellen, "K&ostenstellen"},
+        {KontoartSachkonto, controlSachkonten, "Sachkonten"},
+        {KontoartKreditor, controlKreditoren, "Kreditoren"},
+        {KontoartDebitor, controlDebitoren, "Debitoren"},
+        {KontoartKostenstelle, controlKostenstellen, "Kostenstellen"},
     };
     DialogControl &frame = BeginGroup(builder, words.Konten);
     const int left = builder.Left + 8;
@@ -218,7 +218,9 @@ DialogTable PeriodPage(DialogBuilder &builder, int32_t id, uint32_t options)
 {
     builder.Count = 0;
     builder.Left = 0;
-    const int height = AddPeriodControls(builder, options, false, {}, gap);
+    // The letter of "von" is that of the comparison's box, which stands outside the pages.
+    const DialogWords words = {.Von = "v&on:"};
+    const int height = AddPeriodControls(builder, options, false, words, gap);
     return {id,
             "",
             static_cast<int16_t>(groupWidth - 2 * tabBorder),

@@ -205,7 +205,7 @@ VarkMessage KeyMessage(HWND window, WPARAM key)
 
 TEST(PeriodTabDialog, HasANameForEachField)
 {
-    Stage stage("dialog 127\nexpect label 20000 &Jahr:\nexpect label 22990 &von:\nexpect label 22991 &bis:\n"
+    Stage stage("dialog 127\nexpect label 20000 &Jahr:\nexpect label 22990 v&on:\nexpect label 22991 &bis:\n"
                 "press 1\n");
     EXPECT_EQ(7, stage.Run());
     EXPECT_EQ("", stage.Refusals());
