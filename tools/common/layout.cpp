@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <span>
 #include <stdexcept>
 
 namespace tools {
@@ -10,527 +11,506 @@ using namespace vark;
 
 // Offsets and widths come from the record structures, so that they stand in one place.
 #define FIELD(record, member, form, meaning)                                                                 \
-    FieldLayout { #member, offsetof(record, member), sizeof(record::member), form, Reference::None, meaning }
+    FieldRow { #member, offsetof(record, member), sizeof(record::member), form, Reference::None, meaning }
 #define LINK(record, member, form, target, meaning)                                                          \
-    FieldLayout                                                                                              \
-    {                                                                                                        \
-#member, offsetof(record, member), sizeof(record::member), form, Reference::target, meaning          \
-    }
+    FieldRow { #member, offsetof(record, member), sizeof(record::member), form, Reference::target, meaning }
 #define NEEDS(record, member, form, target, meaning)                                                         \
-    FieldLayout                                                                                              \
+    FieldRow                                                                                                 \
     {                                                                                                        \
 #member, offsetof(record, member), sizeof(record::member), form, Reference::target, meaning, true    \
+    }
+#define ARRAY(record, member, form, meaning)                                                                 \
+    FieldRow                                                                                                 \
+    {                                                                                                        \
+#member, offsetof(record, member), sizeof(record::member[0]), form, Reference::None, meaning, false, \
+            sizeof(record::member) / sizeof(record::member[0])                                               \
+    }
+#define NESTED(record, member, inside, meaning)                                                              \
+    FieldRow                                                                                                 \
+    {                                                                                                        \
+#member, offsetof(record, member), 0, Form::Bytes, Reference::None, meaning, false, 0, Nest::inside  \
     }
 #define SEGMENT(record, member, type)                                                                        \
     KeySegment { offsetof(record, member), sizeof(record::member), KeyType::type }
 
 namespace {
 
-KeyLayout UniqueKey(std::vector<KeySegment> segments) { return {false, false, std::move(segments)}; }
+// A structure that lies inside of a record, its fields under "Name.".
+enum class Nest : uint8_t { None, Sums, Part };
 
-KeyLayout DuplicateKey(std::vector<KeySegment> segments) { return {true, false, std::move(segments)}; }
+struct FieldRow {
+    const char *Name;
+    size_t Offset;
+    size_t Width;
+    Form Type;
+    Reference Target;
+    const char *Meaning; // of an array, the number follows; of what lies inside, it goes before
+    bool IsNeeded = false;
+    size_t Count = 0; // of an array: "Name[0]", "Name[1]" …
+    Nest Inside = Nest::None;
+};
 
-KeyLayout ChangingKey(std::vector<KeySegment> segments) { return {true, true, std::move(segments)}; }
+struct KeyRow {
+    bool Duplicates;
+    bool Modifiable;
+    KeySegment Segments[2]; // a length of 0 is none
+};
 
-// Fields of a structure that lies inside a record, under "Name."; `of` goes before what each means.
-void AddNested(std::vector<FieldLayout> &fields, const std::string &name, size_t offset,
-               const std::string &of, const std::vector<FieldLayout> &nested)
+constexpr KeyRow UniqueKey(KeySegment first, KeySegment second = {})
 {
-    for (FieldLayout field : nested) {
-        field.Name = name + "." + field.Name;
-        field.Offset = static_cast<uint16_t>(field.Offset + offset);
-        if (!of.empty()) field.Meaning = of + ": " + field.Meaning;
-        fields.push_back(std::move(field));
-    }
+    return {false, false, {first, second}};
+}
+constexpr KeyRow DuplicateKey(KeySegment only) { return {true, false, {only, {}}}; }
+constexpr KeyRow ChangingKey(KeySegment first, KeySegment second = {})
+{
+    return {true, true, {first, second}};
 }
 
-// "Name[0]", "Name[1]" …; `of` and the number, from 1, say what each means.
-void AddArray(std::vector<FieldLayout> &fields, const std::string &name, size_t offset, Form form,
-              size_t width, const std::string &of, size_t count)
-{
-    for (size_t i = 0; i < count; ++i) {
-        fields.push_back({name + "[" + std::to_string(i) + "]", static_cast<uint16_t>(offset + i * width),
-                          static_cast<uint16_t>(width), form, Reference::None,
-                          of + " " + std::to_string(i + 1)});
-    }
-}
+struct TableRow {
+    TableId Id;
+    const char *Stem;
+    size_t RecordLength;
+    const char *Content;
+    std::span<const KeyRow> Keys;
+    std::span<const FieldRow> Fields;
+    Reference Personal = Reference::None; // what the fields for any personal account lead to here
+};
 
-std::vector<FieldLayout> SumFields()
-{
-    std::vector<FieldLayout> fields;
-    const std::vector<FieldLayout> pair = {FIELD(SollHaben, Soll, Form::Amount, "Soll"),
-                                           FIELD(SollHaben, Haben, Form::Amount, "Haben")};
-    AddNested(fields, "Vortrag", offsetof(AccountSums, Vortrag), "Vortrag", pair);
-    AddNested(fields, "Slot0", offsetof(AccountSums, Slot0), "Jahresende", pair);
-    for (size_t month = 0; month < 12; ++month) {
-        AddNested(fields, "Monat[" + std::to_string(month) + "]",
-                  offsetof(AccountSums, Monat) + month * sizeof(SollHaben),
-                  "Geschäftsmonat " + std::to_string(month + 1), pair);
-    }
-    AddArray(fields, "Buchungszahl", offsetof(AccountSums, Buchungszahl), Form::I16, sizeof(int16_t),
-             "Buchungen im Geschäftsmonat", 12);
-    return fields;
-}
+constexpr FieldRow sumFields[] = {
+    FIELD(SollHaben, Soll, Form::Amount, "Soll"),
+    FIELD(SollHaben, Haben, Form::Amount, "Haben"),
+};
 
-TableLayout Sako()
-{
-    using R = SakoRecord;
-    std::vector<FieldLayout> fields = {
-        FIELD(R, Konto, Form::Konto, "Kontonummer"),
-        FIELD(R, Kuerzel, Form::Text, "Kürzel"),
-        FIELD(R, Zuordnung, Form::I16, "Platz des Kontos: 0 keiner, 2 Aktiva, 4 Passiva, 8 GuV"),
-        FIELD(R, Zustand, Form::I16, "0: das Konto darf nicht gelöscht werden"),
-        FIELD(R, Datum, Form::PackedDay, "Datum des Kontos, steht im Kontenplan"),
-        FIELD(R, Name, Form::Text, "Bezeichnung"),
-        FIELD(
-            R, Steuerflags, Form::U8,
-            "Steuerschlüssel: 2 Regelsatz, 4 ermäßigt, 8 Nullsatz, 16 sonstiger, 128 EG; dazu 32 Vorsteuer"),
-        FIELD(R, Steuersatz, Form::Rate, "Prozentsatz der Schlüssel mit eigenem Satz"),
-    };
-    AddNested(fields, "Umsaetze", offsetof(R, Umsaetze), "", SumFields());
-    const std::vector<FieldLayout> rest = {
-        FIELD(R, FesterSatz, Form::I16, "nicht 0: der Steuersatz einer Buchung steht fest"),
-        FIELD(R, Kontenplanflag, Form::U8, "Ja/Nein im Kontenplan"),
-        FIELD(R, Kennzahl, Form::I16, "Kennzahl der Umsatzsteuervoranmeldung, 0 für keine"),
-        FIELD(R, MitKosten, Form::U8, "nicht 0: das Konto hat eine Kostenschablone"),
-        LINK(R, Kostenschablone, Form::I32, Kostenschablone, "Nummer der Kostenschablone, 0 für keine"),
-    };
-    fields.insert(fields.end(), rest.begin(), rest.end());
-    return {TableSako,
-            "sako",
-            sizeof(R),
-            "Sachkonten",
-            {UniqueKey({SEGMENT(R, Konto, String)}), ChangingKey({SEGMENT(R, Kuerzel, String)})},
-            fields};
-}
+constexpr FieldRow countFields[] = {
+    ARRAY(AccountSums, Buchungszahl, Form::I16, "Buchungen im Geschäftsmonat"),
+};
 
-TableLayout Personal(TableId id, const char *stem, const char *content)
-{
-    using R = PersonalRecord;
-    std::vector<FieldLayout> fields = {
-        FIELD(R, Konto, Form::Konto, "Kontonummer"), FIELD(R, Kuerzel, Form::Text, "Kürzel"),
-        FIELD(R, Zustand, Form::I16, "0: das Konto darf nicht gelöscht werden"),
-        FIELD(R, Datum, Form::Calendar, "Tag der letzten Änderung, im Kalenderjahr")};
-    AddArray(fields, "ReservedAmounts27", offsetof(R, ReservedAmounts27), Form::Amount, sizeof(AmountText),
-             "Betrag der Anwendung", 3);
-    const std::vector<FieldLayout> address = {
-        FIELD(R, ReservedOne66, Form::U8, "1, wenn der Satz angelegt wird"),
-        FIELD(R, Name1, Form::Text, "Name, erste Zeile"),
-        FIELD(R, Name2, Form::Text, "Name, zweite Zeile"),
-        FIELD(R, Adresse1, Form::Text, "Straße"),
-        FIELD(R, Plz, Form::Text, "Postleitzahl"),
-        FIELD(R, Land, Form::Text, "Land"),
-        FIELD(R, Adresse2, Form::Text, "Ort"),
-        LINK(R, Gegenkonto, Form::Konto, Sachkonto, "Gegenkonto, darf leer sein"),
-    };
-    fields.insert(fields.end(), address.begin(), address.end());
-    AddNested(fields, "Umsaetze", offsetof(R, Umsaetze), "", SumFields());
-    const std::vector<FieldLayout> terms = {
-        FIELD(R, Blz, Form::Digits, "Bankleitzahl"),
-        FIELD(R, BankkontoAlt, Form::Digits, "Bankkontonummer früherer Sätze, gilt nur ohne Bankkonto"),
-        FIELD(R, Bank, Form::Text, "Name der Bank"),
-        FIELD(R, Wert1, Form::I16, "erster Wert der Zahltage"),
-        FIELD(R, Wert2, Form::I16, "zweiter Wert der Zahltage"),
-        FIELD(R, Skonto, Form::Rate, "Skontoprozente"),
-        FIELD(R, Mahnkennziffer, Form::I16, "-1 bis 3 bei Debitoren, 0 bei Kreditoren"),
-        FIELD(R, UstId, Form::Text, "USt-IdNr; die ersten zwei Zeichen nennen das Land"),
-        LINK(R, Waehrung, Form::Text, Waehrung, "Währung eines Kreditors; leer: die des Mandanten"),
-        FIELD(R, Kennzeichen, Form::U8, "1 steht im Kontenplan als Ja"),
-    };
-    fields.insert(fields.end(), terms.begin(), terms.end());
-    AddArray(fields, "ReservedAmounts709", offsetof(R, ReservedAmounts709), Form::Amount, sizeof(AmountText),
-             "Betrag der Anwendung", 13);
-    fields.push_back(FIELD(R, Kontenplantext, Form::Text, "Text der Zeile im Kontenplan"));
-    fields.push_back(
-        LINK(R, Zahlungsziel, Form::I32, Zahlungsziel, "Nummer des Zahlungsziels, 0 für keines"));
-    fields.push_back(FIELD(R, Bankkonto, Form::Digits, "Bankkontonummer"));
-    return {id,
-            stem,
-            sizeof(R),
-            content,
-            {UniqueKey({SEGMENT(R, Konto, String)}), ChangingKey({SEGMENT(R, Kuerzel, String)})},
-            fields};
-}
+constexpr FieldRow sakoFields[] = {
+    FIELD(SakoRecord, Konto, Form::Konto, "Kontonummer"),
+    FIELD(SakoRecord, Kuerzel, Form::Text, "Kürzel"),
+    FIELD(SakoRecord, Zuordnung, Form::I16, "Platz des Kontos: 0 keiner, 2 Aktiva, 4 Passiva, 8 GuV"),
+    FIELD(SakoRecord, Zustand, Form::I16, "0: das Konto darf nicht gelöscht werden"),
+    FIELD(SakoRecord, Datum, Form::PackedDay, "Datum des Kontos, steht im Kontenplan"),
+    FIELD(SakoRecord, Name, Form::Text, "Bezeichnung"),
+    FIELD(SakoRecord, Steuerflags, Form::U8,
+          "Steuerschlüssel: 2 Regelsatz, 4 ermäßigt, 8 Nullsatz, 16 sonstiger, 128 EG; dazu 32 Vorsteuer"),
+    FIELD(SakoRecord, Steuersatz, Form::Rate, "Prozentsatz der Schlüssel mit eigenem Satz"),
+    NESTED(SakoRecord, Umsaetze, Sums, ""),
+    FIELD(SakoRecord, FesterSatz, Form::I16, "nicht 0: der Steuersatz einer Buchung steht fest"),
+    FIELD(SakoRecord, Kontenplanflag, Form::U8, "Ja/Nein im Kontenplan"),
+    FIELD(SakoRecord, Kennzahl, Form::I16, "Kennzahl der Umsatzsteuervoranmeldung, 0 für keine"),
+    FIELD(SakoRecord, MitKosten, Form::U8, "nicht 0: das Konto hat eine Kostenschablone"),
+    LINK(SakoRecord, Kostenschablone, Form::I32, Kostenschablone, "Nummer der Kostenschablone, 0 für keine"),
+};
 
-TableLayout Steke()
-{
-    using R = StekeRecord;
-    const KeySegment code = SEGMENT(R, Code, Unsigned);
-    return {TableSteke,
-            "steke",
-            sizeof(R),
-            "Steuerschlüssel",
-            {DuplicateKey({code}), ChangingKey({SEGMENT(R, Umsatzsteuerkonto, String)}),
-             UniqueKey({code, SEGMENT(R, Folge, Unsigned)})},
-            {FIELD(R, Code, Form::U16, "Schlüssel, 1 bis 31: die unteren fünf Bit der Steuerflags"),
-             FIELD(R, Folge, Form::U16, "Nummer des Satzes im Schlüssel, der neueste zuerst"),
-             FIELD(R, GueltigAb, Form::PackedDay, "erster Tag des Satzes; leer: schon immer"),
-             FIELD(R, Satz, Form::Rate, "Prozentsatz"),
-             NEEDS(R, Umsatzsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto ohne das Vorsteuer-Bit"),
-             NEEDS(R, Vorsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto mit dem Vorsteuer-Bit")}};
-}
+constexpr FieldRow personalFields[] = {
+    FIELD(PersonalRecord, Konto, Form::Konto, "Kontonummer"),
+    FIELD(PersonalRecord, Kuerzel, Form::Text, "Kürzel"),
+    FIELD(PersonalRecord, Zustand, Form::I16, "0: das Konto darf nicht gelöscht werden"),
+    FIELD(PersonalRecord, Datum, Form::Calendar, "Tag der letzten Änderung, im Kalenderjahr"),
+    ARRAY(PersonalRecord, ReservedAmounts27, Form::Amount, "Betrag der Anwendung"),
+    FIELD(PersonalRecord, ReservedOne66, Form::U8, "1, wenn der Satz angelegt wird"),
+    FIELD(PersonalRecord, Name1, Form::Text, "Name, erste Zeile"),
+    FIELD(PersonalRecord, Name2, Form::Text, "Name, zweite Zeile"),
+    FIELD(PersonalRecord, Adresse1, Form::Text, "Straße"),
+    FIELD(PersonalRecord, Plz, Form::Text, "Postleitzahl"),
+    FIELD(PersonalRecord, Land, Form::Text, "Land"),
+    FIELD(PersonalRecord, Adresse2, Form::Text, "Ort"),
+    LINK(PersonalRecord, Gegenkonto, Form::Konto, Sachkonto, "Gegenkonto, darf leer sein"),
+    NESTED(PersonalRecord, Umsaetze, Sums, ""),
+    FIELD(PersonalRecord, Blz, Form::Digits, "Bankleitzahl"),
+    FIELD(PersonalRecord, BankkontoAlt, Form::Digits,
+          "Bankkontonummer früherer Sätze, gilt nur ohne Bankkonto"),
+    FIELD(PersonalRecord, Bank, Form::Text, "Name der Bank"),
+    FIELD(PersonalRecord, Wert1, Form::I16, "erster Wert der Zahltage"),
+    FIELD(PersonalRecord, Wert2, Form::I16, "zweiter Wert der Zahltage"),
+    FIELD(PersonalRecord, Skonto, Form::Rate, "Skontoprozente"),
+    FIELD(PersonalRecord, Mahnkennziffer, Form::I16, "-1 bis 3 bei Debitoren, 0 bei Kreditoren"),
+    FIELD(PersonalRecord, UstId, Form::Text, "USt-IdNr; die ersten zwei Zeichen nennen das Land"),
+    LINK(PersonalRecord, Waehrung, Form::Text, Waehrung, "Währung eines Kreditors; leer: die des Mandanten"),
+    FIELD(PersonalRecord, Kennzeichen, Form::U8, "1 steht im Kontenplan als Ja"),
+    ARRAY(PersonalRecord, ReservedAmounts709, Form::Amount, "Betrag der Anwendung"),
+    FIELD(PersonalRecord, Kontenplantext, Form::Text, "Text der Zeile im Kontenplan"),
+    LINK(PersonalRecord, Zahlungsziel, Form::I32, Zahlungsziel, "Nummer des Zahlungsziels, 0 für keines"),
+    FIELD(PersonalRecord, Bankkonto, Form::Digits, "Bankkontonummer"),
+};
 
-TableLayout Fista()
-{
-    using R = FistaRecord;
-    return {
-        TableFista,
-        "fista",
-        sizeof(R),
-        "Mandanten",
-        {UniqueKey({SEGMENT(R, Nummer, Integer)})},
-        {FIELD(R, Nummer, Form::I16, "Nummer des Mandanten"),
-         FIELD(R, Name, Form::Text, "Name"),
-         FIELD(R, Name2, Form::Text, "zweite Zeile der Anschrift"),
-         FIELD(R, LowerYear, Form::Year, "erstes bebuchbares Jahr; leer: nur das letzte"),
-         FIELD(R, UpperYear, Form::Year, "letztes bebuchbares Jahr, es benennt das Verzeichnis"),
-         FIELD(R, Sammelkonto1, Form::Konto, "Konto, dessen Kontenblatt zusammenfaßt"),
-         FIELD(R, Sammelkonto2, Form::Konto, "Konto, dessen Kontenblatt zusammenfaßt"),
-         FIELD(R, Steuernummer, Form::Text, "Steuernummer"),
-         FIELD(R, UstId, Form::Text, "USt-IdNr; nicht leer: die Regeln des EG-Handels gelten"),
-         FIELD(R, Sonderkontomodus, Form::I16, "nicht 0: die Voranmeldung sieht auf das Sonderkonto"),
-         FIELD(R, Sonderkonto, Form::Konto, "Sonderkonto der Voranmeldung"),
-         FIELD(R, FirstFiscalMonth, Form::I16, "erster Monat des Geschäftsjahrs, 1 bis 12; 0 heißt 1"),
-         FIELD(R, Vordruckcode, Form::U8, "Zeile des Vordrucks: 0 keine, 10 zweite Fassung, sonst die erste"),
-         FIELD(R, Anschrift1, Form::Text, "Anschrift für die Voranmeldung"),
-         FIELD(R, Anschrift2, Form::Text, "Anschrift"),
-         FIELD(R, Anschrift3, Form::Text, "Anschrift"),
-         FIELD(R, Anschrift4, Form::Text, "Anschrift"),
-         FIELD(R, Anschrift5, Form::Text, "Anschrift"),
-         FIELD(R, Anschrift6, Form::Text, "Anschrift"),
-         FIELD(R, Land, Form::Text, "Land, Vorgabe neuer Personenkonten"),
-         FIELD(R, Waehrung, Form::Text, "Währung des Hauses"),
-         FIELD(R, Kostenrechnung, Form::U8, "nicht 0: mit Kostenrechnung"),
-         FIELD(R, KostenPflicht, Form::U8, "nicht 0: Buchungen auf GuV-Konten brauchen Kosten"),
-         FIELD(R, UStVAVariante, Form::U8, "0: Vordrucke or_ustvd und or_ustd7, sonst or_ustva"),
-         FIELD(R, Buchungssperre, Form::PackedDay,
-               "letzter Tag der gedruckten Voranmeldung, darf leer sein")}};
-}
+constexpr FieldRow stekeFields[] = {
+    FIELD(StekeRecord, Code, Form::U16, "Schlüssel, 1 bis 31: die unteren fünf Bit der Steuerflags"),
+    FIELD(StekeRecord, Folge, Form::U16, "Nummer des Satzes im Schlüssel, der neueste zuerst"),
+    FIELD(StekeRecord, GueltigAb, Form::PackedDay, "erster Tag des Satzes; leer: schon immer"),
+    FIELD(StekeRecord, Satz, Form::Rate, "Prozentsatz"),
+    NEEDS(StekeRecord, Umsatzsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto ohne das Vorsteuer-Bit"),
+    NEEDS(StekeRecord, Vorsteuerkonto, Form::Konto, Sachkonto, "Steuerkonto mit dem Vorsteuer-Bit"),
+};
 
-TableLayout Structure(TableId id, const char *stem, const char *content)
-{
-    using R = StructureRecord;
-    return {id,
-            stem,
-            sizeof(R),
-            content,
-            {ChangingKey({SEGMENT(R, Id, Integer)}), ChangingKey({SEGMENT(R, Text, String)})},
-            {FIELD(R, Id, Form::I32, "Nummer des Knotens; 1 ist die Wurzel, 0 ein Konto außerhalb des Baums"),
-             FIELD(R, Art, Form::U16, "Bit 2 Gruppe, Bit 4 Gegenposten; ohne Bit 2 ein Konto"),
-             LINK(R, Next, Form::I32, Knoten, "nächster Knoten derselben Ebene, 0 für keinen"),
-             LINK(R, Child, Form::I32, Knoten, "erster Unterknoten, 0 für keinen"),
-             FIELD(R, Summenzeile, Form::U8, "Bit 1 geht an den Bericht"),
-             FIELD(R, Text, Form::Text, "Titel der Gruppe oder Kontonummer")}};
-}
+constexpr FieldRow fistaFields[] = {
+    FIELD(FistaRecord, Nummer, Form::I16, "Nummer des Mandanten"),
+    FIELD(FistaRecord, Name, Form::Text, "Name"),
+    FIELD(FistaRecord, Name2, Form::Text, "zweite Zeile der Anschrift"),
+    FIELD(FistaRecord, LowerYear, Form::Year, "erstes bebuchbares Jahr; leer: nur das letzte"),
+    FIELD(FistaRecord, UpperYear, Form::Year, "letztes bebuchbares Jahr, es benennt das Verzeichnis"),
+    FIELD(FistaRecord, Sammelkonto1, Form::Konto, "Konto, dessen Kontenblatt zusammenfaßt"),
+    FIELD(FistaRecord, Sammelkonto2, Form::Konto, "Konto, dessen Kontenblatt zusammenfaßt"),
+    FIELD(FistaRecord, Steuernummer, Form::Text, "Steuernummer"),
+    FIELD(FistaRecord, UstId, Form::Text, "USt-IdNr; nicht leer: die Regeln des EG-Handels gelten"),
+    FIELD(FistaRecord, Sonderkontomodus, Form::I16, "nicht 0: die Voranmeldung sieht auf das Sonderkonto"),
+    FIELD(FistaRecord, Sonderkonto, Form::Konto, "Sonderkonto der Voranmeldung"),
+    FIELD(FistaRecord, FirstFiscalMonth, Form::I16, "erster Monat des Geschäftsjahrs, 1 bis 12; 0 heißt 1"),
+    FIELD(FistaRecord, Vordruckcode, Form::U8,
+          "Zeile des Vordrucks: 0 keine, 10 zweite Fassung, sonst die erste"),
+    FIELD(FistaRecord, Anschrift1, Form::Text, "Anschrift für die Voranmeldung"),
+    FIELD(FistaRecord, Anschrift2, Form::Text, "Anschrift"),
+    FIELD(FistaRecord, Anschrift3, Form::Text, "Anschrift"),
+    FIELD(FistaRecord, Anschrift4, Form::Text, "Anschrift"),
+    FIELD(FistaRecord, Anschrift5, Form::Text, "Anschrift"),
+    FIELD(FistaRecord, Anschrift6, Form::Text, "Anschrift"),
+    FIELD(FistaRecord, Land, Form::Text, "Land, Vorgabe neuer Personenkonten"),
+    FIELD(FistaRecord, Waehrung, Form::Text, "Währung des Hauses"),
+    FIELD(FistaRecord, Kostenrechnung, Form::U8, "nicht 0: mit Kostenrechnung"),
+    FIELD(FistaRecord, KostenPflicht, Form::U8, "nicht 0: Buchungen auf GuV-Konten brauchen Kosten"),
+    FIELD(FistaRecord, UStVAVariante, Form::U8, "0: Vordrucke or_ustvd und or_ustd7, sonst or_ustva"),
+    FIELD(FistaRecord, Buchungssperre, Form::PackedDay,
+          "letzter Tag der gedruckten Voranmeldung, darf leer sein"),
+};
 
-TableLayout Kore()
-{
-    using R = KoreRecord;
-    std::vector<FieldLayout> fields = {
-        FIELD(R, Nummer, Form::Konto, "Nummer der Kostenstelle"), FIELD(R, Kuerzel, Form::Text, "Kürzel"),
-        FIELD(R, Name, Form::Text, "Bezeichnung"), FIELD(R, Kennzeichen, Form::U8, "1 wird als Ja gedruckt")};
-    AddArray(fields, "Monat", offsetof(R, Monat), Form::Amount, sizeof(AmountText),
-             "Kosten im Geschäftsmonat", 12);
-    fields.push_back(FIELD(R, Text, Form::Text, "Text"));
-    return {TableKore,
-            "kore",
-            sizeof(R),
-            "Kostenstellen",
-            {UniqueKey({SEGMENT(R, Nummer, String)}), ChangingKey({SEGMENT(R, Kuerzel, String)})},
-            fields};
-}
+constexpr FieldRow structureFields[] = {
+    FIELD(StructureRecord, Id, Form::I32,
+          "Nummer des Knotens; 1 ist die Wurzel, 0 ein Konto außerhalb des Baums"),
+    FIELD(StructureRecord, Art, Form::U16, "Bit 2 Gruppe, Bit 4 Gegenposten; ohne Bit 2 ein Konto"),
+    LINK(StructureRecord, Next, Form::I32, Knoten, "nächster Knoten derselben Ebene, 0 für keinen"),
+    LINK(StructureRecord, Child, Form::I32, Knoten, "erster Unterknoten, 0 für keinen"),
+    FIELD(StructureRecord, Summenzeile, Form::U8, "Bit 1 geht an den Bericht"),
+    FIELD(StructureRecord, Text, Form::Text, "Titel der Gruppe oder Kontonummer"),
+};
 
-TableLayout Kobu()
-{
-    using R = KobuRecord;
-    const KeySegment day = SEGMENT(R, Datum, String);
-    return {TableKobu,
-            "kobu",
-            sizeof(R),
-            "Kostenbuchungen",
-            {ChangingKey({SEGMENT(R, FinaleBuchung, Integer)}),
-             ChangingKey({SEGMENT(R, Buchungsnummer, Integer)}),
-             ChangingKey({SEGMENT(R, Splitnummer, Integer)}), ChangingKey({day}),
-             ChangingKey({SEGMENT(R, Kostenobjekt1, String), day}),
-             ChangingKey({SEGMENT(R, Kostenobjekt2, String), day})},
-            {LINK(R, FinaleBuchung, Form::I32, Final, "Buchungsnummer in bube, solange nicht endgültig 0"),
-             LINK(R, Buchungsnummer, Form::I32, Buchung, "die in bat, bei der ersten Teilbuchung, sonst 0"),
-             LINK(R, Splitnummer, Form::I32, Teil, "die in split, bei einer weiteren Teilbuchung, sonst 0"),
-             FIELD(R, Datum, Form::SortDay, "Tag der Buchung"),
-             NEEDS(R, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
-             LINK(R, Kostenobjekt2, Form::Konto, Kostenobjekt, "zweite Kostenstelle"),
-             LINK(R, Konto, Form::Konto, Konto, "Konto der endgültigen Buchung"),
-             FIELD(R, Flag, Form::U8, "Kennzeichen der Schablone; dazu 32 auf der Habenseite"),
-             FIELD(R, Betrag, Form::Amount, "Anteil am Nettobetrag"), FIELD(R, Text, Form::Text, "Text")}};
-}
+constexpr FieldRow koreFields[] = {
+    FIELD(KoreRecord, Nummer, Form::Konto, "Nummer der Kostenstelle"),
+    FIELD(KoreRecord, Kuerzel, Form::Text, "Kürzel"),
+    FIELD(KoreRecord, Name, Form::Text, "Bezeichnung"),
+    FIELD(KoreRecord, Kennzeichen, Form::U8, "1 wird als Ja gedruckt"),
+    ARRAY(KoreRecord, Monat, Form::Amount, "Kosten im Geschäftsmonat"),
+    FIELD(KoreRecord, Text, Form::Text, "Text"),
+};
 
-std::vector<FieldLayout> SplitFields()
-{
-    using R = SplitRecord;
-    return {LINK(R, Buchungsnummer, Form::I32, Buchung, "die in bat"),
-            FIELD(R, Splitnummer, Form::I32, "vergibt die Datenbank"),
-            NEEDS(R, Sollkonto, Form::Konto, Konto, "Sollkonto"),
-            NEEDS(R, Habenkonto, Form::Konto, Konto, "Habenkonto"),
-            LINK(R, Steuerkonto, Form::Konto, Sachkonto, "Steuerkonto, leer ohne Steuer"),
-            FIELD(R, SollArt, Form::U8, "Art des Sollkontos: 2 Sachkonto, 4 Kreditor, 8 Debitor"),
-            FIELD(R, HabenArt, Form::U8, "Art des Habenkontos, ebenso"),
-            FIELD(R, Steuerseite, Form::U16, "Konto, das den Schlüssel gab: 2 Soll, 1 Haben, 0 keines"),
-            FIELD(R, Steuerschluessel, Form::U16, "Schlüssel in steke; dazu 64 bei einem älteren Satz"),
-            FIELD(R, Steuerfolge, Form::U16, "Folge des Satzes in steke"),
-            FIELD(R, Brutto, Form::Amount, "Bruttobetrag"),
-            FIELD(R, Netto, Form::Amount, "Nettobetrag, bei fremder Währung der umgerechnete"),
-            FIELD(R, Steuersatz, Form::Rate, "Steuersatz"),
-            FIELD(R, Text, Form::Text, "Buchungstext"),
-            FIELD(R, Kostenzeilen, Form::I16, "Zahl der Zeilen in kobu"),
-            LINK(R, Kostenschablone, Form::I32, Kostenschablone, "Nummer der Kostenschablone, 0 für keine")};
-}
+constexpr FieldRow kobuFields[] = {
+    LINK(KobuRecord, FinaleBuchung, Form::I32, Final, "Buchungsnummer in bube, solange nicht endgültig 0"),
+    LINK(KobuRecord, Buchungsnummer, Form::I32, Buchung, "die in bat, bei der ersten Teilbuchung, sonst 0"),
+    LINK(KobuRecord, Splitnummer, Form::I32, Teil, "die in split, bei einer weiteren Teilbuchung, sonst 0"),
+    FIELD(KobuRecord, Datum, Form::SortDay, "Tag der Buchung"),
+    NEEDS(KobuRecord, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
+    LINK(KobuRecord, Kostenobjekt2, Form::Konto, Kostenobjekt, "zweite Kostenstelle"),
+    LINK(KobuRecord, Konto, Form::Konto, Konto, "Konto der endgültigen Buchung"),
+    FIELD(KobuRecord, Flag, Form::U8, "Kennzeichen der Schablone; dazu 32 auf der Habenseite"),
+    FIELD(KobuRecord, Betrag, Form::Amount, "Anteil am Nettobetrag"),
+    FIELD(KobuRecord, Text, Form::Text, "Text"),
+};
 
-TableLayout Split()
-{
-    return {TableSplit,
-            "split",
-            sizeof(SplitRecord),
-            "Teilbuchungen im Stapel",
-            {ChangingKey({SEGMENT(SplitRecord, Buchungsnummer, Integer)}),
-             UniqueKey({SEGMENT(SplitRecord, Splitnummer, Autoincrement)})},
-            SplitFields()};
-}
+constexpr FieldRow splitFields[] = {
+    LINK(SplitRecord, Buchungsnummer, Form::I32, Buchung, "die in bat"),
+    FIELD(SplitRecord, Splitnummer, Form::I32, "vergibt die Datenbank"),
+    NEEDS(SplitRecord, Sollkonto, Form::Konto, Konto, "Sollkonto"),
+    NEEDS(SplitRecord, Habenkonto, Form::Konto, Konto, "Habenkonto"),
+    LINK(SplitRecord, Steuerkonto, Form::Konto, Sachkonto, "Steuerkonto, leer ohne Steuer"),
+    FIELD(SplitRecord, SollArt, Form::U8, "Art des Sollkontos: 2 Sachkonto, 4 Kreditor, 8 Debitor"),
+    FIELD(SplitRecord, HabenArt, Form::U8, "Art des Habenkontos, ebenso"),
+    FIELD(SplitRecord, Steuerseite, Form::U16, "Konto, das den Schlüssel gab: 2 Soll, 1 Haben, 0 keines"),
+    FIELD(SplitRecord, Steuerschluessel, Form::U16, "Schlüssel in steke; dazu 64 bei einem älteren Satz"),
+    FIELD(SplitRecord, Steuerfolge, Form::U16, "Folge des Satzes in steke"),
+    FIELD(SplitRecord, Brutto, Form::Amount, "Bruttobetrag"),
+    FIELD(SplitRecord, Netto, Form::Amount, "Nettobetrag, bei fremder Währung der umgerechnete"),
+    FIELD(SplitRecord, Steuersatz, Form::Rate, "Steuersatz"),
+    FIELD(SplitRecord, Text, Form::Text, "Buchungstext"),
+    FIELD(SplitRecord, Kostenzeilen, Form::I16, "Zahl der Zeilen in kobu"),
+    LINK(SplitRecord, Kostenschablone, Form::I32, Kostenschablone, "Nummer der Kostenschablone, 0 für keine"),
+};
 
-TableLayout Bat()
-{
-    using R = BatRecord;
-    std::vector<FieldLayout> fields = {
-        NEEDS(R, Stapel, Form::I32, Stapel, "Nummer des Stapels"),
-        FIELD(R, Buchungsnummer, Form::I32, "vergibt die Datenbank"),
-        FIELD(R, Buchungsdatum, Form::PackedDay, "Buchungsdatum"),
-        FIELD(R, ZweitesDatum, Form::PackedDay, "wie das Buchungsdatum; Datum der Kostenzeilen"),
-        FIELD(R, Beleg, Form::Text, "Belegnummer"),
-        FIELD(R, Splitseite, Form::U16,
-              "gemeinsame Seite der Teilbuchungen: 128 Soll, 256 Haben, 0 bei einer einfachen"),
-        FIELD(R, Anzahl, Form::I16, "Zahl der Teilbuchungen"),
-    };
-    AddNested(fields, "Teil", offsetof(R, Teil), "erste Teilbuchung", SplitFields());
-    const std::vector<FieldLayout> rest = {
-        LINK(R, Waehrung, Form::Text, Waehrung, "Währung des Personenkontos"),
-        FIELD(R, Waehrungsbetrag, Form::Amount, "Betrag in dieser Währung"),
-        FIELD(R, Kennzeichen, Form::U8, "wie der Aufrufer es gab"),
-        FIELD(R, OpAusgleich, Form::U8, "nicht 0: die Buchung gleicht einen offenen Posten aus"),
-        LINK(R, Zahlungsziel, Form::I32, Zahlungsziel, "Nummer des Zahlungsziels, 0 für keines"),
-    };
-    fields.insert(fields.end(), rest.begin(), rest.end());
-    return {
-        TableBat,
-        "bat",
-        sizeof(R),
-        "Buchungen im Stapel",
-        {UniqueKey({SEGMENT(R, Buchungsnummer, Autoincrement)}), ChangingKey({SEGMENT(R, Stapel, Integer)})},
-        fields};
-}
+constexpr FieldRow batFields[] = {
+    NEEDS(BatRecord, Stapel, Form::I32, Stapel, "Nummer des Stapels"),
+    FIELD(BatRecord, Buchungsnummer, Form::I32, "vergibt die Datenbank"),
+    FIELD(BatRecord, Buchungsdatum, Form::PackedDay, "Buchungsdatum"),
+    FIELD(BatRecord, ZweitesDatum, Form::PackedDay, "wie das Buchungsdatum; Datum der Kostenzeilen"),
+    FIELD(BatRecord, Beleg, Form::Text, "Belegnummer"),
+    FIELD(BatRecord, Splitseite, Form::U16,
+          "gemeinsame Seite der Teilbuchungen: 128 Soll, 256 Haben, 0 bei einer einfachen"),
+    FIELD(BatRecord, Anzahl, Form::I16, "Zahl der Teilbuchungen"),
+    NESTED(BatRecord, Teil, Part, "erste Teilbuchung"),
+    LINK(BatRecord, Waehrung, Form::Text, Waehrung, "Währung des Personenkontos"),
+    FIELD(BatRecord, Waehrungsbetrag, Form::Amount, "Betrag in dieser Währung"),
+    FIELD(BatRecord, Kennzeichen, Form::U8, "wie der Aufrufer es gab"),
+    FIELD(BatRecord, OpAusgleich, Form::U8, "nicht 0: die Buchung gleicht einen offenen Posten aus"),
+    LINK(BatRecord, Zahlungsziel, Form::I32, Zahlungsziel, "Nummer des Zahlungsziels, 0 für keines"),
+};
 
-TableLayout Bube()
-{
-    using R = BubeRecord;
-    const KeySegment whole = SEGMENT(R, Schluessel, String);
-    return {TableBube,
-            "bube",
-            sizeof(R),
-            "Endgültige Buchungen",
-            {UniqueKey({whole}), ChangingKey({SEGMENT(R, Sollkonto, String), whole}),
-             ChangingKey({SEGMENT(R, Habenkonto, String), whole}),
-             ChangingKey({SEGMENT(R, Steuerkonto, String), whole}), ChangingKey({SEGMENT(R, Beleg, String)}),
-             UniqueKey({SEGMENT(R, Buchungsnummer, Integer)}), ChangingKey({SEGMENT(R, Benutzer, String)}),
-             ChangingKey({SEGMENT(R, Buchungsdatum, String)})},
-            {FIELD(R, Schluessel.Folge, Form::DayNumber, "Tag und seine laufende Nummer, JJMMTTNNNN"),
-             FIELD(R, Schluessel.Belegdatum, Form::PackedDay, "Belegdatum"),
-             NEEDS(R, Sollkonto, Form::Konto, Konto, "Sollkonto"),
-             NEEDS(R, Habenkonto, Form::Konto, Konto, "Habenkonto"),
-             LINK(R, Steuerkonto, Form::Konto, Sachkonto, "Steuerkonto, leer ohne Steuer"),
-             FIELD(R, Status, Form::U16,
-                   "Bits: 2 ohne Netto, 4 nicht im Monat, 8 gefaltet, 16 ohne Kennzahl, 128/256 Split auf "
-                   "Soll/Haben, 512 Steuerbuchung, 2048 Anfang eines Splits"),
-             FIELD(R, Steuerflags, Form::U8, "Voranmeldung: 4 zuzählen, 2 abziehen"),
-             FIELD(R, Steuerherkunft, Form::U8, "Steuerschlüssel, dazu 32 Vorsteuer"),
-             FIELD(R, Beleg, Form::Text, "Belegnummer"),
-             FIELD(R, Datum, Form::PackedDay, "Tag der Buchung"),
-             FIELD(R, Soll, Form::Amount, "Betrag im Soll"),
-             FIELD(R, Haben, Form::Amount, "Betrag im Haben"),
-             FIELD(R, Steuer, Form::Amount, "Steuerbetrag"),
-             FIELD(R, Text, Form::Text, "Buchungstext"),
-             FIELD(R, Buchungsnummer, Form::I32, "Buchungsnummer"),
-             FIELD(R, Buchungsdatum, Form::SortDay, "Tag der Erfassung"),
-             LINK(R, Benutzer, Form::Text, Benutzer, "Benutzer, der gebucht hat"),
-             FIELD(R, Grundbetrag, Form::Amount, "Bemessungsgrundlage oder Nettobetrag"),
-             FIELD(R, Steuerklasse, Form::U8, "Klasse der Steuer: 2, 4, 64, 128"),
-             FIELD(R, Steuersatz, Form::Rate, "Steuersatz"),
-             FIELD(R, Anzahl, Form::I16, "Zahl der Teilbuchungen eines Kopfs")}};
-}
+constexpr FieldRow bubeFields[] = {
+    FIELD(BubeRecord, Schluessel.Folge, Form::DayNumber, "Tag und seine laufende Nummer, JJMMTTNNNN"),
+    FIELD(BubeRecord, Schluessel.Belegdatum, Form::PackedDay, "Belegdatum"),
+    NEEDS(BubeRecord, Sollkonto, Form::Konto, Konto, "Sollkonto"),
+    NEEDS(BubeRecord, Habenkonto, Form::Konto, Konto, "Habenkonto"),
+    LINK(BubeRecord, Steuerkonto, Form::Konto, Sachkonto, "Steuerkonto, leer ohne Steuer"),
+    FIELD(BubeRecord, Status, Form::U16,
+          "Bits: 2 ohne Netto, 4 nicht im Monat, 8 gefaltet, 16 ohne Kennzahl, 128/256 Split auf "
+          "Soll/Haben, 512 Steuerbuchung, 2048 Anfang eines Splits"),
+    FIELD(BubeRecord, Steuerflags, Form::U8, "Voranmeldung: 4 zuzählen, 2 abziehen"),
+    FIELD(BubeRecord, Steuerherkunft, Form::U8, "Steuerschlüssel, dazu 32 Vorsteuer"),
+    FIELD(BubeRecord, Beleg, Form::Text, "Belegnummer"),
+    FIELD(BubeRecord, Datum, Form::PackedDay, "Tag der Buchung"),
+    FIELD(BubeRecord, Soll, Form::Amount, "Betrag im Soll"),
+    FIELD(BubeRecord, Haben, Form::Amount, "Betrag im Haben"),
+    FIELD(BubeRecord, Steuer, Form::Amount, "Steuerbetrag"),
+    FIELD(BubeRecord, Text, Form::Text, "Buchungstext"),
+    FIELD(BubeRecord, Buchungsnummer, Form::I32, "Buchungsnummer"),
+    FIELD(BubeRecord, Buchungsdatum, Form::SortDay, "Tag der Erfassung"),
+    LINK(BubeRecord, Benutzer, Form::Text, Benutzer, "Benutzer, der gebucht hat"),
+    FIELD(BubeRecord, Grundbetrag, Form::Amount, "Bemessungsgrundlage oder Nettobetrag"),
+    FIELD(BubeRecord, Steuerklasse, Form::U8, "Klasse der Steuer: 2, 4, 64, 128"),
+    FIELD(BubeRecord, Steuersatz, Form::Rate, "Steuersatz"),
+    FIELD(BubeRecord, Anzahl, Form::I16, "Zahl der Teilbuchungen eines Kopfs"),
+};
 
-TableLayout OpenItems(TableId id, const char *stem, const char *content, Reference account)
-{
-    using R = OpenItemRecord;
-    std::vector<FieldLayout> fields = {
-        FIELD(R, Nummer, Form::U32, "laufende Nummer"),
-        FIELD(R, Konto, Form::Konto, "Personenkonto"),
-        FIELD(R, Referenz1, Form::Text, "erste Referenz"),
-        FIELD(R, Referenz2, Form::Text, "zweite Referenz"),
-        FIELD(R, Datum1, Form::SortDay, "Belegdatum"),
-        FIELD(R, Termin, Form::SortDay, "Fälligkeit"),
-        FIELD(R, Skontodatum, Form::SortDay, "letzter Tag mit Skonto"),
-        FIELD(R, Text1, Form::Text, "erster Text"),
-        FIELD(R, Text2, Form::Text, "zweiter Text"),
-        FIELD(R, Flag, Form::I16, "in der OP-Liste ein Ja/Nein"),
-        FIELD(R, Betrag1, Form::Amount, "offener Betrag in der Währung des Mandanten"),
-        LINK(R, Konto2, Form::Konto, Konto, "zweites Konto der OP-Liste"),
-        LINK(R, Konto3, Form::Konto, Konto, "drittes Konto der OP-Liste"),
-        FIELD(R, Satz, Form::Rate, "Prozentsatz der OP-Liste"),
-        FIELD(R, Wert1, Form::I16, "Wert der OP-Liste"),
-        FIELD(R, Wert2, Form::I16, "Wert der OP-Liste"),
-        FIELD(R, Betrag3, Form::Amount, "Betrag der OP-Liste"),
-        FIELD(R, Betrag2, Form::Amount, "zweiter Betrag"),
-        FIELD(R, Betrag4, Form::Amount, "Betrag der OP-Liste"),
-        FIELD(R, Wert3, Form::I32, "Wert der OP-Liste"),
-        LINK(R, Waehrung, Form::Text, Waehrung, "Währung; leer: die des Mandanten"),
-        FIELD(R, Waehrungsbetrag, Form::Amount, "Betrag in dieser Währung"),
-        FIELD(R, Zahlungsart, Form::U8, "1 Überweisung, 2 Scheck, 3 Einzug, 4 Abbuchung"),
-    };
-    fields[1].Target = account;
-    fields[1].IsNeeded = true;
-    return {id,
-            stem,
-            sizeof(R),
-            content,
-            {UniqueKey({SEGMENT(R, Nummer, Unsigned)}), ChangingKey({SEGMENT(R, Konto, String)}),
-             ChangingKey({SEGMENT(R, Skontodatum, String)}), ChangingKey({SEGMENT(R, Termin, String)})},
-            fields};
-}
+constexpr FieldRow openItemFields[] = {
+    FIELD(OpenItemRecord, Nummer, Form::U32, "laufende Nummer"),
+    NEEDS(OpenItemRecord, Konto, Form::Konto, Personenkonto, "Personenkonto"),
+    FIELD(OpenItemRecord, Referenz1, Form::Text, "erste Referenz"),
+    FIELD(OpenItemRecord, Referenz2, Form::Text, "zweite Referenz"),
+    FIELD(OpenItemRecord, Datum1, Form::SortDay, "Belegdatum"),
+    FIELD(OpenItemRecord, Termin, Form::SortDay, "Fälligkeit"),
+    FIELD(OpenItemRecord, Skontodatum, Form::SortDay, "letzter Tag mit Skonto"),
+    FIELD(OpenItemRecord, Text1, Form::Text, "erster Text"),
+    FIELD(OpenItemRecord, Text2, Form::Text, "zweiter Text"),
+    FIELD(OpenItemRecord, Flag, Form::I16, "in der OP-Liste ein Ja/Nein"),
+    FIELD(OpenItemRecord, Betrag1, Form::Amount, "offener Betrag in der Währung des Mandanten"),
+    LINK(OpenItemRecord, Konto2, Form::Konto, Konto, "zweites Konto der OP-Liste"),
+    LINK(OpenItemRecord, Konto3, Form::Konto, Konto, "drittes Konto der OP-Liste"),
+    FIELD(OpenItemRecord, Satz, Form::Rate, "Prozentsatz der OP-Liste"),
+    FIELD(OpenItemRecord, Wert1, Form::I16, "Wert der OP-Liste"),
+    FIELD(OpenItemRecord, Wert2, Form::I16, "Wert der OP-Liste"),
+    FIELD(OpenItemRecord, Betrag3, Form::Amount, "Betrag der OP-Liste"),
+    FIELD(OpenItemRecord, Betrag2, Form::Amount, "zweiter Betrag"),
+    FIELD(OpenItemRecord, Betrag4, Form::Amount, "Betrag der OP-Liste"),
+    FIELD(OpenItemRecord, Wert3, Form::I32, "Wert der OP-Liste"),
+    LINK(OpenItemRecord, Waehrung, Form::Text, Waehrung, "Währung; leer: die des Mandanten"),
+    FIELD(OpenItemRecord, Waehrungsbetrag, Form::Amount, "Betrag in dieser Währung"),
+    FIELD(OpenItemRecord, Zahlungsart, Form::U8, "1 Überweisung, 2 Scheck, 3 Einzug, 4 Abbuchung"),
+};
 
-TableLayout Stapel()
-{
-    using R = StapelRecord;
-    return {TableStapel,
-            "stapel",
-            sizeof(R),
-            "Stapel",
-            {UniqueKey({SEGMENT(R, Nummer, Autoincrement)})},
-            {FIELD(R, Nummer, Form::I32, "Nummer, vergibt die Datenbank; bis 15 der Anwendung vorbehalten"),
-             FIELD(R, Name, Form::Text, "Name"),
-             FIELD(R, Intervall, Form::I16, "Monate bis zur Wiederholung, 0 für keine")}};
-}
+constexpr FieldRow stapelFields[] = {
+    FIELD(StapelRecord, Nummer, Form::I32, "Nummer, vergibt die Datenbank; bis 15 der Anwendung vorbehalten"),
+    FIELD(StapelRecord, Name, Form::Text, "Name"),
+    FIELD(StapelRecord, Intervall, Form::I16, "Monate bis zur Wiederholung, 0 für keine"),
+};
 
-TableLayout Kurse()
-{
-    using R = KurseRecord;
-    return {TableKurse,
-            "kurse",
-            sizeof(R),
-            "Wechselkurse",
-            {UniqueKey({SEGMENT(R, Waehrung, String), SEGMENT(R, Datum, String)})},
-            {FIELD(R, Waehrung, Form::Text, "Währung"), FIELD(R, Datum, Form::SortDay, "Tag des Kurses"),
-             FIELD(R, Kurs, Form::Amount, "Kurs"),
-             FIELD(R, Durchschnitt, Form::U8, "nicht 0: Durchschnitt seines Monats"),
-             FIELD(R, Einheit, Form::I16, "wieviel fremde Einheiten der Kurs meint")}};
-}
+constexpr FieldRow kurseFields[] = {
+    FIELD(KurseRecord, Waehrung, Form::Text, "Währung"),
+    FIELD(KurseRecord, Datum, Form::SortDay, "Tag des Kurses"),
+    FIELD(KurseRecord, Kurs, Form::Amount, "Kurs"),
+    FIELD(KurseRecord, Durchschnitt, Form::U8, "nicht 0: Durchschnitt seines Monats"),
+    FIELD(KurseRecord, Einheit, Form::I16, "wieviel fremde Einheiten der Kurs meint"),
+};
 
-TableLayout User()
-{
-    using R = UserRecord;
-    return {TableUser,
-            "user",
-            sizeof(R),
-            "Benutzer",
-            {UniqueKey({SEGMENT(R, Schluessel, String)})},
-            {FIELD(R, Schluessel, Form::Text, "Kurzzeichen"), FIELD(R, Name, Form::Text, "Name")}};
-}
+constexpr FieldRow userFields[] = {
+    FIELD(UserRecord, Schluessel, Form::Text, "Kurzzeichen"),
+    FIELD(UserRecord, Name, Form::Text, "Name"),
+};
 
-TableLayout Koscha()
-{
-    using R = KoschaRecord;
-    return {TableKoscha,
-            "koscha",
-            sizeof(R),
-            "Kostenschablonen",
-            {UniqueKey({SEGMENT(R, Nummer, Integer)})},
-            {FIELD(R, Nummer, Form::I32, "Nummer der Kostenschablone"), FIELD(R, Name, Form::Text, "Name"),
-             FIELD(R, Schalter, Form::U8, "Schalter"),
-             FIELD(R, Zeilen, Form::I16, "Zahl der Zeilen in koschaze")}};
-}
+constexpr FieldRow koschaFields[] = {
+    FIELD(KoschaRecord, Nummer, Form::I32, "Nummer der Kostenschablone"),
+    FIELD(KoschaRecord, Name, Form::Text, "Name"),
+    FIELD(KoschaRecord, Schalter, Form::U8, "Schalter"),
+    FIELD(KoschaRecord, Zeilen, Form::I16, "Zahl der Zeilen in koschaze"),
+};
 
-TableLayout Koschaze()
-{
-    using R = KoschazeRecord;
-    return {TableKoschaze,
-            "koschaze",
-            sizeof(R),
-            "Zeilen der Kostenschablonen",
-            {DuplicateKey({SEGMENT(R, Nummer, Integer)})},
-            {NEEDS(R, Nummer, Form::I32, Kostenschablone, "Nummer der Kostenschablone"),
-             NEEDS(R, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
-             LINK(R, Kostenobjekt2, Form::Konto, Kostenobjekt, "zweite Kostenstelle"),
-             FIELD(R, Flag, Form::U8, "Kennzeichen"), FIELD(R, Anteil, Form::Share, "Anteil in Prozent"),
-             FIELD(R, Text, Form::Text, "Text")}};
-}
+constexpr FieldRow koschazeFields[] = {
+    NEEDS(KoschazeRecord, Nummer, Form::I32, Kostenschablone, "Nummer der Kostenschablone"),
+    NEEDS(KoschazeRecord, Kostenobjekt1, Form::Konto, Kostenobjekt, "erste Kostenstelle"),
+    LINK(KoschazeRecord, Kostenobjekt2, Form::Konto, Kostenobjekt, "zweite Kostenstelle"),
+    FIELD(KoschazeRecord, Flag, Form::U8, "Kennzeichen"),
+    FIELD(KoschazeRecord, Anteil, Form::Share, "Anteil in Prozent"),
+    FIELD(KoschazeRecord, Text, Form::Text, "Text"),
+};
 
-TableLayout Zahlziel()
-{
-    using R = ZahlzielRecord;
-    return {TableZahlziel,
-            "zahlziel",
-            sizeof(R),
-            "Zahlungsziele",
-            {UniqueKey({SEGMENT(R, Nummer, Integer)})},
-            {FIELD(R, Nummer, Form::I32, "Nummer des Zahlungsziels"),
-             FIELD(R, Text, Form::Text, "Text der Auswahl")}};
-}
+constexpr FieldRow zahlzielFields[] = {
+    FIELD(ZahlzielRecord, Nummer, Form::I32, "Nummer des Zahlungsziels"),
+    FIELD(ZahlzielRecord, Text, Form::Text, "Text der Auswahl"),
+};
+
+// ---- Keys ----
+
+constexpr KeySegment sakoKonto = SEGMENT(SakoRecord, Konto, String);
+constexpr KeySegment costDay = SEGMENT(KobuRecord, Datum, String);
+constexpr KeySegment taxCode = SEGMENT(StekeRecord, Code, Unsigned);
+constexpr KeySegment postingKey = SEGMENT(BubeRecord, Schluessel, String);
+
+constexpr KeyRow sakoKeys[] = {UniqueKey(sakoKonto), ChangingKey(SEGMENT(SakoRecord, Kuerzel, String))};
+constexpr KeyRow personalKeys[] = {UniqueKey(SEGMENT(PersonalRecord, Konto, String)),
+                                   ChangingKey(SEGMENT(PersonalRecord, Kuerzel, String))};
+constexpr KeyRow stekeKeys[] = {DuplicateKey(taxCode),
+                                ChangingKey(SEGMENT(StekeRecord, Umsatzsteuerkonto, String)),
+                                UniqueKey(taxCode, SEGMENT(StekeRecord, Folge, Unsigned))};
+constexpr KeyRow fistaKeys[] = {UniqueKey(SEGMENT(FistaRecord, Nummer, Integer))};
+constexpr KeyRow structureKeys[] = {ChangingKey(SEGMENT(StructureRecord, Id, Integer)),
+                                    ChangingKey(SEGMENT(StructureRecord, Text, String))};
+constexpr KeyRow koreKeys[] = {UniqueKey(SEGMENT(KoreRecord, Nummer, String)),
+                               ChangingKey(SEGMENT(KoreRecord, Kuerzel, String))};
+constexpr KeyRow kobuKeys[] = {ChangingKey(SEGMENT(KobuRecord, FinaleBuchung, Integer)),
+                               ChangingKey(SEGMENT(KobuRecord, Buchungsnummer, Integer)),
+                               ChangingKey(SEGMENT(KobuRecord, Splitnummer, Integer)),
+                               ChangingKey(costDay),
+                               ChangingKey(SEGMENT(KobuRecord, Kostenobjekt1, String), costDay),
+                               ChangingKey(SEGMENT(KobuRecord, Kostenobjekt2, String), costDay)};
+constexpr KeyRow splitKeys[] = {ChangingKey(SEGMENT(SplitRecord, Buchungsnummer, Integer)),
+                                UniqueKey(SEGMENT(SplitRecord, Splitnummer, Autoincrement))};
+constexpr KeyRow batKeys[] = {UniqueKey(SEGMENT(BatRecord, Buchungsnummer, Autoincrement)),
+                              ChangingKey(SEGMENT(BatRecord, Stapel, Integer))};
+constexpr KeyRow bubeKeys[] = {UniqueKey(postingKey),
+                               ChangingKey(SEGMENT(BubeRecord, Sollkonto, String), postingKey),
+                               ChangingKey(SEGMENT(BubeRecord, Habenkonto, String), postingKey),
+                               ChangingKey(SEGMENT(BubeRecord, Steuerkonto, String), postingKey),
+                               ChangingKey(SEGMENT(BubeRecord, Beleg, String)),
+                               UniqueKey(SEGMENT(BubeRecord, Buchungsnummer, Integer)),
+                               ChangingKey(SEGMENT(BubeRecord, Benutzer, String)),
+                               ChangingKey(SEGMENT(BubeRecord, Buchungsdatum, String))};
+constexpr KeyRow openItemKeys[] = {UniqueKey(SEGMENT(OpenItemRecord, Nummer, Unsigned)),
+                                   ChangingKey(SEGMENT(OpenItemRecord, Konto, String)),
+                                   ChangingKey(SEGMENT(OpenItemRecord, Skontodatum, String)),
+                                   ChangingKey(SEGMENT(OpenItemRecord, Termin, String))};
+constexpr KeyRow stapelKeys[] = {UniqueKey(SEGMENT(StapelRecord, Nummer, Autoincrement))};
+constexpr KeyRow kurseKeys[] = {
+    UniqueKey(SEGMENT(KurseRecord, Waehrung, String), SEGMENT(KurseRecord, Datum, String))};
+constexpr KeyRow userKeys[] = {UniqueKey(SEGMENT(UserRecord, Schluessel, String))};
+constexpr KeyRow koschaKeys[] = {UniqueKey(SEGMENT(KoschaRecord, Nummer, Integer))};
+constexpr KeyRow koschazeKeys[] = {DuplicateKey(SEGMENT(KoschazeRecord, Nummer, Integer))};
+constexpr KeyRow zahlzielKeys[] = {UniqueKey(SEGMENT(ZahlzielRecord, Nummer, Integer))};
 
 // A table of which only the number is known; the rest of its record belongs to the accounting application.
-template <typename Record> TableLayout Numbered(TableId id, const char *stem, const char *content)
+constexpr KeyRow numberedKeys[] = {UniqueKey({0, sizeof(int32_t), KeyType::Integer})};
+template <typename Record>
+constexpr FieldRow numberedFields[] = {
+    FIELD(Record, Nummer, Form::I32, "Nummer"),
+    FieldRow{"Rest", sizeof(int32_t), sizeof(Record) - sizeof(int32_t), Form::Bytes, Reference::None,
+             "gehört der Anwendung"},
+};
+
+constexpr TableRow tableRows[] = {
+    {TableSako, "sako", sizeof(SakoRecord), "Sachkonten", sakoKeys, sakoFields},
+    {TableBube, "bube", sizeof(BubeRecord), "Endgültige Buchungen", bubeKeys, bubeFields},
+    {TableKred, "kred", sizeof(PersonalRecord), "Kreditoren", personalKeys, personalFields},
+    {TableDebi, "debi", sizeof(PersonalRecord), "Debitoren", personalKeys, personalFields},
+    {TableSteke, "steke", sizeof(StekeRecord), "Steuerschlüssel", stekeKeys, stekeFields},
+    {TableFista, "fista", sizeof(FistaRecord), "Mandanten", fistaKeys, fistaFields},
+    {TableGuvauf, "guvauf", sizeof(StructureRecord), "Aufbau der Gewinn- und Verlustrechnung", structureKeys,
+     structureFields},
+    {TableBilaktau, "bilaktau", sizeof(StructureRecord), "Aufbau der Aktiva", structureKeys, structureFields},
+    {TableBilpasau, "bilpasau", sizeof(StructureRecord), "Aufbau der Passiva", structureKeys,
+     structureFields},
+    {TableKore, "kore", sizeof(KoreRecord), "Kostenstellen", koreKeys, koreFields},
+    {TableKobu, "kobu", sizeof(KobuRecord), "Kostenbuchungen", kobuKeys, kobuFields},
+    {TableBat, "bat", sizeof(BatRecord), "Buchungen im Stapel", batKeys, batFields},
+    {TableBank, "bank", sizeof(BankRecord), "Banken", numberedKeys, numberedFields<BankRecord>},
+    {TableUeberw, "ueberw", sizeof(UeberwRecord), "Überweisungen", numberedKeys,
+     numberedFields<UeberwRecord>},
+    {TableOpkred, "opkred", sizeof(OpenItemRecord), "Offene Posten der Kreditoren", openItemKeys,
+     openItemFields, Reference::Kreditor},
+    {TableOpdebi, "opdebi", sizeof(OpenItemRecord), "Offene Posten der Debitoren", openItemKeys,
+     openItemFields, Reference::Debitor},
+    {TableStapel, "stapel", sizeof(StapelRecord), "Stapel", stapelKeys, stapelFields},
+    {TableKurse, "kurse", sizeof(KurseRecord), "Wechselkurse", kurseKeys, kurseFields},
+    {TableButext, "butext", sizeof(ButextRecord), "Buchungstexte", numberedKeys,
+     numberedFields<ButextRecord>},
+    {TableBuscha, "buscha", sizeof(BuschaRecord), "Buchungsschablonen", numberedKeys,
+     numberedFields<BuschaRecord>},
+    {TableUser, "user", sizeof(UserRecord), "Benutzer", userKeys, userFields},
+    {TableSplit, "split", sizeof(SplitRecord), "Teilbuchungen im Stapel", splitKeys, splitFields},
+    {TableKoscha, "koscha", sizeof(KoschaRecord), "Kostenschablonen", koschaKeys, koschaFields},
+    {TableKoschaze, "koschaze", sizeof(KoschazeRecord), "Zeilen der Kostenschablonen", koschazeKeys,
+     koschazeFields},
+    {TableZahlziel, "zahlziel", sizeof(ZahlzielRecord), "Zahlungsziele", zahlzielKeys, zahlzielFields},
+    {TableBumak, "bumak", sizeof(BumakRecord), "Buchungsmakros", numberedKeys, numberedFields<BumakRecord>},
+    {TableMahntext, "mahntext", sizeof(MahntextRecord), "Mahntexte", numberedKeys,
+     numberedFields<MahntextRecord>},
+};
+
+constexpr bool AgreesWithCatalogue(const TableRow &row)
 {
-    return {id,
-            stem,
-            sizeof(Record),
-            content,
-            {UniqueKey({SEGMENT(Record, Nummer, Integer)})},
-            {FIELD(Record, Nummer, Form::I32, "Nummer"),
-             FieldLayout{"Rest", sizeof(int32_t), sizeof(Record) - sizeof(int32_t), Form::Bytes,
-                         Reference::None, "gehört der Anwendung"}}};
+    const TableEntry &entry = tableCatalogue[row.Id];
+    return std::string_view(entry.Stem) == row.Stem && entry.RecordLength == row.RecordLength;
+}
+static_assert(std::all_of(std::begin(tableRows), std::end(tableRows), AgreesWithCatalogue));
+
+// ---- The rows as they are offered ----
+
+// Where fields lie, and what goes before their names and meanings.
+struct Place {
+    std::string Prefix; // "Umsaetze."
+    size_t Offset = 0;
+    std::string Of; // "erste Teilbuchung"
+    Reference Personal = Reference::None;
+};
+
+void AddField(std::vector<FieldLayout> &fields, const FieldRow &row, const Place &place, std::string name,
+              size_t offset, std::string meaning)
+{
+    const bool isPersonal = row.Target == Reference::Personenkonto && place.Personal != Reference::None;
+    if (!place.Of.empty()) meaning = place.Of + ": " + meaning;
+    fields.push_back({place.Prefix + name, static_cast<uint16_t>(place.Offset + offset),
+                      static_cast<uint16_t>(row.Width), row.Type, isPersonal ? place.Personal : row.Target,
+                      std::move(meaning), row.IsNeeded});
+}
+
+void AddSums(std::vector<FieldLayout> &fields, const Place &place)
+{
+    const auto addPair = [&](const std::string &name, size_t offset, const std::string &of) {
+        for (const FieldRow &row : sumFields) {
+            AddField(fields, row, {place.Prefix + name + ".", place.Offset + offset, of}, row.Name,
+                     row.Offset, row.Meaning);
+        }
+    };
+    addPair("Vortrag", offsetof(AccountSums, Vortrag), "Vortrag");
+    addPair("Slot0", offsetof(AccountSums, Slot0), "Jahresende");
+    for (size_t month = 0; month < 12; ++month) {
+        addPair("Monat[" + std::to_string(month) + "]",
+                offsetof(AccountSums, Monat) + month * sizeof(SollHaben),
+                "Geschäftsmonat " + std::to_string(month + 1));
+    }
+}
+
+void AddRows(std::vector<FieldLayout> &fields, std::span<const FieldRow> rows, const Place &place)
+{
+    for (const FieldRow &row : rows) {
+        const Place inside = {place.Prefix + row.Name + ".", place.Offset + row.Offset, row.Meaning};
+        if (row.Inside == Nest::Part) {
+            AddRows(fields, splitFields, inside);
+        } else if (row.Inside == Nest::Sums) {
+            AddSums(fields, inside);
+            AddRows(fields, countFields, inside);
+        } else if (row.Count == 0) {
+            AddField(fields, row, place, row.Name, row.Offset, row.Meaning);
+        }
+        for (size_t i = 0; i < row.Count; ++i) {
+            AddField(fields, row, place, row.Name + ("[" + std::to_string(i) + "]"),
+                     row.Offset + i * row.Width, row.Meaning + (" " + std::to_string(i + 1)));
+        }
+    }
+}
+
+TableLayout LayoutFrom(const TableRow &row)
+{
+    TableLayout layout{row.Id, row.Stem, static_cast<uint16_t>(row.RecordLength), row.Content, {}, {}};
+    for (const KeyRow &key : row.Keys) {
+        KeyLayout &made = layout.Keys.emplace_back(KeyLayout{key.Duplicates, key.Modifiable, {}});
+        for (const KeySegment &segment : key.Segments) {
+            if (segment.Length > 0) made.Segments.push_back(segment);
+        }
+    }
+    AddRows(layout.Fields, row.Fields, {"", 0, "", row.Personal});
+    return layout;
 }
 
 std::vector<TableLayout> MakeTables()
 {
-    std::vector<TableLayout> tables = {
-        Sako(),
-        Bube(),
-        Personal(TableKred, "kred", "Kreditoren"),
-        Personal(TableDebi, "debi", "Debitoren"),
-        Steke(),
-        Fista(),
-        Structure(TableGuvauf, "guvauf", "Aufbau der Gewinn- und Verlustrechnung"),
-        Structure(TableBilaktau, "bilaktau", "Aufbau der Aktiva"),
-        Structure(TableBilpasau, "bilpasau", "Aufbau der Passiva"),
-        Kore(),
-        Kobu(),
-        Bat(),
-        Numbered<BankRecord>(TableBank, "bank", "Banken"),
-        Numbered<UeberwRecord>(TableUeberw, "ueberw", "Überweisungen"),
-        OpenItems(TableOpkred, "opkred", "Offene Posten der Kreditoren", Reference::Kreditor),
-        OpenItems(TableOpdebi, "opdebi", "Offene Posten der Debitoren", Reference::Debitor),
-        Stapel(),
-        Kurse(),
-        Numbered<ButextRecord>(TableButext, "butext", "Buchungstexte"),
-        Numbered<BuschaRecord>(TableBuscha, "buscha", "Buchungsschablonen"),
-        User(),
-        Split(),
-        Koscha(),
-        Koschaze(),
-        Zahlziel(),
-        Numbered<BumakRecord>(TableBumak, "bumak", "Buchungsmakros"),
-        Numbered<MahntextRecord>(TableMahntext, "mahntext", "Mahntexte"),
-    };
-    for (const TableLayout &table : tables) {
-        const TableEntry &entry = tableCatalogue[table.Id];
-        if (table.Stem != entry.Stem || table.RecordLength != entry.RecordLength) {
-            throw std::logic_error("table description does not agree with the catalogue: " + table.Stem);
-        }
+    std::vector<TableLayout> tables;
+    for (const TableRow &row : tableRows) {
+        tables.push_back(LayoutFrom(row));
     }
     return tables;
 }
