@@ -1,10 +1,9 @@
 #include "tools/books/batches.h"
 
+#include "text/windows1252.h"
 #include "tools/books/cost_templates.h"
 #include "tools/books/record_fields.h"
 #include "tools/common/table_file.h"
-
-#include "text/windows1252.h"
 
 #include <iterator>
 #include <optional>

@@ -1,9 +1,8 @@
 #include "tools/books/business.h"
 
+#include "text/windows1252.h"
 #include "tools/books/posting_records.h"
 #include "tools/books/record_fields.h"
-
-#include "text/windows1252.h"
 
 #include <algorithm>
 

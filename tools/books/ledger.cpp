@@ -89,6 +89,13 @@ bool YearSums::IsUsed() const
     return used;
 }
 
+tools::Day LastPostingDay(const Ledger &ledger)
+{
+    constexpr int postingMonths = 18;
+    const int months = ledger.Of->FirstMonth - 1 + postingMonths;
+    return tools::DayOf(firstFiscalYear + months / 12, months % 12 + 1, 1) - 1;
+}
+
 void MakeKey(AccountNumber &out, int number)
 {
     char digits[16];

@@ -97,6 +97,9 @@ void BalanceOpening(Ledger &ledger);
 
 void SetVortrag(YearSums &sums, int64_t balance);
 
+// Last day of the postings: eighteen months after the first.
+tools::Day LastPostingDay(const Ledger &ledger);
+
 // The key form of an account number.
 void MakeKey(vark::AccountNumber &out, int number);
 

@@ -1,8 +1,7 @@
 #include "tools/books/open_items.h"
 
-#include "tools/books/record_fields.h"
-
 #include "text/windows1252.h"
+#include "tools/books/record_fields.h"
 
 #include <algorithm>
 

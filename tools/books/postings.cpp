@@ -1,5 +1,6 @@
 #include "tools/books/postings.h"
 
+#include "text/windows1252.h"
 #include "tools/books/business.h"
 #include "tools/books/generator.h"
 #include "tools/books/months.h"
@@ -7,8 +8,6 @@
 #include "tools/books/posting_records.h"
 
 #include <cstring>
-
-#include "text/windows1252.h"
 
 namespace books {
 
@@ -21,7 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int postingMonths = 18;
 // Above this number amounts shrink, so that a year's turnover stays far below the largest amount.
 constexpr int64_t fullAmountsCount = 100000;
 
@@ -197,12 +195,6 @@ void Run(Generator &maker)
 }
 
 } // namespace
-
-Day LastPostingDay(const Ledger &ledger)
-{
-    const int months = ledger.Of->FirstMonth - 1 + postingMonths;
-    return DayOf(firstFiscalYear + months / 12, months % 12 + 1, 1) - 1;
-}
 
 int64_t WritePostings(Ledger &ledger, const PostingPlan &plan, const fs::path &data, const Progress &progress)
 {

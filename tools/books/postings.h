@@ -22,9 +22,6 @@ inline constexpr int64_t postingsMin = 600;
 // The running number of a day has four digits.
 inline constexpr int64_t postingsMax = 3000000;
 
-// Last day of the postings: eighteen months after the first.
-tools::Day LastPostingDay(const Ledger &ledger);
-
 // Writes bube and kobu of both years and the open items below `data`, whose tables must exist and be empty,
 // and adds to the ledger what the accounts' records must hold. The ledger's openings must stand, unbalanced:
 // open items of earlier years are added to them here. Memory does not grow with the number of postings.
