@@ -3,24 +3,13 @@
 #include "record-manager/calls.h"
 #include "record-manager/limits.h"
 
+#include <cassert>
 #include <cstring>
+#include <iterator>
 
 namespace wbtrv {
 
 namespace {
-
-bool IsKeyedRead(unsigned operation) { return operation >= BtrOpGetEqual && operation <= BtrOpGetLast; }
-
-bool IsStep(unsigned operation)
-{
-    return operation == BtrOpStepNext || (operation >= BtrOpStepFirst && operation <= BtrOpStepPrevious);
-}
-
-bool TakesLock(unsigned operation)
-{
-    return IsKeyedRead(operation) || IsStep(operation) || operation == BtrOpGetDirect ||
-           operation == BtrOpInsert || operation == BtrOpUpdate || operation == BtrOpDelete;
-}
 
 LockRequest RequestOf(unsigned bias, const Client *client)
 {
@@ -44,90 +33,149 @@ int16_t TellVersion(const Call &call)
     return BtrStatusOk;
 }
 
-// Operations on an open file.
-int16_t CallOpen(const Call &call)
+int16_t Open(const Call &call)
 {
-    switch (call.Operation) {
-    case BtrOpClose: {
-        const int16_t status = CloseHandle(call.On);
-        memset(call.PositionBlock, 0, BtrPositionBlockSize);
-        return status;
-    }
-    case BtrOpInsert: return InsertRecord(call);
-    case BtrOpUpdate: return UpdateRecord(call);
-    case BtrOpDelete: return DeleteRecord(call);
-    case BtrOpStat: return StatFile(call);
-    case BtrOpGetPosition: return TellPosition(call);
-    case BtrOpGetDirect: return ReadDirect(call);
-    case BtrOpUnlock: return UnlockRecords(call);
-    default: break;
-    }
-    if (IsKeyedRead(call.Operation)) return ReadByKey(call);
-    if (IsStep(call.Operation)) return ReadByStep(call);
-    return BtrStatusBadOperation;
+    return call.PositionBlock == nullptr ? static_cast<int16_t>(BtrStatusBadPositionBlock) : OpenFile(call);
 }
 
-// Tells biases from the operation. False for what does not exist.
-bool Decode(uint16_t code, Call *call, unsigned *bias)
+int16_t Close(const Call &call)
 {
+    const int16_t status = CloseHandle(call.On);
+    memset(call.PositionBlock, 0, BtrPositionBlockSize);
+    return status;
+}
+
+int16_t BeginExclusive(const Call &call) { return BeginTransaction(call, TransactionKind::Exclusive, false); }
+
+int16_t BeginConcurrent(const Call &call)
+{
+    return BeginTransaction(call, TransactionKind::Concurrent, call.Bias == BtrBiasNoRetry);
+}
+
+int16_t End(const Call &call) { return EndTransaction(call.Caller); }
+
+int16_t Abort(const Call &call) { return AbortTransaction(call.Caller); }
+
+int16_t EndOfGroup(const Call &call) { return EndGroup(call.Caller); }
+
+int16_t Stop(const Call &)
+{
+    EndClient();
+    return BtrStatusOk;
+}
+
+int16_t Reset(const Call &call)
+{
+    ResetClient(call.Caller);
+    return BtrStatusOk;
+}
+
+// What an operation needs and takes.
+enum Trait : unsigned {
+    NeedsFile = 1,    // an open one, whose position block is passed
+    TakesBias = 2,    // of a lock
+    GivesKeyOnly = 4, // with BtrBiasKeyOnly
+    OnRecord = NeedsFile | TakesBias,
+    OnKey = OnRecord | GivesKeyOnly
+};
+
+struct Operation {
+    unsigned Code;
+    unsigned Traits;
+    int16_t (*Do)(const Call &call);
+};
+
+constexpr Operation operations[] = {
+    {BtrOpOpen, 0, Open},
+    {BtrOpClose, NeedsFile, Close},
+    {BtrOpInsert, OnRecord, InsertRecord},
+    {BtrOpUpdate, OnRecord, UpdateRecord},
+    {BtrOpDelete, OnRecord, DeleteRecord},
+    {BtrOpGetEqual, OnKey, ReadByKey},
+    {BtrOpGetNext, OnKey, ReadByKey},
+    {BtrOpGetPrevious, OnKey, ReadByKey},
+    {BtrOpGetGreater, OnKey, ReadByKey},
+    {BtrOpGetGreaterOrEqual, OnKey, ReadByKey},
+    {BtrOpGetLess, OnKey, ReadByKey},
+    {BtrOpGetLessOrEqual, OnKey, ReadByKey},
+    {BtrOpGetFirst, OnKey, ReadByKey},
+    {BtrOpGetLast, OnKey, ReadByKey},
+    {BtrOpCreate, 0, CreateFile},
+    {BtrOpStat, NeedsFile, StatFile},
+    {BtrOpBegin, TakesBias, BeginExclusive},
+    {BtrOpEnd, 0, End},
+    {BtrOpAbort, 0, Abort},
+    {BtrOpGetPosition, NeedsFile, TellPosition},
+    {BtrOpGetDirect, OnRecord, ReadDirect},
+    {BtrOpStepNext, OnRecord, ReadByStep},
+    {BtrOpStop, 0, Stop},
+    {BtrOpVersion, 0, TellVersion},
+    {BtrOpUnlock, NeedsFile, UnlockRecords},
+    {BtrOpReset, 0, Reset},
+    {BtrOpStepFirst, OnRecord, ReadByStep},
+    {BtrOpStepLast, OnRecord, ReadByStep},
+    {BtrOpStepPrevious, OnRecord, ReadByStep},
+    {BtrOpBeginConcurrent, TakesBias, BeginConcurrent},
+    {BtrOpBeginGroup, 0, BeginGroup},
+    {BtrOpEndGroup, 0, EndOfGroup},
+};
+
+const Operation *FindOperation(unsigned code)
+{
+    // Up to the last of the keyed reads and their neighbour a code is its place.
+    if (code <= BtrOpStat) return &operations[code];
+    for (const Operation &operation : operations) {
+        if (operation.Code == code) return &operation;
+    }
+    return nullptr;
+}
+
+static_assert(operations[BtrOpOpen].Code == BtrOpOpen && operations[BtrOpStat].Code == BtrOpStat);
+
+// Tells biases from the operation. Null for what does not exist.
+const Operation *Decode(uint16_t code, Call *call)
+{
+    unsigned mostBias = BtrBiasMultiple;
     if (code == BtrOpBeginGroup || code == BtrOpEndGroup) {
         call->Operation = code;
-        return true;
-    }
-    if (code >= 1000) {
-        *bias = code - BtrOpBeginConcurrent;
+    } else if (code >= BtrOpBeginConcurrent) {
+        mostBias = BtrBiasNoRetry;
         call->Operation = BtrOpBeginConcurrent;
-        return code >= BtrOpBeginConcurrent && *bias % 100 == 0 && *bias <= BtrBiasNoRetry;
+        call->Bias = code - unsigned{BtrOpBeginConcurrent};
+    } else {
+        call->Operation = code % 100u;
+        call->Bias = code / 100 * 100u;
     }
-    *bias = code / 100 * 100u;
-    call->Operation = code % 100u;
-    if (*bias > BtrBiasMultiple) return false;
-    if (call->Operation >= BtrBiasKeyOnly) {
-        call->Operation -= BtrBiasKeyOnly;
-        call->KeyOnly = true;
-        if (!IsKeyedRead(call->Operation)) return false;
-    }
-    return *bias == 0 || TakesLock(call->Operation) || call->Operation == BtrOpBegin;
+    if (call->Bias > mostBias || call->Bias % 100 != 0) return nullptr;
+    call->KeyOnly = call->Operation >= BtrBiasKeyOnly && call->Operation < 100;
+    if (call->KeyOnly) call->Operation -= BtrBiasKeyOnly;
+    const Operation *operation = FindOperation(call->Operation);
+    if (operation == nullptr || (call->KeyOnly && (operation->Traits & GivesKeyOnly) == 0)) return nullptr;
+    return call->Bias == 0 || (operation->Traits & TakesBias) != 0 ? operation : nullptr;
 }
 
-int16_t Dispatch(Call *call, unsigned bias)
+int16_t Dispatch(const Operation &operation, Call *call)
 {
-    call->Lock = RequestOf(bias, call->Caller);
-    switch (call->Operation) {
-    case BtrOpOpen:
+    call->Lock = RequestOf(call->Bias, call->Caller);
+    if ((operation.Traits & NeedsFile) != 0) {
         if (call->PositionBlock == nullptr) return BtrStatusBadPositionBlock;
-        return OpenFile(*call);
-    case BtrOpCreate: return CreateFile(*call);
-    case BtrOpBegin: return BeginTransaction(*call, TransactionKind::Exclusive, false);
-    case BtrOpBeginConcurrent:
-        return BeginTransaction(*call, TransactionKind::Concurrent, bias == BtrBiasNoRetry);
-    case BtrOpEnd: return EndTransaction(call->Caller);
-    case BtrOpAbort: return AbortTransaction(call->Caller);
-    case BtrOpBeginGroup: return BeginGroup(*call);
-    case BtrOpEndGroup: return EndGroup(call->Caller);
-    case BtrOpVersion: return TellVersion(*call);
-    case BtrOpStop: EndClient(); return BtrStatusOk;
-    case BtrOpReset: ResetClient(call->Caller); return BtrStatusOk;
-    default: break;
+        call->On = FindHandle(call->Caller, call->PositionBlock);
+        if (call->On == nullptr) return BtrStatusNotOpen;
     }
-    if (!TakesLock(call->Operation) && call->Operation != BtrOpClose && call->Operation != BtrOpStat &&
-        call->Operation != BtrOpGetPosition && call->Operation != BtrOpUnlock) {
-        return BtrStatusBadOperation;
-    }
-    if (call->PositionBlock == nullptr) return BtrStatusBadPositionBlock;
-    call->On = FindHandle(call->Caller, call->PositionBlock);
-    if (call->On == nullptr) return BtrStatusNotOpen;
-    return CallOpen(*call);
+    return operation.Do(*call);
 }
 
 int16_t Carry(uint16_t code, Call *call)
 {
-    unsigned bias = 0;
-    if (!Decode(code, call, &bias)) return BtrStatusBadOperation;
+    const Operation *operation = Decode(code, call);
+    if (operation == nullptr) return BtrStatusBadOperation;
     call->Caller = CurrentClient();
     if (call->Caller == nullptr) return BtrStatusNoEngine;
-    const int16_t status = Dispatch(call, bias);
-    if (call->Operation != BtrOpStop) ReleaseIdle(call->Caller);
+    assert(BrokenInvariant(*call->Caller) == 0);
+    const int16_t status = Dispatch(*operation, call);
+    if (operation->Do == Stop) return status;
+    ReleaseIdle(call->Caller);
+    assert(BrokenInvariant(*call->Caller) == 0);
     return status;
 }
 

@@ -13,12 +13,17 @@ extern "C" {
 
 // Does `operation` (BtrOp…, with a lock bias where the operation reads or writes) and returns a BtrStatus….
 //
-// positionBlock  128 bytes of the caller's, one per open file, zeroed before BtrOpOpen and left alone while
-// open. data           the record, or what the operation wants instead of one. dataLength     in: size of
-// `data` (the record's length for insert and update); out: bytes returned. On any
-//                status but BtrStatusOk it keeps what it held.
-// key            key value in and out, the path for open and create; at most keyLength bytes are used.
-// keyNumber      key, open mode or a special meaning of the operation.
+//   positionBlock   128 bytes of the caller's, one per open file, zeroed before BtrOpOpen and left alone
+//                   while open.
+//
+//   data            The record, or what the operation wants instead of one.
+//
+//   dataLength      In: size of `data` (the record's length for insert and update). Out: bytes returned. On
+//                   any status but BtrStatusOk it keeps what it held.
+//
+//   key             Key value in and out, the path for open and create; at most keyLength bytes are used.
+//
+//   keyNumber       Key, open mode or a special meaning of the operation.
 //
 // Null pointers are answered with a status: 23 for a position block, 22 for data or its length, 21 for a key,
 // where the operation needs them.
@@ -67,12 +72,12 @@ enum BtrOperation {
     // second. One directory alone may be changed in it. For loading tools; the library knows nothing of it.
     BtrOpBeginGroup = 2019,
     BtrOpEndGroup = 2020,
-    BtrBiasKeyOnly = 50,         // on the keyed reads: the key alone, no record
-    BtrBiasWaitLock = 100,       // lock one record, waiting for it
-    BtrBiasLock = 200,           // lock one record or fail at once
-    BtrBiasWaitMultiple = 300,   // lock one of several records, waiting for it
-    BtrBiasMultiple = 400,       // lock one of several records or fail at once
-    BtrBiasNoRetry = 500         // on BtrOpBeginConcurrent: nothing inside waits for another's lock
+    BtrBiasKeyOnly = 50,       // on the keyed reads: the key alone, no record
+    BtrBiasWaitLock = 100,     // lock one record, waiting for it
+    BtrBiasLock = 200,         // lock one record or fail at once
+    BtrBiasWaitMultiple = 300, // lock one of several records, waiting for it
+    BtrBiasMultiple = 400,     // lock one of several records or fail at once
+    BtrBiasNoRetry = 500       // on BtrOpBeginConcurrent: nothing inside waits for another's lock
 };
 
 enum BtrStatusCode {

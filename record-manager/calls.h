@@ -7,6 +7,7 @@ namespace wbtrv {
 
 struct Call {
     unsigned Operation; // without biases
+    unsigned Bias;      // of a lock, or BtrBiasNoRetry
     bool KeyOnly;
     LockRequest Lock;
     Client *Caller;
@@ -24,6 +25,17 @@ inline uint32_t DataSize(const Call &call)
 {
     return call.Data != nullptr && call.DataLength != nullptr ? *call.DataLength : 0;
 }
+
+// clients.cpp
+
+// The calling thread's client, made at its first call. Null for lack of memory.
+Client *CurrentClient();
+
+// Closes everything and forgets the thread's client.
+void EndClient();
+
+// Aborts the transaction, releases every lock, closes every file.
+void ResetClient(Client *client);
 
 // files.cpp
 int16_t OpenFile(const Call &call);

@@ -1,13 +1,14 @@
 // Who calls: a client is a thread, with its position blocks, its locks and its transaction.
 //
-// What holds between calls:
+// What holds between calls (BrokenInvariant checks it):
 //  1. A client store's Snapshot is reset: no call leaves one open.
 //  2. Pending is set only inside a transaction that has changed something, or while loading; the gate is
 //     then held.
-//  3. A client file is Touched only while Pending is set; its Counters are then newer than the stored ones.
-//  4. Every lock in a position block's list, and every one in Implicit, is counted once in Held of its file;
-//     a counted record is locked in the lock description, or lies in the range of a Whole file.
+//  3. A client file is Touched only while Pending is set; its Counters are then no older than the stored.
+//  4. Every lock in a position block's list, and every one in Implicit, is counted once in Held of its file.
 //  5. WriteCursors of a file are set only while Pending of its store is, and Cursors tells that some are.
+//  6. Opens of stores and files, and LoadingOpens, are the numbers of their position blocks.
+//  7. A client store has a description of its own exactly as long as records or whole files are locked.
 #pragma once
 
 #include "record-manager/limits.h"
@@ -132,15 +133,6 @@ struct Client {
     int16_t Failed;       // status of an end that failed; the transaction can only be aborted
 };
 
-// The calling thread's client, made at its first call. Null for lack of memory.
-Client *CurrentClient();
-
-// Closes everything and forgets the thread's client.
-void EndClient();
-
-// Aborts the transaction, releases every lock, closes every file.
-void ResetClient(Client *client);
-
 // The handle of a position block, or null if it is none of this client's.
 Handle *FindHandle(const Client *client, const void *positionBlock);
 
@@ -148,9 +140,10 @@ Handle *FindHandle(const Client *client, const void *positionBlock);
 Handle *AddHandle(Client *client, ClientFile *file, void *positionBlock);
 void RemoveHandle(Client *client, Handle *handle);
 
-// The client's part of the books, opened or found. ReleaseClientStore follows once it has no files open.
+// The client's part of the books, opened or found. It ends with the call that leaves it no open files.
 int16_t AcquireClientStore(Client *client, const char *directory, bool create, bool readOnly,
                            ClientStore **out);
+void EndClientStore(ClientStore *store);
 // Gives back the descriptions through which nothing is locked any more, and leaves the directories where
 // nothing is open. Every call ends with it.
 void ReleaseIdle(Client *client);
@@ -185,5 +178,8 @@ void ReleaseAllMultiple(Handle *handle);
 // Makes room for one more, so that the next AppendLock succeeds. 0 or 87.
 int16_t ReserveLock(LockList *list);
 bool AppendLock(LockList *list, HeldLock lock);
+
+// The number of the first of the invariants above that does not hold; 0 when all do.
+unsigned BrokenInvariant(const Client &client);
 
 } // namespace wbtrv

@@ -123,6 +123,7 @@ int16_t FindFileNumber(View *view, const char *name, uint32_t *number);
 int16_t BeginSnapshot(Store *store, View **snapshot); // *snapshot null: made, otherwise renewed
 void ResetSnapshot(View *snapshot);
 void EndSnapshot(View *snapshot);
+bool IsOpen(const View &snapshot); // made or renewed, and not given back since
 
 // The write transaction of the directory. The caller holds the gate. Every file there is can be used in it.
 int16_t BeginWriter(Store *store, Writer **writer);

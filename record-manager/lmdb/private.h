@@ -35,6 +35,7 @@ inline constexpr uint32_t formatWithSums = 2;
 struct CatalogueKey {
     char Text[12];
 };
+// ---- names.cpp ----
 CatalogueKey KeyOf(uint32_t number, char what);
 // The name of one of a file's trees.
 CatalogueKey KeyOfTree(uint32_t number, size_t tree);
@@ -44,6 +45,7 @@ struct View {
     Store *Of;
     MDB_txn *Transaction;
     bool Writing;
+    bool Open;
     uint64_t Number;   // of the transaction that made the snapshot; the writer's is that of its beginning
     uint64_t LastPage; // what follows is the snapshot's
     TreeHead Free;
@@ -153,10 +155,15 @@ int16_t FindTree(const View &view, uint32_t file, size_t tree, TreeHead *found);
 // An entry of the catalogue. 4 none.
 int16_t FindInCatalogue(const View &view, const char *name, Bytes *value);
 
-// ---- writing.cpp ----
+// ---- touching.cpp ----
 
 // Looks at what the store may touch of a tree when it looks for the key or changes its entry.
 int16_t LookInWriter(Writer *writer, const File &file, size_t tree, Bytes bound, Side side);
+// After an entry was removed: where leaves were joined, the next one beside them is none of those that were
+// looked at.
+int16_t LookAfterRemoval(Writer *writer, const File &file, size_t tree);
+// Branches and leaves of a tree now.
+uint64_t PagesOf(const Writer &writer, unsigned tree);
 
 // ---- catalogue.cpp ----
 
@@ -171,7 +178,7 @@ int16_t OpenTrees(MDB_txn *transaction, uint32_t number, size_t keys, unsigned *
 // no longer.
 int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *view);
 
-// ---- environment.cpp ----
+// ---- statuses.cpp ----
 
 // The status of a failure of the store or of the system.
 int16_t StatusOf(int error);
@@ -185,6 +192,8 @@ inline MDB_val ToVal(const char *text) { return {strlen(text), const_cast<char *
 inline Bytes ToBytes(const MDB_val &val) { return {static_cast<const uint8_t *>(val.mv_data), val.mv_size}; }
 
 inline Bytes ToBytes(const char *text) { return {reinterpret_cast<const uint8_t *>(text), strlen(text)}; }
+
+// ---- environment.cpp ----
 
 // Whether the lock file by which this process works is still the one that newcomers find.
 bool HasLockFile(const Store *store);

@@ -80,6 +80,7 @@ int16_t BeginSnapshot(Store *store, View **snapshot)
     if (made) *snapshot = static_cast<View *>(calloc(1, sizeof(View)));
     if (*snapshot == nullptr) return BtrStatusHandleTableFull;
     const int16_t status = Renew(store, *snapshot);
+    (*snapshot)->Open = status == BtrStatusOk;
     if (status != BtrStatusOk && made) {
         EndSnapshot(*snapshot);
         *snapshot = nullptr;
@@ -87,7 +88,13 @@ int16_t BeginSnapshot(Store *store, View **snapshot)
     return status;
 }
 
-void ResetSnapshot(View *snapshot) { mdb_txn_reset(snapshot->Transaction); }
+void ResetSnapshot(View *snapshot)
+{
+    mdb_txn_reset(snapshot->Transaction);
+    snapshot->Open = false;
+}
+
+bool IsOpen(const View &snapshot) { return snapshot.Open; }
 
 void EndSnapshot(View *snapshot)
 {

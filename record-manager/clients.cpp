@@ -1,0 +1,94 @@
+// The clients of this process: made by a thread's first call, ended with the thread, forgotten by a fork.
+#include "record-manager/calls.h"
+
+#include <cstdlib>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace wbtrv {
+
+namespace {
+
+thread_local Client *current = nullptr;
+pthread_key_t endOfThread;
+bool threadsAreWatched = false;
+pthread_once_t once = PTHREAD_ONCE_INIT;
+Client *clients = nullptr; // guarded by the registry's lock, which a fork waits for
+
+void EndOfThread(void *client)
+{
+    current = static_cast<Client *>(client);
+    EndClient();
+}
+
+// The child has the parent's position blocks and descriptions, and no right to either.
+void ForgetParent()
+{
+    for (Client *client = clients; client != nullptr; client = client->Next) {
+        for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
+            if (store->LockFd >= 0) close(store->LockFd);
+        }
+    }
+    clients = nullptr;
+    current = nullptr;
+    if (threadsAreWatched) pthread_setspecific(endOfThread, nullptr);
+    ForgetStores();
+}
+
+void WatchThreads()
+{
+    threadsAreWatched = pthread_key_create(&endOfThread, EndOfThread) == 0;
+    pthread_atfork(BeforeFork, AfterForkInParent, ForgetParent);
+}
+
+} // namespace
+
+Client *CurrentClient()
+{
+    if (current != nullptr) return current;
+    pthread_once(&once, WatchThreads);
+    if (!threadsAreWatched) return nullptr;
+    auto *client = static_cast<Client *>(calloc(1, sizeof(Client)));
+    if (client == nullptr) return nullptr;
+    if (pthread_setspecific(endOfThread, client) != 0) {
+        free(client);
+        return nullptr;
+    }
+    LockRegistry();
+    client->Next = clients;
+    client->Link = &clients;
+    if (clients != nullptr) clients->Link = &client->Next;
+    clients = client;
+    UnlockRegistry();
+    current = client;
+    return client;
+}
+
+void ResetClient(Client *client)
+{
+    client->Group = GroupState::None; // so that the abort undoes all of it
+    if (client->Transaction != TransactionKind::None) AbortTransaction(client);
+    for (size_t i = 0; i < client->HandleCount; ++i) {
+        if (client->Handles[i] != nullptr) (void)CloseHandle(client->Handles[i]);
+    }
+}
+
+void EndClient()
+{
+    Client *client = current;
+    if (client == nullptr) return;
+    ResetClient(client);
+    while (client->Stores != nullptr) {
+        EndClientStore(client->Stores);
+    }
+    LockRegistry();
+    *client->Link = client->Next;
+    if (client->Next != nullptr) client->Next->Link = client->Link;
+    UnlockRegistry();
+    free(client->Handles);
+    free(client);
+    pthread_setspecific(endOfThread, nullptr);
+    current = nullptr;
+}
+
+} // namespace wbtrv
