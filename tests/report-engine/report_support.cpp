@@ -23,7 +23,8 @@ const int unseen = setenv("VARK_UI", "headless", 1);
 
 // Loaded before a test captures standard error: the window system writes to what was a stream for messages
 // then.
-void *const windowSystem = dlopen("libvarkui.so", RTLD_NOW);
+void *const windowSystem = dlopen(
+    (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "libvarkui.so").c_str(), RTLD_NOW);
 
 } // namespace
 
