@@ -2,22 +2,31 @@
 
 report { id = "tervoUMSTAT0.0", title = "Umsatzstatistik" }
 
-page {
-    margins = { top = 10, right = 10, bottom = 10, left = 20 },
-    font = "Roboto Condensed",
-    fontsize = 8.5,
-    head = 3,
-    foot = 1,
-}
+local list = share("or_page")
+
+list.upright()
 
 columns {
-    { "konto", "Konto", 15 },
-    { "name", "Name", 62 },
-    { "ort", "Anschrift", 73 },
-    { "umsatz", "Umsatz", 30, form = "amount", sum = true },
+    { "konto", "Konto", 14 },
+    { "kuerzel", "Kürzel", 18 },
+    { "name", "Name", 56 },
+    { "ort", "Anschrift", 64 },
+    { "umsatz", "Umsatz", 28, form = "amount", sum = true },
 }
 
-carry { column = "name", pagesum = "Summe Seite {page}", down = "Übertrag", up = "Übertrag von Seite {before}" }
+fields {
+    { "konto", "Konto" },
+    { "kuerzel", "Kürzel" },
+    { "name1", "Name 1" },
+    { "name2", "Name 2" },
+    { "strasse", "Straße" },
+    { "land", "Land" },
+    { "plz", "PLZ" },
+    { "ort", "Ort" },
+    { "umsatz", "Umsatz", form = "amount" },
+}
+
+list.carry("name")
 
 record(0, {
     text("mandant", 0, 41),
@@ -27,13 +36,18 @@ record(0, {
     text("auswahl", 151, 81),
     i32("netto", 232),
     emit = function(r)
-        local konten = r.art
-        if r.bereich ~= "" then konten = konten .. " " .. r.bereich end
         local art = r.netto ~= 0 and "Nettobeträge" or "Bruttobeträge"
-        head { left = "Umsatzstatistik", right = "Seite {page} von {pages}" }
-        head { left = r.mandant, right = r.zeitraum }
-        head { left = konten, right = r.auswahl ~= "" and art .. ", " .. r.auswahl or art }
-        foot { left = r.mandant, right = "gedruckt am " .. today() }
+        -- All of a kind are told in the singular, since both limits are open.
+        local konten = r.bereich ~= "" and list.joined(r.art, r.bereich) or r.art:sub(1, 7) .. "en"
+        about {
+            { "mandant", r.mandant },
+            { "zeitraum", r.zeitraum },
+            { "konten", konten },
+            { "auswahl", r.auswahl },
+            { "betraege", art },
+        }
+        list.head(r.mandant, "Umsatzstatistik")
+        head { left = { konten, r.auswahl }, center = r.zeitraum, right = art }
     end,
 })
 
@@ -49,15 +63,20 @@ record(1, {
     text("ort", 124, 32),
     rows = { "line" },
     emit = function(r)
+        data(r)
         r.name = r.name2 ~= "" and r.name1 .. ", " .. r.name2 or r.name1
-        local ort = r.plz .. " " .. r.ort
-        if r.land ~= "" then ort = r.land .. "-" .. ort end
-        r.ort = r.strasse ~= "" and r.strasse .. ", " .. ort or ort
+        local ort = list.joined(r.plz, r.ort)
+        if r.land ~= "" and ort ~= "" then ort = r.land .. "-" .. ort end
+        r.ort = r.strasse ~= "" and ort ~= "" and r.strasse .. ", " .. ort or r.strasse .. ort
         row("line", r)
     end,
 })
 
 finish {
     rows = { "total" },
-    emit = function(sum) row("total", { name = "Gesamtumsatz, " .. sum.count .. " Konten", umsatz = sum.umsatz }) end,
+    empty = "Keine Umsätze im Zeitraum.",
+    emit = function(sum)
+        local konten = sum.count == 1 and "1 Konto" or sum.count .. " Konten"
+        row("total", { name = "Gesamtumsatz, " .. konten, umsatz = sum.umsatz })
+    end,
 }

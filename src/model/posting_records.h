@@ -117,8 +117,8 @@
 //    191   13  Reserved191
 //    204   13  Betrag4            printed by the OP-Liste
 //    217   15  Reserved217
-//    232    4  Wert3              i32, printed by the OP-Liste
-//    236    2  Reserved236
+//    232    2  Wert3              i16, printed by the OP-Liste
+//    234    4  Reserved234
 //    238    5  Waehrung           empty: the Mandant's
 //    243   13  Waehrungsbetrag    the amount in Waehrung
 //    256   28  Reserved256
@@ -399,8 +399,8 @@ struct OpenItemRecord {
     char Reserved191[13];
     AmountText Betrag4;
     char Reserved217[15];
-    int32_t Wert3;
-    char Reserved236[2];
+    int16_t Wert3;
+    char Reserved234[4];
     char Waehrung[5];
     AmountText Waehrungsbetrag;
     char Reserved256[28];

@@ -289,7 +289,7 @@ const std::vector<Shipped> shipped = {
     {"or_guv.rs", "tervoGUV0.0", {161, 32, 32, 32, 110, 110, 110, 110, 110}, true},
     {"or_bil.rs", "tervoBILANZ0.0", {165, 32, 32, 32, 84, 84, 84, 84, 4}, true},
     {"or_vprob.rs", "tervoUSTVAVERPROB0.0", {121, 54, 50, 76, 72}},
-    {"or_oplst.rs", "tervoOPLISTE0.0", {109, 15, 240}},
+    {"or_oplst.rs", "tervoOPLISTE0.0", {109, 15, 240}, true},
     {"or_kobla.rs", "tervoKOSTENBLATT0.0", {34, 102, 141}, true},
 };
 

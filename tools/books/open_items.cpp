@@ -86,7 +86,7 @@ OpenItemRecord RecordOf(const OpenItem &item, const Account &account, int firstM
     PutAmount(record.Betrag3, item.Original);
     PutAmount(record.Betrag2, Percent(item.Open, ShareOf(partner.Skonto)));
     PutAmount(record.Betrag4, item.Original - item.Open);
-    record.Wert3 = item.Booking;
+    record.Wert3 = static_cast<int16_t>(item.Booking);
     const char *currency = CurrencyOf(account);
     text::FromUtf8(currency, record.Waehrung, sizeof record.Waehrung);
     PutAmount(record.Waehrungsbetrag, ForeignAmount(currency, item.Open));

@@ -288,7 +288,7 @@ constexpr FieldRow openItemFields[] = {
     FIELD(OpenItemRecord, Betrag3, Form::Amount, "Betrag der OP-Liste"),
     FIELD(OpenItemRecord, Betrag2, Form::Amount, "zweiter Betrag"),
     FIELD(OpenItemRecord, Betrag4, Form::Amount, "Betrag der OP-Liste"),
-    FIELD(OpenItemRecord, Wert3, Form::I32, "Wert der OP-Liste"),
+    FIELD(OpenItemRecord, Wert3, Form::I16, "Wert der OP-Liste"),
     LINK(OpenItemRecord, Waehrung, Form::Text, Waehrung, "Währung; leer: die des Mandanten"),
     FIELD(OpenItemRecord, Waehrungsbetrag, Form::Amount, "Betrag in dieser Währung"),
     FIELD(OpenItemRecord, Zahlungsart, Form::U8, "1 Überweisung, 2 Scheck, 3 Einzug, 4 Abbuchung"),

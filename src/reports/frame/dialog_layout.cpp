@@ -208,7 +208,7 @@ void AddOutputGroup(DialogBuilder &builder, const DialogWords &words)
 {
     DialogControl &frame = BeginGroup(builder, words.Ausgabe);
     const int left = builder.Left + 8;
-    AddRadio(builder, controlBildschirm, "Bildschir&m", left, builder.Y, 66, true);
+    AddRadio(builder, controlBildschirm, words.Bildschirm, left, builder.Y, 66, true);
     AddRadio(builder, controlDrucker, "D&rucker", left + 68, builder.Y, 66, false);
     MoveOn(builder, builder.Y + 12);
     EndGroup(builder, frame);

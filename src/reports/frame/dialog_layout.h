@@ -30,6 +30,7 @@ struct DialogWords {
     const char *Konten = "Konten";
     const char *Einzeln = "&einzelnes Konto";
     const char *Ausgabe = "Ausgabe";
+    const char *Bildschirm = "Bildschir&m";
 };
 
 // The period group for `options` (PeriodOption bits); with `perOnly` free dates are one day, "per:". The year
