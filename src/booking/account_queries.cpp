@@ -18,6 +18,10 @@ using text::CopyText;
 
 namespace {
 
+static_assert(int{KontoartSachkonto} == VARK_SACHKONTO && int{KontoartKreditor} == VARK_KREDITOR &&
+              int{KontoartDebitor} == VARK_DEBITOR && int{KontoartKostenstelle} == VARK_KOSTENSTELLE &&
+              int{KontoartKeine} == VARK_OHNE_KONTO);
+
 constexpr int32_t badKontoart = VARK_FEHLER_KONTOART;
 constexpr int32_t numbersUsedUp = VARK_FEHLER_NUMMERN_AUFGEBRAUCHT;
 

@@ -70,7 +70,6 @@
 //     33    1  Reserved33
 #pragma once
 
-#include "include/vark40.h"
 #include "src/model/text_forms.h"
 
 namespace vark {
@@ -97,11 +96,11 @@ enum Zuordnung : int16_t {
 
 // Kind of an account at the exported interface.
 enum Kontoart : int32_t {
-    KontoartSachkonto = VARK_SACHKONTO,
-    KontoartKreditor = VARK_KREDITOR,
-    KontoartDebitor = VARK_DEBITOR,
-    KontoartKostenstelle = VARK_KOSTENSTELLE,
-    KontoartKeine = VARK_OHNE_KONTO, // the number stands in no account table
+    KontoartSachkonto = 1,
+    KontoartKreditor = 2,
+    KontoartDebitor = 4,
+    KontoartKostenstelle = 8,
+    KontoartKeine = 16, // the number stands in no account table
 };
 
 #pragma pack(push, 1)

@@ -136,6 +136,7 @@ int Refuse(ReasonCatcher &catcher, int code)
 {
     std::string reason = catcher.Take();
     if (reason.empty()) reason = TextOfCode(code);
+    if (code == VARK_FEHLER_KEIN_DATENPFAD) tools::ConfiguredDataPath(); // names a file that cannot be read
     if (code == VARK_FEHLER_DATENBANK || code == VARK_FEHLER_KEIN_DATENPFAD ||
         code == VARK_FEHLER_KEIN_SPEICHER)
         throw std::runtime_error(reason);
