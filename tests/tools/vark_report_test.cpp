@@ -322,6 +322,12 @@ TEST_F(Reports, ComeWithAllTheirOptions)
          {"300"},
          {},
          "dialog 121\ncheck 1034\n"},
+        {"op --mandant 1 --art Debitor --gruppierung konto", {"Debitoren"}, {}, "dialog 129\ncheck 1004\n"},
+        {"umsatzstatistik --mandant 1 --jahr 1998 --art Debitor --brutto --mindestumsatz 5000 --land D --plz "
+         "2",
+         {"1998"},
+         {},
+         "dialog 119\nuncheck 1031\ntext 1005 5000\ntext 1032 D\ntext 1033 2\n"},
     };
     for (const Case &each : cases) {
         const Result result = Make(Words(each.Arguments));
