@@ -3,6 +3,7 @@
 #include "report-engine/counting.h"
 #include "report-engine/output.h"
 #include "report-engine/report.h"
+#include "report-engine/writer.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,5 +1,5 @@
-// The dialog of every report in a real window, walked by the keyboard alone: opened, changed, closed with Enter;
-// what the person typed is in the record that the report begins with.
+// The dialog of every report in a real window, walked by the keyboard alone: opened, changed, closed with
+// Enter; what the person typed is in the record that the report begins with.
 #include "include/vark40.h"
 #include "src/reports/frame/report_params.h"
 #include "tests/support/books.h"
