@@ -1,6 +1,7 @@
 #include "fuzz_reports.h"
 
 #include "report-engine/counting.h"
+#include "report-engine/forms.h"
 #include "report-engine/output.h"
 #include "report-engine/report.h"
 #include "report-engine/writer.h"
@@ -37,7 +38,13 @@ void WriteForms(const View &view)
 
 } // namespace
 
-void LowerLimits() { sandboxLimits = {size_t{8} << 20, size_t{1} << 20, 100'000, 200}; }
+void LowerLimits()
+{
+    sandboxLimits.Memory = size_t{8} << 20;
+    sandboxLimits.Block = size_t{1} << 20;
+    sandboxLimits.Instructions = 100'000;
+    sandboxLimits.CpuTime_ms = 200;
+}
 
 bool RunReport(const uint8_t *data, size_t size, const std::string &pdf)
 {
@@ -71,7 +78,7 @@ bool RunReport(const uint8_t *data, size_t size, const std::string &pdf)
         View view = {};
         view.Of = report;
         WriteForms(view);
-        if (!pdf.empty() && !ExportView(view, pdf.c_str())) std::abort();
+        if (!pdf.empty() && ExportView(view, pdf.c_str(), nullptr) == Written::failed) std::abort();
     }
     DestroyReport(report);
     return true;
