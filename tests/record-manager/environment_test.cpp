@@ -3,8 +3,8 @@
 #include "faults.h"
 #include "files.h"
 
-#include "record-manager/lmdb/books_file.h"
 #include "record-manager/limits.h"
+#include "record-manager/lmdb/books_file.h"
 #include "record-manager/lmdb/private.h"
 #include "tests/support/page_sums.h"
 
