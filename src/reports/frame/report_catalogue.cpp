@@ -110,12 +110,8 @@ bool ShowOrPrintReport(ThreadContext &context, ReportRow row, uint16_t report, A
         return true;
     }
     context.LastPrintResult = static_cast<uint32_t>(reportEngine.PrintView(opened, 0));
-    // A view without a window ends with its report.
-    if (IsWindow(WindowOf(opened))) {
-        DestroyWindow(WindowOf(opened));
-    } else {
-        reportEngine.CloseReport(report);
-    }
+    // The view owns its report, which ends with it.
+    DestroyWindow(WindowOf(opened));
     return true;
 }
 

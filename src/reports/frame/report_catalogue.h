@@ -57,9 +57,10 @@ uint16_t CopyReportTemplate(ReportRow row, uint16_t report);
 // Hands a record over. False when the engine refuses it: the report has failed then.
 bool AddReportRecord(uint16_t report, int32_t kind, const void *record);
 
-// Opens the view of a finished report and shows it, or prints it and closes the view again. `view` gets the
-// view on screen, null if it was printed. False when no view came about; the report is closed then and
-// message 1446 has been shown. What the printer said is in LastPrintResult.
+// Opens the view of a finished report and shows it, or prints it and destroys the view. The view owns its
+// report, which ends with it. `view` gets the view on screen, null if it was printed. False when no view came
+// about; the report is closed then and message 1446 has been shown. What the printer said is in
+// LastPrintResult.
 bool ShowOrPrintReport(ThreadContext &context, ReportRow row, uint16_t report, Ausgabe ausgabe,
                        VarkWindow parent, VarkWindow &view);
 
