@@ -112,7 +112,7 @@ TEST_P(TaxLists, PrintedOneLocksNothingAndAsksNothing)
     params = Printed(params);
     EXPECT_EQ(nullptr, Play("expect checked 20101\npress 1\n"));
     EXPECT_EQ(1u, uint32_t{params.ViewResult});
-    EXPECT_EQ("print 0", sent.Calls.end()[-2]);
+    EXPECT_EQ("print 0", sent.Calls.back());
     EXPECT_EQ("", TextOf(books.Mandant(1).Buchungssperre));
 }
 

@@ -114,7 +114,7 @@ TEST_F(Voranmeldung, PrinterIsAskedForAtEachOk)
     EXPECT_TRUE(sent.Calls.empty());
     EXPECT_EQ(nullptr, Play("dialog 122\ncheck 20101\npress 1\nbox no\npress 1\nbox yes\n"));
     EXPECT_EQ(1u, uint32_t{params.ViewResult});
-    EXPECT_EQ("print 0", sent.Calls.end()[-2]);
+    EXPECT_EQ("print 0", sent.Calls.back());
     EXPECT_EQ(1, int32_t{params.Ausgabe});
 }
 
