@@ -1,8 +1,6 @@
 // The window in which sheets live: a frame with the report engine's view and, below it, a bar of buttons by
 // which a person walks through months and accounts.
-#include "src/frame/dialogs.h"
 #include "src/frame/record_store.h"
-#include "src/frame/report_engine.h"
 #include "src/reports/financial/kontenblatt.h"
 #include "src/reports/frame/report_catalogue.h"
 #include "src/reports/frame/tab_dialog.h"
