@@ -1,11 +1,12 @@
 // The sheet of one account: what was carried forward, then its postings, first all on Soll, then all on
 // Haben, then those on which its tax lies. Postings of a day to an account that many others move are summed
 // up.
+#include "src/reports/financial/kontenblatt_sheet.h"
+
 #include "src/booking/balances.h"
 #include "src/booking/tax_rates.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
-#include "src/reports/financial/kontenblatt.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "src/values/sums.h"

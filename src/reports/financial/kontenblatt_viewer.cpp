@@ -1,11 +1,13 @@
 // The window in which sheets live: a frame with the report engine's view and, below it, a bar of buttons by
 // which a person walks through months and accounts.
+#include "src/reports/financial/kontenblatt_viewer.h"
+
 #include "src/frame/record_store.h"
-#include "src/reports/financial/kontenblatt.h"
 #include "src/reports/frame/report_catalogue.h"
 #include "src/reports/frame/tab_dialog.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
+#include "src/walks/account_walk.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 #include "window-system/include/dialog_table.h"
