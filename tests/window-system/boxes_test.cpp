@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <vector>
 
 #include "front_end_setup.h"
@@ -185,6 +186,51 @@ TEST_F(Scripted, FailsOnAFileThatCannotBeRead)
     setenv("VARK_UI", "script:/nowhere/script", 1);
     EXPECT_EQ(ErrorOutput([] { EXPECT_EQ(Show("Hinweis", MB_OKCANCEL), IDCANCEL); }),
               "script: line 0: /nowhere/script: No such file or directory\nMERIDA: Hinweis\n");
+}
+
+// ---- A host that answers itself ----
+
+namespace {
+
+struct BoxesOfHost {
+    std::vector<std::string> Texts;
+    int Answer = 0;
+
+    static int CALLBACK Take(LPCSTR text, UINT, void *context)
+    {
+        auto *host = static_cast<BoxesOfHost *>(context);
+        host->Texts.emplace_back(text);
+        return host->Answer;
+    }
+};
+
+} // namespace
+
+TEST_F(Headless, HostAnswersTheBoxesOfItsThread)
+{
+    BoxesOfHost host;
+    host.Answer = IDYES;
+    ASSERT_TRUE(VarkUiAnswerBoxes(BoxesOfHost::Take, &host));
+    EXPECT_EQ(ErrorOutput([&] {
+                  EXPECT_EQ(Show("Eins?", MB_YESNO), IDYES);
+                  EXPECT_EQ(Show("Größe"_w, MB_OKCANCEL), IDCANCEL) << "no button of that box";
+                  std::thread([] { EXPECT_EQ(Show("Zwei?", MB_YESNO), IDNO); }).join();
+              }),
+              "MERIDA: Zwei?\n");
+    EXPECT_EQ(host.Texts, (std::vector<std::string>{"Eins?", "Größe"_w}));
+    EXPECT_EQ(frontEnd.Log(), "box Eins?\nbox Größe\nbox Zwei?\n");
+    ASSERT_TRUE(VarkUiAnswerBoxes(nullptr, nullptr));
+    EXPECT_EQ(ErrorOutput([] { EXPECT_EQ(Show("Drei?", MB_YESNO), IDNO); }), "MERIDA: Drei?\n");
+}
+
+TEST_F(Scripted, HostGoesBeforeTheScript)
+{
+    frontEnd.UseScript("box yes Zwei\n");
+    BoxesOfHost host;
+    ASSERT_TRUE(VarkUiAnswerBoxes(BoxesOfHost::Take, &host));
+    EXPECT_EQ(Show("Eins?", MB_YESNO), IDNO);
+    ASSERT_TRUE(VarkUiAnswerBoxes(nullptr, nullptr));
+    EXPECT_EQ(Show("Zwei?", MB_YESNO), IDYES);
 }
 
 TEST(Cursor, IsGivenBackWhenItIsReplaced)

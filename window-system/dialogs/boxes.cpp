@@ -6,6 +6,7 @@
 #include "window-system/model/handles.h"
 #include "window-system/model/model.h"
 #include "window-system/model/texts.h"
+#include "window-system/model/threads.h"
 #include "window-system/model/tree.h"
 #include "window-system/model/window.h"
 
@@ -156,6 +157,13 @@ int Run(HWND owner, const char *text, const char *caption, UINT style, const But
     return answer > 0 ? static_cast<int>(answer) : 0;
 }
 
+BoxAnswer HostOfCaller()
+{
+    const Locked locked;
+    const Thread *thread = Self();
+    return thread != nullptr ? thread->Boxes : BoxAnswer{};
+}
+
 } // namespace
 
 int SafestAnswer(UINT style)
@@ -193,9 +201,23 @@ int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style)
     if (set == nullptr) return 0;
     if (text == nullptr) text = "";
     if (caption == nullptr) caption = "";
+    if (const BoxAnswer host = HostOfCaller(); host.Answer != nullptr) {
+        frontEnd.AnsweredByHost(text);
+        const int answer = host.Answer(text, style, host.Context);
+        return BoxHasButton(style, answer) ? answer : set->Safest;
+    }
     const int answer = Run(owner, text, caption, style, *set);
     if (answer != 0) return answer;
     // Without memory for its windows, or when its thread is to end, a box is answered at once.
     frontEnd.Unasked(caption, text);
     return set->Safest;
+}
+
+BOOL VarkUiAnswerBoxes(VARKUIANSWERBOX answer, void *context)
+{
+    const Locked locked;
+    Thread *thread = Self();
+    if (thread == nullptr) return FALSE;
+    thread->Boxes = {answer, context};
+    return TRUE;
 }

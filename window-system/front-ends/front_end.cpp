@@ -131,8 +131,15 @@ void Unasked(const char *caption, const char *text)
 
 } // namespace
 
-const FrontEndCalls frontEndCalls = {
-    [] { CurrentFrontEnd(); }, Ask, Show, LogDialog, Idle, ThreadEnds, Forget, Unasked};
+const FrontEndCalls frontEndCalls = {[] { CurrentFrontEnd(); },
+                                     Ask,
+                                     Show,
+                                     LogDialog,
+                                     Idle,
+                                     ThreadEnds,
+                                     Forget,
+                                     Unasked,
+                                     [](const char *text) { LogText("box", text); }};
 
 } // namespace varkui
 

@@ -655,6 +655,10 @@ typedef struct VARKUIFILEKIND {
    has been told over `dialog` why, lets them choose again. */
 typedef BOOL(CALLBACK *VARKUITAKEFILE)(HWND dialog, LPCSTR path, void *context);
 
+/* Answers a message box (`text` Windows-1252, `style` MB_...) in the place of a person: the id of one of its
+   buttons, anything else for the one that does the least. */
+typedef int(CALLBACK *VARKUIANSWERBOX)(LPCSTR text, UINT style, void *context);
+
 #ifdef __cplusplus
 extern "C" {
 #endif

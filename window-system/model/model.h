@@ -65,8 +65,10 @@ struct FrontEndCalls {
     void (*ThreadEnds)(Thread *thread);
     // Makes the child of a fork headless.
     void (*Forget)();
-    // Writes a box that could not be shown to log and standard error. Runs without the lock.
+    // Writes a box that could not be shown to log and standard error. Runs without the lock, as the next.
     void (*Unasked)(const char *caption, const char *text);
+    // Writes a box that the host answers to the log.
+    void (*AnsweredByHost)(const char *text);
 };
 
 extern FrontEndCalls frontEnd; // set once, when the library is loaded

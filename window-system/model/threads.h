@@ -21,6 +21,12 @@ struct ModalLoop {
     ModalLoop *Outer;
 };
 
+// Who answers message boxes instead of a person; a null function is nobody.
+struct BoxAnswer {
+    VARKUIANSWERBOX Answer;
+    void *Context;
+};
+
 struct Thread {
     pthread_cond_t Wake;
     Posted *FirstPosted;
@@ -43,6 +49,7 @@ struct Thread {
     uint32_t HandledKey;   // the same when the thread last had nothing left to do
     unsigned ScriptTicket; // 0 while it does not wait for the script
     struct Played *Played; // instructions of the host, null for none
+    BoxAnswer Boxes;       // the host, where it answers boxes itself
     Thread *Next;
 };
 
