@@ -2,7 +2,7 @@
 //   bench_record DIRECTORY COUNT load|equal|next|scattered|scan|open [writing]   prints the seconds
 #include "bench/peers/peer.h"
 #include "bench/record_table.h"
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <charconv>
 #include <memory>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bench/report_lines.h"
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "text/windows1252.h"
 
 inline void PutText(char *field, size_t width, const std::string &utf8)

@@ -616,7 +616,7 @@ int32_t VARK_CALL VARK_HoleKostenschablone(VarkWindow owner, int32_t mandant);
  *
  * A PDF. The window that comes back is a view of the report engine (of VARK_Kontenblatt, a frame around one:
  * its first child of the class "rsView"). RSExportView(view, "susa.pdf") of librs.so writes it as pages, and
- * by another ending as csv, json, html or txt (report-engine/rs.h). To print into files instead of on paper,
+ * by another ending as csv, json, html or txt (its rs.h). To print into files instead of on paper,
  * vark.ini names one: [RS] Drucker=datei:/pfad/{bericht}.pdf; then Ausgabe 1 does it without a further call.
  *
  * A period of the tax reports may begin in the fiscal year before the one asked for: JahrIndex comes back as

@@ -1,4 +1,4 @@
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include "record-manager/calls.h"
 #include "record-manager/limits.h"

@@ -1,7 +1,7 @@
 // What a file is: its record and its keys, as create gives them and as the calls use them.
 #pragma once
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "host/descriptors.h"
 #include "record-manager/bounded_mutex.h"
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,6 +1,6 @@
 #include "record-manager/locks.h"
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <cerrno>
 #include <cstdlib>

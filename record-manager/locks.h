@@ -2,7 +2,7 @@
 // beyond its data. They are gone with the description, so with a process that died.
 #pragma once
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // The entries: from handles to what they name, one call at a time on each report.
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 
 #include "host/descriptors.h"
 #include "report-engine/complain.h"

@@ -2,7 +2,7 @@
 // reports works, and every report is a template that cannot be opened.
 #pragma once
 
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 
 #include <cstdint>
 

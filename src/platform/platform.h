@@ -50,7 +50,7 @@ bool WriteProfileText(const char *section, const char *key, const char *value, c
 
 // ---- The parts ----
 
-// Entry of the record manager. Forms and statuses stand in record-manager/btrcall.h.
+// Entry of the record manager. Forms and statuses stand in record-manager/include/btrcall.h.
 using RecordManagerEntry = int16_t(VARK_CALL *)(uint16_t operation, void *positionBlock, void *data,
                                                 uint32_t *dataLength, void *key, uint8_t keyLength,
                                                 int8_t keyNumber);

@@ -1,6 +1,6 @@
 // Arguments, files and neighbours that no host should have and some do.
 #include "include/vark40.h"
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 #include "tests/booking/ledger.h"
 
 #include <filesystem>

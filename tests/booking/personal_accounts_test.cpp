@@ -1,7 +1,7 @@
 #include "src/booking/personal_accounts.h"
 
 #include "include/vark40.h"
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 #include "tests/booking/ledger.h"
 #include "tests/support/engine_faults.h"
 

@@ -2,7 +2,7 @@
 // and clients in processes of their own.
 #pragma once
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // A short run of the calls that the fuzz target makes, always the same.
 #include "fuzz_btrcall.h"
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -2,7 +2,7 @@
 // the engine says on standard error, and what is on the pages that it draws.
 #pragma once
 
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 
 #include <cstdint>
 #include <filesystem>

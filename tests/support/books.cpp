@@ -1,6 +1,6 @@
 #include "tests/support/books.h"
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 #include "text/windows1252.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // field, and answers as a test wishes.
 #pragma once
 
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 // Pieces of work that are written down together: done once where the group holds, again one by one where it
 // does not.
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 #include "tools/vark/booking_group.h"
 
 #include <gtest/gtest.h>

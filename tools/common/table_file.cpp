@@ -1,6 +1,6 @@
 #include "tools/common/table_file.h"
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <cstring>
 

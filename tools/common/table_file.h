@@ -1,7 +1,7 @@
 // Tables of the books through the record manager, with its refusals as exceptions.
 #pragma once
 
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 #include "tools/common/layout.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "tools/vark/booking_group.h"
 
 #include "include/vark40.h"
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 
 #include <chrono>
 #include <link.h>

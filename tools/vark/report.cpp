@@ -1,6 +1,6 @@
 #include "tools/vark/report.h"
 
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
 #include "tools/common/texts.h"

@@ -1,6 +1,6 @@
 // The Buchungsjournal as it is read, through the real report engine.
 #include "include/vark40.h"
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
 #include "src/platform/platform.h"

@@ -1,5 +1,5 @@
 // Bilanz and GuV as they are read: what the templates make of the records, through the real report engine.
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/report_engine.h"
 #include "src/platform/platform.h"
 #include "tests/reports/financial/closing_books.h"

@@ -1,7 +1,7 @@
 // The window in which sheets live, with the real report engine and windows, and nobody before the screen:
 // what is pressed is pressed by the test.
 #include "include/vark40.h"
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
 #include "src/platform/platform.h"

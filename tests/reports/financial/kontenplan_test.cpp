@@ -1,6 +1,6 @@
 // Kontenplan: Sachkonten by the trees of GuV and Bilanz, Kreditoren and Debitoren as a list.
 #include "include/vark40.h"
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
 #include "src/platform/platform.h"

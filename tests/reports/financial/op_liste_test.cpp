@@ -1,7 +1,7 @@
 // OP-Liste: what may go wrong, the open items beside those of the cursor and the balances of their accounts,
 // and what is read on the page.
 #include "include/vark40.h"
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
 #include "src/platform/platform.h"

@@ -1,7 +1,7 @@
 // The Summen- und Saldenliste through the real report engine: what the pages say beside the records that were
 // sent, and reports on two threads at once.
 #include "include/vark40.h"
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
 #include "src/platform/platform.h"

@@ -1,6 +1,6 @@
 // The lock that a printed tax return leaves: it only moves forward, and only after a real print.
 #include "include/vark40.h"
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
 #include "tests/support/books.h"

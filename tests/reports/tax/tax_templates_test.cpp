@@ -1,6 +1,6 @@
 // The tax reports through the real engine and their templates: what stands in the files that it makes.
 #include "include/vark40.h"
-#include "report-engine/rs.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/report_engine.h"
 #include "tests/support/books.h"
