@@ -16,8 +16,6 @@
 
 namespace wbtrv {
 
-Limits limits;
-
 namespace {
 
 constexpr char lockName[] = "books.mdb-lock";

@@ -650,6 +650,7 @@ namespace {
 // What the objects of a target need of each other, by their places in its list.
 struct Needs {
     std::vector<std::map<size_t, std::string>> Of; // a place, and a symbol that is needed from there
+    size_t Definitions;
 };
 
 std::string Readable(const std::string &symbol)
@@ -663,21 +664,29 @@ std::string Readable(const std::string &symbol)
 
 Needs ReadNeeds(const std::vector<std::string> &objects)
 {
-    std::map<std::string, size_t> definedIn;
-    std::vector<std::set<std::string>> wanted(objects.size());
-    for (size_t i = 0; i < objects.size(); ++i) {
-        for (const std::string &line : Lines(OutputOf("nm -P '" + objects[i] + "'"))) {
-            std::istringstream words(line);
-            std::string symbol;
-            char type = '?';
-            words >> symbol >> type;
-            if (type == 'U') wanted[i].insert(symbol);
-            // What is weak or local stands in every source that uses it.
-            if (std::string("TDBRSGC").find(type) != std::string::npos) definedIn[symbol] = i;
-        }
+    std::map<std::string, size_t> places;
+    std::string command = "nm -A -P";
+    for (const std::string &object : objects) {
+        places.emplace(object, places.size());
+        command.append(" '").append(object).append("'");
     }
     Needs needs;
     needs.Of.resize(objects.size());
+    std::map<std::string, size_t> definedIn;
+    std::vector<std::set<std::string>> wanted(objects.size());
+    for (const std::string &line : Lines(OutputOf(command))) {
+        std::istringstream words(line);
+        std::string object;
+        std::string symbol;
+        char type = '?';
+        words >> object >> symbol >> type;
+        const auto place = places.find(object.substr(0, object.rfind(':')));
+        if (place == places.end()) continue;
+        if (type == 'U') wanted[place->second].insert(symbol);
+        // What is weak or local stands in every source that uses it.
+        if (std::string("TDBRSGC").find(type) != std::string::npos) definedIn[symbol] = place->second;
+    }
+    needs.Definitions = definedIn.size();
     for (size_t i = 0; i < objects.size(); ++i) {
         for (const std::string &symbol : wanted[i]) {
             const auto found = definedIn.find(symbol);
@@ -716,9 +725,7 @@ Breaches Circles(const std::string &target, const std::vector<std::string> &obje
 {
     if (objects.empty()) return {{target, 0, "has no objects"}};
     const Needs needs = ReadNeeds(objects);
-    const bool isRead = std::any_of(needs.Of.begin(), needs.Of.end(),
-                                    [](const std::map<size_t, std::string> &each) { return !each.empty(); });
-    if (!isRead && objects.size() > 1) return {{target, 0, "its objects need nothing of each other"}};
+    if (needs.Definitions == 0) return {{target, 0, "its objects define nothing"}};
     Breaches breaches;
     std::set<size_t> told;
     for (size_t i = 0; i < objects.size(); ++i) {

@@ -1,0 +1,7 @@
+#include "record-manager/limits.h"
+
+namespace wbtrv {
+
+Limits limits;
+
+} // namespace wbtrv
