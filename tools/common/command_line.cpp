@@ -1,80 +1,19 @@
-// Command lines in German over CLI11. Included by one source of each tool, since CLI11 is heavy.
-#pragma once
+#include "tools/common/command_line.h"
 
 #include "tools/common/exit_codes.h"
-#include "tools/common/texts.h"
+#include "tools/common/help.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cstdint>
 #include <iostream>
-#include <memory>
-#include <set>
-#include <string>
-#include <vector>
 
 namespace tools {
 
-// Lines of the help: columns counted in characters, what an option takes behind its name, what it needs or
-// excludes behind its description.
-struct GermanFormatter : CLI::Formatter {
-    std::string make_option(const CLI::Option *option, bool isPositional) const override
-    {
-        const std::string &own = option->get_option_text();
-        std::string name = make_option_name(option, isPositional);
-        if (!own.empty()) {
-            name += " " + own;
-        } else if (!isPositional && option->get_type_size() != 0 && option->get_expected_max() > 0) {
-            const bool isNumber = option->get_type_name().find("INT") != std::string::npos;
-            const std::string value = isNumber ? "N" : "WERT";
-            name += option->get_expected_min() == 0 ? " [" + value + "]" : " " + value;
-        }
-        std::string description = option->get_description();
-        const auto add = [&](const char *word, const std::set<CLI::Option *> &others) {
-            for (const CLI::Option *other : others) {
-                description += (other == *others.begin() ? std::string("; ") + word : std::string(",")) +
-                               " " + other->get_name();
-            }
-        };
-        if (option->get_required()) description += "; nötig";
-        add("nur mit", option->get_needs());
-        add("nicht mit", option->get_excludes());
-        return Line(name, description);
-    }
-    std::string make_subcommand(const CLI::App *command) const override
-    {
-        return Line(command->get_display_name(true), command->get_description());
-    }
-
-private:
-    [[nodiscard]] std::string Line(const std::string &name, const std::string &description) const
-    {
-        const std::string left = "  " + name;
-        const bool fits = Columns(left) < get_column_width();
-        return (fits ? Left(left, get_column_width()) : left + "\n" + std::string(get_column_width(), ' ')) +
-               description + "\n";
-    }
-};
-
-// The same look for each tool: German headings and "--hilfe" everywhere.
-inline void MakeGerman(CLI::App &app)
-{
-    app.set_help_flag("--hilfe,-h", "Diese Hilfe anzeigen")->group("Optionen");
-    app.option_defaults()->group("Optionen");
-    const auto formatter = std::make_shared<GermanFormatter>();
-    app.formatter(formatter);
-    formatter->label("Usage", "Aufruf");
-    formatter->label("OPTIONS", "OPTIONEN");
-    formatter->label("SUBCOMMAND", "BEFEHL");
-    formatter->label("SUBCOMMANDS", "BEFEHL");
-    formatter->label("Positionals", "Angaben");
-    formatter->label("REQUIRED", "nötig");
-    formatter->column_width(34);
-}
+namespace {
 
 // Refuses a number outside of `low` to `high`, both good themselves.
-inline CLI::Validator NumberFrom(int64_t low, int64_t high)
+CLI::Validator NumberFrom(int64_t low, int64_t high)
 {
     return CLI::Validator(
         [low, high](const std::string &text) -> std::string {
@@ -88,10 +27,10 @@ inline CLI::Validator NumberFrom(int64_t low, int64_t high)
 }
 
 // Refuses what is none of `words`.
-inline CLI::Validator OneOf(std::vector<std::string> words)
+CLI::Validator OneOf(const std::vector<std::string> &words)
 {
     return CLI::Validator(
-        [words = std::move(words)](const std::string &text) -> std::string {
+        [words](const std::string &text) -> std::string {
             std::string known;
             for (const std::string &word : words) {
                 if (word == text) return {};
@@ -103,17 +42,68 @@ inline CLI::Validator OneOf(std::vector<std::string> words)
         "");
 }
 
-// A command with the look of its program, which must have been made German before.
-inline CLI::App *AddCommand(CLI::App &app, const char *name, const char *description)
+// One for each kind of target.
+struct Adding {
+    CLI::App &To;
+    const Option &From;
+
+    CLI::Option *operator()(bool *target) const { return To.add_flag(From.Name, *target); }
+    CLI::Option *operator()(const std::function<void()> &target) const
+    {
+        return To.add_flag_callback(From.Name, target);
+    }
+    CLI::Option *operator()(const std::function<void(const std::string &)> &target) const
+    {
+        return To.add_option_function<std::string>(From.Name, target);
+    }
+    CLI::Option *operator()(std::vector<std::string> *target) const
+    {
+        CLI::Option *option = To.add_option(From.Name, *target);
+        if (From.Separator != 0) return option->delimiter(From.Separator);
+        if (IsPlace(From)) return option;
+        return option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+    template <typename Value> CLI::Option *operator()(Value *target) const
+    {
+        return To.add_option(From.Name, *target);
+    }
+};
+
+// The commands as the parser knows them, beside those of the tool.
+struct ParserCommand {
+    const Command *Of;
+    CLI::App *App;
+};
+
+void AddCommand(CLI::App &app, const Command &command, std::vector<ParserCommand> &all)
 {
-    CLI::App *command = app.add_subcommand(name, description);
-    command->group("Befehle");
-    command->set_help_flag("--hilfe,-h", "Diese Hilfe anzeigen")->group("Optionen");
-    return command;
+    all.push_back({&command, &app});
+    app.set_help_flag("--hilfe,-h");
+    for (const Option &option : command.Options) {
+        CLI::Option *added = std::visit(Adding{app, option}, option.To);
+        if (option.IsRequired) added->required();
+        if (option.IsValueOptional) added->expected(0, 1);
+        if (option.Lowest != INT64_MIN || option.Highest != INT64_MAX)
+            added->check(NumberFrom(option.Lowest, option.Highest));
+        if (!option.Words.empty()) added->check(OneOf(option.Words));
+    }
+    for (const Option &option : command.Options) {
+        CLI::Option *added = app.get_option(option.Name);
+        for (const std::string &other : option.Needs) {
+            added->needs(app.get_option(other));
+        }
+        for (const std::string &other : option.Excludes) {
+            added->excludes(app.get_option(other));
+        }
+    }
+    for (const Command &sub : command.Commands) {
+        AddCommand(*app.add_subcommand(sub.Name), sub, all);
+    }
+    if (!command.Commands.empty()) app.require_subcommand(1);
 }
 
 // The command that the arguments name, as it is typed: "vark bericht susa".
-inline std::string CommandPath(const CLI::App &app)
+std::string CommandPath(const CLI::App &app)
 {
     std::string path = app.get_name();
     for (const CLI::App *command = &app; !command->get_subcommands().empty();) {
@@ -123,8 +113,19 @@ inline std::string CommandPath(const CLI::App &app)
     return path;
 }
 
+const Command *ChosenCommand(const CLI::App &app, const std::vector<ParserCommand> &all)
+{
+    const CLI::App *command = &app;
+    while (!command->get_subcommands().empty()) {
+        command = command->get_subcommands().back();
+    }
+    return std::find_if(all.begin(), all.end(),
+                        [command](const ParserCommand &one) { return one.App == command; })
+        ->Of;
+}
+
 // How many characters have to be changed, put in or taken out.
-inline size_t Distance(const std::string &a, const std::string &b)
+size_t Distance(const std::string &a, const std::string &b)
 {
     std::vector<size_t> row(b.size() + 1);
     for (size_t j = 0; j <= b.size(); ++j) {
@@ -143,12 +144,8 @@ inline size_t Distance(const std::string &a, const std::string &b)
 }
 
 // What is said of an argument that nobody knows, with the one that may have been meant.
-inline std::string UnknownArgument(const CLI::App &app, const std::string &argument)
+std::string UnknownArgument(const Command &root, const Command &command, const std::string &argument)
 {
-    const CLI::App *command = &app;
-    while (!command->get_subcommands().empty()) {
-        command = command->get_subcommands().back();
-    }
     std::string nearest;
     size_t least = 3; // more are another word
     const auto consider = [&](const std::string &name) {
@@ -157,24 +154,24 @@ inline std::string UnknownArgument(const CLI::App &app, const std::string &argum
         least = distance;
         nearest = name;
     };
-    const auto considerAll = [&](const CLI::App &of) {
-        for (const CLI::Option *option : of.get_options()) {
-            for (const std::string &name : option->get_lnames()) {
-                consider("--" + name);
-            }
+    const auto considerAll = [&](const Command &of) {
+        for (const Option &option : of.Options) {
+            if (!IsPlace(option)) consider(option.Name);
         }
-        for (const CLI::App *sub : of.get_subcommands([](const CLI::App *) { return true; })) {
-            consider(sub->get_name());
+        consider("--hilfe");
+        for (const Command &sub : of.Commands) {
+            consider(sub.Name);
         }
     };
-    considerAll(*command);
-    if (nearest.empty()) considerAll(app);
+    considerAll(command);
+    if (nearest.empty()) considerAll(root);
     const std::string meant = nearest.empty() ? "" : " (meinten Sie „" + nearest + "“?)";
     return "Unbekannte Angabe: " + argument + meant;
 }
 
 // What is wrong with a command line, in German.
-inline std::string GermanReason(const CLI::App &app, const CLI::ParseError &error)
+std::string GermanReason(const CLI::App &app, const Command &root, const Command &command,
+                         const CLI::ParseError &error)
 {
     // CLI11 puts the argument before a colon or at the end of its English sentence.
     const std::string english = error.what();
@@ -185,10 +182,10 @@ inline std::string GermanReason(const CLI::App &app, const CLI::ParseError &erro
     const auto is = [&error](const auto *kind) { return dynamic_cast<decltype(kind)>(&error) != nullptr; };
     if (is(static_cast<const CLI::ExtrasError *>(nullptr))) {
         const std::vector<std::string> extras = app.remaining(true);
-        return UnknownArgument(app, extras.empty() ? behindColon() : extras.front());
+        return UnknownArgument(root, command, extras.empty() ? behindColon() : extras.front());
     }
     if (is(static_cast<const CLI::RequiredError *>(nullptr))) {
-        if (!app.remaining(true).empty()) return UnknownArgument(app, app.remaining(true).front());
+        if (!app.remaining(true).empty()) return UnknownArgument(root, command, app.remaining(true).front());
         const std::string what = english.substr(0, english.find(' ')); // "A subcommand is required"
         return what == "A" ? "Es fehlt der Befehl." : "Es fehlt die Angabe " + what + ".";
     }
@@ -208,9 +205,14 @@ inline std::string GermanReason(const CLI::App &app, const CLI::ParseError &erro
     return "Die Angaben sind nicht zu verstehen: " + english;
 }
 
-// Parses. Returns -1 to go on, else the exit code: help was shown, or what is wrong.
-inline int ParseGerman(CLI::App &app, int argc, char **argv)
+} // namespace
+
+Parsed ParseCommandLine(const Tool &tool, int argc, const char *const *argv)
 {
+    CLI::App app("", tool.Root.Name);
+    std::vector<ParserCommand> all;
+    AddCommand(app, tool.Root, all);
+    app.set_version_flag("--version", tool.Root.Name + " " + tool.Version);
     try {
         // The last argument comes first, as CLI11 takes a list.
         std::vector<std::string> arguments;
@@ -219,17 +221,17 @@ inline int ParseGerman(CLI::App &app, int argc, char **argv)
             arguments.push_back(argument == "--help" ? "--hilfe" : argument);
         }
         app.parse(std::move(arguments));
-        return -1;
+        return {ChosenCommand(app, all), CommandPath(app), ExitGood};
     } catch (const CLI::CallForHelp &) {
-        std::cout << app.help() << std::flush;
-        return ExitGood;
+        std::cout << HelpText(tool, *ChosenCommand(app, all), CommandPath(app)) << std::flush;
+        return {nullptr, CommandPath(app), ExitGood};
     } catch (const CLI::CallForVersion &version) {
         std::cout << version.what() << '\n' << std::flush;
-        return ExitGood;
+        return {nullptr, CommandPath(app), ExitGood};
     } catch (const CLI::ParseError &error) {
-        std::cerr << app.get_name() << ": " << GermanReason(app, error) << "\nMehr dazu: " << CommandPath(app)
-                  << " --hilfe\n";
-        return ExitUsage;
+        std::cerr << tool.Root.Name << ": " << GermanReason(app, tool.Root, *ChosenCommand(app, all), error)
+                  << "\nMehr dazu: " << CommandPath(app) << " --hilfe\n";
+        return {nullptr, CommandPath(app), ExitUsage};
     }
 }
 
