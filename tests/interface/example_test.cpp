@@ -63,7 +63,7 @@ protected:
     {
         const fs::path place = books + "/parts";
         fs::create_directory(place);
-        for (const char *const part : {"libvark40.so", "libwbtrv32.so", "libvarkui.so"}) {
+        for (const char *const part : {"libvark40.so.4", "libwbtrv32.so", "libvarkui.so"}) {
             fs::copy_file(fs::path(VARK_PARTS) / part, place / part);
         }
         if (reportEngine != nullptr) fs::copy_file(reportEngine, place / "librs.so");
