@@ -58,6 +58,10 @@ int16_t Abort(const Call &call) { return AbortTransaction(call.Caller); }
 
 int16_t EndOfGroup(const Call &call) { return EndGroup(call.Caller); }
 
+int16_t BeginOfSnapshot(const Call &call) { return BeginHolding(call.Caller); }
+
+int16_t EndOfSnapshot(const Call &call) { return EndHolding(call.Caller); }
+
 int16_t Stop(const Call &)
 {
     EndClient();
@@ -75,6 +79,7 @@ enum Trait : unsigned {
     NeedsFile = 1,    // an open one, whose position block is passed
     TakesBias = 2,    // of a lock
     GivesKeyOnly = 4, // with BtrBiasKeyOnly
+    Changes = 8,      // the books, or begins to
     OnRecord = NeedsFile | TakesBias,
     OnKey = OnRecord | GivesKeyOnly
 };
@@ -88,9 +93,9 @@ struct Operation {
 constexpr Operation operations[] = {
     {BtrOpOpen, 0, Open},
     {BtrOpClose, NeedsFile, Close},
-    {BtrOpInsert, OnRecord, InsertRecord},
-    {BtrOpUpdate, OnRecord, UpdateRecord},
-    {BtrOpDelete, OnRecord, DeleteRecord},
+    {BtrOpInsert, OnRecord | Changes, InsertRecord},
+    {BtrOpUpdate, OnRecord | Changes, UpdateRecord},
+    {BtrOpDelete, OnRecord | Changes, DeleteRecord},
     {BtrOpGetEqual, OnKey, ReadByKey},
     {BtrOpGetNext, OnKey, ReadByKey},
     {BtrOpGetPrevious, OnKey, ReadByKey},
@@ -100,9 +105,9 @@ constexpr Operation operations[] = {
     {BtrOpGetLessOrEqual, OnKey, ReadByKey},
     {BtrOpGetFirst, OnKey, ReadByKey},
     {BtrOpGetLast, OnKey, ReadByKey},
-    {BtrOpCreate, 0, CreateFile},
+    {BtrOpCreate, Changes, CreateFile},
     {BtrOpStat, NeedsFile, StatFile},
-    {BtrOpBegin, TakesBias, BeginExclusive},
+    {BtrOpBegin, TakesBias | Changes, BeginExclusive},
     {BtrOpEnd, 0, End},
     {BtrOpAbort, 0, Abort},
     {BtrOpGetPosition, NeedsFile, TellPosition},
@@ -115,9 +120,11 @@ constexpr Operation operations[] = {
     {BtrOpStepFirst, OnRecord, ReadByStep},
     {BtrOpStepLast, OnRecord, ReadByStep},
     {BtrOpStepPrevious, OnRecord, ReadByStep},
-    {BtrOpBeginConcurrent, TakesBias, BeginConcurrent},
-    {BtrOpBeginGroup, 0, BeginGroup},
+    {BtrOpBeginConcurrent, TakesBias | Changes, BeginConcurrent},
+    {BtrOpBeginGroup, Changes, BeginGroup},
     {BtrOpEndGroup, 0, EndOfGroup},
+    {BtrOpBeginSnapshot, 0, BeginOfSnapshot},
+    {BtrOpEndSnapshot, 0, EndOfSnapshot},
 };
 
 const Operation *FindOperation(unsigned code)
@@ -136,7 +143,7 @@ static_assert(operations[BtrOpOpen].Code == BtrOpOpen && operations[BtrOpStat].C
 const Operation *Decode(uint16_t code, Call *call)
 {
     unsigned mostBias = BtrBiasMultiple;
-    if (code == BtrOpBeginGroup || code == BtrOpEndGroup) {
+    if (code >= BtrOpBeginGroup) {
         call->Operation = code;
     } else if (code >= BtrOpBeginConcurrent) {
         mostBias = BtrBiasNoRetry;
@@ -156,6 +163,8 @@ const Operation *Decode(uint16_t code, Call *call)
 
 int16_t Dispatch(const Operation &operation, Call *call)
 {
+    const bool alters = (operation.Traits & Changes) != 0 || call->Bias != 0;
+    if (call->Caller->Holds && alters) return BtrStatusNotAllowed;
     call->Lock = RequestOf(call->Bias, call->Caller);
     if ((operation.Traits & NeedsFile) != 0) {
         if (call->PositionBlock == nullptr) return BtrStatusBadPositionBlock;
@@ -165,12 +174,13 @@ int16_t Dispatch(const Operation &operation, Call *call)
     return operation.Do(*call);
 }
 
-int16_t Carry(uint16_t code, Call *call)
+// `client` null stands for the calling thread's.
+int16_t Carry(Client *client, uint16_t code, Call *call)
 {
     const Operation *operation = Decode(code, call);
-    if (operation == nullptr) return BtrStatusBadOperation;
-    call->Caller = CurrentClient();
-    if (call->Caller == nullptr) return BtrStatusNoEngine;
+    if (operation == nullptr || (operation->Do == Stop && client != nullptr)) return BtrStatusBadOperation;
+    call->Caller = client != nullptr ? client : CurrentClient();
+    if (call->Caller == nullptr || !IsOfThisProcess(*call->Caller)) return BtrStatusNoEngine;
     assert(BrokenInvariant(*call->Caller) == 0);
     const int16_t status = Dispatch(*operation, call);
     if (operation->Do == Stop) return status;
@@ -186,6 +196,20 @@ int16_t Carry(uint16_t code, Call *call)
 int16_t BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
                 uint8_t keyLength, int8_t keyNumber)
 {
+    return BtrCallOf(nullptr, operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
+}
+
+BtrClient *BtrMakeClient() { return reinterpret_cast<BtrClient *>(wbtrv::MakeClient()); }
+
+void BtrEndClient(BtrClient *client)
+{
+    auto *own = reinterpret_cast<wbtrv::Client *>(client);
+    if (own != nullptr && wbtrv::IsOfThisProcess(*own)) wbtrv::FreeClient(own);
+}
+
+int16_t BtrCallOf(BtrClient *client, uint16_t operation, void *positionBlock, void *data,
+                  uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber)
+{
     wbtrv::Call call{};
     call.PositionBlock = positionBlock;
     call.Data = static_cast<uint8_t *>(data);
@@ -193,5 +217,5 @@ int16_t BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *d
     call.Key = static_cast<uint8_t *>(key);
     call.KeyLength = keyLength;
     call.KeyNumber = keyNumber;
-    return wbtrv::Carry(operation, &call);
+    return wbtrv::Carry(reinterpret_cast<wbtrv::Client *>(client), operation, &call);
 }

@@ -34,6 +34,12 @@ Client *CurrentClient();
 // Closes everything and forgets the thread's client.
 void EndClient();
 
+// A client of no thread, and its end. Null for lack of memory.
+Client *MakeClient();
+void FreeClient(Client *client);
+// False for one of the process that forked this one.
+bool IsOfThisProcess(const Client &client);
+
 // Aborts the transaction, releases every lock, closes every file.
 void ResetClient(Client *client);
 
@@ -61,6 +67,8 @@ int16_t EndTransaction(Client *client);
 int16_t AbortTransaction(Client *client);
 int16_t BeginGroup(const Call &call);
 int16_t EndGroup(Client *client);
+int16_t BeginHolding(Client *client);
+int16_t EndHolding(Client *client);
 int16_t UnlockRecords(const Call &call);
 // Stores the counters of what has changed and commits. On failure everything pending is undone.
 int16_t CommitChanges(ClientStore *store);

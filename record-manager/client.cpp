@@ -156,7 +156,8 @@ void ReleaseIdle(Client *client)
     for (ClientStore *store = client->Stores; store != nullptr;) {
         ClientStore *next = store->Next;
         if (store->LockFd >= 0 && !HoldsLocks(store)) GiveLockDescription(store->Books, &store->LockFd);
-        const bool idle = store->Opens == 0 && store->Files == nullptr && store->Pending == nullptr;
+        const bool idle = store->Opens == 0 && store->Files == nullptr && store->Pending == nullptr &&
+                          !(client->Holds && store->Snapshot != nullptr);
         if (idle && client->Changed != store) EndClientStore(store);
         store = next;
     }
@@ -189,14 +190,16 @@ int16_t BeginView(ClientStore *store, View **view)
         *view = ViewOf(store->Pending);
         return store->Broken;
     }
-    const int16_t status = BeginSnapshot(store->Books, &store->Snapshot);
+    const bool held = store->Owner->Holds && store->Snapshot != nullptr && IsOpen(*store->Snapshot);
+    const int16_t status =
+        held ? static_cast<int16_t>(BtrStatusOk) : BeginSnapshot(store->Books, &store->Snapshot);
     *view = store->Snapshot;
     return status;
 }
 
 void EndView(ClientStore *store)
 {
-    if (store->Pending == nullptr) ResetSnapshot(store->Snapshot);
+    if (store->Pending == nullptr && !store->Owner->Holds) ResetSnapshot(store->Snapshot);
 }
 
 int16_t UseWriteCursor(ClientFile *file, size_t tree, Cursor **cursor)

@@ -1,7 +1,7 @@
 // Who calls: a client is a thread, with its position blocks, its locks and its transaction.
 //
 // What holds between calls (BrokenInvariant checks it):
-//  1. A client store's Snapshot is reset: no call leaves one open.
+//  1. A client store's Snapshot is reset: no call leaves one open, unless the client Holds what it sees.
 //  2. Pending is set only inside a transaction that has changed something, or while loading; the gate is
 //     then held.
 //  3. A client file is Touched only while Pending is set; its Counters are then no older than the stored.
@@ -9,6 +9,7 @@
 //  5. WriteCursors of a file are set only while Pending of its store is, and Cursors tells that some are.
 //  6. Opens of stores and files, and LoadingOpens, are the numbers of their position blocks.
 //  7. A client store has a description of its own exactly as long as records or whole files are locked.
+//  8. A client that Holds has neither a transaction nor pending changes.
 #pragma once
 
 #include "record-manager/limits.h"
@@ -131,6 +132,8 @@ struct Client {
     bool NoRetry;
     ClientStore *Changed; // where the transaction has changed something
     int16_t Failed;       // status of an end that failed; the transaction can only be aborted
+    bool Holds;           // sees each directory as it was at its first use
+    unsigned Process;     // which of the processes that forked this one it belongs to
 };
 
 // The handle of a position block, or null if it is none of this client's.
@@ -153,7 +156,7 @@ int16_t NeedLockDescription(ClientStore *store);
 // Forgets a file that the client has neither open nor locked nor changed.
 void ReleaseClientFile(ClientFile *file);
 
-// Where to read: the pending changes, or a fresh snapshot until EndView.
+// Where to read: the pending changes, or a fresh snapshot until EndView, or the one that the client holds.
 int16_t BeginView(ClientStore *store, View **view);
 void EndView(ClientStore *store);
 // The cursor on one of the file's trees in the pending changes.

@@ -65,7 +65,7 @@ unsigned BrokenIn(const Client &client, const ClientFile &file)
 
 unsigned BrokenIn(const Client &client, const ClientStore &store)
 {
-    if (store.Snapshot != nullptr && IsOpen(*store.Snapshot)) return 1;
+    if (store.Snapshot != nullptr && IsOpen(*store.Snapshot) && !client.Holds) return 1;
     const bool changing = client.Transaction != TransactionKind::None && client.Changed == &store;
     if (store.Pending != nullptr && !changing && store.LoadingOpens == 0) return 2;
     unsigned opens = 0;
@@ -82,14 +82,15 @@ unsigned BrokenIn(const Client &client, const ClientStore &store)
         if (handle != nullptr && handle->In->Home == &store && handle->Mode == BtrModeLoading) ++loading;
     }
     if (store.Opens != opens || store.LoadingOpens != loading) return 6;
-    return locks == (store.LockFd >= 0) ? 0 : 7;
+    if (locks != (store.LockFd >= 0)) return 7;
+    return client.Holds && store.Pending != nullptr ? 8 : 0;
 }
 
 } // namespace
 
 unsigned BrokenInvariant(const Client &client)
 {
-    unsigned broken = 0;
+    unsigned broken = client.Holds && client.Transaction != TransactionKind::None ? 8 : 0;
     for (const ClientStore *store = client.Stores; store != nullptr && broken == 0; store = store->Next) {
         broken = BrokenIn(client, *store);
     }

@@ -14,6 +14,7 @@ pthread_key_t endOfThread;
 bool threadsAreWatched = false;
 pthread_once_t once = PTHREAD_ONCE_INIT;
 Client *clients = nullptr; // guarded by the registry's lock, which a fork waits for
+unsigned forks = 0;        // that led to this process
 
 void EndOfThread(void *client)
 {
@@ -31,6 +32,7 @@ void ForgetParent()
     }
     clients = nullptr;
     current = nullptr;
+    ++forks;
     if (threadsAreWatched) pthread_setspecific(endOfThread, nullptr);
     ForgetStores();
 }
@@ -43,40 +45,49 @@ void WatchThreads()
 
 } // namespace
 
-Client *CurrentClient()
+Client *MakeClient()
 {
-    if (current != nullptr) return current;
     pthread_once(&once, WatchThreads);
     if (!threadsAreWatched) return nullptr;
     auto *client = static_cast<Client *>(calloc(1, sizeof(Client)));
     if (client == nullptr) return nullptr;
-    if (pthread_setspecific(endOfThread, client) != 0) {
-        free(client);
-        return nullptr;
-    }
+    client->Process = forks;
     LockRegistry();
     client->Next = clients;
     client->Link = &clients;
     if (clients != nullptr) clients->Link = &client->Next;
     clients = client;
     UnlockRegistry();
+    return client;
+}
+
+Client *CurrentClient()
+{
+    if (current != nullptr) return current;
+    Client *client = MakeClient();
+    if (client == nullptr) return nullptr;
+    if (pthread_setspecific(endOfThread, client) != 0) {
+        FreeClient(client);
+        return nullptr;
+    }
     current = client;
     return client;
 }
 
+bool IsOfThisProcess(const Client &client) { return client.Process == forks; }
+
 void ResetClient(Client *client)
 {
     client->Group = GroupState::None; // so that the abort undoes all of it
+    (void)EndHolding(client);
     if (client->Transaction != TransactionKind::None) AbortTransaction(client);
     for (size_t i = 0; i < client->HandleCount; ++i) {
         if (client->Handles[i] != nullptr) (void)CloseHandle(client->Handles[i]);
     }
 }
 
-void EndClient()
+void FreeClient(Client *client)
 {
-    Client *client = current;
-    if (client == nullptr) return;
     ResetClient(client);
     while (client->Stores != nullptr) {
         EndClientStore(client->Stores);
@@ -87,6 +98,12 @@ void EndClient()
     UnlockRegistry();
     free(client->Handles);
     free(client);
+}
+
+void EndClient()
+{
+    if (current == nullptr) return;
+    FreeClient(current);
     pthread_setspecific(endOfThread, nullptr);
     current = nullptr;
 }

@@ -277,6 +277,28 @@ int16_t EndGroup(Client *client)
     return status;
 }
 
+int16_t BeginHolding(Client *client)
+{
+    if (client->Holds || client->Transaction != TransactionKind::None) return BtrStatusTransactionActive;
+    // What was loaded before is seen like everything else.
+    for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
+        const int16_t status = CommitChanges(store);
+        if (status != BtrStatusOk) return status;
+    }
+    client->Holds = true;
+    return BtrStatusOk;
+}
+
+int16_t EndHolding(Client *client)
+{
+    if (!client->Holds) return BtrStatusNoTransaction;
+    client->Holds = false;
+    for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
+        if (store->Snapshot != nullptr && IsOpen(*store->Snapshot)) ResetSnapshot(store->Snapshot);
+    }
+    return BtrStatusOk;
+}
+
 int16_t UnlockRecords(const Call &call)
 {
     Handle *handle = call.On;

@@ -28,11 +28,27 @@ extern "C" {
 // Null pointers are answered with a status: 23 for a position block, 22 for data or its length, 21 for a key,
 // where the operation needs them.
 #if defined(__GNUC__) && !defined(_WIN32)
-__attribute__((visibility("default")))
+#define BTR_EXPORT __attribute__((visibility("default")))
+#else
+#define BTR_EXPORT
 #endif
-int16_t
-BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
-        uint8_t keyLength, int8_t keyNumber);
+BTR_EXPORT int16_t BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength,
+                           void *key, uint8_t keyLength, int8_t keyNumber);
+
+// A client beside those of the threads, for who works for callers of any thread, such as an extension of
+// another program: what it does and what the thread's own client does stay apart. One thread at a time may
+// use it. A forked child may not use its parent's (BtrStatusNoEngine).
+struct BtrClient;
+
+// Null for lack of memory.
+BTR_EXPORT struct BtrClient *BtrMakeClient(void);
+
+// As BtrOpStop, and the client is no more. Null is left alone.
+BTR_EXPORT void BtrEndClient(struct BtrClient *client);
+
+// As BTRCALL, for this client; for null the calling thread's. BtrOpStop is refused for a client (1).
+BTR_EXPORT int16_t BtrCallOf(struct BtrClient *client, uint16_t operation, void *positionBlock, void *data,
+                             uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber);
 
 enum BtrOperation {
     BtrOpOpen = 0,
@@ -72,6 +88,12 @@ enum BtrOperation {
     // second. One directory alone may be changed in it. For loading tools; the library knows nothing of it.
     BtrOpBeginGroup = 2019,
     BtrOpEndGroup = 2020,
+    // Between these two the client sees every directory as it stood when it first opened or read a file in it,
+    // whatever others finish meanwhile; nobody waits for it. Changes, transactions and locks are refused with
+    // 41. 37 for a second beginning or inside a transaction, 39 for an end without one. The store keeps what
+    // others replace meanwhile, so this is to last no longer than the question that is answered.
+    BtrOpBeginSnapshot = 3019,
+    BtrOpEndSnapshot = 3020,
     BtrBiasKeyOnly = 50,       // on the keyed reads: the key alone, no record
     BtrBiasWaitLock = 100,     // lock one record, waiting for it
     BtrBiasLock = 200,         // lock one record or fail at once

@@ -46,6 +46,20 @@ TEST_F(Beliefs, NoSnapshotIsLeftOpen)
     EXPECT_EQ(wbtrv::BrokenInvariant(*Client), 0u);
 }
 
+TEST_F(Beliefs, ASnapshotIsHeldOutsideOfTransactions)
+{
+    ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    {
+        const Broken holds(Client->Holds, true);
+        EXPECT_EQ(wbtrv::BrokenInvariant(*Client), 8u);
+    }
+    ASSERT_EQ(Me({.Operation = BtrOpAbort}).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpBeginSnapshot}).Status, BtrStatusOk);
+    ASSERT_EQ(T.GetEqual("a").Status, BtrStatusOk);
+    EXPECT_EQ(wbtrv::BrokenInvariant(*Client), 0u) << "a snapshot that is held stays open";
+    ASSERT_EQ(Me({.Operation = BtrOpEndSnapshot}).Status, BtrStatusOk);
+}
+
 TEST_F(Beliefs, ChangesArePendingOnlyInATransactionThatMadeThem)
 {
     ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);

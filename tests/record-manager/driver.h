@@ -57,9 +57,10 @@ struct Request {
 
 using PositionBlocks = std::array<std::array<uint8_t, BtrPositionBlockSize>, 16>;
 
-// Makes the call, with `before` and `after` right around it.
+// Makes the call for a client, null being the thread's, with `before` and `after` right around it.
 inline Answer Carry(
-    PositionBlocks &blocks, const Request &request, void (*before)() = [] {}, void (*after)() = [] {})
+    PositionBlocks &blocks, const Request &request, void (*before)() = [] {}, void (*after)() = [] {},
+    BtrClient *client = nullptr)
 {
     std::vector<uint8_t> data(request.Data.begin(), request.Data.end());
     if (data.size() < request.Length) data.resize(request.Length);
@@ -68,8 +69,8 @@ inline Answer Carry(
     Answer answer;
     answer.Length = request.Length;
     before();
-    answer.Status = BTRCALL(request.Operation, blocks[request.Block].data(), data.data(), &answer.Length,
-                            key.data(), request.KeyLength, request.KeyNumber);
+    answer.Status = BtrCallOf(client, request.Operation, blocks[request.Block].data(), data.data(),
+                              &answer.Length, key.data(), request.KeyLength, request.KeyNumber);
     after();
     answer.Data.assign(data.begin(), data.end());
     answer.Key.assign(key.data(), BtrKeyBufferSize);
@@ -86,6 +87,23 @@ struct Local {
     ~Local() { BTRCALL(BtrOpStop, nullptr, nullptr, nullptr, nullptr, 0, 0); }
 
     Answer operator()(const Request &request) { return Carry(Blocks, request); }
+};
+
+// A client beside that of this thread.
+struct Beside {
+    PositionBlocks Blocks{};
+    BtrClient *Client = BtrMakeClient();
+
+    Beside() = default;
+    Beside(const Beside &) = delete;
+    Beside &operator=(const Beside &) = delete;
+    ~Beside() { BtrEndClient(Client); }
+
+    Answer operator()(const Request &request)
+    {
+        return Carry(
+            Blocks, request, [] {}, [] {}, Client);
+    }
 };
 
 // A client in a process of its own, which carries out what it is sent.

@@ -3,6 +3,7 @@
 #include "record-manager/include/btrcall.h"
 
 #include <cstring>
+#include <new>
 
 namespace tools {
 
@@ -16,10 +17,18 @@ struct FileDefinition {
     BtrKeyEntry Segments[BtrMaxKeys];
 };
 
-int Engine(uint16_t operation, void *positionBlock, void *data, uint32_t *length, void *key, int keyNumber)
+// `client` null is the calling thread's.
+int Engine(BtrClient *client, uint16_t operation, void *positionBlock, void *data, uint32_t *length,
+           void *key, int keyNumber)
 {
-    return BTRCALL(operation, positionBlock, data, length, key, BtrKeyBufferSize,
-                   static_cast<int8_t>(keyNumber));
+    return BtrCallOf(client, operation, positionBlock, data, length, key, BtrKeyBufferSize,
+                     static_cast<int8_t>(keyNumber));
+}
+
+// An operation on no file.
+int Engine(BtrClient *client, uint16_t operation)
+{
+    return Engine(client, operation, nullptr, nullptr, nullptr, nullptr, 0);
 }
 
 // A path as key buffer of Open and Create.
@@ -88,7 +97,7 @@ void Create(const TableLayout &layout, const std::filesystem::path &directory, i
     PutPath(key, path);
     auto length = static_cast<uint32_t>(sizeof stored.File +
                                         static_cast<size_t>(next - stored.Segments) * sizeof *next);
-    const int status = Engine(BtrOpCreate, positionBlock, &stored, &length, key, existing);
+    const int status = Engine(nullptr, BtrOpCreate, positionBlock, &stored, &length, key, existing);
     if (status != 0) throw EngineError("Anlegen", status, path);
 }
 
@@ -104,13 +113,35 @@ void ReplaceTable(const TableLayout &layout, const std::filesystem::path &direct
     Create(layout, directory, 0);
 }
 
-TableFile::TableFile(const TableLayout &layout, const std::filesystem::path &directory, OpenMode mode)
-    : Layout(layout), Path(directory / layout.FileName())
+EngineClient::EngineClient() : Handle(BtrMakeClient())
+{
+    if (Handle == nullptr) throw std::bad_alloc();
+}
+
+EngineClient::~EngineClient() { BtrEndClient(Handle); }
+
+void EngineClient::BeginSnapshot()
+{
+    const int status = Engine(Handle, BtrOpBeginSnapshot);
+    if (status != 0) throw EngineError("Lesen", status, {});
+}
+
+void EngineClient::EndSnapshot()
+{
+    const int status = Engine(Handle, BtrOpEndSnapshot);
+    if (status != 0) throw EngineError("Lesen", status, {});
+}
+
+TableFile::TableFile(const TableLayout &layout, const std::filesystem::path &directory, OpenMode mode,
+                     EngineClient *client)
+    : Layout(layout), Path(directory / layout.FileName()),
+      caller(client != nullptr ? client->Handle : nullptr)
 {
     PutPath(keyBuffer, Path);
     uint32_t length = 0;
     char noOwner[1] = {};
-    const int status = Engine(BtrOpOpen, positionBlock, noOwner, &length, keyBuffer, static_cast<int>(mode));
+    const int status =
+        Engine(caller, BtrOpOpen, positionBlock, noOwner, &length, keyBuffer, static_cast<int>(mode));
     if (status != 0) throw EngineError("Öffnen", status, Path);
     open = true;
 }
@@ -131,7 +162,7 @@ void TableFile::Close()
 int TableFile::Call(uint16_t operation, void *record, int key)
 {
     uint32_t length = record != nullptr ? Layout.RecordLength : 0;
-    return Engine(operation, positionBlock, record, &length, keyBuffer, key);
+    return Engine(caller, operation, positionBlock, record, &length, keyBuffer, key);
 }
 
 bool TableFile::Read(const char *name, uint16_t operation, void *record, int key)
@@ -195,11 +226,21 @@ bool TableFile::GreaterEqual(void *record, const void *value, int key)
     return Read("Suchen", BtrOpGetGreaterOrEqual, record, key);
 }
 
+uint32_t TableFile::RecordNumber()
+{
+    uint8_t bytes[4];
+    uint32_t length = sizeof bytes;
+    const int status = Engine(caller, BtrOpGetPosition, positionBlock, bytes, &length, keyBuffer, 0);
+    if (status != 0) throw EngineError("Lesen", status, Path);
+    // The more significant half comes first, each half little-endian.
+    return uint32_t{bytes[1]} << 24 | uint32_t{bytes[0]} << 16 | uint32_t{bytes[3]} << 8 | bytes[2];
+}
+
 TableDefinition TableFile::Definition()
 {
     FileDefinition stored = {};
     uint32_t length = sizeof stored;
-    const int status = Engine(BtrOpStat, positionBlock, &stored, &length, keyBuffer, 0);
+    const int status = Engine(caller, BtrOpStat, positionBlock, &stored, &length, keyBuffer, 0);
     if (status != 0) throw EngineError("Abfragen", status, Path);
 
     TableDefinition definition{stored.File.RecordLength, stored.File.RecordCount, {}};
@@ -218,22 +259,22 @@ TableDefinition TableFile::Definition()
 
 EngineTransaction::EngineTransaction()
 {
-    const int status = Engine(BtrOpBeginConcurrent, nullptr, nullptr, nullptr, nullptr, 0);
+    const int status = Engine(nullptr, BtrOpBeginConcurrent);
     if (status != 0) throw EngineError("Transaktion", status, {});
 }
 
 EngineTransaction::~EngineTransaction()
 {
-    if (active) Engine(BtrOpAbort, nullptr, nullptr, nullptr, nullptr, 0);
+    if (active) Engine(nullptr, BtrOpAbort);
 }
 
 void EngineTransaction::Finish()
 {
     active = false;
-    const int status = Engine(BtrOpEnd, nullptr, nullptr, nullptr, nullptr, 0);
+    const int status = Engine(nullptr, BtrOpEnd);
     if (status != 0) throw EngineError("Transaktion", status, {});
 }
 
-void StopEngine() { Engine(BtrOpStop, nullptr, nullptr, nullptr, nullptr, 0); }
+void StopEngine() { Engine(nullptr, BtrOpStop); }
 
 } // namespace tools

@@ -29,6 +29,20 @@ enum class OpenMode : int8_t {
     Exclusive = BtrModeExclusive,
 };
 
+// A client beside those of the threads: one thread at a time may use it.
+struct EngineClient {
+    EngineClient();
+    ~EngineClient();
+    EngineClient(const EngineClient &) = delete;
+    EngineClient &operator=(const EngineClient &) = delete;
+
+    // Between these two every directory is seen as it stood when it was first used.
+    void BeginSnapshot();
+    void EndSnapshot();
+
+    BtrClient *Handle;
+};
+
 // Makes an empty table with its keys. An existing file is refused (status 59).
 void CreateTable(const TableLayout &layout, const std::filesystem::path &directory);
 
@@ -44,7 +58,9 @@ struct TableDefinition {
 
 // An open table. Reads give false where there is no (further) record; every other refusal is an EngineError.
 struct TableFile {
-    TableFile(const TableLayout &layout, const std::filesystem::path &directory, OpenMode mode);
+    // `client` null is the calling thread's.
+    TableFile(const TableLayout &layout, const std::filesystem::path &directory, OpenMode mode,
+              EngineClient *client = nullptr);
     ~TableFile();
     TableFile(const TableFile &) = delete;
     TableFile &operator=(const TableFile &) = delete;
@@ -64,6 +80,9 @@ struct TableFile {
     bool Equal(void *record, const void *value, int key);
     bool GreaterEqual(void *record, const void *value, int key);
 
+    // The number of the record read last; it stays the record's for ever, and is nobody else's.
+    uint32_t RecordNumber();
+
     TableDefinition Definition();
     // Closes, and says so when that fails; the destructor is silent.
     void Close();
@@ -76,6 +95,7 @@ private:
     bool Read(const char *name, uint16_t operation, void *record, int key);
     void SetKey(const void *value, int key);
 
+    BtrClient *caller;
     bool open = false;
     uint8_t positionBlock[BtrPositionBlockSize] = {};
     uint8_t keyBuffer[BtrKeyBufferSize] = {};
