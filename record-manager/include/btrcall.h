@@ -88,10 +88,10 @@ enum BtrOperation {
     // second. One directory alone may be changed in it. For loading tools; the library knows nothing of it.
     BtrOpBeginGroup = 2019,
     BtrOpEndGroup = 2020,
-    // Between these two the client sees every directory as it stood when it first opened or read a file in it,
-    // whatever others finish meanwhile; nobody waits for it. Changes, transactions and locks are refused with
-    // 41. 37 for a second beginning or inside a transaction, 39 for an end without one. The store keeps what
-    // others replace meanwhile, so this is to last no longer than the question that is answered.
+    // Between these two the client sees every directory as it stood when it first used a file in it, whatever
+    // others finish meanwhile; nobody waits for it. Changes, transactions and locks are refused with 41. 37
+    // for a second beginning or inside a transaction, 39 for an end without one. The store keeps what others
+    // replace meanwhile, so this is to last no longer than the question that is answered.
     BtrOpBeginSnapshot = 3019,
     BtrOpEndSnapshot = 3020,
     BtrBiasKeyOnly = 50,       // on the keyed reads: the key alone, no record
