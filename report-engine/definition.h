@@ -82,6 +82,7 @@ struct KindRule {
     bool NewPage; // an opener that starts a page
     bool Keep;    // an opener whose group stays on one page if it fits on one
     bool IsOrdered;
+    bool Beside;    // an opener whose second group stands in the right half, beside the first
     bool HasAgain;  // an opener one of whose rows is repeated at the head of the group's further pages
     uint8_t Again;  // the style of that row
     uint8_t Level;  // of the group that a record of this kind opens, 0 for none
@@ -113,6 +114,7 @@ struct Definition {
     int32_t Right;
     int32_t Bottom;
     int32_t Left;
+    int32_t Gap; // between the halves of a page; 0 where a page is one
     uint8_t HeadLines;
     uint8_t FootLines;
     uint8_t ColumnTitleLines; // without the line of group titles; 0 when no column has a title
@@ -130,6 +132,7 @@ struct Definition {
     KindRule Kinds[kindCount];
     CarryRule Carry;
     DataField DataFields[maxDataFields];
+    uint64_t RightAt; // where in the spool the items of the right halves begin; 0 for none
 };
 
 static_assert(std::is_trivially_copyable_v<Definition>);
@@ -167,6 +170,13 @@ constexpr int32_t FootHeight(const Definition &definition)
 {
     if (definition.FootLines == 0) return 0;
     return definition.FootLines * definition.Styles[footStyle].Height + gapOverFoot;
+}
+
+// What is left for columns: of the page, or of each of its halves.
+constexpr int32_t RowWidth(const Definition &definition)
+{
+    const int32_t width = definition.PageWidth - definition.Left - definition.Right;
+    return definition.Gap > 0 ? (width - definition.Gap) / 2 : width;
 }
 
 // What is left for rows.

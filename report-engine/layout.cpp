@@ -288,6 +288,44 @@ int64_t EndLayout(Layout &layout)
     return layout.Pages;
 }
 
+RowSpot LaterOf(RowSpot one, RowSpot other)
+{
+    const bool isLater = one.Page != other.Page ? one.Page > other.Page : one.Top > other.Top;
+    return isLater ? one : other;
+}
+
+void StartHalf(HalfLayout &half, const Definition &definition, PlaceCall place, void *context)
+{
+    StartLayout(half.Laid, definition, place, context);
+    half.HasLast = false;
+}
+
+void AddRowOfHalf(HalfLayout &half, const LayoutRow &row)
+{
+    if (half.HasLast) AddRow(half.Laid, half.Last);
+    half.Last = row;
+    half.HasLast = true;
+}
+
+RowSpot EndHalf(HalfLayout &half, RowSpot notBefore)
+{
+    Layout &layout = half.Laid;
+    PlaceHeld(layout, false);
+    if (layout.Pages == 0) BeginPage(layout);
+    if (!half.HasLast) return {layout.Pages, layout.Used};
+    half.HasLast = false;
+    if (layout.Used + half.Last.Height > layout.Body && layout.HasRows) BreakPage(layout);
+    while (layout.Pages < notBefore.Page) {
+        BreakPage(layout);
+    }
+    const bool isHigher = layout.Pages == notBefore.Page && layout.Used < notBefore.Top;
+    if (isHigher && notBefore.Top + half.Last.Height <= layout.Body) layout.Used = notBefore.Top;
+    const RowSpot spot = {layout.Pages, layout.Used};
+    PlaceBlock(layout, &half.Last, 1);
+    CheckInvariants(layout);
+    return spot;
+}
+
 bool RowsFitPage(const Definition &definition)
 {
     const int32_t sums = definition.Carry.IsUsed ? 3 * definition.Styles[carryStyle].Height : 0;

@@ -113,6 +113,30 @@ void AddRow(Layout &layout, const LayoutRow &row);
 // Places what was held back and returns the number of pages, at least 1.
 int64_t EndLayout(Layout &layout);
 
+// ---- Halves ----
+
+// A place on the pages.
+struct RowSpot {
+    int64_t Page;
+    int32_t Top;
+};
+
+RowSpot LaterOf(RowSpot one, RowSpot other);
+
+// The rows of the left or of the right halves of pages, laid out by themselves. The last one waits, so that
+// the last rows of both can stand on one line.
+struct HalfLayout {
+    Layout Laid;
+    LayoutRow Last;
+    bool HasLast;
+};
+
+void StartHalf(HalfLayout &half, const Definition &definition, PlaceCall place, void *context);
+void AddRowOfHalf(HalfLayout &half, const LayoutRow &row);
+
+// Places the last row, not before that spot, and returns where it stands.
+RowSpot EndHalf(HalfLayout &half, RowSpot notBefore);
+
 // Rows that no page can hold would never end: true if every row that the definition can print fits under the
 // sums that a page may carry.
 bool RowsFitPage(const Definition &definition);

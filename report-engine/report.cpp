@@ -80,6 +80,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
     }
     StartMarker(report->Marker, report->Def);
     StartLayout(report->Counted, report->Def, nullptr, nullptr);
+    StartHalf(report->Half, report->Def, nullptr, nullptr);
     report->State = ReportState::open;
     return report;
 }
@@ -217,7 +218,8 @@ bool FinishReport(Report &report)
         return FailOnFile(report, report.Store.Error);
     }
     CloseSandbox(report.Box); // it has said what it had to say
-    report.PageCount = EndLayout(report.Counted);
+    report.PageCount = report.Def.Gap > 0 ? LaterOf(report.LeftEnd, EndHalf(report.Half, {})).Page
+                                          : EndLayout(report.Counted);
     report.State = ReportState::finished;
     return true;
 }

@@ -85,6 +85,9 @@ struct Report {
     Spool Store;
     RowMarker Marker;
     Layout Counted;    // lays the rows out as they come, for the number of pages alone
+    HalfLayout Half;   // the same where pages have halves, for the one that is being printed
+    RowSpot LeftEnd;   // where the last row of the left halves stands by itself
+    bool HasLeft;      // the group of the left halves has begun
     int64_t PageCount; // of a finished report
     Ordering Waiting;  // records that are not printed before the last of their run
     int WaitingKind;   // -1 for none

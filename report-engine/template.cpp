@@ -98,7 +98,8 @@ int DeclarePage(lua_State *state)
 {
     Report &report = Declaring(state, "page{...}");
     luaL_checktype(state, 1, LUA_TTABLE);
-    RefuseUnknownKeys(state, 1, {"size", "landscape", "margins", "font", "fontsize", "head", "foot"}, false);
+    RefuseUnknownKeys(state, 1, {"size", "landscape", "margins", "gap", "font", "fontsize", "head", "foot"},
+                      false);
     if (report.HasPage) return luaL_error(state, "page{...} stands here a second time");
     if (report.HasColumns || report.Def.StyleCount > builtInStyles) {
         return luaL_error(state, "page{...} comes before styles, columns and records");
@@ -124,6 +125,7 @@ int DeclarePage(lua_State *state)
         MeasureEntry(state, table, "left", widest, page.Left);
     }
     lua_pop(state, 1);
+    MeasureEntry(state, 1, "gap", 5000, page.Gap);
     TextEntry(state, 1, "font", page.Font, sizeof page.Font);
     MeasureEntry(state, 1, "fontsize", 2400, page.FontSize);
     if (page.FontSize < 400) return luaL_error(state, "'fontsize' must be a number from 4 to 24");
@@ -191,7 +193,7 @@ void CheckWidths(lua_State *state, const Definition &def)
     for (int i = 0; i < def.ColumnCount; ++i) {
         width += def.Columns[i].Width;
     }
-    const int32_t room = def.PageWidth - def.Left - def.Right;
+    const int32_t room = RowWidth(def);
     if (width > room) luaL_error(state, "the columns take %d mm of %d mm", (width + 99) / 100, room / 100);
 }
 
@@ -567,7 +569,8 @@ int DeclareRecord(lua_State *state)
     const lua_Integer kind = luaL_checkinteger(state, 1);
     luaL_checktype(state, 2, LUA_TTABLE);
     RefuseUnknownKeys(
-        state, 2, {"level", "closes", "newpage", "keep", "again", "order", "rows", "emit", "close"}, true);
+        state, 2, {"level", "closes", "newpage", "keep", "beside", "again", "order", "rows", "emit", "close"},
+        true);
     if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0) {
         return luaL_error(state, "this report has no records of kind %d", static_cast<int>(kind));
     }
@@ -586,6 +589,10 @@ int DeclareRecord(lua_State *state)
     FlagEntry(state, 2, "keep", rule.Keep);
     if (rule.Level == 0 && (rule.NewPage || rule.Keep)) {
         return luaL_error(state, "'newpage' and 'keep' are for records that open a level");
+    }
+    FlagEntry(state, 2, "beside", rule.Beside);
+    if (rule.Beside && (rule.Level != 1 || report.Def.Gap == 0)) {
+        return luaL_error(state, "'beside' is for records that open level 1, on a page with a 'gap'");
     }
     rule.RowCount = TakeRows(state, report, 2, rule.Rows, maxRows);
     TakeAgain(state, report, rule, 2);
@@ -621,6 +628,10 @@ void CheckDeclarations(lua_State *state, const Report &report)
     const Definition &def = report.Def;
     if (def.ReportId[0] == 0) luaL_error(state, "report{...} is missing");
     if (BodyHeight(def) < 2000 || !RowsFitPage(def)) luaL_error(state, "the page is too low for its rows");
+    // Sums of a page, and rows that close the report, belong to neither half.
+    if (def.Gap > 0 && (def.Carry.IsUsed || def.FinishCount > 0)) {
+        luaL_error(state, "a page with a 'gap' has no 'carry', and 'finish' no rows");
+    }
     for (int kind = 0; kind < kindCount; ++kind) {
         const KindRule &rule = def.Kinds[kind];
         if (rule.Level == 0) continue;

@@ -169,7 +169,11 @@ void StoreRow(lua_State *state, Report &report, ItemHeader header, uint8_t style
     header.Flags = row.Flags;
     header.Size = static_cast<uint32_t>(used);
     StoreItem(state, report, header);
-    AddRow(report.Counted, row);
+    if (report.Def.Gap > 0) {
+        AddRowOfHalf(report.Half, row);
+    } else {
+        AddRow(report.Counted, row);
+    }
     report.PrintedRows = true;
     report.HasRows = true;
 }
@@ -569,6 +573,22 @@ void PushField(lua_State *state, const Field &field, const char *record)
 
 } // namespace
 
+namespace {
+
+// The second group of its kind goes to the right halves, which begin on the first page again.
+void GoBeside(Report &report)
+{
+    if (report.HasLeft && report.Def.RightAt == 0) {
+        report.Def.RightAt = SpoolEnd(report.Store);
+        report.LeftEnd = EndHalf(report.Half, {});
+        StartHalf(report.Half, report.Def, nullptr, nullptr);
+        report.Marker.Coming = static_cast<uint16_t>(report.Marker.Coming & ~rowNewPage);
+    }
+    report.HasLeft = true;
+}
+
+} // namespace
+
 int RunRecord(lua_State *state)
 {
     const auto &call = *static_cast<const RecordCall *>(lua_touserdata(state, 1));
@@ -577,6 +597,7 @@ int RunRecord(lua_State *state)
     const KindCode &code = report.Kinds[call.Kind];
     CloseLevels(state, report, call.Kind);
     MarkRecord(report.Marker, call.Kind);
+    if (rule.Beside) GoBeside(report);
     BeginPrinting(report, call.Kind, rule.Level, rule.Rows, rule.RowCount);
     if (code.Emit == 0) return 0;
     lua_rawgeti(state, LUA_REGISTRYINDEX, code.Emit);

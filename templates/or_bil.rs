@@ -5,16 +5,20 @@ report { id = "tervoBILANZ0.0", title = "Bilanz" }
 
 local tree = share("or_tree")
 
-tree.list.upright { font = "Roboto", fontsize = 8.5 }
+-- In account form: the Aktiva in the left half of the page, the Passiva in the right one.
+tree.list.across { gap = 7 }
+tree.width = 133
+tree.kuerzel = 17
+tree.step = 3
 tree.styles()
 style("seite", { like = "head", size = 12, height = 9, shade = 0 })
 style("ergebnis", { like = "text", bold = true, height = 6 })
 
 columns {
-    { "text", "Bezeichnung", 112 },
-    { "kuerzel", "Kürzel", 0 },
-    { "vorspalte", "", 34, form = "amount" },
-    { "betrag", "Betrag", 34, form = "amount", sum = true },
+    { "text", "Bezeichnung", 75 },
+    { "kuerzel", "Kürzel", 0, align = "right" }, -- without the text's indent
+    { "vorspalte", "", 28, form = "amount" },
+    { "betrag", "Betrag", 28, form = "amount", sum = true },
     { "vergleich", "", 0, form = "amount", sum = true },
     { "differenz", "Veränderung", 0, form = "amount", sum = true },
 }
@@ -60,10 +64,10 @@ record(0, {
         opening = r.eroeffnung ~= 0
         local period = dayOf(r.zeitraum)
         if r.vergleich ~= 0 then
-            tree.begin(r, { vorspalte = 0, betrag = 27, vergleich = 27, differenz = 27 })
+            tree.begin(r, { vorspalte = 0, betrag = 21, vergleich = 21, differenz = 21 })
         else
             tree.betrag = "vorspalte" -- amounts of accounts stand before the sums of their groups
-            tree.begin(r, { vorspalte = r.mitKonten ~= 0 and 34 or 0, betrag = 34 })
+            tree.begin(r, { vorspalte = r.mitKonten ~= 0 and 28 or 0, betrag = 28 })
         end
         about {
             { "mandant", r.mandant },
@@ -83,7 +87,7 @@ end
 record(8, {
     u32("aktiva", 0),
     level = 1,
-    newpage = true,
+    beside = true,
     again = "seite",
     rows = { "seite" },
     emit = function(r)

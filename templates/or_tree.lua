@@ -4,6 +4,9 @@
 local tree = {
     list = share("or_page"),
     choice = nil, -- the header's record
+    width = 180, -- millimetres for the columns
+    kuerzel = 31, -- of them for the Kürzel
+    step = 4, -- that each depth is indented by
     betrag = "betrag", -- the column in which the amounts of accounts stand
 }
 
@@ -11,31 +14,27 @@ local open = {} -- by depth: the group's title, and where its sum stands
 local path = {} -- by depth: titles of the groups around what comes next
 local ungrouped = false -- accounts of no group are coming
 
-local step = 4 -- millimetres that each depth is indented by
-
 function tree.styles()
     for depth = 1, 3 do
         style("gruppe" .. depth, { like = "head", bold = depth < 3, height = 6.5 - depth / 2, shade = 0,
-            above = "none", below = "none", indent = step * (depth - 1) })
-        style("summe" .. depth, { like = "sum", bold = depth < 3, indent = step * (depth - 1) })
+            above = "none", below = "none", indent = tree.step * (depth - 1) })
+        style("summe" .. depth, { like = "sum", bold = depth < 3, indent = tree.step * (depth - 1) })
     end
     for depth = 0, 4 do
         style("konto" .. depth, {
-            like = "line", above = "none", below = "none", counts = false, indent = step * depth,
+            like = "line", above = "none", below = "none", counts = false, indent = tree.step * depth,
         })
     end
     style("ohne", { like = "gruppe1" })
 end
 
-local pageWidth = 180
-
 -- Keeps the header's record and makes the columns what it asks for: `widths` of the columns of amounts, the Kürzel of
 -- accounts where it is wanted, indented like all texts of a row, and the name takes the rest.
 function tree.begin(r, widths)
     tree.choice = r
-    if r.kontenstruktur ~= 0 then widths.kuerzel = 31 end
+    if r.kontenstruktur ~= 0 then widths.kuerzel = tree.kuerzel end
     column("text", { width = 1 })
-    local rest = pageWidth
+    local rest = tree.width
     for name, width in pairs(widths) do
         column(name, { width = width })
         rest = rest - width

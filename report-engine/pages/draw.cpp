@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
@@ -50,6 +51,9 @@ struct PageState {
     int64_t PageSums[maxSumColumns];
 };
 
+// What a walk goes over.
+enum class Half : uint8_t { whole, left, right };
+
 // A walk over pages for the first or last one that has what is looked for.
 struct Search {
     const ItemTest *Test;
@@ -72,8 +76,12 @@ struct Drawing {
     int64_t LastWanted;
     PageState Now;
     LetterList *Collected; // what is drawn is noted here as well; null for nowhere
-    int16_t Cell;          // in which it stands
+    int16_t Cell;          // in which it stands; those of the right half follow those of the left
     Search *Searching;     // null while pages are drawn
+    Half Walked;
+    bool TellsBookmarks; // nothing is drawn, and bookmarks are told
+    bool HasDrawnHead;   // on the page whose halves are drawn
+    RowSpot LastSpot;    // of the last rows of both halves
 
     // Glyphs of one font that wait to be shown together.
     uint16_t BatchFont;
@@ -87,7 +95,7 @@ struct Drawing {
 
     double Lefts[maxColumns];
     double BodyTop;
-    double Left;
+    double Left; // of what rows have for themselves: the page's, or a half's
     double Right;
 };
 
@@ -245,6 +253,8 @@ struct RowCell {
     LinePart Text;
 };
 
+int FirstCell(const Drawing &drawing) { return drawing.Walked == Half::right ? drawing.Def->ColumnCount : 0; }
+
 // Draws cells that are at hand, those of a row or of what only looks like one.
 void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[maxColumns], double top,
                bool isRow)
@@ -257,7 +267,7 @@ void DrawCells(Drawing &drawing, uint8_t styleNumber, const RowCell (&cells)[max
     for (int column = 0; column < def.ColumnCount; ++column) {
         const RowCell &cell = cells[column];
         if (!cell.IsSet || cell.Text.Length == 0) continue;
-        drawing.Cell = isRow ? static_cast<int16_t>(column) : noCell;
+        drawing.Cell = isRow ? static_cast<int16_t>(FirstCell(drawing) + column) : noCell;
         double left = drawing.Lefts[column];
         double right = left + Points(def.Columns[column].Width);
         const Align align = def.Columns[column].CellAlign;
@@ -315,7 +325,7 @@ void DrawRow(Drawing &drawing, const ItemHeader &item, double top)
     while (NextCell(cells, cell)) {
         if (cell.Column == spanColumn) {
             const int face = drawing.StyleFaces[item.Style];
-            drawing.Cell = 0;
+            drawing.Cell = static_cast<int16_t>(FirstCell(drawing));
             DrawText(drawing, face, cell.Text, cell.Length, drawing.Left + Points(style.Indent) + gutter / 2,
                      drawing.Right, Baseline(drawing, face, top, height), Align::left);
             break;
@@ -383,32 +393,35 @@ void DrawLine(Drawing &drawing, const Line &line, uint8_t styleNumber, double to
     const Style &style = drawing.Def->Styles[styleNumber];
     const int face = drawing.StyleFaces[styleNumber];
     const double baseline = Baseline(drawing, face, top, Points(style.Height));
-    const double width = drawing.Right - drawing.Left;
+    const double pageLeft = Points(drawing.Def->Left);
+    const double pageRight = Points(drawing.Def->PageWidth - drawing.Def->Right);
+    const double width = pageRight - pageLeft;
     char text[maxTextLength + 200];
     // The middle stands in the middle whatever there is beside it; the left is cut before it touches the
     // next.
-    double free = drawing.Right;
+    double free = pageRight;
     constexpr double distance = 12;
     LinePart part = Expand(drawing, line.Parts[2], text);
     if (part.Length > 0) {
-        free -= DrawText(drawing, face, part.Text, part.Length, drawing.Left + width / 2, drawing.Right,
-                         baseline, Align::right) +
+        free -= DrawText(drawing, face, part.Text, part.Length, pageLeft + width / 2, pageRight, baseline,
+                         Align::right) +
                 distance;
     }
     part = Expand(drawing, line.Parts[1], text);
     if (part.Length > 0) {
-        const double used = DrawText(drawing, face, part.Text, part.Length, drawing.Left + width / 6,
-                                     drawing.Right - width / 6, baseline, Align::centre);
-        free = drawing.Left + (width - used) / 2 - distance;
+        const double used = DrawText(drawing, face, part.Text, part.Length, pageLeft + width / 6,
+                                     pageRight - width / 6, baseline, Align::centre);
+        free = pageLeft + (width - used) / 2 - distance;
     }
     part = Expand(drawing, line.Parts[0], text);
-    DrawText(drawing, face, part.Text, part.Length, drawing.Left, free, baseline, Align::left);
+    DrawText(drawing, face, part.Text, part.Length, pageLeft, free, baseline, Align::left);
 }
 
 void DrawHead(Drawing &drawing)
 {
     const Definition &def = *drawing.Def;
     drawing.Now.HasHead = true;
+    drawing.HasDrawnHead = true;
     int32_t top = def.Top;
     for (int i = 0; i < drawing.Now.HeadCount; ++i) {
         const uint8_t style = i == 0 ? titleStyle : subtitleStyle;
@@ -484,7 +497,7 @@ bool IsWanted(const Drawing &drawing)
 
 void FinishPage(Drawing &drawing)
 {
-    if (drawing.Now.Page == 0 || !IsWanted(drawing)) return;
+    if (drawing.Walked != Half::whole || drawing.Now.Page == 0 || !IsWanted(drawing)) return;
     if (!drawing.Now.HasHead) DrawHead(drawing);
     ShowBatch(drawing);
     ShowRules(drawing, true);
@@ -497,9 +510,9 @@ void StartPage(Drawing &drawing, int64_t page)
     FinishPage(drawing);
     drawing.Now.Page = page;
     ++drawing.Now.Sheet;
-    drawing.Now.HasHead = false;
+    drawing.Now.HasHead = drawing.Walked == Half::right;
     std::memset(drawing.Now.PageSums, 0, sizeof drawing.Now.PageSums);
-    if (!IsWanted(drawing)) return;
+    if (drawing.Walked != Half::whole || !IsWanted(drawing)) return;
     drawing.Target->BeginPage(drawing.Target->Context, page);
     cairo_set_source_rgb(drawing.Cairo, 0, 0, 0);
     DrawColumnTitles(drawing);
@@ -526,7 +539,7 @@ void ApplyItems(Drawing &drawing, uint64_t until, double y)
             std::memcpy(&drawing.Now.SheetsBefore, data, sizeof drawing.Now.SheetsBefore);
             break;
         case Item::bookmark: {
-            if (!IsWanted(drawing)) break;
+            if (!IsWanted(drawing) || (drawing.Walked != Half::whole && !drawing.TellsBookmarks)) break;
             char text[maxTextLength + 1];
             std::memcpy(text, data, item->Count);
             text[item->Count] = 0;
@@ -613,7 +626,7 @@ void Place(void *context, Placed what, const LayoutRow *row, int64_t page, int32
     auto &drawing = *static_cast<Drawing *>(context);
     PageState &now = drawing.Now;
     if (page != now.Page) StartPage(drawing, page);
-    const bool isDrawn = IsWanted(drawing);
+    const bool isDrawn = IsWanted(drawing) && !drawing.TellsBookmarks;
     const double top = drawing.BodyTop + Points(placedTop);
     const CarryRule &carry = drawing.Def->Carry;
     if (what == Placed::again) {
@@ -657,17 +670,27 @@ struct Position {
     Layout Laid;
 };
 
+// The next row before `end`; false when there is none.
+bool NextRow(const Document &document, uint64_t &offset, uint64_t end, LayoutRow &row)
+{
+    while (offset < end) {
+        const uint64_t begin = offset;
+        const ItemHeader *item = ItemAt(document, offset);
+        if (item == nullptr) return false;
+        if (item->Kind != Item::row) continue;
+        row = RowOf(*item, begin, *document.Def);
+        return true;
+    }
+    return false;
+}
+
 // Adds the next row to the layout; false at the end of the document.
 bool LayNextRow(const Document &document, Position &position)
 {
-    for (;;) {
-        const uint64_t begin = position.Offset;
-        const ItemHeader *item = ItemAt(document, position.Offset);
-        if (item == nullptr) return false;
-        if (item->Kind != Item::row) continue;
-        AddRow(position.Laid, RowOf(*item, begin, *document.Def));
-        return true;
-    }
+    LayoutRow row;
+    if (!NextRow(document, position.Offset, document.Size, row)) return false;
+    AddRow(position.Laid, row);
+    return true;
 }
 
 // Runs the rows of the document through the layout.
@@ -681,6 +704,110 @@ int64_t LayOut(const Document &document, PlaceCall place, void *context)
     return EndLayout(position.Laid);
 }
 
+void SetWalked(Drawing &drawing, Half half)
+{
+    const Definition &def = *drawing.Def;
+    drawing.Walked = half;
+    double left = Points(half == Half::right ? def.Left + RowWidth(def) + def.Gap : def.Left);
+    drawing.Left = left;
+    drawing.Right = left + Points(RowWidth(def));
+    for (int i = 0; i < def.ColumnCount; ++i) {
+        drawing.Lefts[i] = left;
+        left += Points(def.Columns[i].Width);
+    }
+}
+
+// ---- Pages with halves ----
+
+// Both halves are short enough to be walked from their beginning for each page.
+
+// Runs the rows of one half through the layout, up to that page.
+RowSpot WalkHalf(Drawing &drawing, Half half, PlaceCall place, RowSpot lastSpot, int64_t lastPage)
+{
+    const Document &document = *drawing.Of;
+    const bool isRight = half == Half::right;
+    const uint64_t rightAt = document.Def->RightAt;
+    const uint64_t end = isRight || rightAt == 0 ? document.Size : rightAt;
+    uint64_t offset = isRight ? rightAt : document.First;
+    static HalfLayout laid; // too large for a stack frame
+    SetWalked(drawing, half);
+    drawing.Now = {};
+    drawing.Now.Scanned = offset;
+    StartHalf(laid, *document.Def, place, &drawing);
+    LayoutRow row;
+    while (drawing.Now.Page <= lastPage) {
+        if (NextRow(document, offset, end, row)) {
+            AddRowOfHalf(laid, row);
+            continue;
+        }
+        const RowSpot spot = EndHalf(laid, lastSpot);
+        if (place != nullptr && drawing.Now.Page <= lastPage) ApplyItems(drawing, end, drawing.BodyTop);
+        return spot;
+    }
+    return {};
+}
+
+bool HasRightHalf(const Drawing &drawing) { return drawing.Def->RightAt != 0; }
+
+void MeasureHalves(Drawing &drawing)
+{
+    drawing.LastSpot = WalkHalf(drawing, Half::left, nullptr, {}, INT64_MAX);
+    if (!HasRightHalf(drawing)) return;
+    drawing.LastSpot = LaterOf(drawing.LastSpot, WalkHalf(drawing, Half::right, nullptr, {}, INT64_MAX));
+}
+
+void DrawHalvedPage(Drawing &drawing, int64_t page)
+{
+    drawing.FirstWanted = drawing.LastWanted = page;
+    drawing.HasDrawnHead = false;
+    drawing.Target->BeginPage(drawing.Target->Context, page);
+    cairo_set_source_rgb(drawing.Cairo, 0, 0, 0);
+    for (const Half half : {Half::left, Half::right}) {
+        if (half == Half::right && !HasRightHalf(drawing)) continue;
+        SetWalked(drawing, half);
+        DrawColumnTitles(drawing);
+        WalkHalf(drawing, half, Place, drawing.LastSpot, page);
+        if (half == Half::left && !drawing.HasDrawnHead) {
+            drawing.Now.Page = page;
+            DrawHead(drawing);
+        }
+    }
+    ShowBatch(drawing);
+    ShowRules(drawing, true);
+    ShowRules(drawing, false);
+    drawing.Target->EndPage(drawing.Target->Context, page);
+}
+
+void DrawHalvedPages(Drawing &drawing)
+{
+    drawing.PageCount = drawing.LastSpot.Page;
+    const int64_t first = drawing.FirstWanted;
+    const int64_t last = drawing.LastWanted < drawing.PageCount ? drawing.LastWanted : drawing.PageCount;
+    // Bookmarks come in the order of the document: all of the left halves, then all of the right ones.
+    drawing.LastWanted = last;
+    drawing.TellsBookmarks = true;
+    WalkHalf(drawing, Half::left, Place, drawing.LastSpot, last);
+    if (HasRightHalf(drawing)) WalkHalf(drawing, Half::right, Place, drawing.LastSpot, last);
+    drawing.TellsBookmarks = false;
+    for (int64_t page = first > 1 ? first : 1; page <= last; ++page) {
+        DrawHalvedPage(drawing, page);
+    }
+}
+
+// The first or last page on which either half has what is looked for.
+void SearchHalves(Drawing &drawing, Search &search)
+{
+    int64_t found = 0;
+    for (const Half half : {Half::left, Half::right}) {
+        if (half == Half::right && !HasRightHalf(drawing)) continue;
+        search.Found = 0;
+        WalkHalf(drawing, half, Place, drawing.LastSpot, search.Last);
+        const bool isBetter = found == 0 || (search.Found > found) == search.WantsLast;
+        if (search.Found != 0 && isBetter) found = search.Found;
+    }
+    search.Found = found;
+}
+
 void StartDrawing(Drawing &drawing, const Document &document)
 {
     const Definition &def = *document.Def;
@@ -692,14 +819,9 @@ void StartDrawing(Drawing &drawing, const Document &document)
     for (int i = 0; i < def.StyleCount; ++i) {
         drawing.StyleFaces[i] = FaceFor(drawing.Letters, def.Styles[i], def.Styles[i].FontSize);
     }
-    double left = Points(def.Left);
-    drawing.Left = left;
-    drawing.Right = Points(def.PageWidth - def.Right);
     drawing.BodyTop = Points(def.Top + HeadHeight(def) + ColumnTitlesHeight(def));
-    for (int i = 0; i < def.ColumnCount; ++i) {
-        drawing.Lefts[i] = left;
-        left += Points(def.Columns[i].Width);
-    }
+    SetWalked(drawing, Half::whole);
+    if (def.Gap > 0) MeasureHalves(drawing);
 }
 
 // What follows the last row, and the end of the page in hand.
@@ -747,6 +869,10 @@ int64_t DrawDocument(const Document &document, const PageTarget &target, int64_t
     drawing.FirstWanted = first;
     drawing.LastWanted = last > 0 ? last : INT64_MAX;
     StartDrawing(drawing, document);
+    if (document.Def->Gap > 0) {
+        DrawHalvedPages(drawing);
+        return drawing.PageCount;
+    }
     drawing.PageCount = LayOut(document, nullptr, nullptr);
     LayOut(document, Place, &drawing);
     EndDrawing(drawing);
@@ -831,6 +957,11 @@ void DrawPage(int64_t page, const PageTarget &target, LetterList *letters)
     drawing.Target = &target;
     drawing.Cairo = target.Cairo;
     drawing.Collected = letters;
+    if (drawing.Def->Gap > 0) {
+        DrawHalvedPage(drawing, page);
+        drawing.Collected = nullptr;
+        return;
+    }
     drawing.FirstWanted = drawing.LastWanted = page;
     GoBefore(page);
     bool goesOn = true;
@@ -852,6 +983,11 @@ int64_t FindPage(int64_t first, int64_t last, bool wantsLast, const ItemTest &te
     drawing.FirstWanted = drawing.LastWanted = -1;
     Search search = {&test, first, last, wantsLast, 0};
     drawing.Searching = &search;
+    if (drawing.Def->Gap > 0) {
+        SearchHalves(drawing, search);
+        drawing.Searching = nullptr;
+        return search.Found;
+    }
     GoBefore(first);
     bool goesOn = true;
     while (goesOn && drawing.Now.Page <= last && (wantsLast || search.Found == 0)) {

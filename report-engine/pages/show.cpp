@@ -331,10 +331,11 @@ void Put(Copying &copy, const char *text, size_t length)
 
 bool IsFull(const Copying &copy) { return copy.HasFailed || copy.Length >= maxCopied; }
 
+// Those of the right half follow those of the left.
 void PutTabs(Copying &copy, int from, int to)
 {
-    for (int column = from; column < to; ++column) {
-        if (IsShown(shown.Def->Columns[column])) Put(copy, "\t", 1);
+    for (int cell = from; cell < to; ++cell) {
+        if (IsShown(shown.Def->Columns[cell % shown.Def->ColumnCount])) Put(copy, "\t", 1);
     }
 }
 
@@ -365,7 +366,7 @@ void CopyTexts(Copying &copy, const LetterList &letters, const Hit &range)
 // The rows in a range, a tab for each column, and nothing else: what a table takes.
 void CopyRows(Copying &copy, const LetterList &letters, const Hit &range)
 {
-    const int last = shown.Def->ColumnCount - 1;
+    const int last = shown.Def->ColumnCount * (shown.Def->RightAt != 0 ? 2 : 1) - 1;
     int column = 0;
     int line = -1;
     for (size_t i = range.First; i <= range.Last && !IsFull(copy); ++i) {

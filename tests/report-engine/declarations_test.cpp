@@ -2,6 +2,7 @@
 // headings that are repeated, groups that close others.
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <sstream>
 
 #include "report_support.h"
 
@@ -448,6 +449,105 @@ record(2, { i32("nummer", 0), amount("soll", 78), rows = { "line" }, emit = func
     }
     EXPECT_EQ(pages[2].find("1100 (Fortsetzung)"), std::string::npos) << pages[2];
     EXPECT_NE(pages[2].find("Konto 1100"), std::string::npos) << pages[2];
+}
+
+namespace {
+
+constexpr const char *twoHalves = R"(
+page { gap = 10, head = 1 }
+columns { { "text", "Text", 50 }, { "soll", "Soll", 35, form = "amount", sum = true } }
+record(0, { text("mandant", 0, 41),
+    emit = function(r) head { left = r.mandant, right = "{page}/{pages}" } end })
+record(1, { text("konto", 0, 8), level = 1, beside = true, rows = { "head" }, again = "head",
+    emit = function(r) bookmark(r.konto) row("head", { text = "Seite " .. r.konto }) end,
+    close = { rows = { "total" },
+        emit = function(sum) row("total", { text = "Summe", soll = sum.soll }) end } })
+record(2, { i32("nummer", 0), amount("soll", 78), rows = { "line" },
+    emit = function(r) row("line", { text = "Zeile " .. r.nummer, soll = r.soll }) end })
+)";
+
+// The lines of a page, each with its runs of blanks made one.
+std::vector<std::string> TidyLines(const std::string &page)
+{
+    std::vector<std::string> lines;
+    for (const std::string &line : LinesOf(page)) {
+        std::istringstream words(line);
+        std::string tidy;
+        for (std::string word; words >> word;) {
+            tidy += (tidy.empty() ? "" : " ") + word;
+        }
+        if (!tidy.empty()) lines.push_back(tidy);
+    }
+    return lines;
+}
+
+} // namespace
+
+TEST_F(Declarations, GroupsBesideEachOtherHaveAHalfOfEachPage)
+{
+    for (const bool isLeftLonger : {true, false}) {
+        Open(twoHalves);
+        AddHeader();
+        const auto add = [&](const char *konto, int lines) {
+            AddAccount(konto);
+            for (int i = 1; i <= lines; ++i) {
+                AddLine(i, "010318", 100);
+            }
+        };
+        add("A", isLeftLonger ? 80 : 3);
+        add("B", isLeftLonger ? 3 : 80);
+        Export("a.pdf");
+        const std::vector<std::string> pages = PagesOf(directory.At("a.pdf"));
+        ASSERT_EQ(pages.size(), 2u);
+        const std::vector<std::string> first = TidyLines(pages[0]);
+        ASSERT_GT(first.size(), 6u) << pages[0];
+        EXPECT_EQ(first[0], "Muster GmbH 1/2");
+        EXPECT_EQ(first[1], "Text Soll Text Soll");
+        EXPECT_EQ(first[2], "Seite A Seite B");
+        EXPECT_EQ(first[3], "Zeile 1 1,00 Zeile 1 1,00");
+        EXPECT_EQ(first[6], "Zeile 4 1,00") << "in the longer half alone";
+        const std::vector<std::string> second = TidyLines(pages[1]);
+        ASSERT_GT(second.size(), 3u) << pages[1];
+        EXPECT_EQ(second[0], "Muster GmbH 2/2");
+        EXPECT_EQ(second[2], "Seite A (Fortsetzung) Seite B (Fortsetzung)");
+        EXPECT_EQ(second.back(), isLeftLonger ? "Summe 80,00 Summe 3,00" : "Summe 3,00 Summe 80,00");
+        RSCloseReport(report);
+    }
+    Open(twoHalves);
+    AddHeader();
+    AddAccount("A");
+    AddLine(1, "010318", 100);
+    AddAccount("B");
+    AddLine(2, "010318", 200);
+    const std::string text = Export("a.txt");
+    EXPECT_LT(text.find("Seite A"), text.find("Zeile 1")) << text;
+    EXPECT_LT(text.find("Zeile 1"), text.find("Seite B")) << "one below the other: " << text;
+}
+
+TEST_F(Declarations, AHalfAloneIsAPage)
+{
+    Open(twoHalves);
+    AddHeader();
+    AddAccount("A");
+    AddLine(1, "010318", 100);
+    Export("a.pdf");
+    const std::vector<std::string> pages = PagesOf(directory.At("a.pdf"));
+    ASSERT_EQ(pages.size(), 1u);
+    EXPECT_EQ(TidyLines(pages[0]), (std::vector<std::string>{"Muster GmbH 1/1", "Text Soll", "Seite A",
+                                                             "Zeile 1 1,00", "Summe 1,00"}));
+}
+
+TEST_F(Declarations, RefuseHalvesThatCannotBe)
+{
+    EXPECT_EQ(OpenError("record(1, { level = 1, beside = true })"),
+              "2: 'beside' is for records that open level 1, on a page with a 'gap'");
+    EXPECT_EQ(OpenError("page { gap = 10 } record(1, { level = 2, beside = true })"),
+              "2: 'beside' is for records that open level 1, on a page with a 'gap'");
+    EXPECT_EQ(OpenError("page { gap = 10 } columns { { 'a', 'A', 86 } }"),
+              "2: the columns take 86 mm of 85 mm");
+    EXPECT_EQ(OpenError("page { gap = 10 } columns { { 'a', 'A', 20 } }\n"
+                        "finish { rows = { 'total' } }"),
+              "1: a page with a 'gap' has no 'carry', and 'finish' no rows");
 }
 
 TEST_F(Declarations, AnEmptyReportSaysSoUnderItsHead)

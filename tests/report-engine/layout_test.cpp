@@ -163,6 +163,39 @@ TEST(Layout, FillsAPageToItsLastRow)
     EXPECT_TRUE(empty.standing.empty());
 }
 
+namespace {
+
+// Where the last of `count` rows of a half comes to stand.
+RowSpot EndOfHalf(const Definition &def, int count, RowSpot notBefore)
+{
+    auto half = std::make_unique<HalfLayout>();
+    StartHalf(*half, def, nullptr, nullptr);
+    for (int i = 0; i < count; ++i) {
+        AddRowOfHalf(*half,
+                     {.Offset = 0, .Height = 1000, .Flags = 0, .Level = 0, .Ends = 0, .Style = lineStyle});
+    }
+    return EndHalf(*half, notBefore);
+}
+
+std::pair<int64_t, int32_t> Told(RowSpot spot) { return {spot.Page, spot.Top}; }
+
+using Spot = std::pair<int64_t, int32_t>;
+
+} // namespace
+
+TEST(Layout, LastRowsOfTwoHalvesStandOnOneLine)
+{
+    const Definition def = PageOfTen();
+    EXPECT_EQ(Told(EndOfHalf(def, 4, {})), (Spot{1, 3000}));
+    EXPECT_EQ(Told(EndOfHalf(def, 4, {1, 7000})), (Spot{1, 7000}));
+    EXPECT_EQ(Told(EndOfHalf(def, 4, {3, 2000})), (Spot{3, 2000})) << "on a later page";
+    EXPECT_EQ(Told(EndOfHalf(def, 14, {1, 7000})), (Spot{2, 3000})) << "never higher than where it is";
+    EXPECT_EQ(Told(EndOfHalf(def, 11, {})), (Spot{2, 0}));
+    EXPECT_EQ(Told(EndOfHalf(def, 0, {})), (Spot{1, 0})) << "nothing is a page as well";
+    EXPECT_EQ(Told(LaterOf({1, 7000}, {1, 3000})), (Spot{1, 7000}));
+    EXPECT_EQ(Told(LaterOf({1, 7000}, {2, 0})), (Spot{2, 0}));
+}
+
 TEST(Layout, CarriesSumsOverAPageBreak)
 {
     Definition def = PageOfTen();

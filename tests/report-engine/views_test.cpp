@@ -278,6 +278,79 @@ TEST_F(Views, SelectWordsLinesAndWhatIsDraggedOver)
     DestroyWindow(view);
 }
 
+namespace {
+
+// A page holds 27 rows: 60 on the left make three pages, 40 on the right go to the second; the totals stand
+// on the third.
+constexpr const char *twoHalves = R"(
+report { id = "tervoKTOBLATT0.0", title = "Test" }
+page { gap = 10, head = 0 }
+for _, name in ipairs { "head", "line", "total" } do style(name, { height = 10 }) end
+columns { { "text", "Text", 45 }, { "soll", "Soll", 40, form = "amount", sum = true } }
+local side = ""
+record(1, { text("konto", 0, 8), level = 1, beside = true, rows = { "head" }, again = "head",
+    emit = function(r) side = r.konto row("head", { text = side }) end,
+    close = { rows = { "total" },
+        emit = function(sum) row("total", { text = "Summe", soll = sum.soll }) end } })
+record(2, { i32("nummer", 0), amount("soll", 78), rows = { "line" },
+    emit = function(r) row("line", { text = side .. " " .. r.nummer, soll = r.soll }) end })
+)";
+
+HWND OpenTwoHalves(const Directory &directory, int32_t &report)
+{
+    report = RSOpenReport(directory.Write("or_test.rs", twoHalves).c_str(), "tervoKTOBLATT0.0", 0);
+    const auto add = [&](const char *side, int lines) {
+        Record().Text(side, 8).Text("", 141).AddTo(report, 1, 149);
+        for (int i = 1; i <= lines; ++i) {
+            Record().I32(i).Text("", 74).Amount(100 * i).Text("", 19).AddTo(report, 2, 110);
+        }
+    };
+    add("links", 60);
+    add("rechts", 40);
+    return static_cast<HWND>(OpenView(report));
+}
+
+} // namespace
+
+TEST_F(Views, FindTextInBothHalvesOfPages)
+{
+    Play("expect text 103 \"von 3\"\n"
+         "key Ctrl+f\n"
+         "text 108 rechts 40\n"
+         "key Enter\n"
+         "expect text 102 2\n"
+         "text 108 links 60\n"
+         "key F3\n"
+         "expect text 102 3\n"
+         "text 108 rechts 26\n"
+         "key F3\n"
+         "expect text 102 1\n"
+         "text 108 Summe\n"
+         "press 109\n"
+         "expect text 102 3\n"
+         "text 108 links 27\n"
+         "press 109\n"
+         "expect text 102 2\n"
+         "close\n");
+    RunUntilClosed(OpenTwoHalves(directory, report));
+    EXPECT_EQ(Log().find("script:"), std::string::npos) << Log();
+}
+
+TEST_F(Views, CopyRowsOfBothHalvesWithATabForEachColumn)
+{
+    Play("");
+    HWND view = OpenTwoHalves(directory, report);
+    SendMessageA(view, WM_APP + 1, 0, 0); // as its thread comes to handle messages
+    const Mouse mouse = {view};
+    mouse.Tell(PCN_PRESS, 70, 20, 1);
+    mouse.Tell(PCN_DRAG, 900, 400);
+    const std::vector<std::string> rows = LinesOf(mouse.Selected());
+    ASSERT_GT(rows.size(), 3u);
+    EXPECT_EQ(rows[0], "links\t\trechts\t");
+    EXPECT_EQ(rows[1], "links 1\t1,00\trechts 1\t1,00");
+    DestroyWindow(view);
+}
+
 TEST_F(Views, FollowWheelAndScrollBars)
 {
     Play("");

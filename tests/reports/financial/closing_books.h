@@ -3,7 +3,10 @@
 #pragma once
 
 #include "include/vark40.h"
+#include "report-engine/include/rs.h"
 #include "src/frame/lifecycle.h"
+#include "src/frame/report_engine.h"
+#include "src/platform/platform.h"
 #include "src/platform/window_api.h"
 #include "src/reports/frame/period_controls.h"
 #include "src/reports/frame/report_params.h"
@@ -14,8 +17,10 @@
 
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -78,6 +83,52 @@ inline void CompareWith(const std::string &year)
             SetWindowTextA(field, year.c_str()); // of the page that is not in view
         }
     });
+}
+
+// Chooses what the next dialog of Bilanz or GuV shows of the trees.
+inline void ChooseLevel(int level, bool withAccounts, bool isFirstBelowSecond = false)
+{
+    InDialog([=](HWND dialog) {
+        const auto set = [&](int id, bool isSet) {
+            SendDlgItemMessageA(dialog, id, BM_SETCHECK, isSet ? BST_CHECKED : BST_UNCHECKED, 0);
+        };
+        for (int each = 1; each <= 3; ++each) {
+            set(1001 + each, each == level);
+        }
+        set(1047, withAccounts);
+        set(1048, isFirstBelowSecond);
+    });
+}
+
+// Lays the templates of both reports where the library looks for them.
+inline void CopyClosingTemplates()
+{
+    for (const char *name : {"or_bil.rs", "or_guv.rs", "or_tree.lua", "or_page.lua"}) {
+        std::filesystem::copy_file(std::string(TEMPLATES) + "/" + name, std::string(ReportPath) + name);
+    }
+}
+
+// The view as text or CSV, line by line, words parted by one blank each. The view is closed.
+inline Lines ExportLines(Books &books, VarkWindow view, const std::string &form)
+{
+    EXPECT_NE(nullptr, view);
+    EXPECT_EQ(Lines{}, books.TakeBoxes());
+    const std::string path = books.Directory() + "/bericht." + form;
+    const auto exportView = reinterpret_cast<decltype(&RSExportView)>(
+        FindEntry(reportEngine.ReportEngineLibrary, "RSExportView"));
+    EXPECT_EQ(1, exportView(view, path.c_str()));
+    DestroyWindow(static_cast<HWND>(view));
+    std::ifstream file(path);
+    Lines lines;
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream words(line);
+        std::string tidy;
+        for (std::string word; words >> word;) {
+            tidy += (tidy.empty() ? "" : " ") + word;
+        }
+        if (!tidy.empty()) lines.push_back(tidy);
+    }
+    return lines;
 }
 
 } // namespace vark::test

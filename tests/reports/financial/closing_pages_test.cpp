@@ -1,11 +1,5 @@
 // Bilanz and GuV as they are read: what the templates make of the records, through the real report engine.
-#include "report-engine/include/rs.h"
-#include "src/frame/report_engine.h"
-#include "src/platform/platform.h"
 #include "tests/reports/financial/closing_books.h"
-
-#include <fstream>
-#include <sstream>
 
 using namespace vark;
 using namespace vark::test;
@@ -20,9 +14,7 @@ struct ClosingPages : testing::Test {
         books.AddMandant(1);
         books.ChangeMandant(1, [](FistaRecord &mandant) { SetText(mandant.Name, "Musterbetrieb"); });
         ASSERT_EQ(1, VARK_Status());
-        for (const char *name : {"or_bil.rs", "or_guv.rs", "or_tree.lua", "or_page.lua"}) {
-            std::filesystem::copy_file(std::string(TEMPLATES) + "/" + name, std::string(ReportPath) + name);
-        }
+        CopyClosingTemplates();
     }
     void TearDown() override { VARK_SchliesseDB(); }
 
@@ -35,28 +27,7 @@ struct ClosingPages : testing::Test {
         if (zuordnung == ZuordnungGuv) PutPair(record.Umsaetze.Vortrag, "000000000,00", "000000000,00");
         books.Insert(1, TableSako, record, year);
     }
-    // The view as text or CSV, line by line, words parted by one blank each; without the head.
-    Lines Export(VarkWindow view, const std::string &form)
-    {
-        EXPECT_NE(nullptr, view);
-        EXPECT_EQ(Lines{}, books.TakeBoxes());
-        const std::string path = books.Directory() + "/bericht." + form;
-        const auto exportView = reinterpret_cast<decltype(&RSExportView)>(
-            FindEntry(reportEngine.ReportEngineLibrary, "RSExportView"));
-        EXPECT_EQ(1, exportView(view, path.c_str()));
-        DestroyWindow(static_cast<HWND>(view));
-        std::ifstream file(path);
-        Lines lines;
-        for (std::string line; std::getline(file, line);) {
-            std::istringstream words(line);
-            std::string tidy;
-            for (std::string word; words >> word;) {
-                tidy += (tidy.empty() ? "" : " ") + word;
-            }
-            if (!tidy.empty()) lines.push_back(tidy);
-        }
-        return lines;
-    }
+    Lines Export(VarkWindow view, const std::string &form) { return ExportLines(books, view, form); }
     static Lines Below(const Lines &lines, const std::string &line)
     {
         Lines below;
@@ -154,33 +125,27 @@ TEST_F(ClosingPages, LevelsShowTheSameTotals)
     InsertTree(books, 1, TableBilaktau,
                {"Anlagen +", "  Sachanlagen +", "    Maschinen", "      0100", "      0200", "  0300"});
     InsertTree(books, 1, TableBilpasau, {});
-    const auto play = [&](const char *levels, bool withAccounts) {
+    const auto play = [&](int level, bool withAccounts) {
         ReportParams params = PeriodBlock(1, 18);
-        InDialog([=](HWND dialog) {
-            const int chosen = 1001 + std::stoi(levels);
-            for (int id = 1002; id <= 1004; ++id) {
-                SendDlgItemMessageA(dialog, id, BM_SETCHECK, id == chosen ? BST_CHECKED : BST_UNCHECKED, 0);
-            }
-            SendDlgItemMessageA(dialog, 1047, BM_SETCHECK, withAccounts ? BST_CHECKED : BST_UNCHECKED, 0);
-        });
+        ChooseLevel(level, withAccounts);
         Lines lines = Below(Export(VARK_Bilanz(1, 0, nullptr, &params), "txt"), "Aktiva");
         lines.resize(lines.size() - 3); // the Passiva, which are the Jahresüberschuß alone
         return lines;
     };
-    EXPECT_EQ((Lines{"Anlagen 246,00", "Summe Aktiva 246,00"}), play("1", true));
-    EXPECT_EQ((Lines{"Anlagen 246,00", "Summe Aktiva 246,00"}), play("1", false));
+    EXPECT_EQ((Lines{"Anlagen 246,00", "Summe Aktiva 246,00"}), play(1, true));
+    EXPECT_EQ((Lines{"Anlagen 246,00", "Summe Aktiva 246,00"}), play(1, false));
     EXPECT_EQ(
         (Lines{"Anlagen", "Sachanlagen 240,00", "Kasse 6,00", "Summe Anlagen 246,00", "Summe Aktiva 246,00"}),
-        play("2", true));
+        play(2, true));
     EXPECT_EQ((Lines{"Anlagen", "Sachanlagen 240,00", "Summe Anlagen 246,00", "Summe Aktiva 246,00"}),
-              play("2", false));
+              play(2, false));
     EXPECT_EQ(
         (Lines{"Anlagen", "Sachanlagen", "Maschinen 240,00", "Patente 200,00", "Maschinen 40,00",
                "Summe Sachanlagen 240,00", "Kasse 6,00", "Summe Anlagen 246,00", "Summe Aktiva 246,00"}),
-        play("3", true));
+        play(3, true));
     EXPECT_EQ((Lines{"Anlagen", "Sachanlagen", "Maschinen 240,00", "Summe Sachanlagen 240,00",
                      "Summe Anlagen 246,00", "Summe Aktiva 246,00"}),
-              play("3", false));
+              play(3, false));
 }
 
 TEST_F(ClosingPages, DataIsOneRowAnAccountAndTheResult)

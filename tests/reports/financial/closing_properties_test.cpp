@@ -9,6 +9,7 @@
 
 using namespace vark;
 using namespace vark::test;
+using namespace std::string_literals;
 
 namespace {
 
@@ -42,6 +43,38 @@ struct Posting {
     int64_t Amount;
 };
 
+using GroupSums = std::map<std::string, int64_t>; // in Pfennig, by the group's title
+
+// What a report down to a level shows of the sums of a tree.
+GroupSums Shown(const GroupSums &sums, int level)
+{
+    GroupSums shown;
+    for (const auto &[title, sum] : sums) {
+        const bool isDeeper = !title.empty() && title["Ebene "s.size()] - '0' >= level;
+        if (!isDeeper) shown[title] = sum;
+    }
+    return shown;
+}
+
+// The sums in a printed report: each stands in the line of its title or in one of its own, and once.
+GroupSums PrintedSums(const Lines &lines)
+{
+    GroupSums sums;
+    for (std::string line : lines) {
+        if (line.starts_with("Summe Ebene")) line = line.substr("Summe "s.size());
+        const bool isGroup = line.starts_with("Ebene ");
+        if (!isGroup && !line.starts_with("Summe ") && !line.starts_with("Jahres")) continue;
+        const size_t last = line.find_last_of(' ');
+        if (line.find(',', last) == std::string::npos) continue; // a heading
+        std::string digits = line.substr(last + 1);
+        std::erase_if(digits, [](char c) { return c == '.' || c == ','; });
+        std::string title = line.substr(0, line.find(' ', isGroup ? "Ebene "s.size() : 0));
+        if (line.starts_with("Summe ")) title = line.substr(0, line.find(' ', "Summe "s.size()));
+        EXPECT_TRUE(sums.emplace(title, std::stoll(digits)).second) << "twice: " << line;
+    }
+    return sums;
+}
+
 constexpr int bilanzAccounts = 12;
 constexpr int allAccounts = 20; // those of the GuV behind them
 
@@ -54,6 +87,7 @@ struct RandomBooks {
 
     std::string Year; // "1998"
     Lines Trees[3];   // bilaktau, bilpasau, guvauf
+    int Groups = 0;   // so far: their titles are "Ebene DEPTH.NUMBER"
 
     explicit RandomBooks(unsigned seed, const std::string &year = "1998") : Random(seed), Year(year)
     {
@@ -136,9 +170,56 @@ struct RandomBooks {
         }
         // Groups as deep as the leaf wants to hang, each below the one before.
         for (int d = 0; d < depth; ++d) {
-            lines.push_back(std::string(static_cast<size_t>(d) * 2, ' ') + "Ebene " + std::to_string(d));
+            ++Groups;
+            lines.push_back(std::string(static_cast<size_t>(d) * 2, ' ') + "Ebene " + std::to_string(d) +
+                            "." + std::to_string(Groups) + (Groups % 3 == 0 ? " +" : ""));
         }
         lines.push_back(std::string(static_cast<size_t>(depth) * 2, ' ') + leaf);
+    }
+    // The sums of all groups of a tree, and of the whole under "", by what its leaves have.
+    template <typename LeafAmount> [[nodiscard]] GroupSums SumsOfTree(size_t tree, LeafAmount amountOf) const
+    {
+        GroupSums sums = {{"", 0}};
+        std::vector<std::string> path;
+        for (const std::string &line : Trees[tree]) {
+            const size_t blanks = line.find_first_not_of(' ');
+            const std::string text = line.substr(blanks);
+            if (!text.starts_with("ohne ")) path.resize(blanks / 2);
+            if (text.starts_with("Ebene ")) {
+                const std::string title = text.substr(0, text.find(" +"));
+                path.push_back(title);
+                sums[title];
+                continue;
+            }
+            const bool isOutside = text.starts_with("ohne ");
+            const bool isGegen = text.ends_with(" gegen");
+            const std::string digits = text.substr(isOutside ? 5 : 0, 4);
+            const int64_t amount = amountOf((std::stoi(digits) - 1000) / 10, isGegen);
+            sums[""] += amount;
+            if (isOutside) continue;
+            for (const std::string &group : path) {
+                sums[group] += amount;
+            }
+        }
+        return sums;
+    }
+    // A negative account goes over to its Gegenposten, where there is one.
+    [[nodiscard]] GroupSums SumsOfSide(size_t side, int month, int day) const
+    {
+        return SumsOfTree(side, [&](int account, bool isGegen) -> int64_t {
+            const int64_t balance = Balance(account, month, day);
+            const int64_t own = IsAktiv(account) ? balance : -balance;
+            if (isGegen) return own < 0 ? -own : 0;
+            const size_t other = IsAktiv(account) ? 1 : 0;
+            const bool hasGegen =
+                std::any_of(Trees[other].begin(), Trees[other].end(),
+                            [&](const auto &line) { return line.ends_with(Number(account) + " gegen"); });
+            return own < 0 && hasGegen ? 0 : own;
+        });
+    }
+    [[nodiscard]] GroupSums SumsOfGuv(int month, int day) const
+    {
+        return SumsOfTree(2, [&](int account, bool) { return -Balance(account, month, day); });
     }
     // Soll less Haben of an account from the beginning of the year to a day.
     [[nodiscard]] int64_t Balance(int account, int month, int day) const
@@ -299,6 +380,49 @@ TEST_P(ClosingProperties, OpeningIsTheClosingOfTheYearBeforeWhereItIsCarriedForw
     EXPECT_EQ(closed.Printed, opened.Printed);
     EXPECT_EQ(closed.Aktiva, opened.Aktiva);
     EXPECT_EQ(closed.Passiva, opened.Passiva);
+    VARK_SchliesseDB();
+}
+
+TEST_P(ClosingProperties, LevelsShowTheSameTotals)
+{
+    RandomBooks books(GetParam() + 3000);
+    books.Post();
+    books.Grow();
+    const int month = 1 + books.Below(12);
+    const ReportParams toDay = RandomBooks::ToDay(month, 28);
+    ASSERT_EQ(1, VARK_Status());
+    CopyClosingTemplates();
+    const GroupSums aktiva = books.SumsOfSide(0, month, 28);
+    const GroupSums passiva = books.SumsOfSide(1, month, 28);
+    const GroupSums guv = books.SumsOfGuv(month, 28);
+    for (int level = 1; level <= 3; ++level) {
+        for (const bool withAccounts : {true, false}) {
+            const bool isBelow = books.Below(2) == 0;
+            const std::string choice = "level " + std::to_string(level) +
+                                       (withAccounts ? " with" : " without") + " accounts" +
+                                       (isBelow ? ", first below second" : "");
+            ReportParams params = toDay;
+            ChooseLevel(level, withAccounts, isBelow);
+            const Lines bilanz = ExportLines(books.Installation, VARK_Bilanz(1, 0, nullptr, &params), "txt");
+            GroupSums both = Shown(aktiva, level);
+            both.merge(Shown(passiva, level));
+            const int64_t result = aktiva.at("") - passiva.at("");
+            both.erase("");
+            both["Summe Aktiva"] = aktiva.at("");
+            both["Summe Passiva"] = aktiva.at(""); // with the result
+            if (result != 0) both[result > 0 ? "Jahresüberschuß" : "Jahresfehlbetrag"] = result;
+            EXPECT_EQ(both, PrintedSums(bilanz)) << choice;
+
+            params = toDay;
+            ChooseLevel(level, withAccounts, isBelow);
+            GroupSums expected = Shown(guv, level);
+            expected.erase("");
+            expected[guv.at("") >= 0 ? "Jahresüberschuß" : "Jahresfehlbetrag"] = guv.at("");
+            EXPECT_EQ(expected,
+                      PrintedSums(ExportLines(books.Installation, VARK_GUV(1, nullptr, &params), "txt")))
+                << choice;
+        }
+    }
     VARK_SchliesseDB();
 }
 
