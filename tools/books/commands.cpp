@@ -2,6 +2,7 @@
 
 #include "tools/books/describe.h"
 #include "tools/books/perform.h"
+#include "tools/books/suggestions.h"
 #include "tools/common/terminal.h"
 
 namespace books {
@@ -27,7 +28,12 @@ Option Books(std::filesystem::path &directory)
 
 Option Mandant(int &number, const char *help)
 {
-    return {.Name = "--mandant", .Help = help, .To = &number, .Lowest = 1, .Highest = INT16_MAX};
+    return {.Name = "--mandant",
+            .Help = help,
+            .To = &number,
+            .Lowest = 1,
+            .Highest = INT16_MAX,
+            .Suggestions = OfferMandanten()};
 }
 
 Option Json(Given &given) { return {.Name = "--json", .Help = "Ausgabe für Programme", .To = &given.IsJson}; }
@@ -106,16 +112,21 @@ Command Sichern(Given &given)
                  .IsRequired = true,
                  .Names = Named::File},
                 Mandant(save.Mandant, "nur dieser Mandant; bei einer Tabelle sonst der erste"),
-                {.Name = "--tabelle", .Help = "nur diese Tabelle", .To = &save.Table},
+                {.Name = "--tabelle",
+                 .Help = "nur diese Tabelle",
+                 .To = &save.Table,
+                 .Suggestions = OfferTables()},
                 {.Name = "--jahr",
                  .Help = "Geschäftsjahr der Tabelle, sonst das letzte bebuchbare",
                  .To = &save.Year,
-                 .Needs = {"--tabelle"}},
+                 .Needs = {"--tabelle"},
+                 .Suggestions = OfferYears()},
                 {.Name = "--schluessel",
                  .Help = "Schlüssel, in dessen Reihenfolge gesichert wird (sonst 0); -1: wie die Sätze "
                          "liegen",
                  .To = &save.Key,
-                 .Needs = {"--tabelle"}},
+                 .Needs = {"--tabelle"},
+                 .Suggestions = OfferKeys()},
                 {.Name = "--ersetzen", .Help = "ersetzen, was am Ziel schon liegt", .To = &save.Replace},
                 Json(given),
             },
@@ -148,11 +159,15 @@ Command Laden(Given &given)
                  .IsRequired = true,
                  .Names = Named::Directory},
                 Mandant(load.Mandant, "nur dieser Mandant, oder in dessen Bücher die Tabelle"),
-                {.Name = "--tabelle", .Help = "nur diese Tabelle", .To = &load.Table},
+                {.Name = "--tabelle",
+                 .Help = "nur diese Tabelle",
+                 .To = &load.Table,
+                 .Suggestions = OfferTables()},
                 {.Name = "--jahr",
                  .Help = "Geschäftsjahr der Tabelle, sonst das letzte bebuchbare",
                  .To = &load.Year,
-                 .Needs = {"--tabelle"}},
+                 .Needs = {"--tabelle"},
+                 .Suggestions = OfferYears()},
                 {.Name = "--ersetzen", .Help = "ersetzen, was schon da ist", .To = &load.Replace},
                 {.Name = "--anfuegen",
                  .Help = "die Sätze der Tabelle zu denen, die da sind",
@@ -215,16 +230,21 @@ Command Zeigen(Given &given)
                 {.Name = "TABELLE",
                  .Help = "sako, bube, debi …; alle nennt books aufbau",
                  .To = &show.Table,
-                 .IsRequired = true},
+                 .IsRequired = true,
+                 .Suggestions = OfferTables()},
                 {.Name = "VERZEICHNIS",
                  .Help = std::string(anyBooks) + "; sonst das eingestellte",
                  .To = &show.Directory,
                  .Names = Named::Directory},
                 Mandant(show.Mandant, "Nummer des Mandanten, sonst der erste"),
-                {.Name = "--jahr", .Help = "Geschäftsjahr, sonst das letzte bebuchbare", .To = &show.Year},
+                {.Name = "--jahr",
+                 .Help = "Geschäftsjahr, sonst das letzte bebuchbare",
+                 .To = &show.Year,
+                 .Suggestions = OfferYears()},
                 {.Name = "--schluessel",
                  .Help = "Nummer des Schlüssels, in dessen Reihenfolge (sonst 0)",
-                 .To = &show.Key},
+                 .To = &show.Key,
+                 .Suggestions = OfferKeys()},
                 {.Name = "--gleich",
                  .Help = "nur dieser Wert des Schlüssels; ein Text gilt als Anfang",
                  .To = &show.Equal},
@@ -236,7 +256,8 @@ Command Zeigen(Given &given)
                 {.Name = "--felder",
                  .Help = "nur diese Felder, nebeneinander",
                  .To = &show.Fields,
-                 .Separator = ','},
+                 .Separator = ',',
+                 .Suggestions = OfferFields()},
                 {.Name = "--alles", .Help = "auch die Bytes, die kein Feld sind", .To = &show.WithGaps},
                 {.Name = "--hoechstens", .Help = "so viele Sätze", .To = &show.Most, .Lowest = 1},
                 {.Name = "--csv", .Help = "Ausgabe als CSV", .To = &given.IsCsv},
@@ -269,7 +290,10 @@ Command Aufbau(Given &given)
         .Description = "Tabellen, Felder und Schlüssel beschreiben",
         .Options =
             {
-                {.Name = "TABELLE", .Help = "sonst alle", .To = &given.Described},
+                {.Name = "TABELLE",
+                 .Help = "sonst alle",
+                 .To = &given.Described,
+                 .Suggestions = OfferTables()},
                 {.Name = "--csv", .Help = "Ausgabe als CSV", .To = &given.IsCsv},
                 {.Name = "--json",
                  .Help = "Ausgabe für Programme",

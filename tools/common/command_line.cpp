@@ -1,12 +1,17 @@
 #include "tools/common/command_line.h"
 
+#include "tools/common/completion.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/help.h"
+#include "tools/common/manual.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <optional>
 
 namespace tools {
 
@@ -205,21 +210,45 @@ std::string GermanReason(const CLI::App &app, const Command &root, const Command
     return "Die Angaben sind nicht zu verstehen: " + english;
 }
 
+int WriteManual(const Tool &tool, const std::filesystem::path &directory, const std::string &date)
+{
+    for (const ManualPage &page : ManualPages(tool, date)) {
+        std::ofstream file(directory / page.Name, std::ios::binary);
+        file << page.Text << std::flush;
+        if (file) continue;
+        std::cerr << tool.Root.Name << ": " << (directory / page.Name).string()
+                  << " läßt sich nicht schreiben.\n";
+        return ExitFailure;
+    }
+    return ExitGood;
+}
+
+// The words that stand first and are no command; nothing for any other.
+std::optional<int> DoWordOfBuild(const Tool &tool, const std::vector<std::string> &words)
+{
+    if (words.empty()) return std::nullopt;
+    if (words[0] == "--vervollstaendigen") {
+        std::cout << CompletionLines(CompletionOf(tool, {words.begin() + 1, words.end()})) << std::flush;
+        return ExitGood;
+    }
+    if (words[0] == "--handbuchseiten" && words.size() == 3) return WriteManual(tool, words[1], words[2]);
+    return std::nullopt;
+}
+
 } // namespace
 
 Parsed ParseCommandLine(const Tool &tool, int argc, const char *const *argv)
 {
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (const auto ended = DoWordOfBuild(tool, words)) return {nullptr, tool.Root.Name, *ended};
     CLI::App app("", tool.Root.Name);
     std::vector<ParserCommand> all;
     AddCommand(app, tool.Root, all);
     app.set_version_flag("--version", tool.Root.Name + " " + tool.Version);
     try {
         // The last argument comes first, as CLI11 takes a list.
-        std::vector<std::string> arguments;
-        for (int i = argc - 1; i > 0; --i) {
-            const std::string argument = argv[i];
-            arguments.push_back(argument == "--help" ? "--hilfe" : argument);
-        }
+        std::vector<std::string> arguments(words.rbegin(), words.rend());
+        std::replace(arguments.begin(), arguments.end(), std::string("--help"), std::string("--hilfe"));
         app.parse(std::move(arguments));
         return {ChosenCommand(app, all), CommandPath(app), ExitGood};
     } catch (const CLI::CallForHelp &) {

@@ -15,8 +15,8 @@ struct Parsed {
 
 // Takes the command line apart and fills the targets of the options. Besides the options of the tool there
 // are two words that stand first and are for the build and for shells:
-//   --handbuchseiten VERZEICHNIS   writes the manual pages into the directory
-//   --vervollstaendigen WORT …     prints what may stand in place of the last word (completion.h)
+//   --handbuchseiten VERZEICHNIS DATUM   writes the manual pages of the release of that day (2026-11-22)
+//   --vervollstaendigen WORT …           prints what may stand in place of the last word (completion.h)
 Parsed ParseCommandLine(const Tool &tool, int argc, const char *const *argv);
 
 } // namespace tools
