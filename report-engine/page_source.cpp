@@ -4,8 +4,9 @@
 #include "report-engine/page_source.h"
 
 #include "host/descriptors.h"
+#include "host/helpers.h"
+#include "host/passing.h"
 #include "report-engine/complain.h"
-#include "report-engine/helper.h"
 #include "report-engine/output.h"
 
 #include <cerrno>
@@ -64,14 +65,14 @@ bool OpenSource(PageSource &source, const View &view)
     char *const arguments[] = {name, kind, count, nullptr};
     const int descriptors[] = {view.Of->Store.File, sockets[1]};
     pid_t child = 0;
-    const int error = StartHelper("rs-pages", arguments, descriptors, 2, child);
+    const int error = host::StartHelper("rs-pages", arguments, descriptors, 2, child);
     close(sockets[1]);
     if (error != 0) {
         Complain(view.Of->Path, ": rs-pages: %s", strerrordesc_np(error));
         close(sockets[0]);
         return false;
     }
-    AwaitEnd(child); // it goes on by a child of its own, so that the host has none to wait for
+    host::AwaitEnd(child); // it goes on by a child of its own, so that the host has none to wait for
     source.Socket = sockets[0];
     return true;
 }
@@ -87,18 +88,9 @@ Answered TakeAnswer(int socket, PageAnswer &answer, int &file)
         ready = poll(&waits, 1, longestAnswer_ms);
     } while (ready < 0 && errno == EINTR);
     if (ready <= 0) return Answered::silent;
-    iovec part = {&answer, sizeof answer};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)];
-    msghdr message = {};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control;
-    message.msg_controllen = sizeof control;
-    const ssize_t got = recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
-    const cmsghdr *header = CMSG_FIRSTHDR(&message);
-    if (header != nullptr && header->cmsg_type == SCM_RIGHTS) {
-        std::memcpy(&file, CMSG_DATA(header), sizeof file);
-    }
+    host::Passed passed = {};
+    const ssize_t got = host::ReceiveWith(socket, &answer, sizeof answer, 0, passed);
+    if (passed.Count > 0) file = passed.Descriptors[0];
     const bool isGood = got == static_cast<ssize_t>(sizeof answer) && answer.IsGood != 0;
     return isGood ? Answered::good : Answered::ended;
 }

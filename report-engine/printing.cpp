@@ -7,6 +7,7 @@
 //                               that makes a new name. Without {nummer} a file of that name is replaced.
 #include "report-engine/printing.h"
 
+#include "host/ini_files.h"
 #include "report-engine/complain.h"
 #include "report-engine/helper.h"
 #include "report-engine/output.h"
@@ -20,13 +21,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
-
-namespace vark {
-
-// The library's own reading of its ini files, which is built into this one as well: one rule where they lie.
-size_t ReadProfileText(const char *section, const char *key, char *out, size_t size, const char *fileName);
-
-} // namespace vark
 
 namespace rs {
 
@@ -181,7 +175,7 @@ void ShowReason(const View &view, const char *reason)
 PrintWishes UsualWishes()
 {
     char where[PATH_MAX];
-    vark::ReadProfileText("RS", "Drucker", where, sizeof where, "vark.ini");
+    host::ReadProfileText("RS", "Drucker", where, sizeof where, "vark.ini");
     PrintWishes wishes = {false, "", "", {}, 1, ""};
     wishes.IsFile = std::strncmp(where, filePrefix, prefixLength) == 0;
     if (wishes.IsFile) {

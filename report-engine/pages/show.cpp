@@ -1,5 +1,6 @@
 #include "report-engine/pages/show.h"
 
+#include "host/passing.h"
 #include "report-engine/page_requests.h"
 #include "report-engine/pages/draw.h"
 #include "report-engine/values.h"
@@ -489,21 +490,8 @@ int CopyText(const PageRequest &request, PageAnswer &answer)
 
 bool Answer(int socket, const PageAnswer &answer, int file)
 {
-    iovec part = {const_cast<PageAnswer *>(&answer), sizeof answer};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
-    msghdr message = {};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    if (file >= 0) {
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        cmsghdr *header = CMSG_FIRSTHDR(&message);
-        header->cmsg_level = SOL_SOCKET;
-        header->cmsg_type = SCM_RIGHTS;
-        header->cmsg_len = CMSG_LEN(sizeof file);
-        std::memcpy(CMSG_DATA(header), &file, sizeof file);
-    }
-    const bool isSent = sendmsg(socket, &message, MSG_NOSIGNAL) == static_cast<ssize_t>(sizeof answer);
+    const bool isSent =
+        host::SendWith(socket, file, &answer, sizeof answer) == static_cast<ssize_t>(sizeof answer);
     if (file >= 0) close(file);
     return isSent;
 }

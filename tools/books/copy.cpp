@@ -1,6 +1,6 @@
 #include "tools/books/copy.h"
 
-#include "src/platform/platform.h"
+#include "host/ini_files.h"
 #include "tools/books/installation_files.h"
 #include "tools/books/place.h"
 #include "tools/books/snapshot.h"
@@ -36,7 +36,7 @@ void CopyIniFiles(const fs::path &from, const fs::path &place, const fs::path &t
     const std::string data = (target / dataDirectory).string();
     const std::string reports = (target / reportDirectory).string() + "/";
     const auto write = [](const char *section, const char *key, const std::string &value, const char *file) {
-        if (!vark::WriteProfileText(section, key, value.c_str(), file)) {
+        if (!host::WriteProfileText(section, key, value.c_str(), file)) {
             throw std::runtime_error(std::string(file) + " läßt sich nicht schreiben.");
         }
     };

@@ -1,5 +1,6 @@
 #include "tools/common/installation.h"
 
+#include "host/ini_files.h"
 #include "src/platform/platform.h"
 #include "tools/common/texts.h"
 #include "tools/common/workplace.h"
@@ -57,9 +58,9 @@ fs::path ConfiguredDataPath()
     RefuseUnreadable("tolka.ini");
     RefuseUnreadable("vark.ini");
     char path[maxPath];
-    if (ReadProfileText("TOLKA", "Pfad32", path, sizeof path, "tolka.ini") == 0 &&
-        ReadProfileText("TOLKA", "Pfad", path, sizeof path, "tolka.ini") == 0 &&
-        ReadProfileText("VARK", "Pfad", path, sizeof path, "vark.ini") == 0) {
+    if (host::ReadProfileText("TOLKA", "Pfad32", path, sizeof path, "tolka.ini") == 0 &&
+        host::ReadProfileText("TOLKA", "Pfad", path, sizeof path, "tolka.ini") == 0 &&
+        host::ReadProfileText("VARK", "Pfad", path, sizeof path, "vark.ini") == 0) {
         return {};
     }
     // One separator at the end is cut, of either kind: ini files travel.

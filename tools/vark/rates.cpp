@@ -1,5 +1,6 @@
 #include "tools/vark/rates.h"
 
+#include "host/helpers.h"
 #include "src/model/company_records.h"
 #include "src/values/amounts.h"
 #include "src/values/currency.h"
@@ -98,29 +99,34 @@ int List(const Rates &rates, const RateOptions &options)
 // is given. Returns its exit code.
 int RunDialog(int mandant, const std::string &script)
 {
-    const std::filesystem::path program =
-        std::filesystem::read_symlink("/proc/self/exe").parent_path() / "vark-kurse";
     int scriptFile = -1;
     if (!script.empty()) {
-        scriptFile = memfd_create("vark-skript", 0);
+        scriptFile = memfd_create("vark-skript", MFD_CLOEXEC);
         if (scriptFile < 0 ||
             write(scriptFile, script.data(), script.size()) != static_cast<ssize_t>(script.size())) {
             throw std::runtime_error("Der Dialog läßt sich nicht vorbereiten.");
         }
     }
-    const pid_t child = fork();
-    if (child == 0) {
-        if (scriptFile >= 0)
-            setenv("VARK_UI", ("script:/proc/self/fd/" + std::to_string(scriptFile)).c_str(), 1);
-        const std::string number = std::to_string(mandant);
-        execl(program.c_str(), program.c_str(), number.c_str(), nullptr);
-        _exit(127);
+    char name[] = "vark-kurse";
+    std::string number = std::to_string(mandant);
+    char *const arguments[] = {name, number.data(), nullptr};
+    const char *const before = std::getenv("VARK_UI");
+    const std::optional<std::string> usual =
+        before != nullptr ? std::optional(std::string(before)) : std::nullopt;
+    const std::string played = "script:/proc/self/fd/" + std::to_string(host::firstOfHelper);
+    if (scriptFile >= 0) setenv("VARK_UI", played.c_str(), 1);
+    pid_t child = 0;
+    const int error = host::StartHelper(name, arguments, &scriptFile, scriptFile >= 0 ? 1 : 0, child);
+    if (usual) {
+        setenv("VARK_UI", usual->c_str(), 1);
+    } else {
+        unsetenv("VARK_UI");
     }
     if (scriptFile >= 0) close(scriptFile);
     int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status) ||
+    if (error != 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status) ||
         WEXITSTATUS(status) == 127) {
-        throw std::runtime_error(program.string() + " läßt sich nicht ausführen.");
+        throw std::runtime_error(std::string(name) + " läßt sich nicht ausführen.");
     }
     return WEXITSTATUS(status);
 }

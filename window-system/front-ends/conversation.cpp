@@ -1,5 +1,6 @@
 #include "window-system/front-ends/conversation.h"
 
+#include "host/passing.h"
 #include "window-system/front-ends/hearing.h"
 #include "window-system/front-ends/in_charge.h"
 #include "window-system/front-ends/lines.h"
@@ -33,26 +34,6 @@ bool ReadSome(Bytes &in)
     return got > 0;
 }
 
-// Sends `size` bytes, a descriptor with the first of them unless it is -1.
-ssize_t SendWith(int descriptor, const uint8_t *data, size_t size)
-{
-    iovec part = {const_cast<uint8_t *>(data), size};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof descriptor)] = {};
-    msghdr message = {};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    if (descriptor >= 0) {
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        cmsghdr *header = CMSG_FIRSTHDR(&message);
-        header->cmsg_level = SOL_SOCKET;
-        header->cmsg_type = SCM_RIGHTS;
-        header->cmsg_len = CMSG_LEN(sizeof descriptor);
-        memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
-    }
-    return sendmsg(screenEnd.Socket, &message, MSG_NOSIGNAL);
-}
-
 // The progress of writing a batch of frames.
 struct Progress {
     size_t Bytes;
@@ -70,8 +51,8 @@ bool WriteSome(const Outgoing &pending, Progress &done)
         const bool isWith = next.Descriptor >= 0 && next.Offset == done.Bytes;
         const size_t end = isWith ? pending.Frames.Count : next.Offset;
         // With a descriptor, a byte alone: the next descriptor has a place of its own then as well.
-        const ssize_t sent = SendWith(isWith ? next.Descriptor : -1, pending.Frames.Data + done.Bytes,
-                                      isWith ? 1 : end - done.Bytes);
+        const ssize_t sent = host::SendWith(screenEnd.Socket, isWith ? next.Descriptor : -1,
+                                            pending.Frames.Data + done.Bytes, isWith ? 1 : end - done.Bytes);
         if (sent < 0) return errno == EAGAIN || errno == EINTR;
         done.Bytes += static_cast<size_t>(sent);
         if (!isWith) continue;

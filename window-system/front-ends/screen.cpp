@@ -1,6 +1,7 @@
 #include "window-system/front-ends/screen.h"
 
 #include "host/descriptors.h"
+#include "host/helpers.h"
 #include "window-system/front-ends/conversation.h"
 #include "window-system/front-ends/lines.h"
 #include "window-system/front-ends/outgoing.h"
@@ -14,14 +15,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace varkui {
@@ -30,46 +27,6 @@ namespace {
 
 // A program that cannot start ends at once; one that can may be slow on a busy machine or a far display.
 constexpr int startTimeout_ms = 20000;
-
-// The path of vark-ui, beside this library; false when there is no such program.
-bool FindProgram(char (&path)[4096])
-{
-    Dl_info self = {};
-    if (dladdr(reinterpret_cast<void *>(&StartScreen), &self) == 0 || self.dli_fname == nullptr) return false;
-    const char *slash = strrchr(self.dli_fname, '/');
-    const int directory = slash != nullptr ? static_cast<int>(slash - self.dli_fname) : 1;
-    const int length =
-        snprintf(path, sizeof path, "%.*s/vark-ui", directory, slash != nullptr ? self.dli_fname : ".");
-    return length > 0 && static_cast<size_t>(length) < sizeof path && access(path, X_OK) == 0;
-}
-
-// Runs the program with `socket` as its descriptor 3 and no other of the host's. It goes on by a child of its
-// own, so that the host is left with none to wait for. The error, 0 for none.
-int Spawn(const char *path, int socket, pid_t &process)
-{
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-    if (posix_spawn_file_actions_init(&actions) != 0) return ENOMEM;
-    if (posix_spawnattr_init(&attributes) != 0) {
-        posix_spawn_file_actions_destroy(&actions);
-        return ENOMEM;
-    }
-    constexpr int socketOfProgram = 3;
-    posix_spawn_file_actions_adddup2(&actions, socket, socketOfProgram);
-    posix_spawn_file_actions_addclosefrom_np(&actions, socketOfProgram + 1);
-    sigset_t none;
-    sigset_t all;
-    sigemptyset(&none);
-    sigfillset(&all);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setsigdefault(&attributes, &all);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    char *const arguments[] = {const_cast<char *>(path), nullptr};
-    const int error = posix_spawn(&process, path, &actions, &attributes, arguments, environ);
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
-    return error;
-}
 
 timespec Now()
 {
@@ -83,22 +40,6 @@ int MillisecondsLeft(const timespec &begin)
     const timespec now = Now();
     const long passed = (now.tv_sec - begin.tv_sec) * 1000 + (now.tv_nsec - begin.tv_nsec) / 1000000;
     return passed < startTimeout_ms ? static_cast<int>(startTimeout_ms - passed) : 0;
-}
-
-// Reaps the program's first process, which ends after its fork, and kills one that does not.
-void EndFirstProcess(pid_t process, const timespec &begin, bool isSpeaking)
-{
-    constexpr int betweenLooks_ms = 10;
-    int status = 0;
-    while (isSpeaking && MillisecondsLeft(begin) > 0) {
-        const pid_t ended = waitpid(process, &status, WNOHANG);
-        if (ended == process || (ended < 0 && errno != EINTR)) return;
-        poll(nullptr, 0, betweenLooks_ms);
-    }
-    if (waitpid(process, &status, WNOHANG) != 0) return;
-    kill(process, SIGKILL);
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
-    }
 }
 
 // Waits for the program's first frame, which tells the size of its letters.
@@ -156,8 +97,6 @@ Start GoWithout(const char *reason, int error = 0)
 
 Start StartScreen()
 {
-    char path[4096];
-    if (!FindProgram(path)) return GoWithout("there is no program vark-ui beside libvarkui.so");
     int sockets[2] = {-1, -1};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) {
         const int error = errno;
@@ -170,11 +109,16 @@ Start StartScreen()
     const bool hasDescriptors = screenEnd.Socket >= 0 && other >= 0 && screenEnd.Wake >= 0;
     pid_t process = 0;
     int error = hasDescriptors ? 0 : errno;
-    if (hasDescriptors) error = Spawn(path, other, process);
+    char name[] = "vark-ui";
+    char *const arguments[] = {name, nullptr};
+    if (hasDescriptors) error = host::StartHelper(name, arguments, &other, 1, process);
     if (other >= 0) close(other);
+    if (error == ENOENT) return GoWithout("there is no program vark-ui beside libvarkui.so");
+    if (error == EPERM) return GoWithout("vark-ui, or a directory above it, can be written by others");
     if (error != 0) return GoWithout("vark-ui could not be started", error);
     const bool isSpeaking = HearHello(begin);
-    EndFirstProcess(process, begin, isSpeaking);
+    if (!isSpeaking) host::EndHelper(process);
+    host::AwaitEnd(process); // it goes on by a child of its own, so that the host has none to wait for
     if (!isSpeaking) return GoWithout("vark-ui found no screen");
     fcntl(screenEnd.Socket, F_SETFL, O_NONBLOCK);
     if (!BeginConversation()) return GoWithout("there is no thread for the screen", EAGAIN);

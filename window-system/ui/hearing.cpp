@@ -1,5 +1,6 @@
 #include "window-system/ui/hearing.h"
 
+#include "host/passing.h"
 #include "window-system/ui/chooser.h"
 #include "window-system/ui/fields.h"
 #include "window-system/ui/item.h"
@@ -226,24 +227,9 @@ void HearFrame(const uint8_t *data, size_t size)
 // Reads bytes, and puts the descriptors that come with them aside.
 ssize_t Receive(char *bytes, size_t size)
 {
-    iovec part = {bytes, size};
-    alignas(cmsghdr) char control[CMSG_SPACE(8 * sizeof(int))];
-    msghdr message = {};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control;
-    message.msg_controllen = sizeof control;
-    const ssize_t got = recvmsg(hostSocket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
-    if (got < 0) return got;
-    for (cmsghdr *each = CMSG_FIRSTHDR(&message); each != nullptr; each = CMSG_NXTHDR(&message, each)) {
-        if (each->cmsg_level != SOL_SOCKET || each->cmsg_type != SCM_RIGHTS) continue;
-        const size_t count = (each->cmsg_len - CMSG_LEN(0)) / sizeof(int);
-        for (size_t i = 0; i < count; ++i) {
-            int descriptor = -1;
-            memcpy(&descriptor, CMSG_DATA(each) + i * sizeof descriptor, sizeof descriptor);
-            descriptors.push_back(descriptor);
-        }
-    }
+    host::Passed passed = {};
+    const ssize_t got = host::ReceiveWith(hostSocket, bytes, size, MSG_DONTWAIT, passed);
+    descriptors.insert(descriptors.end(), passed.Descriptors, passed.Descriptors + passed.Count);
     return got;
 }
 

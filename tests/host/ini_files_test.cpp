@@ -1,4 +1,4 @@
-#include "src/platform/platform.h"
+#include "host/ini_files.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <vector>
 
-using namespace vark;
+using namespace host;
 namespace fs = std::filesystem;
 
 namespace {

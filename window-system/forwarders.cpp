@@ -1,6 +1,8 @@
-// The window system's calls under their own names, forwarded to libvarkui.so beside this library, which is
-// loaded when the first view is opened. Without it there is no window: every call gives 0.
-#include "report-engine/helper.h"
+// The window system's calls under their own names, for a part that is loaded beside libvarkui.so: forwarded
+// to that one, which is loaded at the first of them. Without it there is no window and no answer: every call
+// gives 0.
+#include "host/companions.h"
+#include "host/standard_error.h"
 #include "window-system/include/varkui.h"
 
 #include <dlfcn.h>
@@ -13,8 +15,9 @@ pthread_once_t once = PTHREAD_ONCE_INIT;
 
 void LoadWindowSystem()
 {
-    char path[PATH_MAX];
-    if (rs::FindBeside("libvarkui.so", path)) windowSystem = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    static constexpr char missing[] = "MERIDA: libvarkui.so fehlt, nichts kann angezeigt werden\n";
+    windowSystem = host::LoadBeside("libvarkui.so");
+    if (windowSystem == nullptr) host::WriteToStandardError(missing, sizeof missing - 1);
 }
 
 void *FindCall(const char *name)

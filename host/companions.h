@@ -1,0 +1,31 @@
+// What lies beside the part of the library in which this code is linked: the other parts, which are loaded,
+// and the programs that it runs.
+//
+// Whoever can write a file that is loaded or run can be the person whose process it is. So one rule holds for
+// every library and every program: the file and each directory above it, up to the root, belong to the
+// superuser or to the effective user, and nobody else may write them, or put another file in their place (a
+// directory in which that is forbidden by the sticky bit may be open to all). Links are followed first.
+#pragma once
+
+#include <climits>
+#include <cstddef>
+
+namespace host {
+
+// Whether the file is there and keeps the rule. `real` is its path without links, which is what has to be
+// loaded or run. errno is ENOENT or the like when there is none, EPERM when it breaks the rule.
+bool IsTrusted(const char *path, char (&real)[PATH_MAX]);
+
+// The directory of the library or program that this code is linked into, without a slash behind it, links
+// followed. False when the loader does not tell, or it does not fit.
+bool OwnDirectory(char *out, size_t size);
+
+// The path of the trusted file `name` beside this part; errno as IsTrusted sets it.
+bool FindBeside(const char *name, char (&path)[PATH_MAX]);
+
+// Loads a trusted library, bound at once and with symbols of its own; null when it is missing, not trusted or
+// does not load. `directory` may end in a slash.
+void *LoadFrom(const char *directory, const char *name);
+void *LoadBeside(const char *name);
+
+} // namespace host
