@@ -121,11 +121,13 @@ int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kon
     const int32_t entered = EnterExport(context);
     if (entered != ready) return entered;
     context->ShowMessages = showMessages;
-    if (form < 1 || form > 3) return Report(*context, 1419, badForm, "Das Ausgabeformat ist", -1);
+    if (form < 1 || form > 3)
+        return Report(*context, Message::Unzulaessig, badForm, "Das Ausgabeformat ist", -1);
     const AccountKind *const kind = FindKind(kontoart);
-    if (kind == nullptr) return Report(*context, 1413, badKontoart, nullptr, -1);
+    if (kind == nullptr) return Report(*context, Message::KontoartUnzulaessig, badKontoart, nullptr, -1);
     const size_t length = konto != nullptr ? strnlen(konto, accountDigits + 1) : 0;
-    if (length == 0 || length > accountDigits) return Report(*context, 1409, accountUnknown, "K", -1);
+    if (length == 0 || length > accountDigits)
+        return Report(*context, Message::KontonummerUnzulaessig, accountUnknown, "K", -1);
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
@@ -136,9 +138,9 @@ int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kon
     bool found = false;
     if (!ReadAccount(*context, kind->Table, number, record, found)) return engineFailure;
     if (!found && kontoart == KontoartKostenstelle) {
-        return Report(*context, 1419, kostenstelleUnknown, "Die Kostenstelle ist", -1);
+        return Report(*context, Message::Unzulaessig, kostenstelleUnknown, "Die Kostenstelle ist", -1);
     }
-    if (!found) return Report(*context, 1409, accountUnknown, "K", -1);
+    if (!found) return Report(*context, Message::KontonummerUnzulaessig, accountUnknown, "K", -1);
     AmountText balance;
     if (!YearBalance(*kind, record, balance)) return engineFailure;
     Holds(IsWholeAmount(balance));

@@ -28,7 +28,8 @@ int32_t CheckAccount(ThreadContext &context, const AccountNumber &konto, int32_t
     Holds(code < 0);
     if (kind == 0) return engineFailure;
     Holds(!hasUstId || kind != KontoartSachkonto);
-    if (kind == KontoartKeine || kind != art) return Report(context, 1409, code, word, partIndex);
+    if (kind == KontoartKeine || kind != art)
+        return Report(context, Message::KontonummerUnzulaessig, code, word, partIndex);
     return 1;
 }
 
@@ -84,12 +85,13 @@ int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &dat
     bool found = false;
     if (!Exists(context, KeyOfNumber(stapel), found, TableStapel)) return engineFailure;
     // The key of numbers that the engine gives out counts by its absolute value: -16 would find Stapel 16.
-    if (!found || stapel < 0) return Report(context, 1408, stapelUnknown, "Stapel", noPart);
+    if (!found || stapel < 0)
+        return Report(context, Message::ExistiertNicht, stapelUnknown, "Stapel", noPart);
     if (ParseDateText(context, date, sizeof date, false) != DateGood) {
-        return Report(context, 1412, dateRefused, nullptr, noPart);
+        return Report(context, Message::BuchungsdatumUnzulaessig, dateRefused, nullptr, noPart);
     }
     const int year = PostableYear(context, FiscalYearOf(date));
-    if (year == 0) return Report(context, 1412, dateRefused, nullptr, noPart);
+    if (year == 0) return Report(context, Message::BuchungsdatumUnzulaessig, dateRefused, nullptr, noPart);
     char yearText[5] = {};
     std::to_chars(yearText, yearText + sizeof yearText - 1, year);
     if (!SelectYear(context, yearText)) return engineFailure;
@@ -104,7 +106,7 @@ int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, i
     RightJustify(eingabe.Sollkonto, accountDigits);
     RightJustify(eingabe.Habenkonto, accountDigits);
     if (SameText(eingabe.Sollkonto, eingabe.Habenkonto)) {
-        return Report(context, 1425, sameAccount, nullptr, partIndex);
+        return Report(context, Message::KontenGleich, sameAccount, nullptr, partIndex);
     }
     bool sollHasUstId = false;
     bool habenHasUstId = false;
@@ -116,15 +118,15 @@ int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, i
     if (result != 1) return result;
     work.HasUstId = sollHasUstId || habenHasUstId;
     if (!NormalizeDigits(eingabe.Brutto, sizeof eingabe.Brutto, 9, 2, false, true)) {
-        return Report(context, 1410, bruttoRefused, "Bruttobetrag", partIndex);
+        return Report(context, Message::AngabeUnzulaessig, bruttoRefused, "Bruttobetrag", partIndex);
     }
     if (eingabe.Steuersatz[0] != 0 &&
         !NormalizeDigits(eingabe.Steuersatz, sizeof eingabe.Steuersatz, 2, 2, false, false)) {
-        return Report(context, 1410, steuersatzRefused, "Steuersatz", partIndex);
+        return Report(context, Message::AngabeUnzulaessig, steuersatzRefused, "Steuersatz", partIndex);
     }
     if (eingabe.Steuerbetrag[0] != 0 &&
         !NormalizeDigits(eingabe.Steuerbetrag, sizeof eingabe.Steuerbetrag, 9, 2, false, true)) {
-        return Report(context, 1410, steuerbetragRefused, "Steuerbetrag", partIndex);
+        return Report(context, Message::AngabeUnzulaessig, steuerbetragRefused, "Steuerbetrag", partIndex);
     }
     Holds(IsWholeAmount(eingabe.Brutto));
     Holds(eingabe.Steuersatz[0] == 0 || IsWholeRate(eingabe.Steuersatz));
@@ -157,7 +159,8 @@ int32_t CheckZahlungsziel(ThreadContext &context, int32_t number)
     if (number == 0) return 1;
     bool found = false;
     if (!Exists(context, KeyOfNumber(number), found, TableZahlziel)) return engineFailure;
-    return found ? 1 : Report(context, 1419, zahlungszielUnknown, "Das Zahlungsziel ist", noPart);
+    return found ? 1
+                 : Report(context, Message::Unzulaessig, zahlungszielUnknown, "Das Zahlungsziel ist", noPart);
 }
 
 int32_t DefaultZahlungsziel(ThreadContext &context, const AccountNumber &sollkonto,

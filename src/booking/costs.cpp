@@ -87,7 +87,8 @@ int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite s
     const Expansion expanded = ExpandKostenschablone(context, seite, sako.Kostenschablone, work.Teil);
     TeilbuchungHolds(work.Teil);
     if (expanded == Expansion::Done) return 1;
-    if (context.CostsRequired != 0) return Report(context, 1445, costsMissing, nullptr, partIndex);
+    if (context.CostsRequired != 0)
+        return Report(context, Message::KostenstelleFehlt, costsMissing, nullptr, partIndex);
     // A posting with some of its cost lines would be half a posting.
     return expanded == Expansion::Missing ? 1 : engineFailure;
 }
@@ -98,7 +99,7 @@ int32_t RequireCosts(const ThreadContext &context, const TeilbuchungWork &work, 
     Holds(work.Teil.Image.Kostenzeilen == 0);
     const bool touchesGuv = work.Soll.Zuordnung == ZuordnungGuv || work.Haben.Zuordnung == ZuordnungGuv;
     if (context.CostsRequired == 0 || !touchesGuv) return 1;
-    return Report(context, 1445, costsMissing, nullptr, partIndex);
+    return Report(context, Message::KostenstelleFehlt, costsMissing, nullptr, partIndex);
 }
 
 } // namespace
@@ -108,7 +109,9 @@ int32_t CheckKostenschablone(ThreadContext &context, int32_t number, int32_t par
     if (number == 0) return 1;
     bool found = false;
     if (!Exists(context, KeyOfNumber(number), found, TableKoscha)) return engineFailure;
-    return found ? 1 : Report(context, 1419, kostenschabloneRefused, "Die Kostenschablone ist", partIndex);
+    return found ? 1
+                 : Report(context, Message::Unzulaessig, kostenschabloneRefused, "Die Kostenschablone ist",
+                          partIndex);
 }
 
 int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, uint8_t sollArt,
@@ -120,7 +123,8 @@ int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, ui
     if (!sollIsSachkonto && !habenIsSachkonto) return 1;
     const bool sollIsGuv = sollIsSachkonto && soll.Zuordnung == ZuordnungGuv;
     const bool habenIsGuv = habenIsSachkonto && haben.Zuordnung == ZuordnungGuv;
-    if (!sollIsGuv && !habenIsGuv) return Report(context, 1459, kostenschabloneRefused, nullptr, partIndex);
+    if (!sollIsGuv && !habenIsGuv)
+        return Report(context, Message::GuvKontoFehlt, kostenschabloneRefused, nullptr, partIndex);
     bool toSoll = sollIsGuv;
     if (sollIsSachkonto && habenIsSachkonto) {
         if (soll.Kostenschablone != 0) {

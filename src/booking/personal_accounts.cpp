@@ -79,7 +79,7 @@ int32_t CheckUnique(ThreadContext &context, const PekoWork &work)
 int32_t ResolveAccount(ThreadContext &context, PekoWork &work, TableId table)
 {
     if (work.Konto[0] == 0 && work.Kuerzel[0] == 0) {
-        return Report(context, 1409, noAccountNamed, "K", noPart);
+        return Report(context, Message::KontonummerUnzulaessig, noAccountNamed, "K", noPart);
     }
     const bool isByKuerzel = work.Konto[0] == 0;
     work.Position = KeyCode(table, isByKuerzel ? 1 : 0);
@@ -88,10 +88,10 @@ int32_t ResolveAccount(ThreadContext &context, PekoWork &work, TableId table)
     bool found = false;
     const KeyBuffer key = isByKuerzel ? KeyOf(work.Kuerzel) : KeyOf(work.Konto);
     if (!GetEqual(context, &work.Record, key, found, work.Position)) return engineFailure;
-    if (!found) return Report(context, 1415, accountUnknown, nullptr, noPart);
+    if (!found) return Report(context, Message::KontoExistiertNicht, accountUnknown, nullptr, noPart);
     work.IsLocked = true;
     if (!isByKuerzel && work.Kuerzel[0] != 0 && !SameText(work.Kuerzel, work.Record.Kuerzel)) {
-        return Report(context, 1419, kuerzelDiffers, "Das Kürzel ist"_w, noPart);
+        return Report(context, Message::Unzulaessig, kuerzelDiffers, "Das Kürzel ist"_w, noPart);
     }
     CopyText(work.Konto, work.Record.Konto);
     CopyText(work.Kuerzel, work.Record.Kuerzel);
@@ -104,10 +104,11 @@ int32_t BeginNew(ThreadContext &context, PekoWork &work)
 {
     RightJustify(work.Konto, accountDigits);
     Holds(std::strlen(work.Konto) == accountDigits);
-    if (work.Kuerzel[0] == 0) return Report(context, 1416, kuerzelMissing, nullptr, noPart);
+    if (work.Kuerzel[0] == 0) return Report(context, Message::KuerzelFehlt, kuerzelMissing, nullptr, noPart);
     const int32_t unique = CheckUnique(context, work);
     if (unique < 0) {
-        return Report(context, 1417, unique, unique == kontoExists ? "Konto" : "Kürzel"_w, noPart);
+        return Report(context, Message::ExistiertBereits, unique,
+                      unique == kontoExists ? "Konto" : "Kürzel"_w, noPart);
     }
     return 1;
 }
@@ -117,7 +118,8 @@ int32_t DeleteAccount(ThreadContext &context, PekoWork &work, TableId table)
     const int32_t resolved = ResolveAccount(context, work, table);
     if (resolved < 0) return resolved;
     Holds(work.IsLocked);
-    if (work.Record.Zustand == 0) return Report(context, 1427, notDeletable, nullptr, noPart);
+    if (work.Record.Zustand == 0)
+        return Report(context, Message::KontoNichtLoeschbar, notDeletable, nullptr, noPart);
     if (!Delete(context, table)) return engineFailure;
     work.IsLocked = false;
     return 1;
@@ -134,29 +136,32 @@ template <size_t Width> bool IsDigits(char (&field)[Width])
 // What a new and a changed account have to satisfy, in the order of precedence.
 int32_t CheckFields(ThreadContext &context, PekoEingabe &eingabe, bool isDebitor)
 {
-    if (eingabe.Name1[0] == 0) return Report(context, 1418, nameMissing, nullptr, noPart);
+    if (eingabe.Name1[0] == 0) return Report(context, Message::NameFehlt, nameMissing, nullptr, noPart);
     if (eingabe.Gegenkonto[0] != 0) {
         RightJustify(eingabe.Gegenkonto, accountDigits);
         bool found = false;
         if (!Exists(context, KeyOf(eingabe.Gegenkonto), found, TableSako)) return engineFailure;
-        if (!found) return Report(context, 1419, gegenkontoRefused, "Das Gegenkonto ist", noPart);
+        if (!found)
+            return Report(context, Message::Unzulaessig, gegenkontoRefused, "Das Gegenkonto ist", noPart);
     }
     const bool hasBlz = eingabe.Blz[0] != 0;
     const bool hasBankkonto = eingabe.Bankkonto[0] != 0;
-    if (hasBlz && !IsDigits(eingabe.Blz)) return Report(context, 1419, bankRefused, "Die BLZ ist", noPart);
+    if (hasBlz && !IsDigits(eingabe.Blz))
+        return Report(context, Message::Unzulaessig, bankRefused, "Die BLZ ist", noPart);
     if (hasBankkonto && !IsDigits(eingabe.Bankkonto)) {
-        return Report(context, 1419, bankRefused, "Die Bankkontonummer ist", noPart);
+        return Report(context, Message::Unzulaessig, bankRefused, "Die Bankkontonummer ist", noPart);
     }
-    if (hasBlz != hasBankkonto) return Report(context, 1419, bankRefused, "Die Bankverbindung ist", noPart);
+    if (hasBlz != hasBankkonto)
+        return Report(context, Message::Unzulaessig, bankRefused, "Die Bankverbindung ist", noPart);
     if (eingabe.Skonto[0] == 0) {
         CopyText(eingabe.Skonto, zeroRate);
     } else if (!NormalizeDigits(eingabe.Skonto, sizeof eingabe.Skonto, 2, 2, false, false)) {
-        return Report(context, 1419, skontoRefused, "Die Skontoprozente sind", noPart);
+        return Report(context, Message::Unzulaessig, skontoRefused, "Die Skontoprozente sind", noPart);
     }
     const int32_t lowest = isDebitor ? -1 : 0;
     const int32_t highest = isDebitor ? 3 : 0;
     if (eingabe.Mahnkennziffer < lowest || eingabe.Mahnkennziffer > highest) {
-        return Report(context, 1419, mahnkennzifferRefused, "Die Mahnkennziffer ist", noPart);
+        return Report(context, Message::Unzulaessig, mahnkennzifferRefused, "Die Mahnkennziffer ist", noPart);
     }
     if (eingabe.Land[0] == 0) CopyText(eingabe.Land, context.DefaultLand);
     return CheckZahlungsziel(context, eingabe.Zahlungsziel);
@@ -195,7 +200,7 @@ int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &wo
 {
     InitPersonalRecord(work.Record);
     const AccountKind *const kind = FindPersonalKind(art);
-    if (kind == nullptr) return Report(context, 1413, artRefused, nullptr, noPart);
+    if (kind == nullptr) return Report(context, Message::KontoartUnzulaessig, artRefused, nullptr, noPart);
     Holds(kind->OpenItems != TableUnused);
     const bool isDebitor = kind->Art == KontoartDebitor;
     const TableId table = kind->Table;
@@ -204,7 +209,7 @@ int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &wo
     case AktionNeu: result = BeginNew(context, work); break;
     case AktionAendern: result = ResolveAccount(context, work, table); break;
     case AktionLoeschen: return DeleteAccount(context, work, table);
-    default: return Report(context, 1414, aktionRefused, nullptr, noPart);
+    default: return Report(context, Message::AktionUnzulaessig, aktionRefused, nullptr, noPart);
     }
     if (result != 1) return result;
     result = CheckFields(context, work.Eingabe, isDebitor);

@@ -151,7 +151,7 @@ int32_t VARK_CALL VARK_BuchungEinfuegenDirektEx(int32_t showMessages, int32_t ma
     context->ShowMessages = showMessages;
     BuchungEingabe eingabe{};
     if (!CalendarDigits(*context, datum, eingabe.Datum)) {
-        return Report(*context, 1412, dateRefused, nullptr, noPart);
+        return Report(*context, Message::BuchungsdatumUnzulaessig, dateRefused, nullptr, noPart);
     }
     eingabe.Mandant = mandant;
     eingabe.Stapel = stapel;

@@ -44,8 +44,10 @@ int32_t CheckSides(const ThreadContext &context, const SplitEingabe &eingabe, ui
         if (std::strncmp(part.Sollkonto, first.Sollkonto, accountDigits) != 0) sollIsSame = false;
         if (std::strncmp(part.Habenkonto, first.Habenkonto, accountDigits) != 0) habenIsSame = false;
     }
-    if (sollIsSame && habenIsSame) return Report(context, 1434, sidesRefused, nullptr, noPart);
-    if (!sollIsSame && !habenIsSame) return Report(context, 1433, sidesRefused, nullptr, noPart);
+    if (sollIsSame && habenIsSame)
+        return Report(context, Message::SplitkontenGleich, sidesRefused, nullptr, noPart);
+    if (!sollIsSame && !habenIsSame)
+        return Report(context, Message::SplitkontoFehlt, sidesRefused, nullptr, noPart);
     Holds(sollIsSame != habenIsSame);
     seite = sollIsSame ? SplitseiteSoll : SplitseiteHaben;
     return 1;
@@ -96,7 +98,8 @@ int32_t PostSplit(ThreadContext &context, const SplitEingabe &eingabe, Buchung &
     int32_t result = CheckPostingHead(context, eingabe.Stapel, date);
     if (result != 1) return result;
     const bool isTooMany = eingabe.Anzahl > inlineParts && context.SplitViaEnde == 0;
-    if (eingabe.Anzahl < 1 || isTooMany) return Report(context, 1432, partCountRefused, nullptr, noPart);
+    if (eingabe.Anzahl < 1 || isTooMany)
+        return Report(context, Message::AnzahlTeilbuchungenFalsch, partCountRefused, nullptr, noPart);
     uint16_t seite = SplitseiteKeine;
     result = CheckSides(context, eingabe, seite);
     if (result != 1) return result;

@@ -96,7 +96,7 @@ int32_t SettleByClass(ThreadContext &context, TeilbuchungWork &work, uint8_t key
     switch (work.Class) {
     case 0:
         if (!hasTax) return 1;
-        return Report(context, 1411,
+        return Report(context, Message::SteuerUnzulaessig,
                       work.Eingabe.Steuerbetrag[0] != 0 ? steuerbetragRefused : steuersatzRefused, nullptr,
                       partIndex);
     case SteuerNullsatz: return RateOrFailure(context, key, date, work.Teil.Image);
@@ -114,7 +114,7 @@ int32_t SettleFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t ke
 {
     Holds(work.Class == SteuerSonstigerSatz);
     if (hasTax && work.Eingabe.Steuersatz[0] == 0) {
-        return Report(context, 1410, steuerbetragRefused, "Steuerbetrag", partIndex);
+        return Report(context, Message::AngabeUnzulaessig, steuerbetragRefused, "Steuerbetrag", partIndex);
     }
     const auto freeKey = static_cast<uint8_t>((key & SteuerVorsteuer) + SteuerSonstigerSatz);
     SplitRecord &image = work.Teil.Image;
@@ -204,7 +204,7 @@ int32_t SettleNet(const ThreadContext &context, TeilbuchungWork &work, int32_t p
     Holds(IsWholeAmount(image.Netto));
     if (eingabe.Steuersatz[0] != 0 && work.IsFixedRate && (work.KeyClass & classesWithFixedRate) != 0 &&
         !SameText(eingabe.Steuersatz, image.Steuersatz)) {
-        return Report(context, 1435, steuersatzRefused, nullptr, partIndex);
+        return Report(context, Message::SteuersatzIstFest, steuersatzRefused, nullptr, partIndex);
     }
     if (image.Steuersatz[0] == 0 || SameText(image.Steuersatz, zeroRate)) {
         std::memset(image.Steuerkonto, 0, sizeof image.Steuerkonto);
@@ -212,7 +212,8 @@ int32_t SettleNet(const ThreadContext &context, TeilbuchungWork &work, int32_t p
     if (eingabe.Steuerbetrag[0] != 0) {
         SubtractAmounts(image.Netto, image.Brutto, eingabe.Steuerbetrag);
         if (image.Netto[amountMark] != image.Brutto[amountMark]) {
-            return Report(context, 1410, steuerbetragRefused, "Steuerbetrag", partIndex);
+            return Report(context, Message::AngabeUnzulaessig, steuerbetragRefused, "Steuerbetrag",
+                          partIndex);
         }
     } else if (work.Class != 0 && work.Class != SteuerNullsatz) {
         // Where no net amount can be worked out it is the gross one, which is what stands there then.

@@ -47,7 +47,7 @@ int32_t VARK_CALL VARK_InitHoleKonto(int32_t mandant, int32_t kontoart, const ch
     EndCursor(*context);
     const AccountKind *const kind = FindKind(kontoart);
     if (kind == nullptr || kind->Art == KontoartKostenstelle) {
-        return Report(*context, 1413, kindRefused, nullptr, -1);
+        return Report(*context, Message::KontoartUnzulaessig, kindRefused, nullptr, -1);
     }
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);

@@ -88,7 +88,7 @@ int32_t EndCursorWith(ThreadContext &context, int32_t code)
 bool IsFormOrReport(const ThreadContext &context, int32_t form)
 {
     if (form >= 1 && form <= 3) return true;
-    Report(context, 1419, formRefused, "Das Ausgabeformat ist", -1);
+    Report(context, Message::Unzulaessig, formRefused, "Das Ausgabeformat ist", -1);
     return false;
 }
 

@@ -57,7 +57,7 @@ int32_t VARK_CALL VARK_InitHoleOP(int32_t mandant, const char *konto, int32_t ko
     context->ShowMessages = showMessages;
     EndCursor(*context);
     const AccountKind *const kind = FindPersonalKind(kontoart);
-    if (kind == nullptr) return Report(*context, 1413, kindRefused, nullptr, -1);
+    if (kind == nullptr) return Report(*context, Message::KontoartUnzulaessig, kindRefused, nullptr, -1);
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
@@ -67,7 +67,7 @@ int32_t VARK_CALL VARK_InitHoleOP(int32_t mandant, const char *konto, int32_t ko
     if (account[0] != 0) {
         bool exists = false;
         if (!Exists(*context, KeyOfText(account, sizeof account), exists, kind->Table)) return engineFailure;
-        if (!exists) return Report(*context, 1409, accountUnknown, "K", -1);
+        if (!exists) return Report(*context, Message::KontonummerUnzulaessig, accountUnknown, "K", -1);
     }
     const TableId table = kind->OpenItems;
     if (!BeginCursor(*context, table)) return engineFailure;

@@ -28,7 +28,7 @@ using CallerDate = char[longestDateText + 1];
 
 int32_t RefuseDate(const ThreadContext &context)
 {
-    return Report(context, 1419, dateRefused, "Das Belegdatum ist", -1);
+    return Report(context, Message::Unzulaessig, dateRefused, "Das Belegdatum ist", -1);
 }
 
 // Whether a text is a date at all, in a calendar year: the Mandant's fiscal year is not known yet, and today

@@ -13,7 +13,7 @@ bool RunDialog(const varkui::DialogTable &table, HWND owner, DLGPROC procedure, 
         result = DialogBoxIndirectParamA(nullptr, made, owner, procedure, reinterpret_cast<LPARAM>(state));
         varkui::FreeDialogTemplate(made);
     }
-    if (result == -1) ShowMessage(1449, 0, nullptr, -1);
+    if (result == -1) ShowMessage(Message::KeinSpeicher, 0, nullptr, -1);
     return result != -1;
 }
 

@@ -79,7 +79,7 @@ int32_t SelectMandantOrReport(ThreadContext &context, int32_t number, FistaRecor
 {
     const int32_t result = SelectMandant(context, number, record);
     if (result >= 1 || result == engineFailure) return result;
-    return Report(context, 1408, result, "Mandant", -1);
+    return Report(context, Message::ExistiertNicht, result, "Mandant", -1);
 }
 
 bool SelectYear(ThreadContext &context, const char *year)

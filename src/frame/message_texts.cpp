@@ -17,88 +17,9 @@ struct NumberedText {
 
 // In ascending order: the library's own from 1000, the statuses of the record manager from 3100.
 constexpr NumberedText numberedTexts[] = {
-    {1000, "Geben Sie bitte einen Prozentsatz zwischen 0,00 und 99,99 ein."_w},
-    {1001, "Bitte geben Sie Beträge im folgenden Format ein : <bis zu 9 "
-           "Vorkommastellen>,<bis zu 2 Nachkommastellen>"_w},
-    {1400, "Die Listbox kann nicht vollständig gefüllt werden!"_w},
-    {1401, "Bitte wählen Sie einen Eintrag aus der Listbox aus."_w},
-    {1402, "Die Stapelnamendatei konnte nicht angelegt werden!"_w},
-    {1403, "Die Stapelnamendatei %s kann nicht geöffnet werden!"_w},
-    {1404, "Der Stapel '%s' konnte nicht angelegt werden!"_w},
-    {1405, "Der Stapel '%s' existiert bereits!"_w},
-    {1406, "Der Stapel '%s' ist nicht änderbar!"_w},
-    {1407, "Der Stapel '%s' konnte nicht gelöscht werden!"_w},
-    {1408, "Der %s existiert nicht!"_w},
-    {1409, "Die %sontonummer ist unzulässig!"_w},
-    {1410, "Der %s ist unzulässig!"_w},
-    {1411, "In dieser Buchung darf keine Steuer angegeben werden!"_w},
-    {1412, "Das Buchungsdatum ist unzulässig!"_w},
-    {1413, "Die Kontoart ist unzulässig!"_w},
-    {1414, "unzulässige Aktion!"_w},
-    {1415, "Das Konto existiert nicht!"_w},
-    {1416, "Fehlendes Kürzel!"_w},
-    {1417, "Das %s existiert bereits!"_w},
-    {1418, "Fehlender Name!"_w},
-    {1419, "%s unzulässig!"_w},
-    {1420, "Der Datensatz wird von einer anderen Anwendung benutzt!"_w},
-    {1421, "Die VARK-DLL kann nicht initialisiert werden!"_w},
-    {1422, "Die VARK-DLL wird gerade von einem anderen Programm benutzt!"_w},
-    {1423, "Bitte geben Sie einen Stapelnamen ein!"_w},
-    {1424, "Es konnte kein Datenbankpfad gefunden werden. Dieser muß in die VARK.INI im "
-           "Windows-Verzeichnis unter 'Pfad=...' eingetragen werden!"_w},
-    {1425, "Soll- und Habenkontonummern sind gleich!"_w},
-    {1426, "Es konnte keine Landbezeichnung gefunden werden. Diese muß in die VARK.INI im "
-           "Windows-Verzeichnis unter 'Land=...' eingetragen werden!"_w},
-    {1427, "Das Konto ist nicht löschbar!"_w},
-    {1428, "Die Kostenstelle %s existiert nicht!"_w},
-    {1429, "Die Kostenstellen müssen sich unterscheiden!"_w},
-    {1430, "Die Kostenkennung ist unzulässig!"_w},
-    {1431, "Die Kostenkennung darf nur in Verbindung mit mind. einer Kostenstelle übergeben werden!"_w},
-    {1432, "Die Anzahl der Teilbuchungen ist nicht korrekt!"_w},
-    {1433, "Bei einer Splitbuchung muß entweder das Soll- oder das Habenkonto jeder "
-           "Teilbuchung gleich sein!"_w},
-    {1434, "Auf Soll- und Habenseite sind in jeder Teilbuchung die gleichen Kontonummern!"_w},
-    {1435, "Der Steuersatz bei einer Buchung auf ein Erlöskonto mit festem Steuersatz darf "
-           "nicht verändert werden!"_w},
-    {1436, "Im Stapel '%s' befinden sich noch OP-Ausgleichsbuchungen. Er darf deshalb nicht "
-           "gelöscht werden!"_w},
-    {1437, "Die Jahresangabe ist unzulässig!"_w},
-    {1438, "Das Datum muß innerhalb der bebuchbaren Geschäftsjahre liegen!"_w},
-    {1439, "Zur weiteren Bearbeitung müssen Sie in dem Feld, in welches die Einfügemarke "
-           "gesetzt wird, eine Eingabe vornehmen."_w},
-    {1440, "Unzulässige Tagesangabe!"_w},
-    {1441, "Unzulässige Monatsangabe!"_w},
-    {1442, "Unzulässige Jahresangabe!"_w},
-    {1443, "Das Von-Datum darf nicht hinter dem Bis-Datum liegen!"_w},
-    {1444, "Das Intervall eines wiederkehrenden Stapels muß zwischen 1 und 99 Monaten liegen"_w},
-    {1445, "Bei Buchungen auf GuV-Konten muß zumindest eine Kostenstelle bebucht werden. "
-           "Dazu müssen Sie eine Kostenschablone im GuV-Konto hinterlegen und die "
-           "Kostenaufteilung mit <OK> abschließen."_w},
-    {1446, "%s konnte nicht erstellt werden!"_w},
-    {1447, "Es existiert kein Konto mit dieser Kontonummer!"_w},
-    {1448, "Bitte geben Sie einen Mindestumsatz ein, der größer als 0 ist."_w},
-    {1449, "Es kann kein Speicherplatz mehr vom Betriebssystem angefordert werden. Beenden "
-           "Sie bitte das Programm und andere Anwendungen und starten Sie erneut."_w},
-    {1450, "Der Betrag kann nicht umgerechnet werden!"_w},
-    {1451, "Wählen Sie bitte eine Währung aus."_w},
-    {1452, "Zu dem angegebenen Datum wurde bereits ein Kurs erfaßt."_w},
-    {1453, "Sie haben in diesem Monat bereits einen Durchschnittskurs erfaßt."_w},
-    {1454, "Wählen Sie bitte einen Kurs aus."_w},
-    {1455, "Der Kurs kann nicht gelöscht werden."_w},
-    {1456, "Reportdatei '%s' konnte nicht gefunden werden oder beim Öffnen ist ein Fehler aufgetreten."_w},
-    {1457, "Von- und Bis-Datum müssen im gleichen Geschäftsjahr liegen."_w},
-    {1458, "Es existiert keine Kostenstelle mit dieser Nummer!"_w},
-    {1459, "Bei einer Kostenstellenbuchung muß mindestens ein GuV-Konto beteiligt sein!"_w},
-    {1460, "Das Datum muß innerhalb des Archivjahres liegen!"_w},
-    {1800, "Soll der leere Stapel '%s' wirklich gelöscht werden?"_w},
-    {1801, "Alle Stapelbuchungen im Stapel '%s' werden mitgelöscht. Soll der Stapel "
-           "trotzdem gelöscht werden?"_w},
-    {1802, "Zu dem angegebenen Datum wurde noch kein Wechselkurs erfaßt. Wollen Sie diesen "
-           "gleich erfassen?"_w},
-    {1803, "Achtung! Nach dem Ausdruck der Voranmeldung wird dieser Zeitraum für weitere "
-           "Buchungen gesperrt. Wenn Sie sich nur eine vorläufige Voranmeldung ansehen "
-           "möchten, so sollten Sie  die Voranmeldung am Bildschirm ausgeben. Soll die "
-           "Voranmeldung trotzdem gedruckt werden?"_w},
+#define VARK_MESSAGE(Number, Name, Text) {Number, Text},
+#include "src/frame/messages.def"
+#undef VARK_MESSAGE
     {3100, "OK"_w},
     {3101, "Invalid operation"_w},
     {3102, "I/O Error"_w},

@@ -96,7 +96,7 @@ void ReportStatus(int16_t status, const char *text)
 bool ReportLocked(int16_t status)
 {
     if (status != 84 && status != 85) return false;
-    ShowMessage(1420, 0, nullptr, -1);
+    ShowMessage(Message::DatensatzBenutzt, 0, nullptr, -1);
     return true;
 }
 

@@ -1,6 +1,8 @@
-// Numbered German messages: which text, in which box, and whether the caller wants to see it.
+// Numbered German messages: which text, in which box, and whether the caller wants to see it. A `number` is a
+// Message::… of message_names.h, or what a check of a field has given back.
 #pragma once
 
+#include "src/frame/message_names.h"
 #include "src/frame/thread_context.h"
 #include "src/platform/window_api.h"
 

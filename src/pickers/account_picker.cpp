@@ -110,7 +110,7 @@ int32_t AddAccounts(const AccountPick &pick, HWND dialog)
             const LRESULT added =
                 SendDlgItemMessageA(dialog, accountList, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line));
             if (added < 0) {
-                ShowMessage(1400, 0, nullptr, -1);
+                ShowMessage(Message::ListeUnvollstaendig, 0, nullptr, -1);
                 return listFull;
             }
             isEmpty = false;

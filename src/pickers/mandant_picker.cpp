@@ -43,7 +43,7 @@ int32_t FillMandanten(const SingleChoice &choice, HWND dialog)
         CopyText(name, record.Name);
         if (!AddLine(dialog, choice.List, name, record.Nummer)) {
             // Not 1400, which every other list shows: this is the text that this dialog has always had.
-            ShowMessage(1000, 0, nullptr, -1);
+            ShowMessage(Message::ProzentsatzErwartet, 0, nullptr, -1);
             break;
         }
         if (!GetNextF(context, &record, found, TableFista)) return nothingRead;

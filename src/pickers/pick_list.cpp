@@ -37,7 +37,7 @@ bool SelectNumber(HWND dialog, int list, int32_t number)
 int RequireLine(HWND dialog, int list)
 {
     const int line = SelectedLine(dialog, list);
-    if (line == noLine) ShowMessage(1401, static_cast<uint16_t>(list), nullptr, -1);
+    if (line == noLine) ShowMessage(Message::EintragWaehlen, static_cast<uint16_t>(list), nullptr, -1);
     return line;
 }
 

@@ -83,7 +83,7 @@ void FillWaehrungen(HWND dialog, const RateDialog &state)
         WaehrungText waehrung;
         CopyText(waehrung, record.Waehrung);
         if (SendText(dialog, waehrungField, CB_ADDSTRING, 0, waehrung) < 0) {
-            ShowMessage(1400, 0, nullptr, -1);
+            ShowMessage(Message::ListeUnvollstaendig, 0, nullptr, -1);
             break;
         }
         // Behind every date of this currency.
@@ -98,7 +98,7 @@ bool AddRate(HWND dialog, const RateDialog &state, const KurseRecord &record)
     RateRow row;
     FormatRateRow(record, row, state.Context.FirstFiscalMonth);
     if (SendText(dialog, rateList, LB_ADDSTRING, 0, row) >= 0) return true;
-    ShowMessage(1400, 0, nullptr, -1);
+    ShowMessage(Message::ListeUnvollstaendig, 0, nullptr, -1);
     return false;
 }
 
@@ -210,7 +210,7 @@ bool ReadUnits(HWND dialog, KurseRecord &record)
     const UINT count = GetDlgItemInt(dialog, unitsField, nullptr, FALSE);
     const int32_t code = CodeOfUnits(static_cast<int32_t>(count));
     if (code < 1 || code > INT16_MAX) {
-        ShowMessage(1439, unitsField, nullptr, -1);
+        ShowMessage(Message::EingabeFehlt, unitsField, nullptr, -1);
         return false;
     }
     record.Einheit = static_cast<int16_t>(code);
@@ -240,8 +240,8 @@ Clash FindClash(ThreadContext &context, const KurseRecord &rate)
 bool RefuseClash(ThreadContext &context, const KurseRecord &rate)
 {
     const Clash clash = FindClash(context, rate);
-    if (clash == Clash::SameDay) ShowMessage(1452, 0, nullptr, -1);
-    if (clash == Clash::SameMonth) ShowMessage(1453, 0, nullptr, -1);
+    if (clash == Clash::SameDay) ShowMessage(Message::KursExistiert, 0, nullptr, -1);
+    if (clash == Clash::SameMonth) ShowMessage(Message::DurchschnittskursExistiert, 0, nullptr, -1);
     return clash != Clash::None;
 }
 
@@ -250,7 +250,7 @@ bool ReadRate(HWND dialog, const RateDialog &state, KurseRecord &rate)
     WaehrungText waehrung;
     GetDlgItemTextA(dialog, waehrungField, waehrung, sizeof waehrung);
     if (waehrung[0] == 0) {
-        ShowMessage(1451, waehrungField, nullptr, -1);
+        ShowMessage(Message::WaehrungWaehlen, waehrungField, nullptr, -1);
         return false;
     }
     CopyText(rate.Waehrung, waehrung);
@@ -298,13 +298,13 @@ void DeleteRate(HWND dialog, RateDialog &state)
 {
     const int line = SelectedLine(dialog, rateList);
     if (line == noLine) {
-        ShowMessage(1454, rateList, nullptr, -1);
+        ShowMessage(Message::KursWaehlen, rateList, nullptr, -1);
         return;
     }
     RateRow row = {};
     SendText(dialog, rateList, LB_GETTEXT, static_cast<WPARAM>(line), row);
     if (!DeleteFromBooks(state, row)) {
-        ShowMessage(1455, 0, nullptr, -1);
+        ShowMessage(Message::KursNichtGeloescht, 0, nullptr, -1);
         return;
     }
     SendDlgItemMessageA(dialog, rateList, LB_DELETESTRING, static_cast<WPARAM>(line), 0);
@@ -365,7 +365,7 @@ bool FindRateOrAsk(ThreadContext &context, HWND owner, KurseRecord &record, cons
                    const PackedDate &date)
 {
     while (!FindRate(context, record, waehrung, date)) {
-        if (ShowMessage(1802, 0, nullptr, -1) == 0) return false;
+        if (ShowMessage(Message::KursErfassen, 0, nullptr, -1) == 0) return false;
         CopyText(context.PendingRateDate, date);
         CopyText(context.PendingWaehrung, waehrung);
         RunRateDialog(context, owner);

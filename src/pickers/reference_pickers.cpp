@@ -63,7 +63,7 @@ int32_t FillFrom(const SingleChoice &choice, HWND dialog, TableId table, const c
         char line[Width];
         CopyText(line, record.*text);
         if (!AddLine(dialog, choice.List, line, record.Nummer)) {
-            ShowMessage(1400, 0, nullptr, -1);
+            ShowMessage(Message::ListeUnvollstaendig, 0, nullptr, -1);
             break;
         }
         if (!GetNextF(context, &record, found, table)) return engineFailure;

@@ -90,14 +90,14 @@ bool ReadFields(HWND dialog, StapelFields &fields)
 {
     GetDlgItemTextA(dialog, nameField, fields.Name, sizeof fields.Name);
     if (fields.Name[0] == 0) {
-        ShowMessage(1423, nameField, nullptr, -1);
+        ShowMessage(Message::StapelnameFehlt, nameField, nullptr, -1);
         return false;
     }
     fields.Intervall = 0;
     if (IsDlgButtonChecked(dialog, recurringBox) != BST_CHECKED) return true;
     const UINT interval = GetDlgItemInt(dialog, intervalField, nullptr, FALSE);
     if (interval < 1 || interval > longestInterval) {
-        ShowMessage(1444, intervalField, nullptr, -1);
+        ShowMessage(Message::IntervallUnzulaessig, intervalField, nullptr, -1);
         return false;
     }
     fields.Intervall = static_cast<int16_t>(interval);
@@ -133,7 +133,7 @@ bool IsNameTaken(const StapelEdit &edit, const char *name)
 bool RefuseTakenName(const StapelEdit &edit, const StapelFields &fields)
 {
     if (!IsNameTaken(edit, fields.Name)) return false;
-    ShowMessage(1405, nameField, fields.Name, -1);
+    ShowMessage(Message::StapelExistiert, nameField, fields.Name, -1);
     return true;
 }
 
@@ -147,7 +147,7 @@ void InsertNew(HWND dialog, StapelEdit &edit)
     PutFields(fields, record);
     HeldTables held(edit.Context);
     if (!Hold(held, TableStapel) || !Insert(edit.Context, &record, TableStapel)) {
-        ShowMessage(1404, nameField, fields.Name, -1);
+        ShowMessage(Message::StapelNichtAngelegt, nameField, fields.Name, -1);
         return;
     }
     edit.Record = record;
@@ -171,13 +171,13 @@ void SaveChanged(HWND dialog, StapelEdit &edit)
     CopyText(oldName, edit.Record.Name);
     StapelRecord record;
     if (!LockStapel(edit, record)) {
-        ShowMessage(1406, 0, oldName, -1);
+        ShowMessage(Message::StapelNichtAenderbar, 0, oldName, -1);
         return;
     }
     PutFields(fields, record);
     if (!Update(edit.Context, &record, TableStapel)) {
         Unlock(edit.Context, TableStapel);
-        ShowMessage(1406, 0, oldName, -1);
+        ShowMessage(Message::StapelNichtAenderbar, 0, oldName, -1);
         return;
     }
     edit.Record = record;
@@ -258,24 +258,23 @@ bool DeletePostings(ThreadContext &context, int32_t stapel)
 // Deletes the Stapel with all its postings, or nothing. Returns 0 or the number of the message to show.
 int32_t DeleteWhole(ThreadContext &context, int32_t stapel)
 {
-    constexpr int32_t postingStays = 1421;
-    constexpr int32_t stapelStays = 1407;
     HeldTables held(context); // reads inside a transaction leave the count higher
-    if (!Hold(held, TableStapel) || !Transaction(context, TransactionAction::Begin)) return stapelStays;
+    if (!Hold(held, TableStapel) || !Transaction(context, TransactionAction::Begin))
+        return Message::StapelNichtGeloescht;
     int32_t failure = 0;
     if (!DeletePostings(context, stapel)) {
-        failure = postingStays;
+        failure = Message::NichtInitialisiert;
     } else {
         StapelRecord record;
         bool found = false;
         const bool read = GetEqual(context, &record, KeyOfNumber(stapel), found, TableStapel);
-        if (!read || !found || !Delete(context, TableStapel)) failure = stapelStays;
+        if (!read || !found || !Delete(context, TableStapel)) failure = Message::StapelNichtGeloescht;
     }
     if (failure != 0) {
         Transaction(context, TransactionAction::Abort);
         return failure;
     }
-    return Transaction(context, TransactionAction::End) ? 0 : stapelStays;
+    return Transaction(context, TransactionAction::End) ? 0 : Message::StapelNichtGeloescht;
 }
 
 // Asks and deletes. What the user was asked about may change while the question stands; then it is put anew.
@@ -287,10 +286,13 @@ bool AskAndDelete(ThreadContext &context, const StapelRecord &record)
     for (;;) {
         if (contents == Contents::Unreadable) return false;
         if (contents == Contents::Settlements) {
-            ShowMessage(1436, 0, name, -1);
+            ShowMessage(Message::StapelHatAusgleichsbuchungen, 0, name, -1);
             return false;
         }
-        if (ShowMessage(contents == Contents::Empty ? 1800 : 1801, 0, name, -1) == 0) return false;
+        if (ShowMessage(contents == Contents::Empty ? Message::LeerenStapelLoeschen
+                                                    : Message::StapelMitBuchungenLoeschen,
+                        0, name, -1) == 0)
+            return false;
         const Contents now = ContentsOf(context, record.Nummer);
         if (now == contents) break;
         contents = now;

@@ -84,7 +84,7 @@ int32_t FillStapel(HWND dialog, const StapelPick &pick)
             StapelLine line;
             if (!FormatLine(context, record, line)) return engineFailure;
             if (!AddLine(dialog, stapelList, line, record.Nummer)) {
-                ShowMessage(1400, 0, nullptr, -1);
+                ShowMessage(Message::ListeUnvollstaendig, 0, nullptr, -1);
                 break;
             }
         }
@@ -145,7 +145,7 @@ void AddNew(HWND dialog, StapelPick &pick)
     if (!CreateStapel(pick.Context, dialog, record)) return;
     FormatLine(record, false, line);
     if (!AddLine(dialog, stapelList, line, record.Nummer)) {
-        ShowMessage(1400, 0, nullptr, -1);
+        ShowMessage(Message::ListeUnvollstaendig, 0, nullptr, -1);
         return;
     }
     SelectNumber(dialog, stapelList, record.Nummer);
@@ -160,13 +160,13 @@ void ChangeSelected(HWND dialog, StapelPick &pick)
     bool found = false;
     if (!GetEqual(pick.Context, &record, KeyOfNumber(number), found, TableStapel)) return;
     if (!found) {
-        ShowMessage(1408, 0, "Stapel", -1);
+        ShowMessage(Message::ExistiertNicht, 0, "Stapel", -1);
         return;
     }
     if (number <= lastApplicationStapel) {
         char name[sizeof record.Name];
         CopyText(name, record.Name);
-        ShowMessage(1406, 0, name, -1);
+        ShowMessage(Message::StapelNichtAenderbar, 0, name, -1);
         return;
     }
     switch (ChangeStapel(pick.Context, dialog, record)) {

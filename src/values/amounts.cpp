@@ -1,6 +1,7 @@
 #include "src/values/amounts.h"
 
 #include "src/frame/beliefs.h"
+#include "src/frame/message_names.h"
 
 #include <charconv>
 #include <cmath>
@@ -510,13 +511,13 @@ int CheckAmountField(char *text, size_t size, int width)
 {
     Holds(width == amountWidth || width == rateWidth);
     size_t length = strnlen(text, size);
-    if (length == 0) return 1439;
+    if (length == 0) return Message::EingabeFehlt;
     while (length > 0 && !IsDigit(text[length - 1])) {
         --length;
     }
     if (length < size) text[length] = 0;
     if (NormalizeAmountInput(text, size, width, false)) return 0;
-    return width == rateWidth ? 1000 : 1001;
+    return width == rateWidth ? Message::ProzentsatzErwartet : Message::BetragErwartet;
 }
 
 } // namespace vark

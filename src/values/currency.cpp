@@ -84,7 +84,7 @@ bool ConvertAmount(const ThreadContext &context, const KurseRecord &rate, const 
     const double value = amountValue * rateValue / UnitsOfCode(rate.Einheit);
     AmountText converted;
     if (!AmountOfMagnitude(converted, value < 0.01 ? 0 : RoundToDecimals(value, 2), isNegative)) {
-        Report(context, 1450, 0, nullptr, -1);
+        Report(context, Message::BetragNichtUmrechenbar, 0, nullptr, -1);
         return false;
     }
     CopyText(out, converted);

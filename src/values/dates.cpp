@@ -1,5 +1,6 @@
 #include "src/values/dates.h"
 
+#include "src/frame/message_names.h"
 #include "src/frame/thread_context.h"
 
 #include <cstring>
@@ -285,36 +286,40 @@ bool PeriodOfCode(int code, int year, bool isCalendar, int firstFiscalMonth, Fis
 
 int CheckDateField(const ThreadContext &context, char *text, size_t size)
 {
-    constexpr int emptyField = 1439;
-    if (text[0] == 0) return emptyField;
-    const DateFault fault = ParseDateText(context, text, size, false);
-    return fault == DateGood ? 0 : emptyField + fault;
+    if (text[0] == 0) return Message::EingabeFehlt;
+    switch (ParseDateText(context, text, size, false)) {
+    case DateGood: return 0;
+    case DateBadDay: return Message::TagUnzulaessig;
+    case DateBadMonth: return Message::MonatUnzulaessig;
+    case DateBadYear:
+    case DateAfterToday: break; // which was not asked for
+    }
+    return Message::JahrUnzulaessig;
 }
 
 int CheckYear(const ThreadContext &context, int year, int archiveYear)
 {
-    if (archiveYear != 0) return firstYear + year == archiveYear ? 0 : 1460;
-    return PostableYear(context, year) != 0 ? 0 : 1438;
+    if (archiveYear != 0) return firstYear + year == archiveYear ? 0 : Message::DatumAusserhalbDesArchivjahrs;
+    return PostableYear(context, year) != 0 ? 0 : Message::DatumNichtBebuchbar;
 }
 
 int CheckDatePair(const PackedDate &from, const PackedDate &to)
 {
-    if (FiscalYearOf(from) != FiscalYearOf(to)) return 1457;
-    return DateIsAfter(from, to) ? 1443 : 0;
+    if (FiscalYearOf(from) != FiscalYearOf(to)) return Message::GeschaeftsjahreVerschieden;
+    return DateIsAfter(from, to) ? Message::VonHinterBis : 0;
 }
 
 int CheckYearField(const char *text, size_t size, int &year)
 {
-    constexpr int badYear = 1437;
     Reader reader = ReaderOf(text, size);
     while (Peek(reader) == ' ') {
         ++reader.At;
     }
-    if (!IsDigit(Peek(reader))) return badYear;
+    if (!IsDigit(Peek(reader))) return Message::JahresangabeUnzulaessig;
     int value = ReadNumber(reader);
-    if (reader.At != reader.End) return badYear;
+    if (reader.At != reader.End) return Message::JahresangabeUnzulaessig;
     if (value >= 100) value -= firstYear;
-    if (value < 0 || value > 99) return badYear;
+    if (value < 0 || value > 99) return Message::JahresangabeUnzulaessig;
     year = value;
     return 0;
 }

@@ -232,6 +232,20 @@ TEST(ReadmeRule, RefusesWhatIsNotSo)
     EXPECT_EQ(1u, Count("```c\nint main(void);\n```\n" + examples + values + model));
 }
 
+TEST(MessageRule, RefusesBareNumbers)
+{
+    for (const char *code :
+         {"Report(context, 1000, c, nullptr, -1);", "Report(*context, 9, c, t, -1);",
+          "ShowMessage(3112, 0, nullptr, -1);", "constexpr int question = 1803;", "return 1457;",
+          "Report(context, Message::NameFehlt, -3, t, -1);", "int F() { return -3; }"}) {
+        EXPECT_NE("", Said(MessagesAreNamed, "src/booking/a.cpp", code)) << code;
+    }
+    EXPECT_EQ("", Said(MessagesAreNamed, "src/booking/a.cpp",
+                       "// after message 1408\nReport(context, Message::NameFehlt, c, nullptr, -1);"
+                       "ShowMessage(number, 0, nullptr, -1); int id = 1094; return 0;"));
+    EXPECT_EQ("", Said(MessagesAreNamed, "tests/a.cpp", "ShowMessage(1412, 0, nullptr, -1);"));
+}
+
 TEST(BeliefRule, RefusesFunctionsWithFewBeliefs)
 {
     const std::string bare = "int F()\n{\n    return 1;\n}\nint G() { return 2; }\n";

@@ -51,6 +51,8 @@ TEST(HouseRules, SourcesCallEachOtherInNoCircle)
 
 TEST(HouseRules, GermanTextsAreWindows1252) { EXPECT_EQ("", Told(TextsAreTurnedOver(Tree()))); }
 
+TEST(HouseRules, MessagesAndCodesHaveNames) { EXPECT_EQ("", Told(MessagesAreNamed(Tree()))); }
+
 TEST(HouseRules, PostingsAreCheckedOnTheirWay) { EXPECT_EQ("", Told(Beliefs(Tree()))); }
 
 TEST(HouseRules, CommentsCarryTheirReasons) { EXPECT_EQ("", Told(Words(Tree()))); }

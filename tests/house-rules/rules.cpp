@@ -540,6 +540,35 @@ Breaches TextsAreTurnedOver(const Files &files)
     return breaches;
 }
 
+Breaches MessagesAreNamed(const Files &files)
+{
+    // The ranges of numbers in which nothing else lies that the library counts.
+    static const std::regex number("\\b(14[0-5][0-9]|1460|180[0-3])\\b");
+    static const std::regex call("\\b(ShowMessage\\(|Report\\([^,();]*,) *[0-9]");
+    static const std::regex code(
+        "\\bReport\\([^,();]*,[^,();]*, *-[0-9]|\\breturn -([2-9]|1[0-9])|[!=]= -([2-9]|[1-9][0-9])\\b");
+    const struct {
+        const std::regex &Pattern;
+        const char *Why;
+    } rules[] = {
+        {number, "a message's number: its name stands in src/frame/messages.def"},
+        {call, "a message's number: its name stands in src/frame/messages.def"},
+        {code, "a result's number: its name stands in include/vark40.h"},
+    };
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        const bool isList = file.Path == "src/frame/messages.def";
+        if (!IsCOrCpp(file.Path) || !LiesIn(file.Path, "src") || isList) continue;
+        const std::string text = CodeOf(file.Text);
+        for (const auto &rule : rules) {
+            for (std::sregex_iterator at(text.begin(), text.end(), rule.Pattern), end; at != end; ++at) {
+                breaches.push_back({file.Path, LineOf(text, static_cast<size_t>(at->position())), rule.Why});
+            }
+        }
+    }
+    return breaches;
+}
+
 Breaches Beliefs(const Files &files)
 {
     struct Floor {

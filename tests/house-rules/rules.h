@@ -54,6 +54,9 @@ Breaches ReadmeIsTrue(const Files &files);
 // German texts of the library are Windows-1252, so their literals say _w.
 Breaches TextsAreTurnedOver(const Files &files);
 
+// In the library no number of a message and no code of a result stands where it is used.
+Breaches MessagesAreNamed(const Files &files);
+
 // On the way of a posting into the books, fewer beliefs a function than stand there today.
 Breaches Beliefs(const Files &files);
 

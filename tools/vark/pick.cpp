@@ -47,7 +47,7 @@ int Pick(const PickOptions &options)
 
     if (chosen <= 0) {
         std::fprintf(stderr, "vark: %s\n", ReasonOf(chosen).c_str());
-        return chosen == -3 || VARK_Status() != 1 ? ExitFailure : ExitRefused;
+        return chosen == VARK_FEHLER_DATENBANK || VARK_Status() != 1 ? ExitFailure : ExitRefused;
     }
     if (isAccount) {
         std::printf("%s\n", konto);

@@ -147,7 +147,7 @@ constexpr ReportKind kostenSheets = {
          .PeriodOptions = sheetPeriods,
          .Kontoarten = KontoartKostenstelle,
          .HasSingle = true,
-         .UnknownAccount = 1458,
+         .UnknownAccount = Message::KostenstellennummerExistiertNicht,
          .RangeFirst = true,
          .Options = {kostenOptions, 1},
          .Words = {.Von = "&vom:", .Bis = "&bis zum:", .Konten = "&Kostenstellen", .Einzeln = "&einzeln"}},

@@ -21,8 +21,6 @@ using namespace text;
 
 namespace {
 
-constexpr uint16_t minimumMessage = 1448;
-
 constexpr int controlMinimum = 1005; // fields
 constexpr int controlLand = 1032;
 constexpr int controlPlz = 1033;
@@ -98,7 +96,7 @@ bool CheckMinimum(HWND, const ReportRun &run, const ReportChoice &chosen)
 {
     AmountText minimum;
     if (MinimumOf(OptionOf(run.Dialog->Options, chosen.Options, controlMinimum), minimum)) return true;
-    ShowMessage(minimumMessage, controlMinimum, nullptr, -1);
+    ShowMessage(Message::MindestumsatzErwartet, controlMinimum, nullptr, -1);
     return false;
 }
 

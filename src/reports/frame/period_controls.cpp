@@ -349,8 +349,10 @@ bool AcceptPeriodControls(HWND dialog, PeriodDialogState &state, PeriodSelection
     } else if (HasControl(dialog, controlVon) && HasControl(dialog, controlBis)) {
         const int message = CheckDatePair(working.VonDatum, working.BisDatum);
         if (message != 0) {
-            ShowMessage(message, static_cast<uint16_t>(message == 1457 ? controlBis : controlVon), nullptr,
-                        -1);
+            ShowMessage(message,
+                        static_cast<uint16_t>(message == Message::GeschaeftsjahreVerschieden ? controlBis
+                                                                                             : controlVon),
+                        nullptr, -1);
             return false;
         }
     }

@@ -53,7 +53,10 @@ uint16_t LowWord(int32_t handle) { return static_cast<uint16_t>(handle); }
 
 HWND WindowOf(VarkWindow window) { return static_cast<HWND>(window); }
 
-uint32_t ShowFailure(ReportRow row) { return ShowMessage(1446, 0, ReportCatalogue[row].DisplayName, -1); }
+uint32_t ShowFailure(ReportRow row)
+{
+    return ShowMessage(Message::NichtErstellt, 0, ReportCatalogue[row].DisplayName, -1);
+}
 
 } // namespace
 
@@ -71,7 +74,7 @@ uint16_t OpenReportTemplate(ReportRow row)
         SetArrowCursor();
         char shown[maxPath];
         PathForMessage(path, shown, sizeof shown);
-        ShowMessage(1456, 0, shown, -1);
+        ShowMessage(Message::ReportdateiNichtGeoeffnet, 0, shown, -1);
     }
     return report;
 }

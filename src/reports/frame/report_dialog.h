@@ -3,6 +3,7 @@
 // modally, and checked at OK.
 #pragma once
 
+#include "src/frame/message_names.h"
 #include "src/frame/thread_context.h"
 #include "src/model/company_records.h"
 #include "src/reports/frame/account_range.h"
@@ -46,13 +47,13 @@ struct ReportDialog {
     int32_t Id;
     const char *Title; // Windows-1252
     int32_t HelpContext;
-    uint32_t PeriodOptions = 0;            // 0: no period group
-    bool PerOnly = false;                  // of free dates only the last day, "per:"
-    PeriodPages Pages = PeriodPages::None; // in the place of the period group
-    KontoartSet Kontoarten = 0;            // 0: no account group
-    bool HasSingle = false;                // one single account can be asked for
-    uint16_t UnknownAccount = 1447;        // message for one that does not exist
-    bool RangeFirst = false;               // at OK the account group is checked before the period
+    uint32_t PeriodOptions = 0;                                  // 0: no period group
+    bool PerOnly = false;                                        // of free dates only the last day, "per:"
+    PeriodPages Pages = PeriodPages::None;                       // in the place of the period group
+    KontoartSet Kontoarten = 0;                                  // 0: no account group
+    bool HasSingle = false;                                      // one single account can be asked for
+    int32_t UnknownAccount = Message::KontonummerExistiertNicht; // message for one that does not exist
+    bool RangeFirst = false; // at OK the account group is checked before the period
     OptionTable Options = {nullptr, 0};
     DialogWords Words = {};
 

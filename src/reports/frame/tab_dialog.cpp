@@ -189,7 +189,7 @@ int32_t RunTabDialog(const DialogTable &table, VarkWindow parent, DLGPROC proced
         RemovePropA(dialog, runProperty);
         DestroyWindow(dialog);
     }
-    if (!runs) ShowMessage(1449, 0, nullptr, -1);
+    if (!runs) ShowMessage(Message::KeinSpeicher, 0, nullptr, -1);
     return static_cast<int32_t>(run.Result);
 }
 

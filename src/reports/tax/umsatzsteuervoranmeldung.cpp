@@ -14,7 +14,6 @@ namespace vark {
 namespace {
 
 constexpr int controlBerichtigt = 1053;
-constexpr int32_t lockQuestion = 1803;
 constexpr int firstYearOfForm7 = 1997;
 
 bool IsForPrinter(const ReportChoice &choice)
@@ -39,7 +38,7 @@ bool HideBerichtigt(ReportRun &run)
 // Before anything is printed the person is told that this locks the period.
 bool AskForLock(HWND, const ReportRun &, const ReportChoice &chosen)
 {
-    return !IsForPrinter(chosen) || ShowMessage(lockQuestion, 0, nullptr, -1) == 1;
+    return !IsForPrinter(chosen) || ShowMessage(Message::ZeitraumSperren, 0, nullptr, -1) == 1;
 }
 
 bool SendForm(ReportRun &run)
