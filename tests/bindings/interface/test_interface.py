@@ -188,6 +188,7 @@ OTHER_FORMS = {
 WRAPPERS = {
     # A message loop is the host's own in C++ and Pascal.
     "cpp/vark40.hpp": {"VARK_IsMessage"},
+    "pascal/vark40.pas": {"VARK_IsMessage"},
     " ".join(f"python/vark40/_{name}.py" for name in ("books", "reports", "library", "thread")): set(),
 }
 

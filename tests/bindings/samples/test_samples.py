@@ -1,0 +1,116 @@
+"""The samples say the same in three languages, and the documentation shows what runs."""
+
+from __future__ import annotations
+
+import json
+import re
+import sys
+from datetime import date
+from decimal import Decimal
+from pathlib import Path
+from typing import Callable
+
+import pytest
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
+
+from support import PROGRAMS, ROOT, compile_cpp, compile_pascal, make_books, run  # noqa: E402
+
+
+def in_python(place: Path) -> list[object]:
+    return [sys.executable, ROOT / "examples" / "offene_posten.py"]
+
+
+def in_cpp(place: Path) -> list[object]:
+    compile_cpp(ROOT / "examples" / "offene_posten.cpp", place / "offene_posten")
+    return [place / "offene_posten"]
+
+
+def in_pascal(place: Path) -> list[object]:
+    built = compile_pascal(ROOT / "examples" / "offene_posten.pas", place)
+    assert built.returncode == 0, built.stdout
+    return [place / "offene_posten"]
+
+
+def due(books: Path) -> list[str]:
+    """What is due, reckoned from the report."""
+    command = ["bericht", "op", "--mandant", "1", "--art", "Debitor", "--json"]
+    output = run(PROGRAMS / "vark", *command, books=books).stdout
+    sums: dict[str, Decimal] = {}
+    for row in json.loads(output, parse_float=Decimal)["rows"]:
+        if row.get("kind", "line") != "line":
+            continue
+        termin = date(*reversed([int(part) for part in row["termin"].split(".")]))  # type: ignore[arg-type]
+        if termin > date(1998, 4, 30):
+            continue
+        amount = row["betrag"] if row["waehrung"] == "DM" else row["betrag3"]
+        who = f"{row['konto']};{row['name'][:25]}"
+        sums[who] = sums.get(who, Decimal(0)) + amount
+    return [f"{who};{amount:.2f}" for who, amount in sorted(sums.items())]
+
+
+@pytest.mark.parametrize("build", [in_python, in_cpp, in_pascal])
+def test_a_sample_does_what_it_says(build: Callable[[Path], list[object]], tmp_path: Path) -> None:
+    books = tmp_path / "books"
+    make_books(books)
+    program = build(tmp_path)
+    done = run(*program, books=books)
+    assert (done.returncode, done.stderr) == (0, "")
+    wanted = due(books)
+    assert len(wanted) > 3
+    assert done.stdout.splitlines() == [*wanted, "gebucht"]
+    stapel = run(PROGRAMS / "vark", "stapel", "--mandant", "1", "16", "--json", books=books)
+    assert [each["beleg"] for each in json.loads(stapel.stdout)] == ["M-0498"]
+    (tmp_path / "none").mkdir()
+    refused = run(*program, books=tmp_path / "none")
+    assert (refused.returncode, refused.stdout) == (1, "")
+    assert "tolka.ini" in refused.stderr and "(-36)" in refused.stderr
+
+
+@pytest.mark.parametrize("build", [in_cpp, in_pascal])
+def test_a_library_of_another_version_is_refused_by_the_loader(
+    build: Callable[[Path], list[object]], tmp_path: Path
+) -> None:
+    program = build(tmp_path)
+    done = run(*program, books=tmp_path, library=tmp_path)
+    assert done.returncode == 127
+    assert "libvark40.so.4: cannot open shared object file" in done.stderr
+
+
+def blocks(page: str, language: str) -> list[str]:
+    text = (ROOT / "docs" / page).read_text("utf-8")
+    return re.findall(rf"^```{language}\n(.*?)^```$", text, flags=re.DOTALL | re.MULTILINE)
+
+
+@pytest.mark.parametrize(
+    ("page", "language", "sample"),
+    [("cpp.md", "cpp", "offene_posten.cpp"), ("pascal.md", "pascal", "offene_posten.pas")],
+)
+def test_a_page_shows_its_sample(page: str, language: str, sample: str) -> None:
+    assert (ROOT / "examples" / sample).read_text("utf-8") in blocks(page, language)
+
+
+def test_the_python_page_runs_from_top_to_bottom(tmp_path: Path) -> None:
+    books = tmp_path / "books"
+    make_books(books)
+    script = tmp_path / "page.py"
+    script.write_text(f"import os\nos.chdir({str(tmp_path)!r})\n" + "\n".join(blocks("python.md", "python")))
+    done = run(sys.executable, script, books=books)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert "10010" in done.stdout and (tmp_path / "bilanz.pdf").read_bytes().startswith(b"%PDF")
+
+
+def test_the_cpp_page_compiles(tmp_path: Path) -> None:
+    books = tmp_path / "books"
+    make_books(books)
+    (body,) = [block for block in blocks("cpp.md", "cpp") if "int main" not in block]
+    source = tmp_path / "page.cpp"
+    source.write_text(
+        "#include <iostream>\n#include <vark40.hpp>\nusing namespace vark40;\n"
+        "static int Tell(const Error &error) { std::cerr << error.Message; return 1; }\n"
+        f"int main()\n{{\n{body}}}\n"
+    )
+    compile_cpp(source, tmp_path / "page")
+    done = run(tmp_path / "page", books=books)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert done.stdout
