@@ -2,7 +2,7 @@
 
 #include "host/descriptors.h"
 #include "report-engine/complain.h"
-#include "report-engine/forms.h"
+#include "report-engine/forms/forms.h"
 #include "text/fixed_text.h"
 
 #include <atomic>

@@ -2,7 +2,8 @@
 
 #include "host/passing.h"
 #include "report-engine/page_requests.h"
-#include "report-engine/pages/draw.h"
+#include "report-engine/pages/copying.h"
+#include "report-engine/pages/shown.h"
 #include "report-engine/values.h"
 
 #include <cerrno>
@@ -19,84 +20,9 @@ namespace rs {
 
 namespace {
 
-constexpr double pointsPerUnit = 72.0 / 2540.0;
 constexpr size_t maxHits = 4096; // of one page
 
-void Nothing(void * /*context*/, int64_t /*page*/) {}
-
-void NoBookmark(void * /*context*/, int /*depth*/, const char * /*text*/, int64_t /*page*/, double /*x*/,
-                double /*y*/)
-{}
-
-struct {
-    LetterList Letters;
-    Hit Hits[maxHits];
-    int64_t PageCount;
-    const Document *Of;
-    const Definition *Def;
-} shown;
-
-// The letters of a page in reading order.
-LetterList &LettersOf(int64_t page, cairo_t *cairo, Ink ink)
-{
-    const PageTarget target = {cairo, Nothing, Nothing, NoBookmark, nullptr, ink};
-    ForgetLetters(shown.Letters);
-    DrawPage(page, target, &shown.Letters);
-    OrderLetters(shown.Letters);
-    return shown.Letters;
-}
-
-// The same of a page that nobody sees.
-LetterList &LettersUnseen(int64_t page)
-{
-    cairo_surface_t *surface = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
-    cairo_t *cairo = cairo_create(surface);
-    cairo_rectangle(cairo, 0, 0, 0, 0);
-    cairo_clip(cairo);
-    LetterList &letters = LettersOf(page, cairo, Ink::none);
-    cairo_destroy(cairo);
-    cairo_surface_destroy(surface);
-    return letters;
-}
-
-// ---- Selections ----
-
-bool LiesBefore(const PagePlace &one, const PagePlace &other)
-{
-    if (one.Page != other.Page) return one.Page < other.Page;
-    return one.Y != other.Y ? one.Y < other.Y : one.X < other.X;
-}
-
-// Puts the ends into reading order: on one line the left one comes first, whichever is higher.
-void OrderSelection(PageRequest &request)
-{
-    if (LiesBefore(request.To, request.From)) {
-        const PagePlace to = request.To;
-        request.To = request.From;
-        request.From = to;
-    }
-}
-
-PagePoint PointOf(const PagePlace &place) { return {place.X * pointsPerUnit, place.Y * pointsPerUnit}; }
-
-bool SelectedOn(const PageRequest &request, int64_t page, const LetterList &letters, Hit &range)
-{
-    if (request.IsAllSelected != 0) return LettersBetween(letters, nullptr, nullptr, Grain::letter, range);
-    if (request.From.Page == 0 || page < request.From.Page || page > request.To.Page) return false;
-    PagePoint from = PointOf(request.From);
-    PagePoint to = PointOf(request.To);
-    // Within one line the two ends may stand at slightly different heights.
-    Hit unused;
-    const auto grain = static_cast<Grain>(request.SelectionGrain);
-    if (request.From.Page == request.To.Page && grain == Grain::letter &&
-        !LettersBetween(letters, &from, &to, grain, unused)) {
-        const PagePoint swapped = from;
-        from = to;
-        to = swapped;
-    }
-    return LettersBetween(letters, page == request.From.Page ? &from : nullptr,
-                          page == request.To.Page ? &to : nullptr, grain, range);
-}
+Hit hits[maxHits];
 
 // ---- Drawing ----
 
@@ -139,11 +65,10 @@ void DrawOnePage(const PageRequest &request, cairo_t *cairo, int64_t page, doubl
     cairo_clip(cairo);
     const LetterList &letters = LettersOf(page, cairo, Ink::outlines);
     if (request.Sought[0] != 0) {
-        const size_t count =
-            FindHits(letters, request.Sought, std::strlen(request.Sought), shown.Hits, maxHits);
+        const size_t count = FindHits(letters, request.Sought, std::strlen(request.Sought), hits, maxHits);
         for (size_t i = 0; i < count; ++i) {
             const bool isFound = page == request.Found && static_cast<int64_t>(i) == request.FoundPlace;
-            Colour(cairo, letters, shown.Hits[i], 1, isFound ? 0.65 : 0.93, isFound ? 0.25 : 0.45);
+            Colour(cairo, letters, hits[i], 1, isFound ? 0.65 : 0.93, isFound ? 0.25 : 0.45);
         }
     }
     Hit range;
@@ -237,10 +162,10 @@ bool RowHas(void *context, const Definition & /*definition*/, const ItemHeader &
 // The places of the sought text on a page.
 size_t HitsOn(int64_t page, const Sought &sought)
 {
-    return FindHits(LettersUnseen(page), sought.Text, sought.Length, shown.Hits, maxHits);
+    return FindHits(LettersUnseen(page), sought.Text, sought.Length, hits, maxHits);
 }
 
-// The first (or last) page from `first` to `last` with a place; its places are in shown.Hits.
+// The first (or last) page from `first` to `last` with a place; its places are in hits.
 int64_t PageWith(int64_t first, int64_t last, bool isBackwards, Sought &sought, size_t &count)
 {
     const ItemTest test = {RowHas, &sought};
@@ -281,7 +206,7 @@ void AnswerFind(const PageRequest &request, PageAnswer &answer)
         place = isBackwards ? static_cast<int64_t>(count) - 1 : 0;
     }
     if (page == 0) return;
-    const Hit &hit = shown.Hits[place];
+    const Hit &hit = hits[place];
     const Letter &first = shown.Letters.Letters[hit.First];
     const Letter &last = shown.Letters.Letters[hit.Last];
     answer.Page = page;
@@ -290,200 +215,6 @@ void AnswerFind(const PageRequest &request, PageAnswer &answer)
                    static_cast<int32_t>(first.Top / pointsPerUnit)};
     answer.To = {page, static_cast<int32_t>(last.Right / pointsPerUnit),
                  static_cast<int32_t>(last.Bottom / pointsPerUnit)};
-}
-
-// ---- Copying ----
-
-bool WriteAll(int file, const char *bytes, size_t length)
-{
-    while (length > 0) {
-        const ssize_t count = write(file, bytes, length);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        bytes += count;
-        length -= static_cast<size_t>(count);
-    }
-    return true;
-}
-
-// Text on its way into a file, gathered to larger writes.
-struct Copying {
-    int File;
-    int64_t Length;
-    bool HasFailed;
-    size_t Used;
-    char Bytes[16'384];
-};
-
-void FlushCopy(Copying &copy)
-{
-    if (!WriteAll(copy.File, copy.Bytes, copy.Used)) copy.HasFailed = true;
-    copy.Used = 0;
-}
-
-void Put(Copying &copy, const char *text, size_t length)
-{
-    for (size_t i = 0; i < length; ++i) {
-        if (copy.Used == sizeof copy.Bytes) FlushCopy(copy);
-        copy.Bytes[copy.Used++] = text[i];
-    }
-    copy.Length += static_cast<int64_t>(length);
-}
-
-bool IsFull(const Copying &copy) { return copy.HasFailed || copy.Length >= maxCopied; }
-
-// Those of the right half follow those of the left.
-void PutTabs(Copying &copy, int from, int to)
-{
-    for (int cell = from; cell < to; ++cell) {
-        if (IsShown(shown.Def->Columns[cell % shown.Def->ColumnCount])) Put(copy, "\t", 1);
-    }
-}
-
-void PutLetter(Copying &copy, const LetterList &letters, const Letter &letter)
-{
-    const char *text = letters.Text + letter.TextAt;
-    constexpr char minus[] = "\u2212"; // of typesetting
-    const bool isMinus =
-        letter.TextLength == sizeof minus - 1 && std::memcmp(text, minus, sizeof minus - 1) == 0;
-    Put(copy, isMinus ? "-" : text, isMinus ? 1 : letter.TextLength);
-}
-
-// What is selected within one line, or has no rows in it: texts parted by tabs, lines by line ends.
-void CopyTexts(Copying &copy, const LetterList &letters, const Hit &range)
-{
-    for (size_t i = range.First; i <= range.Last && !IsFull(copy); ++i) {
-        const Letter &letter = letters.Letters[i];
-        if (i > range.First && letter.Line != letters.Letters[i - 1].Line) {
-            Put(copy, "\n", 1);
-        } else if (i > range.First && letter.Begins) {
-            Put(copy, "\t", 1);
-        }
-        PutLetter(copy, letters, letter);
-    }
-    Put(copy, "\n", 1);
-}
-
-// The rows in a range, a tab for each column, and nothing else: what a table takes.
-void CopyRows(Copying &copy, const LetterList &letters, const Hit &range)
-{
-    const int last = shown.Def->ColumnCount * (shown.Def->RightAt != 0 ? 2 : 1) - 1;
-    int column = 0;
-    int line = -1;
-    for (size_t i = range.First; i <= range.Last && !IsFull(copy); ++i) {
-        const Letter &letter = letters.Letters[i];
-        if (letter.Cell == noCell) continue;
-        if (letter.Line != line) {
-            if (line >= 0) {
-                PutTabs(copy, column, last);
-                Put(copy, "\n", 1);
-            }
-            line = letter.Line;
-            column = 0;
-        }
-        if (letter.Cell > column) {
-            PutTabs(copy, column, letter.Cell);
-            column = letter.Cell;
-        }
-        PutLetter(copy, letters, letter);
-    }
-    if (line < 0) return;
-    PutTabs(copy, column, last);
-    Put(copy, "\n", 1);
-}
-
-bool HasRow(const LetterList &letters, const Hit &range)
-{
-    for (size_t i = range.First; i <= range.Last; ++i) {
-        if (letters.Letters[i].Cell != noCell) return true;
-    }
-    return false;
-}
-
-void CopySelected(Copying &copy, const PageRequest &request, PageAnswer &answer)
-{
-    for (int64_t page = request.From.Page;
-         page > 0 && page <= request.To.Page && page <= shown.PageCount && !IsFull(copy); ++page) {
-        const LetterList &letters = LettersUnseen(page);
-        Hit range;
-        if (!SelectedOn(request, page, letters, range)) continue;
-        const bool isWithinLine = request.From.Page == request.To.Page &&
-                                  letters.Letters[range.First].Line == letters.Letters[range.Last].Line;
-        const bool hasRows = HasRow(letters, range);
-        if (hasRows && !isWithinLine) {
-            answer.HasRows = 1;
-            CopyRows(copy, letters, range);
-        } else if (isWithinLine || request.From.Page == request.To.Page) {
-            answer.HasRows = hasRows ? 1 : 0;
-            CopyTexts(copy, letters, range);
-        }
-    }
-}
-
-void PutHeadings(Copying &copy)
-{
-    const Definition &def = *shown.Def;
-    for (int i = 0; i < def.ColumnCount; ++i) {
-        const Column &column = def.Columns[i];
-        if (!IsShown(column)) continue;
-        char title[columnTitleSize];
-        ColumnTitle(column, title);
-        Put(copy, title, std::strlen(title));
-        if (i < def.ColumnCount - 1) PutTabs(copy, i, i + 1);
-    }
-    Put(copy, "\n", 1);
-}
-
-// All rows of the report under the headings of its columns, without a look at pages.
-void CopyReport(Copying &copy, PageAnswer &answer)
-{
-    const Definition &def = *shown.Def;
-    answer.HasRows = 1;
-    PutHeadings(copy);
-    uint64_t offset = shown.Of->First;
-    while (const ItemHeader *item = ItemAt(*shown.Of, offset)) {
-        if (item->Kind != Item::row) continue;
-        if (IsFull(copy)) return;
-        CellReader cells = CellsOf(*item, reinterpret_cast<const char *>(item + 1));
-        Cell cell;
-        int column = 0;
-        while (NextCell(cells, cell)) {
-            const int target = cell.Column == spanColumn ? 0 : cell.Column;
-            PutTabs(copy, column, target);
-            column = target;
-            char figure[amountSize];
-            if (cell.Kind == CellKind::text) {
-                Put(copy, cell.Text, cell.Length);
-            } else if (!IsBlank(def, item->Style, cell)) {
-                Put(copy, figure,
-                    cell.Kind == CellKind::number ? WriteNumber(cell.Number, Look::grouped, figure)
-                                                  : WriteHundredths(cell.Number, Look::grouped, figure));
-            }
-        }
-        PutTabs(copy, column, def.ColumnCount - 1);
-        Put(copy, "\n", 1);
-    }
-}
-
-int CopyText(const PageRequest &request, PageAnswer &answer)
-{
-    static Copying copy;
-    copy.File = memfd_create("rs-pages", MFD_CLOEXEC);
-    if (copy.File < 0) return -1;
-    copy.Length = 0;
-    copy.Used = 0;
-    copy.HasFailed = false;
-    if (request.IsAllSelected != 0) {
-        CopyReport(copy, answer);
-    } else {
-        CopySelected(copy, request, answer);
-    }
-    FlushCopy(copy);
-    answer.Length = copy.Length;
-    answer.IsCutShort = copy.Length >= maxCopied ? 1 : 0;
-    if (!copy.HasFailed) return copy.File;
-    close(copy.File);
-    return -1;
 }
 
 // ---- Requests ----

@@ -1,7 +1,7 @@
 #include "fuzz_reports.h"
 
 #include "report-engine/counting.h"
-#include "report-engine/forms.h"
+#include "report-engine/forms/forms.h"
 #include "report-engine/output.h"
 #include "report-engine/report.h"
 #include "report-engine/writer.h"
