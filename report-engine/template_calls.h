@@ -1,5 +1,4 @@
-// What the two halves of the template language share: declarations (template.cpp) and printing
-// (template_printing.cpp).
+// What the parts of the template language share: declarations, printing, running.
 #pragma once
 
 #include "report-engine/template.h"
@@ -26,5 +25,8 @@ int PrintData(lua_State *state);
 int PrintAbout(lua_State *state);
 int AmountAsText(lua_State *state);
 int TodayAsText(lua_State *state);
+
+// The one row of a report that has none, with the text of finish{empty = ...}.
+void PrintEmpty(lua_State *state, Report &report);
 
 } // namespace rs
