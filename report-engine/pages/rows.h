@@ -1,5 +1,5 @@
-// Texts, figures, rules and rows, drawn where they are told to stand. Glyphs and rules wait in batches, so that
-// many of a kind are drawn at once.
+// Texts, figures, rules and rows, drawn where they are told to stand. Glyphs and rules wait in batches, so
+// that many of a kind are drawn at once.
 #pragma once
 
 #include "report-engine/pages/drawing.h"
