@@ -251,10 +251,11 @@ public:
 
     [[nodiscard]] T &value() & { return *Get(); }
     [[nodiscard]] const T &value() const & { return *Get(); }
-    [[nodiscard]] T &&value() && { return std::move(*Get()); }
+    // By value, so that a range-for over `*books.Debitoren()` keeps it.
+    [[nodiscard]] T value() && { return std::move(*Get()); }
     [[nodiscard]] T &operator*() & { return *Get(); }
     [[nodiscard]] const T &operator*() const & { return *Get(); }
-    [[nodiscard]] T &&operator*() && { return std::move(*Get()); }
+    [[nodiscard]] T operator*() && { return std::move(*Get()); }
     [[nodiscard]] T *operator->() { return Get(); }
     [[nodiscard]] const T *operator->() const { return Get(); }
 

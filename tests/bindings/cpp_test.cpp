@@ -307,6 +307,12 @@ TEST_F(InBooks, RangesDeliverEveryRecordOnce)
         ADD_FAILURE() << "a second time: " << konto->Konto;
     }
     EXPECT_EQ(7u, ForeignDebitoren(books).size());
+    std::string first;
+    for (const auto &konto : *books.Kreditoren()) {
+        first = konto->Konto;
+        break;
+    }
+    EXPECT_EQ("70010", first);
     const Result<Betrag> sum = SumOfOpenItems(books, Kontoart::Kreditor);
     ASSERT_TRUE(sum);
     EXPECT_GT(*sum, Betrag());

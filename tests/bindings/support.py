@@ -6,6 +6,8 @@ import os
 import subprocess
 from pathlib import Path
 
+import pytest
+
 ROOT = Path(os.environ["VARK_SOURCE"])
 PROGRAMS = Path(os.environ["VARK_PROGRAMS"])  # where the build has put library and tools
 
@@ -32,9 +34,21 @@ def compile_cpp(source: Path, program: Path) -> None:
     )
 
 
-def run(*command: object, books: Path, library: Path = PROGRAMS) -> "subprocess.CompletedProcess[str]":
-    """Runs a program in the books whose ini files lie in `books`."""
-    environment = dict(os.environ, VARK_CONFIG_DIR=str(books), VARK_UI="headless", LD_LIBRARY_PATH=str(library))
+def run(
+    *command: object, books: Path, library: Path = PROGRAMS, nobody: bool = False
+) -> "subprocess.CompletedProcess[str]":
+    """Runs a program in the books whose ini files lie in `books`; `nobody`: as a user without rights."""
+    environment = dict(os.environ, VARK_CONFIG_DIR=str(books), VARK_UI="headless")
+    environment["LD_LIBRARY_PATH"] = str(library)
+    user = {"user": 65534, "group": 65534} if nobody and os.geteuid() == 0 else {}
     return subprocess.run(
-        [str(word) for word in command], env=environment, capture_output=True, text=True, timeout=120
+        [str(word) for word in command], env=environment, capture_output=True, text=True, timeout=120, **user
     )
+
+
+def need_nobody() -> None:
+    """Skips a test where a user without rights could not even read the library."""
+    library = PROGRAMS / "libvark40.so.4"
+    done = run("test", "-r", library, "-a", "-r", ROOT / "bindings", books=ROOT, nobody=True)
+    if done.returncode != 0:
+        pytest.skip("the tree is not readable by everybody")

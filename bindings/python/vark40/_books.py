@@ -462,6 +462,8 @@ class Buecher(OfThread):
             raise TypeError(f"zeit must be Zeitspanne, not {type(zeit).__name__}")
         params = ReportParams()
         if zeit is not None:
+            if zeit.bis is not None and zeit.von is None and not bericht.is_per_day:
+                raise BadValue("Dieser Bericht beginnt nicht mit dem Geschäftsjahr.", field="zeit")
             zeit.put(params)
         if art is not None:
             put_range(params, _kind(art, "art"), von, bis)

@@ -55,6 +55,11 @@ class Bericht(enum.Enum):
     KOSTENAUFTEILUNG = ("VARK_KostenAufteilung",)
 
     @property
+    def is_per_day(self) -> bool:
+        """Whether its period can be `Zeitspanne.per`."""
+        return self in (Bericht.SUMMEN_SALDEN_LISTE, Bericht.BILANZ, Bericht.GUV)
+
+    @property
     def counts_by_calendar(self) -> bool:
         """Whether quarters and years are those of the calendar."""
         return self in (
@@ -98,7 +103,7 @@ class Zeitspanne:
 
     @staticmethod
     def per(tag: datetime.date) -> Zeitspanne:
-        """From the beginning of the fiscal year to a day."""
+        """From the beginning of the fiscal year to a day; of Bilanz, GuV and list of sums alone."""
         values.day(tag, "tag")
         return Zeitspanne(Zeitraum.TAGE, 0, None, tag)
 

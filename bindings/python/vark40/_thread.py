@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import ctypes
+import os
 import threading
 from typing import Any, Optional
 
@@ -23,6 +24,15 @@ class ThreadState(threading.local):
 
 
 _state = ThreadState()
+
+
+def _begin_anew() -> None:
+    """In the child of a fork, where the library and its window system begin anew as well."""
+    _state.__init__()  # type: ignore[misc]
+
+
+if hasattr(os, "register_at_fork"):
+    os.register_at_fork(after_in_child=_begin_anew)
 
 
 def state() -> ThreadState:

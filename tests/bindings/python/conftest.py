@@ -17,14 +17,10 @@ from typing import Any, Iterator, Optional
 
 import pytest
 
-PROGRAMS = Path(os.environ["VARK_PROGRAMS"])  # where the build has put library and tools
-NOBODY = 65534
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
-
-def make_books(directory: Path) -> None:
-    subprocess.run(
-        [PROGRAMS / "books", "beispiel", directory, "--ersetzen"], check=True, stdout=subprocess.DEVNULL
-    )
+import support  # noqa: E402
+from support import PROGRAMS, make_books  # noqa: E402
 
 
 @pytest.fixture(scope="session", autouse=True)
@@ -61,13 +57,9 @@ def stapel(number: int) -> list[Any]:
 
 def run(script: str, config: Path, *, nobody: bool = False, library: Optional[str] = None) -> str:
     """What a program of its own prints, on the installation whose ini files lie in `config`."""
-    environment = dict(os.environ, VARK_CONFIG_DIR=str(config), VARK_UI="headless")
-    if library is not None:
-        environment["VARK40_LIBRARY"] = library
-    is_root = os.geteuid() == 0
-    user = {"user": NOBODY, "group": NOBODY} if nobody and is_root else {}
-    done = subprocess.run(
-        [sys.executable, "-c", script], env=environment, capture_output=True, text=True, timeout=60, **user
-    )
+    if nobody:
+        support.need_nobody()
+    found = [] if library is None else [f"VARK40_LIBRARY={library}"]
+    done = support.run("env", *found, sys.executable, "-c", script, books=config, nobody=nobody)
     assert done.returncode == 0, done.stderr
     return done.stdout

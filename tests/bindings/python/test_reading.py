@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import csv
 import io
+import os
 import threading
 from datetime import date
 from decimal import Decimal
@@ -186,6 +187,27 @@ def test_every_thread_reads_with_books_of_its_own(buecher: Buecher) -> None:
     threads = [in_a_thread(numbers) for _ in range(3)]
     seen += [konto.konto for konto in konten]
     assert threads == [seen] * 3
+
+
+def test_the_child_of_a_fork_begins_anew(buecher: Buecher) -> None:
+    konten = buecher.debitoren()
+    next(konten)
+    reader, writer = os.pipe()
+    child = os.fork()
+    if child == 0:
+        said = "nothing"
+        try:
+            with Buecher(1) as own:
+                own.saldo("9999")
+        except VarkError as error:
+            said = str(error)
+        os.write(writer, said.encode("utf-8"))
+        os._exit(0)
+    os.close(writer)
+    with open(reader, "rb") as answer:
+        assert answer.read().decode("utf-8") == "konto: Die Kontonummer ist unzulässig! (-10)"
+    assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
+    assert next(konten).konto == "10020"
 
 
 def test_messages_reach_the_thread_that_caused_them(buecher: Buecher) -> None:

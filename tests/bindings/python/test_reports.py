@@ -49,6 +49,21 @@ def test_a_report_is_the_one_of_the_command_line(buecher: Buecher) -> None:
         assert bilanz.html().lstrip().lower().startswith(b"<!doctype html>")
 
 
+@pytest.mark.parametrize(
+    ("bericht", "name"),
+    [(Bericht.GUV, "guv"), (Bericht.BILANZ, "bilanz"), (Bericht.SUMMEN_SALDEN_LISTE, "susa")],
+)
+def test_a_report_per_a_day_begins_with_the_fiscal_year(bericht: Bericht, name: str) -> None:
+    # That of Mandant 2 begins in July.
+    with Buecher(2) as buecher, buecher.bericht(bericht, Zeitspanne.per(date(1998, 3, 31))) as ansicht:
+        assert ansicht.csv().decode("utf-8") == vark(
+            "bericht", name, "--mandant", "2", "--per", "31.3.98", "--csv"
+        )
+    with Buecher(1) as buecher, pytest.raises(BadValue) as caught:
+        buecher.bericht(Bericht.BUCHUNGSJOURNAL, Zeitspanne.per(date(1998, 3, 31)))
+    assert caught.value.field == "zeit"
+
+
 def test_rows_have_decimals_and_days(buecher: Buecher) -> None:
     with buecher.bericht(Bericht.OP_LISTE, art=Kontoart.DEBITOR) as liste:
         first = liste.zeilen()[0]

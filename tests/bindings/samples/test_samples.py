@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 import re
 import sys
+import tempfile
 from datetime import date
 from decimal import Decimal
 from pathlib import Path
@@ -14,7 +15,15 @@ import pytest
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
-from support import PROGRAMS, ROOT, compile_cpp, compile_pascal, make_books, run  # noqa: E402
+from support import (  # noqa: E402
+    PROGRAMS,
+    ROOT,
+    compile_cpp,
+    compile_pascal,
+    make_books,
+    need_nobody,
+    run,
+)
 
 
 def in_python(place: Path) -> list[object]:
@@ -75,6 +84,25 @@ def test_a_library_of_another_version_is_refused_by_the_loader(
     done = run(*program, books=tmp_path, library=tmp_path)
     assert done.returncode == 127
     assert "libvark40.so.4: cannot open shared object file" in done.stderr
+
+
+@pytest.mark.parametrize("build", [in_python, in_cpp, in_pascal])
+def test_books_that_one_may_not_enter_are_refused(build: Callable[[Path], list[object]]) -> None:
+    need_nobody()
+    with tempfile.TemporaryDirectory(prefix="vark-samples-") as directory:
+        place = Path(directory)
+        place.chmod(0o755)
+        make_books(place / "books")
+        program = build(place)
+        data = [path for path in (place / "books").iterdir() if path.is_dir()]
+        for path in data:
+            path.chmod(0o000)
+        refused = run(*program, books=place / "books", nobody=True)
+        assert (refused.returncode, refused.stdout) == (1, "")
+        assert "(-3)" in refused.stderr
+        for path in data:
+            path.chmod(0o755)
+        assert run(*program, books=place / "books").returncode == 0
 
 
 def blocks(page: str, language: str) -> list[str]:
