@@ -71,6 +71,8 @@ void WatchBounds(lua_State *state, lua_Debug * /*frame*/)
     void *context = nullptr;
     lua_getallocf(state, &context);
     auto &sandbox = *static_cast<Sandbox *>(context);
+    // The clock is a call into the system: most functions are done before they are looked at.
+    if (sandbox.InstructionsUsed == 0) sandbox.CpuTimeAtStart_ms = CpuTime_ms();
     sandbox.InstructionsUsed += hookInterval;
     if (sandbox.InstructionsUsed > sandbox.Limits.Instructions ||
         CpuTime_ms() - sandbox.CpuTimeAtStart_ms > sandbox.Limits.CpuTime_ms) {
@@ -388,7 +390,6 @@ bool RunProtected(Sandbox &sandbox, lua_CFunction body, void *argument, char *me
 {
     lua_State *state = sandbox.State;
     sandbox.InstructionsUsed = 0;
-    sandbox.CpuTimeAtStart_ms = CpuTime_ms();
     sandbox.RefusedBy = nullptr;
     lua_sethook(state, WatchBounds, LUA_MASKCOUNT, hookInterval);
     lua_pushcfunction(state, AddPosition);

@@ -31,6 +31,10 @@ size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
     size_t written = 0;
     const char *const end = bytes + length;
     while (bytes < end && written + 4 <= maxTextLength) {
+        if (*bytes >= ' ' && *bytes < 0x7F) { // nearly all of them
+            out[written++] = *bytes++;
+            continue;
+        }
         const char *const from = bytes;
         const char32_t character = text::NextCodePoint(bytes, end);
         if (character < ' ' || (character >= 0x7F && character < 0xA0)) {

@@ -3,6 +3,7 @@
 #include "report-engine/values.h"
 #include "text/windows1252.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace rs {
@@ -93,12 +94,12 @@ void PushTextField(lua_State *state, const char *field, size_t width)
     constexpr size_t most = 1024;
     char bytes[most + 1];
     char utf8[3 * most + 1];
-    const size_t length = strnlen(field, width < most ? width : most);
-    bool isPlain = true;
-    for (size_t i = 0; i < length; ++i) {
-        if (static_cast<unsigned char>(field[i]) >= 0x80) isPlain = false;
+    size_t length = 0;
+    unsigned all = 0;
+    for (const size_t end = width < most ? width : most; length < end && field[length] != 0; ++length) {
+        all |= static_cast<unsigned char>(field[length]);
     }
-    if (isPlain) {
+    if (all < 0x80) {
         lua_pushlstring(state, field, length);
         return;
     }
@@ -161,7 +162,10 @@ int RunRecord(lua_State *state)
     BeginPrinting(report, call.Kind, rule.Level, rule.Rows, rule.RowCount);
     if (code.Emit == 0) return 0;
     lua_rawgeti(state, LUA_REGISTRYINDEX, code.Emit);
-    lua_createtable(state, 0, code.FieldCount);
+    // A table that grows is built anew: there is room for what a row of data takes besides.
+    const int room =
+        rule.RowCount > 0 ? std::max<int>(code.FieldCount, report.Def.DataFieldCount) : code.FieldCount;
+    lua_createtable(state, 0, room);
     lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
     for (int i = 0; i < code.FieldCount; ++i) {
         lua_rawgeti(state, -1, i + 1);

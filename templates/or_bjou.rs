@@ -65,7 +65,7 @@ record(0, {
 
 local posting = nil   -- the head of the lines that come
 local isFirst = false -- the next line is the first of its posting
-local month = nil
+local day, month = nil, nil -- of the posting before
 
 -- A posting prints nothing of its own: it opens the group of its lines.
 record(1, {
@@ -79,7 +79,9 @@ record(1, {
     keep = true,
     emit = function(r)
         posting, isFirst = r, true
-        local ofDate = r.datum:sub(4)
+        if r.datum == day then return end
+        day = r.datum
+        local ofDate = day:sub(4)
         if ofDate ~= month then
             bookmark(ofDate)
             month = ofDate

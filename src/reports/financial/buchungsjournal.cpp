@@ -90,13 +90,20 @@ constexpr int controlByEntry = 1018;
 
 enum SplitKind : int32_t { SplitNone = 0, SplitMainHaben = 1, SplitMainSoll = 2 };
 
+struct KnownUser {
+    char Key[sizeof(BubeRecord::Benutzer)];
+    char Name[32]; // empty for an unknown one
+};
+
+constexpr int maxKnownUsers = 16; // as many people as enter postings at the same time
+
 struct Journal {
     const ReportRun *Run;
     ThreadContext *Context;
     bool HasUsers;
-    bool IsUserKnown; // one has been looked up, and the last one lies below
-    char UserKey[sizeof(BubeRecord::Benutzer)];
-    char UserName[32];
+    KnownUser Users[maxKnownUsers]; // those looked up last
+    int UserCount;
+    int OldestUser; // gives way to the next one once all are taken
 };
 
 Journal &JournalOf(const ReportRun &run) { return *static_cast<Journal *>(run.State); }
@@ -129,21 +136,29 @@ bool SendHeader(const Journal &journal)
     return AddReportRecord(run.Report, 0, &header);
 }
 
-// The name of the user who made a posting; empty for an unknown one. Postings of one user come one after
-// another, so the last one found is kept.
-bool FindUser(Journal &journal, const BubeRecord &record)
+// The user who made a posting. A few people enter all of them, so the last ones found are kept. Null when the
+// read failed.
+const KnownUser *FindUser(Journal &journal, const BubeRecord &record)
 {
-    if (journal.IsUserKnown && std::memcmp(journal.UserKey, record.Benutzer, sizeof journal.UserKey) == 0) {
-        return true;
+    for (int i = 0; i < journal.UserCount; ++i) {
+        const KnownUser &known = journal.Users[i];
+        if (std::memcmp(known.Key, record.Benutzer, sizeof known.Key) == 0) return &known;
     }
     UserRecord user;
     bool found = false;
     const KeyBuffer key = KeyOfText(record.Benutzer, sizeof record.Benutzer + 1);
-    if (!GetEqual(*journal.Context, &user, key, found, TableUser)) return false;
-    journal.IsUserKnown = true;
-    std::memcpy(journal.UserKey, record.Benutzer, sizeof journal.UserKey);
-    CopyText(journal.UserName, found ? user.Name : "");
-    return true;
+    if (!GetEqual(*journal.Context, &user, key, found, TableUser)) return nullptr;
+    int place = journal.UserCount;
+    if (place < maxKnownUsers) {
+        ++journal.UserCount;
+    } else {
+        place = journal.OldestUser;
+        journal.OldestUser = (place + 1) % maxKnownUsers;
+    }
+    KnownUser &known = journal.Users[place];
+    std::memcpy(known.Key, record.Benutzer, sizeof known.Key);
+    CopyText(known.Name, found ? user.Name : "");
+    return &known;
 }
 
 bool SendHead(Journal &journal, const BubeRecord &record)
@@ -159,8 +174,9 @@ bool SendHead(Journal &journal, const BubeRecord &record)
     if (head.Split == SplitMainHaben) StripNumber(head.Hauptkonto, record.Habenkonto);
     if (head.Split == SplitMainSoll) StripNumber(head.Hauptkonto, record.Sollkonto);
     if (journal.HasUsers) {
-        if (!FindUser(journal, record)) return false;
-        CopyText(head.Benutzer, journal.UserName);
+        const KnownUser *user = FindUser(journal, record);
+        if (user == nullptr) return false;
+        CopyText(head.Benutzer, user->Name);
     }
     return AddReportRecord(journal.Run->Report, 1, &head);
 }
