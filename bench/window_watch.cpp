@@ -116,10 +116,16 @@ std::vector<unsigned long> MiddleOf(const Watched &watched)
 
 void Press(const Watched &watched, const std::string &key)
 {
-    const KeyCode code = XKeysymToKeycode(watched.Screen, XStringToKeysym(key.c_str()));
+    const std::string held = "Alt+";
+    const bool isHeld = key.starts_with(held);
+    const std::string name = isHeld ? key.substr(held.size()) : key;
+    const KeyCode code = XKeysymToKeycode(watched.Screen, XStringToKeysym(name.c_str()));
+    const KeyCode alt = XKeysymToKeycode(watched.Screen, XStringToKeysym("Alt_L"));
     if (code == 0) GiveUp(watched, "no such key");
+    if (isHeld) XTestFakeKeyEvent(watched.Screen, alt, True, CurrentTime);
     XTestFakeKeyEvent(watched.Screen, code, True, CurrentTime);
     XTestFakeKeyEvent(watched.Screen, code, False, CurrentTime);
+    if (isHeld) XTestFakeKeyEvent(watched.Screen, alt, False, CurrentTime);
     XFlush(watched.Screen);
 }
 

@@ -27,6 +27,7 @@ void WaitUntilDrawn(Watched &watched);
 // The pixels of the middle of the window.
 std::vector<unsigned long> MiddleOf(const Watched &watched);
 
+// A key by its name, "Alt+" before it where that one is held.
 void Press(const Watched &watched, const std::string &key);
 
 // Waits until the program has ended by itself and well.

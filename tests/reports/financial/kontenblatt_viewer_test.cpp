@@ -13,6 +13,7 @@
 #include "tests/support/books.h"
 #include "tests/support/engine_faults.h"
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -267,6 +268,30 @@ TEST_F(SheetWindow, WalksThroughTheAccounts)
     EXPECT_TRUE(Says("Konto 1000"));
     EXPECT_FALSE(IsEnabled(previousAccount));
     EXPECT_TRUE(Says("Mai 1998"));
+}
+
+TEST_F(SheetWindow, KeepsSizeZoomAndPlaceFromSheetToSheet)
+{
+    constexpr int zoomList = 106;
+    constexpr LRESULT chosen = 4;
+    Open();
+    SetWindowPos(frame, nullptr, 40, 30, 700, 520, SWP_NOZORDER);
+    SendDlgItemMessageA(View(), zoomList, CB_SETCURSEL, chosen, 0);
+    SendMessageA(View(), WM_COMMAND, MAKELONG(zoomList, CBN_SELCHANGE), 0);
+    RECT framePlace{};
+    GetWindowRect(frame, &framePlace);
+    const RECT viewPlace = PlaceOf(View());
+    for (const int button : {nextAccount, nextMonth, previousAccount, previousMonth}) {
+        HWND earlier = View();
+        Press(button);
+        ASSERT_FALSE(IsWindow(earlier)) << "there is a new sheet";
+        RECT place{};
+        GetWindowRect(frame, &place);
+        EXPECT_EQ(0, std::memcmp(&framePlace, &place, sizeof place)) << button;
+        place = PlaceOf(View());
+        EXPECT_EQ(0, std::memcmp(&viewPlace, &place, sizeof place)) << button;
+        EXPECT_EQ(chosen, SendDlgItemMessageA(View(), zoomList, CB_GETCURSEL, 0, 0)) << button;
+    }
 }
 
 TEST_F(SheetWindow, HasNoAccountsToWalkThroughForARange)
