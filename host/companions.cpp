@@ -74,11 +74,20 @@ bool OwnDirectory(char *out, size_t size)
 
 bool FindBeside(const char *name, char (&path)[PATH_MAX])
 {
+    // Seen from where this code lies; behind the first are those of an installation.
+    static constexpr const char *places[] = {".", HOST_PARTS_FROM_LIBRARY, HOST_HELPERS_FROM_PARTS,
+                                             HOST_HELPERS_FROM_PROGRAMS, HOST_PARTS_FROM_HELPERS};
+    char own[PATH_MAX];
     char directory[PATH_MAX];
-    char beside[PATH_MAX];
-    if (OwnDirectory(directory, sizeof directory))
-        return Join(directory, name, beside) && IsTrusted(beside, path);
-    errno = ENOENT;
+    char candidate[PATH_MAX];
+    int error = ENOENT;
+    const bool knowsOwn = OwnDirectory(own, sizeof own);
+    for (const char *place : places) {
+        if (!knowsOwn || !Join(own, place, directory) || !Join(directory, name, candidate)) continue;
+        if (IsTrusted(candidate, path)) return true;
+        if (errno == EPERM) error = EPERM;
+    }
+    errno = error;
     return false;
 }
 

@@ -1,5 +1,6 @@
 // What lies beside the part of the library in which this code is linked: the other parts, which are loaded,
-// and the programs that it runs.
+// and the programs that it runs. Installed, the parts have a directory of their own below the library's, and
+// the programs one among those that nobody calls by hand; both are known by the way there.
 //
 // Whoever can write a file that is loaded or run can be the person whose process it is. So one rule holds for
 // every library and every program: the file and each directory above it, up to the root, belong to the
@@ -20,7 +21,8 @@ bool IsTrusted(const char *path, char (&real)[PATH_MAX]);
 // followed. False when the loader does not tell, or it does not fit.
 bool OwnDirectory(char *out, size_t size);
 
-// The path of the trusted file `name` beside this part; errno as IsTrusted sets it.
+// The path of the trusted file `name` beside this part, or where an installation has it; what is not trusted
+// is passed over. errno is EPERM where there was one, else ENOENT.
 bool FindBeside(const char *name, char (&path)[PATH_MAX]);
 
 // Loads a trusted library, bound at once and with symbols of its own; null when it is missing, not trusted or

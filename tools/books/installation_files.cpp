@@ -99,7 +99,10 @@ void WriteIniFiles(const fs::path &place, const fs::path &target)
 
 bool CopyTemplates(const fs::path &target)
 {
-    const fs::path templates = fs::read_symlink("/proc/self/exe").parent_path() / "templates";
+    // Beside the program, or where an installation has them.
+    const fs::path own = fs::read_symlink("/proc/self/exe").parent_path();
+    fs::path templates = own / "templates";
+    if (!fs::is_directory(templates)) templates = own / BOOKS_TEMPLATES_FROM_PROGRAMS;
     if (!fs::is_directory(templates)) return false;
     for (const fs::directory_entry &file : fs::directory_iterator(templates)) {
         fs::copy_file(file.path(), target / file.path().filename());
