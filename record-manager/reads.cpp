@@ -156,6 +156,14 @@ void SetPhysical(const Call &call, const Found &found)
     handle->Version = VersionOf(found.Stored);
 }
 
+// A transaction that has changed something is the only writer of its directory, so what it reads there stays
+// as it is without a lock, for which it would wait until nobody else has a record of the file locked.
+int16_t LockForReading(Handle *handle, const LockRequest &request)
+{
+    return handle->In->Home->Pending != nullptr ? static_cast<int16_t>(BtrStatusOk)
+                                                : LockWholeFile(handle, request);
+}
+
 const LockRequest &RequestOf(const Call &call)
 {
     const Client &client = *call.Caller;
@@ -216,7 +224,7 @@ int16_t ReadByKey(const Call &call)
     }
     if (call.Key == nullptr || call.KeyLength < key->Length) return BtrStatusKeyBufferShort;
     const LockRequest &request = RequestOf(call);
-    int16_t status = LockWholeFile(handle, request);
+    int16_t status = LockForReading(handle, request);
     if (status != BtrStatusOk) return status;
 
     Search search;
@@ -243,7 +251,7 @@ int16_t ReadByStep(const Call &call)
 {
     Handle *handle = call.On;
     const LockRequest &request = RequestOf(call);
-    int16_t status = LockWholeFile(handle, request);
+    int16_t status = LockForReading(handle, request);
     if (status != BtrStatusOk) return status;
 
     Search search;
@@ -300,7 +308,7 @@ int16_t ReadDirect(const Call &call)
     }
     if (DataSize(call) < 4) return BtrStatusDataBufferShort;
     const LockRequest &request = RequestOf(call);
-    int16_t status = LockWholeFile(handle, request);
+    int16_t status = LockForReading(handle, request);
     if (status != BtrStatusOk) return status;
 
     const uint32_t record = RecordFromPosition(call.Data);

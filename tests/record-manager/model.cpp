@@ -192,6 +192,14 @@ int16_t Model::TakeWhole(size_t client, uint8_t block)
     return BtrStatusOk;
 }
 
+// Who has changed something in a directory is the only writer there, and reads without a lock.
+int16_t Model::TakeToRead(size_t client, uint8_t block)
+{
+    const auto pending = Pending.find(DirectoryOf(Clients[client].Handles[block].File));
+    const bool isWriter = pending != Pending.end() && pending->second.first == client;
+    return isWriter ? int16_t{BtrStatusOk} : TakeWhole(client, block);
+}
+
 void Model::Take(size_t client, uint8_t block, unsigned bias, uint64_t record)
 {
     ModelClient &who = Clients[client];
@@ -456,7 +464,7 @@ Answer Model::ReadKeyed(size_t client, const Request &request, unsigned operatio
     if (relative && handle.Key == -1) return Unchanged(request, BtrStatusNoPosition);
     if (relative && handle.Key != number) return Unchanged(request, BtrStatusKeyNumberChanged);
     if (request.KeyLength < LengthOf(by)) return Unchanged(request, BtrStatusKeyBufferShort);
-    const int16_t whole = TakeWhole(client, request.Block);
+    const int16_t whole = TakeToRead(client, request.Block);
     if (whole != BtrStatusOk) return Unchanged(request, whole);
     if ((LocksOne(bias) && !handle.Multiple.empty()) || (Locks(bias) && !LocksOne(bias) && handle.Single)) {
         return Unchanged(request, BtrStatusBadLockType);
@@ -513,7 +521,7 @@ Answer Model::ReadKeyed(size_t client, const Request &request, unsigned operatio
 Answer Model::ReadStep(size_t client, const Request &request, unsigned operation, unsigned bias)
 {
     ModelHandle &handle = Clients[client].Handles[request.Block];
-    const int16_t whole = TakeWhole(client, request.Block);
+    const int16_t whole = TakeToRead(client, request.Block);
     if (whole != BtrStatusOk) return Unchanged(request, whole);
     if ((LocksOne(bias) && !handle.Multiple.empty()) || (Locks(bias) && !LocksOne(bias) && handle.Single)) {
         return Unchanged(request, BtrStatusBadLockType);
@@ -550,7 +558,7 @@ Answer Model::ReadDirect(size_t client, const Request &request, unsigned bias)
         }
     }
     if (request.Length < 4) return Unchanged(request, BtrStatusDataBufferShort);
-    const int16_t whole = TakeWhole(client, request.Block);
+    const int16_t whole = TakeToRead(client, request.Block);
     if (whole != BtrStatusOk) return Unchanged(request, whole);
     if ((LocksOne(bias) && !handle.Multiple.empty()) || (Locks(bias) && !LocksOne(bias) && handle.Single)) {
         return Unchanged(request, BtrStatusBadLockType);

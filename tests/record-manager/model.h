@@ -140,6 +140,7 @@ private:
     bool Holds(size_t client, const std::string &path, uint64_t record) const;
     bool HoldsAny(size_t client, const std::string &path) const;
     int16_t TakeWhole(size_t client, uint8_t block);
+    int16_t TakeToRead(size_t client, uint8_t block);
     int16_t TestLock(size_t client, const std::string &path, uint64_t record) const;
     int16_t EnterChange(size_t client, uint8_t block, uint64_t record);
     void LeaveChange(size_t client, const std::string &path, uint64_t record);
