@@ -51,7 +51,7 @@ bool ReadZahlungsziel(ThreadContext &context, const AccountNumber &konto, uint8_
 bool HoldPostingTables(HeldTables &held)
 {
     for (const TableId table :
-         {TableKred, TableDebi, TableSako, TableBat, TableSplit, TableSteke, TableKobu}) {
+         {TableKred, TableDebi, TableSako, TableBat, TableSplit, TableSteke, TableKobu, TableStapel}) {
         if (!Hold(held, table)) return false;
         if (!Holds(held.Context.OpenCounts[table] > 0)) return false;
     }
@@ -80,13 +80,14 @@ bool CalendarDigits(ThreadContext &context, const char *date, char (&out)[7])
     return true;
 }
 
-int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &date)
+int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &date, uint32_t &stapelPosition)
 {
     bool found = false;
     if (!Exists(context, KeyOfNumber(stapel), found, TableStapel)) return engineFailure;
     // The key of numbers that the engine gives out counts by its absolute value: -16 would find Stapel 16.
     if (!found || stapel < 0)
         return Report(context, Message::ExistiertNicht, stapelUnknown, "Stapel", noPart);
+    if (!CurrentPosition(context, stapelPosition, TableStapel)) return engineFailure;
     if (ParseDateText(context, date, sizeof date, false) != DateGood) {
         return Report(context, Message::BuchungsdatumUnzulaessig, dateRefused, nullptr, noPart);
     }

@@ -33,7 +33,8 @@ template <typename Eingabe> void TakeTexts(const Eingabe &from, TeilbuchungEinga
 bool CalendarDigits(ThreadContext &context, const char *date, char (&out)[7]);
 
 // Checks Stapel and date, turns `date` into a PackedDate and moves the thread to the date's year.
-int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &date);
+// `stapelPosition` is where the Stapel's record lies.
+int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &date, uint32_t &stapelPosition);
 
 // Checks the accounts, reads their records, and brings the amounts into their fixed forms.
 int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, int32_t partIndex);

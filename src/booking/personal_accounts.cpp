@@ -196,6 +196,98 @@ void FillRecord(const ThreadContext &context, PekoWork &work, bool isDebitor)
     CopyText(record.Bankkonto, eingabe.Bankkonto);
 }
 
+// ---- Writing ----
+//
+// Other clients may have written since the checks. A transaction is the only writer from its first change on,
+// so the account is written and everything that was checked looked at again before it ends. A concurrent one:
+// an exclusive one would wait until nobody has any account open for changes.
+
+// Holds what the second look reads, since reads inside a transaction leave the count of a table higher.
+bool BeginWriting(HeldTables &held, const PekoEingabe &eingabe)
+{
+    Holds(held.Context.TransactionDepth == 0);
+    if (eingabe.Zahlungsziel != 0 && !Hold(held, TableZahlziel)) return false;
+    return Transaction(held.Context, TransactionAction::BeginConcurrent);
+}
+
+// The second look at what others may have made meanwhile: 1, -31, -32, -3. The account itself is there.
+int32_t CheckStillUnique(ThreadContext &context, const PekoWork &work, TableId own)
+{
+    Holds(context.TransactionDepth > 0);
+    for (const TableId table : {TableSako, TableKred, TableDebi}) {
+        bool found = false;
+        if (table == own) continue;
+        if (!Exists(context, KeyOf(work.Konto), found, table)) return engineFailure;
+        if (found) return kontoExists;
+        if (!Exists(context, KeyOf(work.Kuerzel), found, KeyCode(table, 1))) return engineFailure;
+        if (found) return kuerzelExists;
+    }
+    // The oldest of a Kürzel comes first, and nobody has written since.
+    PersonalRecord oldest{};
+    bool found = false;
+    if (!GetEqual(context, &oldest, KeyOf(work.Kuerzel), found, KeyCode(own, 1))) return engineFailure;
+    Holds(found);
+    return SameText(oldest.Konto, work.Record.Konto) ? 1 : kuerzelExists;
+}
+
+// The second look at what a new or changed account names: 1, -15, -27, -3.
+int32_t CheckStillNamed(ThreadContext &context, const PekoEingabe &eingabe)
+{
+    Holds(context.TransactionDepth > 0);
+    bool found = true;
+    if (eingabe.Gegenkonto[0] != 0 && !StillExists(context, KeyOf(eingabe.Gegenkonto), found, TableSako))
+        return engineFailure;
+    if (!found) return gegenkontoRefused;
+    const KeyBuffer ziel = KeyOfNumber(eingabe.Zahlungsziel);
+    if (eingabe.Zahlungsziel != 0 && !StillExists(context, ziel, found, TableZahlziel)) return engineFailure;
+    return found ? 1 : VARK_FEHLER_ZAHLUNGSZIEL;
+}
+
+// Ends or aborts the transaction by the result of the second look, and tells what no longer held.
+int32_t EndWriting(ThreadContext &context, int32_t result)
+{
+    Holds(result <= 1);
+    const auto action = result == 1 ? TransactionAction::End : TransactionAction::Abort;
+    const bool isOver = Transaction(context, action);
+    Holds(context.TransactionDepth == 0);
+    if (result == 1) return isOver ? 1 : engineFailure;
+    switch (result) {
+    case kontoExists: return Report(context, Message::ExistiertBereits, result, "Konto", noPart);
+    case kuerzelExists: return Report(context, Message::ExistiertBereits, result, "Kürzel"_w, noPart);
+    case gegenkontoRefused:
+        return Report(context, Message::Unzulaessig, result, "Das Gegenkonto ist", noPart);
+    case VARK_FEHLER_ZAHLUNGSZIEL:
+        return Report(context, Message::Unzulaessig, result, "Das Zahlungsziel ist", noPart);
+    default: return result;
+    }
+}
+
+int32_t WriteNew(ThreadContext &context, PekoWork &work, TableId table)
+{
+    HeldTables held(context);
+    if (!BeginWriting(held, work.Eingabe)) return engineFailure;
+    bool exists = false;
+    int32_t result = engineFailure;
+    if (InsertUnlessThere(context, &work.Record, exists, table)) {
+        result = exists ? kontoExists : CheckStillUnique(context, work, table);
+        if (result == 1) result = CheckStillNamed(context, work.Eingabe);
+    }
+    return EndWriting(context, result);
+}
+
+int32_t WriteChanged(ThreadContext &context, PekoWork &work)
+{
+    Holds(work.IsLocked);
+    HeldTables held(context);
+    if (!BeginWriting(held, work.Eingabe)) return engineFailure;
+    int32_t result = engineFailure;
+    if (Update(context, &work.Record, work.Position)) {
+        work.IsLocked = false;
+        result = CheckStillNamed(context, work.Eingabe);
+    }
+    return EndWriting(context, result);
+}
+
 int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &work)
 {
     InitPersonalRecord(work.Record);
@@ -215,10 +307,7 @@ int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &wo
     result = CheckFields(context, work.Eingabe, isDebitor);
     if (result != 1) return result;
     FillRecord(context, work, isDebitor);
-    if (aktion == AktionNeu) return Insert(context, &work.Record, table) ? 1 : engineFailure;
-    if (!Update(context, &work.Record, work.Position)) return engineFailure;
-    work.IsLocked = false;
-    return 1;
+    return aktion == AktionNeu ? WriteNew(context, work, table) : WriteChanged(context, work);
 }
 
 bool HoldAccountTables(HeldTables &held)

@@ -2,6 +2,7 @@
 
 #include "src/booking/checks.h"
 #include "src/booking/costs.h"
+#include "src/booking/promises.h"
 #include "src/booking/tax.h"
 #include "src/booking/written_posting.h"
 #include "src/frame/beliefs.h"
@@ -28,11 +29,12 @@ int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, Teilbu
                    Buchung &buchung)
 {
     BatRecord &bat = buchung.Bat;
+    Promises promises{};
     PackedDate date;
     CopyText(date, eingabe.Datum);
     TakeTexts(eingabe, work.Eingabe);
 
-    int32_t result = CheckPostingHead(context, eingabe.Stapel, date);
+    int32_t result = CheckPostingHead(context, eingabe.Stapel, date, promises.StapelPosition);
     if (result != 1) return result;
     result = CheckAccountsAndAmounts(context, work, noPart);
     if (result != 1) return result;
@@ -69,7 +71,8 @@ int32_t PostSingle(ThreadContext &context, const BuchungEingabe &eingabe, Teilbu
     Holds(IsWholeAmount(bat.Teil.Brutto));
     Holds(IsWholeAmount(bat.Teil.Netto));
     Holds(BuchungHolds(buchung));
-    return WriteBuchung(context, buchung, 0) ? 1 : engineFailure;
+    promises.Zahlungsziel = eingabe.Zahlungsziel;
+    return WriteBuchung(context, buchung, 0, &promises) ? 1 : ReportUnwritten(context, promises);
 }
 
 } // namespace

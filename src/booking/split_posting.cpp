@@ -2,6 +2,7 @@
 
 #include "src/booking/checks.h"
 #include "src/booking/costs.h"
+#include "src/booking/promises.h"
 #include "src/booking/tax.h"
 #include "src/booking/written_posting.h"
 #include "src/frame/beliefs.h"
@@ -93,9 +94,11 @@ int32_t PostPart(ThreadContext &context, TeilbuchungWork &work, Buchung &buchung
 int32_t PostSplit(ThreadContext &context, const SplitEingabe &eingabe, Buchung &buchung)
 {
     BatRecord &bat = buchung.Bat;
+    Promises promises{};
+    promises.IsSplit = true;
     PackedDate date;
     CopyText(date, eingabe.Datum);
-    int32_t result = CheckPostingHead(context, eingabe.Stapel, date);
+    int32_t result = CheckPostingHead(context, eingabe.Stapel, date, promises.StapelPosition);
     if (result != 1) return result;
     const bool isTooMany = eingabe.Anzahl > inlineParts && context.SplitViaEnde == 0;
     if (eingabe.Anzahl < 1 || isTooMany)
@@ -125,7 +128,8 @@ int32_t PostSplit(ThreadContext &context, const SplitEingabe &eingabe, Buchung &
     Holds(bat.Anzahl == eingabe.Anzahl);
     Holds(bat.Anzahl < 2 || bat.Splitseite != SplitseiteKeine);
     if (eingabe.Zahlungsziel != 0) bat.Zahlungsziel = eingabe.Zahlungsziel;
-    return WriteBuchung(context, buchung, 0) ? 1 : engineFailure;
+    promises.Zahlungsziel = eingabe.Zahlungsziel;
+    return WriteBuchung(context, buchung, 0, &promises) ? 1 : ReportUnwritten(context, promises);
 }
 
 // Ends the split posting in progress: drops it, or posts what has been collected.

@@ -1,6 +1,8 @@
 #include "src/booking/written_posting.h"
 
+#include "src/booking/promises.h"
 #include "src/frame/beliefs.h"
+#include "src/frame/held_tables.h"
 #include "src/frame/record_store.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
@@ -102,16 +104,25 @@ bool StoreTeilbuchung(Buchung &buchung, Teilbuchung &teil, int32_t index, int32_
     return Holds(index <= buchung.WeiterePlaetze);
 }
 
-bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number)
+bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number, Promises *promises)
 {
     if (!BuchungHolds(buchung) || !Holds(buchung.Bat.Anzahl > 0) || !Holds(number >= 0)) return false;
+    HeldTables held(context);
+    if (promises != nullptr && !HoldPromised(held, buchung, *promises)) return false;
     if (!Transaction(context, TransactionAction::Begin)) return false;
     // Cost lines lie in a table that follows the working year, while the posting itself lies in the last
     // postable one; a posting stays in one directory.
     const bool inOtherYear = YearNumber(context.WorkYear) != YearNumber(context.MandantYear);
     const TableKeyCode kobu = inOtherYear ? SlotFree30 : TableKobu;
     bool written = !inOtherYear || OpenTable(context, TableKobu, context.MandantYear, SlotFree30);
+    // Accounts of another year lie in a directory where this transaction changes nothing. There it is their
+    // being read that locks them, which may take its time; later the others would have to wait for it.
+    if (promises != nullptr && inOtherYear)
+        written = written && AccountsStillExist(context, buchung, *promises);
     written = written && InsertRecords(context, buchung, number, kobu);
+    if (promises != nullptr && !inOtherYear)
+        written = written && AccountsStillExist(context, buchung, *promises);
+    if (promises != nullptr) written = written && ReferencesStillExist(context, buchung, *promises);
     if (inOtherYear) CloseTable(context, SlotFree30);
     if (!written) {
         // Also where the table did not open: a transaction left open would swallow the thread's next

@@ -32,10 +32,14 @@ bool BuchungHolds(const Buchung &buchung);
 // memory: `teil` still owns its lines then.
 bool StoreTeilbuchung(Buchung &buchung, Teilbuchung &teil, int32_t index, int32_t expected);
 
+struct Promises;
+
 // Writes bat, split and kobu records as one transaction and sets the numbers that the engine gave out.
-// `number` is the Buchungsnummer to insert with, 0 for the next one. False when anything failed, which has
-// been shown; nothing is written then and no transaction is open. The posting stays the caller's to free.
-bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number);
+// `number` is the Buchungsnummer to insert with, 0 for the next one. What the checks have found is looked at
+// again inside; with null nothing is. False when anything failed, which has been shown, or when something no
+// longer held, which is then told in `promises`; nothing is written then and no transaction is open. The
+// posting stays the caller's to free.
+bool WriteBuchung(ThreadContext &context, Buchung &buchung, int32_t number, Promises *promises = nullptr);
 
 // Releases what the posting owns and empties it; an empty one is fine.
 void FreeBuchung(Buchung &buchung);

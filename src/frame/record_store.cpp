@@ -4,12 +4,16 @@
 #include "src/frame/installation.h"
 #include "src/frame/messages.h"
 #include "src/platform/platform.h"
+#include "text/fixed_text.h"
 
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 namespace vark {
+
+using text::CopyText;
 
 std::atomic<uint32_t> RecordLengthTable[slotCount];
 
@@ -36,13 +40,17 @@ enum EngineOperation : uint16_t {
     engineGetPosition = 22,
     engineGetDirect = 23,
     engineUnlock = 27,
+    engineBeginConcurrent = 1019,
 };
 
 constexpr int16_t statusOk = 0;
 constexpr int16_t statusKeyNotFound = 4;
+constexpr int16_t statusDuplicateKey = 5;
 constexpr int16_t statusEndOfFile = 9;
 constexpr int16_t statusNotReady = 20;
 constexpr int16_t statusFileNotFound = 12;
+constexpr int16_t statusRecordLocked = 84;
+constexpr int16_t statusFileLocked = 85;
 
 constexpr uint16_t lockSingleNoWait = 200;
 constexpr size_t longestKey = 255;     // what the engine may write back into a key
@@ -53,11 +61,13 @@ constexpr size_t longestRecord = 1398; // mahntext
 //   1  no table has fewer than no users
 //   2  tables are held open exactly while a transaction runs
 //   3  a lock is asked for without waiting, or not at all
+//   4  a report is held back only while a transaction runs
 bool StoreHolds(const ThreadContext &context, int slot)
 {
     return Holds(slot >= 0 && slot < slotCount) && Holds(context.OpenCounts[slot] >= 0) &&
            Holds(context.TransactionDepth >= 0) &&
            Holds((context.HoldOpen != 0) == (context.TransactionDepth > 0)) &&
+           Holds(context.HeldReportCount == 0 || context.TransactionDepth > 0) &&
            Holds(context.LockBias == 0 || context.LockBias == lockSingleNoWait);
 }
 
@@ -110,10 +120,39 @@ uint16_t TakeLockBias(ThreadContext &context)
     return bias;
 }
 
-void ReportBiased(int16_t status)
+void ShowReport(const HeldReport &report)
 {
-    if (!ReportLocked(status)) ReportStatus(status, nullptr);
+    Holds(report.Path[sizeof report.Path - 1] == 0);
+    if (report.IsInUse && ReportLocked(report.Status)) return;
+    ReportStatus(report.Status, report.Path[0] != 0 ? report.Path : nullptr);
 }
+
+// Everybody else who writes waits for an open transaction, and a box waits for a person. So what comes up
+// inside is shown when the transaction is over.
+void Tell(ThreadContext &context, int16_t status, const char *path = nullptr, bool isInUse = false)
+{
+    Holds(status != statusOk);
+    Holds(context.HeldReportCount >= 0);
+    HeldReport report{status, isInUse, {}};
+    if (path != nullptr) CopyText(report.Path, sizeof report.Path, path, sizeof report.Path);
+    if (context.TransactionDepth == 0) {
+        ShowReport(report);
+    } else if (context.HeldReportCount < static_cast<int32_t>(std::size(context.HeldReports))) {
+        context.HeldReports[context.HeldReportCount++] = report;
+    }
+}
+
+void ShowHeldReports(ThreadContext &context)
+{
+    Holds(context.TransactionDepth == 0);
+    const int32_t count = context.HeldReportCount;
+    context.HeldReportCount = 0;
+    for (int32_t i = 0; i < count; ++i) {
+        ShowReport(context.HeldReports[i]);
+    }
+}
+
+void TellBiased(ThreadContext &context, int16_t status) { Tell(context, status, nullptr, true); }
 
 bool OpenIfClosed(ThreadContext &context, TableKeyCode code)
 {
@@ -129,7 +168,7 @@ bool ReadFound(ThreadContext &context, uint16_t operation, void *data, bool &fou
     const int16_t status = CallSlot(context, operation, data, SlotOf(code), KeyNumberOf(code));
     found = status == statusOk;
     if (found || status == statusEndOfFile) return StoreHolds(context, SlotOf(code));
-    ReportStatus(status, nullptr);
+    Tell(context, status);
     return false;
 }
 
@@ -149,7 +188,7 @@ bool ReadBiased(ThreadContext &context, uint16_t operation, void *data, TableKey
     Holds(context.LockBias == 0);
     const int16_t status = CallSlot(context, biased, data, SlotOf(code), KeyNumberOf(code));
     if (status == statusOk) return StoreHolds(context, SlotOf(code));
-    if (status != statusEndOfFile) ReportBiased(status);
+    if (status != statusEndOfFile) TellBiased(context, status);
     return false;
 }
 
@@ -157,8 +196,29 @@ bool ReadBiased(ThreadContext &context, uint16_t operation, void *data, TableKey
 bool CallAndReport(ThreadContext &context, uint16_t operation, void *data, int slot, int8_t keyNumber)
 {
     const int16_t status = CallSlot(context, operation, data, slot, keyNumber);
-    if (status != statusOk) ReportStatus(status, nullptr);
+    if (status != statusOk) Tell(context, status);
     return status == statusOk;
+}
+
+// Reads a record by its key for no more than whether it is there.
+// `isLocked` tells of what somebody else has locked; null where that is a failure.
+bool LookFor(ThreadContext &context, const KeyBuffer &key, bool &found, bool *isLocked, TableKeyCode code)
+{
+    found = false;
+    if (!OpenTable(context, code)) return false;
+    const int slot = SlotOf(code);
+    context.KeyBuffers[slot] = key;
+    char scratch[longestRecord];
+    const int16_t status = CallSlot(context, engineGetEqual, scratch, slot, KeyNumberOf(code));
+    found = status == statusOk;
+    bool read = found || status == statusKeyNotFound;
+    if (isLocked != nullptr) {
+        *isLocked = status == statusRecordLocked || status == statusFileLocked;
+        read = read || *isLocked;
+    }
+    if (!read) Tell(context, status);
+    CloseTable(context, slot);
+    return read && StoreHolds(context, slot);
 }
 
 // The directory and file of a table; false when it does not fit.
@@ -232,7 +292,7 @@ bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName, 
         if (status != statusOk) {
             char shown[sizeof path];
             PathForMessage(path, shown, sizeof shown);
-            ReportStatus(status, shown);
+            Tell(context, status, shown);
             CloseTable(context, table);
             return false;
         }
@@ -277,24 +337,30 @@ bool GetEqual(ThreadContext &context, void *data, const KeyBuffer &key, bool &fo
     const int16_t status = CallSlot(context, biased, data, slot, KeyNumberOf(code));
     found = status == statusOk;
     const bool read = found || status == statusKeyNotFound;
-    if (!read) ReportBiased(status);
+    if (!read) TellBiased(context, status);
     CloseTable(context, slot);
     return read && StoreHolds(context, slot) && Holds(context.LockBias == 0);
 }
 
 bool Exists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code)
 {
-    found = false;
+    return LookFor(context, key, found, nullptr, code);
+}
+
+bool StillExists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code,
+                 uint32_t position)
+{
     if (!OpenTable(context, code)) return false;
-    const int slot = SlotOf(code);
-    context.KeyBuffers[slot] = key;
-    char scratch[longestRecord];
-    const int16_t status = CallSlot(context, engineGetEqual, scratch, slot, KeyNumberOf(code));
-    found = status == statusOk;
-    const bool read = found || status == statusKeyNotFound;
-    if (!read) ReportStatus(status, nullptr);
-    CloseTable(context, slot);
-    return read && StoreHolds(context, slot);
+    bool isLocked = false;
+    bool read = LookFor(context, key, found, &isLocked, code);
+    uint32_t now = 0;
+    if (read && found && position != 0) {
+        read = CurrentPosition(context, now, code);
+        found = now == position;
+    }
+    found = found || isLocked;
+    CloseTable(context, SlotOf(code));
+    return read;
 }
 
 bool GetFirst(ThreadContext &context, void *data, TableKeyCode code)
@@ -354,7 +420,7 @@ bool GetLast(ThreadContext &context, void *data, bool &found, TableKeyCode code)
     const int16_t status = CallSlot(context, biased, data, SlotOf(code), KeyNumberOf(code));
     found = status == statusOk;
     if (found || status == statusEndOfFile) return StoreHolds(context, SlotOf(code));
-    ReportBiased(status);
+    TellBiased(context, status);
     return false;
 }
 
@@ -366,6 +432,19 @@ bool Insert(ThreadContext &context, void *data, TableKeyCode code)
     CloseTable(context, SlotOf(code));
     StoreHolds(context, SlotOf(code));
     return true;
+}
+
+bool InsertUnlessThere(ThreadContext &context, void *data, bool &exists, TableKeyCode code)
+{
+    exists = false;
+    if (HasBrokenBelief(context) || !OpenTable(context, code)) return false;
+    const int slot = SlotOf(code);
+    const int16_t status = CallSlot(context, engineInsert, data, slot, 0);
+    exists = status == statusDuplicateKey;
+    const bool done = status == statusOk || exists;
+    if (!done) Tell(context, status);
+    CloseTable(context, slot);
+    return done && StoreHolds(context, slot);
 }
 
 bool Update(ThreadContext &context, void *data, TableKeyCode code)
@@ -402,8 +481,21 @@ bool RereadCurrent(ThreadContext &context, TableKeyCode code)
         CallEngine(engineGetPosition, context.PositionBlocks[slot], scratch, &positionLength, key.Bytes, 0);
     // The direct read takes the position from the head of the same buffer.
     if (status == statusOk) status = CallSlot(context, engineGetDirect, scratch, slot, KeyNumberOf(code));
-    if (status != statusOk) ReportStatus(status, nullptr);
+    if (status != statusOk) Tell(context, status);
     return status == statusOk && StoreHolds(context, slot);
+}
+
+bool CurrentPosition(ThreadContext &context, uint32_t &position, TableKeyCode code)
+{
+    const int slot = SlotOf(code);
+    if (context.OpenCounts[slot] == 0) return false;
+    position = 0;
+    uint32_t length = sizeof position;
+    EngineKey key(context.KeyBuffers[slot]);
+    const int16_t status =
+        CallEngine(engineGetPosition, context.PositionBlocks[slot], &position, &length, key.Bytes, 0);
+    if (status != statusOk) Tell(context, status);
+    return status == statusOk && Holds(position != 0) && Holds(length == sizeof position);
 }
 
 int32_t RecordCount(ThreadContext &context, TableKeyCode code)
@@ -415,7 +507,7 @@ int32_t RecordCount(ThreadContext &context, TableKeyCode code)
     EngineKey key(KeyBuffer{});
     const int16_t status =
         CallEngine(engineStat, context.PositionBlocks[slot], answer, &length, key.Bytes, 0);
-    if (status != statusOk) ReportStatus(status, nullptr);
+    if (status != statusOk) Tell(context, status);
     CloseTable(context, slot);
     if (status != statusOk || !StoreHolds(context, slot)) return -1;
     int32_t count;
@@ -435,12 +527,15 @@ bool Transaction(ThreadContext &context, TransactionAction action)
     int16_t status = statusOk;
     StoreHolds(context, 0);
     // Nothing that was reckoned with a broken belief reaches the books.
-    if (HasBrokenBelief(context) && action == TransactionAction::Begin) return false;
+    const bool begins = action == TransactionAction::Begin || action == TransactionAction::BeginConcurrent;
+    if (HasBrokenBelief(context) && begins) return false;
+    const uint16_t begin = action == TransactionAction::Begin ? engineBegin : engineBeginConcurrent;
     const bool mustUndo = HasBrokenBelief(context) && action == TransactionAction::End;
     if (mustUndo) action = TransactionAction::Abort;
     switch (action) {
     case TransactionAction::Begin:
-        if (context.TransactionDepth == 0) status = call(engineBegin);
+    case TransactionAction::BeginConcurrent:
+        if (context.TransactionDepth == 0) status = call(begin);
         if (status == statusOk) ++context.TransactionDepth;
         break;
     case TransactionAction::End:
@@ -455,11 +550,12 @@ bool Transaction(ThreadContext &context, TransactionAction action)
         break;
     }
     if (status != statusOk) {
-        ReportStatus(status, nullptr);
         call(engineAbort);
         context.TransactionDepth = 0;
     }
     context.HoldOpen = context.TransactionDepth > 0 ? 1 : 0;
+    if (context.TransactionDepth == 0) ShowHeldReports(context);
+    if (status != statusOk) Tell(context, status);
     StoreHolds(context, 0);
     return status == statusOk && !mustUndo;
 }

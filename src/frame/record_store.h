@@ -4,6 +4,7 @@
 // Every operation takes a TableKeyCode: key number * 31 + TableId (src/model/tables.h). `data` must be as
 // long as the table's record. The result is true for success; a false has been shown to the user, except
 // where the end of the file or a closed table is its reason. `found` tells a missing record from a failure.
+// Nothing is shown while a transaction is open: what there is to show comes when it is over.
 #pragma once
 
 #include "src/frame/thread_context.h"
@@ -43,6 +44,10 @@ void CloseAllTables(ThreadContext &context);
 bool GetEqual(ThreadContext &context, void *data, const KeyBuffer &key, bool &found,
               TableKeyCode code); // biased
 bool Exists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code);
+// The same for a second look inside a transaction: what somebody else has locked counts as found, and nothing
+// is shown of the lock. With a `position` of CurrentPosition only the record that lay there does.
+bool StillExists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code,
+                 uint32_t position = 0);
 bool GetFirst(ThreadContext &context, void *data, TableKeyCode code); // biased
 bool GetFirstF(ThreadContext &context, void *data, bool &found, TableKeyCode code);
 bool GetNext(ThreadContext &context, void *data, TableKeyCode code); // biased
@@ -55,9 +60,14 @@ bool GetGreaterF(ThreadContext &context, void *data, const KeyBuffer &key, bool 
 bool GetLessF(ThreadContext &context, void *data, const KeyBuffer &key, bool &found, TableKeyCode code);
 bool GetLast(ThreadContext &context, void *data, bool &found, TableKeyCode code); // biased
 
+// Where the record last read from an open table lies; none other does, not even after its deletion. Never 0.
+bool CurrentPosition(ThreadContext &context, uint32_t &position, TableKeyCode code);
+
 // Writes. Insert opens the table and closes it after; when it fails the count it took stays up. Update and
 // Delete act on the record last read and give false, silently, on a closed table.
 bool Insert(ThreadContext &context, void *data, TableKeyCode code);
+// The same, without a word where the value of a key exists already: true with `exists`, nothing is written.
+bool InsertUnlessThere(ThreadContext &context, void *data, bool &exists, TableKeyCode code);
 bool Update(ThreadContext &context, void *data, TableKeyCode code);
 bool Delete(ThreadContext &context, TableKeyCode code);
 
@@ -71,11 +81,14 @@ bool RereadCurrent(ThreadContext &context, TableKeyCode code);
 // Number of records, -1 if the table cannot be opened or asked.
 int32_t RecordCount(ThreadContext &context, TableKeyCode code);
 
-enum class TransactionAction { Begin = 1, End = 2, Abort = 4 };
+enum class TransactionAction { Begin = 1, End = 2, Abort = 4, BeginConcurrent = 8 };
 
-// Nested transactions of the thread; only the outermost reaches the engine. A refusal is shown, aborts and
-// ends all levels. False for every refusal, also where the abort after it succeeds: a caller that took an
-// undone End for a success would report a posting that is not there.
+// Nested transactions of the thread; only the outermost reaches the engine. Inside of one that was begun with
+// Begin the first use of a file locks all of it, with BeginConcurrent each change locks its record. From its
+// first change on a transaction is the only writer of the directory, so what a check has found before is
+// looked at again behind one. A refusal aborts, ends all levels and is shown. False for every refusal, also
+// where the abort after it succeeds: a caller that took an undone End for a success would report a posting
+// that is not there.
 bool Transaction(ThreadContext &context, TransactionAction action);
 
 // Keys as the tables hold them.

@@ -21,6 +21,13 @@ struct KeyBuffer {
     char Bytes[41];
 };
 
+// What the record manager answered while a transaction was open, to be shown when it is over.
+struct HeldReport {
+    int16_t Status;
+    bool IsInUse;   // shown as message 1420
+    char Path[256]; // of the table that did not open, else empty
+};
+
 // The head of a heap block that goes with its thread unless it is freed before.
 struct ThreadBlock {
     ThreadBlock *Next;
@@ -57,7 +64,9 @@ struct ThreadContext {
     char PathOverride[260]; // directory of every table while PathOverrideOn
     uint16_t LockBias;      // added to the next biased read, then cleared
     int16_t TransactionDepth;
-    int32_t HoldOpen; // no table is closed while a transaction runs
+    int32_t HoldOpen;          // no table is closed while a transaction runs
+    HeldReport HeldReports[4]; // what comes behind the first ones follows from them
+    int32_t HeldReportCount;
     PositionBlock PositionBlocks[slotCount];
     KeyBuffer KeyBuffers[slotCount]; // last key sent
     int32_t OpenCounts[slotCount];

@@ -237,9 +237,8 @@ Clash FindClash(ThreadContext &context, const KurseRecord &rate)
     return other.Durchschnitt != 0 && rate.Durchschnitt != 0 ? Clash::SameMonth : Clash::SameDay;
 }
 
-bool RefuseClash(ThreadContext &context, const KurseRecord &rate)
+bool RefuseClash(Clash clash)
 {
-    const Clash clash = FindClash(context, rate);
     if (clash == Clash::SameDay) ShowMessage(Message::KursExistiert, 0, nullptr, -1);
     if (clash == Clash::SameMonth) ShowMessage(Message::DurchschnittskursExistiert, 0, nullptr, -1);
     return clash != Clash::None;
@@ -259,16 +258,28 @@ bool ReadRate(HWND dialog, const RateDialog &state, KurseRecord &rate)
     CopyText(rate.Datum, date);
     ToSortDate(rate.Datum);
     rate.Durchschnitt = IsDlgButtonChecked(dialog, averageBox) == BST_CHECKED ? 1 : 0;
-    return ReadUnits(dialog, rate) && !RefuseClash(state.Context, rate) &&
+    return ReadUnits(dialog, rate) && !RefuseClash(FindClash(state.Context, rate)) &&
            ReadAmountField(dialog, kursField, rate.Kurs);
+}
+
+// Others may have entered rates since they were looked at. Reading them in a transaction locks them, so what
+// is found in it holds until the new one is written.
+bool WriteRate(ThreadContext &context, KurseRecord &rate)
+{
+    HeldTables held(context); // reads inside a transaction leave the count higher
+    if (!Hold(held, TableKurse) || !Transaction(context, TransactionAction::Begin)) return false;
+    const Clash clash = FindClash(context, rate);
+    if (clash == Clash::None && Insert(context, &rate, TableKurse))
+        return Transaction(context, TransactionAction::End);
+    Transaction(context, TransactionAction::Abort);
+    RefuseClash(clash);
+    return false;
 }
 
 void EnterRate(HWND dialog, RateDialog &state)
 {
     KurseRecord rate{};
-    if (!ReadRate(dialog, state, rate)) return;
-    HeldTables held(state.Context);
-    if (!Hold(held, TableKurse) || !Insert(state.Context, &rate, TableKurse)) return;
+    if (!ReadRate(dialog, state, rate) || !WriteRate(state.Context, rate)) return;
     if (SameText(rate.Waehrung, state.Provisional)) state.Provisional[0] = 0;
     if (AddRate(dialog, state, rate)) {
         const LRESULT rows = SendDlgItemMessageA(dialog, rateList, LB_GETCOUNT, 0, 0);

@@ -138,6 +138,43 @@ bool RefuseTakenName(const StapelEdit &edit, const StapelFields &fields)
 }
 
 // ---- New and changed ----
+//
+// The names in the list are those of the time when it was filled, and others may make Stapel meanwhile. So
+// the record is written, which makes the transaction the only writer, and then all names are looked at.
+
+// Whether another Stapel has the very name of `own`. False when the Stapel cannot be read.
+bool FindName(ThreadContext &context, const StapelRecord &own, bool &taken)
+{
+    StapelRecord other;
+    bool found = false;
+    taken = false;
+    if (!GetFirstF(context, &other, found, TableStapel)) return false;
+    while (found && !taken) {
+        taken = other.Nummer != own.Nummer && SameText(other.Name, own.Name);
+        if (!taken && !GetNextF(context, &other, found, TableStapel)) return false;
+    }
+    return true;
+}
+
+// Ends or aborts the transaction. Returns 0 or the number of the message to show: `failure`, or that another
+// Stapel has the name.
+int32_t EndUnlessTaken(ThreadContext &context, const StapelRecord &record, bool isWritten, int32_t failure)
+{
+    bool taken = false;
+    isWritten = isWritten && FindName(context, record, taken);
+    if (isWritten && !taken) return Transaction(context, TransactionAction::End) ? 0 : failure;
+    Transaction(context, TransactionAction::Abort);
+    return taken ? Message::StapelExistiert : failure;
+}
+
+int32_t WriteNew(ThreadContext &context, StapelRecord &record)
+{
+    HeldTables held(context); // reads inside a transaction leave the count higher
+    if (!Hold(held, TableStapel) || !Transaction(context, TransactionAction::BeginConcurrent))
+        return Message::StapelNichtAngelegt;
+    const bool isWritten = Insert(context, &record, TableStapel);
+    return EndUnlessTaken(context, record, isWritten, Message::StapelNichtAngelegt);
+}
 
 void InsertNew(HWND dialog, StapelEdit &edit)
 {
@@ -145,9 +182,8 @@ void InsertNew(HWND dialog, StapelEdit &edit)
     if (!ReadFields(dialog, fields) || RefuseTakenName(edit, fields)) return;
     StapelRecord record{}; // the engine gives it its number
     PutFields(fields, record);
-    HeldTables held(edit.Context);
-    if (!Hold(held, TableStapel) || !Insert(edit.Context, &record, TableStapel)) {
-        ShowMessage(Message::StapelNichtAngelegt, nameField, fields.Name, -1);
+    if (const int32_t failure = WriteNew(edit.Context, record); failure != 0) {
+        ShowMessage(failure, nameField, fields.Name, -1);
         return;
     }
     edit.Record = record;
@@ -163,23 +199,36 @@ bool LockStapel(const StapelEdit &edit, StapelRecord &record)
     return GetEqual(edit.Context, &record, KeyOfNumber(edit.Record.Nummer), found, TableStapel) && found;
 }
 
+int32_t WriteChanged(const StapelEdit &edit, const StapelFields &fields, StapelRecord &record)
+{
+    ThreadContext &context = edit.Context;
+    if (!LockStapel(edit, record)) return Message::StapelNichtAenderbar;
+    PutFields(fields, record);
+    HeldTables held(context);
+    if (!Hold(held, TableStapel) || !Transaction(context, TransactionAction::BeginConcurrent)) {
+        Unlock(context, TableStapel);
+        return Message::StapelNichtAenderbar;
+    }
+    const bool isWritten = Update(context, &record, TableStapel);
+    const int32_t failure = EndUnlessTaken(context, record, isWritten, Message::StapelNichtAenderbar);
+    if (!isWritten) Unlock(context, TableStapel);
+    return failure;
+}
+
 void SaveChanged(HWND dialog, StapelEdit &edit)
 {
     StapelFields fields{};
     if (!ReadFields(dialog, fields) || RefuseTakenName(edit, fields)) return;
-    char oldName[sizeof edit.Record.Name];
-    CopyText(oldName, edit.Record.Name);
     StapelRecord record;
-    if (!LockStapel(edit, record)) {
-        ShowMessage(Message::StapelNichtAenderbar, 0, oldName, -1);
-        return;
+    const int32_t failure = WriteChanged(edit, fields, record);
+    if (failure == Message::StapelNichtAenderbar) {
+        char oldName[sizeof edit.Record.Name];
+        CopyText(oldName, edit.Record.Name);
+        ShowMessage(failure, 0, oldName, -1);
+    } else if (failure != 0) {
+        ShowMessage(failure, nameField, fields.Name, -1);
     }
-    PutFields(fields, record);
-    if (!Update(edit.Context, &record, TableStapel)) {
-        Unlock(edit.Context, TableStapel);
-        ShowMessage(Message::StapelNichtAenderbar, 0, oldName, -1);
-        return;
-    }
+    if (failure != 0) return;
     edit.Record = record;
     edit.Result = StapelChange::Changed;
     EndDialog(dialog, IDOK);
@@ -255,21 +304,31 @@ bool DeletePostings(ThreadContext &context, int32_t stapel)
     return true;
 }
 
-// Deletes the Stapel with all its postings, or nothing. Returns 0 or the number of the message to show.
-int32_t DeleteWhole(ThreadContext &context, int32_t stapel)
+constexpr int32_t askAnew = -1; // the Stapel holds something else than the person was asked about
+
+// Returns as DeleteWhole, inside its transaction. Reading the postings keeps new ones out.
+int32_t DeleteAll(ThreadContext &context, const StapelRecord &asked, Contents contents)
+{
+    const Contents now = ContentsOf(context, asked.Nummer);
+    if (now == Contents::Empty && contents == Contents::Postings) return askAnew;
+    if (now == Contents::Postings && contents == Contents::Empty) return askAnew;
+    if (!DeletePostings(context, asked.Nummer)) return Message::NichtInitialisiert;
+    StapelRecord record;
+    bool found = false;
+    const bool read = GetEqual(context, &record, KeyOfNumber(asked.Nummer), found, TableStapel);
+    // The number of a Stapel that is gone may be another's by now.
+    if (!read || !found || !SameText(record.Name, asked.Name)) return Message::StapelNichtGeloescht;
+    return Delete(context, TableStapel) ? 0 : Message::StapelNichtGeloescht;
+}
+
+// Deletes the Stapel with all its postings, or nothing. Returns 0, the number of the message to show, or
+// askAnew.
+int32_t DeleteWhole(ThreadContext &context, const StapelRecord &asked, Contents contents)
 {
     HeldTables held(context); // reads inside a transaction leave the count higher
     if (!Hold(held, TableStapel) || !Transaction(context, TransactionAction::Begin))
         return Message::StapelNichtGeloescht;
-    int32_t failure = 0;
-    if (!DeletePostings(context, stapel)) {
-        failure = Message::NichtInitialisiert;
-    } else {
-        StapelRecord record;
-        bool found = false;
-        const bool read = GetEqual(context, &record, KeyOfNumber(stapel), found, TableStapel);
-        if (!read || !found || !Delete(context, TableStapel)) failure = Message::StapelNichtGeloescht;
-    }
+    const int32_t failure = DeleteAll(context, asked, contents);
     if (failure != 0) {
         Transaction(context, TransactionAction::Abort);
         return failure;
@@ -283,7 +342,8 @@ bool AskAndDelete(ThreadContext &context, const StapelRecord &record)
     char name[sizeof record.Name];
     CopyText(name, record.Name);
     Contents contents = ContentsOf(context, record.Nummer);
-    for (;;) {
+    int32_t failure = askAnew;
+    while (failure == askAnew) {
         if (contents == Contents::Unreadable) return false;
         if (contents == Contents::Settlements) {
             ShowMessage(Message::StapelHatAusgleichsbuchungen, 0, name, -1);
@@ -293,11 +353,12 @@ bool AskAndDelete(ThreadContext &context, const StapelRecord &record)
                                                     : Message::StapelMitBuchungenLoeschen,
                         0, name, -1) == 0)
             return false;
-        const Contents now = ContentsOf(context, record.Nummer);
-        if (now == contents) break;
-        contents = now;
+        const Contents answered = contents;
+        contents = ContentsOf(context, record.Nummer);
+        if (contents != answered) continue;
+        failure = DeleteWhole(context, record, contents);
+        if (failure == askAnew) contents = ContentsOf(context, record.Nummer);
     }
-    const int32_t failure = DeleteWhole(context, record.Nummer);
     if (failure != 0) ShowMessage(failure, 0, name, -1);
     return failure == 0;
 }

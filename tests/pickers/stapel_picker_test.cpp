@@ -933,8 +933,8 @@ TEST(StapelDeletion, ASettlementThatIsMetWhileDeletingKeepsEverything)
     EngineEntry = [](uint16_t operation, void *block, void *data, uint32_t *length, void *key,
                      uint8_t keyLength, int8_t keyNumber) {
         const int16_t status = realEngine(operation, block, data, length, key, keyLength, keyNumber);
-        // The first reads are those before and behind the question.
-        if (operation == 9 && keyNumber == 1 && ++stapelReads == 3) {
+        // The first reads are those before and behind the question, and one more inside the transaction.
+        if (operation == 9 && keyNumber == 1 && ++stapelReads == 4) {
             static_cast<BatRecord *>(data)->OpAusgleich = 1;
         }
         return status;

@@ -2,6 +2,9 @@
 
 #include "src/frame/lifecycle.h"
 
+#include <thread>
+#include <utility>
+
 namespace vark::test {
 
 namespace {
@@ -15,6 +18,7 @@ thread_local int16_t answer;
 thread_local int openFiles;
 thread_local bool inTransaction;
 thread_local uint16_t lastFailed;
+thread_local std::function<void()> meanwhile;
 
 enum Operation : uint16_t { Open = 0, Close = 1, Begin = 19, BeginConcurrent = 1019, End = 20, Abort = 21 };
 
@@ -37,7 +41,9 @@ int16_t Faulty(uint16_t operation, void *positionBlock, void *data, uint32_t *da
 {
     if (armed && (onlyOperation < 0 || onlyOperation == operation)) {
         ++counted;
-        if (counted == countdown) {
+        if (counted == countdown && meanwhile) {
+            std::thread(std::exchange(meanwhile, nullptr)).join();
+        } else if (counted == countdown) {
             lastFailed = operation;
             // A file that stays open with nobody knowing it would be this stand-in's fault.
             if (operation == Close) {
@@ -72,9 +78,16 @@ void FailEngineCall(int n, int16_t status) { Arm(-1, n, status); }
 
 void FailEngineOperation(uint16_t operation, int n, int16_t status) { Arm(operation, n, status); }
 
+void DoMeanwhile(uint16_t operation, int n, std::function<void()> action)
+{
+    Arm(operation, n, 0);
+    meanwhile = std::move(action);
+}
+
 int StopEngineFaults()
 {
     armed = false;
+    meanwhile = nullptr;
     return counted;
 }
 

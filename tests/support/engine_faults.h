@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 namespace vark::test {
 
@@ -11,6 +12,10 @@ void FailEngineCall(int n, int16_t status = 2);
 
 // As FailEngineCall, but only calls of `operation` count.
 void FailEngineOperation(uint16_t operation, int n, int16_t status);
+
+// Right before this thread's call number `n` (from 1) of `operation`, once, `action` is done by a thread of
+// its own, which is another client and has ended when the call goes on.
+void DoMeanwhile(uint16_t operation, int n, std::function<void()> action);
 
 // Ends it. Returns how many calls have been counted.
 int StopEngineFaults();
