@@ -47,7 +47,7 @@ bool HasKostenschablone(const Buchung &buchung)
 
 bool HoldPromised(HeldTables &held, const Buchung &buchung, const Promises &promises)
 {
-    if (!BuchungHolds(buchung)) return false;
+    if (!Holds(buchung.Bat.Anzahl > 0)) return false;
     Holds(held.Context.TransactionDepth == 0);
     if (promises.Zahlungsziel != 0 && !Hold(held, TableZahlziel)) return false;
     return !HasKostenschablone(buchung) || Hold(held, TableKoscha);
@@ -55,7 +55,7 @@ bool HoldPromised(HeldTables &held, const Buchung &buchung, const Promises &prom
 
 bool AccountsStillExist(ThreadContext &context, const Buchung &buchung, Promises &promises)
 {
-    if (!BuchungHolds(buchung) || !Holds(context.TransactionDepth > 0)) return false;
+    if (!Holds(buchung.Bat.Anzahl > 0) || !Holds(context.TransactionDepth > 0)) return false;
     for (int32_t i = 0; i < buchung.Bat.Anzahl; ++i) {
         const SplitRecord &image = ImageAt(buchung, i);
         bool found = false;

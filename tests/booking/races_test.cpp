@@ -1,7 +1,7 @@
 // What a check has found, and another client changes before the write. The other one comes between the two by
 // itself first, and then many times by chance.
 #include "include/vark40.h"
-#include "record-manager/btrcall.h"
+#include "record-manager/include/btrcall.h"
 #include "tests/booking/ledger.h"
 #include "tests/support/engine_faults.h"
 
