@@ -196,6 +196,8 @@ int16_t MakeTables(Environment *own)
 
 void FreeEnvironment(Environment *own)
 {
+    View *spare = own->Spare.exchange(nullptr);
+    if (spare != nullptr) FreeSnapshot(spare);
     if (own->Real != nullptr) mdb_env_close(own->Real);
     if (own->Marks != nullptr) munmap(own->Marks, own->MarkCount * sizeof *own->Marks);
     while (own->Writing.Free != nullptr) {

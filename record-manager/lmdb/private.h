@@ -103,6 +103,7 @@ struct Environment {
     unsigned Catalogue;
     std::atomic<uint32_t> *Marks; // by page: the sum it had when it was looked at, and `looked`; 0: never
     size_t MarkCount;
+    std::atomic<View *> Spare; // a snapshot that nobody uses: making one costs more than a short reading
 
     // Guarded by the gate.
     Writer Writing;
@@ -177,6 +178,8 @@ int16_t OpenTrees(MDB_txn *transaction, uint32_t number, size_t keys, unsigned *
 // Where the trees of a transaction's snapshot begin; `number` is the snapshot's. 2 when that is not told, or
 // no longer.
 int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *view);
+// As EndSnapshot, but nothing of it is kept for the next one.
+void FreeSnapshot(View *snapshot);
 
 // ---- statuses.cpp ----
 

@@ -77,12 +77,13 @@ int16_t Renew(Store *store, View *view)
 int16_t BeginSnapshot(Store *store, View **snapshot)
 {
     const bool made = *snapshot == nullptr;
-    if (made) *snapshot = static_cast<View *>(calloc(1, sizeof(View)));
+    if (made) *snapshot = store->Own->Spare.exchange(nullptr);
+    if (*snapshot == nullptr) *snapshot = static_cast<View *>(calloc(1, sizeof(View)));
     if (*snapshot == nullptr) return BtrStatusHandleTableFull;
     const int16_t status = Renew(store, *snapshot);
     (*snapshot)->Open = status == BtrStatusOk;
     if (status != BtrStatusOk && made) {
-        EndSnapshot(*snapshot);
+        FreeSnapshot(*snapshot);
         *snapshot = nullptr;
     }
     return status;
@@ -97,6 +98,16 @@ void ResetSnapshot(View *snapshot)
 bool IsOpen(const View &snapshot) { return snapshot.Open; }
 
 void EndSnapshot(View *snapshot)
+{
+    if (snapshot->Transaction != nullptr) {
+        if (snapshot->Open) ResetSnapshot(snapshot);
+        View *none = nullptr;
+        if (snapshot->Of->Own->Spare.compare_exchange_strong(none, snapshot)) return;
+    }
+    FreeSnapshot(snapshot);
+}
+
+void FreeSnapshot(View *snapshot)
 {
     if (snapshot->Transaction != nullptr) mdb_txn_abort(snapshot->Transaction);
     free(snapshot);

@@ -126,11 +126,7 @@ void EngineClient::BeginSnapshot()
     if (status != 0) throw EngineError("Lesen", status, {});
 }
 
-void EngineClient::EndSnapshot()
-{
-    const int status = Engine(Handle, BtrOpEndSnapshot);
-    if (status != 0) throw EngineError("Lesen", status, {});
-}
+void EngineClient::EndSnapshot() noexcept { Engine(Handle, BtrOpEndSnapshot); }
 
 TableFile::TableFile(const TableLayout &layout, const std::filesystem::path &directory, OpenMode mode,
                      EngineClient *client)
@@ -167,7 +163,10 @@ int TableFile::Call(uint16_t operation, void *record, int key)
 
 bool TableFile::Read(const char *name, uint16_t operation, void *record, int key)
 {
-    const int status = Call(operation, record, key);
+    uint32_t length = Layout.RecordLength;
+    int status = Engine(caller, operation, positionBlock, record, &length, keyBuffer, key);
+    // The buffer would hold what was in it before.
+    if (status == 0 && length < Layout.RecordLength) status = BtrStatusForeignFile;
     if (status == 0) return true;
     if (status == BtrStatusKeyNotFound || status == BtrStatusEndOfFile) return false;
     throw EngineError(name, status, Path);

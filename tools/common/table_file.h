@@ -36,9 +36,10 @@ struct EngineClient {
     EngineClient(const EngineClient &) = delete;
     EngineClient &operator=(const EngineClient &) = delete;
 
-    // Between these two every directory is seen as it stood when it was first used.
+    // Between these two every directory is seen as it stood when it was first used. An end too many does
+    // nothing.
     void BeginSnapshot();
-    void EndSnapshot();
+    void EndSnapshot() noexcept;
 
     BtrClient *Handle;
 };
