@@ -219,6 +219,12 @@ Command Kopie(Given &given)
     };
 }
 
+tools::Output OutputOf(const Given &given)
+{
+    if (given.IsJson) return tools::Output::Json;
+    return given.IsCsv ? tools::Output::Csv : tools::Output::Table;
+}
+
 Command Zeigen(Given &given)
 {
     ShowOptions &show = given.Show;
@@ -274,11 +280,48 @@ Command Zeigen(Given &given)
         .Notes = "Tage werden als TT.MM.JJJJ angegeben, die Teile eines Schlüssels mit Komma dazwischen.",
         .Run =
             [&given] {
-                given.Show.As = given.IsJson  ? tools::Output::Json
-                                : given.IsCsv ? tools::Output::Csv
-                                              : tools::Output::Table;
+                given.Show.As = OutputOf(given);
                 tools::EndWithAWordOnDamage();
                 return ShowTable(given.Show);
+            },
+    };
+}
+
+Command Sql(Given &given)
+{
+    SqlOptions &sql = given.Sql;
+    return {
+        .Name = "sql",
+        .Description = "Bücher in SQL befragen",
+        .Options =
+            {
+                Books(sql.Directory),
+                {.Name = "ANWEISUNG",
+                 .Help = "eine oder mehrere mit ; dazwischen; ohne sie aus der Eingabe",
+                 .To = &sql.Statement},
+                {.Name = "--csv", .Help = "Ausgabe als CSV", .To = &given.IsCsv},
+                {.Name = "--json",
+                 .Help = "Ausgabe für Programme",
+                 .To = &given.IsJson,
+                 .Excludes = {"--csv"}},
+            },
+        .Examples = {"books sql /tmp/beispiel \"SELECT * FROM salden WHERE Konto = '1840'\"",
+                     "books sql /tmp/beispiel \"SELECT Konto, betrag(sum(Betrag)) FROM offene_posten "
+                     "GROUP BY Konto\" --csv",
+                     "books sql /tmp/beispiel < fragen.sql"},
+        .Notes =
+            "Die Tabellen heißen wie in books aufbau: sako über alle Mandanten und Jahre, sako_1998 und\n"
+            "sako_19981 (Mandant 2) für ein Jahr; Mandant und Jahr sind Spalten. Dazu kommen die Sichten\n"
+            "buchungen, stapelbuchungen, salden, offene_posten und kosten. Ein Betrag steht in Pfennig da\n"
+            "und als Text (Soll_Text), ein Tag als 1998-04-15. betrag(…) schreibt Pfennig als 1.234,50.\n"
+            "Jede Anweisung sieht die Bücher, wie sie in einem Augenblick sind; geändert wird nichts.\n"
+            "An einem Terminal beginnt ohne ANWEISUNG die Shell von SQLite, wenn es sie gibt. Andere\n"
+            "Programme laden vark_sql.so und rufen buecher_oeffnen('VERZEICHNIS').",
+        .Run =
+            [&given] {
+                given.Sql.As = OutputOf(given);
+                tools::EndWithAWordOnDamage();
+                return AskBooks(given.Sql);
             },
     };
 }
@@ -322,7 +365,7 @@ tools::Tool DescribeBooks(Given &given)
                 .Name = "books",
                 .Description = "Bücher anlegen, prüfen, sichern, laden und ansehen",
                 .Commands = {Beispiel(given), Pruefen(given), Sichern(given), Laden(given), Kopie(given),
-                             Zeigen(given), Aufbau(given)},
+                             Zeigen(given), Sql(given), Aufbau(given)},
                 .Examples = {"books beispiel /tmp/beispiel"},
                 .Notes = "Jeder Befehl erklärt sich mit --hilfe, etwa: books laden --hilfe",
             },

@@ -7,6 +7,7 @@
 #include "tools/books/sample.h"
 #include "tools/books/save.h"
 #include "tools/books/show.h"
+#include "tools/books/sql.h"
 #include "tools/common/command_tree.h"
 
 #include <string>
@@ -21,6 +22,7 @@ struct Given {
     LoadOptions Load;
     CopyOptions Copy;
     ShowOptions Show;
+    SqlOptions Sql;
     std::string Described; // table
     bool IsCsv = false;
     bool IsJson = false;

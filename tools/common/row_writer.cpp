@@ -87,6 +87,26 @@ void RowWriter::PutNumber(int64_t number)
     }
 }
 
+void RowWriter::PutNull()
+{
+    if (as == Output::Json) {
+        PutRaw("null");
+    } else {
+        PutUtf8("");
+    }
+}
+
+void RowWriter::PutReal(std::string_view digits)
+{
+    // JSON has no infinity.
+    const bool isNumber = digits.find_first_not_of("0123456789+-.eE") == std::string_view::npos;
+    if (as == Output::Json && isNumber) {
+        PutRaw(digits);
+    } else {
+        PutUtf8(digits);
+    }
+}
+
 void RowWriter::PutFlag(bool isSet, const char *shown)
 {
     if (as == Output::Json) {

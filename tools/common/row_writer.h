@@ -31,6 +31,8 @@ struct RowWriter {
     void Put(const char *windows1252);
     void PutUtf8(std::string_view utf8);
     void PutNumber(int64_t number);
+    void PutNull(); // nothing, in JSON null
+    void PutReal(std::string_view digits);
     void PutFlag(bool isSet,
                  const char *shown); // in tables and CSV `shown` or nothing, in JSON true or false
     // An amount or rate as the library gives it; JSON gets a point for its comma.

@@ -32,7 +32,7 @@ void TextTable::Print(std::ostream &out) const
         for (const auto &row : Rows) {
             widths[column] = std::max(widths[column], tools::Columns(Cell(row, column)));
         }
-        if (widths[column] > 0)
+        if (widths[column] > 0 || KeepsEmpty)
             widths[column] = std::max(widths[column], tools::Columns(Columns[column].Heading));
     }
     const auto line = [&](const auto &textOf) {

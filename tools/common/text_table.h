@@ -18,11 +18,13 @@ struct Column {
 
 struct TextTable {
     std::vector<Column> Columns;
+    bool KeepsEmpty = false;                    // also prints a column without any text
     std::vector<std::vector<std::string>> Rows; // UTF-8; a shorter row leaves its last columns empty
 
     void Add(std::vector<std::string> row) { Rows.push_back(std::move(row)); }
 
-    // Headings, a rule, and the rows, two blanks between columns; a column without any text is left out.
+    // Headings, a rule, and the rows, two blanks between columns; a column without any text is left out,
+    // unless KeepsEmpty.
     void Print(std::ostream &out) const;
 
     // Semicolons, a line of headings, quotes where a value needs them.
