@@ -18,8 +18,8 @@ struct Column {
 
 struct TextTable {
     std::vector<Column> Columns;
-    bool KeepsEmpty = false;                    // also prints a column without any text
     std::vector<std::vector<std::string>> Rows; // UTF-8; a shorter row leaves its last columns empty
+    bool KeepsEmpty = false;                    // also prints a column without any text
 
     void Add(std::vector<std::string> row) { Rows.push_back(std::move(row)); }
 

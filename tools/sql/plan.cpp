@@ -148,20 +148,23 @@ int Plan(const Planned &table, sqlite3_index_info *info)
     std::vector<int> conditions;
     bool isOneYear = table.IsOneYear;
     if (!table.IsOneYear) {
-        const auto take = [&](int condition, Role role) {
+        constexpr int mandantColumn = 0;
+        constexpr int yearColumn = 1;
+        // Behind or before the year itself, where it is not to be read either.
+        const auto take = [&](int condition, Role role, Role strict) {
             if (condition < 0) return false;
-            roles += role;
+            const unsigned char op = info->aConstraint[condition].op;
+            const bool isStrict = op == SQLITE_INDEX_CONSTRAINT_GT || op == SQLITE_INDEX_CONSTRAINT_LT;
+            roles += isStrict ? strict : role;
             conditions.push_back(condition);
             return true;
         };
-        constexpr int mandantColumn = 0;
-        constexpr int yearColumn = 1;
-        const bool isMandant = take(FindEqual(info, mandantColumn), RoleMandant);
-        const bool isYear = take(FindEqual(info, yearColumn), RoleYear);
+        const bool isMandant = take(FindEqual(info, mandantColumn), RoleMandant, RoleMandant);
+        const bool isYear = take(FindEqual(info, yearColumn), RoleYear, RoleYear);
         bool isRange = false;
         if (!isYear) {
-            isRange = take(FindCondition(info, yearColumn, IsLower), RoleYearFrom);
-            isRange = take(FindCondition(info, yearColumn, IsUpper), RoleYearTo) || isRange;
+            isRange = take(FindCondition(info, yearColumn, IsLower), RoleYearFrom, RoleYearAfter);
+            isRange = take(FindCondition(info, yearColumn, IsUpper), RoleYearTo, RoleYearBefore) || isRange;
         }
         isOneYear = isMandant && isYear;
         rows *= isOneYear ? 1 : isMandant || isYear ? 3 : isRange ? 4 : yearsOfBooks;

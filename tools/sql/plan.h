@@ -16,7 +16,9 @@ enum Role : char {
     RoleMandant = 'm',
     RoleYear = 'j',
     RoleYearFrom = 'a',
+    RoleYearAfter = 'A',
     RoleYearTo = 'b',
+    RoleYearBefore = 'B',
     RoleEqual = 'e', // the next segment of the key
     RoleFrom = 'v',  // the segment behind those
     RoleTo = 'z',

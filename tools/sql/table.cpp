@@ -158,20 +158,20 @@ const Value *Argument(const Cursor &cursor, Role role)
     return at != std::string::npos ? &cursor.Values[at] : nullptr;
 }
 
-// Whether the number is equal to what was given; a text may be a number in words that SQLite knows.
-bool MayEqual(const Value *value, int number)
+// Whether a number may stand so to the argument of the role, if there is one. A text is left to SQLite, which
+// may see a number in it.
+bool MayFit(const Cursor &cursor, Role role, int number)
 {
+    const Value *value = Argument(cursor, role);
     if (value == nullptr || value->Type == SQLITE_TEXT || value->Type == SQLITE_BLOB) return true;
-    return value->Type != SQLITE_NULL && value->Integer == number;
-}
-
-bool MayLieIn(const Value *from, const Value *to, int number)
-{
-    const auto isNumber = [](const Value *value) {
-        return value != nullptr && (value->Type == SQLITE_INTEGER || value->Type == SQLITE_FLOAT);
-    };
-    if (isNumber(from) && number < from->Integer) return false;
-    return !isNumber(to) || number <= to->Integer;
+    if (value->Type == SQLITE_NULL) return false;
+    switch (role) {
+    case RoleYearFrom: return number >= value->Integer;
+    case RoleYearAfter: return number > value->Integer;
+    case RoleYearTo: return number <= value->Integer;
+    case RoleYearBefore: return number < value->Integer || (number == value->Integer && !value->IsWhole);
+    default: return number == value->Integer;
+    }
 }
 
 void FindPlaces(Cursor &cursor)
@@ -183,9 +183,10 @@ void FindPlaces(Cursor &cursor)
         return;
     }
     for (const YearPlace &place : table.Books->Years()) {
-        if (MayEqual(Argument(cursor, RoleMandant), place.Mandant) &&
-            MayEqual(Argument(cursor, RoleYear), place.Year) &&
-            MayLieIn(Argument(cursor, RoleYearFrom), Argument(cursor, RoleYearTo), place.Year)) {
+        const bool isMandant = MayFit(cursor, RoleMandant, place.Mandant);
+        const auto mayBe = [&](Role role) { return MayFit(cursor, role, place.Year); };
+        if (isMandant && mayBe(RoleYear) && mayBe(RoleYearFrom) && mayBe(RoleYearAfter) &&
+            mayBe(RoleYearTo) && mayBe(RoleYearBefore)) {
             cursor.Places.push_back(place);
         }
     }
