@@ -17,8 +17,8 @@ struct SqlOptions {
 // Answers each statement in turn. Without one, SQLite's own shell is started at a terminal where there is
 // one; else statements are read from standard input: of a terminal to its end, of a file to the first that
 // fails. Books are never changed. Returns the exit code: ExitRefused for a statement that would change
-// something, ExitUsage for one that SQLite does not understand, ExitFailure where it cannot be answered; why is
-// told on standard error. Throws where there are no books.
+// something, ExitUsage for one that SQLite does not understand, ExitFailure where it cannot be answered; the
+// reason is told on standard error. Throws where there are no books.
 int AskBooks(const SqlOptions &options);
 
 } // namespace books

@@ -1,4 +1,4 @@
-// Conditions are pushed down to the keys: a lookup reads what it needs, and no condition changes what is found.
+// Conditions are pushed down to the keys: a lookup reads what it needs, and none changes what is found.
 #include "tests/tools/sql/connection.h"
 #include "tools/common/layout.h"
 

@@ -137,7 +137,7 @@ void AddDamagedRate(const fs::path &directory)
 {
     TableFile rates(LayoutOf(TableKurse), directory, OpenMode::Normal);
     KurseRecord record{};
-    std::memcpy(record.Waehrung, "XXX", 3);
+    std::memcpy(record.Waehrung, "QQQ", 3);
     std::memcpy(record.Datum, "181399", 6);
     std::memcpy(record.Kurs, "00000x001,80", 12);
     rates.Insert(&record);
@@ -153,8 +153,8 @@ TEST_F(SqlValues, ADamagedAmountEndsASumAndIsShownAsText)
     SqlConnection sql(Books);
     EXPECT_EQ("In Kurs steht kein Betrag; was noch, zeigt: books pruefen",
               sql.Refusal("SELECT sum(Kurs) FROM kurse_1998"));
-    EXPECT_EQ((SqlRow{"XXX", "181399", "00000x001,80"}),
-              sql.Rows("SELECT Waehrung, Datum, Kurs_Text FROM kurse_1998 WHERE Waehrung = 'XXX'")[0]);
+    EXPECT_EQ((SqlRow{"QQQ", "181399", "00000x001,80"}),
+              sql.Rows("SELECT Waehrung, Datum, Kurs_Text FROM kurse_1998 WHERE Waehrung = 'QQQ'")[0]);
 }
 
 TEST_F(SqlValues, ARecordKeepsItsRowid)
