@@ -27,7 +27,8 @@ bool Pending(const ClientStore *store)
 int16_t TouchFile(ClientFile *file)
 {
     if (file->Touched) return BtrStatusOk;
-    const int16_t status = ReadCounters(ViewOf(file->Home->Pending), *file->Of, &file->Now);
+    const int16_t status =
+        file->Of->Do->ReadCounters(file->Of->Do->ViewOf(file->Home->Pending), *file->Of, &file->Now);
     if (status != BtrStatusOk) return status;
     file->FirstSequence = file->Now.Sequence;
     file->FirstRecord = file->Now.LastRecord;
@@ -49,12 +50,13 @@ int16_t EnterWriter(Change *change, unsigned wait_ms)
     ClientStore *store = change->Store;
     if (store->Pending != nullptr) return store->Broken;
     const bool exclusive = store->Owner->Transaction == TransactionKind::Exclusive;
-    int16_t status = EnterGate(store->Books->WriteGate, wait_ms, exclusive);
+    const StoreFunctions &functions = *store->Books->Do;
+    int16_t status = functions.EnterGate(store->Books, wait_ms, exclusive);
     if (status != BtrStatusOk) return status;
-    status = BeginWriter(store->Books, &store->Pending);
+    status = functions.BeginWriter(store->Books, &store->Pending);
     if (status != BtrStatusOk) {
         store->Pending = nullptr;
-        LeaveGate(store->Books->WriteGate);
+        functions.LeaveGate(store->Books);
         return status;
     }
     store->Broken = BtrStatusOk;
@@ -147,8 +149,12 @@ Cursor *IndexCursor(Change *change, const Key &key, int16_t *status)
     return cursor;
 }
 
+const StoreFunctions &Functions(const Change &change) { return *change.In->Of->Do; }
+
+View *PendingView(const Change &change) { return Functions(change).ViewOf(change.Store->Pending); }
+
 // Whether another entry of the group lies at the given side of the entry.
-int16_t HasNeighbour(View *view, Cursor *cursor, const Key &key, Bytes entry, Side side, bool *has)
+int16_t HasNeighbour(const Change &change, Cursor *cursor, const Key &key, Bytes entry, Side side, bool *has)
 {
     uint8_t bound[maxEntryKey + 1];
     memcpy(bound, entry.Data, entry.Size);
@@ -156,7 +162,8 @@ int16_t HasNeighbour(View *view, Cursor *cursor, const Key &key, Bytes entry, Si
     Bytes found;
     Bytes ignored;
     const size_t size = side == Side::AtOrAfter ? entry.Size + 1 : entry.Size;
-    const int16_t status = Seek(view, cursor, {bound, size}, side, &found, &ignored);
+    const int16_t status =
+        Functions(change).Seek(PendingView(change), cursor, {bound, size}, side, &found, &ignored);
     *has = status == BtrStatusOk && BeginsWith(found, entry.Data, key.Length);
     return status == BtrStatusEndOfFile ? static_cast<int16_t>(BtrStatusOk) : status;
 }
@@ -169,21 +176,20 @@ int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t
     const size_t size = EntryKeyOf(definition, key, record, RunningOf(key, number, sequence), entry);
     int16_t status = BtrStatusOk;
     Cursor *cursor = IndexCursor(change, key, &status);
-    if (status == BtrStatusOk) status = Add(cursor, {entry, size}, KeyOfRecord(number));
+    if (status == BtrStatusOk) status = Functions(*change).Add(cursor, {entry, size}, KeyOfRecord(number));
     if (status == BtrStatusDuplicateKey) return status;
     bool first = true;
-    if (status == BtrStatusOk && key.Duplicates) {
+    if (status == BtrStatusOk && key.Duplicates && Functions(*change).CountGroups == nullptr) {
         // The running number is the highest of all, so another of the group would lie just before; a record
         // number need not be.
         Bytes before;
         Bytes ignored;
-        status = SeekPrevious(ViewOf(change->Store->Pending), cursor, &before, &ignored);
+        status = Functions(*change).SeekPrevious(PendingView(*change), cursor, &before, &ignored);
         first = status != BtrStatusOk || !BeginsWith(before, entry, key.Length);
         if (status == BtrStatusEndOfFile) status = BtrStatusOk;
         if (status == BtrStatusOk && first && key.Repeating) {
             bool after = false;
-            status = HasNeighbour(ViewOf(change->Store->Pending), cursor, key, {entry, size}, Side::AtOrAfter,
-                                  &after);
+            status = HasNeighbour(*change, cursor, key, {entry, size}, Side::AtOrAfter, &after);
             first = !after;
         }
     }
@@ -203,14 +209,13 @@ int16_t RemoveEntry(Change *change, const Key &key, const uint8_t *entry)
     bool after = false;
     int16_t status = BtrStatusOk;
     Cursor *cursor = IndexCursor(change, key, &status);
-    if (status == BtrStatusOk && key.Duplicates) {
-        status = HasNeighbour(ViewOf(change->Store->Pending), cursor, key, whole, Side::Before, &before);
+    if (status == BtrStatusOk && key.Duplicates && Functions(*change).CountGroups == nullptr) {
+        status = HasNeighbour(*change, cursor, key, whole, Side::Before, &before);
         if (status == BtrStatusOk && !before)
-            status =
-                HasNeighbour(ViewOf(change->Store->Pending), cursor, key, whole, Side::AtOrAfter, &after);
+            status = HasNeighbour(*change, cursor, key, whole, Side::AtOrAfter, &after);
     }
     if (status == BtrStatusOk)
-        status = Remove(change->Store->Pending, *change->In->Of, IndexTree(index), whole);
+        status = Functions(*change).Remove(change->Store->Pending, *change->In->Of, IndexTree(index), whole);
     if (status != BtrStatusOk) {
         change->Damaged = true;
         return status == BtrStatusKeyNotFound ? static_cast<int16_t>(BtrStatusForeignFile) : status;
@@ -232,8 +237,8 @@ int16_t AssignNumbers(Change *change, uint8_t *record, bool *assigned)
         int16_t status = BtrStatusOk;
         Cursor *cursor = IndexCursor(change, key, &status);
         if (status == BtrStatusOk) {
-            status = Seek(ViewOf(change->Store->Pending), cursor, {}, descending ? Side::First : Side::Last,
-                          &entry, &ignored);
+            status = Functions(*change).Seek(PendingView(*change), cursor, {},
+                                             descending ? Side::First : Side::Last, &entry, &ignored);
         }
         if (status != BtrStatusOk && status != BtrStatusEndOfFile) return status;
         uint64_t highest = 0;
@@ -342,7 +347,8 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
     }
 
     uint8_t *place = nullptr;
-    const int16_t status = Reserve(change->Store->Pending, *change->In->Of, recordTree, KeyOfRecord(number),
+    const int16_t status =
+        Functions(*change).Reserve(change->Store->Pending, *change->In->Of, recordTree, KeyOfRecord(number),
                                    StampsSize(definition) + record.Size, true, &place);
     if (status != BtrStatusOk) {
         change->Damaged = true;
@@ -408,7 +414,7 @@ namespace {
 int16_t FetchCurrent(const Change &change, Bytes *stored)
 {
     const Handle &handle = *change.On;
-    const int16_t status = FetchStored(ViewOf(change.Store->Pending), *change.In->Of, handle.Record, stored);
+    const int16_t status = FetchStored(PendingView(change), *change.In->Of, handle.Record, stored);
     if (status == BtrStatusKeyNotFound) return BtrStatusConflict;
     if (status != BtrStatusOk) return status;
     return VersionOf(*stored) == handle.Version ? BtrStatusOk : BtrStatusConflict;
@@ -444,8 +450,8 @@ int16_t CompareKeys(Change *change, const uint8_t *from, const uint8_t *to, KeyC
         uint8_t entry[maxEntryKey];
         Bytes value;
         const size_t size = EntryKeyOf(definition, key, to, 0, entry);
-        const int16_t status =
-            Get(ViewOf(change->Store->Pending), *change->In->Of, IndexTree(i), {entry, size}, &value);
+        const int16_t status = Functions(*change).Get(PendingView(*change), *change->In->Of, IndexTree(i),
+                                                      {entry, size}, &value);
         if (status == BtrStatusOk) return BtrStatusDuplicateKey;
         if (status != BtrStatusKeyNotFound) return status;
     }
@@ -473,7 +479,8 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
         if (status != BtrStatusOk) return status;
     }
     uint8_t *place = nullptr;
-    const int16_t status = Reserve(change->Store->Pending, *change->In->Of, recordTree, KeyOfRecord(number),
+    const int16_t status =
+        Functions(*change).Reserve(change->Store->Pending, *change->In->Of, recordTree, KeyOfRecord(number),
                                    StampsSize(definition) + record.Size, false, &place);
     if (status != BtrStatusOk) return status;
     memcpy(place, old.Data, StampsSize(definition));
@@ -583,7 +590,8 @@ int16_t DeleteRecord(const Call &call)
         }
     }
     if (status == BtrStatusOk) {
-        status = Remove(change.Store->Pending, *handle->In->Of, recordTree, KeyOfRecord(handle->Record));
+        status = Functions(change).Remove(change.Store->Pending, *handle->In->Of, recordTree,
+                                          KeyOfRecord(handle->Record));
         if (status == BtrStatusOk) {
             handle->In->Now.Records--;
         } else {

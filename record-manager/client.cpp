@@ -39,7 +39,7 @@ uint64_t NewCheck(const Handle *handle)
 
 void EndClientStore(ClientStore *store)
 {
-    if (store->Snapshot != nullptr) EndSnapshot(store->Snapshot);
+    if (store->Snapshot != nullptr) store->Books->Do->EndSnapshot(store->Snapshot);
     LockRegistry();
     ClientStore **link = &store->Owner->Stores;
     while (*link != store) {
@@ -47,8 +47,8 @@ void EndClientStore(ClientStore *store)
     }
     *link = store->Next;
     UnlockRegistry();
-    if (store->LockFd >= 0) GiveLockDescription(store->Books, &store->LockFd);
-    ReleaseStore(store->Books);
+    if (store->LockFd >= 0) store->Books->Do->GiveLockDescription(store->Books, &store->LockFd);
+    store->Books->Do->ReleaseStore(store->Books);
     free(store);
 }
 
@@ -103,7 +103,7 @@ void RemoveHandle(Client *client, Handle *handle)
 {
     client->Handles[handle->Index] = nullptr;
     for (size_t tree = 0; tree < IndexTree(handle->In->Of->Layout.KeyCount); ++tree) {
-        if (handle->Cursors[tree] != nullptr) CloseCursor(handle->Cursors[tree]);
+        if (handle->Cursors[tree] != nullptr) handle->In->Of->Do->CloseCursor(handle->Cursors[tree]);
     }
     free(handle->Cursors);
     free(handle->Multiple.Locks);
@@ -114,17 +114,17 @@ int16_t AcquireClientStore(Client *client, const char *directory, bool create, b
                            ClientStore **out)
 {
     Store *books = nullptr;
-    const int16_t status = AcquireStore(directory, create, readOnly, &books);
+    const int16_t status = AcquireStore(directory, create, readOnly, client, &books);
     if (status != BtrStatusOk) return status;
     for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
         if (store->Books != books) continue;
-        ReleaseStore(books);
+        books->Do->ReleaseStore(books);
         *out = store;
         return BtrStatusOk;
     }
     auto *store = static_cast<ClientStore *>(calloc(1, sizeof(ClientStore)));
     if (store == nullptr) {
-        ReleaseStore(books);
+        books->Do->ReleaseStore(books);
         return BtrStatusHandleTableFull;
     }
     store->Owner = client;
@@ -149,13 +149,36 @@ bool HoldsLocks(const ClientStore *store)
     return file != nullptr;
 }
 
+// Everything that is locked is free again for others: the connection that held it is gone.
+void ForgetLocks(ClientStore *store)
+{
+    Client *client = store->Owner;
+    for (size_t i = 0; i < client->HandleCount; ++i) {
+        Handle *handle = client->Handles[i];
+        if (handle == nullptr || handle->In->Home != store) continue;
+        handle->Single.Record = 0;
+        handle->Multiple.Count = 0;
+    }
+    for (ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+        ClearCounts(&file->Held);
+        ClearCounts(&file->Implicit);
+        file->Whole = false;
+    }
+    // What its locks protected may have been changed, so that the transaction can only be aborted.
+    if (client->Transaction != TransactionKind::None && client->Failed == BtrStatusOk)
+        client->Failed = BtrStatusTransactionIo;
+}
+
 } // namespace
 
 void ReleaseIdle(Client *client)
 {
     for (ClientStore *store = client->Stores; store != nullptr;) {
         ClientStore *next = store->Next;
-        if (store->LockFd >= 0 && !HoldsLocks(store)) GiveLockDescription(store->Books, &store->LockFd);
+        const StoreFunctions &functions = *store->Books->Do;
+        if (functions.HasLostLocks != nullptr && functions.HasLostLocks(store->Books)) ForgetLocks(store);
+        if (store->LockFd >= 0 && !HoldsLocks(store))
+            functions.GiveLockDescription(store->Books, &store->LockFd);
         const bool idle = store->Opens == 0 && store->Files == nullptr && store->Pending == nullptr &&
                           !(client->Holds && store->Snapshot != nullptr);
         if (idle && client->Changed != store) EndClientStore(store);
@@ -166,7 +189,7 @@ void ReleaseIdle(Client *client)
 int16_t NeedLockDescription(ClientStore *store)
 {
     return store->LockFd >= 0 ? static_cast<int16_t>(BtrStatusOk)
-                              : TakeLockDescription(store->Books, &store->LockFd);
+                              : store->Books->Do->TakeLockDescription(store->Books, &store->LockFd);
 }
 
 void ReleaseClientFile(ClientFile *file)
@@ -177,8 +200,8 @@ void ReleaseClientFile(ClientFile *file)
         link = &(*link)->Next;
     }
     *link = file->Next;
-    DropOpen(file->Home->Books->Shared, file->Of->Number);
-    ReleaseFile(file->Home->Books, file->Of);
+    file->Of->Do->DropOpen(file->Home->Books, file->Of->Number);
+    file->Of->Do->ReleaseFile(file->Home->Books, file->Of);
     free(file->Held.Entries);
     free(file->Implicit.Entries);
     free(file);
@@ -187,26 +210,30 @@ void ReleaseClientFile(ClientFile *file)
 int16_t BeginView(ClientStore *store, View **view)
 {
     if (store->Pending != nullptr) {
-        *view = ViewOf(store->Pending);
+        *view = store->Books->Do->ViewOf(store->Pending);
         return store->Broken;
     }
-    const bool held = store->Owner->Holds && store->Snapshot != nullptr && IsOpen(*store->Snapshot);
-    const int16_t status =
-        held ? static_cast<int16_t>(BtrStatusOk) : BeginSnapshot(store->Books, &store->Snapshot);
+    const StoreFunctions &functions = *store->Books->Do;
+    const bool held = store->Owner->Holds && store->Snapshot != nullptr && functions.IsOpen(*store->Snapshot);
+    int16_t status = BtrStatusOk;
+    if (!held) status = functions.BeginSnapshot(store->Books, &store->Snapshot);
+    if (!held && store->Owner->Holds && status == BtrStatusOk && functions.HoldSnapshot != nullptr)
+        status = functions.HoldSnapshot(store->Snapshot);
     *view = store->Snapshot;
     return status;
 }
 
 void EndView(ClientStore *store)
 {
-    if (store->Pending == nullptr && !store->Owner->Holds) ResetSnapshot(store->Snapshot);
+    if (store->Pending == nullptr && !store->Owner->Holds) store->Books->Do->ResetSnapshot(store->Snapshot);
 }
 
 int16_t UseWriteCursor(ClientFile *file, size_t tree, Cursor **cursor)
 {
     int16_t status = BtrStatusOk;
     if (file->WriteCursors[tree] == nullptr) {
-        status = OpenWriteCursor(file->Home->Pending, *file->Of, tree, &file->WriteCursors[tree]);
+        status =
+            file->Of->Do->OpenWriteCursor(file->Home->Pending, *file->Of, tree, &file->WriteCursors[tree]);
         file->Cursors = true;
     }
     *cursor = file->WriteCursors[tree];

@@ -65,7 +65,7 @@ unsigned BrokenIn(const Client &client, const ClientFile &file)
 
 unsigned BrokenIn(const Client &client, const ClientStore &store)
 {
-    if (store.Snapshot != nullptr && IsOpen(*store.Snapshot) && !client.Holds) return 1;
+    if (store.Snapshot != nullptr && store.Books->Do->IsOpen(*store.Snapshot) && !client.Holds) return 1;
     const bool changing = client.Transaction != TransactionKind::None && client.Changed == &store;
     if (store.Pending != nullptr && !changing && store.LoadingOpens == 0) return 2;
     unsigned opens = 0;

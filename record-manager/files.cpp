@@ -53,13 +53,13 @@ int16_t StatusOfMissing(const FilePath &path)
 // The first open takes the lock, the first one for loading makes it exclusive.
 LockResult LockUsage(ClientStore *store, bool loading)
 {
-    return HoldUsage(store->Books->Shared, loading, store->Opens > 0, store->LoadingOpens > 0);
+    return store->Books->Do->HoldUsage(store->Books, loading, store->Opens > 0, store->LoadingOpens > 0);
 }
 
 // What LockUsage took is given back once the opens are counted without this one.
 void UnlockUsage(ClientStore *store, bool loading)
 {
-    DropUsage(store->Books->Shared, store->Opens > 0, store->LoadingOpens > 0, loading);
+    store->Books->Do->DropUsage(store->Books, store->Opens > 0, store->LoadingOpens > 0, loading);
 }
 
 int16_t StatusOfOpen(LockResult result)
@@ -82,7 +82,7 @@ int16_t FindNumber(ClientStore *store, const FilePath &path, uint32_t *number)
     View *view = nullptr;
     int16_t status = BeginView(store, &view);
     if (status != BtrStatusOk) return status;
-    status = FindFileNumber(view, path.Name, number);
+    status = store->Books->Do->FindFileNumber(view, path.Name, number);
     EndView(store);
     return status == BtrStatusOk && *number == 0 ? StatusOfMissing(path) : status;
 }
@@ -92,7 +92,7 @@ int16_t AcquireNamed(ClientStore *store, const FilePath &path, File **file)
     View *view = nullptr;
     int16_t status = BeginView(store, &view);
     if (status != BtrStatusOk) return status;
-    status = AcquireFile(view, path.Name, file);
+    status = store->Books->Do->AcquireFile(view, path.Name, file);
     EndView(store);
     return status == BtrStatusFileNotFound ? StatusOfMissing(path) : status;
 }
@@ -121,16 +121,16 @@ int16_t AcquireClientFile(ClientStore *store, const FilePath &path, bool alone, 
         ClientFile *found = FindClientFile(store, number);
         if (found != nullptr && found->Opens > 0 && (alone || found->OpenedAlone))
             return BtrStatusIncompatibleMode;
-        SharedLocks &shared = store->Books->Shared;
-        const LockResult result = HoldOpen(shared, number, alone, found != nullptr);
+        Store *books = store->Books;
+        const LockResult result = books->Do->HoldOpen(books, number, alone, found != nullptr);
         if (result != LockResult::Granted) return StatusOfOpen(result);
         if (found == nullptr) {
             File *file = nullptr;
             status = AcquireNamed(store, path, &file);
             const bool same = status == BtrStatusOk && file->Number == number;
             if (same) status = AddClientFile(store, file, &found);
-            if (!same || status != BtrStatusOk) DropOpen(shared, number);
-            if (file != nullptr && found == nullptr) ReleaseFile(store->Books, file);
+            if (!same || status != BtrStatusOk) books->Do->DropOpen(books, number);
+            if (file != nullptr && found == nullptr) books->Do->ReleaseFile(books, file);
             if (status != BtrStatusOk) return status;
             if (!same) continue;
         }
@@ -156,7 +156,7 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
         if (handle == nullptr) status = BtrStatusHandleTableFull;
     }
     if (status == BtrStatusOk && loading && store->LoadingOpens == 0) {
-        status = SetLoading(store->Books, true);
+        status = store->Books->Do->SetLoading(store->Books, true);
         if (status != BtrStatusOk) RemoveHandle(call.Caller, handle);
     }
     if (status != BtrStatusOk) {
@@ -177,7 +177,7 @@ int16_t LockToReplace(ClientStore *store, uint32_t number)
     for (const ClientFile *file = store->Files; file != nullptr; file = file->Next) {
         if (file->Of->Number == number) return BtrStatusIncompatibleMode;
     }
-    return StatusOfOpen(HoldOpen(store->Books->Shared, number, true, false));
+    return StatusOfOpen(store->Books->Do->HoldOpen(store->Books, number, true, false));
 }
 
 int16_t CreatePending(ClientStore *store, const char *name, const Definition &definition, uint32_t replaced)
@@ -187,7 +187,7 @@ int16_t CreatePending(ClientStore *store, const char *name, const Definition &de
     created->Layout = definition;
     created->Replaced = replaced;
     memcpy(created->Name, name, strnlen(name, BtrPathSize));
-    const int16_t status = CreateFile(store->Pending, name, definition);
+    const int16_t status = store->Books->Do->CreateFile(store->Pending, name, definition);
     if (status != BtrStatusOk) {
         // The catalogue may be half changed.
         store->Broken = status;
@@ -246,7 +246,7 @@ int16_t CloseHandle(Handle *handle)
     file->Opens--;
     store->Opens--;
     if (loading && --store->LoadingOpens == 0) {
-        const int16_t synced = SetLoading(store->Books, false);
+        const int16_t synced = store->Books->Do->SetLoading(store->Books, false);
         if (status == BtrStatusOk) status = synced;
     }
     UnlockUsage(store, loading);
@@ -270,17 +270,19 @@ int16_t CreateFile(const Call &call)
     // What was loaded is made final, so that the file can be made in a transaction of its own. In a
     // transaction that has changed something it is made there, and again should that be undone.
     if (store->Owner->Transaction == TransactionKind::None) status = CommitChanges(store);
+    Store *books = store->Books;
     const bool pending = store->Pending != nullptr;
     Writer *writer = store->Pending;
     if (pending) {
         status = store->Broken;
     } else {
-        if (status == BtrStatusOk) status = EnterGate(store->Books->WriteGate, limits.ChangeWait_ms, false);
+        if (status == BtrStatusOk) status = books->Do->EnterGate(books, limits.ChangeWait_ms, false);
         if (status != BtrStatusOk) return status;
-        status = BeginWriter(store->Books, &writer);
+        status = books->Do->BeginWriter(books, &writer);
     }
     uint32_t number = 0;
-    if (status == BtrStatusOk) status = FindFileNumber(ViewOf(writer), path.Name, &number);
+    if (status == BtrStatusOk)
+        status = books->Do->FindFileNumber(books->Do->ViewOf(writer), path.Name, &number);
     if (status == BtrStatusOk && number != 0 && call.KeyNumber == BtrKeepExisting)
         status = BtrStatusFileExists;
     bool locked = false;
@@ -290,17 +292,17 @@ int16_t CreateFile(const Call &call)
     }
     if (status == BtrStatusOk) {
         status = pending ? CreatePending(store, path.Name, definition, number)
-                         : CreateFile(writer, path.Name, definition);
+                         : books->Do->CreateFile(writer, path.Name, definition);
     }
     if (!pending) {
         if (status == BtrStatusOk) {
-            status = CommitWriter(writer);
+            status = books->Do->CommitWriter(writer);
         } else if (writer != nullptr) {
-            AbortWriter(writer);
+            books->Do->AbortWriter(writer);
         }
-        LeaveGate(store->Books->WriteGate);
+        books->Do->LeaveGate(books);
     }
-    if (locked && (!pending || status != BtrStatusOk)) DropOpen(store->Books->Shared, number);
+    if (locked && (!pending || status != BtrStatusOk)) books->Do->DropOpen(books, number);
     return status;
 }
 
@@ -311,21 +313,21 @@ int16_t StatFile(const Call &call)
     const Definition &definition = file->Of->Layout;
     if (DataSize(call) < DefinitionSize(definition)) return BtrStatusDataBufferShort;
 
-    Counters read;
-    const Counters *counters = &file->Now;
-    if (!file->Touched) {
+    Counters counters = file->Now;
+    const StoreFunctions &store = *file->Of->Do;
+    if (!file->Touched || store.CountGroups != nullptr) {
         View *view = nullptr;
         int16_t status = BeginView(file->Home, &view);
-        if (status == BtrStatusOk) {
-            status = ReadCounters(view, *file->Of, &read);
-            EndView(file->Home);
-        }
         if (status != BtrStatusOk) return status;
-        counters = &read;
+        if (!file->Touched) status = store.ReadCounters(view, *file->Of, &counters);
+        if (status == BtrStatusOk && store.CountGroups != nullptr)
+            status = store.CountGroups(view, *file->Of, &counters);
+        EndView(file->Home);
+        if (status != BtrStatusOk) return status;
     }
 
     BtrFileHeader header = definition.Header;
-    header.RecordCount = counters->Records;
+    header.RecordCount = counters.Records;
     if (call.KeyNumber != -1) header.Version = 0;
     header.DuplicatePointers = 0;
     header.Reserved13 = 0;
@@ -336,7 +338,7 @@ int16_t StatFile(const Call &call)
         const Key &key = definition.Keys[i];
         for (size_t j = 0; j < key.SegmentCount; ++j, out += sizeof(BtrKeyEntry)) {
             BtrKeyEntry segment = definition.KeyEntries[key.FirstSegment + j];
-            segment.UniqueValues = counters->UniqueValues[i];
+            segment.UniqueValues = counters.UniqueValues[i];
             memcpy(out, &segment, sizeof segment);
         }
     }

@@ -28,6 +28,13 @@ struct Limits {
     // pages in memory up to 131071 of them.
     unsigned LoadingChanges = 100000;
 
+    // How long what was read from a server ahead of being asked for may be given.
+    unsigned ReadAhead_ms = 100;
+    // How long a server's answer is awaited, beside what the call itself waits for.
+    unsigned ServerAnswer_ms = 10000;
+    // How long a server is looked for that knows whether a commit whose answer was lost is in the books.
+    unsigned ServerTruth_ms = 30000;
+
     // Directories that stay open in the process after their last file was closed.
     unsigned IdleStores = 16;
 };

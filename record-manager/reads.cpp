@@ -25,11 +25,12 @@ struct Search {
 };
 
 // Searches with a cursor; one that stands where the search begins only moves on.
-int16_t SeekOrMove(View *view, Cursor *cursor, bool stands, const Search &search, Bytes *key, Bytes *value)
+int16_t SeekOrMove(const StoreFunctions &store, View *view, Cursor *cursor, bool stands, const Search &search,
+                   Bytes *key, Bytes *value)
 {
-    if (!stands) return Seek(view, cursor, {search.Bound, search.Size}, search.Where, key, value);
-    return search.Where == Side::Before ? SeekPrevious(view, cursor, key, value)
-                                        : SeekNext(view, cursor, key, value);
+    if (!stands) return store.Seek(view, cursor, {search.Bound, search.Size}, search.Where, key, value);
+    return search.Where == Side::Before ? store.SeekPrevious(view, cursor, key, value)
+                                        : store.SeekNext(view, cursor, key, value);
 }
 
 // Searches one of the file's trees. `stands` tells that the cursor, if it still stands, is where the search
@@ -37,16 +38,18 @@ int16_t SeekOrMove(View *view, Cursor *cursor, bool stands, const Search &search
 int16_t Find(Handle *handle, View *view, const Search &search, bool stands, Bytes *key, Bytes *value)
 {
     ClientFile *file = handle->In;
+    const StoreFunctions &store = *file->Of->Do;
     int16_t status = BtrStatusOk;
     if (file->Home->Pending != nullptr) {
         Cursor *cursor = nullptr;
         status = UseWriteCursor(file, search.Tree, &cursor);
-        if (status == BtrStatusOk) status = SeekOrMove(view, cursor, false, search, key, value);
+        if (status == BtrStatusOk) status = SeekOrMove(store, view, cursor, false, search, key, value);
     } else {
         Cursor **cursor = &handle->Cursors[search.Tree];
         bool unmoved = false;
-        status = UseCursor(view, *file->Of, search.Tree, cursor, &unmoved);
-        if (status == BtrStatusOk) status = SeekOrMove(view, *cursor, stands && unmoved, search, key, value);
+        status = store.UseCursor(view, *file->Of, search.Tree, cursor, &unmoved);
+        if (status == BtrStatusOk)
+            status = SeekOrMove(store, view, *cursor, stands && unmoved, search, key, value);
     }
     if (status == BtrStatusEndOfFile) return search.None;
     if (status != BtrStatusOk) return status;
@@ -74,9 +77,9 @@ int16_t FetchIndexed(Handle *handle, View *view, uint32_t record, Bytes *stored)
     if (handle->In->Home->Pending != nullptr) return FetchStored(view, file, record, stored);
     bool unmoved = false;
     handle->AtRecord = 0;
-    int16_t status = UseCursor(view, file, recordTree, &handle->Cursors[recordTree], &unmoved);
+    int16_t status = file.Do->UseCursor(view, file, recordTree, &handle->Cursors[recordTree], &unmoved);
     if (status != BtrStatusOk) return status;
-    status = SeekExactly(view, handle->Cursors[recordTree], KeyOfRecord(record), stored);
+    status = file.Do->SeekExactly(view, handle->Cursors[recordTree], KeyOfRecord(record), stored);
     if (status != BtrStatusOk) return status;
     handle->AtRecord = record;
     return IsWhole(file.Layout, *stored) ? BtrStatusOk : BtrStatusForeignFile;

@@ -21,22 +21,13 @@ LockResult LockRecord(const ClientFile *file, uint32_t record, const LockRequest
 {
     ClientStore *store = file->Home;
     if (NeedLockDescription(store) != BtrStatusOk) return LockResult::NoDescription;
-    const int64_t offset = RecordOffset(file->Of->Number, record);
-    Patience patience = StartPatience(request.Wait_ms);
-    LockResult result = TryLock(store->LockFd, LockKind::Write, offset, 1);
-    if (result == LockResult::Granted || result == LockResult::Failed) return result;
-    WaitTable *table = WaitsOf(store->Books->WriteGate);
-    Wait *wait = request.Waits ? EnterWait(table, file->Of->Number, record) : nullptr;
-    while (result != LockResult::Granted && result != LockResult::Failed && WaitMore(&patience)) {
-        result = TryLock(store->LockFd, LockKind::Write, offset, 1);
-        if (result == LockResult::Granted || wait == nullptr) continue;
-        if (MustGiveWay(table, wait, Holds, store)) {
-            result = LockResult::Deadlock;
-            break;
-        }
-    }
-    if (wait != nullptr) LeaveWait(wait);
-    return result;
+    const LockWait wait{request.Wait_ms, request.Waits, Holds, store};
+    return store->Books->Do->LockRecord(store->Books, store->LockFd, file->Of->Number, record, wait);
+}
+
+void Unlock(const ClientFile *file, int64_t first, int64_t count)
+{
+    file->Of->Do->Unlock(file->Home->Books, file->Home->LockFd, file->Of->Number, first, count);
 }
 
 } // namespace
@@ -49,7 +40,7 @@ LockResult HoldRecord(ClientFile *file, uint32_t record, const LockRequest &requ
     }
     if (AddCount(&file->Held, record)) return LockResult::Granted;
     if (!file->Whole && CountOf(file->Held, record) == 0) {
-        Unlock(file->Home->LockFd, RecordOffset(file->Of->Number, record), 1);
+        Unlock(file, record, 1);
     }
     return LockResult::Failed;
 }
@@ -62,18 +53,16 @@ LockResult HoldRecordAtOnce(ClientFile *file, uint32_t record)
 void DropRecord(ClientFile *file, uint32_t record)
 {
     if (SubtractCount(&file->Held, record) > 0 || file->Whole) return;
-    Unlock(file->Home->LockFd, RecordOffset(file->Of->Number, record), 1);
+    Unlock(file, record, 1);
 }
 
 int16_t LockWholeFile(Handle *handle, const LockRequest &request)
 {
     ClientFile *file = handle->In;
     if (file->Home->Owner->Transaction != TransactionKind::Exclusive || file->Whole) return BtrStatusOk;
-    // Where nothing can be written the lock cannot be one for writing either.
     if (NeedLockDescription(file->Home) != BtrStatusOk) return BtrStatusFileTableFull;
-    const LockKind kind = file->Home->Books->ReadOnly ? LockKind::Read : LockKind::Write;
     const LockResult result =
-        WaitLock(file->Home->LockFd, kind, RecordOffset(file->Of->Number, 0), wholeFile, request.Wait_ms);
+        file->Of->Do->LockFile(file->Home->Books, file->Home->LockFd, file->Of->Number, request.Wait_ms);
     if (result != LockResult::Granted) return StatusOfLock(result);
     file->Whole = true;
     ReleaseSingle(handle);
@@ -87,14 +76,13 @@ void UnlockWholeFile(ClientFile *file)
     file->Whole = false;
     // Locks from before the transaction stay; only what lies between them is given back. They are few, so the
     // next one is looked for each time, without memory that might not be there.
-    const int64_t first = RecordOffset(file->Of->Number, 0);
     int64_t from = 0;
     for (size_t left = file->Held.Used; left > 0; --left) {
         const int64_t next = NextHeld(file->Held, static_cast<uint32_t>(from));
-        if (next > from) Unlock(file->Home->LockFd, first + from, next - from);
+        if (next > from) Unlock(file, from, next - from);
         from = next + 1;
     }
-    if (from < wholeFile) Unlock(file->Home->LockFd, first + from, wholeFile - from);
+    if (from < wholeFile) Unlock(file, from, wholeFile - from);
 }
 
 int16_t ReserveLock(LockList *list)

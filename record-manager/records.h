@@ -117,7 +117,7 @@ inline bool IsWhole(const Definition &definition, Bytes stored)
 // Returns 0, 4 none, or a failure.
 inline int16_t FetchStored(View *view, const File &file, uint32_t record, Bytes *stored)
 {
-    const int16_t status = Get(view, file, recordTree, KeyOfRecord(record), stored);
+    const int16_t status = file.Do->Get(view, file, recordTree, KeyOfRecord(record), stored);
     if (status != BtrStatusOk) return status;
     return IsWhole(file.Layout, *stored) ? BtrStatusOk : BtrStatusForeignFile;
 }

@@ -1,7 +1,7 @@
-// The seam between the record manager and the ordered store below it: the books of one directory, their
-// files, and reading and writing them in transactions. It knows bytes and files; records' currency, locks and
-// statuses of calls are the business of those above. What is behind it stands in a folder of its own (lmdb/),
-// whose headers nobody else includes.
+// The seam between the record manager and the ordered stores below it: the books of one directory, their
+// files, and reading and writing them in transactions. It knows bytes and files; records' currency and
+// statuses of calls are the business of those above. What is behind it stands in folders of their own (lmdb/,
+// server/), whose headers nobody else includes; StoreFunctions is what each of them gives.
 //
 // A file has trees of entries, ordered by the bytes of their keys: its records under their numbers, and an
 // index for each key. A view is a state of all of them; a writer, of which a directory has one at a time,
@@ -45,6 +45,7 @@ struct File {
     File *Next;
     uint32_t Number;
     unsigned Uses;
+    const struct StoreFunctions *Do;
     unsigned Trees[1 + BtrMaxKeys]; // the store's numbers of recordTree, and of IndexTree of each key
     char Name[BtrPathSize + 1];
     Definition Layout;
@@ -54,8 +55,9 @@ struct File {
 inline constexpr size_t recordTree = 0;
 constexpr size_t IndexTree(size_t key) { return key + 1; }
 
-// The books of a directory, once per process.
+// The books of a directory, once per process, or on a server once per client.
 struct Store {
+    const struct StoreFunctions *Do;
     Store *Next;
     Environment *Own;
     Gate *WriteGate; // null when ReadOnly
@@ -73,23 +75,20 @@ struct Store {
     SharedLocks Shared;
 };
 
-// Name of the file that holds a directory's books.
+// Names of the files of which one stands in a directory: its books, or where on a server they are.
 inline constexpr char booksName[] = "books.mdb";
+inline constexpr char serverName[] = "books.server";
 
 // Gives the books of `directory`, opened if this process has not yet done so, for one more client.
 // With `create` they are made if there are none. `readOnly` asks for no more than reading.
-// Returns 0; 12 no directory or no books; 94 no rights or a network file system; 30 not ours, cut off or of a
-// later form; 2 the lock file of running users is gone; 18, 86, 87, 85.
-int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **store);
+// Returns 0; 12 no directory or no books; 94 no rights or a network file system; 30 not ours, cut off, of a
+// later form, or both kinds of books in one directory; 2 the lock file of running users is gone; 20 no server;
+// 18, 86, 87, 85.
+// A store on a server is the `client`'s alone.
+int16_t AcquireStore(const char *directory, bool create, bool readOnly, const void *client, Store **store);
 
-// One client less. Books that nobody uses stay open for a while.
-void ReleaseStore(Store *store);
-
-// Gives a description of the books' file for a client's locks into `*fd`, where a fork finds it, and takes it
-// back without locks. 0 or 86.
-int16_t TakeLockDescription(Store *store, int *fd);
-void GiveLockDescription(Store *store, int *fd);
-
+// The same of the store in the process, whose books are in the directory itself.
+int16_t AcquireBooks(const char *directory, bool create, bool readOnly, Store **store);
 // In a forked child: forgets every store without touching what belongs to the parent.
 void ForgetStores();
 void LockRegistry();
@@ -97,80 +96,118 @@ void UnlockRegistry();
 void BeforeFork();
 void AfterForkInParent();
 
-// Every function from here on that reads returns 2 where the books were damaged, beside what it names.
-
-// Finds `name` among the files of the view for one more use. Returns 0, 12, 30 (also when the books were cut
-// off), 86.
-int16_t AcquireFile(View *view, const char *name, File **file);
-void ReleaseFile(Store *store, File *file);
-
-// Makes a file in place of one of the same name, which nobody may have open. Returns 0, 18, 86.
-int16_t CreateFile(Writer *writer, const char *name, const Definition &definition);
-
-// After a transaction that made files was undone: takes the trees from the files that are no more, and, when
-// the files were made anew in another one, gives them back. `last`: the highest number of a file that stayed.
-void ForgetTrees(Store *store, uint32_t last);
-int16_t RenewTrees(Writer *writer, uint32_t last);
-
-// The highest file number given so far.
-int16_t ReadLastFile(View *view, uint32_t *number);
-
-// The number of a file of this name, 0 if there is none.
-int16_t FindFileNumber(View *view, const char *name, uint32_t *number);
-
-// A snapshot for reading, made once per client and store, and renewed and given back by each call: a snapshot
-// that idles would keep the store from reusing space.
-int16_t BeginSnapshot(Store *store, View **snapshot); // *snapshot null: made, otherwise renewed
-void ResetSnapshot(View *snapshot);
-void EndSnapshot(View *snapshot);
-bool IsOpen(const View &snapshot); // made or renewed, and not given back since
-
-// The write transaction of the directory. The caller holds the gate. Every file there is can be used in it.
-int16_t BeginWriter(Store *store, Writer **writer);
-// On disk when this returns, except while loading. On failure everything is undone. The writer is gone, and
-// its cursors with it.
-int16_t CommitWriter(Writer *writer);
-void AbortWriter(Writer *writer);
-// What the writer has made so far.
-View *ViewOf(Writer *writer);
-// Commits between this and its end are not awaited by the disk; the end awaits all of them.
-int16_t SetLoading(Store *store, bool loading);
-
-int16_t ReadCounters(View *view, const File &file, Counters *counters);
-int16_t WriteCounters(Writer *writer, const File &file, const Counters &counters);
-
-// A cursor on one of a file's trees in what the writer has made.
-int16_t OpenWriteCursor(Writer *writer, const File &file, size_t tree, Cursor **cursor);
-
-// A cursor that outlives the snapshots it is used in, made at its first use. `*stands` tells that it still
-// stands where it stood, since nothing was committed since. 87 for lack of memory.
-int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands);
-void CloseCursor(Cursor *cursor);
-
 enum class Side : uint8_t { First, Last, AtOrAfter, Before };
 
-// The first or last entry, or the one nearest to `bound` on one side of it. Keys and values stay where they
-// are until the transaction's next change or end. Returns 0, 9 none, or a failure.
-int16_t Seek(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
-// The entry beside the one the cursor is on. In a writer only right after Seek or Add.
-int16_t SeekNext(View *view, Cursor *cursor, Bytes *key, Bytes *value);
-int16_t SeekPrevious(View *view, Cursor *cursor, Bytes *key, Bytes *value);
-// The entry of the key in a snapshot, and the cursor on it. Fast when it lies near. Returns 0, 4 none, or a
-// failure.
-int16_t SeekExactly(View *snapshot, Cursor *cursor, Bytes key, Bytes *value);
+// Who waits for a record, and how long. `Waits`: it may wait for itself by way of others, and is then told so.
+struct LockWait {
+    unsigned Wait_ms;
+    bool Waits;
+    bool (*Holds)(const void *who, uint32_t file, uint32_t record); // whether the client holds a record
+    const void *Who;
+};
 
-// Returns 0, 4 none, or a failure.
-int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value);
+// What a store does. Everything that reads returns 2 where the books were damaged, beside what it names; a
+// store on a server returns 2 also when the connection was lost, 20 when there is none, and 94 where rights
+// are missing. Members that may be null say so.
+struct StoreFunctions {
+    // One client less. Books that nobody uses stay open for a while.
+    void (*ReleaseStore)(Store *store);
 
-// Writes an entry of `size` bytes, whose place to be filled is given back. `append`: the key lies behind all
-// others.
-int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t size, bool append,
-                uint8_t **place);
+    // Gives what a client's locks hang on into `*fd`, where a fork finds it, and takes it back without locks.
+    // 0 or 86.
+    int16_t (*TakeLockDescription)(Store *store, int *fd);
+    void (*GiveLockDescription)(Store *store, int *fd);
+    // Locks a record, or a file with all of its records. RecordBusy and FileBusy tell what is in the way.
+    LockResult (*LockRecord)(Store *store, int fd, uint32_t file, uint32_t record, const LockWait &wait);
+    LockResult (*LockFile)(Store *store, int fd, uint32_t file, unsigned wait_ms);
+    // Gives back records from `first` on; with those up to the end the lock of the whole file.
+    void (*Unlock)(Store *store, int fd, uint32_t file, int64_t first, int64_t count);
+    // May be null. Whether the calling client's locks went with its connection since this was last asked.
+    bool (*HasLostLocks)(Store *store);
 
-// Adds an entry; 5 when the key exists, and nothing is changed. The cursor then stands on it.
-int16_t Add(Cursor *cursor, Bytes key, Bytes value);
+    // Which files are open and how (shared_locks.h).
+    LockResult (*HoldOpen)(Store *store, uint32_t file, bool alone, bool holds);
+    void (*DropOpen)(Store *store, uint32_t file);
+    LockResult (*HoldUsage)(Store *store, bool loading, bool uses, bool loads);
+    void (*DropUsage)(Store *store, bool uses, bool loads, bool wasLoading);
 
-// Returns 0, 4 none, or a failure.
-int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key);
+    // Waits up to `wait_ms` to be the one writer of the directory, in the order of the calls. `exclusive` is
+    // told to who waits in vain. Returns 0; 84, or 85 when the writer is in an exclusive transaction; 78; 2.
+    int16_t (*EnterGate)(Store *store, unsigned wait_ms, bool exclusive);
+    void (*LeaveGate)(Store *store);
+
+    // Finds `name` among the files of the view for one more use. Returns 0, 12, 30 (also when the books were
+    // cut off), 86.
+    int16_t (*AcquireFile)(View *view, const char *name, File **file);
+    void (*ReleaseFile)(Store *store, File *file);
+    // Makes a file in place of one of the same name, which nobody may have open. Returns 0, 18, 86.
+    int16_t (*CreateFile)(Writer *writer, const char *name, const Definition &definition);
+    // After a transaction that made files was undone: takes the trees from the files that are no more, and,
+    // when the files were made anew in another one, gives them back. `last`: the highest number of a file that
+    // stayed.
+    void (*ForgetTrees)(Store *store, uint32_t last);
+    int16_t (*RenewTrees)(Writer *writer, uint32_t last);
+    // The highest file number given so far.
+    int16_t (*ReadLastFile)(View *view, uint32_t *number);
+    // The number of a file of this name, 0 if there is none.
+    int16_t (*FindFileNumber)(View *view, const char *name, uint32_t *number);
+
+    // A snapshot for reading, made once per client and store, and renewed and given back by each call: a
+    // snapshot that idles would keep the store from reusing space. *snapshot null: made, otherwise renewed.
+    int16_t (*BeginSnapshot)(Store *store, View **snapshot);
+    void (*ResetSnapshot)(View *snapshot);
+    void (*EndSnapshot)(View *snapshot);
+    // May be null. The snapshot that was just begun stays as it is until it is reset, over many calls.
+    int16_t (*HoldSnapshot)(View *snapshot);
+    bool (*IsOpen)(const View &snapshot); // made or renewed, and not given back since
+    // May be null. A transaction begins: nothing that was read before it is served from memory.
+    void (*ForgetReads)(Store *store);
+
+    // The write transaction of the directory. The caller holds the gate. Every file there is can be used in
+    // it.
+    int16_t (*BeginWriter)(Store *store, Writer **writer);
+    // Durable when this returns, except while loading. On failure everything is undone. The writer is gone,
+    // and its cursors with it.
+    int16_t (*CommitWriter)(Writer *writer);
+    void (*AbortWriter)(Writer *writer);
+    // What the writer has made so far.
+    View *(*ViewOf)(Writer *writer);
+    // Commits between this and its end are not awaited by the disk; the end awaits all of them.
+    int16_t (*SetLoading)(Store *store, bool loading);
+
+    int16_t (*ReadCounters)(View *view, const File &file, Counters *counters);
+    int16_t (*WriteCounters)(Writer *writer, const File &file, const Counters &counters);
+    // May be null. The store itself keeps the UniqueValues of keys with duplicates, which ReadCounters leaves
+    // out and this fills in; nobody else needs to look for an entry's neighbours then.
+    int16_t (*CountGroups)(View *view, const File &file, Counters *counters);
+
+    // A cursor on one of a file's trees in what the writer has made.
+    int16_t (*OpenWriteCursor)(Writer *writer, const File &file, size_t tree, Cursor **cursor);
+    // A cursor that outlives the snapshots it is used in, made at its first use. `*stands` tells that it still
+    // stands where it stood, since nothing was committed since. 87 for lack of memory.
+    int16_t (*UseCursor)(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands);
+    void (*CloseCursor)(Cursor *cursor);
+
+    // The first or last entry, or the one nearest to `bound` on one side of it. Keys and values stay where
+    // they are until the transaction's next change or end. Returns 0, 9 none, or a failure.
+    int16_t (*Seek)(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
+    // The entry beside the one the cursor is on. In a writer only right after Seek or Add.
+    int16_t (*SeekNext)(View *view, Cursor *cursor, Bytes *key, Bytes *value);
+    int16_t (*SeekPrevious)(View *view, Cursor *cursor, Bytes *key, Bytes *value);
+    // The entry of the key in a snapshot, and the cursor on it. Fast when it lies near. Returns 0, 4 none, or
+    // a failure.
+    int16_t (*SeekExactly)(View *snapshot, Cursor *cursor, Bytes key, Bytes *value);
+    // Returns 0, 4 none, or a failure.
+    int16_t (*Get)(View *view, const File &file, size_t tree, Bytes key, Bytes *value);
+
+    // Writes an entry of `size` bytes, whose place to be filled is given back; it is filled before the next
+    // call. `append`: the key lies behind all others.
+    int16_t (*Reserve)(Writer *writer, const File &file, size_t tree, Bytes key, size_t size, bool append,
+                       uint8_t **place);
+    // Adds an entry; 5 when the key exists, and nothing is changed. The cursor then stands on it.
+    int16_t (*Add)(Cursor *cursor, Bytes key, Bytes value);
+    // Returns 0, 4 none, or a failure.
+    int16_t (*Remove)(Writer *writer, const File &file, size_t tree, Bytes key);
+};
 
 } // namespace wbtrv

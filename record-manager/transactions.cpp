@@ -25,7 +25,7 @@ void ForgetCreated(ClientStore *store)
     while (store->Created != nullptr) {
         PendingCreate *created = store->Created;
         store->Created = created->Next;
-        if (created->Replaced != 0) DropOpen(store->Books->Shared, created->Replaced);
+        if (created->Replaced != 0) store->Books->Do->DropOpen(store->Books, created->Replaced);
         free(created);
     }
 }
@@ -36,22 +36,23 @@ int16_t CreateAgain(ClientStore *store)
 {
     Store *books = store->Books;
     Writer *writer = nullptr;
-    int16_t status = BeginWriter(books, &writer);
+    const StoreFunctions &functions = *books->Do;
+    int16_t status = functions.BeginWriter(books, &writer);
     if (status != BtrStatusOk) return status;
     uint32_t last = 0;
-    status = ReadLastFile(ViewOf(writer), &last);
-    if (status == BtrStatusOk) ForgetTrees(books, last);
+    status = functions.ReadLastFile(functions.ViewOf(writer), &last);
+    if (status == BtrStatusOk) functions.ForgetTrees(books, last);
     for (const PendingCreate *created = store->Created; created != nullptr && status == BtrStatusOk;
          created = created->Next) {
-        status = CreateFile(writer, created->Name, created->Layout);
+        status = functions.CreateFile(writer, created->Name, created->Layout);
     }
-    if (status == BtrStatusOk) status = RenewTrees(writer, last);
+    if (status == BtrStatusOk) status = functions.RenewTrees(writer, last);
     if (status == BtrStatusOk) {
-        status = CommitWriter(writer);
+        status = functions.CommitWriter(writer);
     } else {
-        AbortWriter(writer);
+        functions.AbortWriter(writer);
     }
-    if (status != BtrStatusOk) ForgetTrees(books, last);
+    if (status != BtrStatusOk) functions.ForgetTrees(books, last);
     return status;
 }
 
@@ -163,7 +164,7 @@ int16_t FinishAbort(ClientStore *store)
 {
     LeaveWriter(store);
     const int16_t status = store->Created != nullptr ? CreateAgain(store) : static_cast<int16_t>(BtrStatusOk);
-    LeaveGate(store->Books->WriteGate);
+    store->Books->Do->LeaveGate(store->Books);
     ForgetCreated(store);
     StepAllBack(store);
     ForgetCounters(store);
@@ -177,7 +178,7 @@ int16_t FinishAbort(ClientStore *store)
 int16_t AbortChanges(ClientStore *store)
 {
     if (store->Pending == nullptr) return BtrStatusOk;
-    AbortWriter(store->Pending);
+    store->Books->Do->AbortWriter(store->Pending);
     return FinishAbort(store);
 }
 
@@ -186,19 +187,19 @@ int16_t CommitChanges(ClientStore *store)
     if (store->Pending == nullptr) return BtrStatusOk;
     int16_t status = store->Broken;
     for (ClientFile *file = store->Files; file != nullptr && status == BtrStatusOk; file = file->Next) {
-        if (file->Touched) status = WriteCounters(store->Pending, *file->Of, file->Now);
+        if (file->Touched) status = file->Of->Do->WriteCounters(store->Pending, *file->Of, file->Now);
     }
     if (status != BtrStatusOk) {
         (void)AbortChanges(store);
         return status;
     }
-    status = CommitWriter(store->Pending);
+    status = store->Books->Do->CommitWriter(store->Pending);
     if (status != BtrStatusOk) {
         (void)FinishAbort(store);
         return status;
     }
     LeaveWriter(store);
-    LeaveGate(store->Books->WriteGate);
+    store->Books->Do->LeaveGate(store->Books);
     ForgetCreated(store);
     ForgetCounters(store);
     if (store->Owner->Transaction == TransactionKind::None) ReleaseUnused(store);
@@ -218,6 +219,7 @@ int16_t BeginTransaction(const Call &call, TransactionKind kind, bool noRetry)
     for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
         const int16_t status = CommitChanges(store);
         if (status != BtrStatusOk) return status;
+        if (store->Books->Do->ForgetReads != nullptr) store->Books->Do->ForgetReads(store->Books);
     }
     client->Transaction = kind;
     client->Inherited = call.Lock;
@@ -294,7 +296,9 @@ int16_t EndHolding(Client *client)
     if (!client->Holds) return BtrStatusNoTransaction;
     client->Holds = false;
     for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
-        if (store->Snapshot != nullptr && IsOpen(*store->Snapshot)) ResetSnapshot(store->Snapshot);
+        const StoreFunctions &functions = *store->Books->Do;
+        if (store->Snapshot != nullptr && functions.IsOpen(*store->Snapshot))
+            functions.ResetSnapshot(store->Snapshot);
     }
     return BtrStatusOk;
 }

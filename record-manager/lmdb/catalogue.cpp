@@ -118,6 +118,7 @@ int16_t LoadFile(const View &view, uint32_t number, const char *name, File **out
         return status;
     }
     file->Number = number;
+    file->Do = &booksFunctions;
     memcpy(file->Name, name, strnlen(name, BtrPathSize));
     *out = file;
     return BtrStatusOk;

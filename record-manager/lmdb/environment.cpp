@@ -331,6 +331,7 @@ int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out
         close(directoryFd);
         return BtrStatusHandleTableFull;
     }
+    store->Do = &booksFunctions;
     pthread_mutex_init(&store->Mutex, nullptr);
     pthread_mutex_init(&store->Shared.Mutex, nullptr);
     store->DirectoryFd = directoryFd;
@@ -410,7 +411,7 @@ void AfterForkInParent()
     UnlockRegistry();
 }
 
-int16_t AcquireStore(const char *directory, bool create, bool readOnly, Store **out)
+int16_t AcquireBooks(const char *directory, bool create, bool readOnly, Store **out)
 {
     LockRegistry();
     CloseIdle();

@@ -196,6 +196,45 @@ inline Bytes ToBytes(const MDB_val &val) { return {static_cast<const uint8_t *>(
 
 inline Bytes ToBytes(const char *text) { return {reinterpret_cast<const uint8_t *>(text), strlen(text)}; }
 
+// ---- functions.cpp ----
+
+extern const StoreFunctions booksFunctions;
+
+// What store.h tells of them.
+void ReleaseStore(Store *store);
+int16_t TakeLockDescription(Store *store, int *fd);
+void GiveLockDescription(Store *store, int *fd);
+int16_t AcquireFile(View *view, const char *name, File **file);
+void ReleaseFile(Store *store, File *file);
+int16_t CreateFile(Writer *writer, const char *name, const Definition &definition);
+void ForgetTrees(Store *store, uint32_t last);
+int16_t RenewTrees(Writer *writer, uint32_t last);
+int16_t ReadLastFile(View *view, uint32_t *number);
+int16_t FindFileNumber(View *view, const char *name, uint32_t *number);
+int16_t BeginSnapshot(Store *store, View **snapshot);
+void ResetSnapshot(View *snapshot);
+void EndSnapshot(View *snapshot);
+bool IsOpen(const View &snapshot);
+int16_t BeginWriter(Store *store, Writer **writer);
+int16_t CommitWriter(Writer *writer);
+void AbortWriter(Writer *writer);
+View *ViewOf(Writer *writer);
+int16_t SetLoading(Store *store, bool loading);
+int16_t ReadCounters(View *view, const File &file, Counters *counters);
+int16_t WriteCounters(Writer *writer, const File &file, const Counters &counters);
+int16_t OpenWriteCursor(Writer *writer, const File &file, size_t tree, Cursor **cursor);
+int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands);
+void CloseCursor(Cursor *cursor);
+int16_t Seek(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);
+int16_t SeekNext(View *view, Cursor *cursor, Bytes *key, Bytes *value);
+int16_t SeekPrevious(View *view, Cursor *cursor, Bytes *key, Bytes *value);
+int16_t SeekExactly(View *snapshot, Cursor *cursor, Bytes key, Bytes *value);
+int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value);
+int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t size, bool append,
+                uint8_t **place);
+int16_t Add(Cursor *cursor, Bytes key, Bytes value);
+int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key);
+
 // ---- environment.cpp ----
 
 // Whether the lock file by which this process works is still the one that newcomers find.

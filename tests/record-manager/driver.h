@@ -7,7 +7,10 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/socket.h>
@@ -17,6 +20,7 @@
 
 namespace wbtrvtest {
 
+// Where WBTRV_TEST_SERVER names a database server, the books of every directory are in a schema of it.
 struct TempDirectory {
     std::filesystem::path Path;
 
@@ -25,6 +29,12 @@ struct TempDirectory {
         std::string pattern = (where / "wbtrv-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) abort();
         Path = pattern;
+        if (const char *server = getenv("WBTRV_TEST_SERVER")) {
+            timespec now;
+            clock_gettime(CLOCK_REALTIME, &now);
+            std::ofstream file(Path / "books.server");
+            file << server << "\n" << "t" << getpid() << "_" << now.tv_sec << "_" << now.tv_nsec << "\n";
+        }
     }
     TempDirectory(const TempDirectory &) = delete;
     TempDirectory &operator=(const TempDirectory &) = delete;

@@ -961,7 +961,7 @@ TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
     if (child == 0) {
         wbtrv::Store *store = nullptr;
         wbtrv::View *snapshot = nullptr;
-        const bool reads = wbtrv::AcquireStore(Directory.Path.c_str(), false, false, &store) == BtrStatusOk &&
+        const bool reads = wbtrv::AcquireStore(Directory.Path.c_str(), false, false, nullptr, &store) == BtrStatusOk &&
                            wbtrv::BeginSnapshot(store, &snapshot) == BtrStatusOk;
         // Gone with its snapshot open, as a killed process is.
         _exit(reads ? 0 : 1);
@@ -970,7 +970,7 @@ TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
     waitpid(child, &end, 0);
     ASSERT_EQ(end, 0);
     wbtrv::Store *store = nullptr;
-    ASSERT_EQ(wbtrv::AcquireStore(Directory.Path.c_str(), false, false, &store), BtrStatusOk);
+    ASSERT_EQ(wbtrv::AcquireStore(Directory.Path.c_str(), false, false, nullptr, &store), BtrStatusOk);
     ASSERT_EQ(Name(T.GetEqual("a")), "a");
     for (int i = 0; i < 20; ++i) {
         ASSERT_EQ(T.Update("a", "y", i).Status, BtrStatusOk);

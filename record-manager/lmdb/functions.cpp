@@ -1,0 +1,116 @@
+// What this store gives the record manager; its locks are those of open file descriptions.
+#include "record-manager/lmdb/private.h"
+#include "record-manager/locks.h"
+#include "record-manager/shared_locks.h"
+
+namespace wbtrv {
+
+namespace {
+
+LockResult LockRecord(Store *store, int fd, uint32_t file, uint32_t record, const LockWait &request)
+{
+    const int64_t offset = RecordOffset(file, record);
+    Patience patience = StartPatience(request.Wait_ms);
+    LockResult result = TryLock(fd, LockKind::Write, offset, 1);
+    if (result == LockResult::Granted || result == LockResult::Failed) return result;
+    WaitTable *table = WaitsOf(store->WriteGate);
+    Wait *wait = request.Waits ? EnterWait(table, file, record) : nullptr;
+    while (result != LockResult::Granted && result != LockResult::Failed && WaitMore(&patience)) {
+        result = TryLock(fd, LockKind::Write, offset, 1);
+        if (result == LockResult::Granted || wait == nullptr) continue;
+        if (MustGiveWay(table, wait, request.Holds, request.Who)) {
+            result = LockResult::Deadlock;
+            break;
+        }
+    }
+    if (wait != nullptr) LeaveWait(wait);
+    return result;
+}
+
+// Where nothing can be written the lock cannot be one for writing either.
+LockResult LockFileOfBooks(Store *store, int fd, uint32_t file, unsigned wait_ms)
+{
+    const LockKind kind = store->ReadOnly ? LockKind::Read : LockKind::Write;
+    return WaitLock(fd, kind, RecordOffset(file, 0), wholeFile, wait_ms);
+}
+
+void UnlockRecords(Store *, int fd, uint32_t file, int64_t first, int64_t count)
+{
+    Unlock(fd, RecordOffset(file, 0) + first, count);
+}
+
+LockResult HoldOpenBooks(Store *store, uint32_t file, bool alone, bool holds)
+{
+    return HoldOpen(store->Shared, file, alone, holds);
+}
+
+void DropOpenBooks(Store *store, uint32_t file) { DropOpen(store->Shared, file); }
+
+LockResult HoldUsageBooks(Store *store, bool loading, bool uses, bool loads)
+{
+    return HoldUsage(store->Shared, loading, uses, loads);
+}
+
+void DropUsageBooks(Store *store, bool uses, bool loads, bool wasLoading)
+{
+    DropUsage(store->Shared, uses, loads, wasLoading);
+}
+
+int16_t EnterGateOfBooks(Store *store, unsigned wait_ms, bool exclusive)
+{
+    return EnterGate(store->WriteGate, wait_ms, exclusive);
+}
+
+void LeaveGateOfBooks(Store *store) { LeaveGate(store->WriteGate); }
+
+} // namespace
+
+const StoreFunctions booksFunctions = {
+    .ReleaseStore = ReleaseStore,
+    .TakeLockDescription = TakeLockDescription,
+    .GiveLockDescription = GiveLockDescription,
+    .LockRecord = LockRecord,
+    .LockFile = LockFileOfBooks,
+    .Unlock = UnlockRecords,
+    .HasLostLocks = nullptr,
+    .HoldOpen = HoldOpenBooks,
+    .DropOpen = DropOpenBooks,
+    .HoldUsage = HoldUsageBooks,
+    .DropUsage = DropUsageBooks,
+    .EnterGate = EnterGateOfBooks,
+    .LeaveGate = LeaveGateOfBooks,
+    .AcquireFile = AcquireFile,
+    .ReleaseFile = ReleaseFile,
+    .CreateFile = CreateFile,
+    .ForgetTrees = ForgetTrees,
+    .RenewTrees = RenewTrees,
+    .ReadLastFile = ReadLastFile,
+    .FindFileNumber = FindFileNumber,
+    .BeginSnapshot = BeginSnapshot,
+    .ResetSnapshot = ResetSnapshot,
+    .EndSnapshot = EndSnapshot,
+    .HoldSnapshot = nullptr,
+    .IsOpen = IsOpen,
+    .ForgetReads = nullptr,
+    .BeginWriter = BeginWriter,
+    .CommitWriter = CommitWriter,
+    .AbortWriter = AbortWriter,
+    .ViewOf = ViewOf,
+    .SetLoading = SetLoading,
+    .ReadCounters = ReadCounters,
+    .WriteCounters = WriteCounters,
+    .CountGroups = nullptr,
+    .OpenWriteCursor = OpenWriteCursor,
+    .UseCursor = UseCursor,
+    .CloseCursor = CloseCursor,
+    .Seek = Seek,
+    .SeekNext = SeekNext,
+    .SeekPrevious = SeekPrevious,
+    .SeekExactly = SeekExactly,
+    .Get = Get,
+    .Reserve = Reserve,
+    .Add = Add,
+    .Remove = Remove,
+};
+
+} // namespace wbtrv

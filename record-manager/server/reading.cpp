@@ -1,0 +1,438 @@
+// Reading. Outside a writer rows are fetched ahead, the more the longer a client goes on along a tree; in a
+// writer each search is a question of its own, which sees what the writer has changed.
+#include "record-manager/server/private.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace wbtrv {
+
+namespace {
+
+constexpr int firstAhead = 8;
+constexpr int mostAhead = 4096;
+constexpr size_t mostAheadBytes = 2u << 20;
+
+// Keys of records are numbers to those above; here they are bytes in order like all others.
+struct Bound {
+    size_t Size;
+    uint8_t Bytes[maxBound];
+};
+
+void PutRecordKey(uint64_t number, uint8_t *out)
+{
+    for (size_t i = 8; i-- > 0; number >>= 8) {
+        out[i] = static_cast<uint8_t>(number);
+    }
+}
+
+Bound BoundOf(size_t tree, Bytes given)
+{
+    Bound bound{};
+    if (tree == recordTree) {
+        uint32_t number = 0;
+        if (given.Size == sizeof number) memcpy(&number, given.Data, sizeof number);
+        bound.Size = given.Size > 0 ? 8 : 0;
+        PutRecordKey(number, bound.Bytes);
+        return bound;
+    }
+    bound.Size = std::min(given.Size, sizeof bound.Bytes);
+    if (bound.Size > 0) memcpy(bound.Bytes, given.Data, bound.Size);
+    return bound;
+}
+
+uint64_t NumberOf(const uint8_t *key)
+{
+    uint64_t number = 0;
+    for (size_t i = 0; i < 8; ++i) {
+        number = number << 8 | key[i];
+    }
+    return number;
+}
+
+// What follows the key at once.
+Bound Behind(size_t tree, const uint8_t *key, size_t size)
+{
+    Bound bound{};
+    if (tree == recordTree) {
+        bound.Size = 8;
+        PutRecordKey(NumberOf(key) + 1, bound.Bytes);
+        return bound;
+    }
+    bound.Size = std::min(size + 1, sizeof bound.Bytes);
+    memcpy(bound.Bytes, key, std::min(size, sizeof bound.Bytes));
+    return bound;
+}
+
+// Asks for rows from the bound on, in the direction of the side.
+void SendSearch(Connection *connection, const File &file, size_t tree, const Bound &bound, Side side,
+                int rows)
+{
+    const bool records = tree == recordTree;
+    Statement statement = Statement::FirstEntries;
+    switch (side) {
+    case Side::First: statement = records ? Statement::FirstRecords : Statement::FirstEntries; break;
+    case Side::Last: statement = records ? Statement::LastRecords : Statement::LastEntries; break;
+    case Side::AtOrAfter: statement = records ? Statement::RecordsFrom : Statement::EntriesFrom; break;
+    case Side::Before: statement = records ? Statement::RecordsBefore : Statement::EntriesBefore; break;
+    }
+    Parameters wanted{};
+    AddNumber(&wanted, file.Number);
+    if (!records) AddNumber(&wanted, static_cast<int64_t>(tree));
+    if (side == Side::AtOrAfter || side == Side::Before) {
+        if (records) {
+            AddNumber(&wanted, static_cast<int64_t>(NumberOf(bound.Bytes)));
+        } else {
+            AddBytes(&wanted, bound.Bytes, bound.Size);
+        }
+    }
+    AddNumber(&wanted, rows);
+    (void)Send(connection, statement, wanted, Answer::Kept);
+}
+
+void SendStates(Connection *connection)
+{
+    connection->Asked_us = Now_us();
+    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
+}
+
+// Puts the cursor on a row and gives it.
+int16_t Give(View *view, Cursor *cursor, const PGresult *rows, int row, Bytes *key, Bytes *value)
+{
+    const Bytes found = BytesAt(rows, row, 0);
+    const int64_t record = NumberAt(rows, row, 1);
+    if (found.Size > maxBound || record <= 0 || record > UINT32_MAX) return BtrStatusForeignFile;
+    const auto number = static_cast<uint32_t>(record);
+    memcpy(cursor->Value, &number, sizeof number);
+    memcpy(cursor->Key, found.Data, found.Size);
+    cursor->KeySize = found.Size;
+    view->LastFile = cursor->In->Number;
+    view->LastRecord = number;
+    view->LastRow = row;
+    if (cursor->Tree == recordTree) {
+        *key = {cursor->Value, sizeof cursor->Value};
+        *value = BytesAt(rows, row, 2);
+    } else {
+        *key = found;
+        *value = {cursor->Value, sizeof cursor->Value};
+    }
+    return BtrStatusOk;
+}
+
+int16_t GiveEntry(View *view, Cursor *cursor, const Entry &entry, Bytes *key, Bytes *value)
+{
+    view->LastRecord = 0;
+    cursor->Run = 0;
+    if (entry.In == nullptr) return BtrStatusEndOfFile;
+    cursor->Run = entry.In->Id;
+    cursor->Row = entry.Row;
+    view->LastRun = entry.In->Id;
+    return Give(view, cursor, entry.In->Rows, entry.Row, key, value);
+}
+
+int RowsAhead(const Cursor *cursor)
+{
+    if (serverLimits->ReadAhead_ms == 0) return 1;
+    const size_t bytes = cursor->In->Layout.RecordLength + size_t{64};
+    const auto most = static_cast<int>(std::min<size_t>(mostAhead, mostAheadBytes / bytes));
+    return std::clamp(cursor->Ahead, 1, std::max(most, 1));
+}
+
+int16_t KeepRun(Connection *connection, const Cursor *cursor, const Bound &bound, Side side, int asked,
+                size_t kept, Entry *found)
+{
+    PGresult *rows = TakeKept(connection, kept);
+    if (rows == nullptr) return BtrStatusIoError;
+    Run *run = NewRun(connection);
+    run->File = cursor->In->Number;
+    run->Tree = cursor->Tree;
+    run->Forward = side == Side::First || side == Side::AtOrAfter;
+    run->Bounded = side == Side::AtOrAfter || side == Side::Before;
+    run->Rows = rows;
+    run->Count = PQntuples(rows);
+    run->Whole = run->Count < asked;
+    run->BoundSize = bound.Size;
+    memcpy(run->Bound, bound.Bytes, bound.Size);
+    *found = {run->Count > 0 ? run : nullptr, 0};
+    return BtrStatusOk;
+}
+
+// Outside a writer. What is in memory is served while it may be; behind that the server is first asked whether
+// it is still right, and at last for the rows.
+int16_t Search(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes *key, Bytes *value)
+{
+    Connection *connection = view->By;
+    if (view->Held && !connection->Holding) return BtrStatusIoError;
+    const uint32_t file = cursor->In->Number;
+    Entry found{};
+    const auto inMemory = [&] {
+        return FindInRuns(connection, file, cursor->Tree, {bound.Bytes, bound.Size}, side, &found);
+    };
+    const bool known = inMemory();
+    if (known && AreFresh(connection)) return GiveEntry(view, cursor, found, key, value);
+    if (known && serverLimits->ReadAhead_ms > 0) {
+        const int16_t status = AskIn(view, [&] { SendStates(connection); });
+        if (status != BtrStatusOk) return status;
+        TakeStates(connection, TakeKept(connection, 0));
+        if (inMemory()) return GiveEntry(view, cursor, found, key, value);
+    }
+    const bool asks = !AreFresh(connection);
+    const int rows = RowsAhead(cursor);
+    int16_t status = AskIn(view, [&] {
+        if (asks || connection->States == nullptr) SendStates(connection);
+        SendSearch(connection, *cursor->In, cursor->Tree, bound, side, rows);
+    });
+    if (status != BtrStatusOk) return status;
+    const size_t kept = connection->KeptCount - 1;
+    if (kept > 0) TakeStates(connection, TakeKept(connection, 0));
+    status = KeepRun(connection, cursor, bound, side, rows, kept, &found);
+    return status == BtrStatusOk ? GiveEntry(view, cursor, found, key, value) : status;
+}
+
+int16_t SearchInWriter(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes *key, Bytes *value)
+{
+    Connection *connection = view->By;
+    const HighestKey *highest = FindHighest(connection, cursor->In->Number, cursor->Tree);
+    if (side == Side::Last && highest != nullptr && highest->Exact) {
+        memcpy(cursor->Key, highest->Key, highest->Size);
+        cursor->KeySize = highest->Size;
+        memcpy(cursor->Value, &highest->Record, sizeof highest->Record);
+        *key = {cursor->Key, cursor->KeySize};
+        *value = {cursor->Value, sizeof cursor->Value};
+        return BtrStatusOk;
+    }
+    ForgetOwn(view);
+    const int16_t status =
+        AskIn(view, [&] { SendSearch(connection, *cursor->In, cursor->Tree, bound, side, 1); });
+    if (status != BtrStatusOk) return status;
+    view->Own = TakeKept(connection, 0);
+    if (view->Own == nullptr) return BtrStatusIoError;
+    if (PQntuples(view->Own) == 0) return BtrStatusEndOfFile;
+    const int16_t given = Give(view, cursor, view->Own, 0, key, value);
+    if (given == BtrStatusOk && side == Side::Last && cursor->Tree != recordTree &&
+        !cursor->In->Layout.Keys[cursor->Tree - 1].Duplicates)
+        SetHighest(connection, cursor->In->Number, cursor->Tree, {cursor->Key, cursor->KeySize},
+                   view->LastRecord);
+    return given;
+}
+
+int16_t SeekBound(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes *key, Bytes *value)
+{
+    return view->Writing ? SearchInWriter(view, cursor, bound, side, key, value)
+                         : Search(view, cursor, bound, side, key, value);
+}
+
+// The record of the row that was given last.
+bool GiveLast(const View *view, const File &file, uint32_t record, Bytes *stored)
+{
+    if (view->LastRecord != record || view->LastFile != file.Number || record == 0) return false;
+    const PGresult *rows = view->Own;
+    if (!view->Writing) {
+        const Run *run = FindRun(view->By, view->LastRun);
+        if (run == nullptr) return false;
+        rows = run->Rows;
+    }
+    if (rows == nullptr || PQgetisnull(rows, view->LastRow, 2) != 0) return false;
+    *stored = BytesAt(rows, view->LastRow, 2);
+    return true;
+}
+
+// Rows of a file that nobody has changed since they were read, as the gate's holder knows. Long runs are not
+// gone through.
+bool GiveUnchanged(const View *view, const File &file, uint32_t record, Bytes *stored)
+{
+    constexpr int shortRun = 64;
+    for (const Run &run : view->By->Runs) {
+        if (run.Id == 0 || run.File != file.Number || run.Count > shortRun) continue;
+        for (int row = 0; row < run.Count; ++row) {
+            if (NumberAt(run.Rows, row, 1) != record || PQgetisnull(run.Rows, row, 2) != 0) continue;
+            *stored = BytesAt(run.Rows, row, 2);
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+int16_t BeginSnapshot(Store *store, View **snapshot)
+{
+    if (*snapshot == nullptr) {
+        *snapshot = static_cast<View *>(calloc(1, sizeof(View)));
+        if (*snapshot == nullptr) return BtrStatusHandleTableFull;
+        (*snapshot)->Of = store;
+        (*snapshot)->By = ConnectionOf(store);
+    }
+    (*snapshot)->Open = true;
+    (*snapshot)->LastRecord = 0;
+    return BtrStatusOk;
+}
+
+// The transaction begins, and with it the moment that is seen, with the first statement in it.
+int16_t HoldSnapshot(View *snapshot)
+{
+    Connection *connection = snapshot->By;
+    int16_t status = Connect(connection);
+    if (status != BtrStatusOk) return status;
+    ForgetAllRuns(connection);
+    (void)Send(connection, Statement::BeginSnapshot, Parameters{}, Answer::Needed);
+    connection->Asked_us = Now_us();
+    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
+    status = Exchange(connection, 0);
+    if (status != BtrStatusOk) {
+        ResetSnapshot(snapshot);
+        return status;
+    }
+    TakeStates(connection, TakeKept(connection, 0));
+    connection->Holding = true;
+    snapshot->Held = true;
+    return BtrStatusOk;
+}
+
+void ResetSnapshot(View *snapshot)
+{
+    Connection *connection = snapshot->By;
+    if (connection->Holding) {
+        SendRelease(connection, Statement::Rollback, Parameters{});
+        connection->Holding = false;
+        connection->Checked_us = 0;
+    }
+    snapshot->Held = false;
+    snapshot->Open = false;
+}
+
+bool IsOpen(const View &snapshot) { return snapshot.Open; }
+
+void EndSnapshot(View *snapshot)
+{
+    ResetSnapshot(snapshot);
+    free(snapshot);
+}
+
+void ForgetReads(Store *store) { ConnectionOf(store)->Checked_us = 0; }
+
+void ForgetOwn(View *view)
+{
+    PQclear(view->Own);
+    view->Own = nullptr;
+    view->LastRecord = 0;
+}
+
+// A cursor moves on from its key, whatever has been committed since.
+int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands)
+{
+    if (*cursor == nullptr) {
+        *cursor = static_cast<Cursor *>(calloc(1, sizeof(Cursor)));
+        if (*cursor == nullptr) return BtrStatusHandleTableFull;
+        (*cursor)->By = snapshot->By;
+        (*cursor)->In = &file;
+        (*cursor)->Tree = static_cast<uint32_t>(tree);
+    }
+    *stands = (*cursor)->KeySize > 0;
+    return BtrStatusOk;
+}
+
+void CloseCursor(Cursor *cursor) { free(cursor); }
+
+int16_t Seek(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value)
+{
+    const Bound wanted = BoundOf(cursor->Tree, bound);
+    // Who goes on from where the cursor stands is on the way along the tree.
+    const Bound next = Behind(cursor->Tree, cursor->Key, cursor->KeySize);
+    const bool goesOn = cursor->KeySize > 0 && side == Side::AtOrAfter && wanted.Size == next.Size &&
+                        memcmp(wanted.Bytes, next.Bytes, next.Size) == 0;
+    if (!goesOn) cursor->Ahead = 1;
+    return SeekBound(view, cursor, wanted, side, key, value);
+}
+
+namespace {
+
+int16_t Move(View *view, Cursor *cursor, Side side, Bytes *key, Bytes *value)
+{
+    const bool forward = side == Side::AtOrAfter;
+    const Run *run = FindRun(view->By, cursor->Run);
+    if (!view->Writing && run != nullptr && AreFresh(view->By)) {
+        const int row = forward == run->Forward ? cursor->Row + 1 : cursor->Row - 1;
+        if (row >= 0 && row < run->Count) return GiveEntry(view, cursor, {run, row}, key, value);
+    }
+    cursor->Ahead = std::min(std::max(cursor->Ahead * 4, firstAhead), mostAhead);
+    Bound bound{};
+    if (forward) {
+        bound = Behind(cursor->Tree, cursor->Key, cursor->KeySize);
+    } else {
+        bound.Size = cursor->KeySize;
+        memcpy(bound.Bytes, cursor->Key, cursor->KeySize);
+    }
+    return SeekBound(view, cursor, bound, side, key, value);
+}
+
+} // namespace
+
+int16_t SeekNext(View *view, Cursor *cursor, Bytes *key, Bytes *value)
+{
+    return Move(view, cursor, Side::AtOrAfter, key, value);
+}
+
+int16_t SeekPrevious(View *view, Cursor *cursor, Bytes *key, Bytes *value)
+{
+    return Move(view, cursor, Side::Before, key, value);
+}
+
+int16_t SeekExactly(View *snapshot, Cursor *cursor, Bytes key, Bytes *value)
+{
+    const Bound wanted = BoundOf(cursor->Tree, key);
+    uint32_t record = 0;
+    memcpy(&record, key.Data, std::min(key.Size, sizeof record));
+    if (cursor->Tree == recordTree && GiveLast(snapshot, *cursor->In, record, value)) {
+        cursor->Run = 0;
+        cursor->KeySize = wanted.Size;
+        memcpy(cursor->Key, wanted.Bytes, wanted.Size);
+        return BtrStatusOk;
+    }
+    Bytes found;
+    const int16_t status = Seek(snapshot, cursor, key, Side::AtOrAfter, &found, value);
+    if (status == BtrStatusEndOfFile) return BtrStatusKeyNotFound;
+    if (status != BtrStatusOk) return status;
+    const bool same = cursor->KeySize == wanted.Size && memcmp(cursor->Key, wanted.Bytes, wanted.Size) == 0;
+    return same ? BtrStatusOk : BtrStatusKeyNotFound;
+}
+
+int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value)
+{
+    uint32_t record = 0;
+    memcpy(&record, key.Data, std::min(key.Size, sizeof record));
+    if (tree == recordTree && GiveLast(view, file, record, value)) return BtrStatusOk;
+    if (!view->Writing) {
+        Cursor cursor{};
+        cursor.By = view->By;
+        cursor.In = &file;
+        cursor.Tree = static_cast<uint32_t>(tree);
+        return SeekExactly(view, &cursor, key, value);
+    }
+    if (tree == recordTree && GiveUnchanged(view, file, record, value)) return BtrStatusOk;
+    ForgetOwn(view);
+    Connection *connection = view->By;
+    const int16_t status = AskIn(view, [&] {
+        Parameters wanted{};
+        AddNumber(&wanted, file.Number);
+        if (tree == recordTree) {
+            AddNumber(&wanted, record);
+        } else {
+            AddNumber(&wanted, static_cast<int64_t>(tree));
+            AddBytes(&wanted, key.Data, key.Size);
+        }
+        (void)Send(connection, tree == recordTree ? Statement::OneRecord : Statement::OneEntry, wanted,
+                   Answer::Kept);
+    });
+    if (status != BtrStatusOk) return status;
+    view->Own = TakeKept(connection, 0);
+    if (view->Own == nullptr || PQntuples(view->Own) != 1) return BtrStatusKeyNotFound;
+    view->LastFile = file.Number;
+    view->LastRecord = static_cast<uint32_t>(NumberAt(view->Own, 0, 1));
+    view->LastRow = 0;
+    *value = BytesAt(view->Own, 0, tree == recordTree ? 2 : 1);
+    return BtrStatusOk;
+}
+
+} // namespace wbtrv

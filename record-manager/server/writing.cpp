@@ -1,0 +1,405 @@
+// The writer of a schema: its changes are on their way as soon as they are made, and their answers are looked
+// at where a status depends on them, at the latest with the commit's.
+#include "record-manager/server/private.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <sys/random.h>
+
+namespace wbtrv {
+
+namespace {
+
+// The connection's own row among the sessions, made before the first transaction that writes its number there.
+int16_t SendSession(Connection *connection)
+{
+    if (connection->HasSession) return BtrStatusOk;
+    if (getrandom(connection->Session, sizeof connection->Session, 0) !=
+        static_cast<ssize_t>(sizeof connection->Session)) {
+        return BtrStatusIoError;
+    }
+    Parameters session{};
+    AddBytes(&session, connection->Session, sizeof connection->Session);
+    (void)Send(connection, Statement::OpenSession, session, Answer::Needed);
+    Post(connection);
+    return BtrStatusOk;
+}
+
+int16_t TryGate(Connection *connection, unsigned wait_ms, bool exclusive)
+{
+    int16_t status = SendSession(connection);
+    if (status != BtrStatusOk) return status;
+    Parameters timeout{};
+    AddNumber(&timeout, wait_ms > 0 ? wait_ms : 1);
+    (void)Send(connection, Statement::Begin, Parameters{}, Answer::Needed);
+    (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
+    (void)Send(connection, Statement::EnterGate, Parameters{}, Answer::Kept);
+    connection->Asked_us = Now_us();
+    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
+    if (exclusive) (void)SendExclusiveMark(connection);
+    status = Exchange(connection, wait_ms);
+    if (status != BtrStatusOk) return status;
+    const PGresult *head = connection->Kept[0];
+    if (head == nullptr || PQntuples(head) != 1) return BtrStatusForeignFile;
+    connection->LastFile = static_cast<uint32_t>(NumberAt(head, 0, 0));
+    connection->InTransaction = true;
+    connection->HasSession = true;
+    TakeStates(connection, TakeKept(connection, 1));
+    return BtrStatusOk;
+}
+
+void SendRollback(Connection *connection)
+{
+    SendRelease(connection, Statement::Rollback, Parameters{});
+    connection->InTransaction = false;
+    connection->Failure = BtrStatusOk;
+}
+
+} // namespace
+
+int16_t EnterGate(Store *store, unsigned wait_ms, bool exclusive)
+{
+    Connection *connection = ConnectionOf(store);
+    int16_t status = BtrStatusOk;
+    for (const bool again : {false, true}) {
+        const bool risks = HoldsAnything(connection);
+        status = Connect(connection);
+        if (status != BtrStatusOk) return status;
+        status = TryGate(connection, wait_ms, exclusive);
+        if (status == BtrStatusOk) return status;
+        if (connection->Real != nullptr || risks || again) break;
+    }
+    if (connection->Real == nullptr) return status;
+    SendRollback(connection);
+    if (status == BtrStatusRecordLocked && IsHolderExclusive(connection)) return BtrStatusFileLocked;
+    return status;
+}
+
+void LeaveGate(Store *store)
+{
+    Connection *connection = ConnectionOf(store);
+    if (connection->InTransaction) SendRollback(connection);
+}
+
+int16_t BeginWriter(Store *store, Writer **out)
+{
+    Connection *connection = ConnectionOf(store);
+    *out = nullptr;
+    if (!connection->InTransaction) {
+        const int16_t status = EnterGate(store, serverLimits->ChangeWait_ms, false);
+        if (status != BtrStatusOk) return status;
+    }
+    auto *writer = static_cast<Writer *>(calloc(1, sizeof(Writer)));
+    if (writer == nullptr) return BtrStatusHandleTableFull;
+    writer->Seen.Of = store;
+    writer->Seen.By = connection;
+    writer->Seen.Writing = true;
+    writer->Seen.Open = true;
+    connection->Writing = writer;
+    *out = writer;
+    return BtrStatusOk;
+}
+
+View *ViewOf(Writer *writer) { return &writer->Seen; }
+
+namespace {
+
+// What a writer has changed is not what was read before.
+void Touch(Writer *writer, uint32_t file)
+{
+    Connection *connection = writer->Seen.By;
+    ForgetOwn(&writer->Seen);
+    ForgetRuns(connection, file);
+    for (size_t i = 0; i < writer->TouchedCount; ++i) {
+        if (writer->Touched[i] == file) return;
+    }
+    if (writer->TouchedCount < sizeof writer->Touched / sizeof writer->Touched[0])
+        writer->Touched[writer->TouchedCount] = file;
+    writer->TouchedCount++;
+}
+
+void EndWriter(Writer *writer, bool committed)
+{
+    Connection *connection = writer->Seen.By;
+    if (!committed) {
+        // What is known of the ends of indexes has the writer's own entries in it.
+        for (size_t i = 0; i < writer->TouchedCount && i < sizeof writer->Touched / sizeof writer->Touched[0];
+             ++i) {
+            ForgetHighest(connection, writer->Touched[i]);
+        }
+        if (writer->TouchedCount > sizeof writer->Touched / sizeof writer->Touched[0])
+            ForgetAllRuns(connection);
+    }
+    for (size_t i = 0; committed && i < writer->WrittenCount; ++i) {
+        if (connection->OwnCount < mostOwnStates) {
+            connection->Own[connection->OwnCount++] = writer->Written[i];
+        } else {
+            ForgetAllRuns(connection);
+        }
+    }
+    connection->Checked_us = 0;
+    connection->Writing = nullptr;
+    ForgetOwn(&writer->Seen);
+    while (writer->Used != nullptr) {
+        Cursor *cursor = writer->Used;
+        writer->Used = cursor->Next;
+        free(cursor);
+    }
+    free(writer->Place);
+    free(writer);
+}
+
+// Whether the transaction of a connection that was lost is in the books. Its row is locked as long as the
+// server is still at work on it.
+int16_t FindOut(Connection *connection, const uint8_t *session, int64_t number)
+{
+    const int64_t deadline_us = Now_us() + int64_t{serverLimits->ServerTruth_ms} * 1000;
+    do {
+        if (Connect(connection) == BtrStatusOk) {
+            Parameters timeout{};
+            AddNumber(&timeout, serverLimits->ServerAnswer_ms);
+            Parameters wanted{};
+            AddBytes(&wanted, session, sizeof connection->Session);
+            (void)Send(connection, Statement::Begin, Parameters{}, Answer::Needed);
+            (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
+            (void)Send(connection, Statement::FindTransaction, wanted, Answer::Kept);
+            (void)Send(connection, Statement::Commit, Parameters{}, Answer::Needed);
+            const int16_t status = Exchange(connection, serverLimits->ServerAnswer_ms);
+            const PGresult *rows = connection->Kept[0];
+            if (status == BtrStatusOk && rows != nullptr) {
+                const bool done = PQntuples(rows) == 1 && NumberAt(rows, 0, 0) == number;
+                return done ? BtrStatusOk : BtrStatusIoError;
+            }
+            if (connection->Real != nullptr) SendRollback(connection);
+        }
+        const timespec pause{0, 100000000};
+        nanosleep(&pause, nullptr);
+    } while (Now_us() < deadline_us);
+    Report(
+        connection->Of->Own->Directory,
+        "die Verbindung brach beim Abschluss ab, und kein Server sagt, ob die Änderung in den Büchern ist");
+    return BtrStatusIoError;
+}
+
+} // namespace
+
+int16_t CommitWriter(Writer *writer)
+{
+    Connection *connection = writer->Seen.By;
+    int16_t status = Settle(writer);
+    uint8_t session[sizeof connection->Session];
+    memcpy(session, connection->Session, sizeof session);
+    const int64_t number = ++connection->Transactions;
+    if (status == BtrStatusOk) {
+        Parameters noted{};
+        AddBytes(&noted, session, sizeof session);
+        AddNumber(&noted, number);
+        (void)Send(connection, Statement::NoteTransaction, noted, Answer::Needed);
+        status = Send(connection, Statement::Commit, Parameters{}, Answer::Needed);
+        const bool sent = status == BtrStatusOk;
+        status = Exchange(connection, 0);
+        if (status != BtrStatusOk && sent && connection->Real == nullptr) {
+            connection->Writing = nullptr;
+            status = FindOut(connection, session, number);
+        }
+    }
+    if (status == BtrStatusOk) {
+        connection->InTransaction = false;
+    } else if (connection->Real != nullptr && connection->InTransaction) {
+        SendRollback(connection);
+    }
+    EndWriter(writer, status == BtrStatusOk);
+    return status;
+}
+
+void AbortWriter(Writer *writer)
+{
+    Connection *connection = writer->Seen.By;
+    if (connection->InTransaction) SendRollback(connection);
+    EndWriter(writer, false);
+}
+
+int16_t SetLoading(Store *store, bool loading)
+{
+    Connection *connection = ConnectionOf(store);
+    Parameters wanted{};
+    AddNumber(&wanted, loading ? 1 : 0);
+    (void)Send(connection, Statement::SetAsynchronous, wanted, Answer::Needed);
+    // A commit that is awaited awaits all those before it.
+    if (!loading) {
+        Post(connection);
+        (void)Send(connection, Statement::Touch, Parameters{}, Answer::Needed);
+    }
+    return Exchange(connection, 0);
+}
+
+int16_t OpenWriteCursor(Writer *writer, const File &file, size_t tree, Cursor **cursor)
+{
+    auto *made = static_cast<Cursor *>(calloc(1, sizeof(Cursor)));
+    if (made == nullptr) return BtrStatusHandleTableFull;
+    made->By = writer->Seen.By;
+    made->In = &file;
+    made->Tree = static_cast<uint32_t>(tree);
+    made->Next = writer->Used;
+    writer->Used = made;
+    *cursor = made;
+    return BtrStatusOk;
+}
+
+int16_t ExchangeIn(Writer *writer, unsigned wait_ms)
+{
+    if (writer->Failed != BtrStatusOk) return writer->Failed;
+    const int16_t status = Exchange(writer->Seen.By, wait_ms);
+    if (writer->Failed == BtrStatusOk) writer->Failed = status;
+    return status;
+}
+
+int16_t Settle(Writer *writer)
+{
+    if (writer->Failed != BtrStatusOk || !writer->Unfinished) return writer->Failed;
+    writer->Unfinished = false;
+    Parameters values{};
+    AddNumber(&values, writer->File);
+    AddNumber(&values, writer->Record);
+    AddBytes(&values, writer->Place, writer->PlaceSize);
+    const Statement statement = writer->Appends ? Statement::PutRecord : Statement::ReplaceRecord;
+    const int16_t status = Send(writer->Seen.By, statement, values, Answer::Needed);
+    if (writer->Failed == BtrStatusOk) writer->Failed = status;
+    return status;
+}
+
+int16_t Reserve(Writer *writer, const File &file, size_t, Bytes key, size_t size, bool append,
+                uint8_t **place)
+{
+    const int16_t status = Settle(writer);
+    if (status != BtrStatusOk) return status;
+    if (writer->PlaceRoom < size) {
+        void *larger = realloc(writer->Place, size);
+        if (larger == nullptr) return BtrStatusHandleTableFull;
+        writer->Place = static_cast<uint8_t *>(larger);
+        writer->PlaceRoom = size;
+    }
+    memcpy(&writer->Record, key.Data, sizeof writer->Record);
+    writer->File = file.Number;
+    writer->Appends = append;
+    writer->PlaceSize = size;
+    writer->Unfinished = true;
+    Touch(writer, file.Number);
+    *place = writer->Place;
+    return BtrStatusOk;
+}
+
+namespace {
+
+// All entries of a key's group begin alike; those bytes, and what lies behind all of them.
+struct Group {
+    size_t Size;
+    uint8_t Begin[maxBound];
+    uint8_t End[maxBound];
+};
+
+Group GroupOf(const File &file, size_t tree, Bytes key)
+{
+    Group group{};
+    group.Size = file.Layout.Keys[tree - 1].Length;
+    memcpy(group.Begin, key.Data, group.Size);
+    memcpy(group.End, key.Data, group.Size);
+    memset(group.End + group.Size, 0xFF, 8);
+    return group;
+}
+
+Parameters EntryOf(const File &file, size_t tree, Bytes key)
+{
+    Parameters values{};
+    AddNumber(&values, file.Number);
+    AddNumber(&values, static_cast<int64_t>(tree));
+    AddBytes(&values, key.Data, key.Size);
+    return values;
+}
+
+bool LiesBehind(Bytes key, const HighestKey &highest)
+{
+    const size_t common = key.Size < highest.Size ? key.Size : highest.Size;
+    const int order = memcmp(key.Data, highest.Key, common);
+    return order > 0 || (order == 0 && key.Size > highest.Size);
+}
+
+// A key that lies behind all there are is not there. The last one is asked for with the first that is added.
+int16_t AddUnique(Writer *writer, const File &file, size_t tree, Bytes key, uint32_t record)
+{
+    Connection *connection = writer->Seen.By;
+    const auto number = static_cast<uint32_t>(tree);
+    HighestKey *highest = FindHighest(connection, file.Number, number);
+    const bool behind = highest != nullptr && LiesBehind(key, *highest);
+    Parameters values = EntryOf(file, tree, key);
+    AddNumber(&values, record);
+    Parameters last{};
+    AddNumber(&last, file.Number);
+    AddNumber(&last, number);
+    AddNumber(&last, 1);
+    (void)Send(connection, Statement::AddUnique, values, behind ? Answer::Needed : Answer::Kept);
+    if (behind) {
+        SetHighest(connection, file.Number, number, key, record);
+        return connection->Failure;
+    }
+    if (highest == nullptr) (void)Send(connection, Statement::LastEntries, last, Answer::Kept);
+    const int16_t status = ExchangeIn(writer, 0);
+    if (status != BtrStatusOk) return status;
+    const PGresult *added = connection->Kept[0];
+    const PGresult *end = highest == nullptr ? connection->Kept[1] : nullptr;
+    if (end != nullptr && PQntuples(end) == 1) {
+        SetHighest(connection, file.Number, number, BytesAt(end, 0, 0),
+                   static_cast<uint32_t>(NumberAt(end, 0, 1)));
+    }
+    return added != nullptr && PQntuples(added) == 1 ? BtrStatusOk : BtrStatusDuplicateKey;
+}
+
+} // namespace
+
+int16_t Add(Cursor *cursor, Bytes key, Bytes value)
+{
+    const File &file = *cursor->In;
+    Writer *writer = cursor->By->Writing;
+    int16_t status = Settle(writer);
+    if (status != BtrStatusOk) return status;
+    uint32_t record = 0;
+    memcpy(&record, value.Data, sizeof record);
+    Touch(writer, file.Number);
+    if (!file.Layout.Keys[cursor->Tree - 1].Duplicates)
+        return AddUnique(writer, file, cursor->Tree, key, record);
+    const Group group = GroupOf(file, cursor->Tree, key);
+    Parameters values = EntryOf(file, cursor->Tree, key);
+    AddNumber(&values, record);
+    AddBytes(&values, group.Begin, group.Size);
+    AddBytes(&values, group.End, group.Size + 8);
+    return Send(cursor->By, Statement::AddToGroup, values, Answer::Needed);
+}
+
+int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key)
+{
+    Connection *connection = writer->Seen.By;
+    const int16_t status = Settle(writer);
+    if (status != BtrStatusOk) return status;
+    Touch(writer, file.Number);
+    if (tree == recordTree) {
+        uint32_t record = 0;
+        memcpy(&record, key.Data, sizeof record);
+        Parameters values{};
+        AddNumber(&values, file.Number);
+        AddNumber(&values, record);
+        return Send(connection, Statement::RemoveRecord, values, Answer::Needed);
+    }
+    Parameters values = EntryOf(file, tree, key);
+    if (!file.Layout.Keys[tree - 1].Duplicates) {
+        HighestKey *highest = FindHighest(connection, file.Number, static_cast<uint32_t>(tree));
+        if (highest != nullptr) highest->Exact = false;
+        return Send(connection, Statement::RemoveUnique, values, Answer::Needed);
+    }
+    const Group group = GroupOf(file, tree, key);
+    AddBytes(&values, group.Begin, group.Size);
+    AddBytes(&values, group.End, group.Size + 8);
+    return Send(connection, Statement::RemoveFromGroup, values, Answer::Needed);
+}
+
+} // namespace wbtrv
