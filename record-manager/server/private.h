@@ -196,8 +196,6 @@ struct LockedRecord {
 };
 
 struct Connection {
-    Connection *Next;       // of the store's
-    Connection *NextOfMine; // of the thread's
     Store *Of;
     unsigned Users;    // 0: idle
     PGconn *Real;      // null: none, or lost
