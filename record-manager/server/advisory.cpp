@@ -193,6 +193,15 @@ void Unlock(Store *store, int, uint32_t file, int64_t first, int64_t count)
     }
 }
 
+void SendUnlockFiles(Connection *connection)
+{
+    for (size_t i = 0; i < connection->WholeCount; ++i) {
+        const uint32_t file = connection->Whole[i];
+        (void)SendLock(connection, Statement::UnlockFile, KeyOf(connection, Kind::File, file, 0),
+                       KeyOf(connection, Kind::WholeFile, file, 0), Answer::Ignored);
+    }
+}
+
 bool HasLostLocks(Store *store)
 {
     Connection *connection = ConnectionOf(store);

@@ -103,7 +103,7 @@ bool Handle(Connection *connection, PGresult *result, const Awaited &awaited)
             Note(connection, status);
         }
     }
-    if (failed && IsRelease(awaited.Which)) connection->Leaks = true;
+    if (kind == PGRES_FATAL_ERROR && IsRelease(awaited.Which)) connection->Leaks = true;
     if (failed && awaited.What == Awaited::Kind::Prepare)
         connection->Prepared[static_cast<size_t>(awaited.Which)] = false;
     if (awaited.What == Awaited::Kind::Statement && awaited.How == Answer::Kept &&

@@ -316,6 +316,8 @@ int16_t RestoreOpens(Connection *connection);
 // Tells others that the gate's holder is in an exclusive transaction, and whether it is.
 int16_t SendExclusiveMark(Connection *connection);
 bool IsHolderExclusive(Connection *connection);
+// Gives back every file that is locked whole, if what goes before it succeeds.
+void SendUnlockFiles(Connection *connection);
 void ForgetHeld(Connection *connection);
 bool HoldsAnything(const Connection *connection);
 

@@ -198,7 +198,11 @@ int16_t CommitWriter(Writer *writer)
         (void)Send(connection, Statement::NoteTransaction, noted, Answer::Needed);
         status = Send(connection, Statement::Commit, Parameters{}, Answer::Needed);
         const bool sent = status == BtrStatusOk;
+        // Files are locked whole to the end of a transaction, which a commit with counters is.
+        const bool unlocks = writer->WrittenCount > 0;
+        if (unlocks) SendUnlockFiles(connection);
         status = Exchange(connection, 0);
+        if (unlocks && status == BtrStatusOk) connection->WholeCount = 0;
         if (status != BtrStatusOk && sent && connection->Real == nullptr) {
             connection->Writing = nullptr;
             status = FindOut(connection, session, number);
