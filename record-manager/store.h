@@ -75,6 +75,8 @@ struct Store {
     SharedLocks Shared;
 };
 
+struct StoreFunctions;
+
 // Names of the files of which one stands in a directory: its books, or where on a server they are.
 inline constexpr char booksName[] = "books.mdb";
 inline constexpr char serverName[] = "books.server";
@@ -82,13 +84,15 @@ inline constexpr char serverName[] = "books.server";
 // Gives the books of `directory`, opened if this process has not yet done so, for one more client.
 // With `create` they are made if there are none. `readOnly` asks for no more than reading.
 // Returns 0; 12 no directory or no books; 94 no rights or a network file system; 30 not ours, cut off, of a
-// later form, or both kinds of books in one directory; 2 the lock file of running users is gone; 20 no server;
+// later form, or both kinds of books in one place; 2 the lock file of running users is gone; 20 no server;
 // 18, 86, 87, 85.
 // A store on a server is the `client`'s alone.
 int16_t AcquireStore(const char *directory, bool create, bool readOnly, const void *client, Store **store);
 
 // The same of the store in the process, whose books are in the directory itself.
-int16_t AcquireBooks(const char *directory, bool create, bool readOnly, Store **store);
+int16_t AcquireBooks(const char *directory, bool create, bool readOnly, const StoreFunctions *functions,
+                     Store **store);
+extern const StoreFunctions booksFunctions;
 // In a forked child: forgets every store without touching what belongs to the parent.
 void ForgetStores();
 void LockRegistry();
@@ -98,7 +102,7 @@ void AfterForkInParent();
 
 enum class Side : uint8_t { First, Last, AtOrAfter, Before };
 
-// Who waits for a record, and how long. `Waits`: it may wait for itself by way of others, and is then told so.
+// Who waits for a record, and how long. `Waits`: it may wait for itself by way of others, and is told so.
 struct LockWait {
     unsigned Wait_ms;
     bool Waits;
@@ -143,8 +147,8 @@ struct StoreFunctions {
     // Makes a file in place of one of the same name, which nobody may have open. Returns 0, 18, 86.
     int16_t (*CreateFile)(Writer *writer, const char *name, const Definition &definition);
     // After a transaction that made files was undone: takes the trees from the files that are no more, and,
-    // when the files were made anew in another one, gives them back. `last`: the highest number of a file that
-    // stayed.
+    // when the files were made anew in another one, gives them back. `last`: the highest number of a file
+    // that stayed.
     void (*ForgetTrees)(Store *store, uint32_t last);
     int16_t (*RenewTrees)(Writer *writer, uint32_t last);
     // The highest file number given so far.
@@ -183,8 +187,8 @@ struct StoreFunctions {
 
     // A cursor on one of a file's trees in what the writer has made.
     int16_t (*OpenWriteCursor)(Writer *writer, const File &file, size_t tree, Cursor **cursor);
-    // A cursor that outlives the snapshots it is used in, made at its first use. `*stands` tells that it still
-    // stands where it stood, since nothing was committed since. 87 for lack of memory.
+    // A cursor that outlives the snapshots it is used in, made at its first use. `*stands` tells that it
+    // still stands where it stood, since nothing was committed since. 87 for lack of memory.
     int16_t (*UseCursor)(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands);
     void (*CloseCursor)(Cursor *cursor);
 

@@ -118,7 +118,7 @@ int16_t LoadFile(const View &view, uint32_t number, const char *name, File **out
         return status;
     }
     file->Number = number;
-    file->Do = &booksFunctions;
+    file->Do = view.Of->Do;
     memcpy(file->Name, name, strnlen(name, BtrPathSize));
     *out = file;
     return BtrStatusOk;

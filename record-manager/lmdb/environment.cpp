@@ -319,7 +319,8 @@ int16_t OpenBooks(Store *store, bool create, bool readOnly)
     return StatusOf(errno, ENOENT, create ? BtrStatusPermission : BtrStatusFileNotFound);
 }
 
-int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out)
+int16_t OpenStore(const char *directory, bool create, bool readOnly, const StoreFunctions *functions,
+                  Store **out)
 {
     const int directoryFd = host::OpenFile(AT_FDCWD, directory, O_PATH | O_DIRECTORY);
     if (directoryFd < 0) {
@@ -331,7 +332,7 @@ int16_t OpenStore(const char *directory, bool create, bool readOnly, Store **out
         close(directoryFd);
         return BtrStatusHandleTableFull;
     }
-    store->Do = &booksFunctions;
+    store->Do = functions;
     pthread_mutex_init(&store->Mutex, nullptr);
     pthread_mutex_init(&store->Shared.Mutex, nullptr);
     store->DirectoryFd = directoryFd;
@@ -411,14 +412,15 @@ void AfterForkInParent()
     UnlockRegistry();
 }
 
-int16_t AcquireBooks(const char *directory, bool create, bool readOnly, Store **out)
+int16_t AcquireBooks(const char *directory, bool create, bool readOnly, const StoreFunctions *functions,
+                     Store **out)
 {
     LockRegistry();
     CloseIdle();
     BooksFacts found;
     Store *store = TakeKnown(directory, &found);
     const int16_t status = store != nullptr ? CheckKnown(*store, found, readOnly)
-                                            : OpenStore(directory, create, readOnly, &store);
+                                            : OpenStore(directory, create, readOnly, functions, &store);
     if (store != nullptr) {
         store->Next = stores;
         stores = store;

@@ -198,8 +198,6 @@ inline Bytes ToBytes(const char *text) { return {reinterpret_cast<const uint8_t 
 
 // ---- functions.cpp ----
 
-extern const StoreFunctions booksFunctions;
-
 // What store.h tells of them.
 void ReleaseStore(Store *store);
 int16_t TakeLockDescription(Store *store, int *fd);

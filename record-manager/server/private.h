@@ -9,7 +9,7 @@
 //   groups     file, tree, how many values a key with duplicates has
 //   records    file, record number, stamps and record
 //   entries    file, tree, ordered key, record number
-//   sessions   the number of the last transaction of each connection, from which a commit is told whose answer
+//   sessions   the number of each connection's last transaction, from which a commit is told whose answer
 //              was lost
 //
 // Whatever changes a file changes its counters, so rows that were read are still right as long as the
@@ -269,7 +269,7 @@ void Repay(Connection *connection);
 // Takes over a kept result.
 PGresult *TakeKept(Connection *connection, size_t index);
 
-// Makes sure of a connection: connects, and takes again what the client has open. Returns 0, 20, 94, 30, 12, 2.
+// Makes sure of a connection: connects, and takes again what the client has open. 0, 20, 94, 30, 12 or 2.
 int16_t Connect(Connection *connection);
 // The connection is no good any more; what hung on it is gone.
 void Drop(Connection *connection);

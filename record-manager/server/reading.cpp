@@ -158,7 +158,7 @@ int16_t KeepRun(Connection *connection, const Cursor *cursor, const Bound &bound
     return BtrStatusOk;
 }
 
-// Outside a writer. What is in memory is served while it may be; behind that the server is first asked whether
+// Outside a writer. What is in memory is served while it may be; then the server is first asked whether
 // it is still right, and at last for the rows.
 int16_t Search(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes *key, Bytes *value)
 {

@@ -11,7 +11,7 @@ namespace wbtrv {
 
 namespace {
 
-// The connection's own row among the sessions, made before the first transaction that writes its number there.
+// The connection's own row among the sessions, made before the first transaction writes its number there.
 int16_t SendSession(Connection *connection)
 {
     if (connection->HasSession) return BtrStatusOk;

@@ -961,8 +961,9 @@ TEST_F(Sharing, AReaderThatDiedInItsCallIsCleared)
     if (child == 0) {
         wbtrv::Store *store = nullptr;
         wbtrv::View *snapshot = nullptr;
-        const bool reads = wbtrv::AcquireStore(Directory.Path.c_str(), false, false, nullptr, &store) == BtrStatusOk &&
-                           wbtrv::BeginSnapshot(store, &snapshot) == BtrStatusOk;
+        const bool reads =
+            wbtrv::AcquireStore(Directory.Path.c_str(), false, false, nullptr, &store) == BtrStatusOk &&
+            wbtrv::BeginSnapshot(store, &snapshot) == BtrStatusOk;
         // Gone with its snapshot open, as a killed process is.
         _exit(reads ? 0 : 1);
     }

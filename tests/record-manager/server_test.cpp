@@ -321,7 +321,7 @@ TEST_F(OnServer, APostingCostsNoMoreThanSixRoundTrips)
     uint64_t most = 0;
     for (int i = 0; i < 5; ++i) {
         const uint64_t before = RoundTrips();
-        // Accounts and the like are read, then one record is written and a line of it that gets its number here.
+        // Accounts are read, then a record is written and a line of it that gets its number here.
         EXPECT_EQ(Name(T.GetEqual("a")), "a");
         EXPECT_EQ(Name(T.GetEqual("b")), "b");
         EXPECT_EQ(Name(T.GetEqual("a")), "a");
