@@ -174,7 +174,9 @@ def _find_parts(library: ctypes.CDLL) -> Optional[Parts]:
     except OSError:
         reports = None
     beside = path_of(reports if reports is not None else library).parent
-    try:
-        return Parts(ctypes.CDLL(str(beside / "libvarkui.so")), reports)
-    except (OSError, AttributeError):
-        return None
+    for directory in (beside, beside / "vark40"):
+        try:
+            return Parts(ctypes.CDLL(str(directory / "libvarkui.so")), reports)
+        except (OSError, AttributeError):
+            continue
+    return None
