@@ -130,6 +130,32 @@ TEST_F(Install, AHostIsBuiltWithPkgConfig)
     EXPECT_EQ("4.0\n", Shell("pkg-config --modversion vark40").Out);
 }
 
+TEST_F(Install, HostsOfOtherLanguagesAreBuiltAndRun)
+{
+    MakeBooks();
+    const std::string examples = "$P/share/doc/vark40/examples/offene_posten.";
+    const Result cpp =
+        Shell("c++ -std=c++20 " + examples + "cpp $(pkg-config --cflags --libs vark40) -o in_cpp");
+    ASSERT_EQ(0, cpp.ExitCode) << cpp.Err;
+    const Result pascal =
+        Shell("fpc -Fu$P/share/vark40/pascal -Fl$P/lib -FU. -FE. -oin_pascal " + examples + "pas");
+    ASSERT_EQ(0, pascal.ExitCode) << pascal.Out;
+    const std::string said = Shell("LD_LIBRARY_PATH=$P/lib ./in_cpp").Out;
+    EXPECT_TRUE(Contains(said, ";Adler-Apotheke;") && said.ends_with("\ngebucht\n")) << said;
+    EXPECT_EQ(said, Shell("LD_LIBRARY_PATH=$P/lib ./in_pascal").Out);
+    const std::string python = "LD_LIBRARY_PATH=$P/lib PYTHONPATH=$P/lib/python3/dist-packages "
+                               "PYTHONDONTWRITEBYTECODE=1 python3 ";
+    const Result inPython = Shell(python + examples + "py");
+    EXPECT_EQ(said, inPython.Out) << inPython.Err;
+    // Messages and reports come from the parts, which lie in a directory of their own.
+    const Result parts = Shell(python + "-c 'import vark40\n"
+                                        "with vark40.Buecher(1) as b:\n"
+                                        "  print(b.bericht(vark40.Bericht.BILANZ).pdf()[:4])\n"
+                                        "  b.saldo(\"9999\")'");
+    EXPECT_EQ("b'%PDF'\n", parts.Out) << parts.Err;
+    EXPECT_TRUE(Contains(parts.Err, "Die Kontonummer ist unzulässig!")) << parts.Err;
+}
+
 TEST_F(Install, AHostIsBuiltWithCmake)
 {
     MakeBooks();
