@@ -56,6 +56,7 @@ bool HasAllDigits(const AmountText &amount)
 // empty field may have the rest of an older text behind its NUL, so it is replaced as a whole.
 const AmountText &Readable(const AmountText &amount, AmountText &copy)
 {
+    Holds(&copy != &amount);
     if (HasAllDigits(amount)) return amount;
     if (amount[0] == 0) return zeroAmount;
     for (int i = 0; i < amountWidth; ++i) {
@@ -79,6 +80,8 @@ bool AddDigits(AmountText &out, const AmountText &a, const AmountText &b)
     }
     out[amountWidth] = 0;
     Holds(carry == 0 || carry == 1);
+    Holds(IsDigit(out[0]) && IsDigit(out[amountWidth - 1]));
+    Holds(carry == 1 || memcmp(out, b, amountMark) >= 0); // `b` may have been overwritten, not outgrown
     return carry == 0;
 }
 
@@ -98,6 +101,8 @@ bool SubtractDigits(AmountText &out, const AmountText &a, const AmountText &b)
     }
     out[amountWidth] = 0;
     Holds(borrow == 0);
+    Holds(IsDigit(out[0]) && IsDigit(out[amountWidth - 1]));
+    Holds(memcmp(out, upper, amountMark) <= 0);
     return isSwapped;
 }
 
@@ -118,7 +123,8 @@ int64_t ReadPlaces(const char *text, int markIndex)
     for (int i = 0; text[0] != 0 && i < markIndex + 3; ++i) {
         if (i != markIndex) value = value * 10 + DigitValue(text[i]);
     }
-    Holds(value >= 0 && value < magnitudeLimit);
+    Holds(value >= 0);
+    Holds(value < (markIndex == amountMark ? magnitudeLimit : rateLimit));
     return value;
 }
 
@@ -134,6 +140,7 @@ void WritePlaces(char *out, int markIndex, int64_t magnitude)
     out[markIndex] = ',';
     out[markIndex + 3] = 0;
     Holds(magnitude == 0); // all of it was written
+    Holds(IsDigit(out[0]) && IsDigit(out[markIndex + 2]));
 }
 
 void CopyAmount(AmountText &out, const AmountText &from) { memmove(out, from, sizeof out); }
@@ -144,6 +151,8 @@ void WriteDisplay(char *out, const char *places, int markIndex, char dot)
 {
     Holds(out != places);
     Holds(dot == 0 || dot == '.');
+    Holds(markIndex == amountMark || markIndex == rateMark);
+    const char *const begin = out;
     if (places[markIndex] == '-') *out++ = '-';
     int i = 0;
     while (i < markIndex - 1 && DigitValue(places[i]) == 0) {
@@ -158,11 +167,14 @@ void WriteDisplay(char *out, const char *places, int markIndex, char dot)
     *out++ = DigitOf(DigitValue(places[markIndex + 1]));
     *out++ = DigitOf(DigitValue(places[markIndex + 2]));
     *out = 0;
+    Holds(out[-3] == ',');
+    Holds(out - begin >= 4 && out - begin < static_cast<ptrdiff_t>(sizeof(FormattedAmount)));
 }
 
 void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
 {
     Holds(markIndex == amountMark || markIndex == rateMark);
+    Holds(out != text);
     const bool isZero = IsZero(text, markIndex);
     if (isZero) memcpy(text, zeroAmount + amountMark - markIndex, static_cast<size_t>(markIndex) + 4);
     switch (form) {
@@ -172,6 +184,7 @@ void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
             out[i + 1] = i == markIndex ? ',' : DigitOf(DigitValue(text[i]));
         }
         out[markIndex + 4] = 0;
+        Holds(strlen(out) == static_cast<size_t>(markIndex) + 4);
         break;
     case 2: WriteDisplay(out, text, markIndex, 0); break;
     case 3: WriteDisplay(out, text, markIndex, '.'); break;
@@ -187,6 +200,7 @@ void GroupInPlace(char *text)
     memcpy(places, text, sizeof places);
     WriteDisplay(text, places[0] != 0 ? places : zeroAmount, amountMark, '.');
     Holds(strlen(text) < sizeof(FormattedAmount));
+    Holds((text[0] == '-') == (places[0] != 0 && places[amountMark] == '-'));
 }
 
 } // namespace
@@ -215,7 +229,8 @@ bool AmountOfMagnitude(AmountText &out, int64_t magnitude, bool isNegative)
     WritePlaces(out, amountMark, fits ? magnitude : 0);
     out[amountMark] = MarkOf(fits && isNegative);
     Holds(IsWholeAmount(out));
-    Holds(!fits || MagnitudeOf(out) == magnitude);
+    Holds(MagnitudeOf(out) == (fits ? magnitude : 0));
+    Holds(IsNegativeAmount(out) == (fits && isNegative));
     return fits;
 }
 
@@ -224,7 +239,7 @@ bool RateOfMagnitude(RateText &out, int64_t magnitude)
     const bool fits = magnitude >= 0 && magnitude < rateLimit;
     WritePlaces(out, rateMark, fits ? magnitude : 0);
     Holds(IsWholeRate(out));
-    Holds(!fits || MagnitudeOf(out) == magnitude);
+    Holds(MagnitudeOf(out) == (fits ? magnitude : 0));
     return fits;
 }
 
@@ -244,6 +259,7 @@ bool AddAmounts(AmountText &out, const AmountText &a, const AmountText &b)
     } else {
         isSumNegative = isNegative ? SubtractDigits(out, readB, readA) : SubtractDigits(out, readA, readB);
     }
+    Holds(fits || isSumNegative == isNegative); // only amounts of one sign outgrow the field
     out[amountMark] = MarkOf(isSumNegative);
     Holds(IsWholeAmount(out));
     return fits;
@@ -253,6 +269,9 @@ bool AccumulateAmount(AmountText &total, const AmountText &b)
 {
     AmountText sum;
     if (!AddAmounts(sum, total, b)) return false;
+    const bool isGrowing = IsNegativeAmount(total) == IsNegativeAmount(b);
+    Holds(!isGrowing || MagnitudeOf(sum) >= MagnitudeOf(b));
+    Holds(!isGrowing || IsNegativeAmount(sum) == IsNegativeAmount(b));
     CopyAmount(total, sum);
     return true;
 }
@@ -265,6 +284,7 @@ bool DeductAmount(AmountText &total, const AmountText &b)
     } else if (!AmountOfMagnitude(difference, MagnitudeOf(total) + MagnitudeOf(b), IsNegativeAmount(total))) {
         return false;
     }
+    Holds(MagnitudeOf(difference) <= MagnitudeOf(total) + MagnitudeOf(b));
     CopyAmount(total, difference);
     return Holds(IsWholeAmount(total));
 }
@@ -322,6 +342,8 @@ void PadAmountColumn(AmountColumn &text)
     Holds(length >= 4); // "0,00"
     Holds((length - 3) / 4 + 28 - length < sizeof text);
     RightJustify(text, (length - 3) / 4 + 28 - length);
+    Holds(strlen(text) < sizeof text);
+    Holds(text[strlen(text) - 3] == ',');
 }
 
 bool NormalizeAmountInput(char *text, size_t size, int width, bool isSigned)
@@ -348,6 +370,7 @@ bool NormalizeAmountInput(char *text, size_t size, int width, bool isSigned)
     const int missing = decimals < 0 ? 3 : 2 - decimals; // of comma and decimals
     if (length + missing > width) return false;
     const int filled = width - length - missing;
+    Holds(missing >= 0 && missing <= 3);
     Holds(length >= 0 && length <= width);
     Holds(filled >= 0);
     memset(text, '0', static_cast<size_t>(width));
@@ -355,6 +378,7 @@ bool NormalizeAmountInput(char *text, size_t size, int width, bool isSigned)
     text[width - 3] = isNegative ? '-' : ',';
     text[width] = 0;
     Holds(strlen(text) == static_cast<size_t>(width));
+    Holds(IsDigit(text[0]) && IsDigit(text[width - 1]));
     return true;
 }
 
@@ -387,6 +411,7 @@ bool NormalizeDigits(char *text, size_t size, int integerDigits, int decimals, b
         }
     }
     const bool isWhole = from == end;
+    Holds(integer + found <= end);
     Holds(found > 0 && found <= limit);
     Holds(foundDecimals >= 0 && foundDecimals <= decimals);
     char result[32];
@@ -407,6 +432,8 @@ bool NormalizeDigits(char *text, size_t size, int integerDigits, int decimals, b
     result[length++] = 0;
     Holds(length <= size);
     memcpy(text, result, length < size ? length : size);
+    Holds(strnlen(text, size) == length - 1);
+    Holds(decimals == 0 || text[length - 2 - static_cast<size_t>(decimals)] == (isNegative ? '-' : ','));
     return isWhole;
 }
 
@@ -418,6 +445,7 @@ void RightJustify(char *text, size_t width)
     memset(text, ' ', width - length);
     text[width] = 0;
     Holds(strlen(text) == width);
+    Holds(text[0] == ' ');
 }
 
 void TrimLeft(char *text, size_t size)
@@ -430,6 +458,7 @@ void TrimLeft(char *text, size_t size)
     memmove(text, text + blanks, length - blanks);
     memset(text + length - blanks, 0, size - (length - blanks));
     Holds(size == 0 || text[0] != ' ');
+    Holds(strnlen(text, size) == length - blanks);
 }
 
 void StripLeadingZeros(char *text, size_t size)
@@ -442,11 +471,13 @@ void StripLeadingZeros(char *text, size_t size)
     if (zeros == 0) return;
     memmove(text, text + zeros, length - zeros);
     text[length - zeros] = 0;
-    Holds(text[0] != 0);
+    Holds(text[0] != 0 && text[0] != ',');
+    Holds(strnlen(text, size) == length - zeros);
 }
 
 int64_t RoundToDecimals(double value, int decimals)
 {
+    Holds(decimals >= 0);
     if (!(value >= 0.0) || !(value < 1e16)) return -1;
     // "d.dddddddddddddddde+dd": the digits before and behind the point, then the exponent.
     constexpr int significantDigits = 17;
@@ -457,6 +488,8 @@ int64_t RoundToDecimals(double value, int decimals)
     const char *const exponentMark = text + 1 + significantDigits;
     int exponent = 0;
     std::from_chars(exponentMark + (exponentMark[1] == '+' ? 2 : 1), written.ptr, exponent);
+    Holds(text[1] == '.' && *(exponentMark) == 'e');
+    Holds(exponent <= 16);                      // the value is below 10 to that
     const int wanted = exponent + 1 + decimals; // digits that stay
     if (wanted < 0) return 0;
     if (wanted > significantDigits) return -1;
@@ -467,20 +500,25 @@ int64_t RoundToDecimals(double value, int decimals)
     }
     if (wanted < significantDigits && digitAt(wanted) >= '5') ++result;
     Holds(result >= 0);
+    Holds(wanted != 0 || result <= 1);
     return result;
 }
 
 void PercentOfAmount(AmountText &out, const AmountText &amount, const RateText &rate)
 {
     // Hundredths divided by 100 are the doubles nearest to the texts, as reading the texts would give them.
-    const double amountValue = static_cast<double>(MagnitudeOf(amount)) / 100.0;
+    const int64_t magnitude = MagnitudeOf(amount);
+    const double amountValue = static_cast<double>(magnitude) / 100.0;
     const double rateValue = static_cast<double>(MagnitudeOf(rate)) / 100.0;
     const double product = rateValue * 0.01 * amountValue;
     // At most 99,99 % of an amount: it always fits.
     const bool isNegative = IsNegativeAmount(amount);
     Holds(product >= 0.0);
+    Holds(product <= amountValue);
     const bool fits = AmountOfMagnitude(out, product < 0.01 ? 0 : RoundToDecimals(product, 2), isNegative);
     Holds(fits);
+    Holds(MagnitudeOf(out) <= magnitude);
+    Holds(IsNegativeAmount(out) == isNegative);
 }
 
 bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate)
@@ -504,19 +542,24 @@ bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate
     const bool fits = AmountOfMagnitude(out, net / 100 + roundUp, isNegative);
     Holds(fits);
     Holds(MagnitudeOf(out) <= magnitude);
+    Holds(IsNegativeAmount(out) == isNegative);
     return true;
 }
 
 int CheckAmountField(char *text, size_t size, int width)
 {
     Holds(width == amountWidth || width == rateWidth);
+    Holds(size > static_cast<size_t>(width));
     size_t length = strnlen(text, size);
     if (length == 0) return Message::EingabeFehlt;
     while (length > 0 && !IsDigit(text[length - 1])) {
         --length;
     }
     if (length < size) text[length] = 0;
-    if (NormalizeAmountInput(text, size, width, false)) return 0;
+    if (NormalizeAmountInput(text, size, width, false)) {
+        Holds(strnlen(text, size) == static_cast<size_t>(width));
+        return 0;
+    }
     return width == rateWidth ? Message::ProzentsatzErwartet : Message::BetragErwartet;
 }
 
