@@ -30,6 +30,7 @@ using NumberText = char[sizeof(AccountNumber)];
 
 bool FindPersonal(ThreadContext &context, const KeyBuffer &key, bool &found, bool &hasUstId, TableId table)
 {
+    Holds(table == TableDebi || table == TableKred);
     PersonalRecord record{};
     if (!GetEqual(context, &record, key, found, table)) return false;
     if (found) hasUstId = record.UstId[0] != 0;
@@ -63,6 +64,7 @@ NumberSeries SeriesAfter(const NumberText &last)
         series.Tail = value;
         CopyText(series.Prefix, sizeof series.Prefix, last, length - digits);
     }
+    Holds(std::strlen(series.Prefix) == length - digits);
     return series;
 }
 
@@ -87,6 +89,7 @@ bool Candidate(const NumberSeries &series, NumberText &out)
 
 int32_t FreeNumberAfter(ThreadContext &context, const NumberText &last, NumberText &out)
 {
+    Holds(last[0] != ' ');
     NumberSeries series = SeriesAfter(last);
     int32_t kind;
     do {
@@ -100,11 +103,13 @@ int32_t FreeNumberAfter(ThreadContext &context, const NumberText &last, NumberTe
         ++series.Tail;
     } while (kind != KontoartKeine);
     Holds(out[0] != ' ');
+    Holds(std::strlen(out) <= accountDigits);
     return 1;
 }
 
 bool LastNumber(ThreadContext &context, TableId table, bool &found, NumberText &last)
 {
+    Holds(table == TableDebi || table == TableKred);
     if (!OpenTable(context, table)) return false;
     PersonalRecord record{};
     const bool read = GetLast(context, &record, found, table);
@@ -119,6 +124,7 @@ bool LastNumber(ThreadContext &context, TableId table, bool &found, NumberText &
 int32_t FindAccount(ThreadContext &context, const AccountNumber &konto, SakoRecord &sako, bool &hasUstId)
 {
     hasUstId = false;
+    Holds(konto[sizeof konto - 1] == 0);
     const KeyBuffer key = KeyOfText(konto, sizeof konto);
     bool found = false;
     if (!GetEqual(context, &sako, key, found, TableSako)) return 0;
@@ -147,7 +153,9 @@ int32_t VARK_CALL VARK_ExistiertKonto(int32_t mandant, const char *konto, int32_
     AccountNumber number;
     JustifyNumber(number, konto);
     bool found = false;
+    Holds(std::strlen(number) == accountDigits);
     if (!Exists(*context, KeyOfText(number, sizeof number), found, kind->Table)) return engineFailure;
+    AtRestHolds(*context);
     return found ? 1 : 0;
 }
 
@@ -171,6 +179,7 @@ int32_t VARK_CALL VARK_HoleFreieKontonr(int32_t mandant, int32_t art, char *out)
     } else {
         CopyText(free, kind->FirstNumber);
     }
+    AtRestHolds(*context);
     if (result == 1 && out != nullptr) std::memcpy(out, free, std::strlen(free) + 1);
     return result;
 }

@@ -5,6 +5,7 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
+#include "src/frame/record_store.h"
 #include "src/model/accounts.h"
 #include "src/values/account_numbers.h"
 #include "src/values/amounts.h"
@@ -46,6 +47,7 @@ bool TakeOff(SollHaben &sums, const BubeRecord &record, PostingAccount which)
     case PostingAccount::Soll: return DeductAmount(sums.Soll, record.Soll);
     case PostingAccount::Haben: return DeductAmount(sums.Haben, record.Haben);
     default:
+        Holds(which == PostingAccount::Steuer);
         return DeductAmount((record.Steuerflags & BubeSteuerPlus) != 0 ? sums.Haben : sums.Soll,
                             record.Steuer);
     }
@@ -62,6 +64,7 @@ bool TakeOffUnderKey(ThreadContext &context, SollHaben &sums, const AccountNumbe
         const bool isInMonth = (scan.Record.Status & (BubeOhneNetto | BubeNichtImMonat)) == 0;
         isGood = (!isInMonth || TakeOff(sums, scan.Record, which)) && NextPosting(scan);
     }
+    Holds(!isGood || !scan.Found);
     return isGood;
 }
 
@@ -99,6 +102,7 @@ bool AccountSumsToDate(ThreadContext &context, const AccountNumber &konto, const
 {
     const int month = FiscalMonthOf(date);
     if (month < 1 || month > 12) return false;
+    Holds(bube != TableUnused);
     CopyText(result.Soll, zeroAmount);
     CopyText(result.Haben, zeroAmount);
     const bool hasEarlier = (options & SumEarlierMonths) != 0;
@@ -144,6 +148,7 @@ int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kon
     AmountText balance;
     if (!YearBalance(*kind, record, balance)) return engineFailure;
     Holds(IsWholeAmount(balance));
+    AtRestHolds(*context);
     Holds(form >= 1 && form <= 3);
     FormattedAmount formatted;
     FormatAmount(form, balance, formatted);

@@ -26,6 +26,8 @@ int32_t CheckAccount(ThreadContext &context, const AccountNumber &konto, int32_t
 {
     const int32_t kind = FindAccount(context, konto, record, hasUstId);
     Holds(code < 0);
+    Holds(std::strlen(konto) == accountDigits);
+    Holds(word != nullptr);
     if (kind == 0) return engineFailure;
     Holds(!hasUstId || kind != KontoartSachkonto);
     if (kind == KontoartKeine || kind != art)
@@ -37,6 +39,7 @@ int32_t CheckAccount(ThreadContext &context, const AccountNumber &konto, int32_t
 bool ReadZahlungsziel(ThreadContext &context, const AccountNumber &konto, uint8_t art, int32_t &number)
 {
     number = 0;
+    Holds(std::strlen(konto) == accountDigits);
     const AccountKind *const kind = FindKindOfBuchung(art);
     if (kind == nullptr || kind->OpenItems == TableUnused) return true;
     PersonalRecord record{};
@@ -50,6 +53,7 @@ bool ReadZahlungsziel(ThreadContext &context, const AccountNumber &konto, uint8_
 
 bool HoldPostingTables(HeldTables &held)
 {
+    Holds(held.Context.TransactionDepth == 0);
     for (const TableId table :
          {TableKred, TableDebi, TableSako, TableBat, TableSplit, TableSteke, TableKobu, TableStapel}) {
         if (!Hold(held, table)) return false;
@@ -77,6 +81,7 @@ bool CalendarDigits(ThreadContext &context, const char *date, char (&out)[7])
     Holds(std::strlen(shown) == 8);
     const char digits[7] = {packed[0], packed[1], shown[3], shown[4], shown[6], shown[7], 0};
     CopyText(out, digits);
+    Holds(std::strlen(out) == sizeof out - 1);
     return true;
 }
 
@@ -98,6 +103,7 @@ int32_t CheckPostingHead(ThreadContext &context, int32_t stapel, PackedDate &dat
     if (!SelectYear(context, yearText)) return engineFailure;
     Holds(std::strlen(date) == sizeof date - 1);
     Holds(std::strcmp(context.WorkYear, yearText) == 0);
+    Holds(stapelPosition != 0);
     return 1;
 }
 
@@ -129,6 +135,8 @@ int32_t CheckAccountsAndAmounts(ThreadContext &context, TeilbuchungWork &work, i
         !NormalizeDigits(eingabe.Steuerbetrag, sizeof eingabe.Steuerbetrag, 9, 2, false, true)) {
         return Report(context, Message::AngabeUnzulaessig, steuerbetragRefused, "Steuerbetrag", partIndex);
     }
+    Holds(!SameText(eingabe.Sollkonto, eingabe.Habenkonto));
+    Holds(eingabe.SollArt != KontoartKeine && eingabe.HabenArt != KontoartKeine);
     Holds(IsWholeAmount(eingabe.Brutto));
     Holds(eingabe.Steuersatz[0] == 0 || IsWholeRate(eingabe.Steuersatz));
     Holds(eingabe.Steuerbetrag[0] == 0 || IsWholeAmount(eingabe.Steuerbetrag));
@@ -150,6 +158,7 @@ void FillImage(TeilbuchungWork &work)
     CopyText(image.Text, eingabe.Text);
     image.SollArt = BuchungskontoartOf(eingabe.SollArt);
     image.HabenArt = BuchungskontoartOf(eingabe.HabenArt);
+    Holds(image.SollArt != 0 && image.HabenArt != 0);
     Holds(std::strlen(image.Sollkonto) == accountDigits);
     Holds(std::strlen(image.Habenkonto) == accountDigits);
     Holds(!SameText(image.Sollkonto, image.Habenkonto));
@@ -157,6 +166,7 @@ void FillImage(TeilbuchungWork &work)
 
 int32_t CheckZahlungsziel(ThreadContext &context, int32_t number)
 {
+    Holds(context.TransactionDepth == 0);
     if (number == 0) return 1;
     bool found = false;
     if (!Exists(context, KeyOfNumber(number), found, TableZahlziel)) return engineFailure;

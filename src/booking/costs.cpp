@@ -26,6 +26,8 @@ bool HasKostenschablone(const SakoRecord &sako) { return sako.Kostenschablone !=
 bool MakeLine(const KoschazeRecord &row, const AmountText &netto, AmountText &total, bool isLast,
               KostenSeite seite, KobuRecord &line)
 {
+    Holds(IsWholeAmount(netto));
+    Holds(IsWholeAmount(total));
     line = {};
     CopyText(line.Kostenobjekt1, row.Kostenobjekt1);
     CopyText(line.Kostenobjekt2, row.Kostenobjekt2);
@@ -41,11 +43,27 @@ bool MakeLine(const KoschazeRecord &row, const AmountText &netto, AmountText &to
         PercentOfAmount(line.Betrag, netto, rate);
     }
     Holds(line.FinaleBuchung == 0 && line.Splitnummer == 0);
+    Holds(IsWholeAmount(line.Betrag));
     if (!AccumulateAmount(total, line.Betrag)) return false;
     if (!isLast) return true;
     AmountText rest;
     SubtractAmounts(rest, netto, total);
     return AccumulateAmount(line.Betrag, rest);
+}
+
+int64_t SignedAmount(const AmountText &amount)
+{
+    return IsNegativeAmount(amount) ? -MagnitudeOf(amount) : MagnitudeOf(amount);
+}
+
+// The lines that a whole Kostenschablone gave add up to the net amount, to the Pfennig.
+bool LinesHold(const Teilbuchung &teil)
+{
+    int64_t sum = 0;
+    for (int16_t i = 0; i < teil.Image.Kostenzeilen; ++i) {
+        sum += SignedAmount(teil.Kostenzeilen[i].Betrag);
+    }
+    return Holds(sum == SignedAmount(teil.Image.Netto));
 }
 
 // Reads the lines of the image's Kostenschablone, `count` at most.
@@ -76,6 +94,7 @@ Expansion ExpandLines(ThreadContext &context, Teilbuchung &teil, int32_t count, 
         if (!GetNextF(context, &row, found, TableKoschaze)) return Expansion::Failed;
     }
     Holds(teil.Image.Kostenzeilen <= std::max(count, 0));
+    if (count > 0 && teil.Image.Kostenzeilen == count && !LinesHold(teil)) return Expansion::Failed;
     return Expansion::Done;
 }
 
@@ -84,6 +103,7 @@ int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite s
 {
     Holds(work.Teil.Image.Kostenzeilen == 0);
     const SakoRecord &sako = seite == KostenSeite::Soll ? work.Soll : work.Haben;
+    Holds(partIndex >= noPart);
     const Expansion expanded = ExpandKostenschablone(context, seite, sako.Kostenschablone, work.Teil);
     TeilbuchungHolds(work.Teil);
     if (expanded == Expansion::Done) return 1;
@@ -97,6 +117,7 @@ int32_t ExpandCosts(ThreadContext &context, TeilbuchungWork &work, KostenSeite s
 int32_t RequireCosts(const ThreadContext &context, const TeilbuchungWork &work, int32_t partIndex)
 {
     Holds(work.Teil.Image.Kostenzeilen == 0);
+    Holds(work.Teil.Kostenzeilen == nullptr);
     const bool touchesGuv = work.Soll.Zuordnung == ZuordnungGuv || work.Haben.Zuordnung == ZuordnungGuv;
     if (context.CostsRequired == 0 || !touchesGuv) return 1;
     return Report(context, Message::KostenstelleFehlt, costsMissing, nullptr, partIndex);
@@ -106,6 +127,7 @@ int32_t RequireCosts(const ThreadContext &context, const TeilbuchungWork &work, 
 
 int32_t CheckKostenschablone(ThreadContext &context, int32_t number, int32_t partIndex)
 {
+    Holds(context.TransactionDepth == 0);
     if (number == 0) return 1;
     bool found = false;
     if (!Exists(context, KeyOfNumber(number), found, TableKoscha)) return engineFailure;
@@ -135,6 +157,7 @@ int32_t AssignKostenschablone(const ThreadContext &context, SakoRecord &soll, ui
     }
     Holds(toSoll ? sollIsSachkonto : habenIsSachkonto);
     (toSoll ? soll : haben).Kostenschablone = number;
+    Holds(HasKostenschablone(toSoll ? soll : haben));
     return 1;
 }
 
@@ -151,6 +174,8 @@ Expansion ExpandKostenschablone(ThreadContext &context, KostenSeite seite, int32
     if (!OpenTable(context, TableKoschaze)) return Expansion::Failed;
     const Expansion expanded = ExpandLines(context, teil, head.Zeilen, seite);
     CloseTable(context, TableKoschaze);
+    TeilbuchungHolds(teil);
+    Holds(expanded != Expansion::Done || teil.Image.Kostenschablone == number);
     return expanded;
 }
 

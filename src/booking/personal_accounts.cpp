@@ -56,12 +56,16 @@ void EndTexts(PekoEingabe &eingabe)
     end(eingabe.Konto, eingabe.Kuerzel, eingabe.Name1, eingabe.Name2, eingabe.UstId, eingabe.Land,
         eingabe.Waehrung, eingabe.Plz, eingabe.Adresse2, eingabe.Adresse1, eingabe.Blz, eingabe.Bankkonto,
         eingabe.Bank, eingabe.Gegenkonto, eingabe.Skonto);
+    Holds(eingabe.Konto[sizeof eingabe.Konto - 1] == 0);
+    Holds(eingabe.Skonto[sizeof eingabe.Skonto - 1] == 0);
 }
 
 // 1, -31 or -32 for a number or Kürzel that any of the three account tables has, -3.
 int32_t CheckUnique(ThreadContext &context, const PekoWork &work)
 {
     constexpr TableId tables[] = {TableSako, TableKred, TableDebi};
+    Holds(std::strlen(work.Konto) == accountDigits);
+    Holds(work.Kuerzel[0] != 0);
     bool found = false;
     for (const TableId table : tables) {
         if (!Exists(context, KeyOf(work.Konto), found, table)) return engineFailure;
@@ -81,6 +85,8 @@ int32_t ResolveAccount(ThreadContext &context, PekoWork &work, TableId table)
     if (work.Konto[0] == 0 && work.Kuerzel[0] == 0) {
         return Report(context, Message::KontonummerUnzulaessig, noAccountNamed, "K", noPart);
     }
+    Holds(table == TableKred || table == TableDebi);
+    Holds(!work.IsLocked);
     const bool isByKuerzel = work.Konto[0] == 0;
     work.Position = KeyCode(table, isByKuerzel ? 1 : 0);
     RightJustify(work.Konto, accountDigits);
@@ -110,6 +116,7 @@ int32_t BeginNew(ThreadContext &context, PekoWork &work)
         return Report(context, Message::ExistiertBereits, unique,
                       unique == kontoExists ? "Konto" : "Kürzel"_w, noPart);
     }
+    Holds(unique == 1 && !work.IsLocked);
     return 1;
 }
 
@@ -164,6 +171,8 @@ int32_t CheckFields(ThreadContext &context, PekoEingabe &eingabe, bool isDebitor
         return Report(context, Message::Unzulaessig, mahnkennzifferRefused, "Die Mahnkennziffer ist", noPart);
     }
     if (eingabe.Land[0] == 0) CopyText(eingabe.Land, context.DefaultLand);
+    Holds(IsWholeRate(eingabe.Skonto));
+    Holds(eingabe.Gegenkonto[0] == 0 || std::strlen(eingabe.Gegenkonto) == accountDigits);
     return CheckZahlungsziel(context, eingabe.Zahlungsziel);
 }
 
@@ -192,6 +201,8 @@ void FillRecord(const ThreadContext &context, PekoWork &work, bool isDebitor)
     record.Mahnkennziffer = static_cast<int16_t>(eingabe.Mahnkennziffer);
     CopyText(record.UstId, eingabe.UstId);
     if (!isDebitor) CopyText(record.Waehrung, eingabe.Waehrung);
+    Holds(SameText(record.Konto, work.Konto));
+    Holds((record.Blz[0] != 0) == (eingabe.Bankkonto[0] != 0));
     record.Zahlungsziel = eingabe.Zahlungsziel;
     CopyText(record.Bankkonto, eingabe.Bankkonto);
 }
@@ -214,6 +225,7 @@ bool BeginWriting(HeldTables &held, const PekoEingabe &eingabe)
 int32_t CheckStillUnique(ThreadContext &context, const PekoWork &work, TableId own)
 {
     Holds(context.TransactionDepth > 0);
+    Holds(work.Record.Konto[0] != 0);
     for (const TableId table : {TableSako, TableKred, TableDebi}) {
         bool found = false;
         if (table == own) continue;
@@ -264,6 +276,7 @@ int32_t EndWriting(ThreadContext &context, int32_t result)
 
 int32_t WriteNew(ThreadContext &context, PekoWork &work, TableId table)
 {
+    Holds(!work.IsLocked); // nobody has a record that is not there
     HeldTables held(context);
     if (!BeginWriting(held, work.Eingabe)) return engineFailure;
     bool exists = false;
@@ -278,6 +291,7 @@ int32_t WriteNew(ThreadContext &context, PekoWork &work, TableId table)
 int32_t WriteChanged(ThreadContext &context, PekoWork &work)
 {
     Holds(work.IsLocked);
+    Holds(work.Record.Konto[0] != 0);
     HeldTables held(context);
     if (!BeginWriting(held, work.Eingabe)) return engineFailure;
     int32_t result = engineFailure;
@@ -307,11 +321,13 @@ int32_t DoPeko(ThreadContext &context, int32_t aktion, int32_t art, PekoWork &wo
     result = CheckFields(context, work.Eingabe, isDebitor);
     if (result != 1) return result;
     FillRecord(context, work, isDebitor);
+    Holds(work.IsLocked == (aktion == AktionAendern));
     return aktion == AktionNeu ? WriteNew(context, work, table) : WriteChanged(context, work);
 }
 
 bool HoldAccountTables(HeldTables &held)
 {
+    Holds(held.Context.TransactionDepth == 0);
     return Hold(held, TableKred) && Hold(held, TableDebi) && Hold(held, TableSako);
 }
 
@@ -338,6 +354,8 @@ void InitPersonalRecord(PersonalRecord &record)
     for (AmountText &amount : record.ReservedAmounts709) {
         clear(amount);
     }
+    Holds(IsWholeAmount(record.Umsaetze.Slot0.Haben));
+    Holds(IsWholeAmount(record.Umsaetze.Monat[11].Haben));
 }
 
 int32_t ChangePersonalAccount(ThreadContext &context, int32_t aktion, int32_t art, const PekoEingabe *eingabe,
@@ -354,10 +372,11 @@ int32_t ChangePersonalAccount(ThreadContext &context, int32_t aktion, int32_t ar
     if (selected < 1) return selected;
     HeldTables held(context);
     if (!HoldAccountTables(held)) return engineFailure;
-    Holds(context.TransactionDepth == 0);
+    AtRestHolds(context);
     const int32_t result = DoPeko(context, aktion, art, work);
     Holds(result <= 1);
     if (work.IsLocked) Unlock(context, work.Position);
+    AtRestHolds(context);
     return result;
 }
 

@@ -7,6 +7,8 @@
 #include "src/frame/record_store.h"
 #include "src/model/accounts.h"
 
+#include <cstring>
+
 namespace vark {
 
 namespace {
@@ -15,6 +17,7 @@ bool Break(Promises &promises, int32_t message, int32_t code, const char *word, 
 {
     Holds(promises.Code == 0);
     Holds(code < 0);
+    Holds(message != 0 && index >= noPart);
     promises.Code = code;
     promises.Message = message;
     promises.Word = word;
@@ -31,7 +34,7 @@ const SplitRecord &ImageAt(const Buchung &buchung, int32_t index)
 bool AccountExists(ThreadContext &context, const AccountNumber &konto, uint8_t art, bool &found)
 {
     const AccountKind *const kind = FindKindOfBuchung(art);
-    if (!Holds(kind != nullptr)) return false;
+    if (!Holds(kind != nullptr) || !Holds(std::strlen(konto) == accountDigits)) return false;
     return StillExists(context, KeyOfText(konto, sizeof konto), found, kind->Table);
 }
 
@@ -47,7 +50,7 @@ bool HasKostenschablone(const Buchung &buchung)
 
 bool HoldPromised(HeldTables &held, const Buchung &buchung, const Promises &promises)
 {
-    if (!Holds(buchung.Bat.Anzahl > 0)) return false;
+    if (!Holds(buchung.Bat.Anzahl > 0) || !Holds(promises.Code == 0)) return false;
     Holds(held.Context.TransactionDepth == 0);
     if (promises.Zahlungsziel != 0 && !Hold(held, TableZahlziel)) return false;
     return !HasKostenschablone(buchung) || Hold(held, TableKoscha);

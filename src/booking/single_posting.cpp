@@ -120,10 +120,10 @@ int32_t InsertSinglePosting(ThreadContext &context, const BuchungEingabe *eingab
     if (!HoldPostingTables(held)) return engineFailure;
     TeilbuchungWork work{};
     Buchung buchung{};
-    Holds(context.TransactionDepth == 0);
+    AtRestHolds(context);
     const int32_t result = PostSingle(context, copy, work, buchung);
     Holds(result <= 1);
-    Holds(context.TransactionDepth == 0);
+    AtRestHolds(context);
     FreeTeilbuchung(work.Teil);
     FreeBuchung(buchung);
     return result;

@@ -10,6 +10,7 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
+#include "src/frame/record_store.h"
 #include "src/values/amounts.h"
 #include "text/fixed_text.h"
 
@@ -50,6 +51,7 @@ int32_t CheckSides(const ThreadContext &context, const SplitEingabe &eingabe, ui
     if (!sollIsSame && !habenIsSame)
         return Report(context, Message::SplitkontoFehlt, sidesRefused, nullptr, noPart);
     Holds(sollIsSame != habenIsSame);
+    Holds(seite == SplitseiteKeine);
     seite = sollIsSame ? SplitseiteSoll : SplitseiteHaben;
     return 1;
 }
@@ -126,6 +128,7 @@ int32_t PostSplit(ThreadContext &context, const SplitEingabe &eingabe, Buchung &
         if (result != 1) return result;
     }
     Holds(bat.Anzahl == eingabe.Anzahl);
+    Holds(BuchungHolds(buchung));
     Holds(bat.Anzahl < 2 || bat.Splitseite != SplitseiteKeine);
     if (eingabe.Zahlungsziel != 0) bat.Zahlungsziel = eingabe.Zahlungsziel;
     promises.Zahlungsziel = eingabe.Zahlungsziel;
@@ -147,6 +150,7 @@ int32_t EndSplit(ThreadContext &context, int32_t post, int32_t showMessages)
     Holds(context.SplitHeader.Anzahl <= inlineParts + context.SplitCapacity);
     const int32_t result = InsertSplitPosting(context, &context.SplitHeader, showMessages);
     context.SplitViaEnde = 0;
+    AtRestHolds(context);
     Holds(context.SplitOpen == 0);
     return result;
 }
@@ -185,10 +189,10 @@ int32_t InsertSplitPosting(ThreadContext &context, const SplitEingabe *eingabe, 
     HeldTables held(context);
     if (!HoldPostingTables(held)) return engineFailure;
     Buchung buchung{};
-    Holds(context.TransactionDepth == 0);
+    AtRestHolds(context);
     const int32_t result = PostSplit(context, copy, buchung);
     Holds(result <= 1);
-    Holds(context.TransactionDepth == 0);
+    AtRestHolds(context);
     FreeBuchung(buchung);
     return result;
 }
@@ -213,6 +217,8 @@ int32_t VARK_CALL VARK_SplitStartEx(int32_t mandant, int32_t stapel, const char 
     if (entered != ready) return entered;
     EndSplit(*context, 0, 0);
     SplitEingabe &header = context->SplitHeader;
+    Holds(header.Anzahl == 0);
+    AtRestHolds(*context);
     header.Mandant = mandant;
     header.Stapel = stapel;
     if (!CalendarDigits(*context, datum, header.Datum)) return dateRefused;
@@ -253,6 +259,8 @@ int32_t VARK_CALL VARK_SplitEinfuegenEx(const char *sollkonto, int32_t sollArt, 
     CopyText(part->Text, text);
     part->Kostenschablone = kostenschablone;
     ++context->SplitHeader.Anzahl;
+    Holds(context->SplitHeader.Anzahl <= inlineParts + context->SplitCapacity);
+    AtRestHolds(*context);
     return 1;
 }
 

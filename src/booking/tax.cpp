@@ -63,6 +63,7 @@ int32_t SettleKnownRate(ThreadContext &context, TeilbuchungWork &work, uint8_t k
 void MatchFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t key, const PackedDate &date)
 {
     Holds(work.Class == SteuerSonstigerSatz);
+    Holds(work.Eingabe.Steuersatz[0] == 0 || IsWholeRate(work.Eingabe.Steuersatz));
     for (const uint8_t attempt : {SteuerRegelsatz, SteuerErmaessigt}) {
         const auto tried = static_cast<uint8_t>((key & SteuerVorsteuer) + attempt);
         if (!RateAt(context, tried, date, work.Teil.Image)) continue;
@@ -119,6 +120,7 @@ int32_t SettleFreeRate(ThreadContext &context, TeilbuchungWork &work, uint8_t ke
     const auto freeKey = static_cast<uint8_t>((key & SteuerVorsteuer) + SteuerSonstigerSatz);
     SplitRecord &image = work.Teil.Image;
     if (!RateAt(context, freeKey, date, image)) return engineFailure;
+    Holds((image.Steuerschluessel & SteuerSonstigerSatz) != 0);
     if (work.IsFixedRate && (work.KeyClass & classesWithFixedRate) != 0) {
         CopyText(image.Steuersatz, zeroRate);
     } else {
@@ -144,6 +146,7 @@ void ChooseTaxKey(uint8_t sollKey, uint8_t habenKey, int16_t sollZuordnung, int1
         seite = SteuerseiteSoll;
     }
     Holds((key == 0) == (seite == SteuerseiteKeine));
+    Holds(key == 0 || key == (seite == SteuerseiteSoll ? sollKey : habenKey));
 }
 
 bool RateAt(ThreadContext &context, uint8_t key, const PackedDate &date, SplitRecord &image)
@@ -154,6 +157,7 @@ bool RateAt(ThreadContext &context, uint8_t key, const PackedDate &date, SplitRe
     image.Steuerfolge = 0;
     image.Steuerschluessel = key & SteuerCodeMaske;
     Holds(date[0] != 0);
+    Holds(image.Steuerschluessel <= SteuerCodeMaske);
     if (!FindPostingRate(context, image.Steuerschluessel, date, row, folge, found) || !found) return false;
     CopyText(image.Steuersatz, row.Satz);
     image.Steuerfolge = folge;
@@ -193,6 +197,8 @@ int32_t SettleTax(ThreadContext &context, TeilbuchungWork &work, const PackedDat
     CopyText(image.Brutto, eingabe.Brutto);
     CopyText(image.Netto, eingabe.Brutto);
     Holds(image.Kostenzeilen == 0);
+    Holds(IsWholeAmount(image.Brutto));
+    Holds(SameText(image.Brutto, image.Netto));
     return 1;
 }
 
@@ -218,8 +224,10 @@ int32_t SettleNet(const ThreadContext &context, TeilbuchungWork &work, int32_t p
     } else if (work.Class != 0 && work.Class != SteuerNullsatz) {
         // Where no net amount can be worked out it is the gross one, which is what stands there then.
         NetFromGross(image.Netto, image.Brutto, image.Steuersatz);
+        Holds(MagnitudeOf(image.Netto) <= MagnitudeOf(image.Brutto));
     }
     Holds(IsWholeAmount(image.Netto));
+    Holds(image.Netto[amountMark] == image.Brutto[amountMark]);
     return 1;
 }
 

@@ -51,6 +51,7 @@ bool FindRate(ThreadContext &context, uint16_t code, const PackedDate &date, Old
 {
     found = false;
     Holds(code <= SteuerCodeMaske);
+    Holds(date[0] != 0);
     HeldTables held(context);
     return Hold(held, TableSteke) && FindRow(context, code, date, older, row, folge, found);
 }
@@ -60,7 +61,9 @@ bool FindRate(ThreadContext &context, uint16_t code, const PackedDate &date, Old
 bool FindTaxRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row, bool &found)
 {
     uint16_t folge = 0;
-    return FindRate(context, code, date, OlderRates::Next, row, folge, found);
+    const bool read = FindRate(context, code, date, OlderRates::Next, row, folge, found);
+    Holds(!found || row.Code == code);
+    return read;
 }
 
 bool FindPostingRate(ThreadContext &context, uint16_t code, const PackedDate &date, StekeRecord &row,
@@ -85,6 +88,7 @@ bool RateFromAmounts(const AmountText &soll, const AmountText &haben, RateText &
         if (MagnitudeOf(product) == tax) return true;
     }
     Holds(net > 0);
+    Holds(IsWholeAmount(netText));
     const double quotient = static_cast<double>(tax) / 100.0 / (static_cast<double>(net) / 100.0);
     return RateOfMagnitude(rate, RoundToDecimals(quotient * 100.0, 2));
 }

@@ -61,6 +61,7 @@ constexpr size_t longestRecord = 1398; // mahntext
 //   1  no table has fewer than no users
 //   2  tables are held open exactly while a transaction runs
 //   3  a lock is asked for without waiting, or not at all
+//   4  what is to be shown is held back only while a transaction runs
 //   4  a report is held back only while a transaction runs
 bool StoreHolds(const ThreadContext &context, int slot)
 {
@@ -68,11 +69,19 @@ bool StoreHolds(const ThreadContext &context, int slot)
            Holds(context.TransactionDepth >= 0) &&
            Holds((context.HoldOpen != 0) == (context.TransactionDepth > 0)) &&
            Holds(context.HeldReportCount == 0 || context.TransactionDepth > 0) &&
-           Holds(context.LockBias == 0 || context.LockBias == lockSingleNoWait);
+           Holds(context.LockBias == 0 || context.LockBias == lockSingleNoWait) &&
+           Holds(context.HeldReportCount == 0 || context.TransactionDepth > 0);
 }
 
 int SlotOf(TableKeyCode code) { return TableOf(code); }
 int8_t KeyNumberOf(TableKeyCode code) { return static_cast<int8_t>(KeyOf(code)); }
+
+// What is true of the code of a table and key: bube has the most keys.
+bool CodeHolds(TableKeyCode code)
+{
+    constexpr int8_t lastKey = 7;
+    return Holds(SlotOf(code) < slotCount) && Holds(KeyNumberOf(code) >= 0 && KeyNumberOf(code) <= lastKey);
+}
 
 // A key as the engine takes it: room for whatever it writes back.
 struct EngineKey {
@@ -102,7 +111,8 @@ void KeepLength(ThreadContext &context, int slot, uint32_t length)
 // One call on a slot with the slot's own key buffer, length entry and position block.
 int16_t CallSlot(ThreadContext &context, uint16_t operation, void *data, int slot, int8_t keyNumber)
 {
-    if (!StoreHolds(context, slot) || !Holds(data != nullptr)) return statusNotReady;
+    if (!StoreHolds(context, slot) || !Holds(data != nullptr) || !Holds(keyNumber >= 0))
+        return statusNotReady;
     EngineKey key(context.KeyBuffers[slot]);
     uint32_t length = LengthOf(context, slot);
     const int16_t status =
@@ -123,6 +133,7 @@ uint16_t TakeLockBias(ThreadContext &context)
 void ShowReport(const HeldReport &report)
 {
     Holds(report.Path[sizeof report.Path - 1] == 0);
+    Holds(report.Status != statusOk);
     if (report.IsInUse && ReportLocked(report.Status)) return;
     ReportStatus(report.Status, report.Path[0] != 0 ? report.Path : nullptr);
 }
@@ -140,22 +151,26 @@ void Tell(ThreadContext &context, int16_t status, const char *path = nullptr, bo
     } else if (context.HeldReportCount < static_cast<int32_t>(std::size(context.HeldReports))) {
         context.HeldReports[context.HeldReportCount++] = report;
     }
+    Holds(context.HeldReportCount <= static_cast<int32_t>(std::size(context.HeldReports)));
 }
 
 void ShowHeldReports(ThreadContext &context)
 {
     Holds(context.TransactionDepth == 0);
     const int32_t count = context.HeldReportCount;
+    Holds(count >= 0 && count <= static_cast<int32_t>(std::size(context.HeldReports)));
     context.HeldReportCount = 0;
     for (int32_t i = 0; i < count; ++i) {
         ShowReport(context.HeldReports[i]);
     }
+    Holds(context.HeldReportCount == 0);
 }
 
 void TellBiased(ThreadContext &context, int16_t status) { Tell(context, status, nullptr, true); }
 
 bool OpenIfClosed(ThreadContext &context, TableKeyCode code)
 {
+    if (!CodeHolds(code)) return false;
     const bool isOpen = context.OpenCounts[SlotOf(code)] != 0 || OpenTable(context, code);
     return isOpen && Holds(context.OpenCounts[SlotOf(code)] > 0);
 }
@@ -197,7 +212,7 @@ bool CallAndReport(ThreadContext &context, uint16_t operation, void *data, int s
 {
     const int16_t status = CallSlot(context, operation, data, slot, keyNumber);
     if (status != statusOk) Tell(context, status);
-    return status == statusOk;
+    return status == statusOk && StoreHolds(context, slot);
 }
 
 // Reads a record by its key for no more than whether it is there.
@@ -205,7 +220,7 @@ bool CallAndReport(ThreadContext &context, uint16_t operation, void *data, int s
 bool LookFor(ThreadContext &context, const KeyBuffer &key, bool &found, bool *isLocked, TableKeyCode code)
 {
     found = false;
-    if (!OpenTable(context, code)) return false;
+    if (!CodeHolds(code) || !OpenTable(context, code)) return false;
     const int slot = SlotOf(code);
     context.KeyBuffers[slot] = key;
     char scratch[longestRecord];
@@ -218,6 +233,8 @@ bool LookFor(ThreadContext &context, const KeyBuffer &key, bool &found, bool *is
     }
     if (!read) Tell(context, status);
     CloseTable(context, slot);
+    Holds(read || !found);
+    Holds(isLocked == nullptr || !*isLocked || !found);
     return read && StoreHolds(context, slot);
 }
 
@@ -249,15 +266,23 @@ bool TablePath(const ThreadContext &context, int table, const char *yearName, ch
     }
     const int length = std::snprintf(out, size, "%s%s%s%s%s%s.btr", directory, before, year, suffix,
                                      separator, tableCatalogue[table].Stem);
+    Holds(length > static_cast<int>(sizeof ".btr" - 1)); // a table has a name
     return length > 0 && static_cast<size_t>(length) < size;
 }
 
 } // namespace
 
+bool AtRestHolds(const ThreadContext &context)
+{
+    return Holds(context.TransactionDepth == 0) && Holds(context.HoldOpen == 0) &&
+           Holds(context.HeldReportCount == 0);
+}
+
 void FillRecordLengthTable()
 {
     for (int i = 0; i < slotCount; ++i) {
         Holds(tableCatalogue[i].RecordLength <= longestRecord);
+        Holds(tableCatalogue[i].Stem != nullptr);
         RecordLengthTable[i].store(tableCatalogue[i].RecordLength, std::memory_order_relaxed);
     }
 }
@@ -269,6 +294,7 @@ int16_t CallEngine(uint16_t operation, PositionBlock &position, void *data, uint
         return statusNotReady;
     }
     uint32_t dataLength = length != nullptr ? *length : 0;
+    Holds(keyNumber >= -1);
     const int16_t status = EngineEntry(operation, &position, data, &dataLength, key, longestKey, keyNumber);
     if (length != nullptr) *length = dataLength & 0xFFFF;
     return status;
@@ -278,12 +304,15 @@ bool OpenTable(ThreadContext &context, TableKeyCode code, const char *yearName, 
 {
     const int table = SlotOf(code);
     if (slot == 0) slot = table;
-    if (!StoreHolds(context, slot) || !Holds(slot == table || slot >= SlotFree29)) return false;
+    if (!CodeHolds(code) || !StoreHolds(context, slot)) return false;
+    if (!Holds(slot == table || slot >= SlotFree29)) return false;
     if (context.OpenCounts[slot] == 0) {
         if (yearName != nullptr && table < 12) KeepLength(context, slot, LengthOf(context, table));
         char path[longestKey + 1] = {};
         char nothing[1] = {};
         const bool fits = TablePath(context, table, yearName, path, longestPath + 1);
+        Holds(!fits || std::strlen(path) <= longestPath);
+        Holds(!fits || std::strcmp(path + std::strlen(path) - 4, ".btr") == 0);
         char sent[sizeof path];
         std::memcpy(sent, path, sizeof sent);
         const int16_t status =
@@ -306,6 +335,7 @@ bool CloseTable(ThreadContext &context, int slot)
     if (!StoreHolds(context, slot)) return false;
     if (context.OpenCounts[slot] == 0 || context.HoldOpen != 0) return true;
     if (--context.OpenCounts[slot] != 0) return true;
+    Holds(context.OpenCounts[slot] == 0);
     char nothing[1] = {};
     EngineKey key(KeyBuffer{});
     return CallEngine(engineClose, context.PositionBlocks[slot], nothing, nullptr, key.Bytes, 0) == statusOk;
@@ -313,7 +343,7 @@ bool CloseTable(ThreadContext &context, int slot)
 
 void ForceTableClosed(ThreadContext &context, int slot)
 {
-    if (context.OpenCounts[slot] == 0) return;
+    if (!Holds(slot >= 0 && slot < slotCount) || context.OpenCounts[slot] == 0) return;
     StoreHolds(context, slot);
     context.OpenCounts[slot] = 1;
     CloseTable(context, slot);
@@ -325,18 +355,20 @@ void CloseAllTables(ThreadContext &context)
     for (int slot = 0; slot < slotCount; ++slot) {
         ForceTableClosed(context, slot);
     }
+    StoreHolds(context, 0);
 }
 
 bool GetEqual(ThreadContext &context, void *data, const KeyBuffer &key, bool &found, TableKeyCode code)
 {
     found = false;
-    if (!OpenTable(context, code)) return false;
+    if (!CodeHolds(code) || !OpenTable(context, code)) return false;
     const int slot = SlotOf(code);
     context.KeyBuffers[slot] = key;
     const auto biased = static_cast<uint16_t>(engineGetEqual + TakeLockBias(context));
     const int16_t status = CallSlot(context, biased, data, slot, KeyNumberOf(code));
     found = status == statusOk;
     const bool read = found || status == statusKeyNotFound;
+    Holds(read || !found);
     if (!read) TellBiased(context, status);
     CloseTable(context, slot);
     return read && StoreHolds(context, slot) && Holds(context.LockBias == 0);
@@ -350,7 +382,8 @@ bool Exists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyC
 bool StillExists(ThreadContext &context, const KeyBuffer &key, bool &found, TableKeyCode code,
                  uint32_t position)
 {
-    if (!OpenTable(context, code)) return false;
+    if (!CodeHolds(code) || !OpenTable(context, code)) return false;
+    Holds(context.TransactionDepth > 0);
     bool isLocked = false;
     bool read = LookFor(context, key, found, &isLocked, code);
     uint32_t now = 0;
@@ -358,9 +391,10 @@ bool StillExists(ThreadContext &context, const KeyBuffer &key, bool &found, Tabl
         read = CurrentPosition(context, now, code);
         found = now == position;
     }
+    Holds(!found || position == 0 || now == position);
     found = found || isLocked;
     CloseTable(context, SlotOf(code));
-    return read;
+    return read && StoreHolds(context, SlotOf(code));
 }
 
 bool GetFirst(ThreadContext &context, void *data, TableKeyCode code)
@@ -376,17 +410,19 @@ bool GetFirstF(ThreadContext &context, void *data, bool &found, TableKeyCode cod
 
 bool GetNext(ThreadContext &context, void *data, TableKeyCode code)
 {
-    return ReadBiased(context, engineGetNext, data, code);
+    return CodeHolds(code) && ReadBiased(context, engineGetNext, data, code);
 }
 
 bool GetNextF(ThreadContext &context, void *data, bool &found, TableKeyCode code)
 {
-    return ReadFound(context, engineGetNext, data, found, code);
+    found = false;
+    return CodeHolds(code) && ReadFound(context, engineGetNext, data, found, code);
 }
 
 bool GetPreviousF(ThreadContext &context, void *data, bool &found, TableKeyCode code)
 {
-    return ReadFound(context, engineGetPrevious, data, found, code);
+    found = false;
+    return CodeHolds(code) && ReadFound(context, engineGetPrevious, data, found, code);
 }
 
 bool GetGreaterEqual(ThreadContext &context, void *data, const KeyBuffer &key, TableKeyCode code)
@@ -419,6 +455,7 @@ bool GetLast(ThreadContext &context, void *data, bool &found, TableKeyCode code)
     const auto biased = static_cast<uint16_t>(engineGetLast + TakeLockBias(context));
     const int16_t status = CallSlot(context, biased, data, SlotOf(code), KeyNumberOf(code));
     found = status == statusOk;
+    Holds(context.LockBias == 0);
     if (found || status == statusEndOfFile) return StoreHolds(context, SlotOf(code));
     TellBiased(context, status);
     return false;
@@ -426,7 +463,8 @@ bool GetLast(ThreadContext &context, void *data, bool &found, TableKeyCode code)
 
 bool Insert(ThreadContext &context, void *data, TableKeyCode code)
 {
-    if (HasBrokenBelief(context) || !OpenTable(context, code)) return false;
+    if (!CodeHolds(code) || HasBrokenBelief(context) || !OpenTable(context, code)) return false;
+    Holds(context.OpenCounts[SlotOf(code)] > 0);
     // Without a close on failure: the count stays up until the thread's tables are closed by force.
     if (!CallAndReport(context, engineInsert, data, SlotOf(code), 0)) return false;
     CloseTable(context, SlotOf(code));
@@ -437,11 +475,13 @@ bool Insert(ThreadContext &context, void *data, TableKeyCode code)
 bool InsertUnlessThere(ThreadContext &context, void *data, bool &exists, TableKeyCode code)
 {
     exists = false;
-    if (HasBrokenBelief(context) || !OpenTable(context, code)) return false;
+    if (!CodeHolds(code) || HasBrokenBelief(context) || !OpenTable(context, code)) return false;
     const int slot = SlotOf(code);
     const int16_t status = CallSlot(context, engineInsert, data, slot, 0);
     exists = status == statusDuplicateKey;
     const bool done = status == statusOk || exists;
+    Holds(context.OpenCounts[slot] > 0);
+    Holds(done || !exists);
     if (!done) Tell(context, status);
     CloseTable(context, slot);
     return done && StoreHolds(context, slot);
@@ -450,7 +490,7 @@ bool InsertUnlessThere(ThreadContext &context, void *data, bool &exists, TableKe
 bool Update(ThreadContext &context, void *data, TableKeyCode code)
 {
     const int slot = SlotOf(code);
-    return !HasBrokenBelief(context) && context.OpenCounts[slot] != 0 &&
+    return CodeHolds(code) && !HasBrokenBelief(context) && context.OpenCounts[slot] != 0 &&
            CallAndReport(context, engineUpdate, data, slot, KeyNumberOf(code));
 }
 
@@ -458,27 +498,32 @@ bool Delete(ThreadContext &context, TableKeyCode code)
 {
     char nothing[1] = {};
     const int slot = SlotOf(code);
-    return !HasBrokenBelief(context) && context.OpenCounts[slot] != 0 &&
+    return CodeHolds(code) && !HasBrokenBelief(context) && context.OpenCounts[slot] != 0 &&
            CallAndReport(context, engineDelete, nothing, slot, 0);
 }
 
-void LockNext(ThreadContext &context) { context.LockBias = lockSingleNoWait; }
+void LockNext(ThreadContext &context)
+{
+    StoreHolds(context, 0);
+    context.LockBias = lockSingleNoWait;
+}
 
 bool Unlock(ThreadContext &context, TableKeyCode code)
 {
     char nothing[4] = {};
-    return CallAndReport(context, engineUnlock, nothing, SlotOf(code), 0);
+    return CodeHolds(code) && CallAndReport(context, engineUnlock, nothing, SlotOf(code), 0);
 }
 
 bool RereadCurrent(ThreadContext &context, TableKeyCode code)
 {
     const int slot = SlotOf(code);
-    if (context.OpenCounts[slot] == 0) return false;
+    if (!CodeHolds(code) || context.OpenCounts[slot] == 0) return false;
     char scratch[longestRecord];
     uint32_t positionLength = 4;
     EngineKey key(context.KeyBuffers[slot]);
     int16_t status =
         CallEngine(engineGetPosition, context.PositionBlocks[slot], scratch, &positionLength, key.Bytes, 0);
+    Holds(status != statusOk || positionLength == 4);
     // The direct read takes the position from the head of the same buffer.
     if (status == statusOk) status = CallSlot(context, engineGetDirect, scratch, slot, KeyNumberOf(code));
     if (status != statusOk) Tell(context, status);
@@ -488,7 +533,7 @@ bool RereadCurrent(ThreadContext &context, TableKeyCode code)
 bool CurrentPosition(ThreadContext &context, uint32_t &position, TableKeyCode code)
 {
     const int slot = SlotOf(code);
-    if (context.OpenCounts[slot] == 0) return false;
+    if (!CodeHolds(code) || context.OpenCounts[slot] == 0) return false;
     position = 0;
     uint32_t length = sizeof position;
     EngineKey key(context.KeyBuffers[slot]);
@@ -500,7 +545,7 @@ bool CurrentPosition(ThreadContext &context, uint32_t &position, TableKeyCode co
 
 int32_t RecordCount(ThreadContext &context, TableKeyCode code)
 {
-    if (!OpenTable(context, code)) return -1;
+    if (!CodeHolds(code) || !OpenTable(context, code)) return -1;
     const int slot = SlotOf(code);
     char answer[272] = {};
     uint32_t length = sizeof answer;
@@ -510,8 +555,10 @@ int32_t RecordCount(ThreadContext &context, TableKeyCode code)
     if (status != statusOk) Tell(context, status);
     CloseTable(context, slot);
     if (status != statusOk || !StoreHolds(context, slot)) return -1;
+    Holds(length >= 10); // the number of records lies at 6
     int32_t count;
     std::memcpy(&count, answer + 6, sizeof count);
+    Holds(count >= 0);
     return count;
 }
 
@@ -553,6 +600,9 @@ bool Transaction(ThreadContext &context, TransactionAction action)
         call(engineAbort);
         context.TransactionDepth = 0;
     }
+    Holds(action != TransactionAction::Abort || context.TransactionDepth == 0);
+    Holds(!mustUndo || context.TransactionDepth == 0);
+    Holds(!begins || status != statusOk || context.TransactionDepth > 0);
     context.HoldOpen = context.TransactionDepth > 0 ? 1 : 0;
     if (context.TransactionDepth == 0) ShowHeldReports(context);
     if (status != statusOk) Tell(context, status);
@@ -581,6 +631,7 @@ KeyBuffer KeyOfText(const char *text, size_t width)
     if (!Holds(text != nullptr) || !Holds(width > 0)) return key;
     if (width > sizeof key.Bytes) width = sizeof key.Bytes;
     std::memcpy(key.Bytes, text, strnlen(text, width - 1));
+    Holds(key.Bytes[sizeof key.Bytes - 1] == 0);
     return key;
 }
 

@@ -40,6 +40,10 @@ void ForceTableClosed(ThreadContext &context, int slot);
 // Closes all 31 slots.
 void CloseAllTables(ThreadContext &context);
 
+// The belief of exports that nothing of a posting is left in the thread: no transaction, no table held open
+// for one, nothing held back to be shown.
+bool AtRestHolds(const ThreadContext &context);
+
 // Keyed reads. Those marked "biased" honour LockNext and show message 1420 for a record in use.
 bool GetEqual(ThreadContext &context, void *data, const KeyBuffer &key, bool &found,
               TableKeyCode code); // biased

@@ -576,7 +576,7 @@ Breaches Beliefs(const Files &files)
         int Hundredths;    // of a belief a function
     };
     static const Floor floors[] = {
-        {"src/booking/", 135}, {"src/frame/record_store", 90}, {"src/values/amounts", 105}};
+        {"src/booking/", 200}, {"src/frame/record_store", 200}, {"src/values/amounts", 200}};
     // Holds(…) and the checks that are made of it; a function begins with a brace in the first column, or
     // stands in one line.
     static const std::regex belief("\\b\\w*Holds\\(");
