@@ -42,6 +42,10 @@
 
 #include "vark40.h"
 
+#ifdef __linux__
+#include <dlfcn.h>
+#endif
+
 namespace vark40 {
 
 // ---- Names and texts of the numbers: from here on made by bindings/declare ----
@@ -221,15 +225,82 @@ namespace detail {
 
 [[noreturn]] inline void StopUse() { std::abort(); } // of a value that is none: a mistake of the host
 
+inline std::string FromBooks(std::string_view text);
+
+// What belongs to a thread: how many of its books hear messages and how many there are, which range its
+// cursor serves, and what the library has said since its last call began, UTF-8.
+struct OfThread {
+    int Opened = 0;
+    int Hearing = 0;
+    std::uint64_t Cursor = 0;
+    std::uint64_t LastCursor = 0;
+    std::string Said;
+};
+
+inline OfThread &ThisThread()
+{
+    thread_local OfThread state;
+    return state;
+}
+
+// Answers a message box: with the button that does the least.
+inline int HearBox(const char *text, unsigned, void *) noexcept
+{
+    std::string &said = ThisThread().Said;
+    if (!said.empty()) said += ' ';
+    said += FromBooks(text);
+    return 0;
+}
+
+using AnswerBoxes = int (*)(int (*answer)(const char *, unsigned, void *), void *context);
+
+// The call of the library's window system by which a host answers boxes; null where there is none of ours.
+inline AnswerBoxes FindAnswerBoxes()
+{
+#ifdef __linux__
+    // The ready library has loaded the report engine; the window system lies beside that.
+    void *reports = dlopen("librs.so", RTLD_NOW | RTLD_NOLOAD);
+    void *entry =
+        reports != nullptr ? dlsym(reports, "RSOpenReport") : reinterpret_cast<void *>(&VARK_Status);
+    Dl_info info = {};
+    if (entry == nullptr || dladdr(entry, &info) == 0 || info.dli_fname == nullptr) return nullptr;
+    const std::string path = info.dli_fname;
+    const std::string beside = path.substr(0, path.rfind('/') + 1);
+    void *windows = dlopen((beside + "libvarkui.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (windows == nullptr) return nullptr;
+    return reinterpret_cast<AnswerBoxes>(dlsym(windows, "VarkUiAnswerBoxes"));
+#else
+    return nullptr;
+#endif
+}
+
+// Begins or ends hearing on this thread; false where messages cannot be heard.
+inline bool Hear(bool begin)
+{
+    static const AnswerBoxes answerBoxes = FindAnswerBoxes();
+    return answerBoxes != nullptr && answerBoxes(begin ? HearBox : nullptr, nullptr) != 0;
+}
+
+// "Teilbuchung 3: ..." is about Teile[2].
+inline std::string PartOf(std::string_view said)
+{
+    constexpr std::string_view begin = "Teilbuchung ";
+    unsigned number = 0;
+    if (!said.starts_with(begin)) return {};
+    std::from_chars(said.data() + begin.size(), said.data() + said.size(), number);
+    return number > 0 ? "Teile[" + std::to_string(number - 1) + "]." : std::string();
+}
+
 inline Error Failure(std::int32_t code, std::string_view field = {})
 {
+    const std::string &said = ThisThread().Said;
     Error error;
     error.Code = static_cast<Ergebnis>(code);
-    error.Field = field;
-    error.Message = TextOf(error.Code);
+    error.Message = said.empty() ? std::string(TextOf(error.Code)) : said;
     for (const ResultText &each : resultTexts) {
-        if (each.Code == error.Code && field.empty()) error.Field = each.Field;
+        if (each.Code == error.Code && field.empty()) field = each.Field;
     }
+    error.Field = PartOf(said) + std::string(field);
     return error;
 }
 
@@ -652,19 +723,6 @@ inline std::optional<Satz> GivenRate(const char *text)
     return Satz::Von(0, static_cast<std::int32_t>(read->Pfennig));
 }
 
-// What belongs to a thread: how many books it has open, and which range its cursor serves.
-struct OfThread {
-    int Opened = 0;
-    std::uint64_t Cursor = 0;
-    std::uint64_t LastCursor = 0;
-};
-
-inline OfThread &ThisThread()
-{
-    thread_local OfThread state;
-    return state;
-}
-
 } // namespace detail
 
 // ---- Ranges ----
@@ -758,6 +816,7 @@ private:
             return;
         }
         bool isLast = false;
+        detail::ThisThread().Said.clear();
         current.emplace(deliver(isLast, hint));
         isOver = isLast || !*current;
         if (isOver) detail::ThisThread().Cursor = 0;
@@ -813,22 +872,27 @@ enum class Bericht {
     KostenAufteilung,
 };
 
-// Whether the library's numbered messages of what it refuses are shown in boxes as well.
-enum class Meldungen : std::int32_t { Still = 0, Zeigen = 1 };
+// What becomes of the library's messages while books are open on a thread: they are the Message of an Error
+// and nothing is shown, questions get the answer that does the least (without the window system beside the
+// library Message is the text of the code); or the library shows them to the person in boxes.
+enum class Meldungen { Fangen, Zeigen };
 
 // The books of a Mandant, for the thread that opened them. With the last books of a thread its tables close.
 class Buecher {
 public:
-    [[nodiscard]] static Result<Buecher> Oeffnen(std::int32_t mandant, Meldungen meldungen = Meldungen::Still)
+    [[nodiscard]] static Result<Buecher> Oeffnen(std::int32_t mandant,
+                                                 Meldungen meldungen = Meldungen::Fangen)
     {
         const std::int32_t state = VARK_Status();
+        detail::ThisThread().Said.clear();
         if (state != VARK_GUT) return detail::Failure(state);
-        return Buecher(mandant, meldungen);
+        const bool hears = meldungen == Meldungen::Fangen && detail::Hear(true);
+        return Buecher(mandant, hears, hears || meldungen == Meldungen::Zeigen);
     }
 
     Buecher(Buecher &&other) noexcept
-        : mandant(other.mandant), shown(other.shown), isOpen(std::exchange(other.isOpen, false)),
-          thread(other.thread)
+        : mandant(other.mandant), shown(other.shown), hears(other.hears),
+          isOpen(std::exchange(other.isOpen, false)), thread(other.thread)
     {}
     Buecher &operator=(Buecher &&) = delete;
     Buecher(const Buecher &) = delete;
@@ -836,7 +900,9 @@ public:
     ~Buecher()
     {
         if (!isOpen || thread != std::this_thread::get_id()) return;
-        if (--detail::ThisThread().Opened == 0) VARK_SchliesseDB();
+        detail::OfThread &state = detail::ThisThread();
+        if (--state.Opened == 0) VARK_SchliesseDB();
+        if (hears && --state.Hearing == 0) detail::Hear(false);
     }
 
     // ---- Booking ----
@@ -857,7 +923,8 @@ public:
         return Written(VARK_BuchungEinfuegen(&record, shown));
     }
 
-    // Take care: an unknown Kostenschablone in a part writes nothing and is a success all the same.
+    // Take care where messages are not heard: an unknown Kostenschablone in a part then writes nothing and is
+    // a success all the same.
     [[nodiscard]] Result<void> Buchen(const Splitbuchung &split) const
     {
         detail::Filling filling;
@@ -880,7 +947,7 @@ public:
         }
         record.Kennzeichen = split.Kennzeichen;
         record.Zahlungsziel = split.Zahlungsziel;
-        return Written(VARK_SplitBuchungEinfuegen(&record, shown));
+        return WrittenInParts(VARK_SplitBuchungEinfuegen(&record, shown));
     }
 
     // ---- Personal accounts ----
@@ -1036,7 +1103,7 @@ public:
         VarkWindow window = Make(bericht, params, parent);
         if (window != nullptr || params.ViewResult == 1) return window;
         Error error = detail::Failure(VARK_ABGEBROCHEN);
-        error.Message = "Der Bericht wurde nicht erstellt.";
+        if (detail::ThisThread().Said.empty()) error.Message = "Der Bericht wurde nicht erstellt.";
         return error;
     }
 
@@ -1056,17 +1123,20 @@ public:
 private:
     using Konto = char[8];
 
-    Buecher(std::int32_t number, Meldungen meldungen)
-        : mandant(number), shown(static_cast<std::int32_t>(meldungen))
+    Buecher(std::int32_t number, bool isHearing, bool isShowing)
+        : mandant(number), shown(isShowing ? 1 : 0), hears(isHearing)
     {
         ++detail::ThisThread().Opened;
+        if (hears) ++detail::ThisThread().Hearing;
     }
 
+    // Every call begins here.
     [[nodiscard]] std::optional<Error> Misused() const
     {
         if (thread != std::this_thread::get_id())
             return detail::Misuse(Fault::WrongThread, "Die Bücher gehören einem anderen Thread.");
         if (!isOpen) return detail::Misuse(Fault::Closed, "Die Bücher sind geschlossen.");
+        detail::ThisThread().Said.clear();
         return std::nullopt;
     }
 
@@ -1089,6 +1159,13 @@ private:
     {
         if (code == VARK_GUT) return {};
         return detail::Failure(code, code == VARK_FEHLER_KONTO ? "Habenkonto" : "");
+    }
+
+    // An unknown Kostenschablone in a part is told to the person alone: the result is that of a booking.
+    [[nodiscard]] Result<void> WrittenInParts(std::int32_t code) const
+    {
+        const bool isRefused = code == VARK_GUT && hears && !detail::ThisThread().Said.empty();
+        return Written(isRefused ? static_cast<std::int32_t>(VARK_FEHLER_KOSTENSCHABLONE) : code);
     }
 
     static Result<std::optional<std::int32_t>> Chosen(std::int32_t number)
@@ -1128,7 +1205,7 @@ private:
             VARK_SplitEnde(0, 0);
             return detail::Failure(VARK_FEHLER_KEIN_SPEICHER);
         }
-        return Written(VARK_SplitEnde(1, shown));
+        return WrittenInParts(VARK_SplitEnde(1, shown));
     }
 
     [[nodiscard]] Result<void> Peko(Aktion aktion, const Personenkonto &konto) const
@@ -1205,8 +1282,8 @@ private:
         char konto[8] = "", kuerzel[10] = "", name[50] = "";
         std::uint32_t zuordnung = 0, fest = 0, kosten = 0;
         const std::int32_t code = VARK_HoleSako(konto, kuerzel, name, &zuordnung, &fest, &kosten);
-        // The last Sachkonto comes with the code of a failure, which itself gives none.
-        isLast = code == VARK_FEHLER_DATENBANK && konto[0] != '\0';
+        // The last Sachkonto comes with the code of a failure; a failure has been told, or has given nothing.
+        isLast = code == VARK_FEHLER_DATENBANK && konto[0] != '\0' && detail::ThisThread().Said.empty();
         if (code != VARK_GUT && !isLast) return detail::Failure(code);
         return Sachkonto{
             detail::Given(konto), detail::Given(kuerzel), detail::Given(name), zuordnung, fest != 0,
@@ -1290,6 +1367,7 @@ private:
 
     std::int32_t mandant;
     std::int32_t shown;
+    bool hears;
     bool isOpen = true;
     std::thread::id thread = std::this_thread::get_id();
 };

@@ -15,7 +15,11 @@
 
   Books and what reads in them belong to the thread that made them; a program with threads uses cthreads
   first. A thread has one cursor: the next reading that begins ends the one before, which says so if it goes
-  on. The library keeps silent unless Meldungen is True; then it shows what it refuses in message boxes. }
+  on.
+
+  While books are open on a thread the library's messages are those of the exceptions, nothing is shown, and
+  questions get the answer that does the least; without the window system beside the library a message is the
+  text of its code. With Zeigen the library shows them to the person in boxes instead. }
 unit vark40;
 
 {$mode objfpc}{$H+}
@@ -172,18 +176,20 @@ type
   TVarkBuecher = class
   private
     FMandant, FMeldungen: Int32;
+    FHoert: Boolean;
     FThread: TThreadID;
     procedure Peko(Aktion: Int32; const Konto: TVarkPersonenkonto);
     procedure BeginneKonten(Art: Int32; const Ab: string; out Nummer: Int64; out IstLeer: Boolean);
     function Gewaehlt(Nummer: Int32; out Wahl: Int32): Boolean;
-    procedure NeedThread;
+    procedure Beginne;
+    procedure NeedGeteilt(Code: Int32);
   public
-    constructor Create(Mandant: Int32; Meldungen: Boolean = False);
+    constructor Create(Mandant: Int32; Zeigen: Boolean = False);
     destructor Destroy; override;
 
     { Write a booking into its Stapel, whole or not at all; it is on disk when they return. The parts of the
-      second, any number, have the Sollkonto or the Habenkonto in common. Take care: an unknown
-      Kostenschablone in a part writes nothing and is a success all the same. }
+      second, any number, have the Sollkonto or the Habenkonto in common. Take care where messages are not
+      heard: an unknown Kostenschablone in a part then writes nothing and is a success all the same. }
     procedure Buchen(const Buchung: TVarkBuchung);
     procedure SplitBuchen(const Teile: TVarkTeile);
 
@@ -235,7 +241,14 @@ function VarkMeldung(Code: Int32): string;
 
 implementation
 
+{$ifdef linux}
+uses
+  dl;
+{$endif}
+
 threadvar
+  Gesagt: string; { by the library since its last call began }
+  HoerendeBuecher: Int32;
   GeoeffneteBuecher: Int32;
   LaufenderCursor: Int64; { number of the reading that the thread's cursor serves, 0 for none }
   LetzterCursor: Int64;
@@ -270,21 +283,100 @@ begin
     Result := 'Abgelehnt mit dem Code ' + IntToStr(Code) + '.';
 end;
 
-procedure RaiseResult(Code: Int32; Field: string = '');
+{ "Teilbuchung 3: ..." is about Teile[2]. }
+function PartOf(const Said: string): string;
+const
+  Beginning = 'Teilbuchung ';
+var
+  Number: Int32;
+begin
+  Result := '';
+  if Copy(Said, 1, Length(Beginning)) <> Beginning then
+    Exit;
+  Number := StrToIntDef(Copy(Said, Length(Beginning) + 1, Pos(':', Said) - Length(Beginning) - 1), 0);
+  if Number > 0 then
+    Result := Format('Teile[%d].', [Number - 1]);
+end;
+
+procedure RaiseResult(Code: Int32; Field: string = ''; Meldung: string = '');
 var
   At: Int32;
 begin
   At := IndexOfResult(Code);
   if (Field = '') and (At >= 0) then
     Field := VarkResultTexts[At].Field;
+  Field := PartOf(Gesagt) + Field;
+  if Gesagt <> '' then
+    Meldung := Gesagt
+  else if Meldung = '' then
+    Meldung := VarkMeldung(Code);
   case Code of
     VARK_ABGEBROCHEN:
-      raise EVarkCancelled.Create(Code, Field, VarkMeldung(Code));
+      raise EVarkCancelled.Create(Code, Field, Meldung);
     VARK_FEHLER_DATENBANK, VARK_FEHLER_KEIN_DATENPFAD, VARK_FEHLER_KEIN_SPEICHER:
-      raise EVarkUnavailable.Create(Code, Field, VarkMeldung(Code));
+      raise EVarkUnavailable.Create(Code, Field, Meldung);
   else
-    raise EVarkRefused.Create(Code, Field, VarkMeldung(Code));
+    raise EVarkRefused.Create(Code, Field, Meldung);
   end;
+end;
+
+{ ---- Messages ---- }
+
+type
+  TBoxAnswer = function(Text: PAnsiChar; Style: UInt32; Context: Pointer): Int32; cdecl;
+  TAnswerBoxes = function(Answer: TBoxAnswer; Context: Pointer): Int32; cdecl;
+
+var
+  AnswerBoxes: TAnswerBoxes = nil; { of the library's window system; nil where there is none of ours }
+  WasLookedFor: Boolean = False;
+  Looking: TRTLCriticalSection;
+
+{ Answers a message box: with the button that does the least. }
+function HearBox(Text: PAnsiChar; Style: UInt32; Context: Pointer): Int32; cdecl;
+begin
+  if Gesagt <> '' then
+    Gesagt := Gesagt + ' ';
+  Gesagt := Gesagt + VarkText(Text);
+  Result := 0;
+end;
+
+procedure FindAnswerBoxes;
+{$ifdef linux}
+const
+  RTLD_NOLOAD = 4;
+var
+  Reports, Entry, Windows: Pointer;
+  Info: dl_info;
+begin
+  { The ready library has loaded the report engine; the window system lies beside that. }
+  Reports := dlopen('librs.so', RTLD_NOW or RTLD_NOLOAD);
+  if Reports <> nil then
+    Entry := dlsym(Reports, 'RSOpenReport')
+  else
+    Entry := @VARK_Status;
+  if (Entry = nil) or (dladdr(Entry, @Info) = 0) then
+    Exit;
+  Windows := dlopen(PAnsiChar(ExtractFilePath(Info.dli_fname) + 'libvarkui.so'), RTLD_NOW);
+  if Windows <> nil then
+    AnswerBoxes := TAnswerBoxes(dlsym(Windows, 'VarkUiAnswerBoxes'));
+end;
+{$else}
+begin
+end;
+{$endif}
+
+{ Begins or ends hearing on this thread; False where messages cannot be heard. }
+function Hear(Answer: TBoxAnswer): Boolean;
+begin
+  EnterCriticalSection(Looking);
+  try
+    if not WasLookedFor then
+      FindAnswerBoxes;
+    WasLookedFor := True;
+  finally
+    LeaveCriticalSection(Looking);
+  end;
+  Result := (AnswerBoxes <> nil) and (AnswerBoxes(Answer, nil) <> 0);
 end;
 
 { ---- Values ---- }
@@ -516,6 +608,7 @@ begin
   if FThread <> GetCurrentThreadId then
     raise EVarkThread.Create(VARK_FEHLER_NICHT_BEGONNEN, '', 'Hier liest ein anderer Thread.');
   FIstZuEnde := True;
+  Gesagt := '';
   if LaufenderCursor <> FNummer then
     raise EVarkCursor.Create(VARK_FEHLER_NICHT_BEGONNEN, '',
       'Inzwischen wurde in diesem Thread anderes gelesen.');
@@ -601,8 +694,8 @@ var
 begin
   Konto[0] := #0;
   Code := VARK_HoleSako(Konto, Kuerzel, Name, @Zuordnung, @FesterSatz, @MitKosten);
-  { The last Sachkonto comes with the code of a failure, which itself gives none. }
-  IstLetzter := (Code = VARK_FEHLER_DATENBANK) and (Konto[0] <> #0);
+  { The last Sachkonto comes with the code of a failure; a failure has been told, or has given nothing. }
+  IstLetzter := (Code = VARK_FEHLER_DATENBANK) and (Konto[0] <> #0) and (Gesagt = '');
   if (Code <> VARK_GUT) and not IstLetzter then
     RaiseResult(Code);
   Satz := Default(TVarkSachkonto);
@@ -690,35 +783,46 @@ end;
 
 { ---- Books ---- }
 
-constructor TVarkBuecher.Create(Mandant: Int32; Meldungen: Boolean);
+constructor TVarkBuecher.Create(Mandant: Int32; Zeigen: Boolean);
 var
   Status: Int32;
 begin
   inherited Create;
   Status := VARK_Status;
+  Gesagt := '';
   if Status <> VARK_GUT then
     RaiseResult(Status);
   FMandant := Mandant;
-  FMeldungen := Ord(Meldungen);
+  FHoert := not Zeigen and Hear(@HearBox);
+  FMeldungen := Ord(Zeigen or FHoert);
   FThread := GetCurrentThreadId;
   Inc(GeoeffneteBuecher);
+  if FHoert then
+    Inc(HoerendeBuecher);
 end;
 
 destructor TVarkBuecher.Destroy;
 begin
-  if (FThread = GetCurrentThreadId) and (GeoeffneteBuecher > 0) then
+  { Without a thread the constructor has raised. }
+  if (FThread <> TThreadID(0)) and (FThread = GetCurrentThreadId) then
   begin
     Dec(GeoeffneteBuecher);
     if GeoeffneteBuecher = 0 then
       VARK_SchliesseDB;
+    if FHoert then
+      Dec(HoerendeBuecher);
+    if FHoert and (HoerendeBuecher = 0) then
+      Hear(nil);
   end;
   inherited Destroy;
 end;
 
-procedure TVarkBuecher.NeedThread;
+{ Every call begins here. }
+procedure TVarkBuecher.Beginne;
 begin
   if FThread <> GetCurrentThreadId then
     raise EVarkThread.Create(VARK_FEHLER_NICHT_BEGONNEN, '', 'Die Bücher gehören einem anderen Thread.');
+  Gesagt := '';
 end;
 
 procedure NeedWritten(Code: Int32);
@@ -729,11 +833,19 @@ begin
     RaiseResult(Code);
 end;
 
+{ An unknown Kostenschablone in a part is told to the person alone: the result is that of a booking. }
+procedure TVarkBuecher.NeedGeteilt(Code: Int32);
+begin
+  if (Code = VARK_GUT) and FHoert and (Gesagt <> '') then
+    RaiseResult(VARK_FEHLER_KOSTENSCHABLONE);
+  NeedWritten(Code);
+end;
+
 procedure TVarkBuecher.Buchen(const Buchung: TVarkBuchung);
 var
   Eingabe: TBuchungEingabe;
 begin
-  NeedThread;
+  Beginne;
   Eingabe := Default(TBuchungEingabe);
   Eingabe.Mandant := FMandant;
   Eingabe.Stapel := Buchung.Stapel;
@@ -780,7 +892,7 @@ var
   Eingaben: array of TTeilbuchungEingabe;
   Index: Int32;
 begin
-  NeedThread;
+  Beginne;
   if Length(Teile) = 0 then
     RaiseResult(VARK_FEHLER_ANZAHL_TEILE);
   Ganze := Default(TSplitEingabe);
@@ -798,7 +910,7 @@ begin
       Ganze.Teil[Index] := Eingaben[Index];
     Ganze.Kennzeichen := Teile[0].Kennzeichen;
     Ganze.Zahlungsziel := Teile[0].Zahlungsziel;
-    NeedWritten(VARK_SplitBuchungEinfuegen(@Ganze, FMeldungen));
+    NeedGeteilt(VARK_SplitBuchungEinfuegen(@Ganze, FMeldungen));
     Exit;
   end;
   NeedWritten(VARK_SplitStartEx(FMandant, Teile[0].Stapel, Ganze.Datum, Ganze.Beleg, Teile[0].Kennzeichen,
@@ -811,7 +923,7 @@ begin
         VARK_SplitEnde(0, 0);
         RaiseResult(VARK_FEHLER_KEIN_SPEICHER);
       end;
-  NeedWritten(VARK_SplitEnde(1, FMeldungen));
+  NeedGeteilt(VARK_SplitEnde(1, FMeldungen));
 end;
 
 procedure TVarkBuecher.Peko(Aktion: Int32; const Konto: TVarkPersonenkonto);
@@ -819,7 +931,7 @@ var
   Eingabe: TPekoEingabe;
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Eingabe := Default(TPekoEingabe);
   Eingabe.Mandant := FMandant;
   Fill(Eingabe.Konto, Konto.Konto, 'Konto');
@@ -872,7 +984,7 @@ var
   Nummer: array[0..7] of AnsiChar;
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Code := VARK_HoleFreieKontonr(FMandant, Art, Nummer);
   if Code <> VARK_GUT then
     RaiseResult(Code);
@@ -883,7 +995,7 @@ function TVarkBuecher.Existiert(const Konto: string; Art: Int32): Boolean;
 var
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Code := VARK_ExistiertKonto(FMandant, PAnsiChar(VarkZeichen(Konto, 7, 'Konto')), Art);
   if Code < 0 then
     RaiseResult(Code);
@@ -895,7 +1007,7 @@ var
   Betrag: array[0..16] of AnsiChar;
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Code := VARK_HoleSaldo(FMandant, PAnsiChar(VarkZeichen(Konto, 7, 'Konto')), Art, FMeldungen, VARK_FORM_FEST,
     Betrag);
   if Code <> VARK_GUT then
@@ -908,7 +1020,7 @@ var
   Datum: array[0..6] of AnsiChar;
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Datum[0] := #0;
   if Ab <> 0 then
     FillDay(Datum, Ab, 'Ab');
@@ -927,7 +1039,7 @@ procedure TVarkBuecher.BeginneKonten(Art: Int32; const Ab: string; out Nummer: I
 var
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Code := VARK_InitHoleKonto(FMandant, Art, PAnsiChar(VarkZeichen(Ab, 7, 'Ab')), FMeldungen);
   if Code < 0 then
     RaiseResult(Code);
@@ -960,7 +1072,7 @@ function TVarkBuecher.OffenePosten(Art: Int32; const Konto: string): TVarkPosten
 var
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Code := VARK_InitHoleOP(FMandant, PAnsiChar(VarkZeichen(Konto, 7, 'Konto')), Art, FMeldungen);
   if Code < 0 then
     RaiseResult(Code);
@@ -990,7 +1102,7 @@ end;
 
 function TVarkBuecher.WaehleStapel(out Wahl: Int32; Verwalten: Boolean; Owner: VarkWindow): Boolean;
 begin
-  NeedThread;
+  Beginne;
   if Verwalten then
     Exit(Gewaehlt(VARK_HoleStapelNr(Owner, -FMandant), Wahl));
   Result := Gewaehlt(VARK_HoleStapelNr(Owner, FMandant), Wahl);
@@ -998,13 +1110,13 @@ end;
 
 function TVarkBuecher.WaehleZahlungsziel(out Wahl: Int32; Owner: VarkWindow): Boolean;
 begin
-  NeedThread;
+  Beginne;
   Result := Gewaehlt(VARK_HoleZahlungsziel(Owner, FMandant), Wahl);
 end;
 
 function TVarkBuecher.WaehleKostenschablone(out Wahl: Int32; Owner: VarkWindow): Boolean;
 begin
-  NeedThread;
+  Beginne;
   Result := Gewaehlt(VARK_HoleKostenschablone(Owner, FMandant), Wahl);
 end;
 
@@ -1014,14 +1126,14 @@ var
   Nummer: array[0..7] of AnsiChar;
   Code: Int32;
 begin
-  NeedThread;
+  Beginne;
   Nummer[0] := #0;
   Code := VARK_HoleKonto(Owner, FMandant, Art, PAnsiChar(VarkZeichen(Von, 7, 'Von')),
     PAnsiChar(VarkZeichen(Bis, 7, 'Bis')), Nummer);
   if Code = -1 then
-    raise EVarkRefused.Create(Code, 'Von', 'In diesem Bereich gibt es kein Konto.');
+    RaiseResult(Code, 'Von', 'In diesem Bereich gibt es kein Konto.');
   if Code = -2 then
-    raise EVarkRefused.Create(Code, 'Von', 'Das sind zu viele Konten.');
+    RaiseResult(Code, 'Von', 'Das sind zu viele Konten.');
   if Code < 0 then
     RaiseResult(Code);
   Wahl := VarkText(Nummer);
@@ -1033,7 +1145,7 @@ end;
 function TVarkBuecher.Berichte(Bericht: TVarkBericht; var Params: TReportParams;
   Parent: VarkWindow): VarkWindow;
 begin
-  NeedThread;
+  Beginne;
   Params.ViewResult := 0;
   case Bericht of
     TVarkBericht.Kontenplan: Result := VARK_Kontenplan(FMandant, Parent, @Params);
@@ -1056,14 +1168,20 @@ begin
     TVarkBericht.KostenAufteilung: Result := VARK_KostenAufteilung(FMandant, Parent, @Params);
   end;
   if (Result = nil) and (Params.ViewResult = 0) then
-    raise EVarkCancelled.Create(VARK_ABGEBROCHEN, '', 'Der Bericht wurde nicht erstellt.');
+    RaiseResult(VARK_ABGEBROCHEN, '', 'Der Bericht wurde nicht erstellt.');
 end;
 
 procedure TVarkBuecher.BerichteAls(Style, ExStyle: UInt32; const Titel: string; Frame: VarkWindow);
 begin
-  NeedThread;
+  Beginne;
   if VARK_InitReports(Style, ExStyle, PAnsiChar(VarkZeichen(Titel, 127, 'Titel')), Frame) <> VARK_GUT then
     RaiseResult(VARK_FEHLER_KEIN_SPEICHER);
 end;
+
+initialization
+  InitCriticalSection(Looking);
+
+finalization
+  DoneCriticalSection(Looking);
 
 end.

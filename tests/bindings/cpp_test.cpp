@@ -4,13 +4,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <optional>
 #include <set>
 #include <string>
 #include <thread>
 #include <type_traits>
+#include <unistd.h>
 
 #include "tests/bindings/cpp_host.h"
 
@@ -70,6 +73,20 @@ struct InBooks : testing::Test {
         Result<Buecher> books = Buecher::Oeffnen(mandant);
         if (!books) ADD_FAILURE() << books.error().Message;
         return std::move(*books);
+    }
+    // What a call writes to standard error.
+    template <typename Call> std::string ShownBy(Call call) const
+    {
+        const std::string path = (Place / "shown").string();
+        const int real = dup(STDERR_FILENO);
+        const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        dup2(file, STDERR_FILENO);
+        call();
+        dup2(real, STDERR_FILENO);
+        close(file);
+        close(real);
+        std::ifstream shown(path);
+        return {std::istreambuf_iterator<char>(shown), {}};
     }
     static std::string Stapel(int number)
     {
@@ -178,6 +195,8 @@ TEST_F(InBooks, RefusalsCarryCodeFieldAndMessageAndLeaveTheBooks)
         {with([](Buchung &b) { b.Stapel = 77; }), "-6 Stapel", "Der Stapel existiert nicht!"},
         {with([](Buchung &b) { b.Sollkonto = "9999"; }), "-8 Sollkonto",
          "Die Sollkontonummer ist unzulässig!"},
+        {with([](Buchung &b) { b.Habenkonto = "8010"; }), "-10 Habenkonto",
+         "Soll- und Habenkontonummern sind gleich!"},
         {with([](Buchung &b) { b.HabenArt = Kontoart::Debitor; }), "-9 Habenkonto",
          "Die Habenkontonummer ist unzulässig!"},
         {with([](Buchung &b) { b.Tag = 1990y / 1 / 1; }), "-11 Datum", "Das Buchungsdatum ist unzulässig!"},
@@ -218,7 +237,15 @@ TEST_F(InBooks, ValuesThatTheBooksCannotHoldAreRefusedNotCut)
     EXPECT_EQ("Tag", faultOf([](Buchung &b) { b.Tag = 2080y / 1 / 1; }));
     Splitbuchung split{.Stapel = 16, .Tag = 1998y / 4 / 16, .Teile = {{"8010", "1840", Betrag::Von(1)}}};
     split.Teile.push_back({.Sollkonto = "8410", .Habenkonto = "1840", .Brutto = {}, .Text = "Ω"});
-    EXPECT_EQ("0 Teile[1].Text", "0 " + books.Buchen(split).error().Field);
+    EXPECT_EQ("Teile[1].Text", books.Buchen(split).error().Field);
+    split.Teile[1].Text = "";
+    split.Teile[1].Sollkonto = "9999";
+    EXPECT_EQ("-8 Teile[1].Sollkonto", Told(books.Buchen(split)));
+    // The library itself answers this one with success, and writes nothing.
+    split.Teile[1].Sollkonto = "8410";
+    split.Teile[1].Brutto = Betrag::Von(1);
+    split.Teile[1].Kostenschablone = 99;
+    EXPECT_EQ("-43 Teile[1].Kostenschablone", Told(books.Buchen(split)));
     EXPECT_EQ(before, Stapel(16));
 }
 
@@ -370,6 +397,24 @@ TEST_F(InBooks, RangeOnAnotherThreadIsAnErrorAndGoesOnWhereItBelongs)
     EXPECT_EQ(next, (*second)->Konto) << "nothing was left out";
 }
 
+TEST_F(InBooks, MessagesAreShownWhereTheHostWantsThat)
+{
+    MakeBooks();
+    {
+        const auto showing = Buecher::Oeffnen(1, Meldungen::Zeigen);
+        ASSERT_TRUE(showing);
+        EXPECT_EQ("MERIDA: Die Kontonummer ist unzulässig!\n",
+                  ShownBy([&] { EXPECT_EQ("-10 Konto", Told(showing->Saldo("9999"))); }));
+    }
+    {
+        const auto hearing = Buecher::Oeffnen(1);
+        ASSERT_TRUE(hearing);
+        EXPECT_EQ("", ShownBy([&] { EXPECT_EQ("-10 Konto", Told(hearing->Saldo("9999"))); }));
+    }
+    const auto again = Buecher::Oeffnen(1, Meldungen::Zeigen);
+    EXPECT_NE("", ShownBy([&] { EXPECT_EQ("-10 Konto", Told(again->Saldo("9999"))); }));
+}
+
 TEST_F(InBooks, MovedBooksAreClosed)
 {
     Buecher books = Open();
@@ -438,7 +483,12 @@ TEST_F(InBooks, ForeignBooksAreAFailureOfTheStore)
     fclose(file);
     const auto books = Buecher::Oeffnen(1);
     ASSERT_TRUE(books);
-    EXPECT_EQ("-3 ", Told(books->Saldo("1840")));
+    EXPECT_EQ("", ShownBy([&] {
+                  const auto saldo = books->Saldo("1840");
+                  EXPECT_EQ("-3 ", Told(saldo));
+                  EXPECT_EQ("Not a btrieve file", saldo.error().Message);
+              }))
+        << "the host hears it";
     EXPECT_EQ(95000u, fs::file_size(Place / "da" / "books.mdb"));
 }
 

@@ -77,12 +77,29 @@ begin
     on Fehler: EVark do
       Tell('none', Fehler);
   end;
+  SetLength(Teile, 2);
+  Teile[1].Sollkonto := '9999';
+  try
+    Buecher.SplitBuchen(Teile);
+  except
+    on Fehler: EVark do
+      Tell('account', Fehler);
+  end;
+  { The library itself answers this one with success, and writes nothing. }
+  Teile[1].Sollkonto := '8410';
+  Teile[1].Kostenschablone := 99;
+  try
+    Buecher.SplitBuchen(Teile);
+  except
+    on Fehler: EVark do
+      Tell('costs', Fehler);
+  end;
 end;
 
 procedure Write(const Konto: TVarkPersonenkonto);
 begin
-  WriteLn(Konto.Art, '|', Konto.Konto, '|', Konto.Kuerzel, '|', Konto.Name1, '|', Konto.Name2, '|', Konto.UstId,
-    '|', Konto.Land, '|', Konto.Waehrung, '|', Konto.Plz, '|', Konto.Adresse1, '|', Konto.Adresse2, '|',
+  WriteLn(Konto.Art, '|', Konto.Konto, '|', Konto.Kuerzel, '|', Konto.Name1, '|', Konto.Name2, '|',
+    Konto.UstId, '|', Konto.Land, '|', Konto.Waehrung, '|', Konto.Plz, '|', Konto.Adresse1, '|', Konto.Adresse2, '|',
     Konto.Blz, '|', Konto.Bankkonto, '|', Konto.Bank, '|', Konto.Gegenkonto, '|', Konto.Wert1, '|',
     Konto.Wert2, '|', Konto.Skonto:0:2, '|', Konto.Mahnkennziffer, '|', Konto.Zahlungsziel);
 end;
@@ -304,6 +321,12 @@ begin
       'threads': Threads;
       'choosing': Choosing;
       'reports': Reports;
+      'shown':
+      begin
+        Buecher.Free;
+        Buecher := TVarkBuecher.Create(1, True);
+        Buecher.Saldo('9999');
+      end;
       'saldo', 'unknown': WriteLn(Buecher.Saldo('1840'):0:2);
     end;
     Buecher.Free;

@@ -58,7 +58,7 @@ def test_what_is_refused_raises_with_code_field_and_message(host: Path, books: P
     assert said(host, "refusals", books) == [
         "stapel: EVarkRefused -6 Stapel: Der Stapel existiert nicht!",
         "sollkonto: EVarkRefused -8 Sollkonto: Die Sollkontonummer ist unzulässig!",
-        "same: EVarkRefused -10 Habenkonto: Die Kontonummer ist unzulässig!",
+        "same: EVarkRefused -10 Habenkonto: Soll- und Habenkontonummern sind gleich!",
         "closed year: EVarkRefused -11 Datum: Das Buchungsdatum ist unzulässig!",
         "year: EVarkValue -11 Datum: Das Datum liegt nicht in den Jahren 1980 bis 2079.",
         "long: EVarkValue 0 Text: Der Text hat 36 Zeichen, Platz ist für 35.",
@@ -77,6 +77,10 @@ def test_split_bookings_are_whole_or_not_there(host: Path, books: Path) -> None:
     assert said(host, "splits", books) == [
         "part: EVarkValue 0 Teile[11].Text: Der Text enthält Zeichen, die es in den Büchern nicht gibt.",
         "none: EVarkRefused -25 Teile: Die Anzahl der Teilbuchungen ist nicht korrekt!",
+        "account: EVarkRefused -8 Teile[1].Sollkonto: "
+        "Teilbuchung 2: Die Sollkontonummer ist unzulässig!",
+        "costs: EVarkRefused -43 Teile[1].Kostenschablone: "
+        "Teilbuchung 2: Die Kostenschablone ist unzulässig!",
     ]
     large, small = json.loads(stapel(books))
     assert [teil["text"] for teil in large["teilbuchungen"]] == [f"Teil {at}." for at in range(12)]
@@ -148,12 +152,19 @@ def test_an_unknown_mandant_and_missing_books_raise(host: Path, books: Path, tmp
     assert line.startswith("failed: EVarkUnavailable -36 : In keiner lesbaren Ini-Datei")
 
 
+def test_messages_are_shown_where_the_host_wants_that(host: Path, books: Path) -> None:
+    done = run(host, "shown", books=books)
+    assert done.stdout == "failed: EVarkRefused -10 Konto: Die Kontonummer ist unzulässig!\n"
+    assert done.stderr == "MERIDA: Die Kontonummer ist unzulässig!\n"
+
+
 def test_foreign_books_raise_and_stay_as_they_are(host: Path, tmp_path: Path) -> None:
     (tmp_path / "da").mkdir()
     (tmp_path / "da" / "books.mdb").write_bytes(b"These are no books." * 1000)
     (tmp_path / "vark.ini").write_text(f"[VARK]\nPfad={tmp_path}/da\n")
     done = run(host, "saldo", books=tmp_path)
-    assert done.stdout.startswith("failed: EVarkUnavailable -3 : ")
+    assert done.stdout == "failed: EVarkUnavailable -3 : Not a btrieve file\n"
+    assert done.stderr == ""
     assert (tmp_path / "da" / "books.mdb").read_bytes() == b"These are no books." * 1000
 
 
