@@ -62,6 +62,7 @@ TEST_F(Install, EachThingHasItsPlace)
                              "lib/vark40/libwbtrv32.so",
                              "lib/vark40/librs.so",
                              "lib/vark40/libvarkui.so",
+                             "lib/vark40/vark_sql.so",
                              "libexec/vark40/rs-pages",
                              "libexec/vark40/rs-print",
                              "libexec/vark40/vark-kurse",
@@ -107,6 +108,17 @@ TEST_F(Install, BooksAreMadeAndBookingsWrittenFromAnyPlace)
         Shell("$P/bin/vark kurse --mandant 1 --neu --waehrung USD --datum 15.03.1998 --kurs 1,82");
     EXPECT_EQ(0, rate.ExitCode) << rate.Err;
     EXPECT_EQ(0, Shell("$P/bin/books pruefen " + Books.string()).ExitCode);
+}
+
+TEST_F(Install, TheBooksAreAskedInSql)
+{
+    MakeBooks();
+    const std::string question = "\"SELECT count(*) AS Mandanten FROM fista\"";
+    EXPECT_EQ("Mandanten\n3\n", Shell("$P/bin/books sql " + Books.string() + " " + question + " --csv").Out);
+    EXPECT_EQ(Books.string() + "/DB\n",
+              Shell("sqlite3 :memory: '.load " + (Prefix / "lib/vark40/vark_sql").string() +
+                    "' \"SELECT buecher_oeffnen('" + Books.string() + "')\"")
+                  .Out);
 }
 
 TEST_F(Install, AReportBecomesPages)
