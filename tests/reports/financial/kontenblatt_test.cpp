@@ -49,12 +49,20 @@ constexpr int accountCount = 8;
 
 std::string NumberOf(int account) { return std::to_string(1000 + account * 100); }
 
+struct Moved {
+    int Month;
+    int Day;
+    int Account;
+    int64_t Amount; // Soll less Haben
+};
+
 struct RandomBooks {
     Books Installation;
     RecordingEngine Sent;
     std::mt19937 Random;
     std::array<std::array<int64_t, 13>, accountCount>
         Balance{}; // Soll less Haben; [0] the Vortrag, then months
+    std::vector<Moved> Moves;
 
     explicit RandomBooks(unsigned seed) : Random(seed)
     {
@@ -108,23 +116,41 @@ struct RandomBooks {
             SetText(record.Steuer, AmountOf(gross - net));
             record.Steuerflags = BubeSteuerPlus; // the tax lies on Haben
             SetText(record.Haben, AmountOf(net));
+            Moves.push_back({month, day, tax, -(gross - net)});
             Move(accounts[static_cast<size_t>(tax)], month, false, gross - net);
             Balance[static_cast<size_t>(tax)][static_cast<size_t>(month)] -= gross - net;
         }
+        Moves.push_back({month, day, soll, gross});
+        Moves.push_back({month, day, haben, -net});
         Move(accounts[static_cast<size_t>(soll)], month, true, gross);
         Move(accounts[static_cast<size_t>(haben)], month, false, net);
         Balance[static_cast<size_t>(soll)][static_cast<size_t>(month)] += gross;
         Balance[static_cast<size_t>(haben)][static_cast<size_t>(month)] -= net;
         Installation.Insert(1, TableBube, record);
     }
+    // Soll less Haben of an account at the end of a day, from its postings alone.
+    [[nodiscard]] int64_t BalanceAt(int account, int month, int day) const
+    {
+        int64_t balance = Balance[static_cast<size_t>(account)][0];
+        for (const Moved &moved : Moves) {
+            const bool isLater = moved.Month > month || (moved.Month == month && moved.Day > day);
+            if (moved.Account == account && !isLater) balance += moved.Amount;
+        }
+        return balance;
+    }
 
     // The records of a sheet, kinds 1 and 2.
     Lines Sheet(int code, int account)
     {
         ReportParams params{};
-        params.ParamFlags = ParamZeitraum | ParamJahr | ParamKontoArt | ParamKonten | ParamEinzeln;
+        params.ParamFlags = ParamZeitraum | ParamJahr;
         params.Zeitraum = code;
         params.JahrIndex = 18;
+        return SheetOf(params, account);
+    }
+    Lines SheetOf(ReportParams params, int account)
+    {
+        params.ParamFlags |= ParamKontoArt | ParamKonten | ParamEinzeln;
         params.KontoArt = KontoartSachkonto;
         SetText(params.SachkontoVon, NumberOf(account));
         Sent.Calls.clear();
@@ -199,6 +225,43 @@ TEST(SheetsOfRandomBooks, EndWithTheBalanceThatHoleSaldoTells)
         EXPECT_EQ(told, OpeningOf(sheet) + MovedOn(sheet)) << "seed " << seed << " account " << account;
     }
 }
+
+namespace {
+
+struct SheetsOfRandomPeriods : testing::TestWithParam<unsigned> {};
+
+} // namespace
+
+TEST_P(SheetsOfRandomPeriods, GoFromTheirFirstDayToTheirLast)
+{
+    RandomBooks books(GetParam());
+    for (int account = 0; account < accountCount; ++account) {
+        const int fromMonth = 1 + books.Pick(12);
+        const int fromDay = 1 + books.Pick(28);
+        const bool toTheEnd = books.Pick(2) == 0;
+        const int toMonth = toTheEnd ? 12 : fromMonth + books.Pick(13 - fromMonth);
+        const int toDay = toTheEnd ? 31 : fromDay + books.Pick(29 - fromDay);
+        ReportParams params{};
+        params.ParamFlags = ParamZeitraum | ParamDaten;
+        char date[8];
+        std::snprintf(date, sizeof date, "%02d%02d98", fromDay, fromMonth);
+        SetText(params.VonDatum, date);
+        std::snprintf(date, sizeof date, "%02d%02d98", toDay, toMonth);
+        SetText(params.BisDatum, date);
+        const Lines sheet = books.SheetOf(params, account);
+        const std::string which =
+            "account " + std::to_string(account) + " from " + params.VonDatum + " to " + date;
+        EXPECT_EQ(books.BalanceAt(account, fromMonth, fromDay - 1), OpeningOf(sheet)) << which;
+        const int64_t end = OpeningOf(sheet) + MovedOn(sheet);
+        EXPECT_EQ(books.BalanceAt(account, toMonth, toDay), end) << which;
+        if (!toTheEnd) continue;
+        char saldo[32] = "";
+        ASSERT_EQ(1, VARK_HoleSaldo(1, NumberOf(account).c_str(), KontoartSachkonto, 0, 1, saldo));
+        EXPECT_EQ(PfennigOf(std::string(saldo).substr(1)) * (saldo[0] == '-' ? -1 : 1), end) << which;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, SheetsOfRandomPeriods, testing::Range(1u, 6u));
 
 TEST(SheetsOfRandomBooks, CarryEachMonthIntoTheNext)
 {
