@@ -199,7 +199,7 @@ inline constexpr ResultText resultTexts[] = {
 // Who found the fault: the library, which gave Code, or this header before the call or instead of it.
 enum class Fault {
     Library,     // the books are as they were
-    Value,       // a value that the books cannot hold
+    Value,       // a value that the books cannot hold, or one in them that is none
     WrongThread, // books or a range of another thread
     CursorEnded, // a range that another one of its thread has ended
     Closed,      // books that were moved away
@@ -700,35 +700,63 @@ struct Filling {
 
 inline std::string Given(const char *text) { return FromBooks(text); }
 
-// "TT.MM.JJJJ"; nothing for an empty text, and for a day that no calendar has.
-inline std::optional<Datum> GivenDay(std::string_view text)
-{
-    if (text.size() != 10) return std::nullopt;
-    int year = 0;
-    unsigned month = 0;
-    unsigned day = 0;
-    std::from_chars(text.data() + 6, text.data() + 10, year);
-    std::from_chars(text.data() + 3, text.data() + 5, month);
-    std::from_chars(text.data(), text.data() + 2, day);
-    const Datum read{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
-    return read.ok() ? std::optional(read) : std::nullopt;
-}
+// Takes the values of one record; the first that is none is kept as the error.
+struct Taking {
+    std::optional<Error> Failure;
 
-inline Betrag GivenAmount(const char *text) { return Betrag::AusText(text).value_or(Betrag()); }
+    void Refuse(std::string_view field, const char *what, std::string_view text)
+    {
+        if (Failure) return;
+        std::string message = std::string("In den Büchern steht ") + what + ": „" + FromBooks(text) + "“.";
+        Failure = BadValue(Ergebnis::Gut, field, std::move(message));
+    }
 
-inline std::optional<Satz> GivenRate(const char *text)
-{
-    const std::optional<Betrag> read = Betrag::AusText(text);
-    if (!read) return std::nullopt;
-    return Satz::Von(0, static_cast<std::int32_t>(read->Pfennig));
-}
+    // "TT.MM.JJJJ"; nothing for an empty text.
+    std::optional<Datum> Day(std::string_view text, std::string_view field)
+    {
+        if (text.empty()) return std::nullopt;
+        int year = 0;
+        unsigned month = 0;
+        unsigned day = 0;
+        if (text.size() == 10) {
+            std::from_chars(text.data() + 6, text.data() + 10, year);
+            std::from_chars(text.data() + 3, text.data() + 5, month);
+            std::from_chars(text.data(), text.data() + 2, day);
+        }
+        const Datum read{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+        if (!read.ok()) Refuse(field, "kein Datum", text);
+        return read;
+    }
+
+    Betrag Amount(std::string_view text, std::string_view field)
+    {
+        const std::optional<Betrag> read = Betrag::AusText(text);
+        if (!read) Refuse(field, "kein Betrag", text);
+        return read.value_or(Betrag());
+    }
+
+    // Nothing where the books cannot tell it.
+    std::optional<Satz> Rate(std::string_view text, std::string_view field)
+    {
+        const std::size_t first = text.find_first_not_of(' ');
+        if (first == text.npos || text.substr(first) == "-") return std::nullopt;
+        return Satz::Von(0, static_cast<std::int32_t>(Amount(text, field).Pfennig));
+    }
+
+    // The record, unless one of its values is none.
+    template <typename T> Result<T> Give(T record)
+    {
+        if (Failure) return std::move(*Failure);
+        return record;
+    }
+};
 
 } // namespace detail
 
 // ---- Ranges ----
 
 // A range over records of the books, to be gone through once: each element is a Result, since a record can
-// fail to be read; a failure of the library is the last element.
+// fail to be read; a failure of the library is the last element, behind a value that is none others follow.
 template <typename T> class Bereich {
 public:
     using Deliver = Result<T> (*)(bool &isLast, std::int32_t hint);
@@ -818,7 +846,7 @@ private:
         bool isLast = false;
         detail::ThisThread().Said.clear();
         current.emplace(deliver(isLast, hint));
-        isOver = isLast || !*current;
+        isOver = isLast || (!*current && current->error().Kind == Fault::Library);
         if (isOver) detail::ThisThread().Cursor = 0;
     }
 
@@ -1001,7 +1029,9 @@ public:
         const std::int32_t code =
             VARK_HoleSaldo(mandant, number, static_cast<std::int32_t>(art), shown, VARK_FORM_FEST, out);
         if (code != VARK_GUT) return detail::Failure(code);
-        return detail::GivenAmount(out);
+        detail::Taking taking;
+        const Betrag saldo = taking.Amount(out, "Saldo");
+        return taking.Give(saldo);
     }
 
     // ---- Reading ----
@@ -1264,17 +1294,19 @@ private:
                                                 VARK_FORM_FEST, betrag, satz, steuer);
         if (code < VARK_GUT) return detail::Failure(code);
         isLast = code == VARK_LETZTER;
-        return Buchungssatz{teil,
-                            detail::GivenDay(datum),
+        detail::Taking taking;
+        Buchungssatz record{teil,
+                            taking.Day(datum, "Tag"),
                             detail::Given(beleg),
                             detail::Given(text),
                             detail::Given(soll),
                             static_cast<Kontoart>(sollArt),
                             detail::Given(haben),
                             static_cast<Kontoart>(habenArt),
-                            detail::GivenAmount(betrag),
-                            detail::GivenRate(satz),
-                            detail::GivenAmount(steuer)};
+                            taking.Amount(betrag, "Brutto"),
+                            taking.Rate(satz, "Steuersatz"),
+                            taking.Amount(steuer, "Steuerbetrag")};
+        return taking.Give(std::move(record));
     }
 
     static Result<Sachkonto> NextSachkonto(bool &isLast, std::int32_t)
@@ -1301,7 +1333,8 @@ private:
             bank, gegenkonto, &wert1, &wert2, VARK_FORM_FEST, skonto, &mahnkennziffer, &zahlungsziel);
         if (code < VARK_GUT) return detail::Failure(code);
         isLast = code == VARK_LETZTER;
-        return Personenkonto{static_cast<Kontoart>(art),
+        detail::Taking taking;
+        Personenkonto record{static_cast<Kontoart>(art),
                              detail::Given(konto),
                              detail::Given(kuerzel),
                              detail::Given(name1),
@@ -1318,9 +1351,10 @@ private:
                              detail::Given(gegenkonto),
                              static_cast<std::uint16_t>(wert1),
                              static_cast<std::uint16_t>(wert2),
-                             detail::GivenRate(skonto),
+                             taking.Rate(skonto, "Skonto"),
                              static_cast<std::int32_t>(mahnkennziffer),
                              static_cast<std::int32_t>(zahlungsziel)};
+        return taking.Give(std::move(record));
     }
 
     static Result<OffenerPosten> NextPosten(bool &isLast, std::int32_t)
@@ -1332,11 +1366,19 @@ private:
                                               text, VARK_FORM_FEST, betrag1, betrag2, waehrung);
         if (code < VARK_GUT) return detail::Failure(code);
         isLast = code == VARK_LETZTER;
-        return OffenerPosten{
-            detail::Given(konto),         detail::Given(referenz1), detail::Given(referenz2),
-            detail::GivenDay(datum),      detail::GivenDay(termin), detail::GivenDay(skontoBis),
-            detail::Given(name),          detail::Given(text),      detail::GivenAmount(betrag1),
-            detail::GivenAmount(betrag2), detail::Given(waehrung)};
+        detail::Taking taking;
+        OffenerPosten record{detail::Given(konto),
+                             detail::Given(referenz1),
+                             detail::Given(referenz2),
+                             taking.Day(datum, "Tag"),
+                             taking.Day(termin, "Termin"),
+                             taking.Day(skontoBis, "SkontoBis"),
+                             detail::Given(name),
+                             detail::Given(text),
+                             taking.Amount(betrag1, "Offen"),
+                             taking.Amount(betrag2, "Zweiter"),
+                             detail::Given(waehrung)};
+        return taking.Give(std::move(record));
     }
 
     [[nodiscard]] VarkWindow Make(Bericht bericht, ReportParams &params, VarkWindow parent) const

@@ -138,7 +138,7 @@ type
   { Reads records one after the other; what for .. in works with. }
   generic TVarkLeser<T> = class(TVarkCursor)
   public type
-    TLiefern = procedure(out Satz: T; out IstLetzter: Boolean; Art: Int32);
+    TLiefern = procedure(out Satz: T; var IstLetzter: Boolean; Art: Int32);
   private
     FLiefern: TLiefern;
     FArt: Int32;
@@ -524,15 +524,23 @@ begin
   Fill(Target, Format('%.2d%.2d%.2d', [DayOfMonth, Month, Year mod 100]), Field);
 end;
 
-{ "TT.MM.JJJJ"; 0 for an empty text, and for a day that no calendar has. }
-function GivenDay(Text: PAnsiChar): TDateTime;
+procedure RefuseGiven(const What, Field: string; Text: PAnsiChar);
+begin
+  raise EVarkValue.Create(0, Field, Format('In den Büchern steht %s: „%s“.', [What, VarkText(Text)]));
+end;
+
+{ "TT.MM.JJJJ"; 0 for an empty text. }
+function GivenDay(Text: PAnsiChar; const Field: string): TDateTime;
 var
   Whole: string;
 begin
+  Result := 0;
   Whole := Text;
+  if Whole = '' then
+    Exit;
   if (Length(Whole) <> 10) or not TryEncodeDate(StrToIntDef(Copy(Whole, 7, 4), 0),
     StrToIntDef(Copy(Whole, 4, 2), 0), StrToIntDef(Copy(Whole, 1, 2), 0), Result) then
-    Result := 0;
+    RefuseGiven('kein Datum', Field, Text);
 end;
 
 { An amount in the form for machines; False for a text that is none. }
@@ -561,9 +569,10 @@ begin
   PInt64(@Value)^ := Cents * 100;
 end;
 
-function GivenAmount(Text: PAnsiChar): Currency;
+function GivenAmount(Text: PAnsiChar; const Field: string): Currency;
 begin
-  TryAmount(Text, Result);
+  if not TryAmount(Text, Result) then
+    RefuseGiven('kein Betrag', Field, Text);
 end;
 
 function NeueBuchung(Stapel: Int32; Datum: TDateTime; const Sollkonto, Habenkonto: string; Brutto: Currency;
@@ -638,8 +647,13 @@ begin
   Result := IstWeiter;
   if not Result then
     Exit;
-  FLiefern(FSatz, IstLetzter, FArt);
-  Weiter(IstLetzter);
+  IstLetzter := True;
+  try
+    FLiefern(FSatz, IstLetzter, FArt);
+  finally
+    { Behind a value that is none others follow. }
+    Weiter(IstLetzter);
+  end;
 end;
 
 function TVarkReihe.GetEnumerator: TLeser;
@@ -655,7 +669,7 @@ begin
   Result := LetzterCursor;
 end;
 
-procedure LiefereBuchung(out Satz: TVarkBuchungssatz; out IstLetzter: Boolean; Art: Int32);
+procedure LiefereBuchung(out Satz: TVarkBuchungssatz; var IstLetzter: Boolean; Art: Int32);
 var
   Teil, SollArt, HabenArt: UInt32;
   Datum: array[0..10] of AnsiChar;
@@ -672,19 +686,19 @@ begin
   IstLetzter := Code = VARK_LETZTER;
   Satz := Default(TVarkBuchungssatz);
   Satz.Teil := Teil;
-  Satz.Datum := GivenDay(Datum);
+  Satz.Datum := GivenDay(Datum, 'Datum');
   Satz.Beleg := VarkText(Beleg);
   Satz.Text := VarkText(Text);
   Satz.Sollkonto := VarkText(Soll);
   Satz.SollArt := SollArt;
   Satz.Habenkonto := VarkText(Haben);
   Satz.HabenArt := HabenArt;
-  Satz.Brutto := GivenAmount(Betrag);
+  Satz.Brutto := GivenAmount(Betrag, 'Brutto');
   Satz.HatSteuersatz := TryAmount(Steuersatz, Satz.Steuersatz);
-  Satz.Steuerbetrag := GivenAmount(Steuer);
+  Satz.Steuerbetrag := GivenAmount(Steuer, 'Steuerbetrag');
 end;
 
-procedure LiefereSachkonto(out Satz: TVarkSachkonto; out IstLetzter: Boolean; Art: Int32);
+procedure LiefereSachkonto(out Satz: TVarkSachkonto; var IstLetzter: Boolean; Art: Int32);
 var
   Konto: array[0..7] of AnsiChar;
   Kuerzel: array[0..9] of AnsiChar;
@@ -707,7 +721,7 @@ begin
   Satz.MitKosten := MitKosten <> 0;
 end;
 
-procedure LieferePersonenkonto(out Satz: TVarkPersonenkonto; out IstLetzter: Boolean; Art: Int32);
+procedure LieferePersonenkonto(out Satz: TVarkPersonenkonto; var IstLetzter: Boolean; Art: Int32);
 var
   Konto, Gegenkonto, Skonto: array[0..7] of AnsiChar;
   Kuerzel: array[0..9] of AnsiChar;
@@ -747,12 +761,12 @@ begin
   Satz.Gegenkonto := VarkText(Gegenkonto);
   Satz.Wert1 := Wert1 and $FFFF;
   Satz.Wert2 := Wert2 and $FFFF;
-  Satz.Skonto := GivenAmount(Skonto);
+  Satz.Skonto := GivenAmount(Skonto, 'Skonto');
   Satz.Mahnkennziffer := Int32(Mahnkennziffer);
   Satz.Zahlungsziel := Zahlungsziel;
 end;
 
-procedure LieferePosten(out Satz: TVarkOffenerPosten; out IstLetzter: Boolean; Art: Int32);
+procedure LieferePosten(out Satz: TVarkOffenerPosten; var IstLetzter: Boolean; Art: Int32);
 var
   Konto: array[0..7] of AnsiChar;
   Referenz1, Referenz2: array[0..9] of AnsiChar;
@@ -771,13 +785,13 @@ begin
   Satz.Konto := VarkText(Konto);
   Satz.Referenz1 := VarkText(Referenz1);
   Satz.Referenz2 := VarkText(Referenz2);
-  Satz.Datum := GivenDay(Datum);
-  Satz.Termin := GivenDay(Termin);
-  Satz.SkontoBis := GivenDay(SkontoBis);
+  Satz.Datum := GivenDay(Datum, 'Datum');
+  Satz.Termin := GivenDay(Termin, 'Termin');
+  Satz.SkontoBis := GivenDay(SkontoBis, 'SkontoBis');
   Satz.Name := VarkText(Name);
   Satz.Text := VarkText(Text);
-  Satz.Offen := GivenAmount(Betrag1);
-  Satz.Zweiter := GivenAmount(Betrag2);
+  Satz.Offen := GivenAmount(Betrag1, 'Offen');
+  Satz.Zweiter := GivenAmount(Betrag2, 'Zweiter');
   Satz.Waehrung := VarkText(Waehrung);
 end;
 
@@ -1012,7 +1026,7 @@ begin
     Betrag);
   if Code <> VARK_GUT then
     RaiseResult(Code);
-  Result := GivenAmount(Betrag);
+  Result := GivenAmount(Betrag, 'Saldo');
 end;
 
 function TVarkBuecher.Buchungen(Ab: TDateTime): TVarkBuchungssaetze;

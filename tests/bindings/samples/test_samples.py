@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import os
 import re
 import sys
 import tempfile
@@ -109,6 +110,56 @@ def test_books_that_one_may_not_enter_are_refused(language: str, programs: dict[
         for path in data:
             path.chmod(0o755)
         assert run(*program, books=place / "books").returncode == 0
+
+
+@pytest.mark.parametrize("language", ["cpp", "pascal"])
+def test_a_value_that_is_none_is_told_not_made_up(
+    language: str, programs: dict[str, list[object]], tmp_path: Path
+) -> None:
+    strange = Path(os.environ["VARK_STRANGE_BOOKS"])
+    done = run(*programs[language], books=tmp_path, library=strange.parent)
+    assert (done.returncode, done.stdout) == (1, "")
+    assert done.stderr.startswith("Offen: In den Büchern steht kein Betrag: „+00x,50“.")
+
+
+def test_behind_a_value_that_is_none_others_follow(tmp_path: Path) -> None:
+    source = tmp_path / "strange.pas"
+    source.write_text(
+        """program strange;
+{$mode objfpc}{$H+}
+uses vark40;
+var
+  Leser: TVarkPostenliste.TLeser;
+begin
+  Leser := TVarkBuecher.Create(1).OffenePosten(VARK_DEBITOR).GetEnumerator;
+  try
+    Leser.MoveNext;
+  except
+    on Fehler: EVarkValue do
+      WriteLn(Fehler.Field);
+  end;
+  WriteLn(Leser.MoveNext, ' ', Leser.Current.Konto, ' ', Leser.Current.Offen:0:2, ' ', Leser.MoveNext);
+end.
+"""
+    )
+    assert compile_pascal(source, tmp_path).returncode == 0
+    page = tmp_path / "strange.cpp"
+    page.write_text(
+        """#include <iostream>
+#include <vark40.hpp>
+int main()
+{
+    const auto books = vark40::Buecher::Oeffnen(1);
+    for (const auto &posten : *books->OffenePosten(vark40::Kontoart::Debitor)) {
+        std::cout << (posten ? posten->Konto + " " + posten->Offen.Text() : posten.error().Field) << '\\n';
+    }
+}
+"""
+    )
+    compile_cpp(page, tmp_path / "strange_cpp")
+    library = Path(os.environ["VARK_STRANGE_BOOKS"]).parent
+    assert run(tmp_path / "strange", books=tmp_path, library=library).stdout == "Offen\nTRUE 10011 12.50 FALSE\n"
+    assert run(tmp_path / "strange_cpp", books=tmp_path, library=library).stdout == "Offen\n10011 12,50\n"
 
 
 def blocks(page: str, language: str) -> list[str]:
