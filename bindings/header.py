@@ -9,7 +9,7 @@ from __future__ import annotations
 import re
 from dataclasses import dataclass
 from pathlib import Path
-from typing import List, Optional, Tuple
+from typing import Dict, List, Optional, Tuple
 
 HEADER = Path(__file__).resolve().parent.parent / "include" / "vark40.h"
 
@@ -75,12 +75,23 @@ class Interface:
     enumerations: Tuple[Enumeration, ...]
     structures: Tuple[Structure, ...]
     functions: Tuple[Function, ...]
+    comments: Dict[str, str]  # what stands right above a structure or enumeration, without line breaks
 
 
 def read(path: Path = HEADER) -> Interface:
     """What the header at `path` declares."""
-    text = re.sub(r"/\*.*?\*/", " ", path.read_text(encoding="utf-8"), flags=re.DOTALL)
-    return Interface(_enumerations(text), _structures(text), _functions(text))
+    whole = path.read_text(encoding="utf-8")
+    text = re.sub(r"/\*.*?\*/", " ", whole, flags=re.DOTALL)
+    return Interface(_enumerations(text), _structures(text), _functions(text), _comments(whole))
+
+
+def _comments(text: str) -> Dict[str, str]:
+    comment = r"/\*((?:(?!\*/).)*)\*/\n(?:enum|typedef struct) (\w+)"
+    tables = r":\n(?: \*   .*\n)+"
+    return {
+        name: " ".join(re.sub(r"\n \*", " ", re.sub(tables, ".\n", body)).split())
+        for body, name in re.findall(comment, text, flags=re.DOTALL)
+    }
 
 
 def _enumerations(text: str) -> Tuple[Enumeration, ...]:

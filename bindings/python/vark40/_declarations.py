@@ -11,6 +11,8 @@ from typing import Any, Callable, Optional
 
 
 class Kontoart(enum.IntFlag):
+    """Kinds of account (Kontoart). A set of kinds is their sum."""
+
     SACHKONTO = 1
     KREDITOR = 2
     DEBITOR = 4
@@ -19,12 +21,16 @@ class Kontoart(enum.IntFlag):
 
 
 class Form(enum.IntEnum):
+    """Forms of amounts and rates that come out."""
+
     FEST = 1
     EINFACH = 2
     GRUPPIERT = 3
 
 
 class Ergebnis(enum.IntEnum):
+    """Results. What they mean at a function stands there; -2 and -10 differ from one to another."""
+
     LETZTER = 2
     GUT = 1
     ABGEBROCHEN = 0
@@ -68,6 +74,8 @@ class Ergebnis(enum.IntEnum):
 
 
 class ParamFlag(enum.IntFlag):
+    """Which fields of ReportParams are valid."""
+
     ZEITRAUM = 1
     DATEN = 2
     JAHR = 4
@@ -79,6 +87,8 @@ class ParamFlag(enum.IntFlag):
 
 
 class Zeitraum(enum.IntEnum):
+    """Zeitraum of ReportParams, beside the fiscal months 1 to 12."""
+
     TAGE = 0
     QUARTAL_1 = 13
     QUARTAL_4 = 16
@@ -86,11 +96,15 @@ class Zeitraum(enum.IntEnum):
 
 
 class Ausgabe(enum.IntEnum):
+    """Ausgabe of ReportParams."""
+
     BILDSCHIRM = 0
     DRUCKER = 1
 
 
 class Aktion(enum.IntEnum):
+    """Aktion of VARK_Peko."""
+
     ANLEGEN = 1
     AENDERN = 2
     LOESCHEN = 3
@@ -150,6 +164,8 @@ class VarkMessage_pt(ctypes.Structure):
 
 
 class VarkMessage(ctypes.Structure):
+    """A message of the window system, as GetMessageA of libvarkui.so fills it."""
+
     _fields_ = [
         ("hwnd", ctypes.c_void_p),
         ("message", ctypes.c_uint32),
@@ -167,6 +183,8 @@ class VarkMessage(ctypes.Structure):
 
 
 class BuchungEingabe(ctypes.Structure):
+    """One booking."""
+
     _pack_ = 1
     _fields_ = [
         ("Mandant", ctypes.c_int32),
@@ -205,6 +223,8 @@ class BuchungEingabe(ctypes.Structure):
 
 
 class TeilbuchungEingabe(ctypes.Structure):
+    """One part of a split booking; the fields are those of BuchungEingabe."""
+
     _pack_ = 1
     _fields_ = [
         ("Sollkonto", ctypes.c_char * 8),
@@ -231,6 +251,8 @@ class TeilbuchungEingabe(ctypes.Structure):
 
 
 class SplitEingabe(ctypes.Structure):
+    """A split booking of up to ten parts."""
+
     _pack_ = 1
     _fields_ = [
         ("Mandant", ctypes.c_int32),
@@ -255,6 +277,8 @@ class SplitEingabe(ctypes.Structure):
 
 
 class PekoEingabe(ctypes.Structure):
+    """A personal account: a Kreditor or a Debitor."""
+
     _pack_ = 1
     _fields_ = [
         ("Mandant", ctypes.c_int32),
@@ -303,6 +327,13 @@ class PekoEingabe(ctypes.Structure):
 
 
 class ReportParams(ctypes.Structure):
+    """What a report is asked for. It fills the report's dialog in advance and holds the user's choice
+    afterwards, so that a host can offer it again. ParamFlags says which fields are valid. A value outside
+    its range is corrected without a message. In the tax reports quarters and the year are those of the
+    calendar, and JahrIndex goes in as its year. It comes back as the fiscal year of the first day, which
+    may be the one before: set it anew before the block is used again.
+    """
+
     _pack_ = 1
     _fields_ = [
         ("ParamFlags", ctypes.c_uint32),
