@@ -24,9 +24,19 @@ fs::path DataPathIn(const fs::path &given)
     }
     const fs::path place = fs::absolute(given).lexically_normal();
     if (!fs::is_directory(place)) throw std::runtime_error(place.string() + " ist kein Verzeichnis.");
-    if (fs::exists(place / "books.mdb")) return place;
-    if (fs::is_directory(place / "DB")) return place / "DB";
-    throw std::runtime_error("In " + place.string() + " liegen keine Bücher.");
+    const bool isAbove = !fs::exists(place / "books.mdb") && fs::is_directory(place / "DB");
+    return isAbove ? place / "DB" : place;
+}
+
+// These are books, and may be read.
+void CheckBooks(Session &books)
+{
+    try {
+        (void)books.FirstMonthOf(0);
+    } catch (const EngineError &error) {
+        if (error.Status != BtrStatusFileNotFound || fs::exists(books.Data / "books.mdb")) throw;
+        throw std::runtime_error("In " + books.Data.string() + " liegen keine Bücher.");
+    }
 }
 
 void Do(sqlite3 *database, const std::string &statement)
@@ -102,7 +112,7 @@ fs::path OpenBooks(sqlite3 *database, Connection &connection, const fs::path &pl
     fs::path data = DataPathIn(place);
     Session &books = connection.At(data);
     const SessionUse use(books);
-    (void)books.FirstMonthOf(0); // these are books, and may be read
+    CheckBooks(books);
     constexpr const char *savepoint = "buecher_oeffnen";
     Do(database, std::string("SAVEPOINT ") + savepoint);
     try {

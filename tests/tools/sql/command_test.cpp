@@ -150,6 +150,13 @@ TEST_F(SqlCommand, WhoMayNotReadIsToldSo)
     EXPECT_NE(std::string::npos, result.Err.find("nicht erlaubt")) << result.Err;
 }
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define SKIP_WITH_SANITIZERS()                                                                               \
+    GTEST_SKIP() << "SQLite's own program has no sanitizer, which the extension needs"
+#else
+#define SKIP_WITH_SANITIZERS() static_cast<void>(0)
+#endif
+
 // ---- At a terminal ----
 
 namespace {
@@ -191,6 +198,7 @@ TEST_F(SqlCommand, AtATerminalWithoutAShellLinesAreRead)
 
 TEST_F(SqlCommand, AtATerminalSqlitesOwnShellHasTheBooksOpen)
 {
+    SKIP_WITH_SANITIZERS();
     ASSERT_TRUE(fs::exists("/usr/bin/sqlite3"));
     const std::string shown =
         AtTerminal(Books, "/usr/bin", ".mode csv\nSELECT count(*) AS Mandanten FROM fista;\n.quit\n");
@@ -200,6 +208,7 @@ TEST_F(SqlCommand, AtATerminalSqlitesOwnShellHasTheBooksOpen)
 
 TEST_F(SqlCommand, AnyProgramOfSqliteLoadsTheExtension)
 {
+    SKIP_WITH_SANITIZERS();
     const Result result =
         tests::Run({"/usr/bin/sqlite3",
                     {"-box", "-cmd", ".load " SQL_EXTENSION, ":memory:"},

@@ -138,6 +138,16 @@ TEST_F(SqlSnapshot, OtherBooksTakeThePlaceOfTheFirst)
     EXPECT_EQ("0", sql.Value("SELECT count(*) FROM bube")) << "what was open stays open";
 }
 
+TEST_F(SqlSnapshot, AnEmptyDirectoryHasNoBooks)
+{
+    SqlConnection sql(Books);
+    fs::create_directory(Directory.Path / "leer");
+    const std::string empty = (Directory.Path / "leer").string();
+    EXPECT_EQ("In " + empty + " liegen keine Bücher.",
+              sql.Refusal("SELECT buecher_oeffnen('" + empty + "')"));
+    EXPECT_EQ("Das Verzeichnis der Bücher fehlt.", sql.Refusal("SELECT buecher_oeffnen('')"));
+}
+
 TEST_F(SqlSnapshot, BooksThatWereExchangedAreReadAnew)
 {
     SqlConnection sql(Books);
