@@ -342,13 +342,10 @@ PGresult *TakeKept(Connection *connection, size_t index)
     return result;
 }
 
-namespace {
-
 // What is taken for granted where the connection string is silent. Several hosts are a primary and its
 // standbys: books are written to the one that can be.
-int16_t OpenReal(Connection *connection)
+PGconn *OpenServer(const ServiceFile &service, bool reads)
 {
-    const ServiceFile &service = connection->Of->Own->Service;
     bool several = false;
     PQconninfoOption *options = PQconninfoParse(service.Connection, nullptr);
     for (const PQconninfoOption *option = options; option != nullptr && option->keyword != nullptr;
@@ -357,7 +354,6 @@ int16_t OpenReal(Connection *connection)
         several = several || (host && option->val != nullptr && strchr(option->val, ',') != nullptr);
     }
     PQconninfoFree(options);
-    const bool writes = several && !connection->Of->ReadOnly;
     const char *const keywords[] = {"connect_timeout",
                                     "tcp_user_timeout",
                                     "keepalives_idle",
@@ -366,10 +362,17 @@ int16_t OpenReal(Connection *connection)
                                     "dbname",
                                     nullptr};
     const char *const values[] = {
-        "3", "15000", "10", "VARK40", writes ? "read-write" : "any", service.Connection, nullptr};
+        "3", "15000", "10", "VARK40", several && !reads ? "read-write" : "any", service.Connection, nullptr};
     // A host may have closed its standard descriptors; a connection is never to take their place.
     host::GuardStandardDescriptors();
-    connection->Real = PQconnectdbParams(keywords, values, 1);
+    return PQconnectdbParams(keywords, values, 1);
+}
+
+namespace {
+
+int16_t OpenReal(Connection *connection)
+{
+    connection->Real = OpenServer(connection->Of->Own->Service, connection->Of->ReadOnly);
     if (connection->Real == nullptr) return BtrStatusHandleTableFull;
     if (PQstatus(connection->Real) == CONNECTION_OK) {
         PQsetNoticeReceiver(connection->Real, NoNotice, nullptr);

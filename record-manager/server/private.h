@@ -255,6 +255,9 @@ struct Connection {
 
 int64_t Now_us();
 
+// Connects, as a connection string tells; null for lack of memory. `reads`: any of several hosts will do.
+PGconn *OpenServer(const ServiceFile &service, bool reads);
+
 // Puts a statement behind what is already on its way. 0 or 2, 87; a failure is also in Failure.
 int16_t Send(Connection *connection, Statement statement, const Parameters &parameters, Answer how);
 // Sends all of it and waits for the answers, `wait_ms` longer than for a quick one. Returns the first failure

@@ -211,11 +211,88 @@ Command Kopie(Given &given)
                  .IsRequired = true,
                  .Names = Named::Directory},
                 {.Name = "--ersetzen", .Help = "Bücher ersetzen, die dort schon liegen", .To = &copy.Replace},
+                {.Name = "--server",
+                 .Help = "Verbindung, wie libpq sie liest: die Kopie liegt auf diesem Server",
+                 .To = &copy.Server},
+                {.Name = "--schema",
+                 .Help = "mit --server: Schema des Datenpfads; die der Jahre heißen dahinter nach dem Jahr",
+                 .To = &copy.Schema},
                 Json(given),
             },
         .Examples = {"books kopie /tmp/beispiel /tmp/kopie"},
-        .Notes = "Jedes Jahr wird kopiert, wie es in einem Augenblick ist. Niemand muß dafür aufhören.",
+        .Notes =
+            "Jedes Jahr wird kopiert, wie es in einem Augenblick ist. Niemand muß dafür aufhören.\n\n"
+            "Ohne --server liegt die Kopie im Verzeichnis, auch wenn das Original auf einem Server liegt.",
         .Run = [&given] { return CopyAndTell(given.Copy, given.IsJson); },
+    };
+}
+
+Option OnServer(std::filesystem::path &directory)
+{
+    Option option = Books(directory);
+    option.Help = "Verzeichnis mit den Ini-Dateien, oder der Datenpfad; die Bücher liegen auf einem Server";
+    return option;
+}
+
+Command ServerAnlegen(Given &given)
+{
+    ServerOptions &server = given.Server;
+    return {
+        .Name = "anlegen",
+        .Description = "Ein Verzeichnis anlegen, dessen Bücher auf einem Server liegen, und dort das Schema",
+        .Options =
+            {
+                {.Name = "VERZEICHNIS",
+                 .Help = "Wohin; wird angelegt",
+                 .To = &server.Directory,
+                 .IsRequired = true,
+                 .Names = Named::Directory},
+                {.Name = "--verbindung",
+                 .Help = "wie libpq sie liest: host=… dbname=… user=…",
+                 .To = &server.Connection,
+                 .IsRequired = true},
+                {.Name = "--schema", .Help = "Name des Schemas", .To = &server.Schema, .IsRequired = true},
+            },
+        .Notes = "Kennwörter stehen in ~/.pgpass.",
+        .Run = [&given] { return MakeServerBooks(given.Server); },
+    };
+}
+
+Command ServerRechte(Given &given)
+{
+    ServerOptions &server = given.Server;
+    return {
+        .Name = "rechte",
+        .Description = "Rollen geben, was sie zum Lesen oder zum Schreiben der Bücher brauchen",
+        .Options =
+            {
+                OnServer(server.Directory),
+                {.Name = "--leser", .Help = "Rolle, die nur liest", .To = &server.Reader},
+                {.Name = "--schreiber", .Help = "Rolle, die liest und schreibt", .To = &server.Writer},
+            },
+        .Run = [&given] { return GrantRoles(given.Server); },
+    };
+}
+
+Command ServerSichten(Given &given)
+{
+    return {
+        .Name = "sichten",
+        .Description = "Sichten anlegen, in denen andere Programme die Tabellen mit SQL lesen",
+        .Options = {OnServer(given.Server.Directory)},
+        .Notes =
+            "Jede Tabelle hat eine Sicht mit einer Spalte für jedes Feld, wie books aufbau sie nennt. Wer\n"
+            "nur liest, bekommt die Rechte daran danach mit books server rechte.",
+        .Run = [&given] { return MakeViews(given.Server); },
+    };
+}
+
+Command Server(Given &given)
+{
+    return {
+        .Name = "server",
+        .Description = "Bücher auf einem PostgreSQL-Server einrichten",
+        .Commands = {ServerAnlegen(given), ServerRechte(given), ServerSichten(given)},
     };
 }
 
@@ -365,7 +442,7 @@ tools::Tool DescribeBooks(Given &given)
                 .Name = "books",
                 .Description = "Bücher anlegen, prüfen, sichern, laden und ansehen",
                 .Commands = {Beispiel(given), Pruefen(given), Sichern(given), Laden(given), Kopie(given),
-                             Zeigen(given), Sql(given), Aufbau(given)},
+                             Zeigen(given), Sql(given), Server(given), Aufbau(given)},
                 .Examples = {"books beispiel /tmp/beispiel"},
                 .Notes = "Jeder Befehl erklärt sich mit --hilfe, etwa: books laden --hilfe",
             },

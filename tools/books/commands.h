@@ -6,6 +6,7 @@
 #include "tools/books/load.h"
 #include "tools/books/sample.h"
 #include "tools/books/save.h"
+#include "tools/books/server.h"
 #include "tools/books/show.h"
 #include "tools/books/sql.h"
 #include "tools/common/command_tree.h"
@@ -21,6 +22,7 @@ struct Given {
     SaveOptions Save;
     LoadOptions Load;
     CopyOptions Copy;
+    ServerOptions Server;
     ShowOptions Show;
     SqlOptions Sql;
     std::string Described; // table

@@ -3,7 +3,9 @@
 #include "host/ini_files.h"
 #include "tools/books/installation_files.h"
 #include "tools/books/place.h"
+#include "tools/books/server.h"
 #include "tools/books/snapshot.h"
+#include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
 #include "tools/common/table_file.h"
 #include "tools/common/workplace.h"
@@ -47,10 +49,18 @@ void CopyIniFiles(const fs::path &from, const fs::path &place, const fs::path &t
     write("VARK", "ReportPfad", reports, "vark.ini");
 }
 
+// The schema of a directory of years has its name behind that of the data path's.
+std::string SchemaOf(const std::string &schema, const std::string &name)
+{
+    return name.empty() ? schema : schema + "_" + name;
+}
+
 } // namespace
 
 CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
 {
+    if (options.Server.empty() != options.Schema.empty())
+        throw UsageError("--server und --schema gehören zusammen.");
     const fs::path data = DataPathOf(options.From);
     const fs::path from = fs::absolute(options.From).lexically_normal();
     const fs::path target = TargetPath(options.To);
@@ -69,11 +79,12 @@ CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
     CopySummary summary;
     for (const std::string &name : names) {
         progress(static_cast<double>(summary.Directories) / static_cast<double>(names.size()));
-        if (!name.empty() && !fs::exists(data / name / "books.mdb")) continue;
+        if (!name.empty() && !HasBooks(data / name)) continue;
         const fs::path to = name.empty() ? place : place / name;
         fs::create_directory(to);
+        if (!options.Server.empty()) WriteServiceFile(to, options.Server, SchemaOf(options.Schema, name));
         CopyStore(name.empty() ? data : data / name, to);
-        summary.Bytes += fs::file_size(to / "books.mdb");
+        summary.Bytes += SizeOfBooks(to);
         ++summary.Directories;
     }
     if (fs::is_directory(from / reportDirectory)) {

@@ -11,6 +11,8 @@ struct CopyOptions {
     std::filesystem::path From; // with the ini files, or the data path itself
     std::filesystem::path To;
     bool Replace = false;
+    std::string Server; // a connection string: the copy's books go there, into schemas that must not exist
+    std::string Schema; // that of the data path
 };
 
 struct CopySummary {
@@ -20,7 +22,8 @@ struct CopySummary {
 };
 
 // Every directory is copied as it stands at one moment, and every change of books lies in one directory; so
-// the copy is consistent. It comes with ini files of its own and the templates beside the source, and is
+// the copy is consistent. Between a directory and a server records are copied one by one, in the order of their
+// numbers. It comes with ini files of its own and the templates beside the source, and is
 // whole or absent. Throws with a German text.
 CopySummary CopyBooks(const CopyOptions &options, const Progress &progress);
 

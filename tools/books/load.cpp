@@ -319,7 +319,7 @@ void CopyYears(const fs::path &data, const fs::path &to, int butMandant)
         int year = 0;
         int mandant = 0;
         ParseYearDirectory(name, year, mandant);
-        if (mandant == butMandant || !fs::exists(data / name / "books.mdb")) continue;
+        if (mandant == butMandant || !HasBooks(data / name)) continue;
         fs::create_directory(to / name);
         CopyOtherFiles(data / name, to / name);
         CopyStore(data / name, to / name);
@@ -337,9 +337,20 @@ fs::path BooksIn(const fs::path &directory)
     }
 }
 
+// What is loaded takes the place of a directory, which a schema has no part in.
+void RefuseServer(const fs::path &directory)
+{
+    if (!IsOnServer(directory)) return;
+    throw std::runtime_error(
+        "Die Bücher in " + directory.string() +
+        " liegen auf einem Server. Geladen wird in ein Verzeichnis; books kopie bringt es "
+        "dann auf den Server.");
+}
+
 // All tables anew, or one Mandant's, in books that exist.
 void Loader::ReplaceData(const fs::path &data)
 {
+    RefuseServer(data);
     const HeldBooks held(data);
     Workplace workplace(data, BesideOf(data));
     CopyOtherFiles(data, workplace.Path);
@@ -437,6 +448,7 @@ void Loader::LoadTable()
     // A year's directory changes places alone; fista lies with the directories of the years, so all of them
     // do.
     const fs::path target = isYear ? place.Directory : data;
+    RefuseServer(target);
     const auto held =
         isYear ? std::make_unique<HeldBooks>(data, directory) : std::make_unique<HeldBooks>(data);
     Workplace workplace(target, BesideOf(data));

@@ -10,11 +10,23 @@ namespace books {
 namespace fs = std::filesystem;
 using namespace tools;
 
+bool IsOnServer(const fs::path &directory) { return fs::exists(directory / "books.server"); }
+
+bool HasBooks(const fs::path &directory)
+{
+    return IsOnServer(directory) || fs::exists(directory / "books.mdb");
+}
+
+uint64_t SizeOfBooks(const fs::path &directory)
+{
+    return IsOnServer(directory) ? 0 : fs::file_size(directory / "books.mdb");
+}
+
 fs::path DataPathOf(const fs::path &directory)
 {
     fs::path place = fs::absolute(directory).lexically_normal();
     if (!fs::is_directory(place)) throw std::runtime_error(place.string() + " ist kein Verzeichnis.");
-    if (fs::exists(place / "books.mdb")) return place;
+    if (HasBooks(place)) return place;
     if (fs::is_directory(place / "DB")) return place / "DB";
     UseConfiguration(place);
     fs::path data = ConfiguredDataPath();

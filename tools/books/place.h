@@ -4,10 +4,17 @@
 #include "tools/common/installation.h"
 #include "tools/common/layout.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
 namespace books {
+
+// Whether the books of a directory are on a server, and whether it has any.
+bool IsOnServer(const std::filesystem::path &directory);
+bool HasBooks(const std::filesystem::path &directory);
+// Bytes of the books' file; 0 of those on a server.
+uint64_t SizeOfBooks(const std::filesystem::path &directory);
 
 // The data path of an installation, or the directory itself if it is one. Throws where there are no books.
 std::filesystem::path DataPathOf(const std::filesystem::path &directory);

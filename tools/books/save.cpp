@@ -126,10 +126,9 @@ SaveSummary SaveAll(const SaveOptions &options, const fs::path &data, const Prog
         int year = 0;
         int mandant = 0;
         ParseYearDirectory(name, year, mandant);
-        const fs::path books = data / name / "books.mdb";
-        if ((options.Mandant != 0 && mandant != options.Mandant) || !fs::exists(books)) continue;
+        if ((options.Mandant != 0 && mandant != options.Mandant) || !HasBooks(data / name)) continue;
         names.push_back(name);
-        allBytes += fs::file_size(books);
+        allBytes += SizeOfBooks(data / name);
     }
 
     Workplace workplace(place);
@@ -138,7 +137,7 @@ SaveSummary SaveAll(const SaveOptions &options, const fs::path &data, const Prog
     uint64_t doneBytes = 0;
     for (const std::string &name : names) {
         const fs::path source = data / name;
-        const uint64_t bytes = fs::file_size(source / "books.mdb");
+        const uint64_t bytes = SizeOfBooks(source);
         fs::create_directory(copy);
         CopyStore(source, copy);
         if (!name.empty()) fs::create_directory(workplace.Path / name);

@@ -1,6 +1,7 @@
 #include "tools/books/snapshot.h"
 
 #include "tools/books/child.h"
+#include "tools/books/place.h"
 #include "tools/common/table_file.h"
 #include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
@@ -13,6 +14,7 @@
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace books {
 
@@ -71,8 +73,44 @@ int CopyInChild(const fs::path &from, int to)
 
 } // namespace
 
+namespace {
+
+// Record by record, all tables as they stand at one moment. Duplicates of a key come in the order of their
+// records' numbers.
+void CopyRecords(const fs::path &from, const fs::path &to)
+{
+    EngineClient reader;
+    reader.BeginSnapshot();
+    bool copied = false;
+    for (const TableLayout &layout : Tables()) {
+        std::unique_ptr<TableFile> source;
+        try {
+            source = std::make_unique<TableFile>(layout, from, OpenMode::ReadOnly, &reader);
+        } catch (const EngineError &error) {
+            if (error.Status != BtrStatusFileNotFound) throw;
+            continue;
+        }
+        CreateTable(layout, to);
+        TableFile target(layout, to, OpenMode::Accelerated);
+        std::vector<char> record(layout.RecordLength);
+        for (bool found = source->StepFirst(record.data()); found; found = source->StepNext(record.data())) {
+            ThrowIfInterrupted();
+            target.Insert(record.data());
+        }
+        target.Close();
+        copied = true;
+    }
+    if (!copied) throw std::runtime_error("In " + from.string() + " liegen keine Bücher.");
+}
+
+} // namespace
+
 void CopyStore(const fs::path &from, const fs::path &to)
 {
+    if (IsOnServer(from) || IsOnServer(to)) {
+        CopyRecords(from, to);
+        return;
+    }
     const std::unique_ptr<TableFile> held = OpenAny(from);
     const fs::path target = to / booksName;
     const int file = open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

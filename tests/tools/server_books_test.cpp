@@ -1,0 +1,225 @@
+// Books on a database server through the tools and the library: copied there and back, checked, booked into,
+// read in SQL, and read with a role that may do no more.
+#include "tests/tools/program.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <gtest/gtest.h>
+#include <libpq-fe.h>
+#include <memory>
+#include <unistd.h>
+
+using namespace tests;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string server = getenv("WBTRV_TEST_SERVER") != nullptr ? getenv("WBTRV_TEST_SERVER") : "";
+
+std::string Query(const std::string &sql)
+{
+    PGconn *connection = PQconnectdb(server.c_str());
+    PGresult *result = PQexec(connection, sql.c_str());
+    std::string value = PQresultStatus(result) == PGRES_FATAL_ERROR ? PQerrorMessage(connection) : "";
+    if (PQntuples(result) > 0) value = PQgetvalue(result, 0, 0);
+    PQclear(result);
+    PQfinish(connection);
+    return value;
+}
+
+// Sample books, and a copy of them on the server.
+struct Copied {
+    TemporaryDirectory Directory;
+    fs::path Local = Directory.Path / "b";
+    fs::path Books = Directory.Path / "s";
+    std::string Schema;
+
+    Copied(const std::string &schema, const char *postings)
+        : Schema(schema + std::to_string(getpid()) + "_" + std::to_string(time(nullptr)))
+    {
+        EXPECT_EQ(0, tests::Books({"beispiel", Local.string(), "--buchungen", postings}).ExitCode);
+        const Result copied =
+            tests::Books({"kopie", Local.string(), Books.string(), "--server", server, "--schema", Schema});
+        EXPECT_EQ(0, copied.ExitCode) << copied.Err;
+    }
+};
+
+// Those that are only read are made once.
+struct ServerBooks : testing::Test {
+    static inline std::unique_ptr<Copied> Read;
+    const fs::path Local = Read ? Read->Local : "";
+    const fs::path Books = Read ? Read->Books : "";
+    const std::string Schema = Read ? Read->Schema : "";
+    TemporaryDirectory Directory;
+
+    static void SetUpTestSuite()
+    {
+        if (!server.empty()) Read = std::make_unique<Copied>("r", "1000");
+    }
+    static void TearDownTestSuite() { Read.reset(); }
+
+    void SetUp() override
+    {
+        if (server.empty()) GTEST_SKIP() << "to be run by with-postgres";
+    }
+
+    // Everything in the books, as the sequential files have it.
+    std::map<std::string, std::string> Saved(const fs::path &books) const
+    {
+        const fs::path place = Directory.Path / "gesichert";
+        const Result saved = tests::Books({"sichern", books.string(), place.string()});
+        EXPECT_EQ(0, saved.ExitCode) << saved.Err;
+        std::map<std::string, std::string> files;
+        for (const fs::directory_entry &entry : fs::recursive_directory_iterator(place)) {
+            if (entry.is_regular_file()) files[fs::relative(entry.path(), place)] = ReadFile(entry.path());
+        }
+        fs::remove_all(place);
+        return files;
+    }
+};
+
+TEST_F(ServerBooks, AreTheSameThereAndBack)
+{
+    EXPECT_FALSE(fs::exists(Books / "DB" / "1998" / "books.mdb"));
+    EXPECT_EQ(server + "\n" + Schema + "_1998\n", ReadFile(Books / "DB" / "1998" / "books.server"));
+    const auto before = Saved(Local);
+    EXPECT_GT(before.size(), 100U);
+    EXPECT_TRUE(before == Saved(Books));
+    const fs::path back = Directory.Path / "k";
+    const Result copied = tests::Books({"kopie", Books.string(), back.string()});
+    ASSERT_EQ(0, copied.ExitCode) << copied.Err;
+    EXPECT_TRUE(fs::exists(back / "DB" / "1998" / "books.mdb"));
+    EXPECT_TRUE(before == Saved(back));
+    const Result again = tests::Books(
+        {"kopie", Local.string(), (Directory.Path / "x").string(), "--server", server, "--schema", Schema});
+    EXPECT_NE(0, again.ExitCode) << "the schemas are taken";
+}
+
+TEST_F(ServerBooks, AreCheckedShownAndReportedLikeThoseInADirectory)
+{
+    const auto same = [&](std::vector<std::string> arguments, bool isVark) {
+        const auto run = [&](const fs::path &books) {
+            if (isVark) return Vark(books, arguments);
+            std::vector<std::string> whole = arguments;
+            whole.push_back(books.string());
+            return tests::Books(whole);
+        };
+        const Result here = run(Local);
+        const Result there = run(Books);
+        EXPECT_EQ(0, there.ExitCode) << there.Err;
+        EXPECT_EQ(here.Out, there.Out);
+        EXPECT_NE("", there.Out);
+    };
+    same({"pruefen"}, false);
+    same({"zeigen", "sako"}, false);
+    same({"bericht", "susa", "--mandant", "1", "--per", "31.3.98"}, true);
+    same({"bericht", "journal", "--mandant", "1", "--monat", "3", "--jahr", "1998", "--csv"}, true);
+}
+
+TEST_F(ServerBooks, TakeBookings)
+{
+    const Copied own("w", "0");
+    const fs::path bookings = Directory.Path / "x.csv";
+    WriteFile(bookings, "Datum;Beleg;Text;Sollkonto;Habenkonto;Betrag;Steuersatz;Zahlungsziel\n"
+                        "20.04.1998;KA0117;Porto;8410;1810;55,00;;\n"
+                        "22.04.1998;KA0118;Blumen;8590;1810;53,50;7;\n");
+    const Result booked =
+        Vark(own.Books, {"buchen", "--mandant", "1", "--stapel", "16", "--datei", bookings.string()});
+    EXPECT_EQ(0, booked.ExitCode) << booked.Out << booked.Err;
+    EXPECT_EQ("2",
+              Query("SELECT count(*) FROM " + own.Schema + "_1998.records WHERE file = (SELECT file FROM " +
+                    own.Schema + "_1998.files WHERE name = 'bat.btr')"));
+    EXPECT_EQ(0, tests::Books({"pruefen", own.Books.string()}).ExitCode);
+}
+
+TEST_F(ServerBooks, HaveViewsThatReckonAsTheToolsDo)
+{
+    const Result made = tests::Books({"server", "sichten", Books.string()});
+    ASSERT_EQ(0, made.ExitCode) << made.Err;
+    EXPECT_EQ("", made.Err);
+    const auto asked = [&](const std::string &sql) {
+        const Result result = tests::Books({"sql", Local.string(), sql, "--csv"});
+        EXPECT_EQ(0, result.ExitCode) << result.Err;
+        const size_t line = result.Out.find('\n') + 1;
+        return result.Out.substr(line, result.Out.find_first_of("\r\n", line) - line);
+    };
+    const std::string view = Schema + "_1998.bube";
+    for (const std::string field : {"Soll", "Haben", "Steuer", "Grundbetrag"}) {
+        EXPECT_EQ(asked("SELECT sum(" + field + ") FROM bube_1998"),
+                  Query("SELECT (sum(\"" + field + "\") * 100)::bigint FROM " + view));
+    }
+    for (const std::string field : {"Datum", "Buchungsdatum", "Text", "Beleg", "Sollkonto"}) {
+        EXPECT_EQ(asked("SELECT min(" + field + ") || '/' || max(" + field + ") || '/' || count(DISTINCT " +
+                        field + ") FROM bube_1998"),
+                  Query("SELECT min(\"" + field + "\" COLLATE \"C\") || '/' || max(\"" + field +
+                        "\" COLLATE \"C\") || '/' || count(DISTINCT \"" + field + "\") FROM (SELECT \"" +
+                        field + "\"::text FROM " + view + ") AS v"))
+            << field;
+    }
+    EXPECT_EQ(asked("SELECT sum(Buchungsnummer) || '/' || sum(Status) FROM bube_1998"),
+              Query("SELECT sum(\"Buchungsnummer\") || '/' || sum(\"Status\") FROM " + view));
+    EXPECT_EQ(0, tests::Books({"server", "sichten", Books.string()}).ExitCode) << "again";
+}
+
+TEST_F(ServerBooks, AreReadWithARoleThatMayOnlyRead)
+{
+    const std::string role = "leser_" + Schema;
+    Query("CREATE ROLE " + role + " LOGIN");
+    ASSERT_EQ(0, tests::Books({"server", "rechte", Books.string(), "--leser", role}).ExitCode);
+    // The same directories, in which another role is named.
+    const fs::path theirs = Directory.Path / "l";
+    fs::copy(Books, theirs, fs::copy_options::recursive);
+    for (const char *name : {"tolka.ini", "vark.ini"}) {
+        std::string text = ReadFile(theirs / name);
+        for (size_t at = 0; (at = text.find(Books.string(), at)) != std::string::npos;) {
+            text.replace(at, Books.string().size(), theirs.string());
+        }
+        WriteFile(theirs / name, text);
+    }
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(theirs)) {
+        if (entry.path().filename() != "books.server") continue;
+        std::string text = ReadFile(entry.path());
+        text.replace(text.find("user=books"), 10, "user=" + role);
+        WriteFile(entry.path(), text);
+    }
+    EXPECT_EQ(0, tests::Books({"pruefen", theirs.string()}).ExitCode);
+    EXPECT_EQ(Vark(Local, {"bericht", "susa", "--mandant", "1", "--per", "31.3.98"}).Out,
+              Vark(theirs, {"bericht", "susa", "--mandant", "1", "--per", "31.3.98"}).Out);
+    const fs::path bookings = Directory.Path / "x.csv";
+    WriteFile(bookings, "Datum;Beleg;Text;Sollkonto;Habenkonto;Betrag;Steuersatz;Zahlungsziel\n"
+                        "20.04.1998;KA0117;Porto;8410;1810;55,00;;\n");
+    EXPECT_EQ(
+        1,
+        Vark(theirs, {"buchen", "--mandant", "1", "--stapel", "16", "--datei", bookings.string()}).ExitCode);
+    Query("DROP OWNED BY " + role + "; DROP ROLE " + role);
+}
+
+TEST_F(ServerBooks, AreMadeEmptyWhereThereAreNone)
+{
+    const fs::path place = Directory.Path / "neu";
+    const std::string schema = Schema + "_neu";
+    const auto make = [&](const fs::path &where) {
+        return tests::Books(
+            {"server", "anlegen", where.string(), "--verbindung", server, "--schema", schema});
+    };
+    EXPECT_EQ(0, make(place).ExitCode);
+    EXPECT_EQ("0", Query("SELECT last_file FROM " + schema + ".head"));
+    EXPECT_NE(0, make(place).ExitCode) << "there already";
+    EXPECT_NE(0, tests::Books({"server", "anlegen", (Directory.Path / "y").string(), "--verbindung",
+                               "host=/nowhere user=books", "--schema", schema})
+                     .ExitCode);
+    EXPECT_FALSE(fs::exists(Directory.Path / "y"));
+    Query("DROP SCHEMA " + schema + " CASCADE");
+}
+
+TEST_F(ServerBooks, AreNotLoadedInPlace)
+{
+    const fs::path saved = Directory.Path / "gesichert";
+    ASSERT_EQ(0, tests::Books({"sichern", Local.string(), saved.string()}).ExitCode);
+    const Result loaded = tests::Books({"laden", saved.string(), Books.string(), "--ersetzen"});
+    EXPECT_NE(0, loaded.ExitCode);
+    EXPECT_NE(std::string::npos, loaded.Err.find("books kopie")) << loaded.Err;
+    EXPECT_EQ(0, tests::Books({"pruefen", Books.string()}).ExitCode);
+}
+
+} // namespace
