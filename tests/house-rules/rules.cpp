@@ -34,8 +34,8 @@ const std::vector<std::string> parts = {"record-manager", "window-system", "repo
 bool IsPublicHeaderOfAPart(std::string_view path)
 {
     static const std::set<std::string_view> known = {
-        "record-manager/include/btrcall.h",     "window-system/include/varkui.h",
-        "window-system/include/dialog_table.h",
+        "record-manager/include/book_server.h", "record-manager/include/btrcall.h",
+        "window-system/include/varkui.h",       "window-system/include/dialog_table.h",
         "window-system/include/calls.def", // the list of the window calls, from which forwarders are made
         "report-engine/include/rs.h",
     };

@@ -92,7 +92,7 @@ std::string Quoted(const std::string &name)
     return quoted + '"';
 }
 
-// Values of fields, out of the bytes of a record: what is empty is NULL, a text apart, and an amount, which is 0.
+// Values of fields, out of the bytes of a record: empty ones are NULL, but a text, and an amount, which is 0.
 constexpr const char *functions =
     "CREATE OR REPLACE FUNCTION @as_text(d bytea, p int, w int) RETURNS text LANGUAGE sql IMMUTABLE AS $f$ "
     "SELECT convert_from(substring(d FROM p FOR CASE WHEN position('\\x00'::bytea IN substring(d FROM p FOR "
