@@ -49,6 +49,7 @@ void EndClientStore(ClientStore *store)
     UnlockRegistry();
     if (store->LockFd >= 0) store->Books->Do->GiveLockDescription(store->Books, &store->LockFd);
     store->Books->Do->ReleaseStore(store->Books);
+    free(store->Kept.Memory);
     free(store);
 }
 
@@ -226,6 +227,22 @@ int16_t BeginView(ClientStore *store, View **view)
 void EndView(ClientStore *store)
 {
     if (store->Pending == nullptr && !store->Owner->Holds) store->Books->Do->ResetSnapshot(store->Snapshot);
+}
+
+bool Keep(ClientStore *store, Bytes *first, Bytes *second)
+{
+    Keeping &kept = store->Kept;
+    const size_t size = first->Size + second->Size;
+    if (size > kept.Size) {
+        void *larger = realloc(kept.Memory, size);
+        if (larger == nullptr) return false;
+        kept = {static_cast<uint8_t *>(larger), size};
+    }
+    if (first->Size > 0) memcpy(kept.Memory, first->Data, first->Size);
+    if (second->Size > 0) memcpy(kept.Memory + first->Size, second->Data, second->Size);
+    *first = {kept.Memory, first->Size};
+    *second = {kept.Memory + first->Size, second->Size};
+    return true;
 }
 
 int16_t UseWriteCursor(ClientFile *file, size_t tree, Cursor **cursor)

@@ -29,6 +29,12 @@ struct PendingCreate {
     char Name[BtrPathSize + 1];
 };
 
+// What was read of a view that others may write over.
+struct Keeping {
+    uint8_t *Memory;
+    size_t Size;
+};
+
 // A client in a directory.
 struct ClientStore {
     ClientStore *Next;
@@ -43,6 +49,7 @@ struct ClientStore {
     unsigned LoadingOpens;
     unsigned LoadedChanges; // of trees, since the last commit while loading
     PendingCreate *Created; // in this order
+    Keeping Kept;
 };
 
 struct HeldLock {
@@ -159,6 +166,29 @@ void ReleaseClientFile(ClientFile *file);
 // Where to read: the pending changes, or a fresh snapshot until EndView, or the one that the client holds.
 int16_t BeginView(ClientStore *store, View **view);
 void EndView(ClientStore *store);
+// Whether what was read in the view is of one state.
+inline bool IsStillWhole(const ClientStore &store, const View &view)
+{
+    return !store.Books->Unseen || store.Books->Do->IsStillWhole(view);
+}
+// Times that a view is read anew when writers have overtaken it.
+inline constexpr unsigned mostViews = 100;
+// Reads in a view, and anew where that did not stay whole. 80 where it never did, or is held.
+template <typename Read> int16_t ReadView(ClientStore *store, Read read)
+{
+    for (unsigned attempt = 0; attempt < mostViews; ++attempt) {
+        View *view = nullptr;
+        int16_t status = BeginView(store, &view);
+        if (status != BtrStatusOk) return status;
+        status = read(view);
+        const bool isWhole = IsStillWhole(*store, *view);
+        EndView(store);
+        if (isWhole) return status;
+    }
+    return BtrStatusConflict;
+}
+// Moves both into the client's own memory, until the next time. False for lack of it.
+bool Keep(ClientStore *store, Bytes *first, Bytes *second);
 // The cursor on one of the file's trees in the pending changes.
 int16_t UseWriteCursor(ClientFile *file, size_t tree, Cursor **cursor);
 

@@ -79,21 +79,19 @@ ClientFile *FindClientFile(ClientStore *store, uint32_t number)
 
 int16_t FindNumber(ClientStore *store, const FilePath &path, uint32_t *number)
 {
-    View *view = nullptr;
-    int16_t status = BeginView(store, &view);
-    if (status != BtrStatusOk) return status;
-    status = store->Books->Do->FindFileNumber(view, path.Name, number);
-    EndView(store);
+    const int16_t status = ReadView(
+        store, [&](View *view) { return store->Books->Do->FindFileNumber(view, path.Name, number); });
     return status == BtrStatusOk && *number == 0 ? StatusOfMissing(path) : status;
 }
 
 int16_t AcquireNamed(ClientStore *store, const FilePath &path, File **file)
 {
-    View *view = nullptr;
-    int16_t status = BeginView(store, &view);
-    if (status != BtrStatusOk) return status;
-    status = store->Books->Do->AcquireFile(view, path.Name, file);
-    EndView(store);
+    const StoreFunctions &books = *store->Books->Do;
+    const int16_t status = ReadView(store, [&](View *view) {
+        if (*file != nullptr) books.ReleaseFile(store->Books, *file);
+        *file = nullptr;
+        return books.AcquireFile(view, path.Name, file);
+    });
     return status == BtrStatusFileNotFound ? StatusOfMissing(path) : status;
 }
 
@@ -316,13 +314,13 @@ int16_t StatFile(const Call &call)
     Counters counters = file->Now;
     const StoreFunctions &store = *file->Of->Do;
     if (!file->Touched || store.CountGroups != nullptr) {
-        View *view = nullptr;
-        int16_t status = BeginView(file->Home, &view);
-        if (status != BtrStatusOk) return status;
-        if (!file->Touched) status = store.ReadCounters(view, *file->Of, &counters);
-        if (status == BtrStatusOk && store.CountGroups != nullptr)
-            status = store.CountGroups(view, *file->Of, &counters);
-        EndView(file->Home);
+        const int16_t status = ReadView(file->Home, [&](View *view) {
+            int16_t read = BtrStatusOk;
+            if (!file->Touched) read = store.ReadCounters(view, *file->Of, &counters);
+            if (read == BtrStatusOk && store.CountGroups != nullptr)
+                read = store.CountGroups(view, *file->Of, &counters);
+            return read;
+        });
         if (status != BtrStatusOk) return status;
     }
 

@@ -112,10 +112,20 @@ int16_t FindAndLock(const Call &call, const LockRequest &request, Find find, Fou
         if (status != BtrStatusOk) return status;
     }
     uint32_t locked = 0;
-    for (;;) {
+    for (unsigned attempt = 0;;) {
         View *view = nullptr;
         int16_t status = BeginView(store, &view);
-        if (status == BtrStatusOk) status = find(view, found);
+        const bool reads = status == BtrStatusOk;
+        if (reads) status = find(view, found);
+        if (reads && store->Books->Unseen) {
+            if (status == BtrStatusOk && !Keep(store, &found->Entry, &found->Stored))
+                status = BtrStatusHandleTableFull;
+            if (!IsStillWhole(*store, *view)) {
+                EndView(store);
+                if (++attempt == mostViews) return BtrStatusConflict;
+                continue;
+            }
+        }
         if (status != BtrStatusOk) {
             EndView(store);
             if (locked != 0) DropRecord(handle->In, locked);

@@ -68,7 +68,7 @@ struct Store {
     ino_t LockInode;
     unsigned Users; // clients; guarded by the registry's mutex
     bool ReadOnly;
-    bool ReadOnlySystem;    // and nobody else can write either
+    bool Unseen;            // nor may we write where readers are noted, so writers do not know of us
     std::atomic<bool> Dead; // the store gave up on itself; it works again once it was closed
     pthread_mutex_t Mutex;  // Files, and every opening and closing of a tree
     File *Files;
@@ -82,7 +82,8 @@ inline constexpr char booksName[] = "books.mdb";
 inline constexpr char serverName[] = "books.server";
 
 // Gives the books of `directory`, opened if this process has not yet done so, for one more client.
-// With `create` they are made if there are none. `readOnly` asks for no more than reading.
+// With `create` they are made if there are none. Where they may not be written they can be read; `readOnly`
+// asks for no more.
 // Returns 0; 12 no directory or no books; 94 no rights or a network file system; 30 not ours, cut off, of a
 // later form, or both kinds of books in one place; 2 the lock file of running users is gone; 20 no server;
 // 18, 86, 87, 85.
@@ -90,8 +91,7 @@ inline constexpr char serverName[] = "books.server";
 int16_t AcquireStore(const char *directory, bool create, bool readOnly, const void *client, Store **store);
 
 // The same of the store in the process, whose books are in the directory itself.
-int16_t AcquireBooks(const char *directory, bool create, bool readOnly, const StoreFunctions *functions,
-                     Store **store);
+int16_t AcquireBooks(const char *directory, bool create, const StoreFunctions *functions, Store **store);
 extern const StoreFunctions booksFunctions;
 // In a forked child: forgets every store without touching what belongs to the parent.
 void ForgetStores();
@@ -164,6 +164,9 @@ struct StoreFunctions {
     // May be null. The snapshot that was just begun stays as it is until it is reset, over many calls.
     int16_t (*HoldSnapshot)(View *snapshot);
     bool (*IsOpen)(const View &snapshot); // made or renewed, and not given back since
+    // Asked where the store is Unseen. Whether what was read from the view is of one state; others who have
+    // committed twice meanwhile end that.
+    bool (*IsStillWhole)(const View &view);
     // May be null. A transaction begins: nothing that was read before it is served from memory.
     void (*ForgetReads)(Store *store);
 

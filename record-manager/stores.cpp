@@ -57,8 +57,7 @@ bool IsThere(const char *directory, const char *name)
 
 int16_t AcquireStore(const char *directory, bool create, bool readOnly, const void *client, Store **store)
 {
-    if (!IsThere(directory, serverName))
-        return AcquireBooks(directory, create, readOnly, &booksFunctions, store);
+    if (!IsThere(directory, serverName)) return AcquireBooks(directory, create, &booksFunctions, store);
     if (IsThere(directory, booksName)) {
         fprintf(stderr, "wbtrv32: %s: %s und %s in einem Verzeichnis\n", directory, booksName, serverName);
         return BtrStatusForeignFile;

@@ -6,6 +6,7 @@
 #include "record-manager/lmdb/private.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <fcntl.h>
@@ -20,6 +21,7 @@ namespace {
 
 thread_local Environment *writing = nullptr;
 thread_local uint8_t *lastMap = nullptr;
+thread_local bool wasRefused = false;
 
 // The store writes pages out of memory of its own, so its sum can be put into each.
 void PutSums(void *from, size_t size, uint64_t offset)
@@ -65,6 +67,8 @@ void WriteSums(Environment *environment)
 
 uint8_t *LastMap() { return lastMap; }
 
+bool WasRefused() { return wasRefused; }
+
 } // namespace wbtrv
 
 namespace {
@@ -88,7 +92,13 @@ int wbtrv_open(const char *path, int flags, ...)
         mode = va_arg(arguments, mode_t);
         va_end(arguments);
     }
-    return host::OpenFile(AT_FDCWD, path, flags, mode);
+    const int file = host::OpenFile(AT_FDCWD, path, flags, mode);
+    if ((flags & O_CREAT) == 0) return file;
+    wbtrv::wasRefused = file < 0 && (errno == EACCES || errno == EPERM || errno == EROFS);
+    // The store reads without its lock file where the system is read-only, which for us is every place where
+    // we may not write it.
+    if (wbtrv::wasRefused) errno = EROFS;
+    return file;
 }
 
 // The store tells processes by their number, which two containers on one directory may give out twice. So

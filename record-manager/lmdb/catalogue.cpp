@@ -79,7 +79,7 @@ int16_t OpenTreesForAll(Store *store, uint32_t number, size_t keys, unsigned *tr
     status = LookAtTree(*view, view->Main);
     if (status == BtrStatusOk) status = OpenTrees(view->Transaction, number, keys, trees);
     if (status == BtrStatusOk) {
-        status = StatusOf(mdb_txn_commit(view->Transaction));
+        status = StatusOf(Guarded<mdb_txn_commit>(view->Transaction));
         view->Transaction = nullptr;
     }
     EndSnapshot(view);
@@ -139,6 +139,10 @@ int16_t AcquireFileIn(View *view, const char *name, File **out)
         if (!view->Writing) ForgetReplaced(store, name, number);
         status = LoadFile(*view, number, name, &file);
         if (status != BtrStatusOk) return status;
+        if (!IsStillWhole(*view)) {
+            free(file);
+            return BtrStatusConflict;
+        }
         file->Next = store->Files;
         store->Files = file;
     }
@@ -186,7 +190,7 @@ int16_t DropTree(Writer *writer, uint32_t number, size_t tree)
     MDB_dbi opened = 0;
     MDB_txn *transaction = writer->Seen.Transaction;
     int error = mdb_dbi_open(transaction, KeyOfTree(number, tree).Text, 0, &opened);
-    if (error == 0) error = mdb_drop(transaction, opened, 1);
+    if (error == 0) error = Guarded<mdb_drop>(transaction, opened, 1);
     return StatusOf(error);
 }
 
@@ -204,7 +208,7 @@ int16_t RemoveFile(Writer *writer, uint32_t number)
         const CatalogueKey name = KeyOf(number, what);
         MDB_val key = ToVal(name.Text);
         if (status == BtrStatusOk)
-            status = StatusOf(mdb_del(writer->Seen.Transaction, own->Catalogue, &key, nullptr));
+            status = StatusOf(Guarded<mdb_del>(writer->Seen.Transaction, own->Catalogue, &key, nullptr));
     }
     return status;
 }
@@ -213,7 +217,8 @@ int16_t PutCatalogue(Writer *writer, const char *name, const void *data, size_t 
 {
     MDB_val key = ToVal(name);
     MDB_val value{size, const_cast<void *>(data)};
-    return StatusOf(mdb_put(writer->Seen.Transaction, writer->Seen.Of->Own->Catalogue, &key, &value, 0));
+    return StatusOf(
+        Guarded<mdb_put>(writer->Seen.Transaction, writer->Seen.Of->Own->Catalogue, &key, &value, 0));
 }
 
 int16_t ReadFormat(const View &view, FormatRecord *format)

@@ -81,9 +81,10 @@ int16_t WriteFormat(Store *store)
     MDB_val key = ToVal(formatKey);
     MDB_val value{sizeof format, &format};
     status = OpenCatalogue(own, transaction);
-    if (status == BtrStatusOk) status = StatusOf(mdb_put(transaction, own->Catalogue, &key, &value, 0));
-    if (status == BtrStatusOk) return StatusOf(mdb_txn_commit(transaction));
-    mdb_txn_abort(transaction);
+    if (status == BtrStatusOk)
+        status = StatusOf(Guarded<mdb_put>(transaction, own->Catalogue, &key, &value, 0));
+    if (status == BtrStatusOk) return StatusOf(Guarded<mdb_txn_commit>(transaction));
+    Guarded<mdb_txn_abort>(transaction);
     return status;
 }
 
@@ -107,7 +108,7 @@ int16_t CheckFormat(Store *store)
         if (!ours || format.Format != known) status = BtrStatusForeignFile;
     }
     if (status == BtrStatusOk) {
-        status = StatusOf(mdb_txn_commit(view->Transaction));
+        status = StatusOf(Guarded<mdb_txn_commit>(view->Transaction));
         view->Transaction = nullptr;
     }
     EndSnapshot(view);
@@ -225,9 +226,11 @@ int16_t OpenEnvironment(Store *store, const char *directory, bool empty)
     mdb_env_set_maxreaders(own->Real, limits.Readers);
     mdb_env_set_maxdbs(own->Real, limits.Trees);
     const unsigned flags = MDB_NOSUBDIR | MDB_NOTLS | (store->ReadOnly ? MDB_RDONLY : 0);
+    mdb_env_set_assert(own->Real, TellBrokenStore);
     WriteSums(own);
     status = StatusOf(mdb_env_open(own->Real, PathOfBooks(directory).Text, flags, 0666));
     own->Map = LastMap();
+    store->Unseen = store->ReadOnly && WasRefused();
     return status;
 }
 
@@ -274,6 +277,8 @@ int16_t SetUp(Store *store, const char *directory, bool create)
     }
     int dead = 0;
     if (!store->ReadOnly) mdb_reader_check(store->Own->Real, &dead);
+    // Who does not use the lock file does not keep others from laying it anew.
+    if (store->Unseen) return BtrStatusOk;
     const LockResult present = TryLock(store->PresenceFd, LockKind::Read, presenceOffset, 1);
     return present == LockResult::Granted ? BtrStatusOk : BtrStatusIoError;
 }
@@ -304,13 +309,12 @@ void CloseStore(Store *store)
 
 // Opens the books' file for writing where that is possible, and for reading where that is wanted or all there
 // is.
-int16_t OpenBooks(Store *store, bool create, bool readOnly)
+int16_t OpenBooks(Store *store, bool create)
 {
     const int creates = create ? O_CREAT : 0;
     store->PresenceFd = host::OpenFile(store->DirectoryFd, booksName, O_NOFOLLOW | O_RDWR | creates);
     if (store->PresenceFd >= 0) return BtrStatusOk;
-    store->ReadOnlySystem = errno == EROFS;
-    if (!store->ReadOnlySystem && (errno != EACCES || !readOnly)) {
+    if (errno != EROFS && errno != EACCES && errno != EPERM) {
         return StatusOf(errno, ENOENT, BtrStatusFileNotFound);
     }
     store->ReadOnly = true;
@@ -319,8 +323,7 @@ int16_t OpenBooks(Store *store, bool create, bool readOnly)
     return StatusOf(errno, ENOENT, create ? BtrStatusPermission : BtrStatusFileNotFound);
 }
 
-int16_t OpenStore(const char *directory, bool create, bool readOnly, const StoreFunctions *functions,
-                  Store **out)
+int16_t OpenStore(const char *directory, bool create, const StoreFunctions *functions, Store **out)
 {
     const int directoryFd = host::OpenFile(AT_FDCWD, directory, O_PATH | O_DIRECTORY);
     if (directoryFd < 0) {
@@ -339,7 +342,7 @@ int16_t OpenStore(const char *directory, bool create, bool readOnly, const Store
     store->PresenceFd = -1;
     int16_t status = BtrStatusOk;
     if (OnNetwork(directoryFd)) status = BtrStatusPermission;
-    if (status == BtrStatusOk) status = OpenBooks(store, create, readOnly);
+    if (status == BtrStatusOk) status = OpenBooks(store, create);
     if (status == BtrStatusOk) {
         const LockKind kind = store->ReadOnly ? LockKind::Read : LockKind::Write;
         if (WaitLock(store->PresenceFd, kind, setupOffset, 1, limits.SetupWait_ms) != LockResult::Granted) {
@@ -388,10 +391,9 @@ Store *TakeKnown(const char *directory, BooksFacts *found)
     return store;
 }
 
-int16_t CheckKnown(const Store &store, const BooksFacts &found, bool readOnly)
+int16_t CheckKnown(const Store &store, const BooksFacts &found)
 {
     if (store.Dead || (!store.ReadOnly && !HasLockFile(&store))) return BtrStatusIoError;
-    if (store.ReadOnly && !store.ReadOnlySystem && !readOnly) return BtrStatusPermission;
     return CheckLength(&store, found.Size);
 }
 
@@ -412,15 +414,14 @@ void AfterForkInParent()
     UnlockRegistry();
 }
 
-int16_t AcquireBooks(const char *directory, bool create, bool readOnly, const StoreFunctions *functions,
-                     Store **out)
+int16_t AcquireBooks(const char *directory, bool create, const StoreFunctions *functions, Store **out)
 {
     LockRegistry();
     CloseIdle();
     BooksFacts found;
     Store *store = TakeKnown(directory, &found);
-    const int16_t status = store != nullptr ? CheckKnown(*store, found, readOnly)
-                                            : OpenStore(directory, create, readOnly, functions, &store);
+    const int16_t status =
+        store != nullptr ? CheckKnown(*store, found) : OpenStore(directory, create, functions, &store);
     if (store != nullptr) {
         store->Next = stores;
         stores = store;

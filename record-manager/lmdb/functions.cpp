@@ -91,6 +91,7 @@ const StoreFunctions booksFunctions = {
     .EndSnapshot = EndSnapshot,
     .HoldSnapshot = nullptr,
     .IsOpen = IsOpen,
+    .IsStillWhole = IsStillWhole,
     .ForgetReads = nullptr,
     .BeginWriter = BeginWriter,
     .CommitWriter = CommitWriter,

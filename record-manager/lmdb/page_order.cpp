@@ -111,13 +111,13 @@ bool TakeAndGiveBack(MDB_txn *writer, unsigned catalogue, size_t pages, size_t p
 {
     MDB_val key{sizeof spareKey - 1, spareKey};
     MDB_val value{pages * pageSize - pageHead, nullptr};
-    if (mdb_put(writer, catalogue, &key, &value, MDB_RESERVE) != 0) return false;
+    if (Guarded<mdb_put>(writer, catalogue, &key, &value, MDB_RESERVE) != 0) return false;
     uint64_t first = 0;
     memcpy(&first, static_cast<const uint8_t *>(value.mv_data) - pageHead, sizeof first);
     *found = first <= lastPage;
     // They are written once when a reader holds on to all that was free.
     if (!*found) memset(value.mv_data, 0, value.mv_size);
-    return mdb_del(writer, catalogue, &key, nullptr) == 0;
+    return Guarded<mdb_del>(writer, catalogue, &key, nullptr) == 0;
 }
 
 // To put an entry where it is moves its leaf. One with pages of its own, or of few to a leaf, stays.
@@ -126,9 +126,9 @@ bool MoveLeaf(MDB_txn *writer, unsigned tree, MDB_val key, size_t pageSize)
     MDB_cursor *cursor = nullptr;
     if (mdb_cursor_open(writer, tree, &cursor) != 0) return true;
     MDB_val value;
-    int error = mdb_cursor_get(cursor, &key, &value, MDB_SET);
+    int error = Guarded<mdb_cursor_get>(cursor, &key, &value, MDB_SET);
     if (error == 0 && value.mv_size <= pageSize / 4) {
-        error = mdb_cursor_put(cursor, &key, &value, MDB_CURRENT);
+        error = Guarded<mdb_cursor_put>(cursor, &key, &value, MDB_CURRENT);
     }
     mdb_cursor_close(cursor);
     return error == 0;

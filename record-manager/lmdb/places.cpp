@@ -298,7 +298,7 @@ int16_t FindInCatalogue(const View &view, const char *name, Bytes *value)
     if (!view.Writing) return Find(view, view.Main, ToBytes(name), value);
     MDB_val key = ToVal(name);
     MDB_val found;
-    const int error = mdb_get(view.Transaction, view.Of->Own->Catalogue, &key, &found);
+    const int error = Guarded<mdb_get>(view.Transaction, view.Of->Own->Catalogue, &key, &found);
     if (error == 0) *value = ToBytes(found);
     return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "record-manager/lmdb/form.h"
+#include "record-manager/lmdb/guarded.h"
 #include "record-manager/lmdb/page_order.h"
 #include "record-manager/store.h"
 
@@ -123,6 +124,8 @@ inline constexpr uint32_t looked = uint32_t{1} << 31;
 void WriteSums(Environment *environment);
 // The map that the store has made last in this thread.
 uint8_t *LastMap();
+// Whether the file that the store opened last for writing in this thread was refused.
+bool WasRefused();
 
 // ---- checking.cpp ----
 
@@ -213,6 +216,7 @@ int16_t BeginSnapshot(Store *store, View **snapshot);
 void ResetSnapshot(View *snapshot);
 void EndSnapshot(View *snapshot);
 bool IsOpen(const View &snapshot);
+bool IsStillWhole(const View &view);
 int16_t BeginWriter(Store *store, Writer **writer);
 int16_t CommitWriter(Writer *writer);
 void AbortWriter(Writer *writer);

@@ -97,6 +97,16 @@ void ResetSnapshot(View *snapshot)
 
 bool IsOpen(const View &snapshot) { return snapshot.Open; }
 
+// What a snapshot shows is freed by the next transaction at the earliest, and used anew by the third after
+// that one has seen it so, which begins when the second is over.
+bool IsStillWhole(const View &view)
+{
+    if (!view.Of->Unseen || view.Writing) return true;
+    std::atomic_thread_fence(std::memory_order_acquire);
+    MDB_envinfo info;
+    return mdb_env_info(view.Of->Own->Real, &info) == 0 && info.me_last_txnid <= view.Number + 1;
+}
+
 void EndSnapshot(View *snapshot)
 {
     if (snapshot->Transaction != nullptr) {
@@ -109,7 +119,7 @@ void EndSnapshot(View *snapshot)
 
 void FreeSnapshot(View *snapshot)
 {
-    if (snapshot->Transaction != nullptr) mdb_txn_abort(snapshot->Transaction);
+    if (snapshot->Transaction != nullptr) Guarded<mdb_txn_abort>(snapshot->Transaction);
     free(snapshot);
 }
 
@@ -158,7 +168,7 @@ int16_t MoveInWriter(const View &view, Cursor *cursor, MDB_cursor_op where, Byte
 {
     MDB_val foundKey;
     MDB_val foundValue;
-    const int error = mdb_cursor_get(cursor->Real, &foundKey, &foundValue, where);
+    const int error = Guarded<mdb_cursor_get>(cursor->Real, &foundKey, &foundValue, where);
     return GiveEntry(view, error, foundKey, foundValue, key, value);
 }
 
@@ -172,9 +182,11 @@ int16_t SeekInWriter(const View &view, Cursor *cursor, Bytes bound, Side side, B
     switch (side) {
     case Side::First: return MoveInWriter(view, cursor, MDB_FIRST, key, value);
     case Side::Last: return MoveInWriter(view, cursor, MDB_LAST, key, value);
-    case Side::AtOrAfter: error = mdb_cursor_get(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE); break;
+    case Side::AtOrAfter:
+        error = Guarded<mdb_cursor_get>(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE);
+        break;
     case Side::Before:
-        error = mdb_cursor_get(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE);
+        error = Guarded<mdb_cursor_get>(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE);
         if (error != 0 && error != MDB_NOTFOUND) return StatusOf(error);
         return MoveInWriter(view, cursor, error == 0 ? MDB_PREV : MDB_LAST, key, value);
     }
@@ -223,7 +235,7 @@ int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value)
     if (status != BtrStatusOk) return status;
     MDB_val wanted = ToVal(key);
     MDB_val found;
-    const int error = mdb_get(view->Transaction, file.Trees[tree], &wanted, &found);
+    const int error = Guarded<mdb_get>(view->Transaction, file.Trees[tree], &wanted, &found);
     if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
     *value = ToBytes(found);
     return LookAtValue(*view, key, *value);

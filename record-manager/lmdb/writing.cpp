@@ -30,7 +30,7 @@ int16_t OpenAllTrees(Store *store, uint32_t last)
     }
     // Handles of trees reach other transactions only by a commit.
     if (status == BtrStatusOk) {
-        status = StatusOf(mdb_txn_commit(view->Transaction));
+        status = StatusOf(Guarded<mdb_txn_commit>(view->Transaction));
         view->Transaction = nullptr;
     }
     EndSnapshot(view);
@@ -74,10 +74,16 @@ int16_t BeginWithAllTrees(Store *store)
             WriteSums(own);
             return BtrStatusOk;
         }
-        mdb_txn_abort(transaction);
+        Guarded<mdb_txn_abort>(transaction);
         if (status == BtrStatusOk) status = OpenAllTrees(store, last);
         if (status != BtrStatusOk) return status;
     }
+}
+
+// A transaction that cannot even be aborted keeps the writer's place until the books are closed.
+void AbortTransaction(Store *store, MDB_txn *transaction)
+{
+    if (Guarded<mdb_txn_abort>(transaction) == brokenStore) store->Dead = true;
 }
 
 // False: the transaction is of no use any more.
@@ -121,7 +127,7 @@ int16_t BeginWriter(Store *store, Writer **writer)
     pthread_mutex_lock(&store->Mutex);
     int16_t status = BeginWithAllTrees(store);
     if (status == BtrStatusOk && !OrderPages(store, &own->Writing)) {
-        mdb_txn_abort(own->Writing.Seen.Transaction);
+        AbortTransaction(store, own->Writing.Seen.Transaction);
         LeaveWriter(&own->Writing);
         status = BeginWithAllTrees(store);
     }
@@ -154,7 +160,9 @@ int16_t CommitWriter(Writer *writer)
     Store *store = writer->Seen.Of;
     Environment *own = store->Own;
     WriteSums(own);
-    const int error = mdb_txn_commit(writer->Seen.Transaction);
+    const int error = Guarded<mdb_txn_commit>(writer->Seen.Transaction);
+    // A commit that fails has undone the transaction itself, unless it was left in its middle.
+    if (error == brokenStore) AbortTransaction(store, writer->Seen.Transaction);
     LeaveWriter(writer);
     if (error == 0) return BtrStatusOk;
     if (own->TreesDropped) own->KnownFile = 0;
@@ -165,7 +173,7 @@ int16_t CommitWriter(Writer *writer)
 void AbortWriter(Writer *writer)
 {
     Environment *own = writer->Seen.Of->Own;
-    mdb_txn_abort(writer->Seen.Transaction);
+    AbortTransaction(writer->Seen.Of, writer->Seen.Transaction);
     LeaveWriter(writer);
     // The trees that it has dropped are back, their handles are not.
     if (own->TreesDropped) own->KnownFile = 0;
@@ -210,7 +218,7 @@ int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t
     const unsigned number = file.Trees[tree];
     const uint64_t pages = PagesOf(*writer, number);
     const unsigned flags = MDB_RESERVE | (append ? MDB_APPEND : 0u);
-    const int error = mdb_put(writer->Seen.Transaction, number, &where, &value, flags);
+    const int error = Guarded<mdb_put>(writer->Seen.Transaction, number, &where, &value, flags);
     if (error != 0) return StatusOf(error);
     if (PagesOf(*writer, number) > pages) NoteSplit(&writer->Seen.Of->Own->Splits, file, tree, key);
     *place = static_cast<uint8_t *>(value.mv_data);
@@ -226,7 +234,7 @@ int16_t Add(Cursor *cursor, Bytes key, Bytes value)
     MDB_val newValue = ToVal(value);
     const unsigned number = cursor->In->Trees[cursor->Tree];
     const uint64_t pages = PagesOf(*writer, number);
-    const int error = mdb_cursor_put(cursor->Real, &newKey, &newValue, MDB_NOOVERWRITE);
+    const int error = Guarded<mdb_cursor_put>(cursor->Real, &newKey, &newValue, MDB_NOOVERWRITE);
     if (error == 0 && PagesOf(*writer, number) > pages)
         NoteSplit(&writer->Seen.Of->Own->Splits, *cursor->In, cursor->Tree, key);
     return StatusOf(error, MDB_KEYEXIST, BtrStatusDuplicateKey);
@@ -237,7 +245,7 @@ int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key)
     const int16_t status = LookInWriter(writer, file, tree, key, Side::AtOrAfter);
     if (status != BtrStatusOk) return status;
     MDB_val where = ToVal(key);
-    const int error = mdb_del(writer->Seen.Transaction, file.Trees[tree], &where, nullptr);
+    const int error = Guarded<mdb_del>(writer->Seen.Transaction, file.Trees[tree], &where, nullptr);
     if (error != 0) return StatusOf(error, MDB_NOTFOUND, BtrStatusKeyNotFound);
     return LookAfterRemoval(writer, file, tree);
 }

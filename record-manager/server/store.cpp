@@ -252,6 +252,7 @@ const StoreFunctions serverFunctions = {
     .EndSnapshot = EndSnapshot,
     .HoldSnapshot = HoldSnapshot,
     .IsOpen = IsOpen,
+    .IsStillWhole = nullptr,
     .ForgetReads = ForgetReads,
     .BeginWriter = BeginWriter,
     .CommitWriter = CommitWriter,

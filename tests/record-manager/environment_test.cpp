@@ -284,22 +284,130 @@ TEST_F(Rights, WithoutAnyOnTheDirectoryNothingIsOpenedOrMade)
               BtrStatusPermission);
 }
 
-TEST_F(Rights, BooksThatCannotBeWrittenCanBeReadIfThatIsAllThatIsAsked)
+// With the lock file at hand a reader is known to writers, without it it looks after itself.
+TEST_F(Rights, BooksThatCannotBeWrittenCanBeRead)
 {
-    ASSERT_EQ(chmod(Books.c_str(), 0444), 0);
-    EXPECT_EQ(InChild(BecomeNobody, {OpenRequest(Directory / "t.btr")}), BtrStatusPermission);
     const std::string path = Directory / "t.btr";
-    const Request open = OpenRequest(path, BtrModeReadOnly);
-    EXPECT_EQ(InChild(BecomeNobody, {open, {.Operation = BtrOpGetEqual, .Length = 64, .Key = "b"}}),
-              BtrStatusOk);
-    EXPECT_EQ(InChild(BecomeNobody,
-                      {open, {.Operation = BtrOpInsert, .Data = RecordOfT("d", "x", 1), .Length = 64}}),
-              BtrStatusAccessDenied);
-    EXPECT_EQ(
-        InChild(BecomeNobody, {open, {.Operation = BtrOpGetEqual + BtrBiasLock, .Length = 64, .Key = "b"}}),
-        BtrStatusAccessDenied);
-    // The same process does not get more by asking again.
-    EXPECT_EQ(InChild(BecomeNobody, {open, OpenRequest(path)}), BtrStatusPermission);
+    for (const bool locks : {true, false}) {
+        Allow(0555, 0444);
+        if (locks) {
+            ASSERT_EQ(chmod((Directory / "books.mdb-lock").c_str(), 0666), 0);
+        }
+        for (const int8_t mode : {int8_t{0}, int8_t{1}, int8_t{BtrModeReadOnly}}) {
+            const Request open = OpenRequest(path, mode);
+            const Request find{.Operation = BtrOpGetEqual, .Length = 64, .Key = "b"};
+            Request lock = find;
+            lock.Operation = BtrOpGetEqual + BtrBiasLock;
+            EXPECT_EQ(InChild(BecomeNobody, {open}), BtrStatusOk) << locks;
+            EXPECT_EQ(InChild(BecomeNobody, {open, find}), BtrStatusOk) << locks;
+            EXPECT_EQ(InChild(BecomeNobody, {open, find, {.Operation = BtrOpGetNext, .Length = 64}}),
+                      BtrStatusOk);
+            EXPECT_EQ(InChild(BecomeNobody, {open, {.Operation = BtrOpStat, .Length = 200}}), BtrStatusOk);
+            EXPECT_EQ(
+                InChild(BecomeNobody,
+                        {open, {.Operation = BtrOpInsert, .Data = RecordOfT("d", "x", 1), .Length = 64}}),
+                BtrStatusAccessDenied);
+            EXPECT_EQ(InChild(BecomeNobody, {open, find, {.Operation = BtrOpDelete}}), BtrStatusAccessDenied);
+            EXPECT_EQ(InChild(BecomeNobody, {open, lock}), BtrStatusAccessDenied);
+        }
+        EXPECT_EQ(InChild(BecomeNobody, {OpenRequest(path, BtrModeExclusive)}), BtrStatusPermission);
+        EXPECT_EQ(InChild(BecomeNobody, {OpenRequest(path, BtrModeLoading)}), BtrStatusPermission);
+    }
+}
+
+TEST_F(Rights, WhatIsReadIsOfOneStateWhileOthersWrite)
+{
+    Allow(0755, 0644);
+    Local me;
+    ASSERT_EQ(Open(me, Directory / "t.btr").Status, BtrStatusOk);
+    const OnT<Local> t{me};
+    // Two fields of a record that always change together, in a file whose pages are used again and again.
+    for (int i = 0; i < 60; ++i) {
+        ASSERT_EQ(t.Insert("r" + std::to_string(100 + i), "v0", 0).Status, BtrStatusOk);
+    }
+    int told[2];
+    ASSERT_EQ(pipe(told), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        BecomeNobody();
+        PositionBlocks blocks{};
+        int wrong = Carry(blocks, OpenRequest(Directory / "t.btr", 1)).Status == BtrStatusOk ? 0 : 1000;
+        for (int round = 0; round < 300 && wrong == 0; ++round) {
+            int seen = 0;
+            Request request{.Operation = BtrOpGetGreaterOrEqual, .Length = 64, .Key = "r"};
+            for (;; request.Operation = BtrOpGetNext, ++seen) {
+                const Answer answer = Carry(blocks, request);
+                if (answer.Status == BtrStatusEndOfFile) break;
+                if (answer.Status != BtrStatusOk) {
+                    wrong = 2000 + answer.Status;
+                    break;
+                }
+                const std::string word = UpToNul(answer.Data.substr(8, 8));
+                int32_t number = -1;
+                memcpy(&number, answer.Data.data() + 16, sizeof number);
+                if (word != "v" + std::to_string(number)) wrong = 1;
+            }
+            if (seen != 60 && wrong == 0) wrong = 2;
+        }
+        _exit(write(told[1], &wrong, sizeof wrong) == sizeof wrong ? 0 : 1);
+    }
+    close(told[1]);
+    pollfd ended{told[0], POLLIN, 0};
+    int commits = 0;
+    while (poll(&ended, 1, 0) == 0) {
+        const std::string name = "r" + std::to_string(100 + commits % 60);
+        ASSERT_EQ(t.GetEqual(name).Status, BtrStatusOk);
+        ++commits;
+        ASSERT_EQ(t.Update(name, "v" + std::to_string(commits % 1000), commits % 1000).Status, BtrStatusOk);
+    }
+    int wrong = -1;
+    ASSERT_EQ(read(told[0], &wrong, sizeof wrong), ssize_t{sizeof wrong});
+    close(told[0]);
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(wrong, 0);
+    EXPECT_GT(commits, 10);
+}
+
+TEST_F(Rights, AHeldSnapshotThatWritersHaveOvertakenIsNoLongerRead)
+{
+    Allow(0755, 0644);
+    Local me;
+    ASSERT_EQ(Open(me, Directory / "t.btr").Status, BtrStatusOk);
+    const OnT<Local> t{me};
+    ASSERT_EQ(t.GetEqual("a").Status, BtrStatusOk);
+    int go[2];
+    int told[2];
+    ASSERT_EQ(pipe(go), 0);
+    ASSERT_EQ(pipe(told), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        BecomeNobody();
+        PositionBlocks blocks{};
+        const Request find{.Operation = BtrOpGetEqual, .Length = 64, .Key = "b"};
+        Carry(blocks, OpenRequest(Directory / "t.btr", BtrModeReadOnly));
+        int16_t statuses[3];
+        statuses[0] = Carry(blocks, {.Operation = BtrOpBeginSnapshot}).Status;
+        statuses[1] = Carry(blocks, find).Status;
+        char next = 0;
+        if (write(told[1], "r", 1) != 1 || read(go[0], &next, 1) != 1) _exit(1);
+        statuses[2] = Carry(blocks, find).Status;
+        _exit(write(told[1], statuses, sizeof statuses) == sizeof statuses ? 0 : 1);
+    }
+    char ready = 0;
+    ASSERT_EQ(read(told[0], &ready, 1), 1);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(t.Update("a", "y", i).Status, BtrStatusOk);
+    }
+    ASSERT_EQ(write(go[1], "g", 1), 1);
+    int16_t statuses[3] = {-1, -1, -1};
+    ASSERT_EQ(read(told[0], statuses, sizeof statuses), ssize_t{sizeof statuses});
+    EXPECT_EQ(statuses[0], BtrStatusOk);
+    EXPECT_EQ(statuses[1], BtrStatusOk);
+    EXPECT_EQ(statuses[2], BtrStatusConflict);
+    waitpid(child, nullptr, 0);
+    for (const int end : {go[0], go[1], told[0], told[1]}) {
+        close(end);
+    }
 }
 
 TEST_F(Rights, ADirectoryThatCannotBeWrittenTakesNoNewBooks)

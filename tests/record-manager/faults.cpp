@@ -1,5 +1,7 @@
 #include "faults.h"
 
+#include "record-manager/lmdb/guarded.h"
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -366,6 +368,17 @@ CAUGHT int openat(int directory, const char *path, int flags, ...)
     extern "C" int store_##name parameters;                                                                  \
     CAUGHT int name parameters { return Fails(Fault::StoreCall) ? error : store_##name arguments; }
 
+// The same for a call that may come upon a broken assertion: in its middle, with some of its work done.
+#define CAUGHT_GUARDED_CALL(name, parameters, arguments, error)                                              \
+    extern "C" int store_##name parameters;                                                                  \
+    CAUGHT int name parameters                                                                               \
+    {                                                                                                        \
+        if (Fails(Fault::StoreCall)) return error;                                                           \
+        const int done = store_##name arguments;                                                             \
+        if (Fails(Fault::Assertion)) wbtrv::TellBrokenStore(nullptr, "a test");                              \
+        return done;                                                                                         \
+    }
+
 CAUGHT_STORE_CALL(mdb_env_create, (MDB_env * *env), (env), ENOMEM)
 CAUGHT_STORE_CALL(mdb_env_open, (MDB_env * env, const char *path, unsigned flags, mdb_mode_t mode),
                   (env, path, flags, mode), EIO)
@@ -374,20 +387,20 @@ CAUGHT_STORE_CALL(mdb_txn_begin, (MDB_env * env, MDB_txn *parent, unsigned flags
 CAUGHT_STORE_CALL(mdb_txn_renew, (MDB_txn * txn), (txn), EIO)
 CAUGHT_STORE_CALL(mdb_dbi_open, (MDB_txn * txn, const char *name, unsigned flags, MDB_dbi *dbi),
                   (txn, name, flags, dbi), ENOMEM)
-CAUGHT_STORE_CALL(mdb_drop, (MDB_txn * txn, MDB_dbi dbi, int del), (txn, dbi, del), EIO)
-CAUGHT_STORE_CALL(mdb_get, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data), (txn, dbi, key, data),
-                  EIO)
-CAUGHT_STORE_CALL(mdb_put, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data, unsigned flags),
-                  (txn, dbi, key, data, flags), MDB_MAP_FULL)
-CAUGHT_STORE_CALL(mdb_del, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data), (txn, dbi, key, data),
-                  EIO)
+CAUGHT_GUARDED_CALL(mdb_drop, (MDB_txn * txn, MDB_dbi dbi, int del), (txn, dbi, del), EIO)
+CAUGHT_GUARDED_CALL(mdb_get, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data), (txn, dbi, key, data),
+                    EIO)
+CAUGHT_GUARDED_CALL(mdb_put, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data, unsigned flags),
+                    (txn, dbi, key, data, flags), MDB_MAP_FULL)
+CAUGHT_GUARDED_CALL(mdb_del, (MDB_txn * txn, MDB_dbi dbi, MDB_val *key, MDB_val *data), (txn, dbi, key, data),
+                    EIO)
 CAUGHT_STORE_CALL(mdb_cursor_open, (MDB_txn * txn, MDB_dbi dbi, MDB_cursor **cursor), (txn, dbi, cursor),
                   ENOMEM)
 CAUGHT_STORE_CALL(mdb_cursor_renew, (MDB_txn * txn, MDB_cursor *cursor), (txn, cursor), EIO)
-CAUGHT_STORE_CALL(mdb_cursor_get, (MDB_cursor * cursor, MDB_val *key, MDB_val *data, MDB_cursor_op op),
-                  (cursor, key, data, op), EIO)
-CAUGHT_STORE_CALL(mdb_cursor_put, (MDB_cursor * cursor, MDB_val *key, MDB_val *data, unsigned flags),
-                  (cursor, key, data, flags), MDB_MAP_FULL)
+CAUGHT_GUARDED_CALL(mdb_cursor_get, (MDB_cursor * cursor, MDB_val *key, MDB_val *data, MDB_cursor_op op),
+                    (cursor, key, data, op), EIO)
+CAUGHT_GUARDED_CALL(mdb_cursor_put, (MDB_cursor * cursor, MDB_val *key, MDB_val *data, unsigned flags),
+                    (cursor, key, data, flags), MDB_MAP_FULL)
 CAUGHT_STORE_CALL(mdb_env_info, (MDB_env * env, MDB_envinfo *info), (env, info), EIO)
 CAUGHT_STORE_CALL(mdb_env_stat, (MDB_env * env, MDB_stat *stat), (env, stat), EIO)
 CAUGHT_STORE_CALL(mdb_env_sync, (MDB_env * env, int force), (env, force), EIO)
@@ -402,5 +415,6 @@ CAUGHT int mdb_txn_commit(MDB_txn *txn)
         mdb_txn_abort(txn);
         return EIO;
     }
+    if (Fails(Fault::Assertion)) wbtrv::TellBrokenStore(nullptr, "a test");
     return store_mdb_txn_commit(txn);
 }

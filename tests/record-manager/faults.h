@@ -11,8 +11,9 @@ namespace wbtrvtest {
 // What is made to fail. Counting starts with Arm and concerns the calling thread alone.
 // Write: nothing is written, since the disk is full. ShortWrite: half of it is, and the disk is full from
 // then on if the fault is for ever.
+// Assertion: the store comes upon one of its own that is broken, in the middle of a call.
 // Killed: instead of any of these the process is killed, a write being half done.
-enum class Fault { None, Allocation, Write, ShortWrite, Sync, StoreCall, Killed };
+enum class Fault { None, Allocation, Write, ShortWrite, Sync, StoreCall, Assertion, Killed };
 
 // Makes call number `nth` (from 1) of that kind fail, and with `forEver` every later one too.
 void Arm(Fault fault, uint64_t nth, bool forEver = false);

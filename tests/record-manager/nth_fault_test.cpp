@@ -291,6 +291,7 @@ uint64_t FailEach(Fault fault, bool untilCallEnds)
 // A run makes this many at least, or what is caught here is not what the store calls.
 TEST(NthFault, AStoreCallFails) { EXPECT_GT(FailEach(Fault::StoreCall, false), 300U); }
 TEST(NthFault, StoreCallsFailUntilTheCallEnds) { EXPECT_GT(FailEach(Fault::StoreCall, true), 300U); }
+TEST(NthFault, AnAssertionOfTheStoreIsBroken) { EXPECT_GT(FailEach(Fault::Assertion, false), 100U); }
 TEST(NthFault, AWriteFails) { EXPECT_GT(FailEach(Fault::Write, false), 30U); }
 TEST(NthFault, WritesFailUntilTheCallEnds) { EXPECT_GT(FailEach(Fault::Write, true), 30U); }
 TEST(NthFault, AWriteIsCutShort) { EXPECT_GT(FailEach(Fault::ShortWrite, false), 30U); }
