@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -298,6 +299,24 @@ bool IsProfileUnreadable(const char *fileName)
     return !read;
 }
 
+namespace {
+
+// Another writer is done in a moment; who holds the lock for longer is none, and a choice that is not
+// remembered does no harm.
+bool LockWithinASecond(int file)
+{
+    constexpr int steps = 200;
+    constexpr timespec step{0, 5'000'000};
+    for (int i = 0; i < steps; ++i) {
+        if (flock(file, LOCK_EX | LOCK_NB) == 0) return true;
+        if (errno != EWOULDBLOCK && errno != EINTR) return false;
+        nanosleep(&step, nullptr);
+    }
+    return false;
+}
+
+} // namespace
+
 bool WriteProfileText(const char *section, const char *key, const char *value, const char *fileName)
 {
     char path[PATH_MAX];
@@ -315,9 +334,7 @@ bool WriteProfileText(const char *section, const char *key, const char *value, c
     slash[slash == directory ? 1 : 0] = 0;
     const int lock = OpenFile(AT_FDCWD, directory, O_RDONLY | O_DIRECTORY);
     if (lock < 0) return false;
-    while (flock(lock, LOCK_EX) != 0 && errno == EINTR) {
-    }
-    const bool written = WriteKey(path, section, key, value);
+    const bool written = LockWithinASecond(lock) && WriteKey(path, section, key, value);
     close(lock);
     return written;
 }

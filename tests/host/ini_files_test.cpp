@@ -1,11 +1,13 @@
 #include "host/ini_files.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -253,4 +255,18 @@ TEST_F(IniFiles, UnreadableFileIsNotPassedOver)
     fs::create_symlink(directory / "vark", directory / "vark");
     EXPECT_TRUE(IsProfileUnreadable("vark.ini"));
     EXPECT_EQ("", Read("VARK", "Pfad"));
+}
+
+// Whoever locks the directory for longer than a moment is no writer of these files.
+TEST_F(IniFiles, AForeignLockOnTheDirectoryHoldsNobodyUp)
+{
+    Put("[VARK]\nStapel=1\n");
+    const int held = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_GE(held, 0);
+    ASSERT_EQ(0, flock(held, LOCK_EX));
+    EXPECT_FALSE(WriteProfileText("VARK", "Stapel", "2", "vark.ini"));
+    EXPECT_EQ("1", Read("VARK", "Stapel"));
+    close(held);
+    EXPECT_TRUE(WriteProfileText("VARK", "Stapel", "2", "vark.ini"));
+    EXPECT_EQ("2", Read("VARK", "Stapel"));
 }

@@ -1,6 +1,9 @@
 // books sichern, laden and kopie: out of books and into them again, byte for byte, and whole or not at all.
+#include "record-manager/include/btrcall.h"
 #include "tests/tools/program.h"
+#include "tools/books/snapshot.h"
 #include "tools/common/installation.h"
+#include "tools/common/table_file.h"
 
 #include <csignal>
 #include <cstring>
@@ -906,4 +909,44 @@ TEST_F(MoveBooks, HelpHasAnExampleForEachCommand)
         EXPECT_TRUE(Has(help.Out, std::string("books ") + command)) << help.Out;
         EXPECT_TRUE(Has(help.Out, "Beispiel")) << help.Out;
     }
+}
+
+// A writer that has stopped in the middle of its work keeps the place of the only writer, which a copy needs
+// for a moment.
+TEST_F(MoveBooks, ACopyBesideAWriterThatHasStoppedComesToAnEnd)
+{
+    const fs::path to = Directory.Path / "to";
+    fs::create_directory(to);
+    int ready[2];
+    ASSERT_EQ(0, pipe(ready));
+    const pid_t writer = fork();
+    if (writer == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        char block[128] = {};
+        char data[1400] = {};
+        char key[255] = {};
+        uint32_t length = 0;
+        (Data / "fista.btr").string().copy(key, 254);
+        bool writes = BTRCALL(BtrOpOpen, block, data, &length, key, 255, 0) == BtrStatusOk &&
+                      BTRCALL(BtrOpBegin, block, data, &length, key, 255, 0) == BtrStatusOk;
+        length = sizeof data;
+        writes = writes && BTRCALL(BtrOpGetFirst, block, data, &length, key, 255, 0) == BtrStatusOk &&
+                 BTRCALL(BtrOpUpdate, block, data, &length, key, 255, 0) == BtrStatusOk;
+        if (write(ready[1], writes ? "y" : "n", 1) == 1) raise(SIGSTOP);
+        _exit(0);
+    }
+    char answer = 0;
+    ASSERT_EQ(1, read(ready[0], &answer, 1));
+    EXPECT_EQ('y', answer);
+    ::books::longestStandstill_ms = 200;
+    EXPECT_THROW(::books::CopyStore(Data, to), std::runtime_error);
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+    fs::remove(to / "books.mdb");
+    ::books::longestStandstill_ms = 30'000;
+    EXPECT_NO_THROW(::books::CopyStore(Data, to)) << "its place is free again";
+    EXPECT_TRUE(fs::exists(to / "books.mdb"));
+    close(ready[0]);
+    close(ready[1]);
+    StopEngine();
 }

@@ -11,12 +11,17 @@
 #include <fcntl.h>
 #include <lmdb.h>
 #include <memory>
+#include <optional>
+#include <poll.h>
 #include <stdexcept>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 namespace books {
+
+int longestStandstill_ms = 30'000;
 
 namespace fs = std::filesystem;
 using namespace tools;
@@ -71,6 +76,25 @@ int CopyInChild(const fs::path &from, int to)
     return fsync(to) == 0 || errno == EINVAL ? 0 : ChildWrite;
 }
 
+// How the child ended; nothing when its file stands still, since it waits for a writer that has stopped in its
+// work. The child is ended then.
+std::optional<int> WaitWhileItGrows(pid_t child, int file)
+{
+    constexpr int step_ms = 20;
+    off_t size = 0;
+    for (int silence_ms = 0; silence_ms < longestStandstill_ms; silence_ms += step_ms) {
+        int status = 0;
+        const pid_t ended = waitpid(child, &status, WNOHANG);
+        if (ended == child) return status;
+        poll(nullptr, 0, step_ms);
+        struct stat now = {};
+        if (fstat(file, &now) == 0 && now.st_size != size) silence_ms = 0;
+        size = now.st_size;
+    }
+    EndChild(child);
+    return {};
+}
+
 } // namespace
 
 namespace {
@@ -118,9 +142,14 @@ void CopyStore(const fs::path &from, const fs::path &to)
     // The store refuses to be opened twice in a process.
     const pid_t child = ForkReader();
     if (child == 0) _exit(CopyInChild(from, file));
+    const std::optional<int> end = WaitWhileItGrows(child, file);
     close(file);
-    const int status = WaitFor(child);
     ThrowIfInterrupted();
+    if (!end) {
+        throw std::runtime_error((from / booksName).string() +
+                                 ": Wer darin schreibt, gibt die Bücher nicht frei.");
+    }
+    const int status = *end;
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildFull) ThrowFileError(target, "Schreiben", ENOSPC);
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildWrite) ThrowFileError(target, "Schreiben", EIO);
