@@ -76,8 +76,8 @@ int CopyInChild(const fs::path &from, int to)
     return fsync(to) == 0 || errno == EINVAL ? 0 : ChildWrite;
 }
 
-// How the child ended; nothing when its file stands still, since it waits for a writer that has stopped in its
-// work. The child is ended then.
+// How the child ended; nothing when its file stands still, since it waits for a writer that has stopped in
+// its work. The child is ended then.
 std::optional<int> WaitWhileItGrows(pid_t child, int file)
 {
     constexpr int step_ms = 20;
