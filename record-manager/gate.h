@@ -14,6 +14,7 @@ struct Gate;
 // directory and the gate is laid anew; otherwise it must exist. Returns 0, 2 (vanished, not ours), 18 or 94.
 int16_t OpenGate(int directoryFd, bool fresh, Gate **gate);
 
+// Unmaps the gate; its file stays.
 void CloseGate(Gate *gate);
 
 // The table of those who wait for records of this directory.

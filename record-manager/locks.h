@@ -33,6 +33,7 @@ LockResult TryLock(int fd, LockKind kind, int64_t offset, int64_t length);
 // Tries for up to `wait_ms`.
 LockResult WaitLock(int fd, LockKind kind, int64_t offset, int64_t length, unsigned wait_ms);
 
+// Gives the range free, whatever of it is locked through this description.
 void Unlock(int fd, int64_t offset, int64_t length);
 
 // The status of a lock that was not granted.
@@ -43,6 +44,7 @@ struct Patience {
     int64_t Deadline_us;
     unsigned Step_us;
 };
+// Begins to wait; the first step is the shortest.
 Patience StartPatience(unsigned wait_ms);
 bool WaitMore(Patience *patience); // sleeps a step; false once the time is over
 unsigned Remaining_ms(const Patience &patience);

@@ -45,6 +45,7 @@ int TakeSpareDescription(SharedLocks &locks);
 // Keeps a description without locks, or closes it.
 void GiveDescription(SharedLocks &locks, int fd);
 
+// Closes what is left of descriptions and frees the tables.
 void FreeSharedLocks(SharedLocks &locks);
 
 } // namespace wbtrv

@@ -39,6 +39,7 @@ struct Column {
     bool BlankZero; // a figure of zero is left empty
 };
 
+// A column of no width carries data for files alone.
 constexpr bool IsShown(const Column &column) { return column.Width > 0; }
 
 // What a row of data holds, for files that are read by programs.
@@ -160,12 +161,14 @@ constexpr int32_t HeadHeight(const Definition &definition)
            (definition.HeadLines - 1) * definition.Styles[subtitleStyle].Height + gapUnderHead;
 }
 
+// With the line of groups where there is one.
 constexpr int32_t ColumnTitlesHeight(const Definition &definition)
 {
     const int32_t lines = definition.ColumnTitleLines + (definition.HasColumnGroups ? 1 : 0);
     return lines == 0 ? 0 : lines * definition.Styles[columnStyle].Height + gapUnderTitles;
 }
 
+// Of all lines of the foot.
 constexpr int32_t FootHeight(const Definition &definition)
 {
     if (definition.FootLines == 0) return 0;

@@ -108,6 +108,7 @@ struct Layout {
 // `place` may be null: pages are counted only.
 void StartLayout(Layout &layout, const Definition &definition, PlaceCall place, void *context);
 
+// The next row, which is placed at once or held back with the group that it belongs to.
 void AddRow(Layout &layout, const LayoutRow &row);
 
 // Places what was held back and returns the number of pages, at least 1.
@@ -121,6 +122,7 @@ struct RowSpot {
     int32_t Top;
 };
 
+// The one that comes later on the pages.
 RowSpot LaterOf(RowSpot one, RowSpot other);
 
 // The rows of the left or of the right halves of pages, laid out by themselves. The last one waits, so that
@@ -131,6 +133,7 @@ struct HalfLayout {
     bool HasLast;
 };
 
+// As StartLayout and AddRow.
 void StartHalf(HalfLayout &half, const Definition &definition, PlaceCall place, void *context);
 void AddRowOfHalf(HalfLayout &half, const LayoutRow &row);
 

@@ -97,11 +97,13 @@ struct SpoolReader {
     char Window[2 * spoolBufferSize];
 };
 
+// Begins at the first item of the file, which stays the caller's.
 void StartReading(SpoolReader &reader, int file);
 
 // The next item; false at the end and on a read error (`hasFailed`).
 bool ReadItem(SpoolReader &reader, bool &hasFailed);
 
+// What the layout has to know of the row that lies at `offset`.
 LayoutRow RowOf(const ItemHeader &header, uint64_t offset, const Definition &definition);
 
 // The cells of a row, one by one: false after the last.
@@ -118,6 +120,7 @@ struct Cell {
     int64_t Number;   // Pfennig, hundredths of a per cent, or as it stands
 };
 
+// Reads the cells of a row that lies at `data`.
 inline CellReader CellsOf(const ItemHeader &header, const char *data) { return {data, header.Count}; }
 bool NextCell(CellReader &cells, Cell &cell);
 
@@ -134,6 +137,7 @@ struct LinePart {
     const char *Text;
     size_t Length;
 };
+// The parts of a head or foot that lies at `data`: left, middle, right. They are valid as long as it is.
 void LinePartsOf(const char *data, LinePart (&parts)[3]);
 
 } // namespace rs

@@ -16,6 +16,7 @@ struct Writer {
     char Buffer[65'536];
 };
 
+// Writes bytes, or a text; nothing after a failure.
 void Write(Writer &writer, const char *bytes, size_t length);
 void Write(Writer &writer, const char *text);
 bool FlushWriter(Writer &writer);

@@ -47,8 +47,8 @@ bool HasAllDigits(const AmountText &amount)
     constexpr uint64_t digit = uint64_t{'0'} << 40;
     uint64_t first = 0;
     uint64_t last = 0;
-    memcpy(&first, amount, 8);
-    memcpy(&last, amount + 4, 8);
+    std::memcpy(&first, amount, 8);
+    std::memcpy(&last, amount + 4, 8);
     return AreDigits(first) && AreDigits((last & ~mark) | digit);
 }
 
@@ -81,15 +81,16 @@ bool AddDigits(AmountText &out, const AmountText &a, const AmountText &b)
     out[amountWidth] = 0;
     Holds(carry == 0 || carry == 1);
     Holds(IsDigit(out[0]) && IsDigit(out[amountWidth - 1]));
-    Holds(carry == 1 || memcmp(out, b, amountMark) >= 0); // `b` may have been overwritten, not outgrown
+    Holds(carry == 1 || std::memcmp(out, b, amountMark) >= 0); // `b` may have been overwritten, not outgrown
     return carry == 0;
 }
 
 // out = |a| - |b| or, if that is negative, |b| - |a|; true if so. Leaves the mark.
 bool SubtractDigits(AmountText &out, const AmountText &a, const AmountText &b)
 {
-    const int order = memcmp(a, b, amountMark);
-    const bool isSwapped = order < 0 || (order == 0 && memcmp(a + amountMark + 1, b + amountMark + 1, 2) < 0);
+    const int order = std::memcmp(a, b, amountMark);
+    const bool isSwapped =
+        order < 0 || (order == 0 && std::memcmp(a + amountMark + 1, b + amountMark + 1, 2) < 0);
     const char *const upper = isSwapped ? b : a;
     const char *const lower = isSwapped ? a : b;
     int borrow = 0;
@@ -102,7 +103,7 @@ bool SubtractDigits(AmountText &out, const AmountText &a, const AmountText &b)
     out[amountWidth] = 0;
     Holds(borrow == 0);
     Holds(IsDigit(out[0]) && IsDigit(out[amountWidth - 1]));
-    Holds(memcmp(out, upper, amountMark) <= 0);
+    Holds(std::memcmp(out, upper, amountMark) <= 0);
     return isSwapped;
 }
 
@@ -143,7 +144,7 @@ void WritePlaces(char *out, int markIndex, int64_t magnitude)
     Holds(IsDigit(out[0]) && IsDigit(out[markIndex + 2]));
 }
 
-void CopyAmount(AmountText &out, const AmountText &from) { memmove(out, from, sizeof out); }
+void CopyAmount(AmountText &out, const AmountText &from) { std::memmove(out, from, sizeof out); }
 
 // Writes "-" for a negative amount, then the digits without leading zeros, with `dot` (if not 0) between
 // groups of three, and a comma. `places` must be a text of its own.
@@ -176,7 +177,7 @@ void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
     Holds(markIndex == amountMark || markIndex == rateMark);
     Holds(out != text);
     const bool isZero = IsZero(text, markIndex);
-    if (isZero) memcpy(text, zeroAmount + amountMark - markIndex, static_cast<size_t>(markIndex) + 4);
+    if (isZero) std::memcpy(text, zeroAmount + amountMark - markIndex, static_cast<size_t>(markIndex) + 4);
     switch (form) {
     case 1:
         out[0] = isZero ? '0' : text[markIndex] == '-' ? '-' : '+';
@@ -184,7 +185,7 @@ void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
             out[i + 1] = i == markIndex ? ',' : DigitOf(DigitValue(text[i]));
         }
         out[markIndex + 4] = 0;
-        Holds(strlen(out) == static_cast<size_t>(markIndex) + 4);
+        Holds(std::strlen(out) == static_cast<size_t>(markIndex) + 4);
         break;
     case 2: WriteDisplay(out, text, markIndex, 0); break;
     case 3: WriteDisplay(out, text, markIndex, '.'); break;
@@ -197,9 +198,9 @@ void FormatPlaces(int form, char *text, int markIndex, FormattedAmount &out)
 void GroupInPlace(char *text)
 {
     AmountText places;
-    memcpy(places, text, sizeof places);
+    std::memcpy(places, text, sizeof places);
     WriteDisplay(text, places[0] != 0 ? places : zeroAmount, amountMark, '.');
-    Holds(strlen(text) < sizeof(FormattedAmount));
+    Holds(std::strlen(text) < sizeof(FormattedAmount));
     Holds((text[0] == '-') == (places[0] != 0 && places[amountMark] == '-'));
 }
 
@@ -338,12 +339,12 @@ void GroupAmount(FormattedAmount &text) { GroupInPlace(text); }
 void PadAmountColumn(AmountColumn &text)
 {
     GroupInPlace(text);
-    const size_t length = strlen(text) - (text[0] == '-' ? 1 : 0);
+    const size_t length = std::strlen(text) - (text[0] == '-' ? 1 : 0);
     Holds(length >= 4); // "0,00"
     Holds((length - 3) / 4 + 28 - length < sizeof text);
     RightJustify(text, (length - 3) / 4 + 28 - length);
-    Holds(strlen(text) < sizeof text);
-    Holds(text[strlen(text) - 3] == ',');
+    Holds(std::strlen(text) < sizeof text);
+    Holds(text[std::strlen(text) - 3] == ',');
 }
 
 bool NormalizeAmountInput(char *text, size_t size, int width, bool isSigned)
@@ -373,11 +374,11 @@ bool NormalizeAmountInput(char *text, size_t size, int width, bool isSigned)
     Holds(missing >= 0 && missing <= 3);
     Holds(length >= 0 && length <= width);
     Holds(filled >= 0);
-    memset(text, '0', static_cast<size_t>(width));
-    memcpy(text + filled, kept, static_cast<size_t>(length));
+    std::memset(text, '0', static_cast<size_t>(width));
+    std::memcpy(text + filled, kept, static_cast<size_t>(length));
     text[width - 3] = isNegative ? '-' : ',';
     text[width] = 0;
-    Holds(strlen(text) == static_cast<size_t>(width));
+    Holds(std::strlen(text) == static_cast<size_t>(width));
     Holds(IsDigit(text[0]) && IsDigit(text[width - 1]));
     return true;
 }
@@ -431,7 +432,7 @@ bool NormalizeDigits(char *text, size_t size, int integerDigits, int decimals, b
     }
     result[length++] = 0;
     Holds(length <= size);
-    memcpy(text, result, length < size ? length : size);
+    std::memcpy(text, result, length < size ? length : size);
     Holds(strnlen(text, size) == length - 1);
     Holds(decimals == 0 || text[length - 2 - static_cast<size_t>(decimals)] == (isNegative ? '-' : ','));
     return isWhole;
@@ -441,10 +442,10 @@ void RightJustify(char *text, size_t width)
 {
     const size_t length = strnlen(text, width);
     if (length == width) return;
-    memmove(text + width - length, text, length);
-    memset(text, ' ', width - length);
+    std::memmove(text + width - length, text, length);
+    std::memset(text, ' ', width - length);
     text[width] = 0;
-    Holds(strlen(text) == width);
+    Holds(std::strlen(text) == width);
     Holds(text[0] == ' ');
 }
 
@@ -455,8 +456,8 @@ void TrimLeft(char *text, size_t size)
     while (blanks < length && text[blanks] == ' ') {
         ++blanks;
     }
-    memmove(text, text + blanks, length - blanks);
-    memset(text + length - blanks, 0, size - (length - blanks));
+    std::memmove(text, text + blanks, length - blanks);
+    std::memset(text + length - blanks, 0, size - (length - blanks));
     Holds(size == 0 || text[0] != ' ');
     Holds(strnlen(text, size) == length - blanks);
 }
@@ -469,7 +470,7 @@ void StripLeadingZeros(char *text, size_t size)
         ++zeros;
     }
     if (zeros == 0) return;
-    memmove(text, text + zeros, length - zeros);
+    std::memmove(text, text + zeros, length - zeros);
     text[length - zeros] = 0;
     Holds(text[0] != 0 && text[0] != ',');
     Holds(strnlen(text, size) == length - zeros);

@@ -101,11 +101,11 @@ DateFault ParseDateText(const ThreadContext &context, char *text, size_t size, b
     Reader digits = reader;
     ReadNumber(digits);
     if (digits.At == reader.End && (length == 4 || length == 6)) {
-        memcpy(dotted, reader.At, 2);
+        std::memcpy(dotted, reader.At, 2);
         dotted[2] = '.';
-        memcpy(dotted + 3, reader.At + 2, 2);
+        std::memcpy(dotted + 3, reader.At + 2, 2);
         dotted[5] = '.';
-        if (length == 6) memcpy(dotted + 6, reader.At + 4, 2);
+        if (length == 6) std::memcpy(dotted + 6, reader.At + 4, 2);
         reader = {dotted, dotted + (length == 6 ? 8 : 5)};
     } else if (length > 0 && reader.End[-1] == '.') {
         --reader.End;
@@ -137,7 +137,7 @@ DateFault ParseDateText(const ThreadContext &context, char *text, size_t size, b
     if (fiscalYear < 0) return DateBadYear;
     PackedDate date;
     MakePackedDate(date, day, fiscalMonth, fiscalYear);
-    memcpy(text, date, size < sizeof date ? size : sizeof date);
+    std::memcpy(text, date, size < sizeof date ? size : sizeof date);
     return DateGood;
 }
 
@@ -196,8 +196,8 @@ bool IsMonthEnd(bool isFiscalYearEnd, const PackedDate &date, PackedDate *monthE
         MakePackedDate(copy, DaysInFiscalMonth(fiscalMonth, FiscalYearOf(date), firstFiscalMonth),
                        isFiscalYearEnd ? 12 : fiscalMonth, FiscalYearOf(date));
     }
-    const bool isEnd = copy[0] != 0 && memcmp(copy, date, sizeof copy - 1) == 0;
-    if (monthEnd != nullptr) memcpy(*monthEnd, copy, sizeof copy);
+    const bool isEnd = copy[0] != 0 && std::memcmp(copy, date, sizeof copy - 1) == 0;
+    if (monthEnd != nullptr) std::memcpy(*monthEnd, copy, sizeof copy);
     return isEnd;
 }
 
@@ -248,9 +248,9 @@ void ToSortDate(PackedDate &date)
 {
     if (date[0] == 0) return;
     char pair[2];
-    memcpy(pair, date, 2);
-    memcpy(date, date + 4, 2);
-    memcpy(date + 4, pair, 2);
+    std::memcpy(pair, date, 2);
+    std::memcpy(date, date + 4, 2);
+    std::memcpy(date + 4, pair, 2);
 }
 
 int CalendarYearOf(int fiscalMonth, int year, int firstFiscalMonth)

@@ -28,6 +28,7 @@ bool HoldCostTables(HeldTables &held, CostTables &tables);
 // Which cost object of a line: the number of the key of kobu that it is found by, with the date.
 enum class CostObject : unsigned { First = 4, Second = 5 };
 
+// The first or second cost object of a line.
 const AccountNumber &ObjectOf(const KobuRecord &line, CostObject which);
 
 struct CostScan {
@@ -55,6 +56,7 @@ bool NextCostLine(CostScan &scan);
 // A line whose posting is final; the others belong to a posting in a Stapel.
 inline bool IsFinal(const KobuRecord &line) { return line.FinaleBuchung != 0; }
 
+// A line on the Haben side of its posting.
 inline bool IsOnHaben(const KobuRecord &line) { return (line.Flag & KobuHaben) != 0; }
 
 // What a line takes from its posting. A final line keeps its own account and takes the rest from bube of the

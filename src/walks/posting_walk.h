@@ -24,6 +24,7 @@ struct DayRange {
     char Bis[10];
 };
 
+// The days from `von` to `bis`, both included.
 DayRange DaysOf(const PackedDate &von, const PackedDate &bis);
 
 // From a day to the end of the table.

@@ -17,6 +17,7 @@ struct CalendarDay {
     int DayOfMonth;
 };
 
+// Between days and their dates; months from 1, years in full.
 Day DayOf(int year, int month, int dayOfMonth);
 CalendarDay CalendarOf(Day day);
 int DaysInMonth(int year, int month);
@@ -29,6 +30,7 @@ struct FiscalDay {
     int DayOfMonth;
 };
 
+// The fiscal day of a day.
 FiscalDay FiscalOf(Day day, int firstMonth);
 
 // First day of a fiscal year, and of the one after it.

@@ -32,6 +32,7 @@ struct Mandant {
 // All Mandanten in the order of their numbers.
 std::vector<Mandant> ReadMandanten(const std::filesystem::path &dataPath);
 
+// The Mandant of that number; none if the books have no such one.
 std::optional<Mandant> FindMandant(const std::filesystem::path &dataPath, int number);
 
 } // namespace tools

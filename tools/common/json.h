@@ -13,6 +13,7 @@ namespace tools {
 
 using JsonWriter = rapidjson::PrettyWriter<rapidjson::OStreamWrapper>;
 
+// A name, or a name and its value, of an object that is being written.
 inline void Put(JsonWriter &json, const char *name) { json.Key(name); }
 
 inline void Put(JsonWriter &json, const char *name, std::string_view value)

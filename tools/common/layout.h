@@ -93,6 +93,7 @@ struct TableLayout {
 // All tables in the order of their numbers: 0 to 4 and 6 to 27.
 const std::vector<TableLayout> &Tables();
 
+// The layout of a table.
 const TableLayout &LayoutOf(vark::TableId id);
 
 // By file stem, without regard to case; null for none.

@@ -36,6 +36,7 @@ struct Interrupted : std::runtime_error {
     Interrupted() : std::runtime_error("abgebrochen") {}
 };
 
+// Whether that has come; the second throws Interrupted then.
 bool IsInterrupted();
 void ThrowIfInterrupted();
 

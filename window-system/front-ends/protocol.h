@@ -53,6 +53,7 @@ struct FrameReader {
     bool Bad;
 };
 
+// Numbers are little-endian; behind the end of a frame each is 0, and the reader has failed.
 inline uint32_t TakeU32(FrameReader &reader)
 {
     uint32_t value = 0;

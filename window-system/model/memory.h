@@ -12,6 +12,7 @@ void *Allocate(size_t size);
 // `block` in its new size with its old content; null on failure, and `block` stays valid.
 void *Reallocate(void *block, size_t size);
 
+// Frees a block of Allocate or Reallocate; null is fine.
 void Release(void *block);
 
 // A copy of `length` bytes of `text` with a NUL behind; null on failure.

@@ -49,6 +49,7 @@ Row *RowAt(const Rows &rows, LONG index);
 // False when there is no such row.
 bool RemoveRow(Rows &rows, LONG index);
 
+// Empties the list and frees what it holds.
 void RemoveAllRows(Rows &rows);
 
 // The first row after number `after` (-1: from the start), going round, that begins with `text` (or reads it,
@@ -58,6 +59,7 @@ LONG FindRow(const Rows &rows, LONG after, const char *text, bool whole);
 // How many rows a list holds at most; 0 for as many as memory holds.
 void LimitRows(LONG limit);
 
+// Stops, in builds with assertions, where R1 to R4 do not hold.
 void CheckRows(const Rows &rows);
 
 } // namespace varkui

@@ -64,6 +64,7 @@ extern ThreadEvents threadEvents; // set once, when the library is loaded
 // The calling thread's queue, made on first use; null without memory.
 Thread *Self();
 
+// Whether the calling thread has made the window.
 bool IsWindowOfCaller(const Window *window);
 
 // Wakes a thread to look at its queue.

@@ -9,6 +9,7 @@ namespace varkui {
 Window *&FirstOf(Window *parent);
 Window *&LastOf(Window *parent);
 
+// Takes a window, with all inside it, out of its parent's children.
 void Unlink(Window *window);
 
 // Moves a window before its siblings.
@@ -17,6 +18,7 @@ void Raise(Window *window);
 // Inserts an unlinked window into the children of `parent`, behind `after` (null: first).
 void LinkBehind(Window *window, Window *parent, Window *after);
 
+// The number of levels of windows around `window`.
 int DepthOf(const Window *window);
 
 // The number of levels of windows inside `window`.
@@ -27,11 +29,13 @@ int HeightOf(const Window *window);
 int OwnerDepthOf(const Window *window);
 int OwnedDepthOf(const Window *window, int depth);
 
+// Whether `owner` is among the owners above `window`.
 bool IsOwnedBy(const Window *window, const Window *owner);
 
 // The outermost window around `window`.
 Window *Outermost(Window *window);
 
+// Whether `parent` is one of the windows around `window`.
 bool LiesInside(const Window *window, const Window *parent);
 bool IsShown(const Window *window);    // it and all around it
 bool AreEnabled(const Window *window); // it and all around it

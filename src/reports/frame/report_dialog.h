@@ -77,6 +77,7 @@ inline const OptionValue &OptionOf(const ReportRun &run, int id)
 {
     return OptionOf(run.Dialog->Options, run.Choice.Options, id);
 }
+// Whether a check box or radio button among them was ticked.
 inline bool IsChosen(const ReportRun &run, int id) { return OptionOf(run, id).Checked; }
 
 // Shows the run's dialog over `parent` and waits. True for OK: `run.Choice` then holds what was chosen. With
