@@ -108,6 +108,9 @@ TEST_F(Install, BooksAreMadeAndBookingsWrittenFromAnyPlace)
         Shell("$P/bin/vark kurse --mandant 1 --neu --waehrung USD --datum 15.03.1998 --kurs 1,82");
     EXPECT_EQ(0, rate.ExitCode) << rate.Err;
     EXPECT_EQ(0, Shell("$P/bin/books pruefen " + Books.string()).ExitCode);
+    EXPECT_EQ("1840\n", Shell("$P/bin/books sql " + Books.string() +
+                              " \"SELECT trim(Konto) FROM sako_1998 WHERE Konto = '1840'\" --csv | tail -n 1")
+                            .Out);
 }
 
 TEST_F(Install, TheBooksAreAskedInSql)
