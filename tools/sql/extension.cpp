@@ -7,8 +7,6 @@
 #include <cstdlib>
 #include <memory>
 
-SQLITE_EXTENSION_INIT1
-
 namespace {
 
 using sql::Connection;
