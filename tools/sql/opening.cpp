@@ -17,7 +17,7 @@ namespace {
 fs::path DataPathIn(const fs::path &given)
 {
     if (given.empty()) {
-        const fs::path configured = ConfiguredDataPath();
+        fs::path configured = ConfiguredDataPath();
         if (!configured.empty()) return configured;
         throw std::runtime_error(
             "In keiner Ini-Datei steht, wo die Bücher liegen. Geben Sie das Verzeichnis an.");

@@ -90,7 +90,7 @@ Use UseOf(const Planned &table, sqlite3_index_info *info, size_t number)
         if (field == nullptr || column < 0) return use;
         const int equal = FindEqual(info, column);
         if (equal >= 0) {
-            use.Roles += RoleEqual;
+            use.Roles.push_back(RoleEqual);
             use.Conditions.push_back(equal);
             use.Rows *= PartOfEqual(*field);
             if (field->Type == Form::DayNumber) return use; // of which the day is no more than the beginning
@@ -100,7 +100,7 @@ Use UseOf(const Planned &table, sqlite3_index_info *info, size_t number)
         if (!HasOrder(*field)) return use;
         const auto add = [&](int condition, Role role) {
             if (condition < 0) return;
-            use.Roles += role;
+            use.Roles.push_back(role);
             use.Conditions.push_back(condition);
             use.Rows *= 0.3;
         };
@@ -155,7 +155,7 @@ int Plan(const Planned &table, sqlite3_index_info *info)
             if (condition < 0) return false;
             const unsigned char op = info->aConstraint[condition].op;
             const bool isStrict = op == SQLITE_INDEX_CONSTRAINT_GT || op == SQLITE_INDEX_CONSTRAINT_LT;
-            roles += isStrict ? strict : role;
+            roles.push_back(isStrict ? strict : role);
             conditions.push_back(condition);
             return true;
         };

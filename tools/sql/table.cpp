@@ -54,7 +54,7 @@ template <typename Work> int Guarded(sqlite3_vtab *table, Work work)
 // An argument of CREATE VIRTUAL TABLE without the quotes around it.
 std::string Unquoted(const char *argument)
 {
-    const std::string text(Trimmed(argument));
+    std::string text(Trimmed(argument));
     if (text.size() < 2 || (text[0] != '\'' && text[0] != '"') || text.back() != text[0]) return text;
     std::string plain;
     for (size_t i = 1; i + 1 < text.size(); ++i) {
