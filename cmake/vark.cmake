@@ -14,11 +14,16 @@ if(VARK_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 # The library and its parts never throw and never ask for a type at run time; they stay in memory once
-# loaded, since destructors of thread slots run after a host's dlclose.
+# loaded, since destructors of thread slots run after a host's dlclose. On Windows they bring the compiler's own
+# libraries with them.
 add_library(vark_part INTERFACE)
 target_link_libraries(vark_part INTERFACE vark_warnings)
 target_compile_options(vark_part INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
-target_link_options(vark_part INTERFACE -Wl,-z,nodelete -Wl,-z,relro -Wl,-z,now)
+if(WIN32)
+  target_link_options(vark_part INTERFACE -static)
+else()
+  target_link_options(vark_part INTERFACE -Wl,-z,nodelete -Wl,-z,relro -Wl,-z,now)
+endif()
 
 if(VARK_SANITIZE)
   add_compile_options(-fsanitize=${VARK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
@@ -35,10 +40,30 @@ function(vark_shared_part name)
   target_link_libraries(${name} PRIVATE vark_part ${name}_objects)
 endfunction()
 
-# A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LABELS …] [TIMEOUT seconds]).
+# vark_windows_library(target NAME EXPORT …) gives the shared part `target` the name, undecorated exports and the import
+# library lib<target>.a that hosts of Windows expect.
+function(vark_windows_library target name)
+  list(JOIN ARGN "\n  " exports)
+  set(exports_list ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
+  file(CONFIGURE OUTPUT ${exports_list} CONTENT "LIBRARY ${name}.dll\nEXPORTS\n  ${exports}\n")
+  target_sources(${target} PRIVATE ${exports_list})
+  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME ${name} IMPORT_PREFIX lib IMPORT_SUFFIX .a
+                                             ARCHIVE_OUTPUT_NAME ${target})
+  target_link_options(${target} PRIVATE -Wl,--enable-stdcall-fixup)
+  # What the linker writes has undecorated names only; a host's compiler asks for those with the number of bytes of
+  # their arguments.
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+      COMMAND ${CMAKE_SOURCE_DIR}/cmake/import_library ${CMAKE_NM} ${CMAKE_DLLTOOL} $<TARGET_FILE:${target}>
+              $<TARGET_LINKER_FILE:${target}> ${ARGN})
+  endif()
+endfunction()
+
+# A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LABELS …] [TIMEOUT seconds]
+# [FIXTURES …]).
 # Each case is run in a process of its own, since the library's state is final for the life of a process.
 function(vark_test name)
-  cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;FIXTURES" ${ARGN})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -47,5 +72,5 @@ function(vark_test name)
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
                        PROPERTIES TIMEOUT ${arg_TIMEOUT}
                        ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/thread_sanitizer.supp"
-                       LABELS "${arg_LABELS}")
+                       LABELS "${arg_LABELS}" FIXTURES_REQUIRED "${arg_FIXTURES}")
 endfunction()
