@@ -1,6 +1,7 @@
 #include "src/frame/dialogs.h"
 
 #include "src/frame/messages.h"
+#include "src/platform/window_support.h"
 
 namespace vark {
 
@@ -9,6 +10,7 @@ bool RunDialog(const varkui::DialogTable &table, HWND owner, DLGPROC procedure, 
     DLGTEMPLATE *made = varkui::MakeDialogTemplate(table);
     INT_PTR result = -1;
     if (made != nullptr) {
+        PrepareControls();
         if (IsWindow(owner) == FALSE) owner = GetActiveWindow();
         result = DialogBoxIndirectParamA(nullptr, made, owner, procedure, reinterpret_cast<LPARAM>(state));
         varkui::FreeDialogTemplate(made);

@@ -1,6 +1,7 @@
 #include "src/frame/report_engine.h"
 
 #include "src/platform/platform.h"
+#include "src/platform/window_support.h"
 
 namespace vark {
 
@@ -10,8 +11,9 @@ namespace {
 
 template <typename Entry> bool Bind(Entry &entry, const char *name)
 {
-    entry = reinterpret_cast<Entry>(FindEntry(reportEngine.ReportEngineLibrary, name));
-    return entry != nullptr;
+    void *const address = FindEntry(reportEngine.ReportEngineLibrary, name);
+    SetEntry(entry, address);
+    return address != nullptr;
 }
 
 bool BindEntries()
@@ -42,6 +44,7 @@ void BindReportEngine()
 void UnbindReportEngine()
 {
     if (reportEngine.ReportEngineBound != 0) ReleasePart(reportEngine.ReportEngineLibrary);
+    UnregisterClassA(accountSheetClass, LibraryModule());
     reportEngine.ReportEngineBound = 0;
 }
 

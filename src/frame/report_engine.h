@@ -3,6 +3,7 @@
 #pragma once
 
 #include "report-engine/include/rs.h"
+#include "src/platform/entry_call.h"
 
 #include <cstdint>
 
@@ -11,25 +12,29 @@ namespace vark {
 struct ReportEngineBinding {
     void *ReportEngineLibrary; // null when it did not load
     int32_t ReportEngineBound; // 1 once all eleven entries were found
-    decltype(&::RSOpenReport) OpenReport;
-    decltype(&::RSCopyReport) CopyReport;
-    decltype(&::RSCloseReport) CloseReport;
-    decltype(&::RSAddData) AddData;
-    decltype(&::RSOpenVirtualReport) OpenVirtualReport;
-    decltype(&::RSCloseVirtualReport) CloseVirtualReport;
-    decltype(&::RSAddVirtualData) AddVirtualData;
-    decltype(&::RSGetVirtualPages) GetVirtualPages;
-    decltype(&::RSOpenView) OpenView;
-    decltype(&::RSCopyView) CopyView;
-    decltype(&::RSPrintView) PrintView;
+    EntryCall<decltype(&::RSOpenReport)> OpenReport;
+    EntryCall<decltype(&::RSCopyReport)> CopyReport;
+    EntryCall<decltype(&::RSCloseReport)> CloseReport;
+    EntryCall<decltype(&::RSAddData)> AddData;
+    EntryCall<decltype(&::RSOpenVirtualReport)> OpenVirtualReport;
+    EntryCall<decltype(&::RSCloseVirtualReport)> CloseVirtualReport;
+    EntryCall<decltype(&::RSAddVirtualData)> AddVirtualData;
+    EntryCall<decltype(&::RSGetVirtualPages)> GetVirtualPages;
+    EntryCall<decltype(&::RSOpenView)> OpenView;
+    EntryCall<decltype(&::RSCopyView)> CopyView;
+    EntryCall<decltype(&::RSPrintView)> PrintView;
 };
 
 extern ReportEngineBinding reportEngine;
 
+// Window class of the account sheets' window.
+inline constexpr char accountSheetClass[] = "tervoKontenblatt";
+
 // Loads the engine and binds its entries; the first one missing leaves it unbound.
 void BindReportEngine();
 
-// Gives it back, where the process lets go of this library before its end (Windows).
+// Gives it and the class of the account sheets' window back, where the process lets go of this library before its
+// end (Windows).
 void UnbindReportEngine();
 
 } // namespace vark

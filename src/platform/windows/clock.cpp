@@ -1,11 +1,16 @@
 #include "src/platform/platform.h"
 
-#include <cstdlib>
 #include <windows.h>
 
 namespace vark {
 
-const char *EnvironmentText(const char *name) { return std::getenv(name); }
+// What the C runtime knows is the environment at its start.
+const char *EnvironmentText(const char *name)
+{
+    static thread_local char text[maxPath];
+    const DWORD length = GetEnvironmentVariableA(name, text, sizeof text);
+    return length > 0 && length < sizeof text ? text : nullptr;
+}
 
 CalendarDate MachineToday()
 {

@@ -1,12 +1,9 @@
-// What the library's entry point does when a thread or the process lets go of it.
+// What the library's entry point does when the process lets go of it.
 #pragma once
 
 namespace vark {
 
-// Frees the calling thread's context.
-void DetachThread();
-
-// The same, and the slot itself. Files stay open, the engine stays up.
+// Frees the calling thread's context and the slot itself. Files stay open, the engine stays up.
 void DetachProcess();
 
 } // namespace vark

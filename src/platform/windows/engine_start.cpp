@@ -12,6 +12,7 @@ constexpr char settingsKey[] =
     "SOFTWARE\\Btrieve Technologies\\Microkernel Workstation Engine\\Version  6.15\\Settings";
 constexpr DWORD leastFiles = 40;
 constexpr DWORD handles = 120;
+constexpr DWORD longestRegistration_ms = 30000; // an engine that writes nothing is not waited for for ever
 constexpr DWORD registrationRest_ms = 3000; // the engine goes on writing for a while after its first value
 
 bool StartProcess(const char *file, char *arguments, WORD showWindow, bool inherit,
@@ -40,19 +41,29 @@ bool OpenSettings(HKEY &key, bool &created)
     return opened;
 }
 
+// Waits until the engine has written into its settings, or has ended without. True when it has written.
+bool WaitForSettings(HANDLE written, HANDLE engine)
+{
+    const HANDLE either[] = {written, engine};
+    return WaitForMultipleObjects(2, either, FALSE, longestRegistration_ms) == WAIT_OBJECT_0;
+}
+
 // Has a newly installed engine write its settings, and waits until it has.
 void RegisterEngine(const char *engine, HKEY key)
 {
+    HANDLE written = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+    if (written == nullptr) return;
+    // Asked for before the engine runs, else its first value could be missed.
+    const bool notified =
+        RegNotifyChangeKeyValue(key, TRUE, REG_NOTIFY_CHANGE_LAST_SET, written, TRUE) == ERROR_SUCCESS;
     char arguments[] = " -reginstall";
     PROCESS_INFORMATION process{};
-    if (!StartProcess(engine, arguments, SW_SHOWNORMAL, true, process)) return;
-    RegNotifyChangeKeyValue(key, TRUE, REG_NOTIFY_CHANGE_LAST_SET, nullptr, FALSE);
-    if (HANDLE never = CreateEventA(nullptr, FALSE, FALSE, nullptr); never != nullptr) {
-        WaitForSingleObject(never, registrationRest_ms);
-        CloseHandle(never);
+    if (notified && StartProcess(engine, arguments, SW_SHOWNORMAL, true, process)) {
+        if (WaitForSettings(written, process.hProcess)) Sleep(registrationRest_ms);
+        TerminateProcess(process.hProcess, 0);
+        CloseProcess(process);
     }
-    TerminateProcess(process.hProcess, 0);
-    CloseProcess(process);
+    CloseHandle(written);
 }
 
 void SetNumber(HKEY key, const char *name, DWORD number)

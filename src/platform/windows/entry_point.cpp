@@ -1,4 +1,5 @@
-// The library's entry point. It never refuses the load: a failure shows in LibraryState alone.
+// The library's entry point. It never refuses the load: a failure shows in LibraryState alone. Ended threads are
+// seen in threads.cpp.
 #include "src/platform/windows/detach.h"
 
 #include <windows.h>
@@ -15,7 +16,6 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID)
 {
     switch (reason) {
     case DLL_PROCESS_ATTACH: vark::AttachLibrary(); break;
-    case DLL_THREAD_DETACH: vark::DetachThread(); break;
     case DLL_PROCESS_DETACH:
         vark::UnbindReportEngine();
         vark::DetachProcess();

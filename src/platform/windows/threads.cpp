@@ -17,7 +17,28 @@ BOOL CALLBACK RunBody(PINIT_ONCE, PVOID body, PVOID *)
     return TRUE;
 }
 
+void DetachThread()
+{
+    if (slot == TLS_OUT_OF_INDEXES) return;
+    void *const value = TlsGetValue(slot);
+    if (value == nullptr) return;
+    releaseValue(value);
+    TlsSetValue(slot, nullptr);
+}
+
+void NTAPI OnThread(PVOID, DWORD reason, PVOID)
+{
+    if (reason == DLL_THREAD_DETACH) DetachThread();
+}
+
 } // namespace
+
+// The loader calls what stands in this section when a thread ends, in a DLL as well as in a program that is made
+// of the same objects; an entry point only a DLL has.
+extern "C" {
+extern const PIMAGE_TLS_CALLBACK varkOnThread;
+__attribute__((section(".CRT$XLK"), used)) const PIMAGE_TLS_CALLBACK varkOnThread = OnThread;
+}
 
 bool AllocateThreadSlot(void (*release)(void *value))
 {
@@ -34,19 +55,11 @@ void RunOnce(void (*body)()) { InitOnceExecuteOnce(&once, RunBody, reinterpret_c
 
 void OnFork(void (*)()) {}
 
-void DetachThread()
-{
-    if (slot == TLS_OUT_OF_INDEXES) return;
-    void *const value = TlsGetValue(slot);
-    if (value == nullptr) return;
-    releaseValue(value);
-    TlsSetValue(slot, nullptr);
-}
-
 void DetachProcess()
 {
     DetachThread();
     if (slot != TLS_OUT_OF_INDEXES) TlsFree(slot);
+    slot = TLS_OUT_OF_INDEXES;
 }
 
 } // namespace vark

@@ -3,6 +3,8 @@
 #include "src/reports/financial/kontenblatt_viewer.h"
 
 #include "src/frame/record_store.h"
+#include "src/frame/report_engine.h"
+#include "src/platform/window_support.h"
 #include "src/reports/frame/report_catalogue.h"
 #include "src/reports/frame/tab_dialog.h"
 #include "src/values/amounts.h"
@@ -24,7 +26,6 @@ using varkui::DialogControlKind;
 
 namespace {
 
-constexpr char frameClass[] = "tervoKontenblatt";
 constexpr UINT frameClassStyle = 128;
 constexpr UINT attachView = WM_USER + 2; // lParam: a new view window, the only way in for one
 constexpr UINT barPressed = 0x111;       // code of the bar's notification
@@ -368,15 +369,16 @@ LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wParam, LPARAM 
 void RegisterFrameClass()
 {
     WNDCLASSA known{};
-    if (GetClassInfoA(nullptr, frameClass, &known)) return;
+    if (GetClassInfoA(LibraryModule(), accountSheetClass, &known)) return;
     WNDCLASSA made{};
     made.style = frameClassStyle;
     made.lpfnWndProc = FrameProcedure;
     made.cbWndExtra = sizeof(void *);
-    made.hIcon = LoadIconA(nullptr, MAKEINTRESOURCEA(114));
+    made.hInstance = LibraryModule();
+    made.hIcon = LoadIconA(LibraryModule(), MAKEINTRESOURCEA(114));
     made.hCursor = LoadCursorA(nullptr, IDC_ARROW);
     made.hbrBackground = reinterpret_cast<HBRUSH>(INT_PTR{COLOR_BTNFACE});
-    made.lpszClassName = frameClass;
+    made.lpszClassName = accountSheetClass;
     RegisterClassA(&made);
 }
 
@@ -416,10 +418,10 @@ HWND CreateFrame(KontenblattState *state, HWND parent)
     const bool lends = context.ReportFrameClass != nullptr && IsWindow(host) != FALSE;
     if (!lends) RegisterFrameClass();
     const LentClass lent = lends ? LendClass(host) : LentClass{};
-    HWND frame =
-        CreateWindowExA(context.ReportViewExStyle, lends ? context.ReportFrameClass : frameClass, "Titel",
-                        style, place.left, place.top, place.right - place.left, place.bottom - place.top,
-                        hasParent ? parent : nullptr, nullptr, nullptr, state);
+    HWND frame = CreateWindowExA(
+        context.ReportViewExStyle, lends ? context.ReportFrameClass : accountSheetClass, "Titel", style,
+        place.left, place.top, place.right - place.left, place.bottom - place.top,
+        hasParent ? parent : nullptr, nullptr, lends ? nullptr : LibraryModule(), state);
     if (lends) ReturnClass(lent);
     return frame;
 }
