@@ -69,8 +69,11 @@ function(vark_test name)
   endif()
   add_executable(test_${name} ${arg_SOURCES})
   target_link_libraries(test_${name} PRIVATE vark_warnings GTest::gtest_main ${arg_LIBRARIES})
+  if(arg_FIXTURES)
+    set(fixtures FIXTURES_REQUIRED ${arg_FIXTURES})
+  endif()
   gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
                        PROPERTIES TIMEOUT ${arg_TIMEOUT}
                        ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/thread_sanitizer.supp"
-                       LABELS "${arg_LABELS}" FIXTURES_REQUIRED "${arg_FIXTURES}")
+                       ${fixtures} LABELS "${arg_LABELS}")
 endfunction()

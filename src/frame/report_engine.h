@@ -33,8 +33,8 @@ inline constexpr char accountSheetClass[] = "tervoKontenblatt";
 // Loads the engine and binds its entries; the first one missing leaves it unbound.
 void BindReportEngine();
 
-// Gives it and the class of the account sheets' window back, where the process lets go of this library before its
-// end (Windows).
+// Gives it and the class of the account sheets' window back, where the process lets go of this library
+// before its end (Windows).
 void UnbindReportEngine();
 
 } // namespace vark

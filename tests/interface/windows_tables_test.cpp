@@ -33,6 +33,7 @@ std::set<std::string> ExportsOf(const std::string &library)
     return names;
 }
 
+// In capitals: the system takes the names in either.
 std::set<std::string> LibrariesNeededBy(const std::string &library)
 {
     std::istringstream lines(TablesOf(library));
@@ -40,8 +41,13 @@ std::set<std::string> LibrariesNeededBy(const std::string &library)
     std::string line;
     const std::string mark = "DLL Name: ";
     while (std::getline(lines, line)) {
-        if (const size_t at = line.find(mark); at != std::string::npos)
-            names.insert(line.substr(at + mark.size()));
+        const size_t at = line.find(mark);
+        if (at == std::string::npos) continue;
+        std::string name = line.substr(at + mark.size());
+        for (char &letter : name) {
+            letter = static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
+        }
+        names.insert(name);
     }
     return names;
 }
@@ -73,8 +79,8 @@ TEST(WindowsTables, LibraryOffersExactlyWhatTheHeaderDeclares)
 // loads them for a dialog with tabs.
 TEST(WindowsTables, LibraryNeedsNothingButTheSystem)
 {
-    const std::set<std::string> expected = {"ADVAPI32.dll", "COMCTL32.dll", "GDI32.dll",
-                                            "KERNEL32.dll", "USER32.dll",   "msvcrt.dll"};
+    const std::set<std::string> expected = {"ADVAPI32.DLL", "COMCTL32.DLL", "GDI32.DLL",
+                                            "KERNEL32.DLL", "MSVCRT.DLL",   "USER32.DLL"};
     EXPECT_EQ(expected, LibrariesNeededBy("VARK40.dll"));
 }
 

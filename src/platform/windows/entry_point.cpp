@@ -1,5 +1,5 @@
-// The library's entry point. It never refuses the load: a failure shows in LibraryState alone. Ended threads are
-// seen in threads.cpp.
+// The library's entry point. It never refuses the load: a failure shows in LibraryState alone. Ended threads
+// are seen in threads.cpp.
 #include "src/platform/windows/detach.h"
 
 #include <windows.h>

@@ -33,8 +33,8 @@ void NTAPI OnThread(PVOID, DWORD reason, PVOID)
 
 } // namespace
 
-// The loader calls what stands in this section when a thread ends, in a DLL as well as in a program that is made
-// of the same objects; an entry point only a DLL has.
+// The loader calls what stands in this section when a thread ends, in a DLL as well as in a program that is
+// made of the same objects; an entry point only a DLL has.
 extern "C" {
 extern const PIMAGE_TLS_CALLBACK varkOnThread;
 __attribute__((section(".CRT$XLK"), used)) const PIMAGE_TLS_CALLBACK varkOnThread = OnThread;

@@ -1,0 +1,263 @@
+// What happens when a host loads the library: where it looks for the books and the record manager, and how it
+// brings up the record manager's process, told by a stand-in that writes down how it was started.
+#include "tests/windows/wine.h"
+
+#include <charconv>
+#include <chrono>
+#include <thread>
+
+using namespace tests;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char settings[] =
+    "'HKLM\\SOFTWARE\\Btrieve Technologies\\Microkernel Workstation Engine\\Version  6.15\\Settings'";
+
+// An installation with the data in "DB", as the host's own directory.
+struct Attach : OnWindows {
+    void SetUp() override
+    {
+        OnWindows::SetUp();
+        fs::create_directories(Directory / "config");
+        fs::create_directories(Directory / "X/DB");
+        fs::copy_file(Built("VARK40.dll"), Directory / "VARK40.dll");
+        Run("reg", std::string("delete ") + settings + " /f");
+    }
+
+    void Configure(const std::string &tolka, const std::string &vark = "") const
+    {
+        if (!tolka.empty()) PutText(Directory / "config/tolka.ini", "[TOLKA]\r\n" + tolka + "\r\n");
+        if (!vark.empty()) PutText(Directory / "config/vark.ini", "[VARK]\r\n" + vark + "\r\n");
+    }
+    std::string Path(const char *name) const { return ForWindows(Directory / name); }
+
+    void InstallRecordManager(const char *where) const
+    {
+        fs::create_directories(Directory / where);
+        fs::copy_file(Built("stand_ins/WBTRV32.dll"), Directory / where / "WBTRV32.DLL");
+    }
+    // A DLL of the right name that is no record manager.
+    void InstallOther(const char *where) const
+    {
+        fs::create_directories(Directory / where);
+        fs::copy_file(Built("stand_ins/rs_cdecl.dll"), Directory / where / "WBTRV32.DLL");
+    }
+    void InstallEngine(const char *mode) const
+    {
+        fs::copy_file(Built("stand_ins/w32mkde.exe"), Directory / "X/w32mkde.exe");
+        if (*mode != 0) PutText(Directory / "X/engine.mode", mode);
+    }
+
+    // What the visitor prints behind `name`.
+    int Told(const std::string &output, const std::string &name) const
+    {
+        const size_t at = output.find(name + " ");
+        int number = 4711;
+        if (at != std::string::npos)
+            std::from_chars(output.data() + at + name.size() + 1, output.data() + output.size(), number);
+        return number;
+    }
+    std::string Visit() const
+    {
+        return Run(Built("stand_ins/visitor.exe"), "", "VARK_CONFIG_DIR='" + Path("config") + "'");
+    }
+    int State() const { return Told(Visit(), "state"); }
+
+    void SetNumber(const char *name, unsigned number) const
+    {
+        Run("reg", std::string("add ") + settings + " /v '" + name + "' /t REG_DWORD /d " +
+                       std::to_string(number) + " /f");
+    }
+    // A value as the registry's own program shows it; empty where there is none.
+    std::string Setting(const std::string &name) const
+    {
+        const std::string output = Run("reg", std::string("query ") + settings + " /v '" + name + "'");
+        const size_t at = output.rfind("    ");
+        if (output.find(name) == std::string::npos || at == std::string::npos) return "";
+        return output.substr(at + 4, output.find('\n', at) - at - 4);
+    }
+    // The start without arguments is not waited for by anybody.
+    std::string Log(size_t starts) const
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        std::string log;
+        do {
+            log = TextOf(Directory / "X/engine.log");
+            size_t found = 0;
+            for (size_t at = log.find("start"); at != std::string::npos; at = log.find("start", at + 1)) {
+                ++found;
+            }
+            if (found >= starts) break;
+            std::this_thread::yield();
+        } while (std::chrono::steady_clock::now() < deadline);
+        return log;
+    }
+};
+
+} // namespace
+
+TEST_F(Attach, WithoutADataPathTheStateTellsSoOnEveryThread)
+{
+    const std::string output = Visit();
+    EXPECT_EQ(-36, Told(output, "state"));
+    EXPECT_EQ(-36, Told(output, "thread"));
+    EXPECT_EQ(1, Told(output, "freed"));
+}
+
+TEST_F(Attach, WithoutARecordManagerTheStateIsAFailureOfTheEngine)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    EXPECT_EQ(-3, State());
+}
+
+TEST_F(Attach, WithARecordManagerBesideTheDataTheLibraryIsReady)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    const std::string output = Visit();
+    EXPECT_EQ(1, Told(output, "state"));
+    EXPECT_EQ(1, Told(output, "thread"));
+}
+
+TEST_F(Attach, OneTrailingBackslashOfTheDataPathIsCut)
+{
+    Configure("Pfad32=" + Path("X/DB") + "\\");
+    InstallRecordManager("X");
+    EXPECT_EQ(1, State());
+}
+
+TEST_F(Attach, OnlyOneTrailingBackslashIsCut)
+{
+    // What is left ends in one, and the engine's file loses that and the letter before it.
+    Configure("Pfad32=" + Path("X/DB") + "\\\\");
+    InstallRecordManager("X");
+    InstallEngine("");
+    fs::rename(Directory / "X/w32mkde.exe", Directory / "X/Dw32mkde.exe");
+    SetNumber("Max Files", 40);
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("start [] hidden\n", Log(1));
+}
+
+TEST_F(Attach, DataPathFor32BitsGoesBeforeTheOtherOne)
+{
+    Configure("Pfad=" + Path("Y/DB") + "\r\nPfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    EXPECT_EQ(1, State());
+}
+
+TEST_F(Attach, OtherDataPathIsTakenNext)
+{
+    Configure("Pfad=" + Path("X/DB"), "Pfad=" + Path("Y/DB"));
+    InstallRecordManager("X");
+    EXPECT_EQ(1, State());
+}
+
+TEST_F(Attach, DataPathOfTheLibrarysOwnFileIsTakenLast)
+{
+    Configure("", "Pfad=" + Path("X/DB"));
+    InstallRecordManager("X");
+    EXPECT_EQ(1, State());
+}
+
+TEST_F(Attach, WithoutADirectoryOfItsOwnOnlyTheCandidateBesideTheDataIsTried)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("dll");
+    EXPECT_EQ(-3, State());
+}
+
+TEST_F(Attach, DirectoryOfTheIniFileIsTriedNext)
+{
+    Configure("Pfad32=" + Path("X/DB"), "DLLPfad=" + Path("dll"));
+    InstallRecordManager("dll");
+    EXPECT_EQ(1, State());
+}
+
+TEST_F(Attach, CandidateWithoutTheEntryEndsTheSearch)
+{
+    Configure("Pfad32=" + Path("X/DB"), "DLLPfad=" + Path("dll"));
+    InstallOther("X");
+    InstallRecordManager("dll");
+    EXPECT_EQ(-3, State());
+}
+
+TEST_F(Attach, NewEngineIsRegisteredEndedAndStartedAgainHidden)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("write");
+    const std::string output = Visit();
+    EXPECT_EQ(1, Told(output, "state"));
+    EXPECT_GE(Told(output, "ms"), 3000);
+    EXPECT_EQ("start [-reginstall] shown\nstart [] hidden\n", Log(2));
+    EXPECT_EQ("0x28", Setting("Max Files"));
+    EXPECT_EQ("0x78", Setting("Max Handles"));
+    EXPECT_EQ("0", Setting("Startup Logo"));
+}
+
+TEST_F(Attach, NewEngineThatEndsAtOnceIsNotWaitedFor)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("");
+    const std::string output = Visit();
+    EXPECT_EQ(1, Told(output, "state"));
+    EXPECT_LT(Told(output, "ms"), 25000);
+    EXPECT_EQ("start [-reginstall] shown\nstart [] hidden\n", Log(2));
+    EXPECT_EQ("0x28", Setting("Max Files"));
+}
+
+TEST_F(Attach, RunningEngineIsLeftAlone)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("window");
+    std::thread running([this] { Run("'" + (Directory / "X/w32mkde.exe").string() + "'", "running"); });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!fs::exists(Directory / "X/engine.window") && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("start [running] shown\n", TextOf(Directory / "X/engine.log").substr(0, 22));
+    EXPECT_EQ(std::string::npos, TextOf(Directory / "X/engine.log").find("hidden"));
+    EXPECT_EQ("", Setting("Startup Logo"));
+    running.join();
+}
+
+TEST_F(Attach, TooFewFilesAreRaised)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("");
+    SetNumber("Max Files", 39);
+    SetNumber("Max Handles", 60);
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("0x28", Setting("Max Files"));
+    EXPECT_EQ("0x78", Setting("Max Handles"));
+    EXPECT_EQ("0", Setting("Startup Logo"));
+    EXPECT_EQ("start [] hidden\n", Log(1));
+}
+
+TEST_F(Attach, EnoughFilesAreLeftAsTheyAre)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    SetNumber("Max Files", 40);
+    SetNumber("Max Handles", 60);
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("0x28", Setting("Max Files"));
+    EXPECT_EQ("0x3c", Setting("Max Handles"));
+    EXPECT_EQ("0", Setting("Startup Logo"));
+}
+
+TEST_F(Attach, SettingsThatTellNoNumberOfFilesAreLeftWithoutOne)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    SetNumber("Max Handles", 60);
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("", Setting("Max Files"));
+    EXPECT_EQ("0x3c", Setting("Max Handles"));
+    EXPECT_EQ("0", Setting("Startup Logo"));
+}

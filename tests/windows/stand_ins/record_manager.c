@@ -1,0 +1,10 @@
+/* WBTRV32.DLL: answers every operation with a status of its own. */
+#include <stdint.h>
+
+int16_t __stdcall BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength,
+                          void *key, uint8_t keyLength, int8_t keyNumber)
+{
+    (void)operation, (void)positionBlock, (void)data, (void)dataLength, (void)key, (void)keyLength,
+        (void)keyNumber;
+    return 4711;
+}

@@ -1,0 +1,32 @@
+/* A host that knows the bare DLL alone: loads VARK40.dll, asks for its state, and lets it go.
+   Prints the state and how long the load took. */
+#include <stdio.h>
+#include <windows.h>
+
+typedef int(__stdcall *StatusCall)(void);
+
+static DWORD WINAPI Ask(LPVOID call) { return (DWORD)((StatusCall)call)(); }
+
+int main(void)
+{
+    const DWORD begin = GetTickCount();
+    HMODULE library = LoadLibraryA("VARK40.dll");
+    DWORD threadState = 0;
+    HANDLE thread;
+    FARPROC found;
+    StatusCall status;
+    if (library == NULL) {
+        puts("not loaded");
+        return 1;
+    }
+    found = GetProcAddress(library, "VARK_Status");
+    status = (StatusCall)(void *)found;
+    printf("state %d\n", status());
+    printf("ms %lu\n", GetTickCount() - begin);
+    thread = CreateThread(NULL, 0, Ask, (LPVOID)(void *)found, 0, NULL);
+    WaitForSingleObject(thread, INFINITE);
+    GetExitCodeThread(thread, &threadState);
+    printf("thread %d\n", (int)threadState);
+    printf("freed %d\n", FreeLibrary(library));
+    return 0;
+}

@@ -1,0 +1,71 @@
+// Running programs of Windows under Wine, each beside the libraries and stand-ins that its case puts there.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <unistd.h>
+
+namespace tests {
+
+// A path as programs of Windows name it.
+inline std::string ForWindows(const std::filesystem::path &path)
+{
+    std::string text = "Z:" + path.string();
+    std::replace(text.begin(), text.end(), '/', '\\');
+    return text;
+}
+
+inline std::string TextOf(const std::filesystem::path &path)
+{
+    std::ifstream stream(path);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+inline void PutText(const std::filesystem::path &path, const std::string &text)
+{
+    std::ofstream(path) << text;
+}
+
+struct OnWindows : testing::Test {
+    std::filesystem::path Directory;
+
+    void SetUp() override
+    {
+        std::string pattern = std::filesystem::temp_directory_path() / "vark-windows-XXXXXX";
+        Directory = mkdtemp(pattern.data());
+    }
+    void TearDown() override { std::filesystem::remove_all(Directory); }
+
+    static std::filesystem::path Built(const std::string &name)
+    {
+        return std::filesystem::path(WINDOWS_BUILD) / name;
+    }
+
+    // What the program prints, without the carriage returns. Arguments as a shell takes them.
+    std::string Run(const std::string &program, const std::string &arguments = "",
+                    const std::string &environment = "") const
+    {
+        const std::string command = "cd '" + Directory.string() + "' && " + environment +
+                                    " '" UNDER_WINE "' " + program + " " + arguments +
+                                    " 2>/dev/null </dev/null";
+        std::string output;
+        FILE *pipe = popen(command.c_str(), "r");
+        if (pipe == nullptr) return {};
+        std::array<char, 4096> buffer;
+        size_t count = 0;
+        while ((count = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
+            output.append(buffer.data(), count);
+        }
+        pclose(pipe);
+        std::erase(output, '\r');
+        return output;
+    }
+};
+
+} // namespace tests
