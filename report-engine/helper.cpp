@@ -12,10 +12,10 @@
 
 namespace rs {
 
+int longestSilence_ms = 70'000;
+
 namespace {
 
-// Far more than a helper is silent for that works or waits for a printing system.
-constexpr int longestSilence_ms = 70'000;
 constexpr int step_ms = 100; // between two looks at what the person wants
 
 // What a helper has said: numbers are taken out as they come.

@@ -16,6 +16,9 @@ struct Progress {
 // How a helper ended.
 enum class Ended : uint8_t { good, failed, stopped };
 
+// Far more than a helper is silent for that works or waits for a printing system. Tests shorten it.
+extern int longestSilence_ms;
+
 // Runs a helper that tells how it goes through its last descriptor: lines of "+" and a number while it works,
 // then "ok", or that and a line for the person, or why not. One that says nothing for a minute is ended. The
 // first descriptors are `descriptors`. `said` is the line then, often empty, or why not. `whole` is what the

@@ -11,8 +11,11 @@ struct PageSource {
     int Socket; // -1 before
 };
 
-// Asks and waits for the answer. `file` is what came along, to be closed by the caller, or -1. False on
-// failure, which has been told; the next call tries anew.
+// Far more than the slowest answer takes, which is a search through a million lines. Tests shorten it.
+extern int longestAnswer_ms;
+
+// Asks and waits for the answer, no longer than that. `file` is what came along, to be closed by the caller,
+// or -1. False on failure, which has been told; the next call tries anew.
 bool AskForPages(PageSource &source, const View &view, const PageRequest &request, PageAnswer &answer,
                  int &file);
 
