@@ -60,15 +60,21 @@ function(vark_windows_library target name)
 endfunction()
 
 # A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LABELS …] [TIMEOUT seconds]
-# [FIXTURES …]).
-# Each case is run in a process of its own, since the library's state is final for the life of a process.
+# [FIXTURES …] [BESIDE program]).
+# Each case is run in a process of its own, since the library's state is final for the life of a process; with BESIDE
+# all of them in one, which that program starts.
 function(vark_test name)
-  cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;FIXTURES" ${ARGN})
+  cmake_parse_arguments(arg "" "TIMEOUT;BESIDE" "SOURCES;LIBRARIES;LABELS;FIXTURES" ${ARGN})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
   add_executable(test_${name} ${arg_SOURCES})
   target_link_libraries(test_${name} PRIVATE vark_warnings GTest::gtest_main ${arg_LIBRARIES})
+  if(arg_BESIDE)
+    add_test(NAME ${name} COMMAND ${arg_BESIDE} $<TARGET_FILE:test_${name}>)
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
+    return()
+  endif()
   if(arg_FIXTURES)
     set(fixtures FIXTURES_REQUIRED ${arg_FIXTURES})
   endif()
