@@ -1,4 +1,6 @@
 // Which of the stores a directory is for, and the one on a server, loaded when it is first wanted.
+#include "host/companions.h"
+#include "host/standard_error.h"
 #include "record-manager/limits.h"
 #include "record-manager/server_part.h"
 #include "record-manager/store.h"
@@ -13,23 +15,24 @@ namespace wbtrv {
 
 namespace {
 
+// Writes "wbtrv32: PLACE: WHAT" on standard error.
+void Tell(const char *place, const char *what)
+{
+    char line[BtrPathSize + 128];
+    if (snprintf(line, sizeof line, "wbtrv32: %s: %s\n", place, what) < 0) return;
+    host::WriteToStandardError(line, strlen(line));
+}
+
 pthread_mutex_t partMutex = PTHREAD_MUTEX_INITIALIZER;
 const ServerPart *part = nullptr; // guarded by partMutex; once set it stays
 
-// The part lies beside this library, or beside the program that this library is linked into.
 const ServerPart *LoadPart()
 {
     constexpr const char *name = "libwbtrv32-server.so";
-    Dl_info here;
-    char path[4096];
-    if (dladdr(reinterpret_cast<const void *>(&AcquireStore), &here) == 0) return nullptr;
-    const char *slash = strrchr(here.dli_fname, '/');
-    const int length = slash != nullptr ? static_cast<int>(slash - here.dli_fname) + 1 : 0;
-    const int size = snprintf(path, sizeof path, "%.*s%s", length, here.dli_fname, name);
-    if (size < 0 || static_cast<size_t>(size) >= sizeof path) return nullptr;
-    void *library = dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    void *library = host::LoadBeside(name);
     if (library == nullptr) {
-        fprintf(stderr, "wbtrv32: %s\n", dlerror());
+        const char *reason = dlerror();
+        Tell(name, reason != nullptr ? reason : "fehlt, oder andere dürfen hineinschreiben");
         return nullptr;
     }
     auto *give = reinterpret_cast<GiveServerPart>(dlsym(library, "WbtrvServerPart"));
@@ -59,7 +62,7 @@ int16_t AcquireStore(const char *directory, bool create, bool readOnly, const vo
 {
     if (!IsThere(directory, serverName)) return AcquireBooks(directory, create, &booksFunctions, store);
     if (IsThere(directory, booksName)) {
-        fprintf(stderr, "wbtrv32: %s: %s und %s in einem Verzeichnis\n", directory, booksName, serverName);
+        Tell(directory, "books.mdb und books.server in einem Verzeichnis");
         return BtrStatusForeignFile;
     }
     const ServerPart *server = Part();

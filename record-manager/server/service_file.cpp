@@ -1,4 +1,5 @@
 // The file that tells where a directory's books are.
+#include "host/standard_error.h"
 #include "record-manager/server/private.h"
 
 #include <cerrno>
@@ -24,12 +25,12 @@ void Report(const char *directory, const char *text)
 {
     static char last[512];
     static int64_t lastAt_us = 0;
-    char line[512];
-    const int size = snprintf(line, sizeof line, "wbtrv32: %s/%s: %s", directory, serverName, text);
-    if (size < 0) return;
+    char line[512] = "";
+    if (snprintf(line, sizeof line - 1, "wbtrv32: %s/%s: %s", directory, serverName, text) < 0) return;
     for (char *at = line; *at != 0; ++at) {
         if (*at == '\n') *at = ' ';
     }
+    line[strlen(line)] = '\n';
     pthread_mutex_lock(&reportMutex);
     const int64_t now = Now_us();
     const bool again = strcmp(line, last) == 0 && now - lastAt_us < reportPause_us;
@@ -38,7 +39,7 @@ void Report(const char *directory, const char *text)
         lastAt_us = now;
     }
     pthread_mutex_unlock(&reportMutex);
-    if (!again) fprintf(stderr, "%s\n", line);
+    if (!again) host::WriteToStandardError(line, strlen(line));
 }
 
 namespace {
