@@ -6,8 +6,8 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -33,7 +33,8 @@ struct TempDirectory {
             timespec now;
             clock_gettime(CLOCK_REALTIME, &now);
             std::ofstream file(Path / "books.server");
-            file << server << "\n" << "t" << getpid() << "_" << now.tv_sec << "_" << now.tv_nsec << "\n";
+            file << server << "\n"
+                 << "t" << getpid() << "_" << now.tv_sec << "_" << now.tv_nsec << "\n";
         }
     }
     TempDirectory(const TempDirectory &) = delete;
