@@ -24,15 +24,7 @@ char *Expand(const char *sql, const char *schema)
         size += *at == '@' ? strlen(schema) : 1;
     }
     auto *text = static_cast<char *>(malloc(size));
-    if (text == nullptr) return nullptr;
-    char *out = text;
-    for (const char *at = sql; *at != 0; ++at) {
-        const char *from = *at == '@' ? schema : at;
-        const size_t length = *at == '@' ? strlen(schema) : 1;
-        memcpy(out, from, length);
-        out += length;
-    }
-    *out = 0;
+    if (text != nullptr) (void)WriteStatement(sql, schema, text, size);
     return text;
 }
 

@@ -1,20 +1,12 @@
 // Locks that clients on all machines see: advisory locks of their sessions, which go with the connection.
 // This is what only PostgreSQL has.
-#include "record-manager/server/private.h"
-
-#include <climits>
-#include <cstdlib>
-#include <cstring>
+#include "record-manager/server/connection.h"
 
 namespace wbtrv {
 
-namespace {
-
-enum class Kind : uint64_t { File = 1, WholeFile, Record, Open, Usage, Exclusive };
-
 // Locks of the server are known by 64 bits. Two that come to the same ones by chance, once in more locks than
 // there will ever be, would be one lock.
-int64_t KeyOf(const Connection *connection, Kind kind, uint32_t file, uint32_t record)
+int64_t KeyOf(const Connection *connection, AdvisoryKind kind, uint32_t file, uint32_t record)
 {
     uint64_t key = static_cast<uint64_t>(connection->LockSpace) << 32 ^ record;
     key ^= (static_cast<uint64_t>(kind) << 24 | file) * 0x9E3779B97F4A7C15u;
@@ -39,14 +31,12 @@ void Release(Connection *connection, Statement statement, int64_t first, int64_t
     SendRelease(connection, statement, keys);
 }
 
-// What an exchange's first kept answer says; -1 when there is none.
 int64_t FirstNumber(const Connection *connection)
 {
     const PGresult *rows = connection->KeptCount > 0 ? connection->Kept[0] : nullptr;
     return rows != nullptr && PQntuples(rows) == 1 ? NumberAt(rows, 0, 0) : -1;
 }
 
-// In a transaction an exchange's failure is the writer's.
 int16_t ExchangeHere(Connection *connection, unsigned wait_ms)
 {
     const int16_t status = Exchange(connection, wait_ms);
@@ -58,157 +48,13 @@ int16_t ExchangeHere(Connection *connection, unsigned wait_ms)
     return status;
 }
 
-bool AddLocked(Connection *connection, uint32_t file, uint32_t record)
-{
-    if (connection->LockedCount == connection->LockedSize) {
-        const size_t size = connection->LockedSize == 0 ? 32 : connection->LockedSize * 2;
-        void *larger = realloc(connection->Locked, size * sizeof(LockedRecord));
-        if (larger == nullptr) return false;
-        connection->Locked = static_cast<LockedRecord *>(larger);
-        connection->LockedSize = size;
-    }
-    connection->Locked[connection->LockedCount++] = {file, record};
-    return true;
-}
-
-bool AddWhole(Connection *connection, uint32_t file)
-{
-    if (connection->WholeCount == connection->WholeSize) {
-        const size_t size = connection->WholeSize == 0 ? 16 : connection->WholeSize * 2;
-        void *larger = realloc(connection->Whole, size * sizeof(uint32_t));
-        if (larger == nullptr) return false;
-        connection->Whole = static_cast<uint32_t *>(larger);
-        connection->WholeSize = size;
-    }
-    connection->Whole[connection->WholeCount++] = file;
-    return true;
-}
-
-LockResult Grant(Connection *connection, uint32_t file, uint32_t record)
-{
-    // What was read before the lock may be old by now.
-    connection->Checked_us = 0;
-    return AddLocked(connection, file, record) ? LockResult::Granted : LockResult::NoMemory;
-}
-
-// Waits on the server, which sees who waits for whom. In a transaction the wait must not end it.
-LockResult Await(Connection *connection, uint32_t file, uint32_t record, unsigned wait_ms)
-{
-    const bool inside = connection->InTransaction;
-    const int64_t fileKey = KeyOf(connection, Kind::File, file, 0);
-    const Parameters none{};
-    Parameters timeout{};
-    AddNumber(&timeout, wait_ms > 0 ? wait_ms : 1);
-    (void)Send(connection, inside ? Statement::Savepoint : Statement::BeginReading, none, Answer::Needed);
-    (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
-    (void)SendLock(connection, Statement::AwaitRecord, fileKey, KeyOf(connection, Kind::Record, file, record),
-                   Answer::Needed);
-    if (!inside) (void)Send(connection, Statement::Commit, none, Answer::Needed);
-    const int16_t status = ExchangeHere(connection, wait_ms);
-    if (status == BtrStatusOk) return Grant(connection, file, record);
-    if (connection->Real == nullptr) return LockResult::Failed;
-    SendRelease(connection, inside ? Statement::RollbackToSavepoint : Statement::Rollback, none);
-    // The file's may have been granted; one that was not is not there to be given back.
-    Release(connection, Statement::UnlockShared, fileKey, 0);
-    if (status == BtrStatusDeadlock) return LockResult::Deadlock;
-    return status == BtrStatusRecordLocked ? LockResult::RecordBusy : LockResult::Failed;
-}
-
-LockResult ResultOf(int64_t answer)
-{
-    if (answer == 0) return LockResult::Granted;
-    return answer == 2 ? LockResult::FileBusy : LockResult::RecordBusy;
-}
-
-} // namespace
-
-// There is no file description; what stands for it is none that could be closed.
-int16_t TakeLockDescription(Store *, int *fd)
-{
-    *fd = INT_MAX;
-    return BtrStatusOk;
-}
-
-void GiveLockDescription(Store *, int *fd) { *fd = -1; }
-
-LockResult LockRecord(Store *store, int, uint32_t file, uint32_t record, const LockWait &wait)
-{
-    Connection *connection = ConnectionOf(store);
-    const int64_t fileKey = KeyOf(connection, Kind::File, file, 0);
-    const int64_t recordKey = KeyOf(connection, Kind::Record, file, record);
-    Patience patience = StartPatience(wait.Wait_ms);
-    for (;;) {
-        if (!connection->InTransaction && Connect(connection) != BtrStatusOk) return LockResult::Failed;
-        (void)SendLock(connection, Statement::LockRecord, fileKey, recordKey, Answer::Kept);
-        if (ExchangeHere(connection, 0) != BtrStatusOk) return LockResult::Failed;
-        const LockResult result = ResultOf(FirstNumber(connection));
-        if (result == LockResult::Granted) return Grant(connection, file, record);
-        if (!WaitMore(&patience)) return result;
-        if (!wait.Waits) continue;
-        const LockResult awaited = Await(connection, file, record, wait.Wait_ms);
-        if (awaited != LockResult::RecordBusy) return awaited;
-        // Whether the record or the whole file was in the way to the end.
-        patience = StartPatience(0);
-    }
-}
-
-LockResult LockFile(Store *store, int, uint32_t file, unsigned wait_ms)
-{
-    Connection *connection = ConnectionOf(store);
-    const int64_t fileKey = KeyOf(connection, Kind::File, file, 0);
-    const int64_t wholeKey = KeyOf(connection, Kind::WholeFile, file, 0);
-    Patience patience = StartPatience(wait_ms);
-    for (;;) {
-        if (!connection->InTransaction && Connect(connection) != BtrStatusOk) return LockResult::Failed;
-        (void)SendLock(connection, Statement::LockFile, fileKey, wholeKey, Answer::Kept);
-        if (ExchangeHere(connection, 0) != BtrStatusOk) return LockResult::Failed;
-        const LockResult result = ResultOf(FirstNumber(connection));
-        if (result == LockResult::Granted) {
-            connection->Checked_us = 0;
-            return AddWhole(connection, file) ? result : LockResult::NoMemory;
-        }
-        if (!WaitMore(&patience)) return result;
-    }
-}
-
-void Unlock(Store *store, int, uint32_t file, int64_t first, int64_t count)
-{
-    Connection *connection = ConnectionOf(store);
-    const int64_t fileKey = KeyOf(connection, Kind::File, file, 0);
-    for (size_t i = 0; i < connection->LockedCount;) {
-        const LockedRecord locked = connection->Locked[i];
-        if (locked.File != file || locked.Record < first || locked.Record >= first + count) {
-            ++i;
-            continue;
-        }
-        Release(connection, Statement::UnlockRecord, fileKey,
-                KeyOf(connection, Kind::Record, file, locked.Record));
-        connection->Locked[i] = connection->Locked[--connection->LockedCount];
-    }
-    for (size_t i = 0; i < connection->WholeCount && first + count >= wholeFile; ++i) {
-        if (connection->Whole[i] != file) continue;
-        Release(connection, Statement::UnlockFile, fileKey, KeyOf(connection, Kind::WholeFile, file, 0));
-        connection->Whole[i] = connection->Whole[--connection->WholeCount];
-        break;
-    }
-}
-
 void SendUnlockFiles(Connection *connection)
 {
     for (size_t i = 0; i < connection->WholeCount; ++i) {
         const uint32_t file = connection->Whole[i];
-        (void)SendLock(connection, Statement::UnlockFile, KeyOf(connection, Kind::File, file, 0),
-                       KeyOf(connection, Kind::WholeFile, file, 0), Answer::Ignored);
+        (void)SendLock(connection, Statement::UnlockFile, KeyOf(connection, AdvisoryKind::File, file, 0),
+                       KeyOf(connection, AdvisoryKind::WholeFile, file, 0), Answer::Ignored);
     }
-}
-
-bool HasLostLocks(Store *store)
-{
-    Connection *connection = ConnectionOf(store);
-    Repay(connection);
-    const bool lost = connection->LostLocks;
-    connection->LostLocks = false;
-    return lost;
 }
 
 bool HoldsAnything(const Connection *connection)
@@ -217,23 +63,13 @@ bool HoldsAnything(const Connection *connection)
            connection->Writing != nullptr || connection->Holding || connection->LostLocks;
 }
 
-void ForgetHeld(Connection *connection)
-{
-    connection->LostLocks =
-        connection->LostLocks || connection->LockedCount > 0 || connection->WholeCount > 0;
-    connection->LockedCount = 0;
-    connection->WholeCount = 0;
-}
-
 namespace {
 
-// One lock of those that clients hold as long as they have something open.
-LockResult TryHoldOnce(Connection *connection, Kind kind, uint32_t file, bool alone)
+LockResult TryHoldOnce(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone)
 {
-    if (!connection->InTransaction && Connect(connection) != BtrStatusOk) return LockResult::Failed;
     const Statement statement = alone ? Statement::LockAlone : Statement::LockShared;
     (void)SendLock(connection, statement, KeyOf(connection, kind, file, 0), 0, Answer::Kept);
-    if (kind == Kind::Open) {
+    if (kind == AdvisoryKind::Open) {
         // Nobody replaces the file from now on.
         Parameters wanted{};
         AddNumber(&wanted, file);
@@ -241,7 +77,7 @@ LockResult TryHoldOnce(Connection *connection, Kind kind, uint32_t file, bool al
     }
     if (ExchangeHere(connection, 0) != BtrStatusOk) return LockResult::Failed;
     if (FirstNumber(connection) != 0) return LockResult::RecordBusy;
-    if (kind == Kind::Open) {
+    if (kind == AdvisoryKind::Open) {
         PQclear(connection->FoundFile);
         connection->FoundFile = TakeKept(connection, 1);
         connection->FoundFileHeld = true;
@@ -249,8 +85,10 @@ LockResult TryHoldOnce(Connection *connection, Kind kind, uint32_t file, bool al
     return LockResult::Granted;
 }
 
+} // namespace
+
 // The server learns a little later than others of a client that has died.
-LockResult TryHold(Connection *connection, Kind kind, uint32_t file, bool alone)
+LockResult TryHold(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone)
 {
     Patience patience = StartPatience(serverLimits->MomentaryWait_ms);
     for (;;) {
@@ -259,88 +97,10 @@ LockResult TryHold(Connection *connection, Kind kind, uint32_t file, bool alone)
     }
 }
 
-void ReleaseHeld(Connection *connection, Kind kind, uint32_t file, bool alone)
+void ReleaseHeld(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone)
 {
     const Statement statement = alone ? Statement::UnlockAlone : Statement::UnlockShared;
     Release(connection, statement, KeyOf(connection, kind, file, 0), 0);
-}
-
-HeldOpen *FindOpen(Connection *connection, uint32_t file)
-{
-    HeldOpen *found = connection->Opens;
-    while (found != nullptr && found->File != file) {
-        found = found->Next;
-    }
-    return found;
-}
-
-} // namespace
-
-LockResult HoldOpen(Store *store, uint32_t file, bool alone, bool)
-{
-    Connection *connection = ConnectionOf(store);
-    HeldOpen *open = FindOpen(connection, file);
-    if (open != nullptr && open->Alone == alone) return LockResult::Granted;
-    HeldOpen *made = nullptr;
-    if (open == nullptr) {
-        made = static_cast<HeldOpen *>(calloc(1, sizeof(HeldOpen)));
-        if (made == nullptr) return LockResult::NoMemory;
-    }
-    const LockResult result = TryHold(connection, Kind::Open, file, alone);
-    if (result != LockResult::Granted) {
-        free(made);
-        return result;
-    }
-    if (made != nullptr) {
-        *made = {connection->Opens, file, alone};
-        connection->Opens = made;
-    } else {
-        ReleaseHeld(connection, Kind::Open, file, open->Alone);
-        open->Alone = alone;
-    }
-    return LockResult::Granted;
-}
-
-void DropOpen(Store *store, uint32_t file)
-{
-    Connection *connection = ConnectionOf(store);
-    HeldOpen **link = &connection->Opens;
-    while (*link != nullptr && (*link)->File != file) {
-        link = &(*link)->Next;
-    }
-    HeldOpen *open = *link;
-    if (open == nullptr) return;
-    ReleaseHeld(connection, Kind::Open, file, open->Alone);
-    *link = open->Next;
-    free(open);
-}
-
-LockResult HoldUsage(Store *store, bool loading, bool uses, bool loads)
-{
-    Connection *connection = ConnectionOf(store);
-    if (!uses) {
-        const LockResult result = TryHold(connection, Kind::Usage, 0, false);
-        if (result != LockResult::Granted) return result;
-        connection->UsageShared = true;
-    }
-    if (!loading || loads) return LockResult::Granted;
-    const LockResult result = TryHold(connection, Kind::Usage, 0, true);
-    connection->UsageAlone = result == LockResult::Granted;
-    if (result != LockResult::Granted && !uses) DropUsage(store, false, false, false);
-    return result;
-}
-
-void DropUsage(Store *store, bool uses, bool loads, bool wasLoading)
-{
-    Connection *connection = ConnectionOf(store);
-    if (wasLoading && !loads && connection->UsageAlone) {
-        ReleaseHeld(connection, Kind::Usage, 0, true);
-        connection->UsageAlone = false;
-    }
-    if (!uses && connection->UsageShared) {
-        ReleaseHeld(connection, Kind::Usage, 0, false);
-        connection->UsageShared = false;
-    }
 }
 
 int16_t RestoreOpens(Connection *connection)
@@ -348,25 +108,25 @@ int16_t RestoreOpens(Connection *connection)
     LockResult result = LockResult::Granted;
     for (const HeldOpen *open = connection->Opens; open != nullptr && result == LockResult::Granted;
          open = open->Next) {
-        result = TryHold(connection, Kind::Open, open->File, open->Alone);
+        result = TryHold(connection, AdvisoryKind::Open, open->File, open->Alone);
     }
     if (connection->UsageShared && result == LockResult::Granted)
-        result = TryHold(connection, Kind::Usage, 0, false);
+        result = TryHold(connection, AdvisoryKind::Usage, 0, false);
     if (connection->UsageAlone && result == LockResult::Granted)
-        result = TryHold(connection, Kind::Usage, 0, true);
+        result = TryHold(connection, AdvisoryKind::Usage, 0, true);
     return result == LockResult::Granted ? BtrStatusOk : BtrStatusIoError;
 }
 
 int16_t SendExclusiveMark(Connection *connection)
 {
-    return SendLock(connection, Statement::MarkExclusive, KeyOf(connection, Kind::Exclusive, 0, 0), 0,
+    return SendLock(connection, Statement::MarkExclusive, KeyOf(connection, AdvisoryKind::Exclusive, 0, 0), 0,
                     Answer::Needed);
 }
 
 bool IsHolderExclusive(Connection *connection)
 {
-    (void)SendLock(connection, Statement::IsMarkedExclusive, KeyOf(connection, Kind::Exclusive, 0, 0), 0,
-                   Answer::Kept);
+    (void)SendLock(connection, Statement::IsMarkedExclusive, KeyOf(connection, AdvisoryKind::Exclusive, 0, 0),
+                   0, Answer::Kept);
     return Exchange(connection, 0) == BtrStatusOk && FirstNumber(connection) == 1;
 }
 

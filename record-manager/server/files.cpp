@@ -61,7 +61,7 @@ void ForgetReplaced(Store *store, const char *name, uint32_t number)
     }
 }
 
-int16_t LoadFile(const PGresult *rows, const char *name, File **out)
+int16_t LoadFile(const Store &store, const PGresult *rows, const char *name, File **out)
 {
     auto *file = static_cast<File *>(calloc(1, sizeof(File)));
     if (file == nullptr) return BtrStatusHandleTableFull;
@@ -71,7 +71,7 @@ int16_t LoadFile(const PGresult *rows, const char *name, File **out)
         return BtrStatusForeignFile;
     }
     file->Number = static_cast<uint32_t>(NumberAt(rows, 0, 0));
-    file->Do = &serverFunctions;
+    file->Do = store.Do;
     memcpy(file->Name, name, strnlen(name, BtrPathSize));
     *out = file;
     return BtrStatusOk;
@@ -86,7 +86,7 @@ int16_t AcquireLocked(Store *store, const PGresult *rows, const char *name, File
         file = file->Next;
     }
     if (file == nullptr) {
-        const int16_t status = LoadFile(rows, name, &file);
+        const int16_t status = LoadFile(*store, rows, name, &file);
         if (status != BtrStatusOk) return status;
         file->Next = store->Files;
         store->Files = file;
@@ -192,21 +192,6 @@ int16_t ReadLastFile(View *view, uint32_t *number)
     if (rows == nullptr || PQntuples(rows) != 1) return BtrStatusForeignFile;
     *number = static_cast<uint32_t>(NumberAt(rows, 0, 0));
     return BtrStatusOk;
-}
-
-int FindState(const PGresult *states, uint32_t file)
-{
-    int low = 0;
-    int high = PQntuples(states);
-    while (low < high) {
-        const int middle = (low + high) / 2;
-        if (NumberAt(states, middle, 0) < file) {
-            low = middle + 1;
-        } else {
-            high = middle;
-        }
-    }
-    return low < PQntuples(states) && NumberAt(states, low, 0) == file ? low : -1;
 }
 
 namespace {

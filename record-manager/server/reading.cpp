@@ -312,13 +312,6 @@ void EndSnapshot(View *snapshot)
 
 void ForgetReads(Store *store) { ConnectionOf(store)->Checked_us = 0; }
 
-void ForgetOwn(View *view)
-{
-    PQclear(view->Own);
-    view->Own = nullptr;
-    view->LastRecord = 0;
-}
-
 // A cursor moves on from its key, whatever has been committed since.
 int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands)
 {

@@ -1,6 +1,6 @@
 // What was read of the trees and may still be given: only for a moment after the server was asked whether a
 // file has changed, and never across a change, a lock or the beginning of a transaction of one's own.
-#include "record-manager/server/private.h"
+#include "record-manager/server/connection.h"
 
 #include <algorithm>
 #include <cstring>
@@ -94,6 +94,21 @@ void FreeRun(Run *run)
 }
 
 } // namespace
+
+int FindState(const PGresult *states, uint32_t file)
+{
+    int low = 0;
+    int high = PQntuples(states);
+    while (low < high) {
+        const int middle = (low + high) / 2;
+        if (NumberAt(states, middle, 0) < file) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    return low < PQntuples(states) && NumberAt(states, low, 0) == file ? low : -1;
+}
 
 bool AreFresh(const Connection *connection)
 {

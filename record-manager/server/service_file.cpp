@@ -1,6 +1,6 @@
 // The file that tells where a directory's books are.
 #include "host/standard_error.h"
-#include "record-manager/server/private.h"
+#include "record-manager/server/connection.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -13,34 +13,6 @@
 #include <unistd.h>
 
 namespace wbtrv {
-
-namespace {
-
-pthread_mutex_t reportMutex = PTHREAD_MUTEX_INITIALIZER;
-constexpr int64_t reportPause_us = 10000000;
-
-} // namespace
-
-void Report(const char *directory, const char *text)
-{
-    static char last[512];
-    static int64_t lastAt_us = 0;
-    char line[512] = "";
-    if (snprintf(line, sizeof line - 1, "wbtrv32: %s/%s: %s", directory, serverName, text) < 0) return;
-    for (char *at = line; *at != 0; ++at) {
-        if (*at == '\n') *at = ' ';
-    }
-    line[strlen(line)] = '\n';
-    pthread_mutex_lock(&reportMutex);
-    const int64_t now = Now_us();
-    const bool again = strcmp(line, last) == 0 && now - lastAt_us < reportPause_us;
-    if (!again) {
-        memcpy(last, line, sizeof last);
-        lastAt_us = now;
-    }
-    pthread_mutex_unlock(&reportMutex);
-    if (!again) host::WriteToStandardError(line, strlen(line));
-}
 
 namespace {
 

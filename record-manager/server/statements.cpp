@@ -1,7 +1,9 @@
 // Every statement that this store sends. Those that only PostgreSQL has are in advisory.cpp's list below.
 //
 // A change that finds nothing to change divides by zero, so that the transaction fails with it.
-#include "record-manager/server/private.h"
+#include "record-manager/server/connection.h"
+
+#include <cstring>
 
 namespace wbtrv {
 
@@ -170,6 +172,20 @@ const char *TextOf(Statement statement) { return texts[static_cast<size_t>(state
 const char *SetupText(size_t index)
 {
     return index < sizeof setup / sizeof setup[0] ? setup[index] : nullptr;
+}
+
+bool WriteStatement(const char *text, const char *quotedSchema, char *out, size_t room)
+{
+    const size_t schemaLength = strlen(quotedSchema);
+    size_t size = 0;
+    for (; *text != 0; ++text) {
+        const size_t length = *text == '@' ? schemaLength : 1;
+        if (size + length >= room) return false;
+        memcpy(out + size, *text == '@' ? quotedSchema : text, length);
+        size += length;
+    }
+    out[size] = 0;
+    return true;
 }
 
 } // namespace wbtrv

@@ -13,9 +13,9 @@
 
 namespace wbtrv {
 
-const Limits *serverLimits = nullptr;
-
 namespace {
+
+extern const StoreFunctions serverFunctions;
 
 pthread_mutex_t registry = PTHREAD_MUTEX_INITIALIZER;
 Store *stores = nullptr;
@@ -172,59 +172,9 @@ void ReleaseStore(Store *store)
     pthread_mutex_unlock(&registry);
 }
 
-int16_t MakeSchema(Connection *connection)
-{
-    // One after the other, since no statement can be prepared before its tables are there.
-    char text[1024];
-    const char *schema = connection->Of->Own->QuotedSchema;
-    PGconn *real = connection->Real;
-    if (PQexitPipelineMode(real) != 1 || PQsetnonblocking(real, 0) != 0) return BtrStatusIoError;
-    snprintf(text, sizeof text,
-             "BEGIN; SELECT pg_advisory_xact_lock(hashtext('%s')); CREATE SCHEMA IF NOT EXISTS %.*s",
-             connection->Of->Own->Service.Schema, static_cast<int>(strlen(schema) - 1), schema);
-    PGresult *result = PQexec(real, text);
-    bool done = PQresultStatus(result) == PGRES_TUPLES_OK || PQresultStatus(result) == PGRES_COMMAND_OK;
-    for (size_t i = 0; done && SetupText(i) != nullptr; ++i) {
-        size_t size = 0;
-        for (const char *at = SetupText(i); *at != 0 && size + schemaSize + 4 < sizeof text; ++at) {
-            if (*at == '@') {
-                size += static_cast<size_t>(snprintf(text + size, sizeof text - size, "%s", schema));
-            } else {
-                text[size++] = *at;
-            }
-        }
-        text[size] = 0;
-        PQclear(result);
-        result = PQexec(real, text);
-        done = PQresultStatus(result) == PGRES_COMMAND_OK;
-    }
-    if (done) {
-        PQclear(result);
-        result = PQexec(real, "COMMIT");
-        done = PQresultStatus(result) == PGRES_COMMAND_OK;
-    }
-    int16_t status = BtrStatusOk;
-    if (!done) {
-        const char *state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
-        // Somebody else has made it just now.
-        const bool there = state != nullptr && strcmp(state, "42P07") == 0;
-        const bool refused = state != nullptr && strcmp(state, "42501") == 0;
-        if (!there) {
-            Report(connection->Of->Own->Directory, PQerrorMessage(real));
-            status = refused ? BtrStatusPermission : BtrStatusIoError;
-        }
-        PQclear(PQexec(real, "ROLLBACK"));
-    }
-    PQclear(result);
-    if (PQsetnonblocking(real, 1) != 0 || PQenterPipelineMode(real) != 1) return BtrStatusIoError;
-    return status;
-}
-
 namespace {
 
 const ServerPart serverPart = {AcquireServerStore, CountRoundTrips};
-
-} // namespace
 
 const StoreFunctions serverFunctions = {
     .ReleaseStore = ReleaseStore,
@@ -274,6 +224,8 @@ const StoreFunctions serverFunctions = {
     .Add = Add,
     .Remove = Remove,
 };
+
+} // namespace
 
 } // namespace wbtrv
 

@@ -1,0 +1,397 @@
+// Books in a schema of a PostgreSQL server, and a connection to them.
+//
+// Its sections follow its sources, of which each calls only those above it here.
+//
+// A client has a Store and a connection of its own to each directory's schema, which holds its locks and its
+// transaction. The schema:
+//
+//   head       one row: mark and form of the schema, the highest file number. Its row lock is the gate before
+//              the one writer.
+//   files      number, name, definition as create gave it, counters
+//   groups     file, tree, how many values a key with duplicates has
+//   records    file, record number, stamps and record
+//   entries    file, tree, ordered key, record number
+//   sessions   the number of each connection's last transaction, from which a commit is told whose answer
+//              was lost
+//
+// Whatever changes a file changes its counters, so rows that were read are still right as long as the
+// counters of their file are the same.
+#pragma once
+
+#include "record-manager/server_part.h"
+#include "record-manager/store.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <libpq-fe.h>
+
+namespace wbtrv {
+
+inline constexpr char schemaMark[] = "WBTRVBKS";
+inline constexpr int64_t schemaForm = 1;
+
+// ---- process.cpp ----
+
+extern const Limits *serverLimits;
+int64_t Now_us();
+// Writes a line about a directory to standard error; the same line not twice within seconds.
+void Report(const char *directory, const char *text);
+
+// ---- service_file.cpp ----
+
+inline constexpr size_t connectionSize = 2048;
+inline constexpr size_t schemaSize = 64;
+
+// What books.server tells.
+struct ServiceFile {
+    char Connection[connectionSize]; // a connection string, without a password
+    char Schema[schemaSize];
+};
+
+// Returns 0; 94 the file cannot be read, or others can write it; 30 it is not what it should be. The reason
+// goes to standard error.
+int16_t ReadServiceFile(int directoryFd, const char *directory, ServiceFile *service);
+
+// ---- statements.cpp ----
+
+// Each is prepared on a connection when it is first used.
+enum class Statement : uint8_t {
+    Begin,
+    BeginReading,
+    Commit,
+    Rollback,
+    BeginSnapshot,
+    Savepoint,
+    RollbackToSavepoint,
+    SetUpSession,
+    ReadHead,
+    SetTimeout,
+    SetAsynchronous,
+    EnterGate,
+    ReadStates,
+    ReadFile,
+    ReadFileByName,
+    ReadFileCounters,
+    ReadGroups,
+    ReadLastFile,
+    FirstEntries,
+    LastEntries,
+    EntriesFrom,
+    EntriesBefore,
+    FirstRecords,
+    LastRecords,
+    RecordsFrom,
+    RecordsBefore,
+    OneEntry,
+    OneRecord,
+    AddUnique,
+    AddToGroup,
+    RemoveUnique,
+    RemoveFromGroup,
+    PutRecord,
+    ReplaceRecord,
+    RemoveRecord,
+    WriteCounters,
+    WriteLastFile,
+    RemoveFile,
+    RemoveGroups,
+    RemoveEntries,
+    RemoveRecords,
+    MakeFile,
+    MakeGroup,
+    OpenSession,
+    CloseSession,
+    NoteTransaction,
+    FindTransaction,
+    Touch,
+    // advisory.cpp
+    LockRecord,
+    AwaitRecord,
+    UnlockRecord,
+    LockFile,
+    UnlockFile,
+    LockShared,
+    LockAlone,
+    UnlockShared,
+    UnlockAlone,
+    MarkExclusive,
+    IsMarkedExclusive,
+    UnlockAll,
+    Count
+};
+
+// The statement's text, in which every @ stands for the schema's quoted name and a dot.
+const char *TextOf(Statement statement);
+// The statements that make a schema's tables, one after the other; null behind the last.
+const char *SetupText(size_t index);
+// Writes a text with the schema's quoted name and its dot for each @; false when there is no room for it.
+bool WriteStatement(const char *text, const char *quotedSchema, char *out, size_t room);
+
+// ---- values.cpp ----
+
+inline constexpr size_t mostParameters = 8;
+
+struct Parameters {
+    int Count;
+    const char *Data[mostParameters];
+    int Sizes[mostParameters];
+    uint8_t Numbers[mostParameters][8];
+};
+void AddNumber(Parameters *parameters, int64_t number);
+void AddBytes(Parameters *parameters, const void *data, size_t size);
+
+int64_t NumberAt(const PGresult *rows, int row, int column);
+Bytes BytesAt(const PGresult *rows, int row, int column);
+
+// ---- what a connection is ----
+
+enum class Answer : uint8_t { Ignored, Needed, Kept };
+
+// Something sent whose answer is still to come.
+struct Awaited {
+    enum class Kind : uint8_t { Prepare, Statement, Sync } What;
+    Statement Which;
+    Answer How;
+};
+
+inline constexpr size_t mostKept = 6;
+inline constexpr size_t mostRuns = 48;
+inline constexpr size_t maxBound = maxKeyLength + 16;
+
+// Rows of a tree that lie side by side, as they were read. Those of a run that goes forward begin at its
+// bound, or at the tree's beginning where it has none; those of the other kind are in falling order and begin
+// below it, or at the tree's end.
+struct Run {
+    uint64_t Id; // 0: free
+    uint32_t File;
+    uint32_t Tree;
+    bool Forward;
+    bool Bounded;
+    bool Whole; // it goes to the end of its direction
+    int Count;
+    PGresult *Rows; // key, record, stored record
+    uint64_t Used;
+    size_t BoundSize;
+    uint8_t Bound[maxBound];
+};
+
+// The last entry of an index as the files' states tell of it, with what this client has added since.
+struct HighestKey {
+    uint32_t File; // 0: free
+    uint32_t Tree;
+    bool Exact; // otherwise nothing lies behind it
+    size_t Size;
+    uint8_t Key[maxBound];
+    uint32_t Record;
+};
+inline constexpr size_t mostHighest = 64;
+
+// The counters of a file as this client has committed them since the states were read.
+struct OwnState {
+    uint32_t File;
+    int64_t Records;
+    int64_t Sequence;
+};
+inline constexpr size_t mostOwnStates = 64;
+
+struct HeldOpen {
+    HeldOpen *Next;
+    uint32_t File;
+    bool Alone;
+};
+
+struct LockedRecord {
+    uint32_t File;
+    uint32_t Record;
+};
+
+struct Connection {
+    Store *Of;
+    unsigned Users;    // 0: idle
+    PGconn *Real;      // null: none, or lost
+    int64_t LockSpace; // from the schema, so that its locks are not another's
+
+    // What was sent and not yet answered, in this order.
+    Awaited *Queue;
+    size_t QueueFirst;
+    size_t QueueCount;
+    size_t QueueSize;
+    bool Prepared[static_cast<size_t>(Statement::Count)];
+    int16_t Failure; // the first since the last exchange
+    size_t KeptCount;
+    PGresult *Kept[mostKept];
+
+    // What is held on the server.
+    HeldOpen *Opens;
+    bool UsageShared;
+    bool UsageAlone;
+    bool Loading;
+    LockedRecord *Locked;
+    size_t LockedCount;
+    size_t LockedSize;
+    uint32_t *Whole; // files
+    size_t WholeCount;
+    size_t WholeSize;
+    bool LostLocks;
+    bool Owes;     // releases are on their way, whose answers the end of the call waits for
+    bool Leaks;    // a release was not carried out
+    bool Unsynced; // something was sent since the last sync
+
+    // The transaction.
+    bool InTransaction;
+    bool Holding; // of a snapshot
+    bool LastFileChanged;
+    uint32_t LastFile;
+    bool HasSession;
+    uint8_t Session[16];
+    int64_t Transactions;
+    Writer *Writing;
+
+    // What was read.
+    PGresult *States; // of all files: number, last record, records, sequence
+    OwnState Own[mostOwnStates];
+    size_t OwnCount;
+    int64_t Checked_us;
+    int64_t Asked_us; // when the states that are on their way were asked for
+    Run Runs[mostRuns];
+    uint64_t LastRun;
+    uint64_t Clock;
+    PGresult *FoundFile; // number, name, definition
+    bool FoundFileHeld;  // read after its open lock was granted
+    bool Doubts;         // a file was not the one that was known
+    HighestKey Highest[mostHighest];
+    size_t LastHighest;
+};
+
+struct View {
+    Store *Of;
+    Connection *By;
+    bool Writing;
+    bool Open;
+    bool Held;
+    uint64_t LastRun; // holding the entry that was given last, and its record
+    int LastRow;
+    uint32_t LastFile;
+    uint32_t LastRecord; // 0: none
+    PGresult *Own;       // in a writer: rows that were read last
+};
+
+struct Writer {
+    View Seen;
+    Cursor *Used;
+    int16_t Failed;  // nothing more can come of it
+    bool Unfinished; // Record below waits to be sent
+    bool Appends;
+    uint32_t File;
+    uint32_t Record;
+    uint8_t *Place;
+    size_t PlaceSize;
+    size_t PlaceRoom;
+    uint32_t Touched[mostOwnStates]; // files; more are all
+    size_t TouchedCount;
+    OwnState Written[mostOwnStates];
+    size_t WrittenCount;
+};
+
+// What a store is here: the schema of a directory, for one client.
+struct Environment {
+    ServiceFile Service;
+    char Directory[BtrPathSize + 1];
+    char QuotedSchema[schemaSize + 4];
+    int64_t Written_ns; // when the service file was
+    const void *Client; // whose it is, or was last
+    Connection *Link;
+    bool Create;
+};
+
+inline Connection *ConnectionOf(Store *store) { return store->Own->Link; }
+
+// ---- runs.cpp ----
+
+struct Entry {
+    const Run *In;
+    int Row;
+};
+
+// Looks for the entry in what was read. False: it has to be asked for. `*found` without a run: there is none.
+bool FindInRuns(Connection *connection, uint32_t file, uint32_t tree, Bytes bound, Side side, Entry *found);
+// The row of a file in the states, -1 when it is not there.
+int FindState(const PGresult *states, uint32_t file);
+// Whether what was read may be served.
+bool AreFresh(const Connection *connection);
+// Takes new states of the files; rows of files that have changed are forgotten.
+void TakeStates(Connection *connection, PGresult *states);
+HighestKey *FindHighest(Connection *connection, uint32_t file, uint32_t tree);
+void SetHighest(Connection *connection, uint32_t file, uint32_t tree, Bytes key, uint32_t record);
+// Forgets what was read of a file.
+void ForgetRuns(Connection *connection, uint32_t file);
+void ForgetHighest(Connection *connection, uint32_t file);
+void ForgetAllRuns(Connection *connection);
+// A free run, or the one that was not used for the longest time.
+Run *NewRun(Connection *connection);
+const Run *FindRun(const Connection *connection, uint64_t id);
+
+// ---- pipeline.cpp ----
+
+// Puts a statement behind what is already on its way. 0 or 2, 87; a failure is also in Failure.
+int16_t Send(Connection *connection, Statement statement, const Parameters &parameters, Answer how);
+// Sends all of it and waits for the answers, `wait_ms` longer than for a quick one. Returns the first failure
+// since the last exchange. Results of kept statements are in Kept, in their order, until the next exchange.
+int16_t Exchange(Connection *connection, unsigned wait_ms);
+// Sends all of it without waiting.
+void Post(Connection *connection);
+// Puts a release behind what is on its way, whatever becomes of that.
+void SendRelease(Connection *connection, Statement statement, const Parameters &parameters);
+// Waits until what was released is free for others.
+void Repay(Connection *connection);
+// Takes over a kept result.
+PGresult *TakeKept(Connection *connection, size_t index);
+
+// The connection is no good any more: says so, and forgets what hung on it. Returns what failed first, or 2.
+int16_t Lose(Connection *connection);
+// Forgets what hung on a connection; the client's opens are kept for the next one.
+void Drop(Connection *connection);
+// Writes a failure of the server and the status that it becomes to standard error.
+void ReportFailure(const Connection *connection, const char *message, int16_t status);
+uint64_t CountRoundTrips();
+
+// ---- schema.cpp ----
+
+// Makes the session as this part needs it, and reads whose the schema is. Returns 0, 30, 12, 2.
+int16_t ReadHead(Connection *connection);
+// Makes the tables of the schema, which must not be there. Returns 0, 94, 30, 2, 18.
+int16_t MakeSchema(Connection *connection);
+
+// ---- advisory.cpp: what only this server has ----
+
+enum class AdvisoryKind : uint64_t { File = 1, WholeFile, Record, Open, Usage, Exclusive };
+int64_t KeyOf(const Connection *connection, AdvisoryKind kind, uint32_t file, uint32_t record);
+// A statement of one key, or of two; a second one of 0 is none.
+int16_t SendLock(Connection *connection, Statement statement, int64_t first, int64_t second, Answer how);
+void Release(Connection *connection, Statement statement, int64_t first, int64_t second);
+// What an exchange's first kept answer says; -1 when there is none.
+int64_t FirstNumber(const Connection *connection);
+// In a transaction an exchange's failure is the writer's.
+int16_t ExchangeHere(Connection *connection, unsigned wait_ms);
+// One lock of those that clients hold as long as they have something open.
+LockResult TryHold(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone);
+void ReleaseHeld(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone);
+// After connecting anew: takes what the client still has open. 0 or 2.
+int16_t RestoreOpens(Connection *connection);
+// Tells others that the gate's holder is in an exclusive transaction, and whether it is.
+int16_t SendExclusiveMark(Connection *connection);
+bool IsHolderExclusive(Connection *connection);
+// Gives back every file that is locked whole, if what goes before it succeeds.
+void SendUnlockFiles(Connection *connection);
+bool HoldsAnything(const Connection *connection);
+
+// ---- connection.cpp ----
+
+// Connects, as a connection string tells; null for lack of memory. `reads`: any of several hosts will do.
+PGconn *OpenServer(const ServiceFile &service, bool reads);
+// Makes sure of a connection: connects, and takes again what the client has open. 0, 20, 94, 30, 12 or 2.
+int16_t Connect(Connection *connection);
+// Frees everything, and says good-bye to the server.
+void EndConnection(Connection *connection);
+
+} // namespace wbtrv
