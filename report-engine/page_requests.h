@@ -56,8 +56,8 @@ struct PageAnswer {
     uint32_t HasWrapped; // the search went on from the other end
     PagePlace From;      // of find: the place's corners
     PagePlace To;
-    int64_t Length;      // of copy: bytes in the file
-    uint32_t HasRows;    // of copy: lines of cells parted by tabs
+    int64_t Length;      // of copy: bytes of text in the file
+    int64_t TableLength; // of copy: bytes of HTML behind it, 0 for none
     uint32_t IsCutShort; // of copy: there was more
 };
 

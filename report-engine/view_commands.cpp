@@ -36,15 +36,16 @@ PageRequest RequestOf(const ViewWindow &view, PageWish wish)
     return request;
 }
 
-// The bytes of a file as a text of Windows-1252, to be freed; null without memory.
-char *TextOfFile(int file, int64_t length)
+// Bytes of a file as a text of Windows-1252, to be freed; null without memory or for none.
+char *TextOfFile(int file, int64_t offset, int64_t length)
 {
+    if (file < 0 || length <= 0) return nullptr;
     const auto size = static_cast<size_t>(length);
     char *utf8 = static_cast<char *>(std::malloc(size + 1));
     char *text = static_cast<char *>(std::malloc(size + 1));
     size_t read = 0;
     while (utf8 != nullptr && read < size) {
-        const ssize_t count = pread(file, utf8 + read, size - read, static_cast<off_t>(read));
+        const ssize_t count = pread(file, utf8 + read, size - read, offset + static_cast<off_t>(read));
         if (count <= 0) break;
         read += static_cast<size_t>(count);
     }
@@ -87,10 +88,12 @@ bool CopySelection(ViewWindow &view)
     PageAnswer answer;
     int file = -1;
     if (!AskForPages(view.Source, *view.Of, request, answer, file)) return false;
-    char *text = file >= 0 && answer.Length > 0 ? TextOfFile(file, answer.Length) : nullptr;
+    char *text = TextOfFile(file, 0, answer.Length);
+    char *html = TextOfFile(file, answer.Length, answer.TableLength);
     if (file >= 0) close(file);
-    const bool isCopied = text != nullptr && VarkUiCopyText(text) != FALSE;
+    const bool isCopied = text != nullptr && VarkUiCopyText(text, html) != FALSE;
     std::free(text);
+    std::free(html);
     SayState(view, !isCopied                ? "Es ist nichts markiert."
                    : answer.IsCutShort != 0 ? "Kopiert bis zur Zeile, mit der 16 MiB voll waren."
                                             : "Kopiert.");

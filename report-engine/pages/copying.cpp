@@ -4,6 +4,7 @@
 #include "report-engine/values.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -50,24 +51,142 @@ void Put(Copying &copy, const char *text, size_t length)
 
 bool IsFull(const Copying &copy) { return copy.HasFailed || copy.Length >= maxCopied; }
 
-// Those of the right half follow those of the left.
-void PutTabs(Copying &copy, int from, int to)
+// The same rows as a table of HTML, which follows the text in the file. One that grows too long is left out
+// whole: half a table would be taken in place of all the text.
+struct Markup {
+    char *Bytes;
+    size_t Length;
+    size_t Capacity;
+    bool IsLost;
+};
+
+void Mark(Markup &markup, const char *bytes, size_t length)
 {
-    for (int cell = from; cell < to; ++cell) {
-        if (IsShown(shown.Def->Columns[cell % shown.Def->ColumnCount])) Put(copy, "\t", 1);
+    if (markup.Length + length > static_cast<size_t>(maxCopied)) markup.IsLost = true;
+    if (markup.IsLost) return;
+    if (markup.Capacity - markup.Length < length) {
+        const size_t capacity = 2 * markup.Capacity + length + sizeof(Copying);
+        char *grown = static_cast<char *>(std::realloc(markup.Bytes, capacity));
+        if (grown == nullptr) {
+            markup.IsLost = true;
+            return;
+        }
+        markup.Bytes = grown;
+        markup.Capacity = capacity;
+    }
+    std::memcpy(markup.Bytes + markup.Length, bytes, length);
+    markup.Length += length;
+}
+
+template <size_t size> void Mark(Markup &markup, const char (&text)[size]) { Mark(markup, text, size - 1); }
+
+void MarkText(Markup &markup, const char *text, size_t length)
+{
+    for (size_t i = 0; i < length; ++i) {
+        switch (text[i]) {
+        case '&': Mark(markup, "&amp;"); break;
+        case '<': Mark(markup, "&lt;"); break;
+        case '>': Mark(markup, "&gt;"); break;
+        default: Mark(markup, text + i, 1);
+        }
     }
 }
 
-void PutLetter(Copying &copy, const LetterList &letters, const Letter &letter)
+// Rows on their way into both. Columns are those in view, counted from 0; those of the right half follow
+// those of the left.
+struct Rows {
+    Copying &Text;
+    Markup &Table;
+    const char *Tag;                 // of a cell: td, or th of a heading
+    int Column;                      // that is being written
+    int Columns[2 * maxColumns + 1]; // of each cell; behind the last one their number
+    bool AreRight[2 * maxColumns];   // of each column
+};
+
+void TakeColumns(Rows &rows)
+{
+    const Definition &def = *shown.Def;
+    int count = 0;
+    for (int cell = 0; cell < 2 * def.ColumnCount; ++cell) {
+        const Column &column = def.Columns[cell % def.ColumnCount];
+        rows.Columns[cell] = count;
+        if (!IsShown(column)) continue;
+        rows.AreRight[count++] = column.CellAlign == Align::right;
+    }
+    rows.Columns[2 * def.ColumnCount] = count;
+}
+
+void BeginCell(Rows &rows)
+{
+    Mark(rows.Table, "<");
+    Mark(rows.Table, rows.Tag, 2);
+    if (rows.AreRight[rows.Column]) {
+        Mark(rows.Table, " align=\"right\">");
+    } else {
+        Mark(rows.Table, " align=\"left\">");
+    }
+}
+
+void EndCell(Rows &rows)
+{
+    Mark(rows.Table, "</");
+    Mark(rows.Table, rows.Tag, 2);
+    Mark(rows.Table, ">");
+}
+
+void BeginRow(Rows &rows, int column)
+{
+    Mark(rows.Table, "<tr>");
+    rows.Column = column;
+    BeginCell(rows);
+}
+
+// Goes on to a column; those between are empty.
+void GoTo(Rows &rows, int column)
+{
+    while (rows.Column < column) {
+        Put(rows.Text, "\t", 1);
+        EndCell(rows);
+        ++rows.Column;
+        BeginCell(rows);
+    }
+}
+
+void EndRow(Rows &rows, int lastColumn)
+{
+    GoTo(rows, lastColumn);
+    Put(rows.Text, "\n", 1);
+    EndCell(rows);
+    Mark(rows.Table, "</tr>\n");
+}
+
+// A control character would part cells or rows: as on the page it is a blank.
+void PutText(Rows &rows, const char *text, size_t length)
+{
+    while (length > 0) {
+        size_t plain = 0;
+        while (plain < length && static_cast<unsigned char>(text[plain]) >= ' ') {
+            ++plain;
+        }
+        const bool isControl = plain == 0;
+        Put(rows.Text, isControl ? " " : text, isControl ? 1 : plain);
+        MarkText(rows.Table, isControl ? " " : text, isControl ? 1 : plain);
+        text += isControl ? 1 : plain;
+        length -= isControl ? 1 : plain;
+    }
+}
+
+// A letter as people type it.
+LinePart TextOf(const LetterList &letters, const Letter &letter)
 {
     const char *text = letters.Text + letter.TextAt;
     constexpr char minus[] = "\u2212"; // of typesetting
     const bool isMinus =
         letter.TextLength == sizeof minus - 1 && std::memcmp(text, minus, sizeof minus - 1) == 0;
-    Put(copy, isMinus ? "-" : text, isMinus ? 1 : letter.TextLength);
+    return isMinus ? LinePart{"-", 1} : LinePart{text, letter.TextLength};
 }
 
-// What is selected within one line, or has no rows in it: texts parted by tabs, lines by line ends.
+// What has no rows in it, or lies within one cell: texts parted by tabs, lines by line ends.
 void CopyTexts(Copying &copy, const LetterList &letters, const Hit &range)
 {
     for (size_t i = range.First; i <= range.Last && !IsFull(copy); ++i) {
@@ -77,109 +196,115 @@ void CopyTexts(Copying &copy, const LetterList &letters, const Hit &range)
         } else if (i > range.First && letter.Begins) {
             Put(copy, "\t", 1);
         }
-        PutLetter(copy, letters, letter);
+        const LinePart text = TextOf(letters, letter);
+        Put(copy, text.Text, text.Length);
     }
     Put(copy, "\n", 1);
 }
 
-// The rows in a range, a tab for each column, and nothing else: what a table takes.
-void CopyRows(Copying &copy, const LetterList &letters, const Hit &range)
+// The rows in a range, a tab for each of the columns from `first` to `last`, and nothing else: what a table
+// takes.
+void CopyRows(Rows &rows, const LetterList &letters, const Hit &range, int first, int last)
 {
-    const int last = shown.Def->ColumnCount * (shown.Def->RightAt != 0 ? 2 : 1) - 1;
-    int column = 0;
     int line = -1;
-    for (size_t i = range.First; i <= range.Last && !IsFull(copy); ++i) {
+    for (size_t i = range.First; i <= range.Last && !IsFull(rows.Text); ++i) {
         const Letter &letter = letters.Letters[i];
         if (letter.Cell == noCell) continue;
         if (letter.Line != line) {
-            if (line >= 0) {
-                PutTabs(copy, column, last);
-                Put(copy, "\n", 1);
-            }
+            if (line >= 0) EndRow(rows, last);
             line = letter.Line;
-            column = 0;
+            BeginRow(rows, first);
         }
-        if (letter.Cell > column) {
-            PutTabs(copy, column, letter.Cell);
-            column = letter.Cell;
-        }
-        PutLetter(copy, letters, letter);
+        GoTo(rows, rows.Columns[letter.Cell]);
+        const LinePart text = TextOf(letters, letter);
+        PutText(rows, text.Text, text.Length);
     }
-    if (line < 0) return;
-    PutTabs(copy, column, last);
-    Put(copy, "\n", 1);
+    if (line >= 0) EndRow(rows, last);
 }
 
-bool HasRow(const LetterList &letters, const Hit &range)
+// The first and last cell that a range has letters of; noCell where it holds no row.
+struct CellRange {
+    int First;
+    int Last;
+};
+
+CellRange CellsIn(const LetterList &letters, const Hit &range)
 {
+    CellRange cells = {noCell, noCell};
     for (size_t i = range.First; i <= range.Last; ++i) {
-        if (letters.Letters[i].Cell != noCell) return true;
+        const int cell = letters.Letters[i].Cell;
+        if (cell == noCell) continue;
+        if (cells.First == noCell || cell < cells.First) cells.First = cell;
+        if (cell > cells.Last) cells.Last = cell;
     }
-    return false;
+    return cells;
 }
 
-void CopySelected(Copying &copy, const PageRequest &request, PageAnswer &answer)
+// Of one row a person takes what was dragged over; of several, and of a line, all columns.
+void CopySelected(Rows &rows, const PageRequest &request)
 {
+    const int lastColumn = rows.Columns[shown.Def->ColumnCount * (shown.Def->RightAt != 0 ? 2 : 1)] - 1;
     for (int64_t page = request.From.Page;
-         page > 0 && page <= request.To.Page && page <= shown.PageCount && !IsFull(copy); ++page) {
+         page > 0 && page <= request.To.Page && page <= shown.PageCount && !IsFull(rows.Text); ++page) {
         const LetterList &letters = LettersUnseen(page);
         Hit range;
         if (!SelectedOn(request, page, letters, range)) continue;
-        const bool isWithinLine = request.From.Page == request.To.Page &&
-                                  letters.Letters[range.First].Line == letters.Letters[range.Last].Line;
-        const bool hasRows = HasRow(letters, range);
-        if (hasRows && !isWithinLine) {
-            answer.HasRows = 1;
-            CopyRows(copy, letters, range);
-        } else if (isWithinLine || request.From.Page == request.To.Page) {
-            answer.HasRows = hasRows ? 1 : 0;
-            CopyTexts(copy, letters, range);
+        const bool isOnePage = request.From.Page == request.To.Page;
+        const bool isWithinLine =
+            isOnePage && letters.Letters[range.First].Line == letters.Letters[range.Last].Line;
+        const bool isPart = isWithinLine && static_cast<Grain>(request.SelectionGrain) != Grain::line;
+        const CellRange cells = CellsIn(letters, range);
+        if (cells.First == noCell || (isPart && cells.First == cells.Last)) {
+            if (isOnePage) CopyTexts(rows.Text, letters, range);
+            continue;
         }
+        CopyRows(rows, letters, range, isPart ? rows.Columns[cells.First] : 0,
+                 isPart ? rows.Columns[cells.Last] : lastColumn);
     }
 }
 
-void PutHeadings(Copying &copy)
+void PutHeadings(Rows &rows)
 {
     const Definition &def = *shown.Def;
+    rows.Tag = "th";
+    BeginRow(rows, 0);
     for (int i = 0; i < def.ColumnCount; ++i) {
         const Column &column = def.Columns[i];
         if (!IsShown(column)) continue;
         char title[columnTitleSize];
         ColumnTitle(column, title);
-        Put(copy, title, std::strlen(title));
-        if (i < def.ColumnCount - 1) PutTabs(copy, i, i + 1);
+        GoTo(rows, rows.Columns[i]);
+        PutText(rows, title, std::strlen(title));
     }
-    Put(copy, "\n", 1);
+    EndRow(rows, rows.Columns[def.ColumnCount] - 1);
+    rows.Tag = "td";
 }
 
 // All rows of the report under the headings of its columns, without a look at pages.
-void CopyReport(Copying &copy, PageAnswer &answer)
+void CopyReport(Rows &rows)
 {
     const Definition &def = *shown.Def;
-    answer.HasRows = 1;
-    PutHeadings(copy);
+    PutHeadings(rows);
+    const int last = rows.Columns[def.ColumnCount] - 1;
     uint64_t offset = shown.Of->First;
     while (const ItemHeader *item = ItemAt(*shown.Of, offset)) {
         if (item->Kind != Item::row) continue;
-        if (IsFull(copy)) return;
+        if (IsFull(rows.Text)) return;
         CellReader cells = CellsOf(*item, reinterpret_cast<const char *>(item + 1));
         Cell cell;
-        int column = 0;
+        BeginRow(rows, 0);
         while (NextCell(cells, cell)) {
-            const int target = cell.Column == spanColumn ? 0 : cell.Column;
-            PutTabs(copy, column, target);
-            column = target;
+            if (cell.Column != spanColumn) GoTo(rows, rows.Columns[cell.Column]);
             char figure[amountSize];
             if (cell.Kind == CellKind::text) {
-                Put(copy, cell.Text, cell.Length);
+                PutText(rows, cell.Text, cell.Length);
             } else if (!IsBlank(def, item->Style, cell)) {
-                Put(copy, figure,
-                    cell.Kind == CellKind::number ? WriteNumber(cell.Number, Look::grouped, figure)
-                                                  : WriteHundredths(cell.Number, Look::grouped, figure));
+                PutText(rows, figure,
+                        cell.Kind == CellKind::number ? WriteNumber(cell.Number, Look::grouped, figure)
+                                                      : WriteHundredths(cell.Number, Look::grouped, figure));
             }
         }
-        PutTabs(copy, column, def.ColumnCount - 1);
-        Put(copy, "\n", 1);
+        EndRow(rows, last);
     }
 }
 
@@ -193,14 +318,26 @@ int CopyText(const PageRequest &request, PageAnswer &answer)
     copy.Length = 0;
     copy.Used = 0;
     copy.HasFailed = false;
+    Markup table = {};
+    constexpr char head[] = "<html lang=\"de\"><head><meta charset=\"utf-8\"></head><body><table>\n";
+    Mark(table, head);
+    Rows rows = {copy, table, "td", 0, {}, {}};
+    TakeColumns(rows);
     if (request.IsAllSelected != 0) {
-        CopyReport(copy, answer);
+        CopyReport(rows);
     } else {
-        CopySelected(copy, request, answer);
+        CopySelected(rows, request);
     }
     FlushCopy(copy);
     answer.Length = copy.Length;
     answer.IsCutShort = copy.Length >= maxCopied ? 1 : 0;
+    const bool hasRows = table.Length > sizeof head - 1;
+    Mark(table, "</table></body></html>\n");
+    if (hasRows && !table.IsLost) {
+        answer.TableLength = static_cast<int64_t>(table.Length);
+        if (!WriteAll(copy.File, table.Bytes, table.Length)) copy.HasFailed = true;
+    }
+    std::free(table.Bytes);
     if (!copy.HasFailed) return copy.File;
     close(copy.File);
     return -1;

@@ -47,7 +47,8 @@ struct ViewOnScreen : testing::Test {
         report = OpenShipped("or_slist.rs", susaId);
         AddSusaHeader(report);
         for (int line = 0; line < 200; ++line) {
-            AddSusaLine(report, {.Konto = std::to_string(1000 + line), .Name = "Konto", .KumSoll = 100});
+            AddSusaLine(report,
+                        {.Konto = std::to_string(1000 + line), .Name = "Büro & Küche", .KumSoll = 100});
         }
         view = static_cast<HWND>(OpenView(report));
         ASSERT_NE(IsWindow(view), 0);
@@ -135,6 +136,45 @@ TEST_F(ViewOnScreen, IsUsedByKeysAlone)
     EXPECT_EQ(RSCopyReport(report, susaId, 0), 0);
 }
 
+TEST_F(ViewOnScreen, GivesSpreadsheetsATableAndEditorsText)
+{
+    if (system("command -v xclip >/dev/null") != 0) GTEST_SKIP() << "xclip is not installed";
+    // What another program gets that pastes.
+    const auto pasted = [&](const char *form) {
+        const std::string into = directory.At("pasted");
+        static_cast<void>(system(
+            ("timeout 20 xclip -selection clipboard -o -t " + std::string(form) + " >" + into + " 2>&1")
+                .c_str()));
+        return ReadFile(into);
+    };
+    Show([&] {
+        EXPECT_TRUE(Eventually([&] {
+            Do("key ctrl+a");
+            Do("key ctrl+c");
+            return Text(stateText) == "Kopiert.";
+        }));
+        EXPECT_TRUE(Eventually([&] { return pasted("TARGETS").find("text/html\n") != std::string::npos; }));
+        const std::string html = pasted("text/html");
+        EXPECT_EQ(html.substr(0, html.find('\n')),
+                  "<html lang=\"de\"><head><meta charset=\"utf-8\"></head><body><table>");
+        EXPECT_NE(html.find("<tr><td align=\"left\">1003</td><td align=\"left\">Büro &amp; Küche</td>"
+                            "<td align=\"right\"></td>"),
+                  std::string::npos)
+            << html.substr(0, 2000);
+        const std::string text = pasted("UTF8_STRING");
+        EXPECT_NE(text.find("\n1003\tBüro & Küche\t\t\t\t\t1,00\t\t1,00\t\t1,00\t\n"), std::string::npos)
+            << text.substr(0, 2000);
+        // A word is no table: an editor and a spreadsheet get the same.
+        EXPECT_TRUE(Eventually([&] {
+            Display::Click(view, picture, 90, 160, "click --repeat 2 --delay 60 1");
+            Do("key ctrl+c");
+            return Eventually([&] { return pasted("TARGETS").find("text/html") == std::string::npos; },
+                              std::chrono::seconds(2));
+        }));
+        EXPECT_EQ(pasted("UTF8_STRING").find('\t'), std::string::npos) << pasted("UTF8_STRING");
+    });
+}
+
 TEST_F(ViewOnScreen, IsUsedByTheMouseAlone)
 {
     Show([&] {
@@ -175,7 +215,7 @@ TEST_F(ViewOnScreen, SavesByKeysAloneAndAsksBeforeAFileGoes)
         EXPECT_TRUE(Display::LosesKeyboard("Bericht speichern"));
         Do("key Return");
         EXPECT_TRUE(Eventually([&] { return Text(stateText).starts_with("Gespeichert in "); }));
-        EXPECT_NE(ReadFile(path).find(";1003;Konto;"), std::string::npos);
+        EXPECT_NE(ReadFile(path).find(";1003;Büro & Küche;"), std::string::npos);
         // A name without an ending gets that of the kind that is shown.
         EXPECT_TRUE(Display::LosesKeyboard("Bericht speichern"));
         EXPECT_TRUE(Display::HasKeyboard("Bericht"));

@@ -193,6 +193,26 @@ std::string Copied()
     return text;
 }
 
+std::string CopiedHtml()
+{
+    std::string html(1'000'000, '\0');
+    html.resize(static_cast<size_t>(VarkUiCopiedHtml(html.data(), static_cast<int>(html.size()))));
+    return html;
+}
+
+constexpr const char *htmlHead = "<html lang=\"de\"><head><meta charset=\"utf-8\"></head><body><table>";
+
+// A row as HTML has it: texts at the left, all behind them at the right.
+std::string HtmlRow(const std::string &tag, int texts, const std::vector<std::string> &cells)
+{
+    std::string row = "<tr>";
+    for (size_t i = 0; i < cells.size(); ++i) {
+        const std::string align = i < static_cast<size_t>(texts) ? "left" : "right";
+        row += "<" + tag + " align=\"" + align + "\">" + cells[i] + "</" + tag + ">";
+    }
+    return row + "</tr>";
+}
+
 } // namespace
 
 TEST_F(Views, CopyTheWholeReportAsATableWithItsHeadings)
@@ -209,6 +229,50 @@ TEST_F(Views, CopyTheWholeReportAsATableWithItsHeadings)
     EXPECT_EQ(lines[4], "1003\tKonto 3\t\t\t\t\t1,00\t\t1,00\t\t1,00\t") << "empty cells keep their place";
     EXPECT_EQ(lines[200].substr(0, 15), "1199\tKonto 199\t");
     EXPECT_EQ(lines[201], "\tGesamtsumme\t0,00\t0,00\t0,00\t0,00\t200,00\t0,00\t200,00\t0,00\t200,00\t0,00");
+}
+
+TEST_F(Views, CopyTheWholeReportAsATableOfHtmlBesideTheText)
+{
+    EXPECT_EQ(Use("key Ctrl+a\n"
+                  "key Ctrl+c\n"),
+              "");
+    const std::vector<std::string> lines = LinesOf(CopiedHtml());
+    ASSERT_EQ(lines.size(), 204u) << "head, headings, 200 accounts, the total, foot";
+    EXPECT_EQ(lines[0], htmlHead);
+    EXPECT_EQ(lines[1], HtmlRow("th", 2,
+                                {"Konto", "Bezeichnung", "Vortrag Soll", "Vortrag Haben", "Monat Soll",
+                                 "Monat Haben", "Kumuliert Soll", "Kumuliert Haben", "Summe Soll",
+                                 "Summe Haben", "Saldo Soll", "Saldo Haben"}));
+    EXPECT_EQ(lines[5],
+              HtmlRow("td", 2, {"1003", "Konto 3", "", "", "", "", "1,00", "", "1,00", "", "1,00", ""}));
+    EXPECT_EQ(lines[202], HtmlRow("td", 2,
+                                  {"", "Gesamtsumme", "0,00", "0,00", "0,00", "0,00", "200,00", "0,00",
+                                   "200,00", "0,00", "200,00", "0,00"}));
+    EXPECT_EQ(lines[203], "</table></body></html>");
+}
+
+TEST_F(Views, CopyNamesOfAnyCharactersIntoTheirCells)
+{
+    Play("key Ctrl+a\nkey Ctrl+c\nclose\n");
+    report = OpenShipped("or_slist.rs", susaId);
+    AddSusaHeader(report);
+    AddSusaLine(report, {.Konto = "1000", .Name = "Müller & <Söhne>\tGmbH\nBonn", .KumHaben = 123'456});
+    RunUntilClosed(static_cast<HWND>(OpenView(report)));
+    EXPECT_EQ(LinesOf(Copied())[1],
+              "1000\tM\xFCller & <S\xF6hne> GmbH Bonn\t\t\t\t\t\t1.234,56\t\t1.234,56\t\t1.234,56");
+    EXPECT_EQ(LinesOf(CopiedHtml())[2], HtmlRow("td", 2,
+                                                {"1000", "M\xFCller &amp; &lt;S\xF6hne&gt; GmbH Bonn", "", "",
+                                                 "", "", "", "1.234,56", "", "1.234,56", "", "1.234,56"}));
+}
+
+TEST_F(Views, CopyAsTextAloneWhatIsTooLongForATable)
+{
+    Play("key Ctrl+a\nkey Ctrl+c\nexpect text 115 Kopiert.\nclose\n");
+    Fill(60'000);
+    RunUntilClosed(static_cast<HWND>(OpenView(report)));
+    EXPECT_EQ(Log().find("script:"), std::string::npos) << Log();
+    EXPECT_GT(VarkUiCopiedText(nullptr, 0), 60'000 * 30);
+    EXPECT_EQ(VarkUiCopiedHtml(nullptr, 0), 0);
 }
 
 TEST_F(Views, CopyNothingWhereNothingIsSelected)
@@ -231,6 +295,7 @@ struct Mouse {
     // The copied text of what is selected now, without its last line end.
     std::string Selected() const
     {
+        VarkUiCopyText("", nullptr);
         SendMessageA(View, WM_COMMAND, copy, 0);
         const std::string text = Copied();
         return text.substr(0, text.find_last_not_of('\n') + 1);
@@ -253,14 +318,22 @@ TEST_F(Views, SelectWordsLinesAndWhatIsDraggedOver)
         ASSERT_LT(y, 900);
         mouse.Tell(PCN_PRESS, 70, y, 2);
     } while (mouse.Selected() != "1003");
+    y += 4; // from above the letters to them
     mouse.Tell(PCN_PRESS, 70, y, 3);
-    EXPECT_EQ(mouse.Selected().substr(0, 18), "1003\tKonto 3\t1,00\t") << mouse.Selected();
-    mouse.Tell(PCN_PRESS, 70, y, 1);
+    EXPECT_EQ(mouse.Selected(), "1003\tKonto 3\t\t\t\t\t1,00\t\t1,00\t\t1,00\t")
+        << "empty cells keep their place";
+    EXPECT_EQ(LinesOf(CopiedHtml())[1],
+              HtmlRow("td", 2, {"1003", "Konto 3", "", "", "", "", "1,00", "", "1,00", "", "1,00", ""}));
+    mouse.Tell(PCN_PRESS, 70, y, 2);
+    EXPECT_EQ(mouse.Selected(), "1003");
+    EXPECT_EQ(CopiedHtml(), "") << "one cell is no table";
+    mouse.Tell(PCN_PRESS, 62, y, 1);
     mouse.Tell(PCN_DRAG, 500, y);
     mouse.Tell(PCN_RELEASE, 500, y);
-    const std::string dragged = mouse.Selected();
-    EXPECT_NE(dragged.find("Konto 3"), std::string::npos) << dragged;
-    EXPECT_EQ(dragged.find("Konto 4"), std::string::npos) << dragged;
+    EXPECT_EQ(mouse.Selected(), "1003\tKonto 3") << "and no columns that were not dragged over";
+    EXPECT_EQ(LinesOf(CopiedHtml())[1], HtmlRow("td", 2, {"1003", "Konto 3"}));
+    mouse.Tell(PCN_DRAG, 660, y);
+    EXPECT_EQ(mouse.Selected(), "1003\tKonto 3\t\t\t\t\t1,00") << "empty cells keep their place";
     mouse.Tell(PCN_PRESS, 500, y + 40, -1); // with Shift
     EXPECT_NE(mouse.Selected().find("Konto 4"), std::string::npos) << mouse.Selected();
     // From the head over several rows: rows alone, each with all its columns.
@@ -348,6 +421,11 @@ TEST_F(Views, CopyRowsOfBothHalvesWithATabForEachColumn)
     ASSERT_GT(rows.size(), 3u);
     EXPECT_EQ(rows[0], "links\t\trechts\t");
     EXPECT_EQ(rows[1], "links 1\t1,00\trechts 1\t1,00");
+    const std::string html = CopiedHtml();
+    EXPECT_NE(html.find("<tr><td align=\"left\">links 1</td><td align=\"right\">1,00</td>"
+                        "<td align=\"left\">rechts 1</td><td align=\"right\">1,00</td></tr>\n"),
+              std::string::npos)
+        << html;
     DestroyWindow(view);
 }
 

@@ -112,13 +112,20 @@ TEST_F(Pictures, TextThatWasCopiedCanBeAskedFor)
     EXPECT_EQ(VarkUiCopiedText(text, sizeof text), 0);
     EXPECT_STREQ(text, "");
     EXPECT_NE(VarkUiCopyText("Gr\xFC\xDF"
-                             "e"),
+                             "e",
+                             "<p>Gr\xFC\xDF"
+                             "e</p>"),
               0);
     EXPECT_EQ(VarkUiCopiedText(text, sizeof text), 5);
     EXPECT_STREQ(text, "Gr\xFC\xDF"
                        "e");
     EXPECT_EQ(VarkUiCopiedText(text, 3), 5);
     EXPECT_STREQ(text, "Gr");
-    EXPECT_NE(VarkUiCopyText(nullptr), 0);
+    EXPECT_EQ(VarkUiCopiedHtml(text, sizeof text), 12);
+    EXPECT_STREQ(text, "<p>Gr\xFC\xDF"
+                       "e</p>");
+    EXPECT_NE(VarkUiCopyText("nichts weiter", nullptr), 0);
+    EXPECT_EQ(VarkUiCopiedHtml(text, sizeof text), 0) << "HTML goes with the text that it came with";
+    EXPECT_NE(VarkUiCopyText(nullptr, nullptr), 0);
     EXPECT_EQ(VarkUiCopiedText(nullptr, 0), 0);
 }

@@ -8,7 +8,7 @@
 
 namespace varkui {
 
-constexpr uint32_t protocolVersion = 4;
+constexpr uint32_t protocolVersion = 5;
 constexpr uint32_t longestFrame = 64u << 20;
 
 // To the screen. A window's state comes whole each time; its parent's comes before.
@@ -22,7 +22,7 @@ enum class ToScreen : uint8_t {
              // its thread has handled
     Picture, // handle, width, height, x, y, content width, content height, page, number of descriptors (0
              // or 1) that come with the first byte of this frame
-    Copied,  // text for whoever pastes
+    Copied,  // text for whoever pastes, and the same as HTML, empty for none
 };
 
 // From the screen.

@@ -135,6 +135,7 @@ void TellCopied()
     copiedSerial = model.CopiedSerial;
     const size_t frame = BeginFrame(ToScreen::Copied);
     PutText(model.Copied != nullptr ? model.Copied : "");
+    PutText(model.CopiedHtml != nullptr ? model.CopiedHtml : "");
     EndFrame(frame);
 }
 

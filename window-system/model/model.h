@@ -42,7 +42,8 @@ struct Model {
     Window *LastTop;
     unsigned BaseX; // pixels of 4 horizontal and 8 vertical dialog units
     unsigned BaseY;
-    char *Copied = nullptr; // the text for pasting
+    char *Copied = nullptr;     // the text for pasting
+    char *CopiedHtml = nullptr; // the same as HTML, empty for none
     unsigned CopiedSerial = 0;
 };
 

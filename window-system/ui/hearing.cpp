@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <deque>
+#include <iterator>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -127,8 +128,20 @@ void HearCopied(FrameReader &reader)
 {
     uint32_t length = 0;
     const char *text = TakeText(reader, length);
+    const std::string plain(text, length);
+    const char *html = TakeText(reader, length);
     GdkClipboard *clipboard = gdk_display_get_clipboard(gdk_display_get_default());
-    gdk_clipboard_set_text(clipboard, std::string(text, length).c_str());
+    if (length == 0) {
+        gdk_clipboard_set_text(clipboard, plain.c_str());
+        return;
+    }
+    GBytes *bytes = g_bytes_new(html, length);
+    GdkContentProvider *forms[] = {gdk_content_provider_new_for_bytes("text/html", bytes),
+                                   gdk_content_provider_new_typed(G_TYPE_STRING, plain.c_str())};
+    GdkContentProvider *both = gdk_content_provider_new_union(forms, std::size(forms));
+    gdk_clipboard_set_content(clipboard, both);
+    g_object_unref(both);
+    g_bytes_unref(bytes);
 }
 
 // The widgets inside go with the one that holds them; their items come one by one, in any order.
