@@ -49,7 +49,8 @@ std::string RoffLines(std::string_view utf8)
 std::string RoffTitle(std::string_view name, int section, std::string_view date, std::string_view version)
 {
     return ".\\\" -*- coding: utf-8 -*-\n.TH " + Roff(Upper(name)) + " " + std::to_string(section) + " \"" +
-           std::string(date) + "\" \"VARK40 " + std::string(version) + "\" \"VARK40\"\n";
+           std::string(date) + "\" \"VARK40 " + std::string(version) + "\" \"VARK40\"\n" +
+           ".nh\n.ad l\n"; // words would be parted as English ones are
 }
 
 } // namespace tools

@@ -1,191 +1,94 @@
-// header-manual: makes the manual page of a C header from its comments and declarations. Used by the build.
-//
-// What it expects of the header: comments and declarations begin in the first column, a comment stands right
-// above what it describes, a section begins with its heading between dashes, and the first comment tells of
-// the whole.
+// header-manual: makes the manual page of a C header from its declarations and their German text, which has
+// to tell of all of them. Used by the build.
 #include "tools/common/roff.h"
+#include "tools/common/texts.h"
+#include "tools/manual/header.h"
+#include "tools/manual/translation.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <fstream>
-#include <regex>
-#include <sstream>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
+using namespace manual;
 
-Lines ReadLines(const fs::path &path)
+// Words of one list stand in one column; what means a longer one begins on a line of its own.
+constexpr size_t widestColumn = 16;
+
+size_t ColumnOf(const std::vector<Piece> &pieces, size_t from)
 {
-    std::ifstream file(path);
-    if (!file) throw std::runtime_error(path.string() + ": cannot be read");
-    Lines lines;
-    for (std::string line; std::getline(file, line);) {
-        lines.push_back(line);
+    size_t column = 2;
+    for (size_t i = from;
+         i < pieces.size() && pieces[i].Form == Piece::Kind::Item && (i == from || !pieces[i].IsFirst); ++i) {
+        if (pieces[i].Word.size() <= widestColumn) column = std::max(column, pieces[i].Word.size());
     }
-    return lines;
+    return column + 2;
 }
 
-// What Linux sees: of "#ifdef _WIN32" the part behind "#else".
-Lines WithoutWindows(const Lines &lines)
-{
-    Lines kept;
-    bool isWindows = false;
-    for (const std::string &line : lines) {
-        if (line == "#ifdef _WIN32") isWindows = true;
-        if (!isWindows) kept.push_back(line);
-        if (line == "#else" || line.starts_with("#endif")) isWindows = false;
-    }
-    return kept;
-}
-
-// A comment without its marks, or lines of code.
-struct Block {
-    bool IsComment;
-    Lines Text;
-};
-
-// The line of a comment without its marks, and whether the comment ends with it.
-std::string WithoutMarks(std::string line, bool &ends)
-{
-    const size_t end = line.find("*/");
-    ends = end != std::string::npos;
-    if (ends) line.erase(end);
-    for (const char *mark : {"/*", " *"}) {
-        if (!line.starts_with(mark)) continue;
-        line.erase(0, 2);
-        break;
-    }
-    if (line.starts_with(' ')) line.erase(0, 1);
-    line.erase(line.find_last_not_of(' ') + 1);
-    return line;
-}
-
-std::vector<Block> BlocksOf(const Lines &lines)
-{
-    std::vector<Block> blocks;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        if (lines[i].empty()) continue;
-        Block block{lines[i].starts_with("/*"), {}};
-        if (block.IsComment) {
-            bool ends = false;
-            for (; !ends && i < lines.size(); ++i) {
-                const std::string text = WithoutMarks(lines[i], ends);
-                if (!text.empty() || (!block.Text.empty() && !ends)) block.Text.push_back(text);
-            }
-            --i;
-        } else {
-            // A structure has blank lines in it as little as a declaration has.
-            for (; i < lines.size() && !lines[i].empty() && !lines[i].starts_with("/*"); ++i) {
-                block.Text.push_back(lines[i]);
-            }
-            --i;
-        }
-        blocks.push_back(std::move(block));
-    }
-    return blocks;
-}
-
-// Lines that are set as they stand: indented, or with columns.
-bool IsTable(const std::string &line)
-{
-    return line.starts_with(' ') || line.find("   ") != std::string::npos;
-}
-
-// Paragraphs and tables; a paragraph mark right behind a heading would be one too many.
-std::string TextOf(const Lines &lines, bool isBehindHeading = false)
+// A paragraph's mark right behind a heading would be one too many.
+std::string RoffOf(const std::vector<Piece> &pieces, bool isBehindHeading = true)
 {
     std::string roff;
-    std::string table;
-    bool isNewParagraph = true;
-    const auto endTable = [&] {
-        if (!table.empty()) roff += tools::RoffLines(table);
-        table.clear();
-    };
-    for (const std::string &line : lines) {
-        if (!line.empty() && IsTable(line)) {
-            table += line + "\n";
-            continue;
+    size_t column = 0;
+    for (size_t i = 0; i < pieces.size(); ++i) {
+        const Piece &piece = pieces[i];
+        switch (piece.Form) {
+        case Piece::Kind::Heading: roff += ".SS " + tools::Roff(piece.Text) + "\n"; break;
+        case Piece::Kind::Example:
+            roff += (isBehindHeading ? "" : ".PP\n") + tools::RoffLines(piece.Text);
+            break;
+        case Piece::Kind::Paragraph:
+            roff += (isBehindHeading ? "" : ".PP\n") + tools::Roff(piece.Text);
+            break;
+        case Piece::Kind::Item:
+            if (piece.IsFirst) column = ColumnOf(pieces, i);
+            // The items of a list follow each other without blank lines.
+            if (!piece.IsFirst) roff += ".PD 0\n";
+            roff += ".TP " + std::to_string(column) + "\n\\fB" + tools::Roff(piece.Word) + "\\fR\n" +
+                    tools::Roff(piece.Text) + "\n";
+            if (!piece.IsFirst) roff += ".PD\n";
+            break;
         }
-        endTable();
-        if (!line.empty()) {
-            if (isNewParagraph && !(isBehindHeading && roff.empty())) roff += ".PP\n";
-            roff += tools::Roff(line) + "\n";
-        }
-        isNewParagraph = line.empty();
+        isBehindHeading = piece.Form == Piece::Kind::Heading;
     }
-    endTable();
     return roff;
 }
 
-// The comment that tells of the whole: paragraphs under headings, which stand further left.
-std::string OverviewOf(const Lines &lines)
+std::string RoffOf(const Lines &code)
 {
-    std::string roff;
-    Lines part;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        const bool isHeading = i + 1 < lines.size() && !lines[i].empty() && lines[i][0] != ' ' &&
-                               lines[i].find(' ') == std::string::npos && lines[i + 1].starts_with("  ");
-        if (isHeading) {
-            roff += TextOf(part, true) + ".SS " + tools::Roff(lines[i]) + "\n";
-            part.clear();
-        } else {
-            part.push_back(lines[i].starts_with("  ") ? lines[i].substr(2) : lines[i]);
-        }
+    std::string text;
+    for (const std::string &line : code) {
+        text += line + "\n";
     }
-    return roff + TextOf(part, true);
+    text.pop_back();
+    return ".nf\n\\fB" + tools::Roff(text) + "\\fR\n.fi\n";
 }
 
-std::string CodeOf(const Lines &lines, bool isBehindHeading)
-{
-    std::string code;
-    for (const std::string &line : lines) {
-        const bool isForCompiler = line.starts_with('#') || line.starts_with("extern \"C\"") || line == "}" ||
-                                   line.find("[sizeof(") != std::string::npos;
-        if (!isForCompiler) code += std::regex_replace(line, std::regex("VARK_CALL "), "") + "\n";
-    }
-    if (code.empty()) return code;
-    code.pop_back();
-    return std::string(isBehindHeading ? "" : ".PP\n") + ".nf\n\\fB" + tools::Roff(code) + "\\fR\n.fi\n";
-}
-
-std::string PageOf(const std::vector<Block> &blocks, const std::string &date, const std::string &version)
+std::string PageOf(const std::vector<Section> &header, const std::vector<ToldSection> &translation,
+                   const std::string &date, const std::string &version)
 {
     std::string page = tools::RoffTitle("vark40", 3, date, version);
     page += ".SH NAME\nvark40 \\- Zugang zu den Büchern von MERIDA für andere Programme\n"
             ".SH ÜBERSICHT\n.nf\n\\fB#include <vark40.h>\\fR\n.fi\n.PP\n"
-            "cc \\fIPROGRAMM\\fR.c $(pkg\\-config \\-\\-cflags \\-\\-libs vark40)\n"
-            ".SH BESCHREIBUNG\n" +
-            OverviewOf(blocks.front().Text);
-    // The header has a comment above what it describes, the page below.
-    Lines told;
-    bool isBehindHeading = false;
-    for (size_t i = 1; i < blocks.size(); ++i) {
-        const Block &block = blocks[i];
-        const std::string first = block.Text.empty() ? "" : block.Text.front();
-        std::string text;
-        if (!block.IsComment) {
-            text = CodeOf(block.Text, isBehindHeading);
-            text += TextOf(told, isBehindHeading && text.empty());
-            told.clear();
-        } else {
-            text = TextOf(told, isBehindHeading);
-            told.clear();
-            if (!first.starts_with("---- ")) told = block.Text;
-        }
-        page += text;
-        if (!text.empty()) isBehindHeading = false;
-        if (block.IsComment && first.starts_with("---- ")) {
-            page += ".SH " + tools::Roff(first.substr(5, first.rfind(" ----") - 5)) + "\n";
-            isBehindHeading = true;
+            "cc \\fIPROGRAMM\\fR.c $(pkg\\-config \\-\\-cflags \\-\\-libs vark40)\n";
+    for (size_t i = 0; i < header.size(); ++i) {
+        const ToldSection &section = translation[i];
+        page += ".SH " + tools::Roff(section.Heading) + "\n" + RoffOf(section.Pieces);
+        bool isBehindHeading = section.Pieces.empty();
+        size_t at = 0;
+        for (const Told &told : section.Declarations) {
+            for (size_t name = 0; name < told.Names.size(); ++name) {
+                page += (isBehindHeading ? "" : ".PP\n") + RoffOf(header[i].Declarations[at++].Code);
+                isBehindHeading = false;
+            }
+            page += ".RS 4\n" + RoffOf(told.Pieces) + ".RE\n";
         }
     }
-    return page + TextOf(told) + ".SH SIEHE AUCH\n.BR vark (1),\n.BR books (1),\n.BR templates (5)\n";
+    return page + ".SH SIEHE AUCH\n.BR vark (1),\n.BR books (1),\n.BR templates (5)\n";
 }
 
 void Write(const fs::path &path, const std::string &text)
@@ -196,19 +99,18 @@ void Write(const fs::path &path, const std::string &text)
 }
 
 // The page, and under the name of each function one that leads there.
-void WritePages(const fs::path &header, const fs::path &directory, const std::string &date,
-                const std::string &version)
+void WritePages(const fs::path &headerFile, const fs::path &textFile, const fs::path &directory,
+                const std::string &date, const std::string &version)
 {
-    const Lines lines = ReadLines(header);
-    const std::vector<Block> blocks = BlocksOf(WithoutWindows(lines));
-    if (blocks.empty() || !blocks.front().IsComment)
-        throw std::runtime_error(header.string() + ": does not begin with a comment");
-    Write(directory / "vark40.3", PageOf(blocks, date, version));
-    const std::regex declaration(R"(VARK_CALL (VARK_\w+)\()");
-    for (const std::string &line : lines) {
-        std::smatch found;
-        if (std::regex_search(line, found, declaration))
-            Write(directory / (found[1].str() + ".3"), ".so man3/vark40.3\n");
+    const std::vector<Section> header = SectionsOf(ReadLines(headerFile));
+    const std::vector<ToldSection> translation = TranslationOf(ReadLines(textFile));
+    CheckTranslation(header, translation);
+    Write(directory / "vark40.3", PageOf(header, translation, date, version));
+    for (const Section &section : header) {
+        for (const Declaration &declared : section.Declarations) {
+            if (declared.Name.starts_with("VARK_"))
+                Write(directory / (declared.Name + ".3"), ".so man3/vark40.3\n");
+        }
     }
 }
 
@@ -217,8 +119,8 @@ void WritePages(const fs::path &header, const fs::path &directory, const std::st
 int main(int argc, char **argv)
 {
     try {
-        if (argc != 5) throw std::runtime_error("header-manual HEADER DIRECTORY DATE VERSION");
-        WritePages(argv[1], argv[2], argv[3], argv[4]);
+        if (argc != 6) throw std::runtime_error("header-manual HEADER GERMAN_TEXT DIRECTORY DATE VERSION");
+        WritePages(argv[1], argv[2], argv[3], argv[4], argv[5]);
         return 0;
     } catch (const std::exception &error) {
         std::fprintf(stderr, "header-manual: %s\n", error.what());

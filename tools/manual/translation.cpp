@@ -1,0 +1,181 @@
+#include "tools/manual/translation.h"
+
+#include <algorithm>
+#include <cctype>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+namespace manual {
+
+namespace {
+
+std::vector<std::string> PartedByComma(const std::string &text)
+{
+    std::vector<std::string> parts;
+    std::istringstream words(text);
+    for (std::string part; std::getline(words >> std::ws, part, ',');) {
+        parts.push_back(part);
+    }
+    return parts;
+}
+
+// Adds a line to what stands there; a blank one has ended the piece before.
+void AddLine(std::vector<Piece> &pieces, const std::string &line, bool isNew)
+{
+    const bool isBehindItem = !isNew && !pieces.empty() && pieces.back().Form == Piece::Kind::Item;
+    const size_t indent = line.find_first_not_of(' ');
+    const std::string text = line.substr(indent);
+    if (indent == 2) {
+        const size_t end = std::min(text.find("  "), text.size());
+        const size_t meaning = std::min(text.find_first_not_of(' ', end), text.size());
+        // A list of words may go on in the next line.
+        if (isBehindItem && pieces.back().Text.empty() && pieces.back().Word.ends_with(',')) {
+            pieces.back().Word += " " + text.substr(0, end);
+            pieces.back().Text = text.substr(meaning);
+            return;
+        }
+        const bool isFirst = isNew || pieces.back().Form != Piece::Kind::Item;
+        pieces.push_back({Piece::Kind::Item, text.substr(0, end), text.substr(meaning), isFirst});
+    } else if (indent > 2 && isBehindItem) {
+        pieces.back().Text += (pieces.back().Text.empty() ? "" : "\n") + text;
+    } else if (indent >= 4) {
+        const bool goesOn = !isNew && pieces.back().Form == Piece::Kind::Example;
+        if (!goesOn) pieces.push_back({Piece::Kind::Example, "", ""});
+        pieces.back().Text += line.substr(4) + "\n";
+    } else if (line.starts_with("* ")) {
+        pieces.push_back({Piece::Kind::Heading, "", line.substr(2)});
+    } else {
+        const bool goesOn = !isNew && pieces.back().Form == Piece::Kind::Paragraph;
+        if (!goesOn) pieces.push_back({Piece::Kind::Paragraph, "", ""});
+        pieces.back().Text += line + "\n";
+    }
+}
+
+// The numbers in a text, with their signs: "1..12", "-3", "0x40", but none in names such as Windows-1252.
+std::set<std::string> NumbersIn(const std::string &text)
+{
+    const auto isOfWord = [](char character) {
+        return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
+    };
+    const std::regex number("-?(?:[0-9]+|0x[0-9A-Fa-f]+)");
+    std::set<std::string> numbers;
+    for (size_t i = 0; i < text.size();) {
+        size_t end = i;
+        while (end < text.size() && (isOfWord(text[end]) || text[end] == '-')) {
+            ++end;
+        }
+        const std::string word = text.substr(i, end - i);
+        if (std::regex_match(word, number)) numbers.insert(word);
+        i = end + 1;
+    }
+    return numbers;
+}
+
+std::string TextOf(const std::vector<Piece> &pieces)
+{
+    std::string text;
+    for (const Piece &piece : pieces) {
+        text += piece.Word + " " + piece.Text + "\n";
+    }
+    return text;
+}
+
+void CheckNumbers(const std::string &what, const std::string &contract, const std::vector<Piece> &pieces)
+{
+    const std::set<std::string> wanted = NumbersIn(contract);
+    const std::set<std::string> told = NumbersIn(TextOf(pieces));
+    for (const std::string &number : wanted) {
+        if (!told.contains(number)) throw std::runtime_error(what + ": the German text lacks " + number);
+    }
+    for (const std::string &number : told) {
+        if (!wanted.contains(number))
+            throw std::runtime_error(what + ": the German text has " + number + ", the header has not");
+    }
+}
+
+std::set<std::string> WordsOf(const std::vector<Piece> &pieces)
+{
+    std::set<std::string> words;
+    for (const Piece &piece : pieces) {
+        if (piece.Form != Piece::Kind::Item) continue;
+        for (const std::string &word : PartedByComma(piece.Word)) {
+            words.insert(word);
+        }
+    }
+    return words;
+}
+
+void CheckSection(const Section &section, const ToldSection &told)
+{
+    if (section.Heading != told.HeadingInHeader)
+        throw std::runtime_error("the section \"" + section.Heading + "\" has no German one in its place");
+    CheckNumbers(told.Heading, section.Contract, told.Pieces);
+    std::set<std::string> names;
+    for (const Told &text : told.Declarations) {
+        names.insert(text.Names.begin(), text.Names.end());
+    }
+    for (const Declaration &declared : section.Declarations) {
+        if (!names.contains(declared.Name)) throw std::runtime_error(declared.Name + ": no German text");
+    }
+    const std::set<std::string> ofAll = WordsOf(told.Pieces);
+    size_t at = 0;
+    for (const Told &text : told.Declarations) {
+        std::string contract;
+        const std::set<std::string> words = WordsOf(text.Pieces);
+        for (const std::string &name : text.Names) {
+            if (at == section.Declarations.size() || section.Declarations[at].Name != name)
+                throw std::runtime_error(name + ": the header does not declare it in this place");
+            const Declaration &declared = section.Declarations[at++];
+            contract += declared.Contract;
+            for (const std::string &part : declared.Parts) {
+                if (!words.contains(part) && !ofAll.contains(part))
+                    throw std::runtime_error(name + ": the German text lacks " + part);
+            }
+        }
+        if (text.Pieces.empty() || text.Pieces.front().Form != Piece::Kind::Paragraph)
+            throw std::runtime_error(text.Names.front() + ": the German text does not say what it is for");
+        CheckNumbers(text.Names.front(), contract, text.Pieces);
+    }
+}
+
+} // namespace
+
+std::vector<ToldSection> TranslationOf(const Lines &text)
+{
+    std::vector<ToldSection> sections;
+    const std::regex heading("= (.*?) ?= (.*)");
+    bool isNew = true;
+    for (const std::string &line : text) {
+        std::smatch found;
+        if (std::regex_match(line, found, heading)) {
+            sections.push_back({found[1], found[2], {}, {}});
+        } else if (sections.empty()) {
+            continue; // the lines at the top tell of the form
+        } else if (line.starts_with("- ")) {
+            sections.back().Declarations.push_back({PartedByComma(line.substr(2)), {}});
+            isNew = true;
+            continue;
+        } else if (!line.empty()) {
+            ToldSection &section = sections.back();
+            AddLine(section.Declarations.empty() ? section.Pieces : section.Declarations.back().Pieces, line,
+                    isNew);
+        }
+        isNew = line.empty();
+    }
+    return sections;
+}
+
+void CheckTranslation(const std::vector<Section> &header, const std::vector<ToldSection> &translation)
+{
+    for (size_t i = 0; i < header.size(); ++i) {
+        if (i == translation.size())
+            throw std::runtime_error("the section \"" + header[i].Heading + "\" has no German one");
+        CheckSection(header[i], translation[i]);
+    }
+    if (translation.size() > header.size())
+        throw std::runtime_error(translation[header.size()].Heading + ": the header has no such section");
+}
+
+} // namespace manual
