@@ -1,5 +1,6 @@
 #include "report-engine/catalogue.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace rs {
@@ -29,6 +30,10 @@ constexpr CatalogueRow catalogue[] = {
     {"tervoOPLISTE0.0", {109, 15, 240, 0, 0, 0, 0, 0, 0}},
     {"tervoKOSTENBLATT0.0", {34, 102, 141, 0, 0, 0, 0, 0, 0}},
 };
+
+static_assert(std::ranges::all_of(catalogue, [](const CatalogueRow &row) {
+    return *std::ranges::max_element(row.RecordSizes) <= maxRecordSize;
+}));
 
 } // namespace
 

@@ -6,7 +6,8 @@
 
 namespace rs {
 
-inline constexpr int kindCount = 9; // 0 the header, 1 to 8 data
+inline constexpr int kindCount = 9;           // 0 the header, 1 to 8 data
+inline constexpr size_t maxRecordSize = 1000; // of any
 
 // Bytes of the records of `kind` of the report `id`; 0 for a kind that the report does not have.
 // A text at the end of a record whose width nothing else settles has 30 bytes for a range of accounts ("von

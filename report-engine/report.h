@@ -19,6 +19,7 @@ inline constexpr int maxFields = 96; // of one record
 inline constexpr int maxOrderFields = 6;
 inline constexpr int maxLoose = 2000; // what a record may write apart from rows
 inline constexpr int64_t maxBookmarks = 100'000;
+inline constexpr int maxWordLists = 8;
 inline constexpr int maxAbout = 8;      // texts that every row of a file is about
 inline constexpr int maxLateCells = 32; // sums printed in heads, still to be filled in
 inline constexpr size_t maxTemplateSize = 1 << 20;
@@ -39,6 +40,16 @@ struct KindCode {
     uint8_t OrderCount;
     OrderField Order[maxOrderFields];
     Field Fields[maxFields];
+    // The field that goes to a column, or to a field of data, by itself: the one of its name, -1 for none.
+    int8_t ColumnFields[maxColumns];
+    int8_t DataFields[maxDataFields];
+};
+
+// A group that is open, as its record has opened it.
+struct OpenGroup {
+    uint8_t Kind;
+    bool HasLent; // the first row in it has taken what the record lends
+    char Record[maxRecordSize];
 };
 
 // A file that the template shares with others, kept for copies of the report.
@@ -78,6 +89,8 @@ struct Report {
     int StyleNames;  // style name to number
     int ColumnNames; // list of column names
     int DataNames;   // list of names of data fields
+    WordList WordLists[maxWordLists];
+    int WordListCount;
     bool HasPage;
     bool HasColumns;
 
@@ -106,6 +119,7 @@ struct Report {
     int LooseCount; // what the record has written apart from rows
     int64_t Bookmarks;
 
+    OpenGroup Groups[maxLevels + 1]; // by level; those that Marker says are open
     int64_t Sums[maxLevels + 1][maxSumColumns];
     int64_t Counts[maxLevels + 1];
     LateCell Late[maxLateCells];

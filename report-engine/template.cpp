@@ -3,6 +3,7 @@
 #include "report-engine/sources.h"
 #include "report-engine/template_calls.h"
 #include "report-engine/template_declarations.h"
+#include "report-engine/template_plain.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -84,10 +85,10 @@ int OfferFunctions(lua_State *state)
         FieldForm Form;
         int Width; // 0: the template says
     };
-    constexpr FormRow forms[] = {{"text", FieldForm::text, 0}, {"amount", FieldForm::amount, 13},
-                                 {"rate", FieldForm::rate, 6}, {"date", FieldForm::date, 7},
-                                 {"i16", FieldForm::i16, 2},   {"i32", FieldForm::i32, 4},
-                                 {"u32", FieldForm::u32, 4},   {"u8", FieldForm::u8, 1}};
+    constexpr FormRow forms[] = {
+        {"text", FieldForm::text, 0}, {"amount", FieldForm::amount, 13}, {"rate", FieldForm::rate, 6},
+        {"date", FieldForm::date, 7}, {"i16", FieldForm::i16, 2},        {"i32", FieldForm::i32, 4},
+        {"u32", FieldForm::u32, 4},   {"u8", FieldForm::u8, 1},          {"words", FieldForm::words, 4}};
 
     auto &report = *static_cast<Report *>(lua_touserdata(state, 1));
     lua_pushglobaltable(state);
@@ -117,6 +118,7 @@ int RunDeclarations(lua_State *state)
     LoadTemplate(state, report.Source, report.SourceLength, nullptr);
     lua_call(state, 0, 0);
     CheckDeclarations(state, report);
+    MatchFields(state, report);
     return 0;
 }
 

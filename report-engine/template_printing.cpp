@@ -1,11 +1,11 @@
 // What the functions of a template print.
 #include "report-engine/template_calls.h"
 
+#include "report-engine/template_items.h"
 #include "report-engine/template_tables.h"
 
 #include "report-engine/today.h"
 #include "report-engine/values.h"
-#include "text/windows1252.h"
 
 #include <cstring>
 #include <initializer_list>
@@ -23,127 +23,47 @@ Report &Printing(lua_State *state, const char *what)
     return report;
 }
 
-// Copies a text into the item at `used`: proper UTF-8, blanks for control characters, cut at maxTextLength.
-size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
-{
-    constexpr char replacement[3] = {'\xEF', '\xBF', '\xBD'}; // U+FFFD
-    char *out = report.ItemData + used;
-    size_t written = 0;
-    const char *const end = bytes + length;
-    while (bytes < end && written + 4 <= maxTextLength) {
-        if (*bytes >= ' ' && *bytes < 0x7F) { // nearly all of them
-            out[written++] = *bytes++;
-            continue;
-        }
-        const char *const from = bytes;
-        const char32_t character = text::NextCodePoint(bytes, end);
-        if (character < ' ' || (character >= 0x7F && character < 0xA0)) {
-            out[written++] = ' ';
-        } else if (character == 0xFFFD) {
-            std::memcpy(out + written, replacement, sizeof replacement);
-            written += sizeof replacement;
-        } else {
-            std::memcpy(out + written, from, static_cast<size_t>(bytes - from));
-            written += static_cast<size_t>(bytes - from);
-        }
-    }
-    return written;
-}
-
-void StoreItem(lua_State *state, Report &report, ItemHeader &header)
-{
-    if (header.Kind != Item::row && ++report.LooseCount > maxLoose) {
-        luaL_error(state, "a record may write %d rows of data, bookmarks and lines of heads", maxLoose);
-    }
-    while (header.Size % itemAlignment != 0) {
-        report.ItemData[header.Size++] = 0;
-    }
-    if (!AppendToSpool(report.Store, &header, sizeof header) ||
-        !AppendToSpool(report.Store, report.ItemData, header.Size)) {
-        luaL_error(state, "temporary file: %s", strerrordesc_np(report.Store.Error));
-    }
-}
-
-void CheckAmount(lua_State *state, lua_Integer amount, const char *column)
-{
-    if (amount > maxAmount || amount < -maxAmount) {
-        luaL_error(state, "an amount in column '%s' grows too large", column);
-    }
-}
-
-// Adds to the sums of the report and of every open group.
-void Count(lua_State *state, Report &report, uint8_t column, int64_t amount)
-{
-    const Definition &def = report.Def;
-    for (int sum = 0; sum < def.SumCount; ++sum) {
-        if (def.SumColumns[sum] != column) continue;
-        for (int level = 0; level <= maxLevels; ++level) {
-            if (level > 0 && !report.Marker.IsOpen[level]) continue;
-            int64_t &total = report.Sums[level][sum];
-            total += amount; // both lie within maxAmount, so this cannot wrap
-            if (total > maxAmount || total < -maxAmount) {
-                luaL_error(state, "the sum of column '%s' grows too large", def.Columns[column].Name);
-            }
-        }
-    }
-}
-
-size_t StoreCell(Report &report, CellHeader cell, const void *value, size_t used)
-{
-    std::memcpy(report.ItemData + used, &cell, sizeof cell);
-    if (value != nullptr) std::memcpy(report.ItemData + used + sizeof cell, value, cell.Length);
-    return used + sizeof cell + cell.Length;
-}
-
 // Writes the value on top of the stack as the cell of a column; returns the bytes used so far.
 size_t PutCell(lua_State *state, Report &report, uint8_t number, bool counts, size_t used)
 {
     const Column &column = report.Def.Columns[number];
-    CellHeader cell = {number, CellKind::text, 0};
     const int type = lua_type(state, -1);
     if (type == LUA_TSTRING) {
         size_t length = 0;
         const char *bytes = lua_tolstring(state, -1, &length);
-        cell.Length = static_cast<uint16_t>(CopyText(report, used + sizeof cell, bytes, length));
-        return StoreCell(report, cell, nullptr, used);
+        return StoreText(report, number, bytes, length, used);
     }
-    cell.Length = sizeof(int64_t);
     if (type == LUA_TNUMBER && lua_isinteger(state, -1) != 0 && column.CellForm != Form::text) {
         const lua_Integer value = lua_tointeger(state, -1);
         if (column.CellForm == Form::amount) CheckAmount(state, value, column.Name);
-        cell.Kind = static_cast<CellKind>(column.CellForm);
-        if (counts && column.IsSum) Count(state, report, number, value);
-        return StoreCell(report, cell, &value, used);
+        if (counts && column.IsSum) CountAmount(state, report, number, value);
+        return StoreNumber(report, number, column.CellForm, value, used);
     }
     if (type != LUA_TLIGHTUSERDATA || !column.IsSum || report.PrintingLevel == 0) {
         luaL_error(state, "column '%s' cannot take a %s", column.Name,
                    type == LUA_TNUMBER ? "number of this kind" : luaL_typename(state, -1));
     }
-    const int64_t unknown = 0;
-    cell.Kind = CellKind::amount;
     if (IsShown(column)) {
         if (report.LateCount == maxLateCells) luaL_error(state, "there are too many sums in heads");
         LateCell &late = report.Late[report.LateCount++];
         late.Level = report.PrintingLevel;
-        late.Offset = SpoolEnd(report.Store) + sizeof(ItemHeader) + used + sizeof cell;
+        late.Offset = SpoolEnd(report.Store) + sizeof(ItemHeader) + used + sizeof(CellHeader);
         for (uint8_t sum = 0; sum < report.Def.SumCount; ++sum) {
             if (report.Def.SumColumns[sum] == number) late.Sum = sum;
         }
     }
-    return StoreCell(report, cell, &unknown, used);
+    return StoreNumber(report, number, Form::amount, 0, used);
 }
 
 // The same for a field of a row of data, which takes true and false as well.
 size_t PutDataCell(lua_State *state, Report &report, uint8_t number, size_t used)
 {
     const DataField &field = report.Def.DataFields[number];
-    CellHeader cell = {number, CellKind::text, 0};
     const int type = lua_type(state, -1);
     if (type == LUA_TSTRING && field.CellForm == Form::text) {
         size_t length = 0;
         const char *bytes = lua_tolstring(state, -1, &length);
-        cell.Length = static_cast<uint16_t>(CopyText(report, used + sizeof cell, bytes, length));
-        return StoreCell(report, cell, nullptr, used);
+        return StoreText(report, number, bytes, length, used);
     }
     lua_Integer value = 0;
     if (type == LUA_TBOOLEAN && field.CellForm == Form::flag) {
@@ -155,37 +75,7 @@ size_t PutDataCell(lua_State *state, Report &report, uint8_t number, size_t used
     } else {
         luaL_error(state, "field '%s' of the data cannot take a %s", field.Name, luaL_typename(state, -1));
     }
-    cell.Kind = static_cast<CellKind>(field.CellForm);
-    cell.Length = sizeof value;
-    return StoreCell(report, cell, &value, used);
-}
-
-// Stores what stands in ItemData as a row.
-void StoreRow(lua_State *state, Report &report, ItemHeader header, uint8_t style, size_t used)
-{
-    const LayoutRow row = MarkRow(report.Marker, style, 0);
-    header.Kind = Item::row;
-    header.Style = row.Style;
-    header.Level = row.Level;
-    header.Ends = row.Ends;
-    header.Flags = row.Flags;
-    header.Size = static_cast<uint32_t>(used);
-    StoreItem(state, report, header);
-    if (report.Def.Gap > 0) {
-        AddRowOfHalf(report.Half, row);
-    } else {
-        AddRow(report.Counted, row);
-    }
-    report.PrintedRows = true;
-    report.HasRows = true;
-}
-
-// A text across the whole width, as the one cell of a row; returns the bytes used.
-size_t PutSpan(Report &report, const char *bytes, size_t length)
-{
-    CellHeader cell = {spanColumn, CellKind::text, 0};
-    cell.Length = static_cast<uint16_t>(CopyText(report, sizeof cell, bytes, length));
-    return StoreCell(report, cell, nullptr, 0);
+    return StoreNumber(report, number, field.CellForm, value, used);
 }
 
 } // namespace
@@ -208,7 +98,7 @@ int PrintRow(lua_State *state)
     if (lua_type(state, 2) == LUA_TSTRING) {
         size_t length = 0;
         const char *bytes = lua_tolstring(state, 2, &length);
-        used = PutSpan(report, bytes, length);
+        used = StoreText(report, spanColumn, bytes, length, 0); // across the whole width
         header.Count = 1;
     } else {
         luaL_checktype(state, 2, LUA_TTABLE);
@@ -224,11 +114,6 @@ int PrintRow(lua_State *state)
                 }
             }
             lua_pop(state, 1);
-        }
-    }
-    if (counts) {
-        for (int level = 0; level <= maxLevels; ++level) {
-            if (level == 0 || report.Marker.IsOpen[level]) ++report.Counts[level];
         }
     }
     StoreRow(state, report, header, static_cast<uint8_t>(style), used);
@@ -315,7 +200,7 @@ int AddToSums(lua_State *state)
             if (lua_isinteger(state, -1) == 0) return luaL_error(state, "'%s' is no amount", column.Name);
             const lua_Integer amount = lua_tointeger(state, -1);
             CheckAmount(state, amount, column.Name);
-            Count(state, report, number, amount);
+            CountAmount(state, report, number, amount);
         }
         lua_pop(state, 1);
     }
@@ -432,8 +317,8 @@ void PrintEmpty(lua_State *state, Report &report)
 {
     ItemHeader header = {};
     header.Count = 1;
-    StoreRow(state, report, header, textStyle,
-             PutSpan(report, report.Def.Empty, std::strlen(report.Def.Empty)));
+    const char *empty = report.Def.Empty;
+    StoreRow(state, report, header, textStyle, StoreText(report, spanColumn, empty, std::strlen(empty), 0));
 }
 
 int AmountAsText(lua_State *state)

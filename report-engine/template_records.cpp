@@ -7,16 +7,38 @@
 
 namespace rs {
 
+namespace {
+
+// words("art", 31, { [0] = "Buchung", "Split" }): keeps the list at `table` and returns its number.
+int TakeWords(lua_State *state, Report &report, int table)
+{
+    luaL_checktype(state, table, LUA_TTABLE);
+    if (lua_rawlen(state, table) >= maxWords) {
+        luaL_error(state, "a field has words for the numbers from 0 to %d", maxWords - 1);
+    }
+    if (report.WordListCount == maxWordLists) luaL_error(state, "there are too many fields with words");
+    WordList &list = report.WordLists[report.WordListCount];
+    for (int number = 0; number < maxWords; ++number) {
+        lua_rawgeti(state, table, number);
+        lua_setfield(state, table, "word");
+        TextEntry(state, table, "word", list.Words[number], sizeof list.Words[number]);
+    }
+    return report.WordListCount++;
+}
+
+} // namespace
+
 int DeclareField(lua_State *state)
 {
     const auto form = static_cast<FieldForm>(lua_tointeger(state, lua_upvalueindex(1)));
     const lua_Integer fixedWidth = lua_tointeger(state, lua_upvalueindex(2));
-    Declaring(state, "a field");
+    Report &report = Declaring(state, "a field");
     const char *name = luaL_checkstring(state, 1);
     const lua_Integer offset = luaL_checkinteger(state, 2);
     const lua_Integer width = fixedWidth != 0 ? fixedWidth : luaL_checkinteger(state, 3);
     if (name[0] == 0) return luaL_error(state, "a field has a name");
-    if (fixedWidth != 0 && !lua_isnone(state, 3)) {
+    const int words = form == FieldForm::words ? TakeWords(state, report, 3) : 0;
+    if (fixedWidth != 0 && form != FieldForm::words && !lua_isnone(state, 3)) {
         return luaL_error(state, "field '%s': this form is always %d bytes wide", name,
                           static_cast<int>(width));
     }
@@ -26,7 +48,7 @@ int DeclareField(lua_State *state)
     lua_Debug frame;
     int line = 0;
     if (lua_getstack(state, 1, &frame) != 0 && lua_getinfo(state, "l", &frame) != 0) line = frame.currentline;
-    lua_createtable(state, 5, 0);
+    lua_createtable(state, 6, 0);
     lua_pushvalue(state, 1);
     lua_rawseti(state, -2, 1);
     lua_pushinteger(state, offset);
@@ -37,6 +59,8 @@ int DeclareField(lua_State *state)
     lua_rawseti(state, -2, 4);
     lua_pushinteger(state, line);
     lua_rawseti(state, -2, 5);
+    lua_pushinteger(state, words);
+    lua_rawseti(state, -2, 6);
     return 1;
 }
 
@@ -60,7 +84,7 @@ void TakeFields(lua_State *state, Report &report, int kind, int table)
     if (count > maxFields) luaL_error(state, "a record has at most %d fields", maxFields);
     for (lua_Unsigned i = 1; i <= count; ++i) {
         if (lua_rawgeti(state, table, static_cast<lua_Integer>(i)) != LUA_TTABLE ||
-            lua_rawlen(state, -1) != 5) {
+            lua_rawlen(state, -1) < 5) {
             luaL_error(state, "entry %d of the record is no field", static_cast<int>(i));
         }
         const int entry = lua_gettop(state);
@@ -68,8 +92,10 @@ void TakeFields(lua_State *state, Report &report, int kind, int table)
         const lua_Integer width = NumberAt(state, entry, 3);
         const lua_Integer form = NumberAt(state, entry, 4);
         const auto line = static_cast<int>(NumberAt(state, entry, 5));
+        const lua_Integer words = NumberAt(state, entry, 6);
         if (lua_rawgeti(state, entry, 1) != LUA_TSTRING || offset < 0 || offset > 0xFFFF || width < 1 ||
-            width > 0xFFFF || form < 0 || form > static_cast<lua_Integer>(FieldForm::u8)) {
+            width > 0xFFFF || form < 0 || form > static_cast<lua_Integer>(FieldForm::words) || words < 0 ||
+            words >= maxWordLists) {
             luaL_error(state, "entry %d of the record is no field", static_cast<int>(i));
         }
         if (static_cast<size_t>(offset + width) > size) {
@@ -82,7 +108,7 @@ void TakeFields(lua_State *state, Report &report, int kind, int table)
         lua_rawseti(state, names, static_cast<lua_Integer>(i));
         lua_pop(state, 1);
         code.Fields[i - 1] = {static_cast<uint16_t>(offset), static_cast<uint16_t>(width),
-                              static_cast<FieldForm>(form)};
+                              static_cast<FieldForm>(form), static_cast<uint8_t>(words)};
     }
     code.FieldCount = static_cast<uint16_t>(count);
     code.FieldNames = luaL_ref(state, LUA_REGISTRYINDEX);

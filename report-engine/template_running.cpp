@@ -1,7 +1,6 @@
 // How the functions of a template are run, record by record.
 #include "report-engine/template_calls.h"
-#include "report-engine/values.h"
-#include "text/windows1252.h"
+#include "report-engine/template_plain.h"
 
 #include <algorithm>
 #include <cstring>
@@ -89,50 +88,14 @@ void CloseLevels(lua_State *state, Report &report, int kind)
     }
 }
 
-void PushTextField(lua_State *state, const char *field, size_t width)
+void PushField(lua_State *state, const Report &report, const Field &field, const char *record)
 {
-    constexpr size_t most = 1024;
-    char bytes[most + 1];
-    char utf8[3 * most + 1];
-    size_t length = 0;
-    unsigned all = 0;
-    for (const size_t end = width < most ? width : most; length < end && field[length] != 0; ++length) {
-        all |= static_cast<unsigned char>(field[length]);
-    }
-    if (all < 0x80) {
-        lua_pushlstring(state, field, length);
-        return;
-    }
-    std::memcpy(bytes, field, length);
-    bytes[length] = 0;
-    lua_pushlstring(state, utf8, text::ToUtf8(bytes, utf8, sizeof utf8));
-}
-
-void PushField(lua_State *state, const Field &field, const char *record)
-{
-    const char *from = record + field.Offset;
-    switch (field.Form) {
-    case FieldForm::text: PushTextField(state, from, field.Width); return;
-    case FieldForm::amount: lua_pushinteger(state, PfennigOf(from)); return;
-    case FieldForm::rate: {
-        int64_t hundredths = 0;
-        if (HundredthsOf(from, hundredths)) {
-            lua_pushinteger(state, hundredths);
-        } else {
-            lua_pushnil(state);
-        }
-        return;
-    }
-    case FieldForm::date: {
-        char text[16];
-        DateText(from, text);
-        PushTextField(state, text, sizeof text);
-        return;
-    }
-    case FieldForm::i16: lua_pushinteger(state, NumberFrom<int16_t>(from)); return;
-    case FieldForm::i32: lua_pushinteger(state, NumberFrom<int32_t>(from)); return;
-    case FieldForm::u32: lua_pushinteger(state, NumberFrom<uint32_t>(from)); return;
-    case FieldForm::u8: lua_pushinteger(state, NumberFrom<uint8_t>(from)); return;
+    FieldText room;
+    const FieldValue value = ReadField(field, record, report.WordLists, room);
+    switch (value.Kind) {
+    case ValueKind::text: lua_pushlstring(state, value.Text, value.Length); return;
+    case ValueKind::number: lua_pushinteger(state, value.Number); return;
+    case ValueKind::none: lua_pushnil(state); return;
     }
 }
 
@@ -160,7 +123,11 @@ int RunRecord(lua_State *state)
     MarkRecord(report.Marker, call.Kind);
     if (rule.Beside) GoBeside(report);
     BeginPrinting(report, call.Kind, rule.Level, rule.Rows, rule.RowCount);
-    if (code.Emit == 0) return 0;
+    if (rule.Level != 0) KeepOpener(report, call);
+    if (code.Emit == 0) {
+        PrintPlain(state, report, call);
+        return 0;
+    }
     lua_rawgeti(state, LUA_REGISTRYINDEX, code.Emit);
     // A table that grows is built anew: there is room for what a row of data takes besides.
     const int room =
@@ -169,7 +136,7 @@ int RunRecord(lua_State *state)
     lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
     for (int i = 0; i < code.FieldCount; ++i) {
         lua_rawgeti(state, -1, i + 1);
-        PushField(state, code.Fields[i], call.Record);
+        PushField(state, report, code.Fields[i], call.Record);
         lua_rawset(state, -4);
     }
     lua_pop(state, 1);

@@ -251,6 +251,213 @@ record(1, {
         << "what is printed stays in what is read";
 }
 
+namespace {
+
+// A posting with what its lines have in common, and lines of all forms; `emit` ends the record of a line.
+std::string JournalWith(const std::string &emit)
+{
+    return R"(
+columns {
+    { "nummer", "Nr.", 14, form = "number" }, { "datum", "Datum", 16 }, { "konto", "Konto", 14 },
+    { "satz", "%", 10, form = "rate" }, { "text", "Text", 30 }, { "benutzer", "Benutzer", 20 },
+    { "soll", "Soll", 25, form = "amount", sum = true, zero = "blank" },
+    { "haben", "Haben", 0, form = "amount", sum = true },
+}
+fields {
+    { "art", "Art" }, { "datum", "Datum" }, { "konto", "Konto" }, { "satz", "Satz", form = "rate" },
+    { "text", "Text" }, { "soll", "Soll", form = "amount" }, { "nummer", "Nr.", form = "number" },
+    { "netto", "Netto", form = "amount" },
+}
+local posting
+record(1, {
+    date("datum", 0), words("art", 31, { [0] = "Buchung", "Split", [3] = "Ümbuchung" }),
+    text("benutzer", 35, 32), level = 1, emit = function(r) posting = r end,
+})
+record(2, {
+    i32("nummer", 0), text("konto", 4, 8), rate("satz", 28), text("text", 34, 40), amount("soll", 74),
+    amount("haben", 87), rows = { "line" }, )" +
+           emit + R"(
+})
+finish { rows = { "total" }, emit = function(sum)
+    row("total", { text = sum.count .. " / " .. money(sum.haben), soll = sum.soll })
+end }
+)";
+}
+
+constexpr const char *journalId = "tervoBJOURNAL0.0";
+
+} // namespace
+
+TEST_F(Declarations, RecordsPrintThemselvesWithWhatTheirGroupLends)
+{
+    Open(JournalWith(""), journalId);
+    const auto head = [&](const std::string &date, int32_t split, const std::string &user) {
+        EXPECT_EQ(Record().Date(date).Date("").Text("", 9).Text("", 8).I32(split).Text(user, 32).AddTo(report,
+                                                                                                       1, 67),
+                  1);
+    };
+    const auto line = [&](int32_t number, const std::string &rate, const std::string &text, int64_t soll) {
+        EXPECT_EQ(Record()
+                      .I32(number)
+                      .Text("1200", 8)
+                      .Text("8400", 8)
+                      .Text("", 8)
+                      .Rate(rate)
+                      .Text(text, 40)
+                      .Amount(soll)
+                      .Amount(-soll)
+                      .AddTo(report, 2, 152),
+                  1);
+    };
+    line(1, "16,00", "ohne Kopf", 5);
+    head("010318", 0, "Jörg");
+    line(2, "", "Büro; \"neu\"", 10000);
+    head("", 1, "");
+    line(-3, "07,00", "", 0);
+    line(4, "00,00", "Zeile\t2", -250);
+    head("311217", 2, "Änne");
+    line(5, "", "x", 1);
+    head("311217", 3, "");
+    line(6, "", "x", 1);
+    EXPECT_EQ(Export("a.csv"), "\xEF\xBB\xBF"
+                               "Art;Datum;Konto;Satz;Text;Soll;Nr.;Netto\r\n"
+                               ";;1200;16,00;ohne Kopf;0,05;1;\r\n"
+                               "Buchung;01.03.1998;1200;;\"Büro; \"\"neu\"\"\";100,00;2;\r\n"
+                               "Split;;1200;7,00;;0,00;-3;\r\n"
+                               "Split;;1200;0,00;Zeile 2;-2,50;4;\r\n"
+                               ";31.12.1997;1200;;x;0,01;5;\r\n"
+                               "Ümbuchung;31.12.1997;1200;;x;0,01;6;\r\n")
+        << "a number without a word, and a line before every head, have none";
+    EXPECT_NE(Export("a.json").find("{\"art\":null,\"datum\":\"31.12.1997\",\"konto\":\"1200\",\"satz\":null,"
+                                    "\"text\":\"x\",\"soll\":0.01,\"nummer\":5,\"netto\":null}"),
+              std::string::npos);
+    EXPECT_EQ(Export("a.txt"), "\nNr.  Datum       Konto      %  Text         Benutzer    Soll\n"
+                               "------------------------------------------------------------\n"
+                               "  1              1200   16,00  ohne Kopf                0,05\n"
+                               "  2  01.03.1998  1200          Büro; \"neu\"  Jörg      100,00\n"
+                               " -3              1200    7,00\n"
+                               "  4              1200    0,00  Zeile 2                 -2,50\n"
+                               "  5  31.12.1997  1200          x            Änne        0,01\n"
+                               "  6  31.12.1997  1200          x                        0,01\n"
+                               "                               6 / -97,57              97,57\n")
+        << "a page shows what the lines of a group have in common on the first of them";
+}
+
+TEST_F(Declarations, ARecordThatPrintsItselfIsTheSameInEveryFileAsWithAFunction)
+{
+    const auto fill = [&](const std::string &emit) {
+        RSCloseReport(report);
+        Open(JournalWith(emit), journalId);
+        uint32_t seed = 17;
+        const auto random = [&](uint32_t below) {
+            return (seed = seed * 1664525u + 1013904223u) / 65536 % below;
+        };
+        for (int posting = 0; posting < 60; ++posting) {
+            Record()
+                .Date(random(3) == 0 ? "" : "0103" + std::to_string(10 + random(20)))
+                .AddTo(report, 1, 67);
+            for (uint32_t count = random(4); count > 0; --count) {
+                Record line;
+                line.I32(static_cast<int32_t>(random(99999)) - 50000).Text(std::to_string(random(9999)), 8);
+                line.Text("", 8).Text("", 8).Rate(random(2) == 0 ? "" : "16,00");
+                std::string text(random(41), ' ');
+                for (char &letter : text) {
+                    letter = static_cast<char>(random(256)); // a NUL ends it, a control is a blank
+                }
+                line.Bytes += text + std::string(40 - text.size(), 0);
+                line.Amount(static_cast<int64_t>(random(60000)) * 1000000 - 30000).Amount(random(60000));
+                EXPECT_EQ(line.AddTo(report, 2, 152), 1);
+            }
+        }
+        std::string files;
+        for (const char *name : {"a.csv", "a.json", "a.txt", "a.html"}) {
+            files += Export(name);
+        }
+        Export("a.pdf");
+        for (const std::string &page : PagesOf(directory.At("a.pdf"))) {
+            files += page;
+        }
+        return files;
+    };
+    const std::string own = fill("");
+    const std::string function = fill(R"(emit = function(r)
+        r.datum, r.art, r.benutzer = posting.datum, posting.art, posting.benutzer
+        data(r)
+        if posting.seen then r.datum, r.benutzer = nil, nil end
+        posting.seen = true
+        row("line", r)
+    end)");
+    EXPECT_GT(own.size(), 10000u);
+    EXPECT_TRUE(own == function);
+}
+
+TEST_F(Declarations, ALineTakesWhatTheInnermostGroupLends)
+{
+    Open(R"(
+columns { { "titel", "Titel", 40 }, { "konto", "Konto", 20 }, { "name", "Name", 40 } }
+record(1, { text("titel", 4, 28), level = 1, rows = { "head" } })
+record(2, { text("titel", 4, 28), level = 2 })
+record(4, { text("konto", 0, 8), text("name", 17, 41), rows = { "line", "text" } })
+record(5, { text("konto", 0, 8), closes = 2, rows = { "line" } })
+)",
+         "tervoGUV0.0");
+    const auto group = [&](int32_t kind, const char *title) {
+        EXPECT_EQ(Record().U32(0).Text(title, 28).AddTo(report, kind, 32), 1);
+    };
+    const auto line = [&](int32_t kind, const char *konto) {
+        EXPECT_EQ(Record().Text(konto, 8).Text("", 9).Text("Name", 41).AddTo(report, kind, 110), 1);
+    };
+    group(1, "Außen");
+    group(2, "Innen");
+    line(4, "1");
+    line(4, "2");
+    line(5, "3");
+    line(5, "4");
+    group(2, "Zweite");
+    line(4, "5");
+    EXPECT_EQ(Export("a.csv"), "\xEF\xBB\xBF"
+                               "Art;Titel;Konto;Name\r\n"
+                               "Gruppe;Außen;;\r\n"
+                               "Zeile;Innen;1;Name\r\n"
+                               "Text;;1;Name\r\n"
+                               "Zeile;;2;Name\r\n"
+                               "Text;;2;Name\r\n"
+                               "Zeile;Außen;3;\r\n"
+                               "Zeile;;4;\r\n"
+                               "Zeile;Zweite;5;Name\r\n"
+                               "Text;;5;Name\r\n");
+}
+
+TEST_F(Declarations, RefuseRecordsThatCannotPrintThemselves)
+{
+    const std::string columns =
+        "columns { { 'soll', 'Soll', 20, form = 'amount' }, { 'name', 'Name', 20 } }\n";
+    const std::string form = " is of another form than what takes it by its name";
+    EXPECT_EQ(OpenError(columns + "record(1, { i32('soll', 0), rows = { 'line' } })"),
+              "1: field 'soll'" + form);
+    EXPECT_EQ(OpenError(columns + "record(1, { i32('name', 0), rows = { 'line' } })"),
+              "1: field 'name'" + form);
+    EXPECT_EQ(OpenError("fields { { 'name', 'Name', form = 'flag' } }\n"
+                        "record(1, { i32('name', 0), level = 1 }) record(2, { rows = { 'line' } })"),
+              "1: field 'name'" + form)
+        << "what is lent";
+    EXPECT_EQ(OpenError("record(1, { words('name', 0) })"),
+              "2: bad argument #3 to 'words' (table expected, got no value)");
+    EXPECT_EQ(OpenError("record(1, { words('name', 0, { '1', '2', '3', '4', '5', '6', '7', '8' }) })"),
+              "2: a field has words for the numbers from 0 to 7");
+    EXPECT_EQ(OpenError("record(1, { words('name', 0, { 7 }) })"), "2: 'word' must be a text");
+    EXPECT_EQ(OpenError("for i = 1, 9 do words('name', 0, { 'x' }) end"),
+              "2: there are too many fields with words");
+    Open(columns + "record(1, { i32('soll', 0), emit = function(r) row('line', r) end, rows = { 'line' } })");
+    RSCloseReport(report);
+    Open("columns { { 'soll', 'Soll', 40, form = 'amount', sum = true } }\n"
+         "record(1, { emit = function() add { soll = 9999999999999999 } end })\n"
+         "record(2, { amount('soll', 78), rows = { 'line' } })");
+    EXPECT_EQ(AddAccount("1000"), 1);
+    const std::string said = Errors([&] { EXPECT_EQ(AddLine(1, "010318", 1), 0); });
+    EXPECT_NE(said.find("the sum of column 'soll' grows too large"), std::string::npos) << said;
+}
+
 TEST_F(Declarations, SayInEveryPrintedRowOfJsonWhatItIsAbout)
 {
     Open("columns { { 'konto', 'Konto', 20, heading = 'Kontonummer' } }\n"
