@@ -6,7 +6,7 @@
 
 namespace rs {
 
-void Write(Writer &writer, const char *bytes, size_t length)
+void WriteThrough(Writer &writer, const char *bytes, size_t length)
 {
     while (length > 0 && writer.Error == 0) {
         const size_t space = sizeof writer.Buffer - writer.Used;
@@ -18,8 +18,6 @@ void Write(Writer &writer, const char *bytes, size_t length)
         if (writer.Used == sizeof writer.Buffer) FlushWriter(writer);
     }
 }
-
-void Write(Writer &writer, const char *text) { Write(writer, text, std::strlen(text)); }
 
 bool FlushWriter(Writer &writer)
 {

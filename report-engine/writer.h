@@ -4,6 +4,7 @@
 #include "report-engine/helper.h"
 
 #include <cstddef>
+#include <cstring>
 
 namespace rs {
 
@@ -16,9 +17,18 @@ struct Writer {
     char Buffer[65'536];
 };
 
-// Writes bytes, or a text; nothing after a failure.
-void Write(Writer &writer, const char *bytes, size_t length);
-void Write(Writer &writer, const char *text);
 bool FlushWriter(Writer &writer);
+
+// Writes bytes for which the buffer may have too little room; Write is for all.
+void WriteThrough(Writer &writer, const char *bytes, size_t length);
+
+// Writes bytes, or a text; nothing after a failure.
+inline void Write(Writer &writer, const char *bytes, size_t length)
+{
+    if (length >= sizeof writer.Buffer - writer.Used) return WriteThrough(writer, bytes, length);
+    std::memcpy(writer.Buffer + writer.Used, bytes, length);
+    writer.Used += length;
+}
+inline void Write(Writer &writer, const char *text) { Write(writer, text, std::strlen(text)); }
 
 } // namespace rs

@@ -2,6 +2,7 @@
 #include "report-engine/forms/walk.h"
 #include "report-engine/values.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace rs {
@@ -10,11 +11,10 @@ namespace {
 
 void WriteCsvField(Writer &writer, const char *text, size_t length)
 {
-    bool needsQuotes = false;
-    for (size_t i = 0; i < length; ++i) {
-        if (text[i] == ';' || text[i] == '"' || text[i] == '\n' || text[i] == '\r') needsQuotes = true;
-    }
-    if (!needsQuotes) {
+    const auto isSpecial = [](char letter) {
+        return letter == ';' || letter == '"' || letter == '\n' || letter == '\r';
+    };
+    if (std::none_of(text, text + length, isSpecial)) {
         Write(writer, text, length);
         return;
     }
@@ -24,6 +24,15 @@ void WriteCsvField(Writer &writer, const char *text, size_t length)
         Write(writer, text + i, 1);
     }
     Write(writer, "\"", 1);
+}
+
+void WriteCsvCell(Writer &writer, const Cell &cell)
+{
+    if (cell.Kind == CellKind::text) return WriteCsvField(writer, cell.Text, cell.Length);
+    if (cell.Kind == CellKind::flag) return Write(writer, cell.Number != 0 ? "ja" : "nein");
+    char number[amountSize];
+    const LinePart value = CellText(cell, Look::plain, number);
+    Write(writer, value.Text, value.Length);
 }
 
 // What people read in the first column.
@@ -43,9 +52,7 @@ void WriteCsvRow(Writer &writer, const Definition &def, const SpoolReader &reade
         if (!IsShown(def.Columns[column])) continue;
         Write(writer, ";", 1);
         if (!hasCell || (cell.Column != column && cell.Column != spanColumn)) continue;
-        char number[amountSize];
-        const LinePart value = CellText(cell, Look::plain, number);
-        if (!IsNoRate(def, reader.Header.Style, cell)) WriteCsvField(writer, value.Text, value.Length);
+        if (!IsNoRate(def, reader.Header.Style, cell)) WriteCsvCell(writer, cell);
         hasCell = NextCell(cells, cell);
     }
     Write(writer, "\r\n", 2);
@@ -59,13 +66,7 @@ void WriteCsvData(Writer &writer, const Definition &def, const SpoolReader &read
     for (int field = 0; field < def.DataFieldCount; ++field) {
         if (field > 0) Write(writer, ";", 1);
         if (!hasCell || cell.Column != field) continue;
-        char number[amountSize];
-        const LinePart value = CellText(cell, Look::plain, number);
-        if (cell.Kind == CellKind::flag) {
-            Write(writer, cell.Number != 0 ? "ja" : "nein");
-        } else {
-            WriteCsvField(writer, value.Text, value.Length);
-        }
+        WriteCsvCell(writer, cell);
         hasCell = NextCell(cells, cell);
     }
     Write(writer, "\r\n", 2);
