@@ -63,22 +63,22 @@ record(0, {
     end,
 })
 
-local posting = nil   -- the head of the lines that come
-local isFirst = false -- the next line is the first of its posting
+local posting = nil -- the head of the lines that come
 local day, month = nil, nil -- of the posting before
 
--- A posting prints nothing of its own: it opens the group of its lines.
+-- A posting prints nothing of its own: it opens the group of its lines, and lends them what they have in common.
 record(1, {
     date("datum", 0),
     date("gebucht", 7),
     text("beleg", 14, 9),
     text("hauptkonto", 23, 8),
     i32("split", 31),
+    words("art", 31, { [0] = "Buchung", "Split", "Split" }),
     text("benutzer", 35, 32),
     level = 1,
     keep = true,
     emit = function(r)
-        posting, isFirst = r, true
+        posting = r
         if r.datum == day then return end
         day = r.datum
         local ofDate = day:sub(4)
@@ -88,19 +88,6 @@ record(1, {
         end
     end,
 })
-
--- A line of the posting in hand. Rows of data carry what the posting has in common on each of them, the page on its
--- first line alone: dates, Beleg, the account on which a Splitbuchung is made, and who made it.
-local function line(r, art)
-    local head = posting or {}
-    r.art = head.split ~= nil and head.split ~= 0 and art == "Buchung" and "Split" or art
-    r.datum, r.gebucht, r.beleg = head.datum, head.gebucht, head.beleg
-    r.hauptkonto, r.benutzer = head.hauptkonto, head.benutzer
-    data(r)
-    if not isFirst then r.datum, r.gebucht, r.beleg, r.hauptkonto, r.benutzer = nil, nil, nil, nil, nil end
-    isFirst = false
-    row("line", r)
-end
 
 record(2, {
     i32("nummer", 0),
@@ -116,10 +103,10 @@ record(2, {
     amount("ust", 126),
     amount("vst", 139),
     rows = { "line" },
-    emit = function(r) line(r, "Buchung") end,
 })
 
--- The folded lines of a posting, as one: what they have of tax is in the amounts.
+-- The folded lines of a posting, as one: what they have of tax is in the amounts. They stand behind the others of a
+-- Splitbuchung; any other posting that is folded has no head.
 record(3, {
     i32("nummer", 0),
     text("sollkonto", 4, 8),
@@ -129,10 +116,13 @@ record(3, {
     amount("haben", 73),
     rows = { "line" },
     emit = function(r)
-        -- A folded posting by itself has no head; behind a summary nothing more comes of a posting.
-        if posting ~= nil and posting.split == 0 then posting = nil end
-        line(r, "Summe")
+        row("line", r)
+        local head = posting ~= nil and posting.split ~= 0 and posting or {}
         posting = nil
+        r.art = "Summe"
+        r.datum, r.gebucht, r.beleg = head.datum, head.gebucht, head.beleg
+        r.hauptkonto, r.benutzer = head.hauptkonto, head.benutzer
+        data(r)
     end,
 })
 

@@ -32,12 +32,8 @@ record(1, {
     text("kuerzel", 8, 9),
     text("name", 17, 31),
     text("text", 48, 41),
-    u32("gesetzt", 89),
+    words("kennzeichen", 89, { [1] = "ja" }),
     rows = { "line" },
-    emit = function(r)
-        r.kennzeichen = r.gesetzt ~= 0 and "ja" or nil
-        row("line", r)
-    end,
 })
 
 local function counted(count)

@@ -40,7 +40,6 @@ record(1, {
     text("text", 48, 41),
     amount("summe", 89),
     rows = { "line" },
-    emit = function(r) row("line", r) end,
 })
 
 local function counted(count)
