@@ -6,6 +6,7 @@
 // digits. FormatAmount and ParseDateText are plain passes over the text as well; the 64-bit peer of
 // ParseDateText knows the form "TT.MM.JJ" alone.
 #include "src/frame/thread_context.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 

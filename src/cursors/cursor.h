@@ -6,7 +6,7 @@
 #include "include/vark40.h"
 #include "src/frame/thread_context.h"
 #include "src/model/tables.h"
-#include "src/values/amounts.h"
+#include "src/values/amount_texts.h"
 
 #include <cstdint>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/model/text_forms.h"
-#include "src/values/amounts.h"
+#include "src/values/amount_texts.h"
 #include "text/fixed_text.h"
 
 #include <cstring>

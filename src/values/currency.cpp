@@ -2,6 +2,7 @@
 
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"

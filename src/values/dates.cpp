@@ -2,14 +2,13 @@
 
 #include "src/frame/message_names.h"
 #include "src/frame/thread_context.h"
+#include "src/values/digits.h"
 
 #include <cstring>
 
 namespace vark {
 
 namespace {
-
-bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
 int TwoDigits(const char *text)
 {

@@ -1,7 +1,7 @@
 #include "src/values/dialog_fields.h"
 
 #include "src/frame/messages.h"
-#include "src/values/amounts.h"
+#include "src/values/amount_texts.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 

@@ -1,5 +1,6 @@
 // Random amounts against arithmetic that is done in another way: digit by digit, in whole numbers, and in
 // floating point that is worked out in integers.
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "tests/values/exact_double.h"
 

@@ -1,3 +1,4 @@
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // Whatever bytes a damaged record or a careless caller brings: nothing is read or written outside the field
 // (each lies alone in memory, so that a sanitizer sees a step too far), and results keep their form.
 #include "src/frame/thread_context.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 

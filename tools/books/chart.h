@@ -1,5 +1,5 @@
-// What the sample books hold before anything is posted: accounts, tax keys, partners, cost centres and the
-// lines of Bilanz and GuV. Plain data; sample.cpp turns it into records.
+// What the sample books hold before anything is posted: accounts, tax keys, cost centres and the lines of
+// Bilanz and GuV; for partners see partner_rows.h. Plain data; sample.cpp turns it into records.
 #pragma once
 
 #include "src/model/account_records.h"
@@ -81,30 +81,6 @@ struct RateRow {
 };
 
 std::span<const RateRow> Rates();
-
-// ---- Partners ----
-
-struct PartnerRow {
-    const char *Kuerzel; // at most 8 characters
-    const char *Name1;   // at most 25
-    const char *Name2;
-    const char *Street; // at most 30
-    const char *Plz;
-    const char *Place;
-    const char *Land;
-    const char *UstId;
-    int Zahlungsziel;
-    const char *Skonto;
-    const char *Waehrung; // Kreditoren only; empty: that of the Mandant
-    uint8_t Mandanten;
-};
-
-std::span<const PartnerRow> Debitoren();
-std::span<const PartnerRow> Kreditoren();
-
-inline constexpr int firstDebitor = 10010;
-inline constexpr int firstKreditor = 70010;
-inline constexpr int partnerStep = 10;
 
 // ---- Cost accounting ----
 

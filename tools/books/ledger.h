@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/books/chart.h"
+#include "tools/books/partner_rows.h"
 #include "tools/common/calendar.h"
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 #include "tools/common/fields.h"
 
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "tools/common/calendar.h"
 #include "tools/common/texts.h"

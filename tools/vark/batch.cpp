@@ -1,5 +1,6 @@
 #include "tools/vark/batch.h"
 
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "tools/common/calendar.h"
 #include "tools/common/exit_codes.h"

@@ -2,7 +2,7 @@
 
 #include "host/helpers.h"
 #include "src/model/company_records.h"
-#include "src/values/amounts.h"
+#include "src/values/amount_texts.h"
 #include "src/values/currency.h"
 #include "tools/common/calendar.h"
 #include "tools/common/exit_codes.h"

@@ -7,6 +7,7 @@
 #include "src/booking/tax_rates.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "src/values/sums.h"

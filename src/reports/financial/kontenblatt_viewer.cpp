@@ -7,7 +7,7 @@
 #include "src/platform/window_support.h"
 #include "src/reports/frame/report_catalogue.h"
 #include "src/reports/frame/tab_dialog.h"
-#include "src/values/amounts.h"
+#include "src/values/amount_texts.h"
 #include "src/values/dates.h"
 #include "src/walks/account_walk.h"
 #include "text/fixed_text.h"

@@ -1,6 +1,7 @@
 // The sheet of one Kostenstelle: what fell on it before the period, then its cost lines with the words of
 // their postings, first those that have it as first cost object, then those that have it as second.
 #include "src/reports/financial/kontenblatt_sheet.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 #include "src/values/sums.h"

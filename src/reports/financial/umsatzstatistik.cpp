@@ -4,6 +4,7 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/reports/frame/report_run.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "src/values/sums.h"
 #include "src/walks/account_walk.h"

@@ -1,6 +1,6 @@
 #include "src/reports/frame/report_options.h"
 
-#include "src/values/amounts.h"
+#include "src/values/amount_texts.h"
 #include "src/values/dialog_fields.h"
 #include "text/fixed_text.h"
 
