@@ -5,8 +5,10 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "src/model/accounts.h"
 #include "src/values/account_numbers.h"
+#include "src/values/digits.h"
 #include "text/fixed_text.h"
 
 #include <charconv>
@@ -43,8 +45,6 @@ struct NumberSeries {
     int64_t Tail;
     NumberText Prefix;
 };
-
-bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
 NumberSeries SeriesAfter(const NumberText &last)
 {

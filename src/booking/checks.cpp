@@ -7,11 +7,13 @@
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
 #include "src/model/accounts.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "src/values/dates.h"
 
 #include <charconv>
 #include <cstring>
+#include <initializer_list>
 
 namespace vark {
 

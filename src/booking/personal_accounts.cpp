@@ -8,12 +8,15 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "src/model/accounts.h"
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
 #include <cstring>
+#include <initializer_list>
 
 namespace vark {
 

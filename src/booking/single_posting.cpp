@@ -11,6 +11,7 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "src/model/accounts.h"
 #include "src/pickers/rate_entry.h"
 #include "src/platform/window_api.h"

@@ -11,6 +11,7 @@
 #include "src/frame/mandant.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "src/values/amounts.h"
 #include "text/fixed_text.h"
 

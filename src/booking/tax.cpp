@@ -9,6 +9,7 @@
 #include "text/fixed_text.h"
 
 #include <cstring>
+#include <initializer_list>
 
 namespace vark {
 

@@ -4,6 +4,7 @@
 #include "src/frame/beliefs.h"
 #include "src/frame/held_tables.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 

@@ -1,6 +1,7 @@
 #include "src/frame/lifecycle.h"
 
 #include "src/frame/beliefs.h"
+#include "src/frame/engine_calls.h"
 #include "src/frame/installation.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"

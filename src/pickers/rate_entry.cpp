@@ -4,6 +4,7 @@
 #include "src/frame/held_tables.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "src/pickers/pick_list.h"
 #include "src/values/currency.h"
 #include "src/values/dates.h"

@@ -4,6 +4,7 @@
 #include "src/frame/held_tables.h"
 #include "src/frame/messages.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "src/pickers/pick_list.h"
 #include "text/fixed_text.h"
 #include "text/windows1252.h"

@@ -5,7 +5,8 @@
 #include "src/booking/written_posting.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/record_store.h"
-#include "src/values/amounts.h"
+#include "src/frame/transactions.h"
+#include "src/values/amount_texts.h"
 #include "tests/booking/ledger.h"
 
 #include <functional>

@@ -1,6 +1,7 @@
 // Every export of this folder with the n-th call of the record manager, and the n-th allocation, failing.
 #include "include/vark40.h"
 #include "src/frame/beliefs.h"
+#include "src/frame/engine_calls.h"
 #include "src/frame/record_store.h"
 #include "tests/booking/ledger.h"
 #include "tests/support/alloc_faults.h"

@@ -1,7 +1,9 @@
 // What each record operation sends to the record manager, and what it makes of the answer: a stand-in takes
 // the calls down and answers as a test wishes.
+#include "src/frame/engine_calls.h"
 #include "src/frame/lifecycle.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 #include "tests/window-system/front_end_setup.h"
 
 #include <cstring>

@@ -1,6 +1,7 @@
 // Each case runs in a process of its own: what the library finds at its start is final.
 #include "src/frame/lifecycle.h"
 
+#include "src/frame/engine_calls.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
 #include "tests/support/alloc_faults.h"

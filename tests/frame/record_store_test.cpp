@@ -1,4 +1,6 @@
+#include "src/frame/engine_calls.h"
 #include "src/frame/record_store.h"
+#include "src/frame/transactions.h"
 
 #include "src/frame/lifecycle.h"
 #include "src/frame/mandant.h"

@@ -1,5 +1,6 @@
 #include "tools/books/check_values.h"
 
+#include "src/values/amount_texts.h"
 #include "src/values/amounts.h"
 #include "tools/common/terminal.h"
 #include "tools/common/texts.h"
