@@ -62,12 +62,11 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
     *change = {handle, store, file, 0, false, false};
     if (handle->Mode == BtrModeReadOnly || store->Books->ReadOnly) return BtrStatusAccessDenied;
     if (client->Failed != BtrStatusOk) return client->Failed;
-    int16_t status = LockWholeFile(handle, call.Lock);
+    const bool elsewhere = client->Transaction != TransactionKind::None && client->Changed != nullptr &&
+                           client->Changed != store;
+    int16_t status = LockWholeFile(handle, call.Lock, store->Pending == nullptr && !elsewhere);
     if (status != BtrStatusOk) return status;
-    if (client->Transaction != TransactionKind::None && client->Changed != nullptr &&
-        client->Changed != store) {
-        return BtrStatusNotAllowed;
-    }
+    if (elsewhere) return BtrStatusNotAllowed;
 
     Patience patience = StartPatience(call.Lock.Wait_ms);
     for (;;) {

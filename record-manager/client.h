@@ -197,8 +197,9 @@ LockResult HoldRecord(ClientFile *file, uint32_t record, const LockRequest &requ
 LockResult HoldRecordAtOnce(ClientFile *file, uint32_t record);
 void DropRecord(ClientFile *file, uint32_t record);
 
-// In an exclusive transaction the first use of a file locks all of it.
-int16_t LockWholeFile(Handle *handle, const LockRequest &request);
+// In an exclusive transaction the first use of a file locks all of it. `changes`: a change comes next, for
+// which the gate may be entered with it.
+int16_t LockWholeFile(Handle *handle, const LockRequest &request, bool changes);
 void UnlockWholeFile(ClientFile *file);
 
 // Notes a lock that HoldRecord has granted; releases the single lock it replaces. 93 when single and multiple

@@ -174,7 +174,7 @@ void SetPhysical(const Call &call, const Found &found)
 int16_t LockForReading(Handle *handle, const LockRequest &request)
 {
     return handle->In->Home->Pending != nullptr ? static_cast<int16_t>(BtrStatusOk)
-                                                : LockWholeFile(handle, request);
+                                                : LockWholeFile(handle, request, false);
 }
 
 const LockRequest &RequestOf(const Call &call)

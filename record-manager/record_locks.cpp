@@ -56,13 +56,13 @@ void DropRecord(ClientFile *file, uint32_t record)
     Unlock(file, record, 1);
 }
 
-int16_t LockWholeFile(Handle *handle, const LockRequest &request)
+int16_t LockWholeFile(Handle *handle, const LockRequest &request, bool changes)
 {
     ClientFile *file = handle->In;
     if (file->Home->Owner->Transaction != TransactionKind::Exclusive || file->Whole) return BtrStatusOk;
     if (NeedLockDescription(file->Home) != BtrStatusOk) return BtrStatusFileTableFull;
-    const LockResult result =
-        file->Of->Do->LockFile(file->Home->Books, file->Home->LockFd, file->Of->Number, request.Wait_ms);
+    const LockResult result = file->Of->Do->LockFile(file->Home->Books, file->Home->LockFd, file->Of->Number,
+                                                     request.Wait_ms, changes);
     if (result != LockResult::Granted) return StatusOfLock(result);
     file->Whole = true;
     ReleaseSingle(handle);

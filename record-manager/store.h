@@ -123,7 +123,8 @@ struct StoreFunctions {
     void (*GiveLockDescription)(Store *store, int *fd);
     // Locks a record, or a file with all of its records. RecordBusy and FileBusy tell what is in the way.
     LockResult (*LockRecord)(Store *store, int fd, uint32_t file, uint32_t record, const LockWait &wait);
-    LockResult (*LockFile)(Store *store, int fd, uint32_t file, unsigned wait_ms);
+    // `changes`: the gate is entered next, by an exclusive transaction, which a store may do at once.
+    LockResult (*LockFile)(Store *store, int fd, uint32_t file, unsigned wait_ms, bool changes);
     // Gives back records from `first` on; with those up to the end the lock of the whole file.
     void (*Unlock)(Store *store, int fd, uint32_t file, int64_t first, int64_t count);
     // May be null. Whether the calling client's locks went with its connection since this was last asked.

@@ -28,7 +28,7 @@ LockResult LockRecord(Store *store, int fd, uint32_t file, uint32_t record, cons
 }
 
 // Where nothing can be written the lock cannot be one for writing either.
-LockResult LockFileOfBooks(Store *store, int fd, uint32_t file, unsigned wait_ms)
+LockResult LockFileOfBooks(Store *store, int fd, uint32_t file, unsigned wait_ms, bool)
 {
     const LockKind kind = store->ReadOnly ? LockKind::Read : LockKind::Write;
     return WaitLock(fd, kind, RecordOffset(file, 0), wholeFile, wait_ms);

@@ -75,6 +75,10 @@ LockResult TryHoldOnce(Connection *connection, AdvisoryKind kind, uint32_t file,
         AddNumber(&wanted, file);
         (void)Send(connection, Statement::ReadFile, wanted, Answer::Kept);
     }
+    // Who opens reads next, and needs to know by then which files have changed.
+    const bool readsNext = kind == AdvisoryKind::Open && serverLimits->ReadAhead_ms > 0 &&
+                           !connection->InTransaction && !AreFresh(connection);
+    if (readsNext) SendStates(connection);
     if (ExchangeHere(connection, 0) != BtrStatusOk) return LockResult::Failed;
     if (FirstNumber(connection) != 0) return LockResult::RecordBusy;
     if (kind == AdvisoryKind::Open) {
@@ -82,6 +86,7 @@ LockResult TryHoldOnce(Connection *connection, AdvisoryKind kind, uint32_t file,
         connection->FoundFile = TakeKept(connection, 1);
         connection->FoundFileHeld = true;
     }
+    if (readsNext) TakeStates(connection, TakeKept(connection, 2));
     return LockResult::Granted;
 }
 
@@ -100,7 +105,12 @@ LockResult TryHold(Connection *connection, AdvisoryKind kind, uint32_t file, boo
 void ReleaseHeld(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone)
 {
     const Statement statement = alone ? Statement::UnlockAlone : Statement::UnlockShared;
+    const bool owed = connection->Owes;
     Release(connection, statement, KeyOf(connection, kind, file, 0), 0);
+    if (owed) return;
+    // Only who wants it alone minds, and waits for a moment longer than this is on its way.
+    Post(connection);
+    connection->Owes = false;
 }
 
 int16_t RestoreOpens(Connection *connection)

@@ -1,7 +1,7 @@
 // A client's connection from its beginning to its end: whatever the client still has open is taken again with
 // a new one.
-#include "host/descriptors.h"
 #include "record-manager/server/connection.h"
+#include "host/descriptors.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -269,7 +269,7 @@ struct View {
     bool Writing;
     bool Open;
     bool Held;
-    uint64_t LastRun; // holding the entry that was given last, and its record
+    uint64_t LastRun; // holding the entry that was given last, and its record; 0: Own does
     int LastRow;
     uint32_t LastFile;
     uint32_t LastRecord; // 0: none
@@ -346,6 +346,8 @@ void SendRelease(Connection *connection, Statement statement, const Parameters &
 void Repay(Connection *connection);
 // Takes over a kept result.
 PGresult *TakeKept(Connection *connection, size_t index);
+// Asks which files have changed; the answer is kept, for TakeStates.
+void SendStates(Connection *connection);
 
 // The connection is no good any more: says so, and forgets what hung on it. Returns what failed first, or 2.
 int16_t Lose(Connection *connection);

@@ -103,17 +103,36 @@ LockResult LockRecord(Store *store, int, uint32_t file, uint32_t record, const L
     }
 }
 
-LockResult LockFile(Store *store, int, uint32_t file, unsigned wait_ms)
+namespace {
+
+// Asks for the lock of a file, and in the same trip for the gate where it is entered next. A gate that is not
+// open is left to EnterGate, which waits for it.
+LockResult TryLockFile(Connection *connection, uint32_t file, bool enters)
+{
+    (void)SendLock(connection, Statement::LockFile, KeyOf(connection, AdvisoryKind::File, file, 0),
+                   KeyOf(connection, AdvisoryKind::WholeFile, file, 0), Answer::Kept);
+    if (!enters || SendGate(connection, 0, true) != BtrStatusOk) {
+        if (ExchangeHere(connection, 0) != BtrStatusOk) return LockResult::Failed;
+        return ResultOf(FirstNumber(connection));
+    }
+    int16_t status = Exchange(connection, 0);
+    if (connection->Real == nullptr) return LockResult::Failed;
+    const int64_t answer = FirstNumber(connection);
+    if (status == BtrStatusOk) status = TakeGate(connection, 1);
+    if (status != BtrStatusOk || answer != 0) SendRollback(connection);
+    return answer < 0 ? LockResult::Failed : ResultOf(answer);
+}
+
+} // namespace
+
+LockResult LockFile(Store *store, int, uint32_t file, unsigned wait_ms, bool changes)
 {
     Connection *connection = ConnectionOf(store);
-    const int64_t fileKey = KeyOf(connection, AdvisoryKind::File, file, 0);
-    const int64_t wholeKey = KeyOf(connection, AdvisoryKind::WholeFile, file, 0);
     Patience patience = StartPatience(wait_ms);
-    for (;;) {
+    for (bool first = true;; first = false) {
         if (!connection->InTransaction && Connect(connection) != BtrStatusOk) return LockResult::Failed;
-        (void)SendLock(connection, Statement::LockFile, fileKey, wholeKey, Answer::Kept);
-        if (ExchangeHere(connection, 0) != BtrStatusOk) return LockResult::Failed;
-        const LockResult result = ResultOf(FirstNumber(connection));
+        const LockResult result =
+            TryLockFile(connection, file, changes && first && !connection->InTransaction);
         if (result == LockResult::Granted) {
             connection->Checked_us = 0;
             return AddWhole(connection, file) ? result : LockResult::NoMemory;

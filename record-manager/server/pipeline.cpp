@@ -323,6 +323,12 @@ PGresult *TakeKept(Connection *connection, size_t index)
     return result;
 }
 
+void SendStates(Connection *connection)
+{
+    connection->Asked_us = Now_us();
+    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
+}
+
 uint64_t CountRoundTrips() { return roundTrips; }
 
 } // namespace wbtrv

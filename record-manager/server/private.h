@@ -73,6 +73,11 @@ int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value);
 
 // ---- writing.cpp ----
 
+// Asks for the gate, and takes it when the answers are there, of which the first is at `kept`. A gate that
+// was asked for in vain is given back by a rollback.
+int16_t SendGate(Connection *connection, unsigned wait_ms, bool exclusive);
+int16_t TakeGate(Connection *connection, size_t kept);
+void SendRollback(Connection *connection);
 int16_t EnterGate(Store *store, unsigned wait_ms, bool exclusive);
 void LeaveGate(Store *store);
 int16_t BeginWriter(Store *store, Writer **writer);
@@ -104,7 +109,7 @@ int16_t CountGroups(View *view, const File &file, Counters *counters);
 int16_t TakeLockDescription(Store *store, int *fd);
 void GiveLockDescription(Store *store, int *fd);
 LockResult LockRecord(Store *store, int fd, uint32_t file, uint32_t record, const LockWait &wait);
-LockResult LockFile(Store *store, int fd, uint32_t file, unsigned wait_ms);
+LockResult LockFile(Store *store, int fd, uint32_t file, unsigned wait_ms, bool changes);
 void Unlock(Store *store, int fd, uint32_t file, int64_t first, int64_t count);
 bool HasLostLocks(Store *store);
 LockResult HoldOpen(Store *store, uint32_t file, bool alone, bool holds);

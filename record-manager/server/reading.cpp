@@ -91,12 +91,6 @@ void SendSearch(Connection *connection, const File &file, size_t tree, const Bou
     (void)Send(connection, statement, wanted, Answer::Kept);
 }
 
-void SendStates(Connection *connection)
-{
-    connection->Asked_us = Now_us();
-    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
-}
-
 // Puts the cursor on a row and gives it.
 int16_t Give(View *view, Cursor *cursor, const PGresult *rows, int row, Bytes *key, Bytes *value)
 {
@@ -190,9 +184,14 @@ int16_t Search(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes 
     return status == BtrStatusOk ? GiveEntry(view, cursor, found, key, value) : status;
 }
 
+// What was read of a file before the gate was entered, and found unchanged there, stays as it is until this
+// writer changes the file, which ends it.
 int16_t SearchInWriter(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes *key, Bytes *value)
 {
     Connection *connection = view->By;
+    Entry known{};
+    if (FindInRuns(connection, cursor->In->Number, cursor->Tree, {bound.Bytes, bound.Size}, side, &known))
+        return GiveEntry(view, cursor, known, key, value);
     const HighestKey *highest = FindHighest(connection, cursor->In->Number, cursor->Tree);
     if (side == Side::Last && highest != nullptr && highest->Exact) {
         memcpy(cursor->Key, highest->Key, highest->Size);
@@ -207,6 +206,7 @@ int16_t SearchInWriter(View *view, Cursor *cursor, const Bound &bound, Side side
         AskIn(view, [&] { SendSearch(connection, *cursor->In, cursor->Tree, bound, side, 1); });
     if (status != BtrStatusOk) return status;
     view->Own = TakeKept(connection, 0);
+    view->LastRun = 0;
     if (view->Own == nullptr) return BtrStatusIoError;
     if (PQntuples(view->Own) == 0) return BtrStatusEndOfFile;
     const int16_t given = Give(view, cursor, view->Own, 0, key, value);
@@ -228,7 +228,7 @@ bool GiveLast(const View *view, const File &file, uint32_t record, Bytes *stored
 {
     if (view->LastRecord != record || view->LastFile != file.Number || record == 0) return false;
     const PGresult *rows = view->Own;
-    if (!view->Writing) {
+    if (view->LastRun != 0) {
         const Run *run = FindRun(view->By, view->LastRun);
         if (run == nullptr) return false;
         rows = run->Rows;
@@ -277,8 +277,7 @@ int16_t HoldSnapshot(View *snapshot)
     if (status != BtrStatusOk) return status;
     ForgetAllRuns(connection);
     (void)Send(connection, Statement::BeginSnapshot, Parameters{}, Answer::Needed);
-    connection->Asked_us = Now_us();
-    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
+    SendStates(connection);
     status = Exchange(connection, 0);
     if (status != BtrStatusOk) {
         ResetSnapshot(snapshot);
@@ -421,6 +420,7 @@ int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value)
     if (status != BtrStatusOk) return status;
     view->Own = TakeKept(connection, 0);
     if (view->Own == nullptr || PQntuples(view->Own) != 1) return BtrStatusKeyNotFound;
+    view->LastRun = 0;
     view->LastFile = file.Number;
     view->LastRecord = static_cast<uint32_t>(NumberAt(view->Own, 0, 1));
     view->LastRow = 0;

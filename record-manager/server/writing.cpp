@@ -28,24 +28,35 @@ int16_t SendSession(Connection *connection)
 
 int16_t TryGate(Connection *connection, unsigned wait_ms, bool exclusive)
 {
-    int16_t status = SendSession(connection);
+    int16_t status = SendGate(connection, wait_ms, exclusive);
+    if (status == BtrStatusOk) status = Exchange(connection, wait_ms);
+    return status == BtrStatusOk ? TakeGate(connection, 0) : status;
+}
+
+} // namespace
+
+int16_t SendGate(Connection *connection, unsigned wait_ms, bool exclusive)
+{
+    const int16_t status = SendSession(connection);
     if (status != BtrStatusOk) return status;
     Parameters timeout{};
     AddNumber(&timeout, wait_ms > 0 ? wait_ms : 1);
     (void)Send(connection, Statement::Begin, Parameters{}, Answer::Needed);
     (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
     (void)Send(connection, Statement::EnterGate, Parameters{}, Answer::Kept);
-    connection->Asked_us = Now_us();
-    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
+    SendStates(connection);
     if (exclusive) (void)SendExclusiveMark(connection);
-    status = Exchange(connection, wait_ms);
-    if (status != BtrStatusOk) return status;
-    const PGresult *head = connection->Kept[0];
+    return BtrStatusOk;
+}
+
+int16_t TakeGate(Connection *connection, size_t kept)
+{
+    const PGresult *head = connection->Kept[kept];
     if (head == nullptr || PQntuples(head) != 1) return BtrStatusForeignFile;
     connection->LastFile = static_cast<uint32_t>(NumberAt(head, 0, 0));
     connection->InTransaction = true;
     connection->HasSession = true;
-    TakeStates(connection, TakeKept(connection, 1));
+    TakeStates(connection, TakeKept(connection, kept + 1));
     return BtrStatusOk;
 }
 
@@ -56,12 +67,11 @@ void SendRollback(Connection *connection)
     connection->Failure = BtrStatusOk;
 }
 
-} // namespace
-
 int16_t EnterGate(Store *store, unsigned wait_ms, bool exclusive)
 {
     Connection *connection = ConnectionOf(store);
     int16_t status = BtrStatusOk;
+    if (connection->InTransaction) return status; // entered with a file's lock
     for (const bool again : {false, true}) {
         const bool risks = HoldsAnything(connection);
         status = Connect(connection);

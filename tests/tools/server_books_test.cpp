@@ -1,9 +1,12 @@
 // Books on a database server through the tools and the library: copied there and back, checked, booked into,
 // read in SQL, and read with a role that may do no more.
+#include "include/vark40.h"
+#include "record-manager/server_part.h"
 #include "tests/tools/program.h"
 
 #include <cstdlib>
 #include <ctime>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
 #include <memory>
@@ -130,6 +133,43 @@ TEST_F(ServerBooks, TakeBookings)
               Query("SELECT count(*) FROM " + own.Schema + "_1998.records WHERE file = (SELECT file FROM " +
                     own.Schema + "_1998.files WHERE name = 'bat.btr')"));
     EXPECT_EQ(0, tests::Books({"pruefen", own.Books.string()}).ExitCode);
+}
+
+// How often this thread has waited for an answer of a server.
+uint64_t RoundTrips()
+{
+    void *library = dlopen("libwbtrv32-server.so", RTLD_NOW | RTLD_NOLOAD);
+    EXPECT_NE(library, nullptr);
+    if (library == nullptr) return 0;
+    static const wbtrv::Limits limits;
+    static const auto give = reinterpret_cast<wbtrv::GiveServerPart>(dlsym(library, "WbtrvServerPart"));
+    return give(wbtrv::serverPartForm, &limits)->CountRoundTrips();
+}
+
+TEST_F(ServerBooks, TakeAPostingInSixRoundTripsAtMost)
+{
+    const Copied own("p", "0");
+    setenv("VARK_CONFIG_DIR", own.Books.c_str(), 1);
+    setenv("VARK_UI", "headless", 1);
+    const auto post = [](const char *soll, int32_t sollArt, const char *haben, int32_t habenArt) {
+        return VARK_BuchungEinfuegenDirekt(1, 1, 16, "15.6.98", "B1", "Messung", soll, sollArt, haben,
+                                           habenArt, "119,00", "", "");
+    };
+    // The first opens tables, and finds out what is told no more.
+    ASSERT_EQ(1, post("1810", 1, "10010", 4));
+    const auto costs = [&](const char *soll, int32_t sollArt, const char *haben, int32_t habenArt) {
+        const uint64_t before = RoundTrips();
+        EXPECT_EQ(1, post(soll, sollArt, haben, habenArt)) << soll << " " << haben;
+        return RoundTrips() - before;
+    };
+    EXPECT_LE(costs("1810", 1, "10010", 4), 6U);
+    EXPECT_LE(costs("1810", 1, "10010", 4), 6U);
+    // Accounts that were not read before.
+    EXPECT_LE(costs("1820", 1, "10020", 4), 6U);
+    EXPECT_GE(costs("1820", 1, "10020", 4), 3U);
+    EXPECT_EQ("5",
+              Query("SELECT count(*) FROM " + own.Schema + "_1998.records WHERE file = (SELECT file FROM " +
+                    own.Schema + "_1998.files WHERE name = 'bat.btr')"));
 }
 
 TEST_F(ServerBooks, HaveViewsThatReckonAsTheToolsDo)
