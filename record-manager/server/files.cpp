@@ -198,9 +198,14 @@ namespace {
 
 int16_t TakeCounters(const PGresult *rows, int row, const File &file, Counters *counters)
 {
-    counters->LastRecord = static_cast<uint32_t>(NumberAt(rows, row, 1));
-    counters->Records = static_cast<uint32_t>(NumberAt(rows, row, 2));
-    counters->Sequence = static_cast<uint64_t>(NumberAt(rows, row, 3));
+    const int64_t last = NumberAt(rows, row, 1);
+    const int64_t records = NumberAt(rows, row, 2);
+    const int64_t sequence = NumberAt(rows, row, 3);
+    if (last < 0 || last > UINT32_MAX || records < 0 || records > last || sequence < 0)
+        return BtrStatusForeignFile;
+    counters->LastRecord = static_cast<uint32_t>(last);
+    counters->Records = static_cast<uint32_t>(records);
+    counters->Sequence = static_cast<uint64_t>(sequence);
     const Bytes counts = BytesAt(rows, row, 4);
     if (counts.Size != file.Layout.KeyCount * sizeof(uint32_t)) return BtrStatusForeignFile;
     for (size_t i = 0; i < file.Layout.KeyCount; ++i) {

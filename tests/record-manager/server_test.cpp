@@ -1,16 +1,10 @@
 // What only books on a server have: their file, what they cost in round trips, what is read ahead, and what
 // becomes of a connection that is lost.
-#include "files.h"
-
-#include "record-manager/limits.h"
-#include "record-manager/server_part.h"
+#include "on_server.h"
 #include "threaded.h"
 
 #include <chrono>
 #include <csignal>
-#include <dlfcn.h>
-#include <libpq-fe.h>
-#include <thread>
 
 namespace {
 
@@ -44,60 +38,6 @@ namespace {
 
 using namespace wbtrvtest;
 using namespace std::chrono_literals;
-
-const std::string server = getenv("WBTRV_TEST_SERVER") != nullptr ? getenv("WBTRV_TEST_SERVER") : "";
-
-uint64_t RoundTrips()
-{
-    void *library = dlopen("libwbtrv32-server.so", RTLD_NOW | RTLD_NOLOAD);
-    if (library == nullptr) return 0;
-    static const wbtrv::ServerPart *part = reinterpret_cast<wbtrv::GiveServerPart>(
-        dlsym(library, "WbtrvServerPart"))(wbtrv::serverPartForm, &wbtrv::limits);
-    return part->CountRoundTrips();
-}
-
-// Runs statements on the server, beside the record manager.
-std::string Query(const std::string &sql)
-{
-    PGconn *connection = PQconnectdb(server.c_str());
-    PGresult *result = PQexec(connection, sql.c_str());
-    std::string value = PQresultStatus(result) == PGRES_FATAL_ERROR ? PQerrorMessage(connection) : "";
-    if (PQntuples(result) > 0) value = PQgetvalue(result, 0, 0);
-    PQclear(result);
-    PQfinish(connection);
-    return value;
-}
-
-std::string SchemaOf(const TempDirectory &directory)
-{
-    std::ifstream file(directory / "books.server");
-    std::string line;
-    std::getline(file, line);
-    std::getline(file, line);
-    return line;
-}
-
-void EndAllConnections()
-{
-    Query("SELECT pg_terminate_backend(pid, 5000) FROM pg_stat_activity WHERE application_name = 'VARK40'");
-}
-
-struct OnServer : testing::Test {
-    TempDirectory Directory;
-    Local Me;
-    std::string Path = Directory / "t.btr";
-    OnT<Local> T{Me};
-
-    void SetUp() override
-    {
-        if (server.empty()) GTEST_SKIP() << "to be run by with-postgres";
-        ASSERT_EQ(Create(Me, Path, DefinitionOfT()).Status, BtrStatusOk);
-        ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
-        ASSERT_EQ(T.Insert("a", "x", 1).Status, BtrStatusOk);
-        ASSERT_EQ(T.Insert("b", "x", 5).Status, BtrStatusOk);
-        ASSERT_EQ(T.Insert("c", "x", 3).Status, BtrStatusOk);
-    }
-};
 
 // ---- The file ----
 
