@@ -7,7 +7,9 @@
 #include "tools/vark/report_table.h"
 
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <iterator>
 #include <set>
 #include <sstream>
@@ -269,6 +271,74 @@ std::vector<std::string> Words(const std::string &text)
 }
 
 } // namespace
+
+namespace {
+
+using Cells = std::vector<std::string>;
+
+// The sum of a column of a report in CSV over the rows that `counts` takes; their texts hold no semicolon.
+int64_t SumOf(const std::string &csv, size_t column, const std::function<bool(const Cells &)> &counts)
+{
+    std::istringstream in(csv);
+    int64_t sum = 0;
+    std::string line;
+    std::getline(in, line); // the headings
+    while (std::getline(in, line)) {
+        Cells cells;
+        std::istringstream parts(line.substr(0, line.find('\r')) + ";");
+        for (std::string cell; std::getline(parts, cell, ';');) {
+            cells.push_back(cell);
+        }
+        if (!counts(cells)) continue;
+        std::string digits = cells.at(column);
+        EXPECT_EQ(digits.size() - 3, digits.find(',')) << line;
+        std::erase(digits, ',');
+        sum += std::stoll(digits);
+    }
+    return sum;
+}
+
+} // namespace
+
+TEST_F(Reports, ClosingsOfTheSampleBooksAgree)
+{
+    struct {
+        const char *mandant;
+        std::vector<std::string> day;
+    } const cases[] = {
+        {"1", {"--jahr", "1997"}},   {"1", {"--jahr", "1998"}}, {"1", {"--per", "31.3.98"}},
+        {"2", {"--jahr", "1997"}},   {"2", {"--jahr", "1998"}}, {"2", {"--per", "30.6.98"}}, // from July on
+        {"3", {"--per", "31.8.98"}},
+    };
+    int results = 0;
+    for (const auto &row : cases) {
+        SCOPED_TRACE(std::string("Mandant ") + row.mandant + " " + row.day[1]);
+        const auto csv = [&](const char *report, std::initializer_list<const char *> options = {}) {
+            std::vector<std::string> arguments = {report, "--mandant", row.mandant};
+            arguments.insert(arguments.end(), row.day.begin(), row.day.end());
+            arguments.insert(arguments.end(), options.begin(), options.end());
+            arguments.emplace_back("--csv");
+            const Result result = Make(arguments);
+            EXPECT_EQ(0, result.ExitCode) << result.Err;
+            return result.Out;
+        };
+        const std::string bilanz = csv("bilanz");
+        const auto isResult = [](const Cells &cells) {
+            return cells.at(6).starts_with("Jahres") && cells.at(4).empty();
+        };
+        const auto isOf = [&](const char *side) {
+            return [&isResult, side](const Cells &cells) { return cells.at(0) == side && !isResult(cells); };
+        };
+        const int64_t aktiva = SumOf(bilanz, 7, isOf("Aktiva"));
+        const int64_t result = SumOf(bilanz, 7, isResult);
+        EXPECT_GT(aktiva, 0);
+        EXPECT_EQ(aktiva - SumOf(bilanz, 7, isOf("Passiva")), result);
+        EXPECT_EQ(SumOf(csv("guv"), 8, [](const Cells &) { return true; }), result);
+        EXPECT_EQ(bilanz, csv("bilanz", {"--ebene", "1"})) << "data is of accounts, whatever the levels";
+        if (result != 0) ++results;
+    }
+    EXPECT_GT(results, 3);
+}
 
 TEST_F(Reports, ComeWithAllTheirOptions)
 {
