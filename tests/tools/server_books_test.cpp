@@ -4,12 +4,15 @@
 #include "record-manager/server_part.h"
 #include "tests/tools/program.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <ctime>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
 #include <memory>
+#include <sstream>
+#include <thread>
 #include <unistd.h>
 
 using namespace tests;
@@ -98,6 +101,119 @@ TEST_F(ServerBooks, AreTheSameThereAndBack)
     EXPECT_NE(0, again.ExitCode) << "the schemas are taken";
 }
 
+TEST_F(ServerBooks, ThatCouldNotBeCopiedAsAWholeLeaveNothingOnTheServer)
+{
+    const fs::path broken = Directory.Path / "b";
+    fs::copy(Local, broken, fs::copy_options::recursive);
+    for (const char *name : {"tolka.ini", "vark.ini"}) {
+        fs::remove(broken / name);
+    }
+    // The last of the directories: those before it are on the server by then.
+    const fs::path last = broken / "DB" / "1998" / "books.mdb";
+    fs::resize_file(last, fs::file_size(last) / 2);
+    const std::string schema = Schema + "_x";
+    const fs::path place = Directory.Path / "s";
+    const auto copy = [&](const fs::path &from) {
+        return tests::Books({"kopie", from.string(), place.string(), "--server", server, "--schema", schema});
+    };
+    const auto schemas = [&] {
+        return Query("SELECT count(*) FROM pg_namespace WHERE nspname LIKE '" + schema + "%'");
+    };
+    EXPECT_NE(0, copy(broken).ExitCode);
+    EXPECT_EQ("0", schemas());
+    EXPECT_FALSE(fs::exists(place));
+    // One that was made for it, empty, stays; one with tables is nobody's to fill.
+    Query("CREATE SCHEMA " + schema);
+    EXPECT_NE(0, copy(broken).ExitCode);
+    EXPECT_EQ("1", schemas());
+    EXPECT_EQ("0", Query("SELECT count(*) FROM pg_tables WHERE schemaname = '" + schema + "'"));
+    Query("CREATE TABLE " + schema + ".other (n int)");
+    const Result refused = copy(Local);
+    EXPECT_NE(0, refused.ExitCode);
+    EXPECT_NE(std::string::npos, refused.Err.find(schema)) << refused.Err;
+    EXPECT_EQ("1", schemas());
+    Query("DROP SCHEMA " + schema + " CASCADE");
+}
+
+// Books into which a program posts one line after the other as long as this stands.
+struct Poster {
+    const fs::path Books;
+    const fs::path Bookings;
+    std::atomic<bool> Ends = false;
+    std::atomic<int> Posted = 0;
+    std::thread Thread;
+
+    Poster(const fs::path &books, const fs::path &bookings) : Books(books), Bookings(bookings)
+    {
+        std::string lines = "Datum;Beleg;Text;Sollkonto;Habenkonto;Betrag;Steuersatz;Zahlungsziel\n";
+        for (int i = 0; i < perCall; ++i) {
+            lines += "20.04.1998;KA0117;Porto;8410;1810;55,00;;\n";
+        }
+        WriteFile(Bookings, lines);
+        Thread = std::thread([this] {
+            while (!Ends) {
+                const Result booked =
+                    Vark(Books, {"buchen", "--mandant", "1", "--stapel", "16", "--datei", Bookings.string()});
+                EXPECT_EQ(0, booked.ExitCode) << booked.Err;
+                Posted += perCall;
+            }
+        });
+    }
+    Poster(const Poster &) = delete;
+    Poster &operator=(const Poster &) = delete;
+    ~Poster()
+    {
+        Ends = true;
+        Thread.join();
+    }
+    static constexpr int perCall = 20;
+};
+
+// Numbers of the postings of a batch, which are given one after the other.
+std::vector<int> NumbersIn(const fs::path &books)
+{
+    const Result shown = tests::Books(
+        {"zeigen", "bat", books.string(), "--jahr", "1998", "--csv", "--felder", "Buchungsnummer"});
+    EXPECT_EQ(0, shown.ExitCode) << shown.Err;
+    std::vector<int> numbers;
+    std::istringstream lines(shown.Out);
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line)) {
+        numbers.push_back(std::stoi(line));
+    }
+    return numbers;
+}
+
+TEST_F(ServerBooks, AreCopiedBothWaysAsOfOneMomentWhileOthersPost)
+{
+    const Copied own("k", "0");
+    const auto copyWhilePosting = [&](const fs::path &from, const fs::path &to,
+                                      std::vector<std::string> options) {
+        const Poster poster(from, Directory.Path / "x.csv");
+        while (poster.Posted == 0 && !HasFailure()) {
+            std::this_thread::yield();
+        }
+        const int before = poster.Posted;
+        options.insert(options.begin(), {"kopie", from.string(), to.string()});
+        const Result copied = tests::Books(options);
+        EXPECT_EQ(0, copied.ExitCode) << copied.Err;
+        const size_t after = NumbersIn(from).size();
+        const std::vector<int> numbers = NumbersIn(to);
+        EXPECT_GE(numbers.size(), static_cast<size_t>(before));
+        EXPECT_LE(numbers.size(), after);
+        for (size_t i = 0; i < numbers.size(); ++i) {
+            ASSERT_EQ(static_cast<int>(i) + numbers.front(), numbers[i]) << "none is left out";
+        }
+        EXPECT_EQ(0, tests::Books({"pruefen", to.string()}).ExitCode);
+    };
+    const std::string schema = own.Schema + "_2";
+    copyWhilePosting(own.Books, Directory.Path / "1", {});
+    copyWhilePosting(own.Local, Directory.Path / "2", {"--server", server, "--schema", schema});
+    copyWhilePosting(Directory.Path / "2", Directory.Path / "3",
+                     {"--server", server, "--schema", schema + "_3"});
+}
+
 TEST_F(ServerBooks, AreCheckedShownAndReportedLikeThoseInADirectory)
 {
     const auto same = [&](std::vector<std::string> arguments, bool isVark) {
@@ -115,6 +231,12 @@ TEST_F(ServerBooks, AreCheckedShownAndReportedLikeThoseInADirectory)
     };
     same({"pruefen"}, false);
     same({"zeigen", "sako"}, false);
+    const std::string question = "SELECT Sollkonto, count(*), sum(Soll) FROM bube_1997 GROUP BY 1 ORDER BY 1";
+    const Result here = tests::Books({"sql", Local.string(), question, "--csv"});
+    const Result there = tests::Books({"sql", Books.string(), question, "--csv"});
+    EXPECT_EQ(0, there.ExitCode) << there.Err;
+    EXPECT_EQ(here.Out, there.Out);
+    EXPECT_GT(there.Out.size(), 100U);
     same({"bericht", "susa", "--mandant", "1", "--per", "31.3.98"}, true);
     same({"bericht", "journal", "--mandant", "1", "--monat", "3", "--jahr", "1998", "--csv"}, true);
 }
@@ -223,6 +345,23 @@ TEST_F(ServerBooks, AreReadWithARoleThatMayOnlyRead)
         WriteFile(entry.path(), text);
     }
     EXPECT_EQ(0, tests::Books({"pruefen", theirs.string()}).ExitCode);
+    EXPECT_TRUE(Saved(Local) == Saved(theirs));
+    const fs::path copied = Directory.Path / "k";
+    EXPECT_EQ(0, tests::Books({"kopie", theirs.string(), copied.string()}).ExitCode);
+    EXPECT_TRUE(Saved(Local) == Saved(copied));
+    const auto same = [&](std::vector<std::string> arguments) {
+        std::vector<std::string> ours = arguments;
+        ours.insert(ours.begin() + 2, Local.string());
+        arguments.insert(arguments.begin() + 2, theirs.string());
+        const Result answer = tests::Books(arguments);
+        EXPECT_EQ(0, answer.ExitCode) << answer.Err;
+        EXPECT_EQ(tests::Books(ours).Out, answer.Out);
+    };
+    same({"zeigen", "kred"});
+    const Result asked =
+        tests::Books({"sql", theirs.string(), "SELECT count(*), sum(Soll) FROM bube_1998", "--csv"});
+    EXPECT_EQ(tests::Books({"sql", Local.string(), "SELECT count(*), sum(Soll) FROM bube_1998", "--csv"}).Out,
+              asked.Out);
     EXPECT_EQ(Vark(Local, {"bericht", "susa", "--mandant", "1", "--per", "31.3.98"}).Out,
               Vark(theirs, {"bericht", "susa", "--mandant", "1", "--per", "31.3.98"}).Out);
     const fs::path bookings = Directory.Path / "x.csv";

@@ -77,12 +77,13 @@ CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
     std::vector<std::string> names = YearDirectories(data);
     names.insert(names.begin(), "");
     CopySummary summary;
+    NewSchemas schemas;
     for (const std::string &name : names) {
         progress(static_cast<double>(summary.Directories) / static_cast<double>(names.size()));
         if (!name.empty() && !HasBooks(data / name)) continue;
         const fs::path to = name.empty() ? place : place / name;
         fs::create_directory(to);
-        if (!options.Server.empty()) WriteServiceFile(to, options.Server, SchemaOf(options.Schema, name));
+        if (!options.Server.empty()) schemas.Add(to, options.Server, SchemaOf(options.Schema, name));
         CopyStore(name.empty() ? data : data / name, to);
         summary.Bytes += SizeOfBooks(to);
         ++summary.Directories;
@@ -96,6 +97,7 @@ CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
     CopyIniFiles(from, workplace.Path, target);
     progress(1);
     workplace.MoveTo(target);
+    schemas.Keep();
     StopEngine();
     return summary;
 }

@@ -195,6 +195,34 @@ void WriteServiceFile(const fs::path &directory, const std::string &connection, 
     fs::permissions(path, fs::perms::group_write | fs::perms::others_write, fs::perm_options::remove);
 }
 
+NewSchemas::~NewSchemas()
+{
+    for (const Made &schema : made) {
+        // What cannot be taken back now is told by whoever tries the name again.
+        try {
+            const std::string name = Quoted(SchemaIn(schema.Directory));
+            Run(schema.Directory, "SET lock_timeout = '10s';" +
+                                      (schema.WasThere ? "DROP TABLE IF EXISTS @head, @files, @groups, "
+                                                         "@records, @entries, @sessions CASCADE"
+                                                       : "DROP SCHEMA IF EXISTS " + name + " CASCADE"));
+        } catch (const std::exception &) {
+        }
+    }
+}
+
+void NewSchemas::Add(const fs::path &directory, const std::string &connection, const std::string &schema)
+{
+    WriteServiceFile(directory, connection, schema);
+    const std::vector<Row> found = Run(
+        directory,
+        "SELECT count(*), count(c.oid) FROM pg_namespace n LEFT JOIN pg_class c ON c.relnamespace = n.oid "
+        "WHERE nspname = '" +
+            schema + "'");
+    if (found.at(0).at(1) != "0")
+        throw std::runtime_error("Das Schema " + schema + " gibt es schon, und es ist nicht leer.");
+    made.push_back({directory, found.at(0).at(0) != "0"});
+}
+
 int MakeServerBooks(const ServerOptions &options)
 {
     const fs::path directory = fs::absolute(options.Directory).lexically_normal();

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace books {
 
@@ -17,6 +18,26 @@ struct ServerOptions {
 // Writes books.server into a directory. Throws with a German text.
 void WriteServiceFile(const std::filesystem::path &directory, const std::string &connection,
                       const std::string &schema);
+
+// The schemas that a copy fills. Gone again unless they are kept.
+struct NewSchemas {
+    NewSchemas() = default;
+    ~NewSchemas();
+    NewSchemas(const NewSchemas &) = delete;
+    NewSchemas &operator=(const NewSchemas &) = delete;
+
+    // Writes books.server into a directory, whose schema must be absent or empty.
+    void Add(const std::filesystem::path &directory, const std::string &connection,
+             const std::string &schema);
+    void Keep() { made.clear(); }
+
+private:
+    struct Made {
+        std::filesystem::path Directory;
+        bool WasThere;
+    };
+    std::vector<Made> made;
+};
 
 // Makes a directory with books.server and the schema that it names, empty. Returns the exit code.
 int MakeServerBooks(const ServerOptions &options);
