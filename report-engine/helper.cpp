@@ -77,7 +77,7 @@ Ended RunHelper(const char *name, char *const *arguments, const int *descriptors
     said[0] = 0;
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        Complain(name, ": %s", strerrordesc_np(errno));
+        ComplainOf(name, errno);
         return Ended::failed;
     }
     int all[host::maxOfHelper];
@@ -89,11 +89,11 @@ Ended RunHelper(const char *name, char *const *arguments, const int *descriptors
     if (error != 0) {
         close(ends[0]);
         if (error == ENOENT) {
-            Complain(name, " is missing beside librs.so");
+            Complain(name, " fehlt neben librs.so.");
         } else if (error == EPERM) {
-            Complain(name, " beside librs.so, or a directory above it, can be written by others");
+            Complain(name, " neben librs.so oder ein Verzeichnis darüber ist für andere beschreibbar.");
         } else {
-            Complain(name, ": %s", strerrordesc_np(error));
+            ComplainOf(name, error);
         }
         return Ended::failed;
     }
@@ -104,8 +104,8 @@ Ended RunHelper(const char *name, char *const *arguments, const int *descriptors
     host::AwaitEnd(child);
     said[ended == Ended::good ? hearing.Length : 0] = 0;
     if (ended == Ended::stopped) return ended;
-    if (ended == Ended::failed) Complain(name, " does not answer");
-    if (ended == Ended::good && hearing.Length == 0) Complain(name, " ended early");
+    if (ended == Ended::failed) Complain(name, " antwortet nicht.");
+    if (ended == Ended::good && hearing.Length == 0) Complain(name, " hat vorzeitig geendet.");
     constexpr size_t ok = 2;
     if (std::strncmp(said, "ok", ok) != 0 || (said[ok] != 0 && said[ok] != '\n')) return Ended::failed;
     const char *line = said + ok + (said[ok] != 0 ? 1 : 0);

@@ -91,7 +91,7 @@ Ended WriteContents(FileKind kind, int file, const View &view, const char *path,
     if (kind == FileKind::pdf) return WritePages(file, view, path, range, progress);
     auto *writer = static_cast<Writer *>(std::malloc(sizeof(Writer)));
     if (writer == nullptr) {
-        Complain(path, ": not enough memory");
+        ComplainOf(path, ENOMEM);
         return Ended::failed;
     }
     writer->File = file;
@@ -110,9 +110,9 @@ Ended WriteContents(FileKind kind, int file, const View &view, const char *path,
     if (isStopped) {
         // The person knows.
     } else if (!isWritten) {
-        Complain(path, ": %s", strerrordesc_np(writer->Error));
+        ComplainOf(path, writer->Error);
     } else if (!isRead) {
-        Complain(path, ": the temporary file cannot be read");
+        Complain(path, ": Die Zwischendatei läßt sich nicht lesen.");
     }
     std::free(writer);
     return isStopped ? Ended::stopped : isRead && isWritten ? Ended::good : Ended::failed;
@@ -171,7 +171,7 @@ Written WriteFile(const View &view, FileKind kind, const char *path, bool mayRep
     if (ended == Ended::stopped) return Written::stopped;
     if (error == 0) return Written::whole;
     if (error == EEXIST && !mayReplace) return Written::nameTaken;
-    if (ended == Ended::good) Complain(path, ": %s", strerrordesc_np(error));
+    if (ended == Ended::good) ComplainOf(path, error);
     return Written::failed;
 }
 
@@ -195,7 +195,7 @@ Written ExportView(const View &view, const char *path, const Progress *progress)
     if (path == nullptr) path = "";
     const FileKind kind = KindOf(path);
     if (kind == FileKind::none) {
-        Complain(path, ": no kind of file that a report can be written to");
+        Complain(path, ": In Dateien dieser Art wird kein Bericht geschrieben.");
         return Written::failed;
     }
     return WriteFile(view, kind, path, true, {}, progress);

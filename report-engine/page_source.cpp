@@ -45,14 +45,14 @@ bool OpenSource(PageSource &source, const View &view)
 {
     int sockets[2] = {-1, -1};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets) != 0) {
-        Complain(view.Of->Path, ": %s", strerrordesc_np(errno));
+        ComplainOf(view.Of->Path, errno);
         return false;
     }
     for (int &socket : sockets) {
         socket = host::KeepAboveStandard(socket);
     }
     if (sockets[0] < 0 || sockets[1] < 0) {
-        Complain(view.Of->Path, ": %s", strerrordesc_np(errno));
+        ComplainOf(view.Of->Path, errno);
         close(sockets[0]);
         close(sockets[1]);
         return false;
@@ -67,7 +67,7 @@ bool OpenSource(PageSource &source, const View &view)
     const int error = host::StartHelper("rs-pages", arguments, descriptors, 2, child);
     close(sockets[1]);
     if (error != 0) {
-        Complain(view.Of->Path, ": rs-pages: %s", strerrordesc_np(error));
+        ComplainOf("rs-pages", error);
         close(sockets[0]);
         return false;
     }
@@ -119,7 +119,7 @@ bool AskForPages(PageSource &source, const View &view, const PageRequest &reques
         CloseSource(source);
     }
     file = -1;
-    Complain(view.Of->Path, ": rs-pages draws no page");
+    Complain(view.Of->Path, ": rs-pages zeichnet keine Seite.");
     return false;
 }
 

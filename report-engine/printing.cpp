@@ -7,6 +7,7 @@
 //                               that makes a new name. Without {nummer} a file of that name is replaced.
 #include "report-engine/printing.h"
 
+#include "host/error_texts.h"
 #include "host/ini_files.h"
 #include "report-engine/complain.h"
 #include "report-engine/helper.h"
@@ -85,7 +86,7 @@ Printed PrintToFile(const View &view, const PrintWishes &wishes, const Progress 
     for (int number = 1; number <= lastNumber; ++number) {
         bool hasNumber = false;
         if (!ExpandPattern(wishes.Pattern, view, number, path, hasNumber)) {
-            std::snprintf(said, sizeof said, "Der Dateiname ist zu lang.");
+            std::snprintf(said, sizeof said, "%s", host::TextOfError(ENAMETOOLONG).Text);
             return Printed::failed;
         }
         if (hasNumber && access(path, F_OK) == 0) continue;
@@ -96,7 +97,7 @@ Printed PrintToFile(const View &view, const PrintWishes &wishes, const Progress 
         case Written::nameTaken: continue; // somebody else was quicker
         case Written::stopped: return Printed::stopped;
         case Written::failed:
-            std::snprintf(said, sizeof said, "%.250s: %.120s", path, LastComplaintInGerman());
+            std::snprintf(said, sizeof said, "%.250s: %.120s", path, LastReason());
             return Printed::failed;
         }
     }
@@ -138,16 +139,14 @@ Printed PrintOnPaper(const View &view, const PrintWishes &wishes, const Progress
 {
     const int pages = OpenNamelessFile();
     if (pages < 0) {
-        const char *german = InGerman(errno);
-        std::snprintf(said, sizeof said, "%s",
-                      german != nullptr ? german : "Die Seiten können nicht gemacht werden.");
+        std::snprintf(said, sizeof said, "%s", host::TextOfError(errno).Text);
         return Printed::failed;
     }
     Printed printed = Printed::failed;
     switch (WritePages(pages, view, view.Of->Path, wishes.Range, progress)) {
     case Ended::good: printed = SendToPrinter(view, wishes, pages, progress, said); break;
     case Ended::stopped: printed = Printed::stopped; break;
-    case Ended::failed: std::snprintf(said, sizeof said, "%.390s", LastComplaintInGerman()); break;
+    case Ended::failed: std::snprintf(said, sizeof said, "%.390s", LastReason()); break;
     }
     close(pages);
     return printed;
@@ -193,7 +192,7 @@ Printed PrintView(const View &view, const PrintWishes &wishes, const Progress *p
                                           : PrintOnPaper(view, wishes, progress, where);
     if (printed == Printed::waiting) Show(view, where, MB_ICONINFORMATION);
     if (printed != Printed::failed) return printed;
-    Complain(view.Of->Path, ": not printed: %s", where);
+    Complain(view.Of->Path, ": Nicht gedruckt: %s", where);
     ShowReason(view, where);
     return printed;
 }

@@ -1,5 +1,6 @@
 #include "report-engine/report.h"
 
+#include "host/error_texts.h"
 #include "report-engine/complain.h"
 #include "report-engine/sources.h"
 #include "report-engine/template.h"
@@ -50,7 +51,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
     auto *report = static_cast<Report *>(std::calloc(1, sizeof(Report)));
     char *pathCopy = Duplicate(path, std::strlen(path));
     if (report == nullptr || pathCopy == nullptr) {
-        Complain(path, ": not enough memory");
+        ComplainOf(path, ENOMEM);
         std::free(report);
         std::free(pathCopy);
         std::free(source);
@@ -74,7 +75,7 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
         return nullptr;
     }
     if (!OpenSpool(report->Store, report->Def)) {
-        Complain(path, ": temporary file: %s", strerrordesc_np(report->Store.Error));
+        Complain(path, ": Zwischendatei: %s", host::TextOfError(report->Store.Error).Text);
         DestroyReport(report);
         return nullptr;
     }
@@ -88,7 +89,8 @@ Report *CreateOwning(const char *path, char *source, size_t length, const Catalo
 const CatalogueRow *RowOrComplain(const char *path, const char *reportId)
 {
     const CatalogueRow *row = FindInCatalogue(reportId);
-    if (row == nullptr) Complain(path, ": there is no report '%s'", reportId != nullptr ? reportId : "");
+    if (row == nullptr)
+        Complain(path, ": Einen Bericht „%s“ gibt es nicht.", reportId != nullptr ? reportId : "");
     return row;
 }
 
@@ -102,7 +104,7 @@ Report *CreateReport(const char *path, const char *reportId)
     size_t length = 0;
     char *source = ReadSource(path, length);
     if (source == nullptr) {
-        Complain(path, ": %s", strerrordesc_np(errno));
+        ComplainOf(path, errno);
         return nullptr;
     }
     return CreateOwning(path, source, length, row, nullptr);
@@ -136,7 +138,7 @@ namespace {
 bool FailOnFile(Report &report, int error)
 {
     report.State = ReportState::failed;
-    Complain(report.Path, ": temporary file: %s", strerrordesc_np(error));
+    Complain(report.Path, ": Zwischendatei: %s", host::TextOfError(error).Text);
     return false;
 }
 
@@ -185,16 +187,16 @@ bool PrintWaiting(Report &report)
 bool AddRecord(Report &report, int kind, const void *record)
 {
     if (report.State != ReportState::open) {
-        Complain(report.Path, ": a record comes after the report %s",
-                 report.State == ReportState::finished ? "was finished" : "had failed");
+        Complain(report.Path, ": Ein Satz kommt noch, nachdem der Bericht %s.",
+                 report.State == ReportState::finished ? "abgeschlossen wurde" : "mißlungen ist");
         return false;
     }
     if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0) {
-        Complain(report.Path, ": there are no records of kind %d", kind);
+        Complain(report.Path, ": Sätze der Art %d gibt es nicht.", kind);
         return false;
     }
     if (record == nullptr) {
-        Complain(report.Path, ": there is no record");
+        Complain(report.Path, ": Der Satz fehlt.");
         return false;
     }
     if (!report.Def.Kinds[kind].IsDeclared) return true; // the template prints nothing of it

@@ -10,6 +10,7 @@
 #include "text/windows1252.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -27,7 +28,7 @@ int32_t HandleOf(Report *report)
     if (report == nullptr) return 0;
     const int32_t handle = AddReport(report);
     if (handle == 0) {
-        Complain(report->Path, ": too many reports are open");
+        Complain(report->Path, ": Es sind zu viele Berichte geöffnet.");
         DestroyReport(report);
     }
     return handle;
@@ -42,7 +43,7 @@ RSWindow OpenViewOf(int32_t handle, Report *report, const char *title, const Vie
     pthread_mutex_unlock(&report->Lock);
     View *view = isFinished ? static_cast<View *>(std::calloc(1, sizeof(View))) : nullptr;
     if (view == nullptr) {
-        if (isFinished) Complain(report->Path, ": not enough memory");
+        if (isFinished) ComplainOf(report->Path, ENOMEM);
         ReleaseReport(report);
         return nullptr;
     }
@@ -51,14 +52,14 @@ RSWindow OpenViewOf(int32_t handle, Report *report, const char *title, const Vie
     std::memcpy(view->Title, title, strnlen(title, sizeof view->Title - 1));
     RSWindow opened = AddView(view);
     if (opened == nullptr) {
-        Complain(report->Path, ": too many views are open");
+        Complain(report->Path, ": Es sind zu viele Ansichten geöffnet.");
         ReleaseReport(report);
         std::free(view);
         return nullptr;
     }
     if (ViewsHaveWindows()) {
         opened = OpenViewWindow(opened, view, place);
-        if (opened == nullptr) Complain("view", ": the window cannot be made");
+        if (opened == nullptr) Complain(view->Of->Path, ": Das Fenster läßt sich nicht öffnen.");
     }
     ReleaseView(view);
     return opened;
@@ -77,7 +78,7 @@ int32_t RSCopyReport(int32_t report, const char *reportId, int32_t /*reserved*/)
     if (first == nullptr) return 0;
     int32_t handle = 0;
     if (reportId == nullptr || std::strcmp(reportId, first->Catalogue->Id) != 0) {
-        Complain(first->Path, ": this is not the report '%s'", reportId != nullptr ? reportId : "");
+        Complain(first->Path, ": Das ist nicht der Bericht „%s“.", reportId != nullptr ? reportId : "");
     } else {
         handle = HandleOf(
             CreateReportFromSource(first->Path, first->Source, first->SourceLength, reportId, first));

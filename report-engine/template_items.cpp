@@ -1,5 +1,6 @@
 #include "report-engine/template_items.h"
 
+#include "host/error_texts.h"
 #include "text/windows1252.h"
 
 #include <algorithm>
@@ -77,7 +78,7 @@ void StoreItem(lua_State *state, Report &report, ItemHeader &header)
     }
     if (!AppendToSpool(report.Store, &header, sizeof header) ||
         !AppendToSpool(report.Store, report.ItemData, header.Size)) {
-        luaL_error(state, "temporary file: %s", strerrordesc_np(report.Store.Error));
+        luaL_error(state, "Zwischendatei: %s", host::TextOfError(report.Store.Error).Text);
     }
 }
 

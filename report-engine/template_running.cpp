@@ -1,4 +1,5 @@
 // How the functions of a template are run, record by record.
+#include "host/error_texts.h"
 #include "report-engine/template_calls.h"
 #include "report-engine/template_plain.h"
 
@@ -46,7 +47,7 @@ void FillLateCells(lua_State *state, Report &report, uint8_t level)
         }
         const int64_t sum = report.Sums[level][late.Sum];
         if (!PatchSpool(report.Store, late.Offset, &sum, sizeof sum)) {
-            luaL_error(state, "temporary file: %s", strerrordesc_np(report.Store.Error));
+            luaL_error(state, "Zwischendatei: %s", host::TextOfError(report.Store.Error).Text);
         }
     }
     report.LateCount = left;

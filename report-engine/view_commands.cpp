@@ -186,8 +186,7 @@ BOOL CALLBACK SaveInto(HWND dialog, LPCSTR path, void *context)
     if (written == Written::whole) return TRUE;
     if (written == Written::stopped) return FALSE;
     char reason[600];
-    std::snprintf(reason, sizeof reason, "Die Datei konnte nicht geschrieben werden:\n%s",
-                  LastComplaintInGerman());
+    std::snprintf(reason, sizeof reason, "Die Datei konnte nicht geschrieben werden:\n%s", LastReason());
     char text[sizeof reason];
     FromUtf8(reason, text, sizeof text);
     MessageBoxA(dialog, text, "MERIDA", MB_OK | MB_ICONEXCLAMATION);

@@ -6,6 +6,7 @@
 // descriptor 4; COUNT is how many it has.
 // librs.so runs it; nobody else needs to.
 #include "host/descriptors.h"
+#include "host/error_texts.h"
 #include "report-engine/pages/draw.h"
 #include "report-engine/pages/show.h"
 
@@ -116,7 +117,7 @@ void DescribeFile(const rs::Document &document, const char *title)
 const char *WritePdf(const char *title, int64_t first, int64_t last)
 {
     rs::Document document = {};
-    if (!rs::OpenDocument(document, spoolDescriptor)) return "rs-pages does not belong to this librs.so";
+    if (!rs::OpenDocument(document, spoolDescriptor)) return "rs-pages gehört nicht zu dieser librs.so.";
     constexpr double pointsPerUnit = 72.0 / 2540.0;
     pdf.Surface =
         cairo_pdf_surface_create_for_stream(TakeBytes, nullptr, document.Def->PageWidth * pointsPerUnit,
@@ -129,10 +130,16 @@ const char *WritePdf(const char *title, int64_t first, int64_t last)
     cairo_destroy(cairo);
     cairo_surface_finish(pdf.Surface);
     const cairo_status_t finished = cairo_surface_status(pdf.Surface);
-    if (!Flush()) return strerrordesc_np(pdf.Error);
-    if (drawn != CAIRO_STATUS_SUCCESS) return cairo_status_to_string(drawn);
-    if (finished != CAIRO_STATUS_SUCCESS) return cairo_status_to_string(finished);
-    return nullptr;
+    static char reason[200];
+    if (!Flush()) {
+        std::snprintf(reason, sizeof reason, "%s", host::TextOfError(pdf.Error).Text);
+        return reason;
+    }
+    const cairo_status_t status = drawn != CAIRO_STATUS_SUCCESS ? drawn : finished;
+    if (status == CAIRO_STATUS_SUCCESS) return nullptr;
+    std::snprintf(reason, sizeof reason, "Die Seiten lassen sich nicht zeichnen (%s).",
+                  cairo_status_to_string(status));
+    return reason;
 }
 
 int64_t NumberIn(const char *text)

@@ -258,7 +258,7 @@ const char *ShowPages(int spool, int requests, int64_t pageCount)
 {
     WatchHost(requests);
     static Document document;
-    if (!OpenDocument(document, spool)) return "rs-pages does not belong to this librs.so";
+    if (!OpenDocument(document, spool)) return "rs-pages gehört nicht zu dieser librs.so.";
     shown.Of = &document;
     shown.Def = document.Def;
     shown.PageCount = pageCount;

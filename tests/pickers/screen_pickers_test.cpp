@@ -137,7 +137,8 @@ TEST_F(ScreenPickers, ThatLoseTheirScreenAreCancelled)
               Run(
                   "Sachkontenauswahl", [&] { return VARK_HoleKonto(owner, 1, 1, nullptr, nullptr, konto); },
                   [this] { EXPECT_TRUE(display.KillProgram()); }));
-    EXPECT_EQ("varkui: the screen has gone; going on without it\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ("varkui: Der Bildschirm ist weg; es geht ohne ihn weiter.\n",
+              testing::internal::GetCapturedStderr());
     EXPECT_EQ(0, VARK_HoleStapelNr(owner, -1)) << "nobody is there any more";
     EXPECT_EQ(3u, books.Read<StapelRecord>(1, TableStapel).size());
 }

@@ -92,9 +92,9 @@ TEST(Entries, KindsThatTheReportDoesNotHaveAreRefusedAndTheReportGoesOn)
             EXPECT_EQ(RSAddData(report, kind, record), 0) << kind;
         }
     });
-    EXPECT_NE(errors.find("or_slist.rs: there are no records of kind 2\n"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("or_slist.rs: Sätze der Art 2 gibt es nicht.\n"), std::string::npos) << errors;
     EXPECT_EQ(Errors([&] { EXPECT_EQ(RSAddData(report, 1, nullptr), 0); }),
-              "librs: " + ShippedTemplate("or_slist.rs") + ": there is no record\n");
+              "librs: " + ShippedTemplate("or_slist.rs") + ": Der Satz fehlt.\n");
     EXPECT_EQ(AddSusaLine(report, {.Konto = "1000"}), 1);
     RSCloseReport(report);
 }
@@ -104,7 +104,9 @@ TEST(Entries, NothingIsAddedOnceAViewIsOpen)
     const int32_t report = OpenShipped("or_slist.rs", susaId);
     ASSERT_EQ(AddSusaHeader(report), 1);
     ASSERT_NE(OpenView(report), nullptr);
-    Errors([&] { EXPECT_EQ(AddSusaLine(report, {.Konto = "1000"}), 0); });
+    EXPECT_EQ(Errors([&] { EXPECT_EQ(AddSusaLine(report, {.Konto = "1000"}), 0); }),
+              "librs: " + ShippedTemplate("or_slist.rs") +
+                  ": Ein Satz kommt noch, nachdem der Bericht abgeschlossen wurde.\n");
     EXPECT_NE(OpenView(report), nullptr) << "a second view of the same report";
     RSCloseReport(report);
 }
@@ -116,9 +118,9 @@ TEST(Entries, ATemplateIsForItsOwnReport)
         const char *said;
     } const cases[] = {
         {"tervoKTOBLATT0.0", ":4: this is a template for 'tervoSUSALIST0.0', not for 'tervoKTOBLATT0.0'\n"},
-        {"tervoNICHTS0.0", ": there is no report 'tervoNICHTS0.0'\n"},
-        {"", ": there is no report ''\n"},
-        {nullptr, ": there is no report ''\n"},
+        {"tervoNICHTS0.0", ": Einen Bericht „tervoNICHTS0.0“ gibt es nicht.\n"},
+        {"", ": Einen Bericht „“ gibt es nicht.\n"},
+        {nullptr, ": Einen Bericht „“ gibt es nicht.\n"},
     };
     for (const auto &row : cases) {
         EXPECT_EQ(Errors([&] { EXPECT_EQ(OpenShipped("or_slist.rs", row.id), 0); }),
@@ -150,7 +152,7 @@ TEST(Entries, ACopyIsASecondEmptyReportOnTheTemplateAsItWas)
     EXPECT_NE(csv.find("Zeile;2222"), std::string::npos);
     EXPECT_EQ(csv.find("1111"), std::string::npos);
     EXPECT_EQ(Errors([&] { EXPECT_EQ(RSCopyReport(second, kontenblattId, 0), 0); }),
-              "librs: " + path + ": this is not the report 'tervoKTOBLATT0.0'\n");
+              "librs: " + path + ": Das ist nicht der Bericht „tervoKTOBLATT0.0“.\n");
     RSCloseReport(second);
 }
 

@@ -180,22 +180,25 @@ TEST_F(Files, TheKindFollowsFromTheExtensionInAnyCase)
     for (const char *name : {"a", "a.doc", ".pdf", "a.pdf~", "acsv", ""}) {
         const std::string path = name[0] == '.' || name[0] == 0 ? name : directory.At(name);
         EXPECT_EQ(ExportError(path),
-                  "librs: " + path + ": no kind of file that a report can be written to\n");
+                  "librs: " + path + ": In Dateien dieser Art wird kein Bericht geschrieben.\n");
     }
     EXPECT_EQ(Errors([&] { EXPECT_EQ(RSExportView(view, nullptr), 0); }),
-              "librs: : no kind of file that a report can be written to\n");
+              "librs: : In Dateien dieser Art wird kein Bericht geschrieben.\n");
 }
 
 TEST_F(Files, WhatCannotBeWrittenLeavesEverythingAsItWas)
 {
     const std::string missing = directory.At("none") + "/a.pdf";
-    EXPECT_EQ(ExportError(missing), "librs: " + missing + ": No such file or directory\n");
+    EXPECT_EQ(ExportError(missing),
+              "librs: " + missing + ": Das Verzeichnis oder die Datei gibt es nicht.\n");
     std::filesystem::create_directory(directory.At("d.csv"));
-    EXPECT_EQ(ExportError(directory.At("d.csv")), "librs: " + directory.At("d.csv") + ": Is a directory\n");
+    EXPECT_EQ(ExportError(directory.At("d.csv")),
+              "librs: " + directory.At("d.csv") + ": Das ist ein Verzeichnis.\n");
     const std::string file = directory.Write("f", "");
-    EXPECT_EQ(ExportError(file + "/a.csv"), "librs: " + file + "/a.csv: Not a directory\n");
+    EXPECT_EQ(ExportError(file + "/a.csv"),
+              "librs: " + file + "/a.csv: Ein Teil des Pfads ist kein Verzeichnis.\n");
     const std::string endless = directory.At(std::string(300, 'x') + ".csv");
-    EXPECT_NE(ExportError(endless).find(": File name too long\n"), std::string::npos);
+    EXPECT_NE(ExportError(endless).find(": Der Name ist zu lang.\n"), std::string::npos);
     EXPECT_EQ(directory.Files(), (std::vector<std::string>{"d.csv", "f"}));
 }
 
@@ -211,7 +214,7 @@ TEST_F(Files, AFullDiskLeavesNoHalfFile)
         setrlimit(RLIMIT_FSIZE, &tiny);
         const std::string said = ExportError(path);
         setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_EQ(said, "librs: " + path + ": File too large\n");
+        EXPECT_EQ(said, "librs: " + path + ": Die Datei ist zu groß.\n");
         EXPECT_EQ(ReadFile(path), "what was there before");
     }
     EXPECT_EQ(directory.Files(), (std::vector<std::string>{"a.csv", "a.html", "a.json", "a.pdf", "a.txt"}));
@@ -235,7 +238,7 @@ TEST_F(Files, AFullDiskWhileRecordsComeInFailsTheReport)
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_LT(lines, 2000);
     EXPECT_NE(said.find("or_slist.rs:"), std::string::npos) << said;
-    EXPECT_NE(said.find(": temporary file: File too large\n"), std::string::npos) << said;
+    EXPECT_NE(said.find(": Zwischendatei: Die Datei ist zu groß.\n"), std::string::npos) << said;
     Errors([&] { EXPECT_EQ(OpenView(second), nullptr); });
     RSCloseReport(second);
 }
@@ -244,7 +247,8 @@ TEST_F(Files, AReportNeedsAPlaceForItsTemporaryFile)
 {
     setenv("TMPDIR", directory.At("none").c_str(), 1);
     EXPECT_EQ(Errors([&] { EXPECT_EQ(OpenShipped("or_slist.rs", susaId), 0); }),
-              "librs: " + ShippedTemplate("or_slist.rs") + ": temporary file: No such file or directory\n");
+              "librs: " + ShippedTemplate("or_slist.rs") +
+                  ": Zwischendatei: Das Verzeichnis oder die Datei gibt es nicht.\n");
     setenv("TMPDIR", directory.Path.c_str(), 1);
     const int32_t second = OpenShipped("or_slist.rs", susaId);
     EXPECT_GT(second, 0);
@@ -262,10 +266,10 @@ TEST_F(Files, ALinkKeepsPointingAndWhatIsNoFileIsRefused)
     EXPECT_EQ(ReadFile(directory.At("real.csv")), csv);
     ASSERT_EQ(mkfifo(directory.At("pipe.csv").c_str(), 0600), 0);
     EXPECT_EQ(ExportError(directory.At("pipe.csv")),
-              "librs: " + directory.At("pipe.csv") + ": Invalid argument\n");
+              "librs: " + directory.At("pipe.csv") + ": Das ist keine gewöhnliche Datei.\n");
     std::filesystem::create_symlink("/dev/null", directory.At("null.pdf"));
     EXPECT_EQ(ExportError(directory.At("null.pdf")),
-              "librs: " + directory.At("null.pdf") + ": Invalid argument\n");
+              "librs: " + directory.At("null.pdf") + ": Das ist keine gewöhnliche Datei.\n");
 }
 
 TEST_F(Files, AFileGetsTheRightsThatTheUserGivesNewFiles)

@@ -195,7 +195,7 @@ TEST_F(PrintingOnPaper, FailsWhenThePrinterGoesAwayMeanwhile)
     kill(cups, SIGKILL);
     std::filesystem::remove(directory.At("socket"));
     host.join();
-    EXPECT_NE(said.find("not printed: "), std::string::npos) << said;
+    EXPECT_NE(said.find("Nicht gedruckt: "), std::string::npos) << said;
     EXPECT_NE(said.find("MERIDA: Der Bericht konnte nicht gedruckt werden"), std::string::npos) << said;
 }
 
@@ -245,12 +245,12 @@ TEST_F(Printing, IntoFilesAtOnceGivesEachItsNumber)
 TEST_F(Printing, IntoADirectoryThatIsMissingFails)
 {
     Set("datei:" + directory.At("fehlt/a.pdf"));
-    EXPECT_NE(Refusal().find("Das Verzeichnis gibt es nicht."), std::string::npos);
+    EXPECT_NE(Refusal().find("Das Verzeichnis oder die Datei gibt es nicht."), std::string::npos);
     EXPECT_EQ(directory.Files(), (std::vector<std::string>{"vark.ini"}));
 }
 
 TEST_F(Printing, IntoAPathThatDoesNotFitFails)
 {
     Set("datei:/" + std::string(4050, 'x') + "{bericht}{bericht}");
-    EXPECT_NE(Refusal().find("Der Dateiname ist zu lang."), std::string::npos);
+    EXPECT_NE(Refusal().find("Der Name ist zu lang."), std::string::npos);
 }

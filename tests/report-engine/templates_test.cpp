@@ -58,17 +58,18 @@ TEST(Templates, AreFiles)
         return Errors([&] { EXPECT_EQ(RSOpenReport(path.c_str(), susaId, 0), 0); });
     };
     EXPECT_EQ(said(directory.At("or_none.rs")),
-              "librs: " + directory.At("or_none.rs") + ": No such file or directory\n");
-    EXPECT_EQ(said(directory.Path.string()), "librs: " + directory.Path.string() + ": Is a directory\n");
+              "librs: " + directory.At("or_none.rs") + ": Das Verzeichnis oder die Datei gibt es nicht.\n");
+    EXPECT_EQ(said(directory.Path.string()),
+              "librs: " + directory.Path.string() + ": Das ist ein Verzeichnis.\n");
     ASSERT_EQ(mkfifo(directory.At("or_pipe.rs").c_str(), 0600), 0);
     EXPECT_EQ(said(directory.At("or_pipe.rs")),
-              "librs: " + directory.At("or_pipe.rs") + ": Invalid argument\n");
+              "librs: " + directory.At("or_pipe.rs") + ": Das ist keine gewöhnliche Datei.\n");
     const std::string large = directory.Write("or_large.rs", std::string((1 << 20) + 1, ' '));
-    EXPECT_EQ(said(large), "librs: " + large + ": File too large\n");
+    EXPECT_EQ(said(large), "librs: " + large + ": Die Datei ist zu groß.\n");
     const std::string endless = "/" + std::string(5000, 'x') + ".rs";
-    EXPECT_NE(said(endless).find("File name too long"), std::string::npos) << said(endless);
+    EXPECT_NE(said(endless).find("Der Name ist zu lang."), std::string::npos) << said(endless);
     EXPECT_EQ(Errors([] { EXPECT_EQ(RSOpenReport(nullptr, susaId, 0), 0); }),
-              "librs: : No such file or directory\n");
+              "librs: : Das Verzeichnis oder die Datei gibt es nicht.\n");
 }
 
 TEST(Templates, MustBeWhole)

@@ -497,7 +497,7 @@ TEST_F(Views, TellWhyAFileCannotBeWritten)
     EXPECT_EQ(Use("press 113\n"
                   "text 201 /gibt/es/nicht/a.pdf\n"
                   "press 1\n"
-                  "box ok Das Verzeichnis gibt es nicht.\n"
+                  "box ok Das Verzeichnis oder die Datei gibt es nicht.\n"
                   "text 201\n"
                   "press 1\n"
                   "box ok in welche Datei\n"
@@ -525,10 +525,10 @@ TEST_F(Views, TellInGermanOfPlacesThatRefuseFilesAndOfFullDisks)
     RunUntilClosed(view);
     setrlimit(RLIMIT_FSIZE, &before);
     const std::string log = Log();
-    EXPECT_TRUE(log.find("Dort darf nicht geschrieben werden.") != std::string::npos ||
+    EXPECT_TRUE(log.find("Das ist nicht erlaubt.") != std::string::npos ||
                 log.find("Der Datenträger ist schreibgeschützt.") != std::string::npos)
         << log;
-    EXPECT_NE(log.find("Die Datei wird zu groß."), std::string::npos) << log;
+    EXPECT_NE(log.find("Die Datei ist zu groß."), std::string::npos) << log;
     EXPECT_NE(access(directory.At("a.csv").c_str(), F_OK), 0);
 }
 

@@ -90,7 +90,9 @@ TEST_F(OpenDirectory, TheProgramThatDrawsPagesIsNotRun)
     LayOpen("rs-pages");
     const Result result = Susa({"--pdf", Pdf()});
     EXPECT_NE(0, result.ExitCode);
-    EXPECT_NE(std::string::npos, result.Err.find("rs-pages beside librs.so, or a directory above it"))
+    EXPECT_NE(
+        std::string::npos,
+        result.Err.find("rs-pages neben librs.so oder ein Verzeichnis darüber ist für andere beschreibbar."))
         << result.Err;
     EXPECT_FALSE(fs::exists(Pdf()));
 }
@@ -100,7 +102,9 @@ TEST_F(OpenDirectory, TheProgramThatPrintsIsNotRun)
     LayOpen("rs-print");
     const Result result = Susa({"--drucken"});
     EXPECT_NE(0, result.ExitCode);
-    EXPECT_NE(std::string::npos, result.Err.find("rs-print beside librs.so, or a directory above it"))
+    EXPECT_NE(
+        std::string::npos,
+        result.Err.find("rs-print neben librs.so oder ein Verzeichnis darüber ist für andere beschreibbar."))
         << result.Err;
 }
 

@@ -108,8 +108,9 @@ TEST_F(Headless, StandsInForAFrontEndThatIsNotKnown)
 {
     setenv("VARK_UI", "laterna-magica", 1);
     const std::string written = ErrorOutput([] { EXPECT_EQ(Show("Text", MB_YESNO), IDNO); });
-    EXPECT_EQ(written,
-              "varkui: VARK_UI=laterna-magica is not known; going on without a screen\nMERIDA: Text\n");
+    EXPECT_EQ(
+        written,
+        "varkui: VARK_UI=laterna-magica ist unbekannt. Es geht ohne Bildschirm weiter.\nMERIDA: Text\n");
 }
 
 TEST_F(Scripted, AnswersEachBoxWithTheNextInstruction)

@@ -184,7 +184,7 @@ TEST_F(Screen, PutsABoxInTheMiddleOfItsDialog)
 
 namespace {
 
-constexpr const char *hasGone = "varkui: the screen has gone; going on without it\n";
+constexpr const char *hasGone = "varkui: Der Bildschirm ist weg; es geht ohne ihn weiter.\n";
 
 }
 
@@ -291,8 +291,10 @@ TEST_F(Screen, ThatIsMissingLeavesEverythingToNobody)
     testing::internal::CaptureStderr();
     EXPECT_EQ(MessageBoxA(nullptr, "Frage", "MERIDA", MB_YESNO), IDNO);
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n"),
-              std::string::npos)
+    EXPECT_NE(
+        said.find(
+            "varkui: vark-ui findet keinen Bildschirm. Es geht ohne Bildschirm weiter.\nMERIDA: Frage\n"),
+        std::string::npos)
         << said;
 }
 
@@ -487,7 +489,7 @@ TEST(WithoutScreen, AMissingProgramLeavesEverythingToNobodyAndSaysSo)
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_YESNO), IDNO);
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said, "varkui: there is no program vark-ui beside libvarkui.so; going on without a screen\n"
+    EXPECT_EQ(said, "varkui: Neben libvarkui.so fehlt das Programm vark-ui. Es geht ohne Bildschirm weiter.\n"
                     "MERIDA: Frage\n");
 }
 
@@ -502,7 +504,8 @@ TEST(WithoutScreen, AProgramThatCannotStartLeavesEverythingToNobodyAndSaysSo)
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said, "varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n");
+    EXPECT_EQ(said,
+              "varkui: vark-ui findet keinen Bildschirm. Es geht ohne Bildschirm weiter.\nMERIDA: Frage\n");
 }
 
 namespace {
@@ -524,7 +527,8 @@ TEST(WithoutScreen, AProgramThatNeverBecomesReadyIsGivenUpAndEnded)
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said, "varkui: vark-ui found no screen; going on without a screen\nMERIDA: Frage\n");
+    EXPECT_EQ(said,
+              "varkui: vark-ui findet keinen Bildschirm. Es geht ohne Bildschirm weiter.\nMERIDA: Frage\n");
     pid_t process = 0;
     std::ifstream(frontEnd.Directory / "process") >> process;
     ASSERT_GT(process, 0);
@@ -548,9 +552,9 @@ TEST(WithoutScreen, AStartThatFailedForTheMomentIsTriedAgain)
     EXPECT_EQ(box(nullptr, "zwei", "MERIDA", MB_OKCANCEL), IDCANCEL);
     EXPECT_EQ(box(nullptr, "drei", "MERIDA", MB_OKCANCEL), IDCANCEL);
     const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said, "varkui: Too many open files; going on without a screen for now\n"
+    EXPECT_EQ(said, "varkui: Zu viele Dateien sind geöffnet. Vorerst geht es ohne Bildschirm weiter.\n"
                     "MERIDA: eins\n"
-                    "varkui: vark-ui found no screen; going on without a screen\n"
+                    "varkui: vark-ui findet keinen Bildschirm. Es geht ohne Bildschirm weiter.\n"
                     "MERIDA: zwei\n"
                     "MERIDA: drei\n");
 }

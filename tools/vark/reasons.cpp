@@ -1,10 +1,10 @@
 #include "tools/vark/reasons.h"
 
+#include "host/error_texts.h"
 #include "include/vark40.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -20,41 +20,6 @@ namespace cli {
 namespace {
 
 constexpr std::string_view boxPrefix = "MERIDA: ";
-constexpr std::string_view partPrefix = "librs: ";
-
-struct ErrorText {
-    int Error;
-    const char *German;
-};
-
-constexpr ErrorText errorTexts[] = {
-    {ENOENT, "Das Verzeichnis oder die Datei gibt es nicht."},
-    {ENOTDIR, "Ein Teil des Pfads ist kein Verzeichnis."},
-    {EACCES, "Das ist nicht erlaubt."},
-    {EPERM, "Das ist nicht erlaubt."},
-    {EISDIR, "Das ist ein Verzeichnis."},
-    {EROFS, "Der Datenträger ist schreibgeschützt."},
-    {ENOSPC, "Der Datenträger ist voll."},
-    {EDQUOT, "Der zugeteilte Platz ist verbraucht."},
-    {EFBIG, "Die Datei würde zu groß."},
-    {EMFILE, "Zu viele Dateien sind geöffnet."},
-    {ENFILE, "Zu viele Dateien sind geöffnet."},
-    {ENAMETOOLONG, "Der Name ist zu lang."},
-    {ELOOP, "Zu viele Verweise führen im Kreis."},
-    {ENOMEM, "Der Speicher reicht nicht."},
-    {EIO, "Der Datenträger meldet einen Fehler."},
-    {EPIPE, "Niemand liest mehr."},
-    {ENXIO, "Niemand liest."},
-};
-
-// "librs: PATH: No such file or directory" has its reason at the end, as the system words it in English.
-std::string ReasonOfPart(std::string_view line)
-{
-    for (const ErrorText &each : errorTexts) {
-        if (line.ends_with(strerrordesc_np(each.Error))) return each.German;
-    }
-    return {};
-}
 
 void WriteAll(int file, std::string_view text)
 {
@@ -69,7 +34,8 @@ void WriteAll(int file, std::string_view text)
 
 void UseNoWindows() { setenv("VARK_UI", "headless", 1); }
 
-ReasonCatcher::ReasonCatcher()
+ReasonCatcher::ReasonCatcher(const std::string &file)
+    : partOfFile(file.empty() ? "" : "librs: " + file + ": ")
 {
     std::fflush(stderr);
     caught = memfd_create("vark-meldungen", MFD_CLOEXEC);
@@ -112,9 +78,8 @@ std::string ReasonCatcher::Take()
             line.remove_prefix(boxPrefix.size());
             if (!reasons.empty()) reasons += ' ';
             reasons += line;
-        } else if (const std::string reason = ReasonOfPart(line);
-                   line.starts_with(partPrefix) && !reason.empty()) {
-            partReason = reason;
+        } else if (!partOfFile.empty() && line.starts_with(partOfFile)) {
+            partReason = line.substr(partOfFile.size());
         } else {
             WriteAll(real, std::string(line) + "\n");
         }
@@ -124,13 +89,7 @@ std::string ReasonCatcher::Take()
 
 std::string ReasonCatcher::TakePartReason() { return std::exchange(partReason, {}); }
 
-std::string GermanOf(int error)
-{
-    for (const ErrorText &each : errorTexts) {
-        if (each.Error == error) return each.German;
-    }
-    return "Fehler " + std::to_string(error) + " des Betriebssystems.";
-}
+std::string GermanOf(int error) { return host::TextOfError(error).Text; }
 
 int Refuse(ReasonCatcher &catcher, int code)
 {

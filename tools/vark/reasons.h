@@ -14,7 +14,8 @@ void UseNoWindows();
 // Catches standard error while it lives; only around calls of the library. What is no message of the library
 // goes out to the real standard error at the end.
 struct ReasonCatcher {
-    ReasonCatcher();
+    // What the report engine says of `file` is kept for TakePartReason.
+    explicit ReasonCatcher(const std::string &file = {});
     ~ReasonCatcher();
     ReasonCatcher(const ReasonCatcher &) = delete;
     ReasonCatcher &operator=(const ReasonCatcher &) = delete;
@@ -25,14 +26,15 @@ struct ReasonCatcher {
     void Pass(const std::string &text) const;
     // The real standard error, for what is drawn meanwhile; the stream is the catcher's.
     FILE *Real() const { return stream != nullptr ? stream : stderr; }
-    // Why the report engine could not do what it was asked last, German; empty when it has said nothing.
+    // Why the report engine could not write that file; empty when it has said nothing of it.
     std::string TakePartReason();
 
 private:
     int caught = -1; // file that stands in for standard error
     int real = -1;   // standard error itself
     FILE *stream = nullptr;
-    long read = 0; // how much of the caught text has been taken
+    long read = 0;          // how much of the caught text has been taken
+    std::string partOfFile; // how such a line begins
     std::string partReason;
 };
 

@@ -80,7 +80,7 @@ bool Copy(int from, int to)
 
 void Export(VarkWindow view, const fs::path &path, const std::string &shownPath)
 {
-    ReasonCatcher catcher;
+    ReasonCatcher catcher(path.string());
     const bool isWritten = RSExportView(view, path.c_str()) != 0;
     catcher.Take();
     if (isWritten) return;

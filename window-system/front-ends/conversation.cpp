@@ -101,7 +101,7 @@ void *Converse(void * /*nothing*/)
     DropDescriptors(pending, written.Descriptors);
     Release(pending.Frames.Data);
     Release(pending.Descriptors.Data);
-    WriteToStandardError("varkui", "the screen has gone; going on without it");
+    WriteToStandardError("varkui", "Der Bildschirm ist weg; es geht ohne ihn weiter.");
     Lock();
     close(screenEnd.Socket);
     screenEnd.Socket = -1;

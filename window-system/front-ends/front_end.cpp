@@ -47,7 +47,7 @@ bool Choose()
         return start != Start::NotNow;
     } else if (strcmp(wish, "headless") != 0) {
         char line[256];
-        snprintf(line, sizeof line, "VARK_UI=%s is not known; going on without a screen", wish);
+        snprintf(line, sizeof line, "VARK_UI=%s ist unbekannt. Es geht ohne Bildschirm weiter.", wish);
         WriteToStandardError("varkui", line);
     }
     return true;

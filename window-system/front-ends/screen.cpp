@@ -1,7 +1,9 @@
 #include "window-system/front-ends/screen.h"
 
 #include "host/descriptors.h"
+#include "host/error_texts.h"
 #include "host/helpers.h"
+#include "text/windows1252.h"
 #include "window-system/front-ends/conversation.h"
 #include "window-system/front-ends/lines.h"
 #include "window-system/front-ends/outgoing.h"
@@ -83,8 +85,11 @@ Start GoWithout(const char *reason, int error = 0)
 {
     static bool isTold; // starting is one thread's business at a time
     const bool isForNow = MayPass(error);
-    char line[300];
-    snprintf(line, sizeof line, "%s; going on without a screen%s", reason, isForNow ? " for now" : "");
+    char utf8[300];
+    snprintf(utf8, sizeof utf8, "%s %s ohne Bildschirm weiter.", reason,
+             isForNow ? "Vorerst geht es" : "Es geht");
+    char line[sizeof utf8];
+    text::FromUtf8(utf8, line, sizeof line);
     if (!isForNow || !isTold) WriteToStandardError("varkui", line);
     isTold = isForNow;
     if (screenEnd.Socket >= 0) close(screenEnd.Socket);
@@ -100,7 +105,7 @@ Start StartScreen()
     int sockets[2] = {-1, -1};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) {
         const int error = errno;
-        return GoWithout(strerror(error), error);
+        return GoWithout(host::TextOfError(error).Text, error);
     }
     const timespec begin = Now();
     screenEnd.Socket = host::KeepAboveStandard(sockets[0]);
@@ -113,15 +118,15 @@ Start StartScreen()
     char *const arguments[] = {name, nullptr};
     if (hasDescriptors) error = host::StartHelper(name, arguments, &other, 1, process);
     if (other >= 0) close(other);
-    if (error == ENOENT) return GoWithout("there is no program vark-ui beside libvarkui.so");
-    if (error == EPERM) return GoWithout("vark-ui, or a directory above it, can be written by others");
-    if (error != 0) return GoWithout("vark-ui could not be started", error);
+    if (error == ENOENT) return GoWithout("Neben libvarkui.so fehlt das Programm vark-ui.");
+    if (error == EPERM) return GoWithout("vark-ui oder ein Verzeichnis darüber ist für andere beschreibbar.");
+    if (error != 0) return GoWithout("vark-ui läßt sich nicht starten.", error);
     const bool isSpeaking = HearHello(begin);
     if (!isSpeaking) host::EndHelper(process);
     host::AwaitEnd(process); // it goes on by a child of its own, so that the host has none to wait for
-    if (!isSpeaking) return GoWithout("vark-ui found no screen");
+    if (!isSpeaking) return GoWithout("vark-ui findet keinen Bildschirm.");
     fcntl(screenEnd.Socket, F_SETFL, O_NONBLOCK);
-    if (!BeginConversation()) return GoWithout("there is no thread for the screen", EAGAIN);
+    if (!BeginConversation()) return GoWithout("Für den Bildschirm läßt sich kein Thread starten.", EAGAIN);
     return Start::Done;
 }
 

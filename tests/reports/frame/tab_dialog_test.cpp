@@ -801,6 +801,7 @@ TEST(PeriodTabDialogOnScreen, ThatLosesItsScreenIsAcceptedThroughTheSameChecks)
     };
     EXPECT_EQ(7, stage.Run());
     person.join();
-    EXPECT_EQ("varkui: the screen has gone; going on without it\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ("varkui: Der Bildschirm ist weg; es geht ohne ihn weiter.\n",
+              testing::internal::GetCapturedStderr());
     EXPECT_STREQ("310318", stage.State.Tabs.Selections[0].BisDatum);
 }
