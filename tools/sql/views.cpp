@@ -40,7 +40,7 @@ SELECT o.Mandant, o.Jahr, '$ART' AS Kontoart, o.Konto,
   CASE o.Waehrung WHEN '' THEN o.Betrag1 ELSE o.Waehrungsbetrag END AS Betrag,
   dezimal(CASE o.Waehrung WHEN '' THEN o.Betrag1 ELSE o.Waehrungsbetrag END) AS Betrag_Text,
   CASE o.Waehrung WHEN '' THEN f.Waehrung ELSE o.Waehrung END AS Waehrung,
-  o.Betrag1 AS Betrag_Mandant, o.Text1 AS Text
+  o.Betrag1 AS Betrag_Mandant, o.Text2 AS Text
 FROM temp.fista f CROSS JOIN temp.$POSTEN o ON o.Mandant = f.Nummer AND o.Jahr = f.UpperYear)";
 
 // Cost lines; what lies on the Haben side counts against.
