@@ -5,7 +5,6 @@ from __future__ import annotations
 import ctypes
 import datetime
 from decimal import Decimal
-from types import TracebackType
 from typing import Any, Callable, Generic, Iterator, Optional, Sequence, TypeVar, Union
 
 from . import _values as values
@@ -86,17 +85,6 @@ class Cursor(OfThread, Generic[T]):
             self._end()
         self._is_over = True
 
-    def __enter__(self) -> Cursor[T]:
-        return self
-
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
-        self.close()
-
 
 class Buecher(OfThread):
     """The books of Mandant number `mandant`, for the thread that opens them.
@@ -114,17 +102,6 @@ class Buecher(OfThread):
         self.mandant = values.number(mandant, "mandant", 1)
         self._is_open = True
         begin_hearing(self._parts)
-
-    def __enter__(self) -> Buecher:
-        return self
-
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
-        self.close()
 
     def close(self) -> None:
         """Closes the thread's tables when these are its last open books."""

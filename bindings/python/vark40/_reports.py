@@ -14,7 +14,6 @@ from contextlib import contextmanager
 from dataclasses import dataclass
 from decimal import Decimal
 from pathlib import Path
-from types import TracebackType
 from typing import Any, Iterator, Optional, Sequence, Union
 
 from . import _values as values
@@ -171,17 +170,6 @@ class Berichtsansicht(OfThread):
         self._windows = windows
         self._view = _view_in(windows, window)
         self._content: Optional[dict[str, Any]] = None
-
-    def __enter__(self) -> Berichtsansicht:
-        return self
-
-    def __exit__(
-        self,
-        kind: Optional[type[BaseException]],
-        error: Optional[BaseException],
-        traceback: Optional[TracebackType],
-    ) -> None:
-        self.close()
 
     def close(self) -> None:
         """Ends the report."""

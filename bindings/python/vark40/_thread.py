@@ -5,7 +5,8 @@ from __future__ import annotations
 import ctypes
 import os
 import threading
-from typing import Any, Optional
+from types import TracebackType
+from typing import Any, Optional, TypeVar
 
 from ._declarations import Ergebnis, Exports
 from ._errors import Unavailable, WrongThread, error_of
@@ -40,13 +41,31 @@ def state() -> ThreadState:
     return _state
 
 
+Own = TypeVar("Own", bound="OfThread")
+
+
 class OfThread:
-    """Something that only the thread which made it may use."""
+    """Something that only the thread which made it may use, and that the end of `with` closes."""
 
     def __init__(self) -> None:
         self._thread = threading.get_ident()
         self._exports: Exports = need_ready()
         self._parts: Optional[Parts] = parts()
+
+    def close(self) -> None:
+        """Ends its use."""
+        raise NotImplementedError
+
+    def __enter__(self: Own) -> Own:
+        return self
+
+    def __exit__(
+        self,
+        kind: Optional[type[BaseException]],
+        error: Optional[BaseException],
+        traceback: Optional[TracebackType],
+    ) -> None:
+        self.close()
 
     def _need_thread(self) -> None:
         if threading.get_ident() != self._thread:

@@ -83,6 +83,30 @@ def test_a_sample_does_what_it_says(
     assert "tolka.ini" in refused.stderr and "(-36)" in refused.stderr
 
 
+@pytest.mark.parametrize("language", LANGUAGES)
+def test_a_data_path_that_leads_nowhere_is_told(
+    language: str, programs: dict[str, list[object]], tmp_path: Path
+) -> None:
+    (tmp_path / "vark.ini").write_text(f"[VARK]\nPfad={tmp_path}/da\n")
+    refused = run(*programs[language], books=tmp_path)
+    assert (refused.returncode, refused.stdout) == (1, "")
+    assert "(-3)" in refused.stderr and "not found" in refused.stderr
+    assert not (tmp_path / "da").exists()
+
+
+@pytest.mark.parametrize("language", LANGUAGES)
+def test_foreign_books_are_told_and_stay_as_they_are(
+    language: str, programs: dict[str, list[object]], tmp_path: Path
+) -> None:
+    (tmp_path / "da").mkdir()
+    (tmp_path / "da" / "books.mdb").write_bytes(b"These are no books." * 1000)
+    (tmp_path / "vark.ini").write_text(f"[VARK]\nPfad={tmp_path}/da\n")
+    refused = run(*programs[language], books=tmp_path)
+    assert (refused.returncode, refused.stdout) == (1, "")
+    assert "Not a btrieve file" in refused.stderr
+    assert (tmp_path / "da" / "books.mdb").read_bytes() == b"These are no books." * 1000
+
+
 @pytest.mark.parametrize("language", ["cpp", "pascal"])
 def test_a_library_of_another_version_is_refused_by_the_loader(
     language: str, programs: dict[str, list[object]], tmp_path: Path
