@@ -18,24 +18,47 @@ from pathlib import Path
 import markdown
 
 PICTURE = re.compile(r"^```sh\n([^`]*)```\n\n!\[[^\]]*\]\(bilder/(\w+)\.png\)", re.MULTILINE)
-RESOLUTION = "75"  # dots per inch
+RESOLUTION = "110"  # dots per inch
 
 STYLE = """
 body { font: 16px/1.55 system-ui, sans-serif; color: #222; background: #fff; margin: 0; }
 main { max-width: 52rem; margin: 0 auto; padding: 1rem; }
-nav { font-size: 15px; border-bottom: 2px solid #ccc; padding-bottom: 1rem; }
+nav { font-size: 15px; border-bottom: 2px solid #ccc; padding-bottom: 1rem; column-count: 2; }
+nav strong { display: block; column-span: all; }
+nav .toc { break-inside: avoid; }
 nav ul { margin: .2rem 0; padding-left: 1.2rem; }
 h1 { font-size: 1.7rem; margin-top: 3.5rem; border-bottom: 2px solid #ccc; }
 h2 { font-size: 1.3rem; margin-top: 2.2rem; }
 h3 { font-size: 1.1rem; margin-top: 1.8rem; }
 pre { background: #f4f4f2; padding: .6rem .8rem; overflow-x: auto; font-size: 13.5px; line-height: 1.4; }
-code { font-family: ui-monospace, monospace; font-size: .92em; }
-pre code { font-size: 1em; }
+pre:has(> .language-text) { background: #fff; border: 1px solid #ddd; }
+code { font-family: ui-monospace, monospace; font-size: .92em; white-space: nowrap; }
+pre code { font-size: 1em; white-space: inherit; }
+td code { white-space: normal; overflow-wrap: anywhere; }
 img { max-width: 100%; border: 1px solid #bbb; }
 table { border-collapse: collapse; font-size: 14.5px; width: 100%; }
 th, td { text-align: left; vertical-align: top; padding: .25rem .7rem .25rem 0; border-bottom: 1px solid #ddd; }
 a { color: #0b57a4; }
-@media print { nav { page-break-after: always; } h1 { page-break-before: always; } }
+@media screen and (max-width: 44rem) {
+  nav { column-count: 1; }
+  thead { display: none; }
+  table, tbody, tr, td { display: block; }
+  tr { border-bottom: 1px solid #ddd; padding: .4rem 0; }
+  td { border: 0; padding: .1rem 0; }
+  td:first-child { font-weight: bold; }
+  td:not(:first-child)::before { content: attr(data-head) ": "; color: #666; }
+}
+@page { size: A4; margin: 18mm 16mm; }
+@media print {
+  body { font-size: 10.5pt; }
+  main { padding: 0; }
+  nav { break-after: page; }
+  h1 { break-before: page; }
+  h1, h2, h3, pre:has(+ p > img), p:has(+ pre + p > img) { break-after: avoid; }
+  pre { white-space: pre-wrap; overflow-wrap: anywhere; font-size: 9pt; break-inside: avoid; }
+  img { max-height: 20cm; }
+  tr { break-inside: avoid; }
+}
 """
 
 
@@ -63,6 +86,17 @@ def make_pictures(chapters: list[Path], programs: Path, place: Path) -> None:
                 )
 
 
+def with_heads(table: str) -> str:
+    """A table each of whose cells names its column, for a screen too narrow to show them side by side."""
+    heads = re.findall(r"<th[^>]*>(.*?)</th>", table)
+
+    def named(row: re.Match[str]) -> str:
+        names = iter(heads)
+        return re.sub(r"<td", lambda cell: f'<td data-head="{html.escape(next(names))}"', row[0])
+
+    return re.sub(r"<tr>.*?</tr>", named, table, flags=re.DOTALL)
+
+
 def page_of(chapters: list[Path]) -> str:
     converter = markdown.Markdown(extensions=["tables", "fenced_code", "toc"], extension_configs={"toc": {"toc_depth": "1-2"}})
     bodies, contents = [], []
@@ -75,6 +109,7 @@ def page_of(chapters: list[Path]) -> str:
         name = chapter.stem
         body = re.sub(r'<(h[2-6]) id="', rf'<\1 id="{name}-', body)
         body = re.sub(r'<h1 id="[^"]*"', f'<h1 id="{name}"', body, count=1)
+        body = re.sub(r"<table>.*?</table>", lambda table: with_heads(table[0]), body, flags=re.DOTALL)
         contents.append(re.sub(r'href="#([^"]*)"', rf'href="#{name}-\1"', converter.toc))
         title = re.search(r"^# (.*)$", text, re.MULTILINE)
         assert title is not None, chapter

@@ -5,6 +5,7 @@ contents_test.py SOURCE_DIRECTORY BUILD_DIRECTORY
 
 from __future__ import annotations
 
+import html
 import re
 import subprocess
 import sys
@@ -25,8 +26,19 @@ class Contents(unittest.TestCase):
         linked = re.findall(r"^\d+\. \[[^\]]+\]\((\w+\.md)\)", read(CHAPTERS / "README.md"), re.MULTILINE)
         self.assertEqual(sorted(linked), sorted(file.name for file in CHAPTERS.glob("*.md") if file.name != "README.md"))
 
+    def test_what_is_for_packages_runs_with_them(self) -> None:
+        marked = re.findall(r"^```sh pakete=(\w+)$", read(CHAPTERS / "einrichten.md"), re.MULTILINE)
+        self.assertEqual(["server", "alle", "entfernen"], marked)
+        self.assertEqual(marked, re.findall(r"^handbook (\w+)$", read(ROOT / "tests" / "packages"), re.MULTILINE))
+        for file in CHAPTERS.glob("*.md"):
+            if file.name != "einrichten.md":
+                self.assertNotIn("pakete=", read(file))
+
     def test_every_message_has_its_cause_and_way_out(self) -> None:
-        rows = dict(re.findall(r"^\| (\d+) \| (.*) \|$", read(CHAPTERS / "meldungen.md"), re.MULTILINE))
+        chapter = read(CHAPTERS / "meldungen.md")
+        rows = {
+            number: html.unescape(row) for number, row in re.findall(r"^\| (\d+) \| (.*) \|$", chapter, re.MULTILINE)
+        }
         definitions = read(ROOT / "src" / "frame" / "messages.def")
         own = {
             number: "".join(re.findall(r'"([^"]*)"', text))
@@ -66,6 +78,15 @@ class Contents(unittest.TestCase):
         for picture in re.findall(r'src="([^"]*)"', page):
             self.assertEqual(b"\x89PNG", (PAGE / picture).read_bytes()[:4], picture)
         self.assertNotIn("```", page)
+
+    @unittest.skipUnless((PAGE / "index.html").exists(), "the page was not built")
+    def test_the_page_shows_each_row_as_it_stands(self) -> None:
+        cells = re.findall(r'<td data-head="Meldung">(.*?)</td>', read(PAGE / "index.html"))
+        rows = re.findall(r"^\| \d+ \| (.*?) \|", read(CHAPTERS / "meldungen.md"), re.MULTILINE)
+        self.assertGreater(len(rows), 150)
+        shown = {html.unescape(re.sub(r"</?code>", "`", cell)) for cell in cells}
+        for row in rows:
+            self.assertIn(html.unescape(row), shown)
 
 
 if __name__ == "__main__":
