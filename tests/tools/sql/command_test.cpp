@@ -228,3 +228,25 @@ TEST_F(SqlCommand, AnyProgramOfSqliteLoadsTheExtension)
         << good.Err;
     EXPECT_EQ("", good.Err);
 }
+
+TEST_F(SqlCommand, AnExtensionBesideAnotherRecordManagerIsNotLoaded)
+{
+    SKIP_WITH_SANITIZERS();
+    const fs::path built = fs::path(SQL_EXTENSION).parent_path();
+    const fs::path place = Directory.Path / "teile";
+    fs::create_directory(place);
+    fs::copy_file(built / "vark_sql.so", place / "vark_sql.so");
+    const auto load = [&] {
+        return tests::Run({"/usr/bin/sqlite3", {":memory:", ".load " + (place / "vark_sql").string()}});
+    };
+    const Result alone = load();
+    EXPECT_NE(0, alone.ExitCode);
+    EXPECT_NE(std::string::npos, alone.Err.find("libwbtrv32.so: cannot open shared object file"))
+        << alone.Err;
+
+    // One that lacks what this extension calls.
+    fs::copy_file(built / "libvarkui.so", place / "libwbtrv32.so");
+    const Result other = load();
+    EXPECT_NE(0, other.ExitCode);
+    EXPECT_NE(std::string::npos, other.Err.find("undefined symbol: Btr")) << other.Err;
+}
