@@ -28,11 +28,6 @@ int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *vie
     MetaPage meta;
     view->Number = UINT64_MAX;
     if (!CopyMeta(*store->Own, number, &meta)) return damaged;
-    // Without sums a page that is being written is told by the transaction that came meanwhile.
-    MDB_envinfo info;
-    if (!store->Own->Summed && (mdb_env_info(store->Own->Real, &info) != 0 || info.me_last_txnid > number)) {
-        return damaged;
-    }
     view->Number = number;
     view->LastPage = meta.LastPage;
     view->Free = meta.Free;
@@ -59,6 +54,15 @@ int16_t BeginTransaction(Store *store, View *view)
     return StatusOf(error);
 }
 
+// Without sums a meta page that was being written is told by the number of the snapshot: the page is written
+// by the second transaction from here, which begins when the first one's number is known.
+bool IsStillNewest(const View &view, uint64_t number)
+{
+    std::atomic_thread_fence(std::memory_order_acquire);
+    mdb_txn_reset(view.Transaction);
+    return mdb_txn_renew(view.Transaction) == 0 && mdb_txn_id(view.Transaction) == number;
+}
+
 int16_t Renew(Store *store, View *view)
 {
     for (unsigned attempt = 0;; ++attempt) {
@@ -66,7 +70,9 @@ int16_t Renew(Store *store, View *view)
         if (status != BtrStatusOk) return status;
         const uint64_t number = mdb_txn_id(view->Transaction);
         status = ReadHeads(store, view->Transaction, number, view);
-        if (status == BtrStatusOk) return status;
+        if (status == BtrStatusOk && (store->Own->Summed || IsStillNewest(*view, number))) return status;
+        status = damaged;
+        view->Number = UINT64_MAX;
         mdb_txn_reset(view->Transaction);
         if (attempt == mostAttempts) return status;
     }

@@ -8,6 +8,7 @@
 #include "record-manager/lmdb/private.h"
 #include "tests/support/page_sums.h"
 
+#include <atomic>
 #include <chrono>
 #include <fcntl.h>
 #include <fstream>
@@ -154,6 +155,58 @@ TEST(Books, ALaterFormatIsForeign)
     PutIntoCatalogue(directory / "books.mdb", "!format", std::string("WBTRVBKS\3\0\0\0\1\0\0\0", 16));
     Local me;
     EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusForeignFile);
+}
+
+TEST(Books, AsTheyWereBeforeThereWereSumsAreReadAndWrittenWithoutThem)
+{
+    const TempDirectory directory;
+    const std::string path = directory / "books.mdb";
+    MakeT(directory);
+    ASSERT_GT(testsupport::CountSums(path), 0u);
+    testsupport::TakeSums(path);
+    {
+        Local me;
+        const OnT<Local> t{me};
+        ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+        EXPECT_EQ(t.GetEqual("a").Status, BtrStatusOk);
+        for (int i = 0; i < 500; ++i) {
+            ASSERT_EQ(t.Insert("b" + std::to_string(i), "y", i).Status, BtrStatusOk);
+        }
+        EXPECT_EQ(t.GetEqual("b499").Status, BtrStatusOk);
+        ASSERT_EQ(Close(me).Status, BtrStatusOk);
+    }
+    EXPECT_EQ(testsupport::CountSums(path), 0u) << "half of them with sums would be damaged books";
+    Local me;
+    ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    EXPECT_EQ(OnT<Local>{me}.GetEqual("b0").Status, BtrStatusOk);
+}
+
+// A commit shows in the books while it waits for the disk, long before the next may begin.
+TEST(Books, AsTheyWereBeforeThereWereSumsAreReadWhileSomebodyWrites)
+{
+    const TempDirectory directory;
+    MakeT(directory);
+    testsupport::TakeSums(directory / "books.mdb");
+    std::atomic<bool> ends = false;
+    std::thread writing([&] {
+        Local other;
+        const OnT<Local> t{other};
+        EXPECT_EQ(Open(other, directory / "t.btr").Status, BtrStatusOk);
+        for (int i = 0; i < 300; ++i) {
+            EXPECT_EQ(t.Insert("w" + std::to_string(i), "x", i).Status, BtrStatusOk);
+        }
+        ends = true;
+    });
+    Local me;
+    const OnT<Local> t{me};
+    EXPECT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
+    int refused = 0;
+    while (!ends) {
+        const int16_t status = t.Read(BtrOpGetLast, 0).Status;
+        if (status != BtrStatusOk && status != BtrStatusEndOfFile) ++refused;
+    }
+    writing.join();
+    EXPECT_EQ(refused, 0);
 }
 
 TEST(Books, BooksThatWereCutOffAreRefused)
@@ -524,7 +577,7 @@ TEST(Books, ReplacedBooksAreFoundAnew)
     ASSERT_EQ(Create(me, directory / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
     fs::copy_file(directory / "books.mdb", saved / "books.mdb");
     ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
-    ASSERT_EQ(OnT<Local>{me}.Insert("a", "x", 1).Status, BtrStatusOk);
+    ASSERT_EQ(OnT<Local>{me}.Insert("first", "x", 1).Status, BtrStatusOk);
     ASSERT_EQ(Close(me).Status, BtrStatusOk);
     fs::rename(saved / "books.mdb", directory / "books.mdb");
     ASSERT_EQ(Open(me, directory / "t.btr").Status, BtrStatusOk);
