@@ -57,6 +57,7 @@ struct Cursor {
     alignas(uint32_t) uint8_t Value[4];
 };
 
+// Of StoreFunctions: store.h tells what each promises.
 int16_t BeginSnapshot(Store *store, View **snapshot);
 void ResetSnapshot(View *snapshot);
 void EndSnapshot(View *snapshot);
@@ -78,6 +79,7 @@ int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value);
 int16_t SendGate(Connection *connection, unsigned wait_ms, bool exclusive);
 int16_t TakeGate(Connection *connection, size_t kept);
 void SendRollback(Connection *connection);
+// Of StoreFunctions: store.h tells what each promises.
 int16_t EnterGate(Store *store, unsigned wait_ms, bool exclusive);
 void LeaveGate(Store *store);
 int16_t BeginWriter(Store *store, Writer **writer);
@@ -93,6 +95,7 @@ int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key);
 
 // ---- files.cpp ----
 
+// Of StoreFunctions: store.h tells what each promises.
 int16_t AcquireFile(View *view, const char *name, File **file);
 void ReleaseFile(Store *store, File *file);
 int16_t CreateFile(Writer *writer, const char *name, const Definition &definition);
@@ -106,6 +109,7 @@ int16_t CountGroups(View *view, const File &file, Counters *counters);
 
 // ---- locking.cpp ----
 
+// Of StoreFunctions: store.h tells what each promises.
 int16_t TakeLockDescription(Store *store, int *fd);
 void GiveLockDescription(Store *store, int *fd);
 LockResult LockRecord(Store *store, int fd, uint32_t file, uint32_t record, const LockWait &wait);
@@ -119,6 +123,7 @@ void DropUsage(Store *store, bool uses, bool loads, bool wasLoading);
 
 // ---- store.cpp ----
 
+// Of ServerPart and StoreFunctions.
 int16_t AcquireServerStore(const char *directory, bool create, bool readOnly, const void *client,
                            Store **out);
 void ReleaseStore(Store *store);

@@ -7,6 +7,7 @@
 
 namespace vark {
 
+// '0' to '9', in no locale.
 inline bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
 // Anything but a digit counts as 0.
@@ -15,6 +16,7 @@ inline uint32_t DigitValue(char character)
     return IsDigit(character) ? static_cast<uint32_t>(character - '0') : 0;
 }
 
+// The digit of a value up to 9.
 inline char DigitOf(uint32_t value)
 {
     Holds(value <= 9);

@@ -41,6 +41,7 @@ bool HasPostings(ThreadContext &context, const DayRange &days, bool &hasAny, Tab
 // Which account of a posting: the number of the key of bube that it is found by.
 enum class PostingAccount : unsigned { Soll = 1, Haben = 2, Steuer = 3 };
 
+// The posting's number in that place; empty where it has none.
 const AccountNumber &AccountOf(const BubeRecord &record, PostingAccount which);
 
 // Other keys of bube.

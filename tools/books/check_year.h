@@ -15,6 +15,7 @@ struct YearPlace {
     std::filesystem::path Before;        // of the year before; there may be none
 };
 
+// Checks every table of a fiscal year against the others and against the years around it.
 void CheckYear(Findings &findings, const YearPlace &place, const tools::Mandant &mandant, int year);
 
 } // namespace books

@@ -20,6 +20,7 @@ struct PartnerRow {
     uint8_t Mandanten;
 };
 
+// In the order of their numbers, which begin at firstDebitor and firstKreditor.
 std::span<const PartnerRow> Debitoren();
 std::span<const PartnerRow> Kreditoren();
 

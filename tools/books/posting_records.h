@@ -14,6 +14,7 @@ Account *Pick(Generator &maker, const std::vector<Account *> &accounts, const Ac
 // A net amount in Pfennig, smaller ones more often.
 int64_t Amount(Generator &maker, int64_t lowDm, int64_t highDm);
 
+// Writes a line into the books, and what it makes of the sums of its accounts and of the day.
 void Book(Generator &maker, Line line);
 void BookPlain(Generator &maker, int soll, int haben, int64_t amount, const char *prefix, int64_t voucher,
                const char *text, uint16_t status = 0);

@@ -45,6 +45,7 @@ struct Value {
     std::string Text = {};
 };
 
+// An argument as SQLite hands it over; of a real the whole number below.
 Value ValueOf(sqlite3_value *value);
 
 struct KeyRange {

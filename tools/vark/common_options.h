@@ -12,6 +12,7 @@ namespace cli {
 
 using Options = std::vector<tools::Option>;
 
+// Puts `more` behind the options.
 void Append(Options &options, const Options &more);
 
 // Sets of kinds of accounts.
