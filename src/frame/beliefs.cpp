@@ -7,10 +7,9 @@ namespace vark {
 
 bool StopsAtBrokenBelief = true;
 
-bool TellBroken(const std::source_location &where)
+bool TellBroken(const char *file, unsigned line)
 {
-    std::fprintf(stderr, "MERIDA: interner Fehler, %s:%u\n", where.file_name(),
-                 static_cast<unsigned>(where.line()));
+    std::fprintf(stderr, "MERIDA: interner Fehler, %s:%u\n", file, line);
     assert(!StopsAtBrokenBelief);
     ThreadContext *const context = GetThreadContext();
     if (context != nullptr) ++context->BrokenBeliefs;

@@ -1,4 +1,6 @@
 #include "src/frame/messages.h"
+
+#include "src/frame/engine_calls.h"
 #include "text/windows1252.h"
 
 #include <cstdio>
@@ -95,7 +97,7 @@ void ReportStatus(int16_t status, const char *text)
 
 bool ReportLocked(int16_t status)
 {
-    if (status != 84 && status != 85) return false;
+    if (status != statusRecordLocked && status != statusFileLocked) return false;
     ShowMessage(Message::DatensatzBenutzt, 0, nullptr, -1);
     return true;
 }

@@ -5,16 +5,14 @@
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
-#include <source_location>
 
 namespace vark {
 
-bool TellBroken(const std::source_location &where);
+bool TellBroken(const char *file, unsigned line);
 
-bool TellBroken(const std::source_location &where)
+bool TellBroken(const char *file, unsigned line)
 {
-    std::fprintf(stderr, "MERIDA: interner Fehler, %s:%u\n", where.file_name(),
-                 static_cast<unsigned>(where.line()));
+    std::fprintf(stderr, "MERIDA: interner Fehler, %s:%u\n", file, line);
     assert(false);
     std::_Exit(tools::ExitFailure);
 }
