@@ -18,6 +18,18 @@ namespace {
 constexpr uint16_t operationOpen = 0;
 constexpr uint16_t operationClose = 1;
 
+RecordManagerEntry realEngine;
+std::vector<std::string> opened;
+
+int16_t VARK_CALL NoteOpen(uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                           uint8_t keyLength, int8_t keyNumber)
+{
+    if (operation == operationOpen) {
+        opened.push_back(std::filesystem::path(static_cast<const char *>(key)).stem().string());
+    }
+    return realEngine(operation, block, data, length, key, keyLength, keyNumber);
+}
+
 struct MandantSelection : testing::Test {
     Books books;
     ThreadContext *context = nullptr;
@@ -29,15 +41,8 @@ struct MandantSelection : testing::Test {
     // File names in the order in which the thread opens them from now on.
     static std::vector<std::string> &NoteOpens()
     {
-        static RecordManagerEntry real = EngineEntry;
-        static std::vector<std::string> opened;
-        EngineEntry = [](uint16_t operation, void *block, void *data, uint32_t *length, void *key,
-                         uint8_t keyLength, int8_t keyNumber) {
-            if (operation == operationOpen) {
-                opened.push_back(std::filesystem::path(static_cast<const char *>(key)).stem().string());
-            }
-            return real(operation, block, data, length, key, keyLength, keyNumber);
-        };
+        realEngine = EngineEntry;
+        EngineEntry = NoteOpen;
         return opened;
     }
     // What SelectMandant answers, and how many tables it opened or closed.

@@ -14,6 +14,18 @@ namespace {
 
 constexpr uint16_t deleteOperation = 4;
 
+RecordManagerEntry realEngine;
+int locks; // asked for and not given back
+
+int16_t VARK_CALL RefuseUpdates(uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                                uint8_t keyLength, int8_t keyNumber)
+{
+    if (operation == 205) ++locks;
+    if (operation == 27) --locks;
+    if (operation == 3) return 18;
+    return realEngine(operation, block, data, length, key, keyLength, keyNumber);
+}
+
 void AddStapel(Books &books, int32_t number, const std::string &name, int16_t interval = 0)
 {
     StapelRecord record = MakeStapel(number, name);
@@ -569,14 +581,8 @@ TEST(StapelChange, ARefusedWriteGivesTheLockBack)
     )");
     AddBooks(books);
     AttachLibrary();
-    static RecordManagerEntry real = EngineEntry;
-    static int locks = 0;
-    EngineEntry = [](uint16_t operation, void *block, void *data, uint32_t *length, void *key,
-                     uint8_t keyLength, int8_t keyNumber) {
-        if (operation == 205) ++locks;
-        if (operation == 27) --locks;
-        return operation == 3 ? int16_t{18} : real(operation, block, data, length, key, keyLength, keyNumber);
-    };
+    realEngine = EngineEntry;
+    EngineEntry = RefuseUpdates;
     EXPECT_EQ(0, VARK_HoleStapelNr(nullptr, -1));
     EXPECT_EQ("", books.Trouble());
     EXPECT_EQ(0, locks);
@@ -850,20 +856,31 @@ TEST(StapelDeletion, PostingsThatCannotBeReadForbidIt)
 
 namespace {
 
-RecordManagerEntry realEngine;
 Books *watched;
 int stapelReads;
 
 // Another user: adds postings to Stapel 16 and 19 right before the library reads a Stapel's postings for the
 // second time, which is after the question has been answered.
-int16_t BookMeanwhile(uint16_t operation, void *block, void *data, uint32_t *length, void *key,
-                      uint8_t keyLength, int8_t keyNumber)
+int16_t VARK_CALL BookMeanwhile(uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                                uint8_t keyLength, int8_t keyNumber)
 {
     if (operation == 9 && keyNumber == 1 && ++stapelReads == 2) {
         AddPosting(*watched, 19);
         AddPosting(*watched, 16, 1, 1);
     }
     return realEngine(operation, block, data, length, key, keyLength, keyNumber);
+}
+
+// Another user makes a posting of a Stapel a settlement after the question.
+int16_t VARK_CALL SettleMeanwhile(uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                                  uint8_t keyLength, int8_t keyNumber)
+{
+    const int16_t status = realEngine(operation, block, data, length, key, keyLength, keyNumber);
+    // The first reads are those before and behind the question, and one more inside the transaction.
+    if (operation == 9 && keyNumber == 1 && ++stapelReads == 4) {
+        static_cast<BatRecord *>(data)->OpAusgleich = 1;
+    }
+    return status;
 }
 
 void LetAnotherBookMeanwhile(Books &books)
@@ -930,15 +947,7 @@ TEST(StapelDeletion, ASettlementThatIsMetWhileDeletingKeepsEverything)
     const Size before = SizeOf(books);
     AttachLibrary();
     realEngine = EngineEntry;
-    EngineEntry = [](uint16_t operation, void *block, void *data, uint32_t *length, void *key,
-                     uint8_t keyLength, int8_t keyNumber) {
-        const int16_t status = realEngine(operation, block, data, length, key, keyLength, keyNumber);
-        // The first reads are those before and behind the question, and one more inside the transaction.
-        if (operation == 9 && keyNumber == 1 && ++stapelReads == 4) {
-            static_cast<BatRecord *>(data)->OpAusgleich = 1;
-        }
-        return status;
-    };
+    EngineEntry = SettleMeanwhile;
     EXPECT_EQ(0, VARK_HoleStapelNr(nullptr, -1));
     EXPECT_EQ("", books.Trouble());
     EXPECT_EQ(before, SizeOf(books));

@@ -36,8 +36,8 @@ void Note(uint16_t operation)
     }
 }
 
-int16_t Faulty(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
-               uint8_t keyLength, int8_t keyNumber)
+int16_t VARK_CALL Faulty(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
+                         uint8_t keyLength, int8_t keyNumber)
 {
     if (armed && (onlyOperation < 0 || onlyOperation == operation)) {
         ++counted;

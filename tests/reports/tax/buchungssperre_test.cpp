@@ -258,8 +258,8 @@ namespace {
 RecordManagerEntry realEntry;
 thread_local bool gotTheRecord;
 
-int16_t Watching(uint16_t operation, void *block, void *data, uint32_t *length, void *key, uint8_t keyLength,
-                 int8_t keyNumber)
+int16_t VARK_CALL Watching(uint16_t operation, void *block, void *data, uint32_t *length, void *key,
+                           uint8_t keyLength, int8_t keyNumber)
 {
     const int16_t status = realEntry(operation, block, data, length, key, keyLength, keyNumber);
     if (operation == 205 && status == 0) gotTheRecord = true;
