@@ -20,7 +20,7 @@ add_library(vark_part INTERFACE)
 target_link_libraries(vark_part INTERFACE vark_warnings)
 target_compile_options(vark_part INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
 if(WIN32)
-  target_link_options(vark_part INTERFACE -static)
+  target_link_options(vark_part INTERFACE $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-static>)
 else()
   target_link_options(vark_part INTERFACE -Wl,-z,nodelete -Wl,-z,relro -Wl,-z,now)
 endif()
@@ -59,17 +59,35 @@ function(vark_windows_library target name)
   endif()
 endfunction()
 
-# A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LABELS …] [TIMEOUT seconds]
-# [FIXTURES …] [BESIDE program]).
+# A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LINUX …] [WRAPS function …] [LABELS …]
+# [TIMEOUT seconds] [FIXTURES …] [BESIDE program]).
+# LINUX names sources whose cases need what is not there on Windows: forks, signals, our own report engine and tools.
+# Calls of a function of WRAPS lead to the test's __wrap_function, which finds the function itself as __real_function.
 # Each case is run in a process of its own, since the library's state is final for the life of a process; with BESIDE
 # all of them in one, which that program starts.
 function(vark_test name)
-  cmake_parse_arguments(arg "" "TIMEOUT;BESIDE" "SOURCES;LIBRARIES;LABELS;FIXTURES" ${ARGN})
+  cmake_parse_arguments(arg "" "TIMEOUT;BESIDE" "SOURCES;LINUX;LIBRARIES;WRAPS;LABELS;FIXTURES" ${ARGN})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
+  if(NOT WIN32)
+    list(APPEND arg_SOURCES ${arg_LINUX})
+  endif()
   add_executable(test_${name} ${arg_SOURCES})
+  foreach(function ${arg_WRAPS})
+    if(WIN32)
+      target_sources(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/windows/wraps/${function}.cpp)
+    else()
+      target_link_options(test_${name} PRIVATE -Wl,--wrap=${function})
+    endif()
+  endforeach()
   target_link_libraries(test_${name} PRIVATE vark_warnings GTest::gtest_main ${arg_LIBRARIES})
+  if(WIN32)
+    target_precompile_headers(test_${name} REUSE_FROM vark_test_support)
+    # GCC 12 sees texts copied beyond their end in optimised std::string + "text"; later ones do not.
+    target_compile_options(test_${name} PRIVATE -Wno-array-bounds)
+    add_dependencies(windows_suites test_${name})
+  endif()
   if(arg_BESIDE)
     add_test(NAME ${name} COMMAND ${arg_BESIDE} $<TARGET_FILE:test_${name}>)
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})

@@ -61,7 +61,7 @@ struct EngineCalls : testing::Test {
 
     void SetUp() override
     {
-        setenv("VARK_CONFIG_DIR", frontEnd.Directory.c_str(), 1);
+        setenv("VARK_CONFIG_DIR", frontEnd.Directory.string().c_str(), 1);
         std::ofstream(frontEnd.Directory / "vark.ini") << "[VARK]\nPfad=/d/DB\n";
         ASSERT_EQ(1, EnterExport(context));
         EngineEntry = Answer;

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
-#include <sys/resource.h>
 
 using namespace vark;
 using namespace text;
@@ -356,18 +355,4 @@ TEST_F(Messages, AFieldThatTakesNoFocusIsNotSelected)
     FieldDialog state{.Focus = secondField};
     EXPECT_TRUE(RunDialog(table, nullptr, Disabling::Procedure, &state));
     EXPECT_EQ(state.SelectionBegin, state.SelectionEnd);
-}
-
-// A host that has used up its descriptors for a moment gets its boxes afterwards.
-TEST(WindowSystem, IsLoadedLaterWhereItCouldNotBeAtFirst)
-{
-    setenv("VARK_UI", "headless", 1);
-    rlimit before{};
-    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &before));
-    const rlimit none{3, before.rlim_max};
-    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &none));
-    const int refused = MessageBoxA(nullptr, "Text", "MERIDA", MB_OK);
-    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &before));
-    EXPECT_EQ(0, refused) << "nobody has seen it";
-    EXPECT_EQ(IDOK, MessageBoxA(nullptr, "Text", "MERIDA", MB_OK));
 }

@@ -1,13 +1,13 @@
 #include "tests/support/books.h"
 
 #include "record-manager/include/btrcall.h"
+#include "tests/support/installation.h"
 #include "text/windows1252.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <unistd.h>
 
 namespace vark::test {
 
@@ -158,17 +158,8 @@ TableId TableOfPath(const std::string &path)
 
 // ---- The installation ----
 
-std::string MakeDirectory()
-{
-    // Memory where there is some: the record manager waits for the disk at every change.
-    const char *const places[] = {std::getenv("VARK_TEST_DIR"), "/dev/shm", "/tmp"};
-    for (const char *place : places) {
-        if (place == nullptr) continue;
-        std::string name = std::string(place) + "/vark-XXXXXX";
-        if (mkdtemp(name.data()) != nullptr) return name;
-    }
-    throw std::runtime_error("no directory for the test");
-}
+// A path with the separators of this system, as the library puts it into messages.
+std::string Native(const std::string &path) { return fs::path(path).make_preferred().string(); }
 
 void WriteFile(const std::string &path, const std::string &content)
 {
@@ -200,7 +191,8 @@ Books::Books(const std::string &script) : directory(MakeDirectory()), upperYears
     if (booksExist) throw std::logic_error("one installation in a process: run the tests with ctest");
     booksExist = true;
     fs::create_directory(directory + "/DB");
-    WriteFile(directory + "/tolka.ini", "[TOLKA]\nPfad32=" + directory + "/DB\n");
+    WriteFile(directory + "/tolka.ini", "[TOLKA]\nPfad32=" + Native(directory + "/DB") + "\n");
+    NameParts(directory);
     WriteFile(directory + "/ui.log", "");
     std::string ui = "headless";
     if (!script.empty()) {
@@ -220,7 +212,7 @@ Books::~Books()
     fs::remove_all(directory, ignored);
 }
 
-std::string Books::FistaPath() const { return directory + "/DB/fista.btr"; }
+std::string Books::FistaPath() const { return Native(directory + "/DB/fista.btr"); }
 
 void Books::AddMandant(int mandant, const MandantOptions &options)
 {
@@ -256,13 +248,13 @@ void Books::AddMandant(int mandant, const MandantOptions &options)
 std::string Books::YearDirectory(int mandant, const std::string &year) const
 {
     const std::string &name = year.empty() ? upperYears.at(static_cast<size_t>(mandant)) : year;
-    return directory + "/DB/" + name + (mandant == 1 ? "" : std::to_string(mandant - 1));
+    return Native(directory + "/DB/" + name + (mandant == 1 ? "" : std::to_string(mandant - 1)));
 }
 
 std::string Books::TablePath(int mandant, TableId table, const std::string &year) const
 {
     if (table == TableFista) return FistaPath();
-    return YearDirectory(mandant, year) + "/" + tableCatalogue[table].Stem + ".btr";
+    return Native(YearDirectory(mandant, year) + "/" + tableCatalogue[table].Stem + ".btr");
 }
 
 FistaRecord Books::Mandant(int mandant) const

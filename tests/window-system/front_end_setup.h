@@ -17,7 +17,7 @@ struct FrontEndSetup {
         char pattern[] = "/tmp/vark-ui-test-XXXXXX";
         Directory = mkdtemp(pattern);
         setenv("VARK_UI", "headless", 1);
-        setenv("VARK_UI_LOG", (Directory / "log").c_str(), 1);
+        setenv("VARK_UI_LOG", (Directory / "log").string().c_str(), 1);
         unsetenv("DISPLAY");
         unsetenv("WAYLAND_DISPLAY");
     }

@@ -1,21 +1,10 @@
 // Dialogs with a period on each of two tab pages, played by scripts on a dialog of the tests' own, and a
 // host's message loop that asks VARK_IsMessage first.
-#include "src/reports/frame/tab_dialog.h"
+#include "tests/reports/frame/two_periods.h"
 
 #include "include/vark40.h"
-#include "src/frame/dialogs.h"
-#include "src/frame/lifecycle.h"
-#include "src/frame/mandant.h"
-#include "src/reports/frame/dialog_layout.h"
-#include "src/reports/frame/output_choice.h"
 #include "tests/support/alloc_faults.h"
-#include "tests/support/books.h"
-#include "tests/support/display.h"
-#include "text/windows1252.h"
 
-#include <atomic>
-#include <functional>
-#include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,58 +17,6 @@ using varkui::DialogControlKind;
 using varkui::DialogTable;
 
 namespace {
-
-struct TwoPeriods {
-    ThreadContext *Context = nullptr;
-    bool IsGuv = true;
-    PeriodTabs Tabs{};
-    int32_t Ausgabe = 0;
-    int32_t OutputState = 0;
-    std::function<void(HWND)> AtOpening;
-    std::function<void(HWND)> AtOk;
-};
-
-INT_PTR CALLBACK TwoPeriodsProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
-{
-    auto *state = DialogState<TwoPeriods>(dialog, message, lParam);
-    if (state == nullptr) return FALSE;
-    if (message == WM_INITDIALOG) {
-        SetPropA(dialog, VARKUI_ANSWER_PROP, reinterpret_cast<HANDLE>(INT_PTR{IDOK}));
-        if (!InitPeriodTabs(dialog, controlPeriodTabs, state->IsGuv, *state->Context, state->Tabs)) {
-            EXPECT_EQ(0, EndTabDialog(dialog, 0));
-            return TRUE;
-        }
-        InitOutputChoice(dialog, state->Ausgabe, state->OutputState);
-        if (state->AtOpening) state->AtOpening(dialog);
-        return TRUE;
-    }
-    if (PeriodTabMessage(state->Tabs, dialog, message, wParam, lParam)) return TRUE;
-    if (OutputControlMessage(state->OutputState, dialog, message, wParam, lParam)) return TRUE;
-    if (message != WM_COMMAND || HIWORD(wParam) != BN_CLICKED) return FALSE;
-    switch (LOWORD(wParam)) {
-    case controlCompare:
-        state->Tabs.CompareOn = IsDlgButtonChecked(dialog, controlCompare) == BST_CHECKED ? 1 : 0;
-        return TRUE;
-    case IDOK:
-        if (lParam != 0) {
-            PostMessageA(dialog, WM_COMMAND, IDOK, 0);
-        } else if (AcceptCurrentPage(state->Tabs)) {
-            if (state->AtOk) state->AtOk(dialog);
-            EXPECT_EQ(1, EndTabDialog(dialog, 7));
-        }
-        return TRUE;
-    case IDCANCEL: EndTabDialog(dialog, 0); return TRUE;
-    default: return FALSE;
-    }
-}
-
-DialogTable TwoPeriodsTable(DialogBuilder &builder, bool isGuv)
-{
-    builder = BeginDialog();
-    AddPeriodTabs(builder, PageOptions(isGuv));
-    AddOutputGroup(builder, {});
-    return FinishDialog(builder, 127, "Zwei Zeiträume"_w);
-}
 
 // A dialog of one tab control and nothing behind the tabs.
 constexpr DialogControl plainControls[] = {
@@ -146,48 +83,6 @@ HWND MakeFrame(HWND parent = nullptr, DWORD style = WS_OVERLAPPEDWINDOW | WS_VIS
     frame.lpfnWndProc = FrameProcedure;
     RegisterClassA(&frame);
     return CreateWindowExA(0, "Rahmen", "Wirt", style, 0, 0, 400, 300, parent, nullptr, nullptr, nullptr);
-}
-
-// Everything between the first call of the library and a dialog that is open.
-struct Stage {
-    Books Installation;
-    TwoPeriods State;
-    DialogBuilder Builder = BeginDialog();
-
-    explicit Stage(const std::string &script, bool isGuv = true) : Installation(script)
-    {
-        Installation.AddMandant(1);
-        EXPECT_EQ(1, EnterExport(State.Context));
-        FistaRecord mandant;
-        EXPECT_EQ(1, SelectMandant(*State.Context, 1, mandant));
-        State.IsGuv = isGuv;
-        State.Tabs.Selections[0].Code = 3;
-        State.Tabs.Selections[0].Jahr = 18;
-        State.Tabs.Selections[1] = State.Tabs.Selections[0];
-    }
-    ~Stage() { VARK_SchliesseDB(); }
-    Stage(const Stage &) = delete;
-    Stage &operator=(const Stage &) = delete;
-
-    int32_t Run(HWND parent = nullptr)
-    {
-        return RunTabDialog(TwoPeriodsTable(Builder, State.IsGuv), parent, TwoPeriodsProcedure, &State);
-    }
-    std::string Refusals()
-    {
-        std::string refusals;
-        for (const std::string &line : Installation.TakeLog()) {
-            if (line.find("script:") == 0) refusals += line + "\n";
-        }
-        return refusals;
-    }
-};
-
-std::string TextOfWindow(HWND window)
-{
-    char text[64];
-    GetWindowTextA(window, text, sizeof text);
-    return text;
 }
 
 VarkMessage KeyMessage(HWND window, WPARAM key)
@@ -736,72 +631,4 @@ TEST(IsMessage, HostsLoopServesATabbedDialogUntilItsEnd)
     EXPECT_EQ(5u, message.wParam);
     EXPECT_FALSE(IsWindow(dialog));
     EXPECT_EQ("", stage.Refusals());
-}
-
-// ---- On a screen ----
-
-TEST(PeriodTabDialogOnScreen, KeysTurnThePagesAndARefusalStays)
-{
-    Stage stage("");
-    Display display;
-    const std::string missing = display.Begin(std::filesystem::path(VARKUI_LIBRARY).parent_path());
-    if (!missing.empty()) GTEST_SKIP() << missing;
-    std::thread person;
-    std::atomic<HWND> opened{nullptr};
-    stage.State.AtOpening = [&](HWND dialog) {
-        opened = dialog;
-        person = std::thread([&] {
-            const auto page = [&] {
-                return SendDlgItemMessageA(opened, controlPeriodTabs, TCM_GETCURSEL, 0, 0);
-            };
-            const auto comes = [&](LRESULT wanted) { return Eventually([&] { return page() == wanted; }); };
-            EXPECT_TRUE(display.HasKeyboard("Zwei Zeitr\xC3\xA4ume"));
-            display.Do("key ctrl+Tab");
-            EXPECT_TRUE(comes(1));
-            display.Do("key ctrl+shift+Tab");
-            EXPECT_TRUE(comes(0));
-            // A year that is none keeps the page, and the field is focused and selected for the next try.
-            HWND year = GetDlgItem(stage.State.Tabs.PageWindows[0], controlYear);
-            display.Do("key alt+j");
-            display.Do("type --delay 20 70");
-            EXPECT_TRUE(Eventually([&] { return TextOfWindow(year) == "70"; }));
-            display.Do("key ctrl+Tab");
-            EXPECT_TRUE(display.HasKeyboard("MERIDA"));
-            display.Do("key Return");
-            EXPECT_TRUE(display.HasKeyboard("Zwei Zeitr\xC3\xA4ume"));
-            EXPECT_EQ(0, page());
-            display.Do("type --delay 20 1997");
-            EXPECT_TRUE(Eventually([&] { return TextOfWindow(year) == "1997"; })) << TextOfWindow(year);
-            display.Do("key Return");
-        });
-    };
-    EXPECT_EQ(7, stage.Run());
-    person.join();
-    EXPECT_STREQ("310317", stage.State.Tabs.Selections[0].BisDatum);
-}
-
-// With the second page in view.
-TEST(PeriodTabDialogOnScreen, ThatLosesItsScreenIsAcceptedThroughTheSameChecks)
-{
-    Stage stage("");
-    Display display;
-    const std::string missing = display.Begin(std::filesystem::path(VARKUI_LIBRARY).parent_path());
-    if (!missing.empty()) GTEST_SKIP() << missing;
-    GetActiveWindow(); // loads the window system, which looks at standard error when it is loaded
-    testing::internal::CaptureStderr();
-    std::thread person;
-    stage.State.AtOpening = [&](HWND dialog) {
-        person = std::thread([&display, dialog] {
-            EXPECT_TRUE(display.HasKeyboard("Zwei Zeitr\xC3\xA4ume"));
-            display.Do("key ctrl+Tab");
-            EXPECT_TRUE(Eventually(
-                [&] { return SendDlgItemMessageA(dialog, controlPeriodTabs, TCM_GETCURSEL, 0, 0) == 1; }));
-            EXPECT_TRUE(display.KillProgram());
-        });
-    };
-    EXPECT_EQ(7, stage.Run());
-    person.join();
-    EXPECT_EQ("varkui: Der Bildschirm ist weg; es geht ohne ihn weiter.\n",
-              testing::internal::GetCapturedStderr());
-    EXPECT_STREQ("310318", stage.State.Tabs.Selections[0].BisDatum);
 }
