@@ -61,7 +61,7 @@
 
 #ifdef _WIN32
 #include <windows.h>
-#define VARK_CALL __stdcall
+#define VARK_CALL __stdcall /* _VARK_Status@0 to who links libvark40.a, "VARK_Status" to GetProcAddress */
 typedef HWND VarkWindow;
 typedef MSG VarkMessage;
 #else

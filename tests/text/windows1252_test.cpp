@@ -13,13 +13,13 @@ TEST(Windows1252, LiteralIsTurnedOverAtCompileTime)
 
 TEST(Windows1252, EveryByteSurvivesTheWayToUtf8AndBack)
 {
-    for (int byte = 1; byte < 256; ++byte) {
-        const char one[2] = {static_cast<char>(byte), 0};
+    for (int letter = 1; letter < 256; ++letter) {
+        const char one[2] = {static_cast<char>(letter), 0};
         char utf8[8];
         char back[8];
         ToUtf8(one, utf8, sizeof utf8);
         FromUtf8(utf8, back, sizeof back);
-        EXPECT_STREQ(one, back) << byte;
+        EXPECT_STREQ(one, back) << letter;
     }
 }
 

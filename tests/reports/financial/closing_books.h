@@ -57,13 +57,17 @@ inline void InDialog(std::function<void(HWND dialog)> change)
     wanted = std::move(change);
     WNDCLASSA made{};
     made.lpszClassName = "InDialog";
-    made.lpfnWndProc = [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
-        if (message != WM_APP) return DefWindowProcA(window, message, wParam, lParam);
-        HWND dialog = GetActiveWindow();
-        DestroyWindow(window);
-        if (dialog != nullptr) wanted(dialog);
-        return 0;
+    struct Messenger {
+        static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+        {
+            if (message != WM_APP) return DefWindowProcA(window, message, wParam, lParam);
+            HWND dialog = GetActiveWindow();
+            DestroyWindow(window);
+            if (dialog != nullptr) wanted(dialog);
+            return 0;
+        }
     };
+    made.lpfnWndProc = Messenger::Procedure;
     RegisterClassA(&made);
     HWND window =
         CreateWindowExA(0, made.lpszClassName, "", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);

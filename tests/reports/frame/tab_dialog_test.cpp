@@ -352,16 +352,19 @@ TEST(TabDialogLoop, EndsWithTheDialogThatWasDestroyedWithoutAnEnd)
     // A frame that goes takes the dialog with it.
     HWND frame = MakeFrame();
     stage.State.AtOk = [&](HWND) { DestroyWindow(frame); };
-    const auto procedure = [](HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) -> INT_PTR {
-        auto *state = DialogState<TwoPeriods>(dialog, message, lParam);
-        if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
-            state->AtOk(dialog);
-            return TRUE;
+    struct Ending {
+        static INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+        {
+            auto *state = DialogState<TwoPeriods>(dialog, message, lParam);
+            if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+                state->AtOk(dialog);
+                return TRUE;
+            }
+            if (state != nullptr && message == WM_INITDIALOG) state->AtOpening(dialog);
+            return state != nullptr && PeriodTabMessage(state->Tabs, dialog, message, wParam, lParam);
         }
-        if (state != nullptr && message == WM_INITDIALOG) state->AtOpening(dialog);
-        return state != nullptr && PeriodTabMessage(state->Tabs, dialog, message, wParam, lParam);
     };
-    EXPECT_EQ(0, RunTabDialog(TwoPeriodsTable(stage.Builder, true), frame, +procedure, &stage.State));
+    EXPECT_EQ(0, RunTabDialog(TwoPeriodsTable(stage.Builder, true), frame, Ending::Procedure, &stage.State));
     EXPECT_FALSE(IsWindow(gone));
     VarkMessage message = KeyMessage(nullptr, VK_TAB);
     EXPECT_EQ(0, VARK_IsMessage(&message));
