@@ -38,8 +38,10 @@ void TakePicture(HWND window)
     head.biWidth = place.right - place.left;
     head.biHeight = place.bottom - place.top;
     head.biPlanes = 1;
-    head.biBitCount = 32;
-    std::vector<char> pixels(static_cast<size_t>(head.biWidth) * static_cast<size_t>(head.biHeight) * 4);
+    head.biBitCount = 24;
+    // Rows are filled up to whole words.
+    const size_t row = (static_cast<size_t>(head.biWidth) * 3 + 3) / 4 * 4;
+    std::vector<char> pixels(row * static_cast<size_t>(head.biHeight));
 
     HDC const source = GetWindowDC(window);
     HDC const memory = CreateCompatibleDC(source);
