@@ -5,11 +5,12 @@
 
 namespace vark::test {
 
-// A directory of its own, in memory where there is some: the record manager waits for the disk at every change.
-// Throws when there is no place for it.
+// A directory of its own, in memory where there is some: the record manager waits for the disk at every
+// change. Throws when there is no place for it.
 std::string MakeDirectory();
 
-// Has the library find the record manager that the tests are linked with. `directory` is that of the ini files.
+// Has the library find the record manager that the tests are linked with. `directory` is that of the ini
+// files.
 void NameParts(const std::string &directory);
 
 } // namespace vark::test

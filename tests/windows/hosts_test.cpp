@@ -1,5 +1,5 @@
-// Hosts of the library: in C by the import library and by names alone, in Pascal by the bare library. Each posts, reads
-// and has a person choose, who is a process of their own.
+// Hosts of the library: in C by the import library and by names alone, in Pascal by the bare library. Each
+// posts, reads and has a person choose, who is a process of their own.
 #include "tests/windows/wine.h"
 
 #include <thread>
@@ -26,7 +26,7 @@ struct Hosts : OnWindows {
     // What the host prints while somebody agrees to the Mandant that it proposes.
     std::string Host(const fs::path &program) const
     {
-        std::thread person([this] { Run(Built("stand_ins/chooser.exe"), "Mandantenauswahl 1"); });
+        std::thread person([this] { Run(Built("stand_ins/chooser.exe"), "Mandantenauswahl"); });
         const std::string output =
             Run("'" + program.string() + "'", "", "VARK_CONFIG_DIR='" + Books + "' VARK_HEUTE=15.06.1998");
         person.join();

@@ -1,5 +1,5 @@
-// A dialog of the tests' own with a period on each of two tab pages, and what lies between the first call of the library
-// and that dialog.
+// A dialog of the tests' own with a period on each of two tab pages, and what lies between the first call
+// of the library and that dialog.
 #pragma once
 
 #include "src/reports/frame/tab_dialog.h"

@@ -27,8 +27,8 @@ HWND LabelOf(HWND control);
 // The field of an edit, or of a combo box that has one. Null for other controls.
 HWND FieldOf(HWND control);
 
-// Rows of a list box, combo box or tab control: how many, -1 for a control without; the text of one; the selected
-// one, -1 for none.
+// Rows of a list box, combo box or tab control: how many, -1 for a control without; the text of one; the
+// selected one, -1 for none.
 int CountRows(HWND control);
 std::string TextOfRow(HWND control, int row);
 int SelectedRow(HWND control);

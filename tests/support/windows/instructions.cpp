@@ -383,8 +383,8 @@ bool NameKey(std::string name, KeyPress &press)
     return true;
 }
 
-// A character is posted as such, so that the machine's keyboard has no say in it; the system turns the other keys
-// into characters itself.
+// A character is posted as such, so that the machine's keyboard has no say in it; the system turns the
+// other keys into characters itself.
 void PressKey(const KeyPress &press)
 {
     constexpr LPARAM once = 1;

@@ -19,8 +19,8 @@ constexpr char unseenProperty[] = "varkPersonAnswered";
 
 enum class FrontEnd : unsigned char { Unchosen, Headless, Script, Nobody };
 
-// The script of the process, and whom it serves: one thread until that has no window open any more, then the next,
-// in the order in which they came.
+// The script of the process, and whom it serves: one thread until that has no window open any more, then
+// the next, in the order in which they came.
 struct Script {
     Instructions List;
     DWORD Holder;

@@ -1,9 +1,9 @@
-// A person before the real windows: what a script, a list of instructions or nobody does to them, as the window
-// system of Linux has it, with the same lines in $VARK_UI_LOG.
+// A person before the real windows: what a script, a list of instructions or nobody does to them, as the
+// window system of Linux has it, with the same lines in $VARK_UI_LOG.
 //
-// A hook tells of the first window of each thread. From then on a timer of that thread looks whether something waits:
-// the system hands timers out last, so the thread has nothing else to do then. With VARK_UI=gtk nothing is done, and
-// whoever sits before the screen answers.
+// A hook tells of the first window of each thread. From then on a timer of that thread looks whether
+// something waits: the system hands timers out last, so the thread has nothing else to do then. With
+// VARK_UI=gtk nothing is done, and whoever sits before the screen answers.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// What tests call that Windows has not: some functions of POSIX, and the calls by which a host plays a person, which
-// our own window system has. Every source of a test includes this first.
+// What tests call that Windows has not: some functions of POSIX, and the calls by which a host plays a
+// person, which our own window system has. Every source of a test includes this first.
 #pragma once
 
 #ifdef __cplusplus

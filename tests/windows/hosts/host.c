@@ -1,5 +1,5 @@
-/* A host that posts, reads and has a person choose, and tells what came of it. It is linked with the import library or,
-   with BARE, finds the functions in the library by their names. */
+/* A host that posts, reads and has a person choose, and tells what came of it. It is linked with the import
+   library or, with BARE, finds the functions in the library by their names. */
 #include "include/vark40.h"
 
 #include <stdio.h>

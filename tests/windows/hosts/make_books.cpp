@@ -1,5 +1,5 @@
-// Makes books that a host can post into, in $VARK_TEST_DIR, leaves them behind and prints where they are. With that
-// directory as its argument it prints the texts of the postings there instead.
+// Makes books that a host can post into, in $VARK_TEST_DIR, leaves them behind and prints where they are.
+// With that directory as its argument it prints the texts of the postings there instead.
 #include "record-manager/include/btrcall.h"
 #include "tests/support/books.h"
 

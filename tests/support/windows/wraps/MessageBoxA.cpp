@@ -1,5 +1,5 @@
-// Leads the library's calls of MessageBoxA to a test: they go through a pointer of the import library, whose place this
-// one takes.
+// Leads the library's calls of MessageBoxA to a test: they go through a pointer of the import library,
+// whose place this one takes.
 #include <windows.h>
 
 extern "C" {
