@@ -129,8 +129,7 @@ Printed SendToPrinter(const View &view, const PrintWishes &wishes, int pages, co
                       queue);
         return Printed::done;
     }
-    std::snprintf(said, sizeof said, "%s",
-                  isTaken || line[0] != 0 ? line : "Das Druckprogramm rs-print läuft nicht.");
+    std::snprintf(said, sizeof said, "%s", isTaken || line[0] != 0 ? line : LastReason());
     return isTaken ? Printed::waiting : Printed::failed;
 }
 

@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <malloc.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -169,6 +170,9 @@ int main(int argumentCount, char **arguments)
         _exit(rs::ShowPages(spoolDescriptor, fileDescriptor, pageCount) == nullptr ? 0 : 1);
     }
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // A host that ended before that is told by the pipe that nobody reads.
+    pollfd reader = {statusDescriptor, 0, 0};
+    if (poll(&reader, 1, 0) > 0 && (reader.revents & POLLERR) != 0) _exit(1);
     const char *problem =
         WritePdf(argumentCount > 2 ? arguments[2] : nullptr, argumentCount > 4 ? NumberIn(arguments[3]) : 0,
                  argumentCount > 4 ? NumberIn(arguments[4]) : 0);

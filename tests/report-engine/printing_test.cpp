@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "report_support.h"
+#include "window-system/include/varkui.h"
 
 using namespace reports;
 
@@ -63,7 +64,8 @@ struct Printing : testing::Test {
                                             directory.At("bin/") + name);
         }
         chmod(directory
-                  .Write("bin/backend/ablage", "#!/bin/sh\n[ $# = 0 ] && exit 0\ncat \"$6\" >" + at +
+                  .Write("bin/backend/ablage", "#!/bin/sh\n[ $# = 0 ] && exit 0\necho \"$4 $5\" >" + at +
+                                                   "/printed/$1.asked\ncat \"$6\" >" + at +
                                                    "/printed/.$1 && mv " + at + "/printed/.$1 " + at +
                                                    "/printed/$1.pdf\n")
                   .c_str(),
@@ -157,6 +159,34 @@ TEST_F(PrintingOnPaper, GoesToThePrinterThatIsNamed)
     EXPECT_TRUE(Eventually([&] { return access(directory.At("printed/1.pdf").c_str(), R_OK) == 0; }));
     Set("Gibtsnicht");
     EXPECT_NE(Refusal().find("Den Drucker Gibtsnicht gibt es nicht."), std::string::npos);
+}
+
+TEST_F(PrintingOnPaper, HasTheCopiesAndThePaperThatThePersonAskedFor)
+{
+    StartScheduler("Accepting Yes");
+    setenv("VARK_UI_LOG", directory.At("log").c_str(), 1);
+    setenv("VARK_UI",
+           ("script:" + directory.Write("script", "key Ctrl+p\ndialog 141\nexpect row 301 Ablage\n"
+                                                  "text 306 3\nselect 307 \"A5\"\npress 1\n"
+                                                  "expect text 115 Der Bericht wurde gedruckt auf Ablage.\n"
+                                                  "close\n"))
+               .c_str(),
+           1);
+    int32_t report = 0;
+    auto *view = static_cast<HWND>(MakeView(report));
+    MSG message;
+    while (IsWindow(view) != 0 && GetMessageA(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+    EXPECT_EQ(ReadFile(directory.At("log")).find("script:"), std::string::npos)
+        << ReadFile(directory.At("log"));
+    ASSERT_TRUE(Eventually([&] { return access(directory.At("printed/1.pdf").c_str(), R_OK) == 0; }))
+        << ReadFile(directory.At("error"));
+    const std::string asked = ReadFile(directory.At("printed/1.asked"));
+    EXPECT_EQ(asked.substr(0, 2), "3 ") << asked;
+    EXPECT_NE(asked.find("media=iso_a5_148x210mm"), std::string::npos) << asked;
+    ExpectPage("printed/1.pdf");
 }
 
 TEST_F(PrintingOnPaper, FailsWithoutADefaultPrinter)

@@ -214,13 +214,15 @@ std::vector<std::string> LinesOf(const std::string &text)
 
 namespace {
 
-std::vector<pid_t> Marked(const std::string &name, const std::string &mark)
+std::vector<pid_t> Marked(const std::string &name, const std::string &mark, const std::string &argument = "")
 {
     std::vector<pid_t> found;
     for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
         const std::string id = entry.path().filename().string();
         if (id.find_first_not_of("0123456789") != std::string::npos) continue;
         if (ReadFile(entry.path().string() + "/comm") != name + "\n") continue;
+        const std::string line = ReadFile(entry.path().string() + "/cmdline");
+        if (!argument.empty() && line.find('\0' + argument + '\0') == std::string::npos) continue;
         const std::string environment = '\0' + ReadFile(entry.path().string() + "/environ");
         if (environment.find('\0' + ("VARK_TEST_MARK=" + mark) + '\0') != std::string::npos) {
             found.push_back(std::stoi(id));
@@ -232,6 +234,25 @@ std::vector<pid_t> Marked(const std::string &name, const std::string &mark)
 } // namespace
 
 bool RunsMarked(const std::string &name, const std::string &mark) { return !Marked(name, mark).empty(); }
+
+bool StopMarked(const std::string &name, const std::string &mark, const std::string &argument)
+{
+    bool isStopped = false;
+    for (const pid_t each : Marked(name, mark, argument)) {
+        if (kill(each, SIGSTOP) == 0) isStopped = true;
+    }
+    return isStopped;
+}
+
+bool HasWrittenMarked(const std::string &name, const std::string &mark, const std::string &argument)
+{
+    for (const pid_t each : Marked(name, mark, argument)) {
+        const std::string counts = ReadFile("/proc/" + std::to_string(each) + "/io");
+        if (counts.find("\nwchar: ") != std::string::npos && counts.find("\nwchar: 0\n") == std::string::npos)
+            return true;
+    }
+    return false;
+}
 
 int KillMarked(const std::string &name, const std::string &mark)
 {

@@ -74,6 +74,10 @@ int PageCountOf(const std::string &pdf);
 
 // Whether a process called `name` has VARK_TEST_MARK=`mark` in its environment.
 bool RunsMarked(const std::string &name, const std::string &mark);
+// Whether one of those that were started with `argument` has written anything.
+bool HasWrittenMarked(const std::string &name, const std::string &mark, const std::string &argument);
+// Has those stand still that were started with `argument`; false where there is none.
+bool StopMarked(const std::string &name, const std::string &mark, const std::string &argument);
 
 // Kills the processes called `name` that have that mark; returns how many.
 int KillMarked(const std::string &name, const std::string &mark);

@@ -38,15 +38,16 @@ struct ViewOnScreen : testing::Test {
         setenv("VARK_CONFIG_DIR", directory.Path.c_str(), 1);
         setenv("VARK_TEST_MARK", directory.Path.c_str(), 1);
         setenv("HOME", directory.Path.c_str(), 1);
+        directory.Write("vark.ini", "[RS]\nDrucker=datei:~/druck\n");
     }
 
-    // Opens a view of six pages and handles its messages while `person` acts. Where the person fails, the
-    // view is taken away, so that the test ends.
-    void Show(const std::function<void()> &person)
+    // Opens a view, of six pages where nothing else is said, and handles its messages while `person` acts.
+    // Where the person fails, the view is taken away, so that the test ends.
+    void Show(const std::function<void()> &person, int lines = 200)
     {
         report = OpenShipped("or_slist.rs", susaId);
         AddSusaHeader(report);
-        for (int line = 0; line < 200; ++line) {
+        for (int line = 0; line < lines; ++line) {
             AddSusaLine(report,
                         {.Konto = std::to_string(1000 + line), .Name = "Büro & Küche", .KumSoll = 100});
         }
@@ -252,6 +253,36 @@ TEST_F(ViewOnScreen, LetsThePersonChooseAgainWhereAFileCannotBeWritten)
         EXPECT_TRUE(Display::HasKeyboard("Bericht"));
         EXPECT_EQ(Text(stateText), "");
     });
+}
+
+TEST_F(ViewOnScreen, ShowsHowFarSavingIsAndStopsWhenThePersonWants)
+{
+    constexpr int longReport = 30'000;
+    const auto pagesStandStill = [&] { return StopMarked("rs-pages", directory.Path.string(), "pdf"); };
+    Show(
+        [&] {
+            EXPECT_TRUE(OpenChooser());
+            Name("lang.pdf");
+            EXPECT_TRUE(Eventually(pagesStandStill)); // so that it takes as long as the person does
+            EXPECT_TRUE(Display::HasKeyboard("Bericht wird gespeichert"));
+            Do("key Escape");
+            EXPECT_TRUE(Display::HasKeyboard("Bericht speichern")) << "another name may be taken";
+            EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(directory.At("lang.pdf")); }));
+            Do("key Escape");
+            EXPECT_TRUE(Display::LosesKeyboard("Bericht speichern"));
+            // Printing, into a file here, is shown and stopped in the same way.
+            Do("key ctrl+p");
+            EXPECT_TRUE(Display::HasKeyboard("Bericht drucken"));
+            Do("key Return");
+            EXPECT_TRUE(Eventually(pagesStandStill));
+            EXPECT_TRUE(Display::HasKeyboard("Bericht wird gedruckt"));
+            Do("key Escape");
+            EXPECT_TRUE(Eventually([&] { return Text(stateText) == "Der Druck wurde abgebrochen."; }));
+            EXPECT_FALSE(std::filesystem::exists(directory.At("druck.pdf")));
+            Do("key Next");
+            EXPECT_TRUE(Eventually([&] { return Text(pageNumber) == "2"; })) << "and the view goes on";
+        },
+        longReport);
 }
 
 TEST_F(ViewOnScreen, MayBeClosedWhileItsChooserIsOpen)

@@ -1,15 +1,26 @@
 // Programs beside the engine that stand still: nobody waits for them without an end.
+#include "report-engine/handles.h"
 #include "report-engine/helper.h"
 #include "report-engine/page_source.h"
+#include "report_support.h"
+#include "tests/support/display.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace rs;
+using vark::test::Eventually;
 
 namespace {
 
@@ -70,4 +81,139 @@ TEST(Waits, AProgramThatDrawsNoPageIsLeft)
     EXPECT_EQ(-1, file);
     EXPECT_EQ(-1, source.Socket) << "the next one begins anew";
     close(sockets[1]);
+}
+
+namespace {
+
+// The programs themselves, in the middle of a long report.
+struct RealHelpers : testing::Test {
+    reports::Directory directory;
+    int32_t report = 0;
+
+    void SetUp() override
+    {
+        setenv("VARK_UI", "headless", 1);
+        setenv("VARK_CONFIG_DIR", directory.Path.c_str(), 1);
+        setenv("HOME", directory.Path.c_str(), 1);
+        setenv("VARK_TEST_MARK", directory.Path.c_str(), 1);
+    }
+
+    RSWindow MakeView(int lines)
+    {
+        report = reports::OpenShipped("or_slist.rs", reports::susaId);
+        reports::AddSusaHeader(report);
+        for (int line = 0; line < lines; ++line) {
+            reports::AddSusaLine(report, {.Konto = std::to_string(10'000 + line), .KumSoll = line});
+        }
+        return reports::OpenView(report);
+    }
+
+    bool Stop(const char *name, const char *argument) const
+    {
+        return reports::StopMarked(name, directory.Path.string(), argument);
+    }
+    bool Runs(const char *name) const { return reports::RunsMarked(name, directory.Path.string()); }
+
+    // What `body` says while the program of that name is stopped as soon as it runs.
+    std::string WhileStopped(const char *name, const char *argument, const std::function<void()> &body)
+    {
+        longestSilence_ms = 3000;
+        std::atomic<bool> isOver = false;
+        bool wasStopped = false;
+        std::thread stopping([&] {
+            while (!isOver && !wasStopped) {
+                wasStopped = Stop(name, argument);
+            }
+        });
+        const auto begin = std::chrono::steady_clock::now();
+        const std::string said = reports::Errors(body);
+        EXPECT_LT(Seconds(begin), 60) << "and not after 70 s or never";
+        isOver = true;
+        stopping.join();
+        EXPECT_TRUE(wasStopped);
+        EXPECT_TRUE(Eventually([&] { return !Runs(name); })) << "it was ended, though it stood still";
+        longestSilence_ms = 70'000;
+        return said;
+    }
+};
+
+constexpr int manyLines = 40'000;
+
+} // namespace
+
+TEST_F(RealHelpers, PagesThatStandStillAreToldAndTheHostGoesOn)
+{
+    RSWindow view = MakeView(manyLines);
+    const std::string path = directory.At("a.pdf");
+    EXPECT_EQ(WhileStopped("rs-pages", "pdf", [&] { EXPECT_EQ(RSExportView(view, path.c_str()), 0); }),
+              "librs: rs-pages antwortet nicht.\n");
+    EXPECT_EQ(directory.Files(), std::vector<std::string>{}) << "half a file is none";
+    EXPECT_EQ(RSExportView(view, directory.At("a.csv").c_str()), 1);
+    RSCloseReport(report);
+    view = MakeView(10);
+    EXPECT_EQ(RSExportView(view, path.c_str()), 1) << "pages as well";
+    RSCloseReport(report);
+}
+
+// A scheduler that takes connections and never answers keeps the program that prints.
+TEST_F(RealHelpers, APrintProgramThatStandsStillIsToldAndTheHostGoesOn)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path, sizeof address.sun_path, "%s", directory.At("socket").c_str());
+    const int scheduler = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(0, bind(scheduler, reinterpret_cast<const sockaddr *>(&address), sizeof address));
+    ASSERT_EQ(0, listen(scheduler, 8));
+    setenv("CUPS_SERVER", address.sun_path, 1);
+    RSWindow view = MakeView(10);
+    const std::string said = WhileStopped("rs-print", "print", [&] { EXPECT_EQ(RSPrintView(view, 0), 0); });
+    EXPECT_NE(said.find("MERIDA: Der Bericht konnte nicht gedruckt werden: rs-print antwortet nicht.\n"),
+              std::string::npos)
+        << said;
+    RSCloseReport(report);
+    // The box was answered, and the view closed, as nobody is there.
+    view = MakeView(10);
+    EXPECT_EQ(RSExportView(view, directory.At("a.pdf").c_str()), 1);
+    RSCloseReport(report);
+    close(scheduler);
+}
+
+// Stopped in the middle of its work, so that it cannot come to its end by itself.
+TEST_F(RealHelpers, PagesOfAFileEndWithTheirHost)
+{
+    const pid_t host = fork();
+    if (host == 0) {
+        RSExportView(MakeView(manyLines), directory.At("a.pdf").c_str());
+        _exit(0);
+    }
+    EXPECT_TRUE(
+        Eventually([&] { return reports::HasWrittenMarked("rs-pages", directory.Path.string(), "pdf"); }));
+    EXPECT_TRUE(Stop("rs-pages", "pdf"));
+    kill(host, SIGKILL);
+    waitpid(host, nullptr, 0);
+    EXPECT_TRUE(Eventually([&] { return !Runs("rs-pages"); }));
+}
+
+TEST_F(RealHelpers, PagesOfAViewEndWithTheirHost)
+{
+    const pid_t host = fork();
+    if (host == 0) {
+        View *view = HoldView(MakeView(10));
+        PageSource source = {-1};
+        PageRequest request = {};
+        request.Wish = PageWish::find;
+        std::snprintf(request.Sought, sizeof request.Sought, "10003");
+        PageAnswer answer;
+        int file = -1;
+        if (view == nullptr || !AskForPages(source, *view, request, answer, file)) _exit(1);
+        for (;;) {
+            pause();
+        }
+    }
+    EXPECT_TRUE(Eventually([&] { return Runs("rs-pages"); }));
+    kill(host, SIGKILL);
+    int status = 0;
+    waitpid(host, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status)) << "it drew no page";
+    EXPECT_TRUE(Eventually([&] { return !Runs("rs-pages"); }));
 }
