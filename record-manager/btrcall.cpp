@@ -193,22 +193,22 @@ int16_t Carry(Client *client, uint16_t code, Call *call)
 
 } // namespace wbtrv
 
-int16_t BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
-                uint8_t keyLength, int8_t keyNumber)
+int16_t BTR_CALL BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
+                         uint8_t keyLength, int8_t keyNumber)
 {
     return BtrCallOf(nullptr, operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
 }
 
-BtrClient *BtrMakeClient() { return reinterpret_cast<BtrClient *>(wbtrv::MakeClient()); }
+BtrClient *BTR_CALL BtrMakeClient() { return reinterpret_cast<BtrClient *>(wbtrv::MakeClient()); }
 
-void BtrEndClient(BtrClient *client)
+void BTR_CALL BtrEndClient(BtrClient *client)
 {
     auto *own = reinterpret_cast<wbtrv::Client *>(client);
     if (own != nullptr && wbtrv::IsOfThisProcess(*own)) wbtrv::FreeClient(own);
 }
 
-int16_t BtrCallOf(BtrClient *client, uint16_t operation, void *positionBlock, void *data,
-                  uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber)
+int16_t BTR_CALL BtrCallOf(BtrClient *client, uint16_t operation, void *positionBlock, void *data,
+                           uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber)
 {
     wbtrv::Call call{};
     call.PositionBlock = positionBlock;

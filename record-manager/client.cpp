@@ -5,7 +5,6 @@
 #include <cstring>
 #include <ctime>
 #include <pthread.h>
-#include <unistd.h>
 
 namespace wbtrv {
 

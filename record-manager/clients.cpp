@@ -1,9 +1,10 @@
 // The clients of this process: made by a thread's first call, ended with the thread, forgotten by a fork.
 #include "record-manager/calls.h"
+#include "record-manager/platform.h"
+#include "record-manager/range_locks.h"
 
 #include <cstdlib>
 #include <pthread.h>
-#include <unistd.h>
 
 namespace wbtrv {
 
@@ -18,6 +19,7 @@ unsigned forks = 0;        // that led to this process
 
 void EndOfThread(void *client)
 {
+    if (IsProcessEnding()) return;
     current = static_cast<Client *>(client);
     EndClient();
 }
@@ -27,7 +29,7 @@ void ForgetParent()
 {
     for (Client *client = clients; client != nullptr; client = client->Next) {
         for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
-            if (store->LockFd >= 0) close(store->LockFd);
+            if (store->LockFd >= 0) CloseDescription(store->LockFd);
         }
     }
     clients = nullptr;
@@ -40,7 +42,7 @@ void ForgetParent()
 void WatchThreads()
 {
     threadsAreWatched = pthread_key_create(&endOfThread, EndOfThread) == 0;
-    pthread_atfork(BeforeFork, AfterForkInParent, ForgetParent);
+    OnFork(BeforeFork, AfterForkInParent, ForgetParent);
 }
 
 } // namespace

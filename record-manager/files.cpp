@@ -1,5 +1,6 @@
 #include "record-manager/calls.h"
 #include "record-manager/limits.h"
+#include "record-manager/platform.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -25,17 +26,14 @@ int16_t ParsePath(const Call &call, FilePath *path)
     if (length == call.KeyLength || length == 0) return BtrStatusBadName;
     memcpy(path->Whole, call.Key, length);
     path->Whole[length] = 0;
-    size_t name = length;
-    while (name > 0 && path->Whole[name - 1] != '/') {
-        --name;
-    }
+    const size_t name = NameIn(path->Whole, length);
     path->Name = path->Whole + name;
     if (path->Name[0] == 0 || strcmp(path->Name, ".") == 0 || strcmp(path->Name, "..") == 0)
         return BtrStatusBadName;
     if (name == 0) {
         memcpy(path->Directory, ".", 2);
     } else {
-        const size_t cut = name == 1 ? 1 : name - 1;
+        const size_t cut = DirectoryBefore(path->Whole, name);
         memcpy(path->Directory, path->Whole, cut);
         path->Directory[cut] = 0;
     }

@@ -1,5 +1,5 @@
-// Every limit of the record manager, with its reason. One instance, which tests shorten before their first
-// call.
+// Every limit of the record manager, with its reason; those of 0 are set by linux/ and windows/.
+// One instance, which tests shorten before their first call.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@ namespace wbtrv {
 
 struct Limits {
     // Address space, not memory: a directory's books can grow to this size.
-    size_t MapSize = size_t{64} << 30;
+    size_t MapSize = 0;
     // One reader per thread and directory, over all processes.
     unsigned Readers = 4096;
     // Of one directory: one for each file and one for each of its keys.
@@ -36,7 +36,7 @@ struct Limits {
     unsigned ServerTruth_ms = 30000;
 
     // Directories that stay open in the process after their last file was closed.
-    unsigned IdleStores = 16;
+    unsigned IdleStores = 0;
 };
 
 extern Limits limits;

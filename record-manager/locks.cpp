@@ -2,25 +2,12 @@
 
 #include "record-manager/include/btrcall.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace wbtrv {
 
 namespace {
-
-struct flock Range(short type, int64_t offset, int64_t length)
-{
-    struct flock range {};
-    range.l_type = type;
-    range.l_whence = SEEK_SET;
-    range.l_start = offset;
-    range.l_len = length;
-    return range;
-}
 
 int64_t Now_us()
 {
@@ -33,35 +20,6 @@ constexpr unsigned firstStep_us = 100;
 constexpr unsigned longestStep_us = 5000;
 
 } // namespace
-
-LockResult TryLock(int fd, LockKind kind, int64_t offset, int64_t length)
-{
-    const short type = kind == LockKind::Write ? F_WRLCK : F_RDLCK;
-    struct flock range = Range(type, offset, length);
-    if (fcntl(fd, F_OFD_SETLK, &range) == 0) return LockResult::Granted;
-    if (errno != EAGAIN && errno != EACCES) return LockResult::Failed;
-    range = Range(type, offset, length);
-    if (fcntl(fd, F_OFD_GETLK, &range) != 0) return LockResult::Failed;
-    // The ranges of two files may have grown together.
-    return range.l_type != F_UNLCK && range.l_len >= wholeFile ? LockResult::FileBusy
-                                                               : LockResult::RecordBusy;
-}
-
-LockResult WaitLock(int fd, LockKind kind, int64_t offset, int64_t length, unsigned wait_ms)
-{
-    Patience patience = StartPatience(wait_ms);
-    for (;;) {
-        const LockResult result = TryLock(fd, kind, offset, length);
-        if (result == LockResult::Granted || result == LockResult::Failed || !WaitMore(&patience))
-            return result;
-    }
-}
-
-void Unlock(int fd, int64_t offset, int64_t length)
-{
-    struct flock range = Range(F_UNLCK, offset, length);
-    (void)fcntl(fd, F_OFD_SETLK, &range);
-}
 
 int16_t StatusOfLock(LockResult result)
 {

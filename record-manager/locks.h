@@ -1,5 +1,4 @@
-// Locks seen by every thread and process: open-file-description locks on the books' file, at offsets far
-// beyond its data. They are gone with the description, so with a process that died.
+// What locks have in common, of whatever kind: results, waiting, and how often each is held.
 #pragma once
 
 #include "record-manager/include/btrcall.h"
@@ -9,32 +8,9 @@
 
 namespace wbtrv {
 
-// Where the locks lie. The first three belong to the directory, then a byte for each file's opens, then a
-// range of 2^32 bytes for each file's records; record numbers start at 1.
-inline constexpr int64_t lockBase = int64_t{1} << 62;
-inline constexpr int64_t setupOffset = lockBase;           // write: opening or closing the books
-inline constexpr int64_t presenceOffset = BtrPresenceByte; // read: a process has the books open
-inline constexpr int64_t usageOffset =
-    lockBase + 2; // read: a client has files open; write: a client is loading
-constexpr int64_t OpensOffset(uint32_t file) { return lockBase + 0x1000000 + file; }
-constexpr int64_t RecordOffset(uint32_t file, uint32_t record)
-{
-    return lockBase + ((int64_t{file} + 1) << 32) + record;
-}
-inline constexpr int64_t wholeFile = int64_t{1} << 32; // length of a file's range
+inline constexpr int64_t wholeFile = int64_t{1} << 32; // length of the range of a file's records
 
-enum class LockKind : uint8_t { Read, Write };
 enum class LockResult : uint8_t { Granted, RecordBusy, FileBusy, Deadlock, NoDescription, NoMemory, Failed };
-
-// Takes or changes a lock of this description at once. What is in the way is a record, or a whole file's
-// range.
-LockResult TryLock(int fd, LockKind kind, int64_t offset, int64_t length);
-
-// Tries for up to `wait_ms`.
-LockResult WaitLock(int fd, LockKind kind, int64_t offset, int64_t length, unsigned wait_ms);
-
-// Gives the range free, whatever of it is locked through this description.
-void Unlock(int fd, int64_t offset, int64_t length);
 
 // The status of a lock that was not granted.
 int16_t StatusOfLock(LockResult result);

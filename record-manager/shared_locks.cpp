@@ -1,7 +1,6 @@
 #include "record-manager/shared_locks.h"
 
 #include <cstdlib>
-#include <unistd.h>
 
 namespace wbtrv {
 
@@ -125,7 +124,7 @@ void GiveDescription(SharedLocks &locks, int fd)
     const bool kept = locks.Spares < mostSpareDescriptions;
     if (kept) locks.Spare[locks.Spares++] = fd;
     pthread_mutex_unlock(&locks.Mutex);
-    if (!kept) close(fd);
+    if (!kept) CloseDescription(fd);
 }
 
 void FreeSharedLocks(SharedLocks &locks)
@@ -136,7 +135,7 @@ void FreeSharedLocks(SharedLocks &locks)
         free(file);
     }
     while (locks.Spares > 0) {
-        close(locks.Spare[--locks.Spares]);
+        CloseDescription(locks.Spare[--locks.Spares]);
     }
 }
 

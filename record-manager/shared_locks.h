@@ -3,7 +3,7 @@
 // for itself, records and whole files, needs a description of its own, which it has as long as it holds some.
 #pragma once
 
-#include "record-manager/locks.h"
+#include "record-manager/range_locks.h"
 
 #include <cstdint>
 #include <pthread.h>

@@ -16,7 +16,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <pthread.h>
-#include <sys/types.h>
 
 namespace wbtrv {
 
@@ -63,9 +62,9 @@ struct Store {
     Gate *WriteGate; // null when ReadOnly
     int DirectoryFd;
     int PresenceFd; // books.mdb, holding the lock that tells others of us
-    dev_t Device;
-    ino_t Inode;
-    ino_t LockInode;
+    uint64_t Device;
+    uint64_t Inode;
+    uint64_t LockInode;
     unsigned Users; // clients; guarded by the registry's mutex
     bool ReadOnly;
     bool Unseen;            // nor may we write where readers are noted, so writers do not know of us

@@ -1,9 +1,8 @@
 #include "record-manager/waits.h"
 
-#include <cerrno>
-#include <csignal>
+#include "record-manager/platform.h"
+
 #include <initializer_list>
-#include <unistd.h>
 
 namespace wbtrv {
 
@@ -14,7 +13,7 @@ void FreeDead(WaitTable *table)
 {
     for (Wait &wait : table->Waits) {
         const uint32_t process = wait.Process.load();
-        if (process != 0 && kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH) LeaveWait(&wait);
+        if (process != 0 && HasEnded(process)) LeaveWait(&wait);
     }
 }
 
@@ -35,7 +34,7 @@ Wait *EnterWait(WaitTable *table, uint32_t file, uint32_t record)
         if (again) FreeDead(table);
         for (Wait &wait : table->Waits) {
             uint32_t nobody = 0;
-            if (!wait.Process.compare_exchange_strong(nobody, static_cast<uint32_t>(getpid()))) continue;
+            if (!wait.Process.compare_exchange_strong(nobody, OwnProcess())) continue;
             wait.Blocker.store(0);
             wait.File.store(file);
             wait.Record.store(record);

@@ -32,8 +32,13 @@ extern "C" {
 #else
 #define BTR_EXPORT
 #endif
-BTR_EXPORT int16_t BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength,
-                           void *key, uint8_t keyLength, int8_t keyNumber);
+#ifdef _WIN32
+#define BTR_CALL __stdcall
+#else
+#define BTR_CALL
+#endif
+BTR_EXPORT int16_t BTR_CALL BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength,
+                                    void *key, uint8_t keyLength, int8_t keyNumber);
 
 // A client beside those of the threads, for who works for callers of any thread, such as an extension of
 // another program: what it does and what the thread's own client does stay apart. One thread at a time may
@@ -41,14 +46,15 @@ BTR_EXPORT int16_t BTRCALL(uint16_t operation, void *positionBlock, void *data, 
 struct BtrClient;
 
 // Null for lack of memory.
-BTR_EXPORT struct BtrClient *BtrMakeClient(void);
+BTR_EXPORT struct BtrClient *BTR_CALL BtrMakeClient(void);
 
 // As BtrOpStop, and the client is no more. Null is left alone.
-BTR_EXPORT void BtrEndClient(struct BtrClient *client);
+BTR_EXPORT void BTR_CALL BtrEndClient(struct BtrClient *client);
 
 // As BTRCALL, for this client; for null the calling thread's. BtrOpStop is refused for a client (1).
-BTR_EXPORT int16_t BtrCallOf(struct BtrClient *client, uint16_t operation, void *positionBlock, void *data,
-                             uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber);
+BTR_EXPORT int16_t BTR_CALL BtrCallOf(struct BtrClient *client, uint16_t operation, void *positionBlock,
+                                      void *data, uint32_t *dataLength, void *key, uint8_t keyLength,
+                                      int8_t keyNumber);
 
 enum BtrOperation {
     BtrOpOpen = 0,

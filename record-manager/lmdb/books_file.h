@@ -2,15 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <sys/types.h>
 
 namespace wbtrv {
 
 // Which file it is and how long. Its times are left out: once somebody has seen them the next write of the
 // file sets new ones, and making that write durable then takes one more write, that of the inode.
 struct BooksFacts {
-    dev_t Device;
-    ino_t Inode;
+    uint64_t Device;
+    uint64_t Inode;
     uint32_t Links;
     int64_t Size;
 };

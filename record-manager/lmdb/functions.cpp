@@ -1,6 +1,6 @@
-// What this store gives the record manager; its locks are those of open file descriptions.
+// What this store gives the record manager; its locks are those of ranges of the books' file.
 #include "record-manager/lmdb/private.h"
-#include "record-manager/locks.h"
+#include "record-manager/range_locks.h"
 #include "record-manager/shared_locks.h"
 
 namespace wbtrv {
@@ -89,7 +89,7 @@ const StoreFunctions booksFunctions = {
     .BeginSnapshot = BeginSnapshot,
     .ResetSnapshot = ResetSnapshot,
     .EndSnapshot = EndSnapshot,
-    .HoldSnapshot = nullptr,
+    .HoldSnapshot = HoldSnapshot,
     .IsOpen = IsOpen,
     .IsStillWhole = IsStillWhole,
     .ForgetReads = nullptr,

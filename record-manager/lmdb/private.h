@@ -1,6 +1,9 @@
-// What the sources of this store share.
+// What the sources of this store share. linux/ and windows/ have the halves that differ: on Linux each
+// page carries a sum, and whoever reads finds his way through the pages himself; on Windows the store's
+// own cursors do, and the map grows with the books.
 #pragma once
 
+#include "record-manager/lmdb/books_file.h"
 #include "record-manager/lmdb/form.h"
 #include "record-manager/lmdb/guarded.h"
 #include "record-manager/lmdb/page_order.h"
@@ -95,6 +98,13 @@ struct Writer {
     Cursor *Free; // to be used again
 };
 
+// Changing the map while nobody reads in it. On Linux it has its full size from the beginning.
+struct Growth {
+    pthread_mutex_t Mutex;
+    unsigned Reading; // snapshots that are open
+    bool Waits;       // somebody waits for their end, and no new ones begin
+};
+
 // What belongs to the store below the books of a directory.
 struct Environment {
     MDB_env *Real;
@@ -105,6 +115,7 @@ struct Environment {
     std::atomic<uint32_t> *Marks; // by page: the sum it had when it was looked at, and `looked`; 0: never
     size_t MarkCount;
     std::atomic<View *> Spare; // a snapshot that nobody uses: making one costs more than a short reading
+    Growth Growing;
 
     // Guarded by the gate.
     Writer Writing;
@@ -161,6 +172,8 @@ int16_t FindInCatalogue(const View &view, const char *name, Bytes *value);
 
 // ---- touching.cpp ----
 
+// A write transaction begins, which knows of no tree yet.
+void ForgetLookedAt(Environment *own);
 // Looks at what the store may touch of a tree when it looks for the key or changes its entry.
 int16_t LookInWriter(Writer *writer, const File &file, size_t tree, Bytes bound, Side side);
 // After an entry was removed: where leaves were joined, the next one beside them is none of those that were
@@ -178,8 +191,8 @@ int16_t OpenTrees(MDB_txn *transaction, uint32_t number, size_t keys, unsigned *
 
 // ---- reading.cpp ----
 
-// Where the trees of a transaction's snapshot begin; `number` is the snapshot's. 2 when that is not told, or
-// no longer.
+// Where the trees of a transaction's snapshot begin; `number` is the snapshot's. 2 when that is not told,
+// or no longer.
 int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *view);
 // As EndSnapshot, but nothing of it is kept for the next one.
 void FreeSnapshot(View *snapshot);
@@ -215,6 +228,7 @@ int16_t FindFileNumber(View *view, const char *name, uint32_t *number);
 int16_t BeginSnapshot(Store *store, View **snapshot);
 void ResetSnapshot(View *snapshot);
 void EndSnapshot(View *snapshot);
+int16_t HoldSnapshot(View *snapshot);
 bool IsOpen(const View &snapshot);
 bool IsStillWhole(const View &view);
 int16_t BeginWriter(Store *store, Writer **writer);
@@ -237,15 +251,43 @@ int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t
 int16_t Add(Cursor *cursor, Bytes key, Bytes value);
 int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key);
 
+// ---- format.cpp ----
+
+struct BooksPath {
+    char Text[BtrPathSize + sizeof booksName + 1];
+};
+BooksPath PathOfBooks(const char *directory);
+// Makes the catalogue's head in new books.
+int16_t WriteFormat(Store *store);
+// Reads the catalogue's head. Books whose creation was cut short hold no file yet: 12.
+int16_t CheckFormat(Store *store);
+
 // ---- environment.cpp ----
 
-// Whether the lock file by which this process works is still the one that newcomers find.
-bool HasLockFile(const Store *store);
+// Opens the books of a directory, which this process has not opened yet, as AcquireBooks does.
+int16_t OpenStore(const char *directory, bool create, const StoreFunctions *functions, Store **out);
+void CloseStore(Store *store);
+// Whether books that are open can still be used, by what is to be seen of them now.
+int16_t CheckKnown(const Store &store, const BooksFacts &found);
+// A description of the books' file for a client's locks; below 0 when there is none.
+int OpenLockDescription(const Store *store);
+
+// Whether the next write transaction may begin, by what became of the books' files meanwhile; made ready
+// for it. 0, or 2.
+int16_t PrepareToWrite(Store *store);
+// The status of a commit that failed. Only the holder of the gate may ask.
+int16_t StatusOfCommit(Store *store, int error);
 
 // ---- gave_up.cpp ----
 
-// The store gave up on itself, since it could not write the page that makes a transaction final; others go on
-// from the transaction before. Makes it do the same, where its form is known.
+// The store gave up on itself, since it could not write the page that makes a transaction final; others
+// go on from the transaction before. Makes it do the same, where its form is known.
 void GoOn(Environment *environment);
+
+// ---- writing.cpp ----
+
+// Opens the trees of all files up to a number; those that were replaced have none. Store::Mutex is held,
+// and no write transaction has made trees that its commit did not bring to the others.
+int16_t OpenAllTrees(Store *store, uint32_t last);
 
 } // namespace wbtrv

@@ -1,19 +1,12 @@
 // The writer of a directory. The store goes through pages that it has not written itself without looking at
 // them, so whatever it will touch is looked at first.
-#include "record-manager/limits.h"
-#include "record-manager/lmdb/books_file.h"
 #include "record-manager/lmdb/private.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <unistd.h>
 
 namespace wbtrv {
 
-namespace {
-
-// Opens the trees of all files; numbers whose file was replaced have none.
 int16_t OpenAllTrees(Store *store, uint32_t last)
 {
     Environment *own = store->Own;
@@ -38,6 +31,8 @@ int16_t OpenAllTrees(Store *store, uint32_t last)
     return status;
 }
 
+namespace {
+
 // Whatever the store looks at of itself: its lists of free pages, and the catalogue, where it tells of trees.
 int16_t LookAtOwn(Store *store, MDB_txn *transaction)
 {
@@ -47,13 +42,6 @@ int16_t LookAtOwn(Store *store, MDB_txn *transaction)
     if (status != BtrStatusOk) return status;
     const int16_t lists = LookAtTree(seen, seen.Free);
     return lists == BtrStatusOk ? LookAtTree(seen, seen.Main) : lists;
-}
-
-void ForgetLookedAt(Environment *own)
-{
-    for (unsigned tree = 0; tree < limits.Trees; ++tree) {
-        own->Trees[tree].Known = false;
-    }
 }
 
 // A write transaction knows the trees that were open when it began, and one opened later would get the number
@@ -114,18 +102,17 @@ int16_t BeginWriter(Store *store, Writer **writer)
 {
     Environment *own = store->Own;
     *writer = nullptr;
-    // Newcomers would not find the lock file by which we are told from them.
-    if (!HasLockFile(store)) return BtrStatusIoError;
+    int16_t status = PrepareToWrite(store);
+    if (status != BtrStatusOk) return status;
     // The snapshot of a process that died while reading keeps space from being reused until it is cleared.
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-    if (now.tv_sec != own->LastReaderCheck_s) {
-        own->LastReaderCheck_s = now.tv_sec;
+    const int64_t now_s = time(nullptr);
+    if (now_s != own->LastReaderCheck_s) {
+        own->LastReaderCheck_s = now_s;
         int dead = 0;
         mdb_reader_check(own->Real, &dead);
     }
     pthread_mutex_lock(&store->Mutex);
-    int16_t status = BeginWithAllTrees(store);
+    status = BeginWithAllTrees(store);
     if (status == BtrStatusOk && !OrderPages(store, &own->Writing)) {
         AbortTransaction(store, own->Writing.Seen.Transaction);
         LeaveWriter(&own->Writing);
@@ -136,24 +123,6 @@ int16_t BeginWriter(Store *store, Writer **writer)
     own->TreesDropped = false;
     return status;
 }
-
-namespace {
-
-// Whether the books could not grow by a page. The store tells of a write that was cut short as of any other
-// failure; only the holder of the gate may ask.
-bool IsDiskFull(const Store *store)
-{
-    const uint8_t page[4096] = {};
-    BooksFacts found;
-    if (!ReadFacts(store->PresenceFd, &found)) return false;
-    const ssize_t written = pwrite(store->PresenceFd, page, sizeof page, found.Size);
-    const bool full =
-        written < 0 ? StatusOf(errno) == BtrStatusDiskFull : static_cast<size_t>(written) < sizeof page;
-    if (written > 0) (void)!ftruncate(store->PresenceFd, found.Size);
-    return full;
-}
-
-} // namespace
 
 int16_t CommitWriter(Writer *writer)
 {
@@ -167,7 +136,7 @@ int16_t CommitWriter(Writer *writer)
     if (error == 0) return BtrStatusOk;
     if (own->TreesDropped) own->KnownFile = 0;
     GoOn(own);
-    return error == EIO && IsDiskFull(store) ? static_cast<int16_t>(BtrStatusDiskFull) : StatusOf(error);
+    return StatusOfCommit(store, error);
 }
 
 void AbortWriter(Writer *writer)

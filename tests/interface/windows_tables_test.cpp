@@ -101,3 +101,18 @@ TEST(WindowsTables, ImportLibraryHasEachExportWithTheBytesOfItsArguments)
     EXPECT_EQ(13 * 4, functions.at("VARK_BuchungEinfuegenDirekt"));
     EXPECT_EQ(4, functions.at("VARK_IsMessage"));
 }
+
+TEST(WindowsTables, RecordManagerOffersItsCallsAndNeedsNothingButTheSystem)
+{
+    const std::set<std::string> calls = {"BTRCALL", "BtrCallOf", "BtrEndClient", "BtrMakeClient"};
+    EXPECT_EQ(calls, ExportsOf("WBTRV32.dll"));
+    const std::set<std::string> expected = {"ADVAPI32.DLL", "KERNEL32.DLL", "MSVCRT.DLL", "NTDLL.DLL"};
+    EXPECT_EQ(expected, LibrariesNeededBy("WBTRV32.dll"));
+}
+
+TEST(WindowsTables, RecordManagersImportLibraryHasEachCallWithTheBytesOfItsArguments)
+{
+    const std::map<std::string, int> expected = {
+        {"BTRCALL", 7 * 4}, {"BtrCallOf", 8 * 4}, {"BtrEndClient", 4}, {"BtrMakeClient", 0}};
+    EXPECT_EQ(expected, FunctionsIn("record-manager/libwbtrv32.a"));
+}

@@ -3,18 +3,16 @@
 #pragma once
 
 #include "record-manager/include/btrcall.h"
+#include "tests/record-manager/process.h"
 
 #include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -26,15 +24,10 @@ struct TempDirectory {
 
     explicit TempDirectory(const std::filesystem::path &where = std::filesystem::temp_directory_path())
     {
-        std::string pattern = (where / "wbtrv-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) abort();
-        Path = pattern;
+        Path = MakeDirectory(where);
         if (const char *server = getenv("WBTRV_TEST_SERVER")) {
-            timespec now;
-            clock_gettime(CLOCK_REALTIME, &now);
             std::ofstream file(Path / "books.server");
-            file << server << "\n"
-                 << "t" << getpid() << "_" << now.tv_sec << "_" << now.tv_nsec << "\n";
+            file << server << "\n" << UniqueName() << "\n";
         }
     }
     TempDirectory(const TempDirectory &) = delete;
@@ -119,49 +112,37 @@ struct Beside {
 
 // A client in a process of its own, which carries out what it is sent.
 struct Remote {
-    pid_t Pid = -1;
-    int Socket = -1;
+    Partner By = StartPartner(Serve);
 
-    Remote()
-    {
-        int ends[2];
-        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) abort();
-        Pid = fork();
-        if (Pid == 0) {
-            close(ends[0]);
-            Serve(ends[1]);
-        }
-        close(ends[1]);
-        Socket = ends[0];
-    }
+    Remote() = default;
     Remote(const Remote &) = delete;
     Remote &operator=(const Remote &) = delete;
-    ~Remote() { End(SIGKILL); }
+    ~Remote() { Kill(); }
 
     // Ends the process as a crash does.
-    void Kill() { End(SIGKILL); }
+    void Kill() { KillPartner(By); }
 
     void Send(const Request &request) const
     {
         const std::string head{static_cast<char>(request.Block), static_cast<char>(request.KeyLength),
                                static_cast<char>(request.KeyNumber)};
-        Put(Socket, request.Operation);
-        Put(Socket, request.Length);
-        PutText(Socket, head);
-        PutText(Socket, request.Data);
-        PutText(Socket, request.Key);
+        Put(By.To, request.Operation);
+        Put(By.To, request.Length);
+        PutText(By.To, head);
+        PutText(By.To, request.Data);
+        PutText(By.To, request.Key);
     }
 
     Answer Receive() const
     {
         Answer answer;
-        if (!Take(Socket, &answer.Status)) {
+        if (!Take(By.From, &answer.Status)) {
             answer.Status = -1;
             return answer;
         }
-        Take(Socket, &answer.Length);
-        TakeText(Socket, &answer.Data);
-        TakeText(Socket, &answer.Key);
+        Take(By.From, &answer.Length);
+        TakeText(By.From, &answer.Data);
+        TakeText(By.From, &answer.Key);
         return answer;
     }
 
@@ -171,16 +152,29 @@ struct Remote {
         return Receive();
     }
 
-private:
-    void End(int signal)
+    // Carries out what comes, until nothing more does.
+    [[noreturn]] static void Serve(int from, int to)
     {
-        if (Pid <= 0) return;
-        close(Socket);
-        kill(Pid, signal);
-        waitpid(Pid, nullptr, 0);
-        Pid = -1;
+        PositionBlocks blocks{};
+        for (;;) {
+            Request request;
+            std::string head;
+            if (!Take(from, &request.Operation) || !Take(from, &request.Length) || !TakeText(from, &head) ||
+                !TakeText(from, &request.Data) || !TakeText(from, &request.Key)) {
+                _exit(0);
+            }
+            request.Block = static_cast<uint8_t>(head[0]);
+            request.KeyLength = static_cast<uint8_t>(head[1]);
+            request.KeyNumber = static_cast<int8_t>(head[2]);
+            const Answer answer = Carry(blocks, request);
+            Put(to, answer.Status);
+            Put(to, answer.Length);
+            PutText(to, answer.Data);
+            PutText(to, answer.Key);
+        }
     }
 
+private:
     static bool Take(int socket, void *to, size_t size)
     {
         auto *bytes = static_cast<char *>(to);
@@ -215,28 +209,6 @@ private:
     {
         Put(socket, static_cast<uint32_t>(text.size()));
         if (!text.empty()) Put(socket, text.data(), text.size());
-    }
-
-    [[noreturn]] static void Serve(int socket)
-    {
-        PositionBlocks blocks{};
-        for (;;) {
-            Request request;
-            std::string head;
-            if (!Take(socket, &request.Operation) || !Take(socket, &request.Length) ||
-                !TakeText(socket, &head) || !TakeText(socket, &request.Data) ||
-                !TakeText(socket, &request.Key)) {
-                _exit(0);
-            }
-            request.Block = static_cast<uint8_t>(head[0]);
-            request.KeyLength = static_cast<uint8_t>(head[1]);
-            request.KeyNumber = static_cast<int8_t>(head[2]);
-            const Answer answer = Carry(blocks, request);
-            Put(socket, answer.Status);
-            Put(socket, answer.Length);
-            PutText(socket, answer.Data);
-            PutText(socket, answer.Key);
-        }
     }
 };
 

@@ -113,4 +113,20 @@ inline std::string Name(const Answer &answer)
 
 inline std::string KeyText(const Answer &answer) { return UpToNul(answer.Key); }
 
+// T with a and b in a directory of its own, open.
+struct OpenedT : testing::Test {
+    TempDirectory Directory;
+    std::string Path = Directory / "t.btr";
+    Local Me;
+    OnT<Local> T{Me};
+
+    void SetUp() override
+    {
+        ASSERT_EQ(Create(Me, Path, DefinitionOfT()).Status, BtrStatusOk);
+        ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+        ASSERT_EQ(T.Insert("a", "x", 1).Status, BtrStatusOk);
+        ASSERT_EQ(T.Insert("b", "x", 5).Status, BtrStatusOk);
+    }
+};
+
 } // namespace wbtrvtest

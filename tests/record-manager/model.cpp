@@ -104,7 +104,7 @@ bool LocksOne(unsigned bias) { return bias == BtrBiasLock || bias == BtrBiasWait
 
 void Model::Add(const std::string &path, const ModelLayout &layout) { Layouts[path] = layout; }
 
-std::string Model::DirectoryOf(const std::string &path) { return path.substr(0, path.rfind('/')); }
+std::string Model::DirectoryOf(const std::string &path) { return path.substr(0, path.find_last_of("/\\")); }
 
 ModelState &Model::View(size_t client, const std::string &path)
 {

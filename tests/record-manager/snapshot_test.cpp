@@ -135,19 +135,4 @@ TEST_F(Snapshots, BeginAndEndComeInPairsAndNotInsideATransaction)
     EXPECT_EQ(End().Status, BtrStatusNoTransaction) << "a reset ends it";
 }
 
-TEST_F(Snapshots, AForkedChildHasNoClientOfItsParents)
-{
-    ASSERT_EQ(OpenForReading().Status, BtrStatusOk);
-    const pid_t child = fork();
-    if (child == 0) {
-        const bool refused = Read.GetEqual("a").Status == BtrStatusNoEngine;
-        BtrEndClient(Reader.Client);
-        _exit(refused ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(All(), "ab");
-}
-
 } // namespace

@@ -1,9 +1,9 @@
-// The books that are open in this process: finding, opening and closing them.
+// Opening and closing the books of a directory.
 #include "host/descriptors.h"
 #include "record-manager/limits.h"
 #include "record-manager/lmdb/books_file.h"
 #include "record-manager/lmdb/private.h"
-#include "record-manager/locks.h"
+#include "record-manager/range_locks.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -20,21 +20,13 @@ namespace {
 
 constexpr char lockName[] = "books.mdb-lock";
 
-pthread_mutex_t registryMutex = PTHREAD_MUTEX_INITIALIZER;
-// Held while a client's description is on its way to or from where a forked child closes it.
-pthread_mutex_t descriptionMutex = PTHREAD_MUTEX_INITIALIZER;
-Store *stores = nullptr; // most recently used first
-
-} // namespace
-
+// Whether the lock file by which this process works is still the one that newcomers find.
 bool HasLockFile(const Store *store)
 {
     struct stat found;
     return fstatat(store->DirectoryFd, lockName, &found, AT_SYMLINK_NOFOLLOW) == 0 &&
            found.st_ino == store->LockInode;
 }
-
-namespace {
 
 // Network file systems share neither the mapped pages nor, on all of them, the locks.
 bool OnNetwork(int fd)
@@ -58,61 +50,6 @@ bool OnNetwork(int fd)
         return true;
     default: return false;
     }
-}
-
-int16_t OpenCatalogue(Environment *own, MDB_txn *transaction)
-{
-    MDB_dbi catalogue = 0;
-    const int error = mdb_dbi_open(transaction, nullptr, 0, &catalogue);
-    own->Catalogue = catalogue;
-    return StatusOf(error);
-}
-
-// Makes the catalogue's head in new books.
-int16_t WriteFormat(Store *store)
-{
-    Environment *own = store->Own;
-    MDB_txn *transaction = nullptr;
-    int16_t status = StatusOf(mdb_txn_begin(own->Real, nullptr, 0, &transaction));
-    if (status != BtrStatusOk) return status;
-    FormatRecord format{};
-    memcpy(format.Mark, formatMark, sizeof format.Mark);
-    format.Format = formatWithSums;
-    MDB_val key = ToVal(formatKey);
-    MDB_val value{sizeof format, &format};
-    status = OpenCatalogue(own, transaction);
-    if (status == BtrStatusOk)
-        status = StatusOf(Guarded<mdb_put>(transaction, own->Catalogue, &key, &value, 0));
-    if (status == BtrStatusOk) return StatusOf(Guarded<mdb_txn_commit>(transaction));
-    Guarded<mdb_txn_abort>(transaction);
-    return status;
-}
-
-// Reads the catalogue's head. Books whose creation was cut short hold no file yet.
-int16_t CheckFormat(Store *store)
-{
-    View *view = nullptr;
-    int16_t status = BeginSnapshot(store, &view);
-    if (status != BtrStatusOk) return status;
-    status = OpenCatalogue(store->Own, view->Transaction);
-    if (status == BtrStatusOk && view->Main.Root == noPage) status = BtrStatusFileNotFound;
-    FormatRecord format{};
-    Bytes value{};
-    if (status == BtrStatusOk) status = FindInCatalogue(*view, formatKey, &value);
-    if (status == BtrStatusKeyNotFound || (status == BtrStatusOk && value.Size != sizeof format))
-        status = BtrStatusForeignFile;
-    if (status == BtrStatusOk) {
-        memcpy(&format, value.Data, sizeof format);
-        const uint32_t known = store->Own->Summed ? formatWithSums : formatWithoutSums;
-        const bool ours = memcmp(format.Mark, formatMark, sizeof format.Mark) == 0;
-        if (!ours || format.Format != known) status = BtrStatusForeignFile;
-    }
-    if (status == BtrStatusOk) {
-        status = StatusOf(Guarded<mdb_txn_commit>(view->Transaction));
-        view->Transaction = nullptr;
-    }
-    EndSnapshot(view);
-    return status;
 }
 
 // A file cut off behind its first pages still opens, and reading what is missing ends the process by a
@@ -153,20 +90,6 @@ int16_t SyncDirectory(const Store *store)
     const int error = fsync(fd) == 0 ? 0 : errno;
     close(fd);
     return StatusOf(error);
-}
-
-struct BooksPath {
-    char Text[BtrPathSize + sizeof booksName + 1];
-};
-
-BooksPath PathOfBooks(const char *directory)
-{
-    BooksPath path;
-    const size_t length = strnlen(directory, BtrPathSize);
-    memcpy(path.Text, directory, length);
-    path.Text[length] = '/';
-    memcpy(path.Text + length + 1, booksName, sizeof booksName);
-    return path;
 }
 
 // What the store does with a meta page that is none would be a matter of luck.
@@ -300,12 +223,16 @@ void FreeStore(Store *store)
     free(store);
 }
 
+} // namespace
+
 // Closing is under the same lock as opening, since the store's lock file changes hands in both.
 void CloseStore(Store *store)
 {
     (void)WaitLock(store->PresenceFd, LockKind::Write, setupOffset, 1, limits.SetupWait_ms);
     FreeStore(store);
 }
+
+namespace {
 
 // Opens the books' file for writing where that is possible, and for reading where that is wanted or all there
 // is.
@@ -322,6 +249,8 @@ int16_t OpenBooks(Store *store, bool create)
     if (store->PresenceFd >= 0) return BtrStatusOk;
     return StatusOf(errno, ENOENT, create ? BtrStatusPermission : BtrStatusFileNotFound);
 }
+
+} // namespace
 
 int16_t OpenStore(const char *directory, bool create, const StoreFunctions *functions, Store **out)
 {
@@ -360,86 +289,11 @@ int16_t OpenStore(const char *directory, bool create, const StoreFunctions *func
     return BtrStatusOk;
 }
 
-// Closes idle books that are dead, or more than the limit.
-void CloseIdle()
-{
-    unsigned idle = 0;
-    for (Store **link = &stores; *link != nullptr;) {
-        Store *store = *link;
-        BooksFacts found;
-        const bool stays = store->Users > 0 || (!store->Dead && ReadFacts(store->PresenceFd, &found) &&
-                                                found.Links > 0 && ++idle <= limits.IdleStores);
-        if (stays) {
-            link = &store->Next;
-            continue;
-        }
-        *link = store->Next;
-        CloseStore(store);
-    }
-}
-
-// The store of the directory's books, taken out of the list, or null if this process has not opened them.
-Store *TakeKnown(const char *directory, BooksFacts *found)
-{
-    if (!ReadFacts(PathOfBooks(directory).Text, found)) return nullptr;
-    Store **link = &stores;
-    while (*link != nullptr && ((*link)->Inode != found->Inode || (*link)->Device != found->Device)) {
-        link = &(*link)->Next;
-    }
-    Store *store = *link;
-    if (store != nullptr) *link = store->Next;
-    return store;
-}
-
 int16_t CheckKnown(const Store &store, const BooksFacts &found)
 {
     if (store.Dead || (!store.ReadOnly && !HasLockFile(&store))) return BtrStatusIoError;
     return CheckLength(&store, found.Size);
 }
-
-} // namespace
-
-void LockRegistry() { pthread_mutex_lock(&registryMutex); }
-void UnlockRegistry() { pthread_mutex_unlock(&registryMutex); }
-
-void BeforeFork()
-{
-    LockRegistry();
-    pthread_mutex_lock(&descriptionMutex);
-}
-
-void AfterForkInParent()
-{
-    pthread_mutex_unlock(&descriptionMutex);
-    UnlockRegistry();
-}
-
-int16_t AcquireBooks(const char *directory, bool create, const StoreFunctions *functions, Store **out)
-{
-    LockRegistry();
-    CloseIdle();
-    BooksFacts found;
-    Store *store = TakeKnown(directory, &found);
-    const int16_t status =
-        store != nullptr ? CheckKnown(*store, found) : OpenStore(directory, create, functions, &store);
-    if (store != nullptr) {
-        store->Next = stores;
-        stores = store;
-        if (status == BtrStatusOk) store->Users++;
-    }
-    UnlockRegistry();
-    *out = store;
-    return status;
-}
-
-void ReleaseStore(Store *store)
-{
-    LockRegistry();
-    store->Users--;
-    UnlockRegistry();
-}
-
-namespace {
 
 int OpenLockDescription(const Store *store)
 {
@@ -454,36 +308,33 @@ int OpenLockDescription(const Store *store)
     return fd;
 }
 
+int16_t PrepareToWrite(Store *store)
+{
+    // Newcomers would not find the lock file by which we are told from them.
+    return HasLockFile(store) ? BtrStatusOk : BtrStatusIoError;
+}
+
+namespace {
+
+// Whether the books could not grow by a page. The store tells of a write that was cut short as of any other
+// failure; only the holder of the gate may ask.
+bool IsDiskFull(const Store *store)
+{
+    const uint8_t page[4096] = {};
+    BooksFacts found;
+    if (!ReadFacts(store->PresenceFd, &found)) return false;
+    const ssize_t written = pwrite(store->PresenceFd, page, sizeof page, found.Size);
+    const bool full =
+        written < 0 ? StatusOf(errno) == BtrStatusDiskFull : static_cast<size_t>(written) < sizeof page;
+    if (written > 0) (void)!ftruncate(store->PresenceFd, found.Size);
+    return full;
+}
+
 } // namespace
 
-int16_t TakeLockDescription(Store *store, int *fd)
+int16_t StatusOfCommit(Store *store, int error)
 {
-    pthread_mutex_lock(&descriptionMutex);
-    *fd = TakeSpareDescription(store->Shared);
-    if (*fd < 0) *fd = OpenLockDescription(store);
-    pthread_mutex_unlock(&descriptionMutex);
-    return *fd < 0 ? BtrStatusFileTableFull : BtrStatusOk;
-}
-
-void GiveLockDescription(Store *store, int *fd)
-{
-    pthread_mutex_lock(&descriptionMutex);
-    GiveDescription(store->Shared, *fd);
-    *fd = -1;
-    pthread_mutex_unlock(&descriptionMutex);
-}
-
-void ForgetStores()
-{
-    for (Store *store = stores; store != nullptr; store = store->Next) {
-        // A description that the child kept would hold the parent's locks after the parent's end.
-        FreeSharedLocks(store->Shared);
-        close(store->PresenceFd);
-        close(store->DirectoryFd);
-    }
-    stores = nullptr;
-    pthread_mutex_init(&registryMutex, nullptr);
-    pthread_mutex_init(&descriptionMutex, nullptr);
+    return error == EIO && IsDiskFull(store) ? static_cast<int16_t>(BtrStatusDiskFull) : StatusOf(error);
 }
 
 } // namespace wbtrv

@@ -5,6 +5,13 @@
 
 namespace wbtrv {
 
+void ForgetLookedAt(Environment *own)
+{
+    for (unsigned tree = 0; tree < limits.Trees; ++tree) {
+        own->Trees[tree].Known = false;
+    }
+}
+
 uint64_t PagesOf(const Writer &writer, unsigned tree)
 {
     MDB_stat shape;

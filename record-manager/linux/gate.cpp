@@ -1,8 +1,8 @@
 #include "record-manager/gate.h"
 
 #include "host/descriptors.h"
-#include "record-manager/bounded_mutex.h"
 #include "record-manager/include/btrcall.h"
+#include "record-manager/linux/bounded_mutex.h"
 
 #include <algorithm>
 #include <atomic>

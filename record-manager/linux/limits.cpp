@@ -2,6 +2,6 @@
 
 namespace wbtrv {
 
-Limits limits;
+Limits limits{.MapSize = size_t{64} << 30, .IdleStores = 16};
 
 } // namespace wbtrv

@@ -1,4 +1,4 @@
-#include "record-manager/bounded_mutex.h"
+#include "record-manager/linux/bounded_mutex.h"
 
 #include <cerrno>
 #ifdef __SANITIZE_THREAD__

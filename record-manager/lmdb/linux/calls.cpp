@@ -1,8 +1,8 @@
 // The system calls of the store that is linked in, under the names that the build gives them there.
 #include "host/descriptors.h"
 
-#include "record-manager/bounded_mutex.h"
 #include "record-manager/limits.h"
+#include "record-manager/linux/bounded_mutex.h"
 #include "record-manager/lmdb/private.h"
 
 #include <atomic>

@@ -101,6 +101,8 @@ void ResetSnapshot(View *snapshot)
     snapshot->Open = false;
 }
 
+int16_t HoldSnapshot(View *) { return BtrStatusOk; }
+
 bool IsOpen(const View &snapshot) { return snapshot.Open; }
 
 // What a snapshot shows is freed by the next transaction at the earliest, and used anew by the third after
