@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 import os
 import re
+import subprocess
 import sys
 import tempfile
 from datetime import date
@@ -223,3 +224,17 @@ def test_the_cpp_page_compiles(tmp_path: Path) -> None:
     done = run(tmp_path / "page", books=books)
     assert (done.returncode, done.stderr) == (0, "")
     assert done.stdout
+
+
+def test_an_ignored_result_does_not_pass_in_cpp(tmp_path: Path) -> None:
+    def compiled(statement: str) -> "subprocess.CompletedProcess[str]":
+        source = tmp_path / "ignored.cpp"
+        source.write_text(f"#include <vark40.hpp>\nint main()\n{{\n    {statement}\n}}\n")
+        command = ["c++", "-std=c++20", "-fsyntax-only", "-Werror", f"-I{ROOT / 'include'}"]
+        return subprocess.run(
+            [*command, f"-I{ROOT / 'bindings' / 'cpp'}", source], capture_output=True, text=True, timeout=300
+        )
+
+    assert compiled("return vark40::Buecher::Oeffnen(1) ? 0 : 1;").returncode == 0
+    ignored = compiled("vark40::Buecher::Oeffnen(1);")
+    assert ignored.returncode != 0 and "nodiscard" in ignored.stderr, ignored.stderr
