@@ -132,8 +132,11 @@ bool SendHead(const SheetRun &sheet, const AccountScan &scan)
     FillAccount(head.Konto, kuerzel, head.Name, *scan.Kind, scan.Record);
     CopyText(head.Kontoart, scan.Kind->One);
     CopyText(head.Zeitraum, sheet.Zeitraum);
-    return FindVortrag(sheet, scan, head.Vortrag) && CountEarlierPages(sheet, scan, head.Seiten) &&
-           Send(sheet, 1, &head);
+    // No reference to the record's own field: a number in it may stand at an odd address.
+    int32_t pages = 0;
+    if (!FindVortrag(sheet, scan, head.Vortrag) || !CountEarlierPages(sheet, scan, pages)) return false;
+    head.Seiten = pages;
+    return Send(sheet, 1, &head);
 }
 
 // ---- Which accounts are summed up ----
