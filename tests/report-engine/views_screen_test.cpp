@@ -285,6 +285,56 @@ TEST_F(ViewOnScreen, ShowsHowFarSavingIsAndStopsWhenThePersonWants)
         longReport);
 }
 
+// Whoever needs letters of twice the size gets a bar that has grown with them.
+TEST_F(ViewOnScreen, HasABarInWhichLargeLettersFindRoom)
+{
+    ASSERT_EQ(system("xprop -root -f RESOURCE_MANAGER 8s -set RESOURCE_MANAGER 'Xft.dpi: 192'"), 0);
+    Show([&] {
+        RECT window = {};
+        GetClientRect(view, &window);
+        std::vector<RECT> places;
+        for (int id = 101; id <= 114; ++id) {
+            HWND control = GetDlgItem(view, id);
+            RECT place = {};
+            if (control == nullptr || IsWindowVisible(control) == 0) continue;
+            GetWindowRect(control, &place);
+            MapWindowPoints(nullptr, view, reinterpret_cast<POINT *>(&place), 2);
+            EXPECT_LE(place.right, window.right) << id;
+            for (const RECT &other : places) {
+                // The list of a combo box hangs below it, and is no part of the bar.
+                const bool isBeside = place.left >= other.right || other.left >= place.right;
+                EXPECT_TRUE(isBeside || place.top >= other.bottom || other.top >= place.bottom) << id;
+            }
+            places.push_back(place);
+        }
+        EXPECT_GE(places.size(), 10u);
+        EXPECT_GE(places[1].bottom - places[1].top, 40) << "a line of letters of 32 pixels, and its frame";
+    });
+}
+
+TEST_F(ViewOnScreen, LetsGoOfASelectionAtEscapeAndKeepsTheAccountsInSightWhenItGrows)
+{
+    Show([&] {
+        EXPECT_TRUE(Eventually([&] {
+            Do("key ctrl+a");
+            Do("key ctrl+c");
+            return Text(stateText) == "Kopiert.";
+        }));
+        Do("key Escape");
+        EXPECT_TRUE(Eventually([&] {
+            Do("key ctrl+c");
+            return Text(stateText) == "Es ist nichts markiert.";
+        }));
+        EXPECT_NE(IsWindow(view), 0) << "Escape let go of the selection, and no more";
+        const LONG width = Shown().ContentWidth;
+        for (int step = 0; step < 6; ++step) {
+            Do("key plus");
+        }
+        EXPECT_TRUE(Eventually([&] { return Shown().ContentWidth > 2 * width; }));
+        EXPECT_EQ(Shown().X, 0) << "the numbers of the accounts stand at the left";
+    });
+}
+
 TEST_F(ViewOnScreen, MayBeClosedWhileItsChooserIsOpen)
 {
     Show([&] {
