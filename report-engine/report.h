@@ -35,20 +35,25 @@ struct KindCode {
     int FieldNames;
     int Emit;
     int CloseEmit;
+    bool TakesGroup; // Emit asks for the record that opened the group around
     uint16_t FieldCount;
     uint16_t KeyWidth; // of an ordered kind
     uint8_t OrderCount;
     OrderField Order[maxOrderFields];
     Field Fields[maxFields];
+    uint8_t ChangeCount; // fields of an opener without a change in which Emit is not called
+    uint8_t Changes[maxOrderFields];
     // The field that goes to a column, or to a field of data, by itself: the one of its name, -1 for none.
     int8_t ColumnFields[maxColumns];
     int8_t DataFields[maxDataFields];
 };
 
-// A group that is open, as its record has opened it.
+// A group, as its record has opened it. It stays as it is when it closes, until the next one of its level.
 struct OpenGroup {
+    bool IsKept; // there was one
     uint8_t Kind;
     bool HasLent; // the first row in it has taken what the record lends
+    int Fields;   // of the record, as a table for functions that ask for it; 0 until the first does
     char Record[maxRecordSize];
 };
 

@@ -24,4 +24,7 @@ int DeclareField(lua_State *state);
 int DeclareRecord(lua_State *state);
 int DeclareFinish(lua_State *state);
 
+// The number of a field of a kind, -1 for none of that name.
+int FieldNamed(lua_State *state, const KindCode &code, const char *name);
+
 } // namespace rs

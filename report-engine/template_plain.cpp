@@ -1,5 +1,6 @@
 #include "report-engine/template_plain.h"
 
+#include "report-engine/template_declarations.h"
 #include "report-engine/template_items.h"
 
 #include <algorithm>
@@ -26,28 +27,14 @@ bool IsPlain(const Report &report, int kind)
     return report.Def.Kinds[kind].RowCount > 0 && report.Kinds[kind].Emit == 0;
 }
 
-// The field of a kind that has this name, -1 for none.
-int8_t FieldNamed(lua_State *state, const KindCode &code, const char *name)
-{
-    int8_t found = -1;
-    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
-    for (int8_t i = 0; i < code.FieldCount && found < 0; ++i) {
-        lua_rawgeti(state, -1, i + 1);
-        if (std::strcmp(lua_tostring(state, -1), name) == 0) found = i;
-        lua_pop(state, 1);
-    }
-    lua_pop(state, 1);
-    return found;
-}
-
-// The same for a column or a field of data of this form.
+// The field for a column or a field of data of this name and form, -1 for none.
 int8_t FieldFor(lua_State *state, const KindCode &code, const char *name, Form form)
 {
-    const int8_t found = FieldNamed(state, code, name);
+    const int found = FieldNamed(state, code, name);
     if (found >= 0 && FormOf(code.Fields[found].Form) != form) {
         luaL_error(state, "field '%s' is of another form than what takes it by its name", name);
     }
-    return found;
+    return static_cast<int8_t>(found);
 }
 
 // A record and the fields of it that go to columns: the one that prints itself, or the one that lends.
@@ -57,16 +44,6 @@ struct Source {
 };
 
 constexpr Source noSource = {nullptr, nullptr};
-
-// The group around a record that opens none itself; null for none.
-OpenGroup *GroupAround(Report &report, int kind)
-{
-    if (report.Def.Kinds[kind].Level != 0) return nullptr;
-    for (int level = maxLevels; level > 0; --level) {
-        if (report.Marker.IsOpen[level]) return &report.Groups[level];
-    }
-    return nullptr;
-}
 
 // The value for a column: the record's own, else the lender's. `fields` is the list of fields by column.
 template <size_t Count>
@@ -143,12 +120,44 @@ void MatchFields(lua_State *state, Report &report)
     }
 }
 
-void KeepOpener(Report &report, const RecordCall &call)
+OpenGroup *GroupAround(Report &report, int kind)
+{
+    if (report.Def.Kinds[kind].Level != 0) return nullptr;
+    for (int level = maxLevels; level > 0; --level) {
+        if (report.Marker.IsOpen[level]) return &report.Groups[level];
+    }
+    return nullptr;
+}
+
+namespace {
+
+bool HasChanged(const KindCode &code, const char *record, const char *before)
+{
+    for (int i = 0; i < code.ChangeCount; ++i) {
+        const Field &field = code.Fields[code.Changes[i]];
+        const char *const now = record + field.Offset;
+        const char *const then = before + field.Offset;
+        const bool isText = field.Form <= FieldForm::date; // what ends with its NUL
+        if ((isText ? std::strncmp(now, then, field.Width) : std::memcmp(now, then, field.Width)) != 0)
+            return true;
+    }
+    return code.ChangeCount == 0;
+}
+
+} // namespace
+
+bool KeepOpener(lua_State *state, Report &report, const RecordCall &call)
 {
     OpenGroup &group = report.Groups[report.Def.Kinds[call.Kind].Level];
+    const bool isCompared = group.IsKept && group.Kind == call.Kind;
+    const bool hasChanged = !isCompared || HasChanged(report.Kinds[call.Kind], call.Record, group.Record);
+    if (group.Fields != 0) luaL_unref(state, LUA_REGISTRYINDEX, group.Fields);
+    group.IsKept = true;
     group.Kind = static_cast<uint8_t>(call.Kind);
     group.HasLent = false;
+    group.Fields = 0;
     std::memcpy(group.Record, call.Record, report.Catalogue->RecordSizes[call.Kind]);
+    return hasChanged;
 }
 
 void PrintPlain(lua_State *state, Report &report, const RecordCall &call)

@@ -11,8 +11,12 @@ namespace rs {
 // column cannot take. Called when everything is declared.
 void MatchFields(lua_State *state, Report &report);
 
-// Keeps a record that opens a group, for what it lends.
-void KeepOpener(Report &report, const RecordCall &call);
+// Keeps a record that opens a group, for what it lends. False where none of the fields in whose changes alone
+// its function is called differs from the record of its kind that was kept before.
+bool KeepOpener(lua_State *state, Report &report, const RecordCall &call);
+
+// The group around a record that opens none itself; null for none.
+OpenGroup *GroupAround(Report &report, int kind);
 
 // Prints a record without a function: nothing without rows. An error is one of Lua.
 void PrintPlain(lua_State *state, Report &report, const RecordCall &call);

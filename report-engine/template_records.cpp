@@ -114,6 +114,22 @@ void TakeFields(lua_State *state, Report &report, int kind, int table)
     code.FieldNames = luaL_ref(state, LUA_REGISTRYINDEX);
 }
 
+// The field that an entry of a list of names means; with `isFalling` there may be a minus before it.
+int FieldOfList(lua_State *state, const KindCode &code, int list, lua_Unsigned entry, const char *key,
+                bool *isFalling = nullptr)
+{
+    if (lua_rawgeti(state, list, static_cast<lua_Integer>(entry)) != LUA_TSTRING) {
+        luaL_error(state, "'%s' must be a list of fields", key);
+    }
+    const char *name = lua_tostring(state, -1);
+    const bool isTurned = isFalling != nullptr && name[0] == '-';
+    if (isFalling != nullptr) *isFalling = isTurned;
+    const int found = FieldNamed(state, code, name + (isTurned ? 1 : 0));
+    if (found < 0) luaL_error(state, "'%s' names '%s', which is no field of the record", key, name);
+    lua_pop(state, 1);
+    return found;
+}
+
 // order = { "datum", "-betrag" }: fields of the record; what has a minus before it falls.
 void TakeOrder(lua_State *state, Report &report, int kind, int table)
 {
@@ -133,32 +149,39 @@ void TakeOrder(lua_State *state, Report &report, int kind, int table)
     if (count == 0 || count > maxOrderFields) {
         luaL_error(state, "'order' may hold 1 to %d fields", maxOrderFields);
     }
-    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
-    const int names = lua_gettop(state);
     size_t width = 0;
-    for (lua_Unsigned i = 0; i < count; ++i) {
-        if (lua_rawgeti(state, list, static_cast<lua_Integer>(i + 1)) != LUA_TSTRING) {
-            luaL_error(state, "'order' must be a list of fields");
-        }
-        const char *name = lua_tostring(state, -1);
-        const bool isFalling = name[0] == '-';
-        int found = -1;
-        for (int field = 0; field < code.FieldCount && found < 0; ++field) {
-            lua_rawgeti(state, names, field + 1);
-            if (std::strcmp(lua_tostring(state, -1), name + (isFalling ? 1 : 0)) == 0) found = field;
-            lua_pop(state, 1);
-        }
-        if (found < 0) luaL_error(state, "'order' names '%s', which is no field of the record", name);
+    for (lua_Unsigned i = 1; i <= count; ++i) {
+        bool isFalling = false;
+        const int found = FieldOfList(state, code, list, i, "order", &isFalling);
         width += KeyWidth(code.Fields[found]);
         code.Order[code.OrderCount++] = {static_cast<uint16_t>(found), isFalling};
-        lua_pop(state, 1);
     }
     if (width > maxKeyWidth) {
         luaL_error(state, "the fields of 'order' may have %d bytes together", static_cast<int>(maxKeyWidth));
     }
     code.KeyWidth = static_cast<uint16_t>(width);
     rule.IsOrdered = true;
-    lua_pop(state, 2);
+    lua_pop(state, 1);
+}
+
+// changes = { "datum" }: fields of a record that opens a level, without a change in which its function rests.
+void TakeChanges(lua_State *state, const KindRule &rule, KindCode &code, int table)
+{
+    const int type = lua_getfield(state, table, "changes");
+    if (type != LUA_TNIL) {
+        if (type != LUA_TTABLE) luaL_error(state, "'changes' must be a list of fields");
+        if (rule.Level == 0) luaL_error(state, "'changes' is for records that open a level");
+        const int list = lua_gettop(state);
+        const lua_Unsigned count = lua_rawlen(state, list);
+        if (count == 0 || count > maxOrderFields) {
+            luaL_error(state, "'changes' may hold 1 to %d fields", maxOrderFields);
+        }
+        for (lua_Unsigned i = 1; i <= count; ++i) {
+            const int field = FieldOfList(state, code, list, i, "changes");
+            code.Changes[code.ChangeCount++] = static_cast<uint8_t>(field);
+        }
+    }
+    lua_pop(state, 1);
 }
 
 // again = "head": the style of the row that further pages of the group repeat.
@@ -222,16 +245,41 @@ int TakeFunction(lua_State *state, int table, const char *key)
     return luaL_ref(state, LUA_REGISTRYINDEX);
 }
 
+// Whether the function `emit` of the table takes the record that opened the group around as well.
+bool TakesGroup(lua_State *state, int table)
+{
+    if (lua_getfield(state, table, "emit") != LUA_TFUNCTION) {
+        lua_pop(state, 1);
+        return false;
+    }
+    lua_Debug function;
+    return lua_getinfo(state, ">u", &function) != 0 && function.nparams > 1;
+}
+
 } // namespace
+
+int FieldNamed(lua_State *state, const KindCode &code, const char *name)
+{
+    int found = -1;
+    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
+    for (int i = 0; i < code.FieldCount && found < 0; ++i) {
+        lua_rawgeti(state, -1, i + 1);
+        if (std::strcmp(lua_tostring(state, -1), name) == 0) found = i;
+        lua_pop(state, 1);
+    }
+    lua_pop(state, 1);
+    return found;
+}
 
 int DeclareRecord(lua_State *state)
 {
     Report &report = Declaring(state, "record(...)");
     const lua_Integer kind = luaL_checkinteger(state, 1);
     luaL_checktype(state, 2, LUA_TTABLE);
-    RefuseUnknownKeys(
-        state, 2, {"level", "closes", "newpage", "keep", "beside", "again", "order", "rows", "emit", "close"},
-        true);
+    RefuseUnknownKeys(state, 2,
+                      {"level", "closes", "newpage", "keep", "beside", "again", "order", "changes", "rows",
+                       "emit", "close"},
+                      true);
     if (kind < 0 || kind >= kindCount || report.Catalogue->RecordSizes[kind] == 0) {
         return luaL_error(state, "this report has no records of kind %d", static_cast<int>(kind));
     }
@@ -258,7 +306,9 @@ int DeclareRecord(lua_State *state)
     rule.RowCount = TakeRows(state, report, 2, rule.Rows, maxRows);
     TakeAgain(state, report, rule, 2);
     TakeOrder(state, report, static_cast<int>(kind), 2);
+    TakeChanges(state, rule, code, 2);
     code.Emit = TakeFunction(state, 2, "emit");
+    code.TakesGroup = TakesGroup(state, 2);
     const int type = lua_getfield(state, 2, "close");
     if (type != LUA_TNIL) {
         if (type != LUA_TTABLE) return luaL_error(state, "'close' must be a table");

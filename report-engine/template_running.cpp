@@ -100,6 +100,37 @@ void PushField(lua_State *state, const Report &report, const Field &field, const
     }
 }
 
+void PushRecord(lua_State *state, const Report &report, int kind, const char *record)
+{
+    const KindCode &code = report.Kinds[kind];
+    // A table that grows is built anew: there is room for what a row of data takes besides.
+    const bool hasRows = report.Def.Kinds[kind].RowCount > 0;
+    const int room = hasRows ? std::max<int>(code.FieldCount, report.Def.DataFieldCount) : code.FieldCount;
+    lua_createtable(state, 0, room);
+    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
+    for (int i = 0; i < code.FieldCount; ++i) {
+        lua_rawgeti(state, -1, i + 1);
+        PushField(state, report, code.Fields[i], record);
+        lua_rawset(state, -4);
+    }
+    lua_pop(state, 1);
+}
+
+// The record that opened the group around one of `kind`: the same table for all records of the group.
+void PushGroup(lua_State *state, Report &report, int kind)
+{
+    OpenGroup *const group = GroupAround(report, kind);
+    if (group == nullptr) {
+        lua_pushnil(state);
+        return;
+    }
+    if (group->Fields == 0) {
+        PushRecord(state, report, group->Kind, group->Record);
+        group->Fields = luaL_ref(state, LUA_REGISTRYINDEX);
+    }
+    lua_rawgeti(state, LUA_REGISTRYINDEX, group->Fields);
+}
+
 // The second group of its kind goes to the right halves, which begin on the first page again.
 void GoBeside(Report &report)
 {
@@ -124,24 +155,16 @@ int RunRecord(lua_State *state)
     MarkRecord(report.Marker, call.Kind);
     if (rule.Beside) GoBeside(report);
     BeginPrinting(report, call.Kind, rule.Level, rule.Rows, rule.RowCount);
-    if (rule.Level != 0) KeepOpener(report, call);
+    const bool hasChanged = rule.Level == 0 || KeepOpener(state, report, call);
     if (code.Emit == 0) {
         PrintPlain(state, report, call);
         return 0;
     }
+    if (!hasChanged) return 0;
     lua_rawgeti(state, LUA_REGISTRYINDEX, code.Emit);
-    // A table that grows is built anew: there is room for what a row of data takes besides.
-    const int room =
-        rule.RowCount > 0 ? std::max<int>(code.FieldCount, report.Def.DataFieldCount) : code.FieldCount;
-    lua_createtable(state, 0, room);
-    lua_rawgeti(state, LUA_REGISTRYINDEX, code.FieldNames);
-    for (int i = 0; i < code.FieldCount; ++i) {
-        lua_rawgeti(state, -1, i + 1);
-        PushField(state, report, code.Fields[i], call.Record);
-        lua_rawset(state, -4);
-    }
-    lua_pop(state, 1);
-    lua_call(state, 1, 0);
+    PushRecord(state, report, call.Kind, call.Record);
+    if (code.TakesGroup) PushGroup(state, report, call.Kind);
+    lua_call(state, code.TakesGroup ? 2 : 1, 0);
     return 0;
 }
 

@@ -268,10 +268,9 @@ fields {
     { "text", "Text" }, { "soll", "Soll", form = "amount" }, { "nummer", "Nr.", form = "number" },
     { "netto", "Netto", form = "amount" },
 }
-local posting
 record(1, {
     date("datum", 0), words("art", 31, { [0] = "Buchung", "Split", [3] = "Ümbuchung" }),
-    text("benutzer", 35, 32), level = 1, emit = function(r) posting = r end,
+    text("benutzer", 35, 32), level = 1,
 })
 record(2, {
     i32("nummer", 0), text("konto", 4, 8), rate("satz", 28), text("text", 34, 40), amount("soll", 74),
@@ -380,7 +379,7 @@ TEST_F(Declarations, ARecordThatPrintsItselfIsTheSameInEveryFileAsWithAFunction)
         return files;
     };
     const std::string own = fill("");
-    const std::string function = fill(R"(emit = function(r)
+    const std::string function = fill(R"(emit = function(r, posting)
         r.datum, r.art, r.benutzer = posting.datum, posting.art, posting.benutzer
         data(r)
         if posting.seen then r.datum, r.benutzer = nil, nil end
@@ -426,6 +425,66 @@ record(5, { text("konto", 0, 8), closes = 2, rows = { "line" } })
                                "Zeile;;4;\r\n"
                                "Zeile;Zweite;5;Name\r\n"
                                "Text;;5;Name\r\n");
+}
+
+TEST_F(Declarations, AFunctionIsToldTheRecordThatOpenedItsGroup)
+{
+    Open(R"(
+columns {
+    { "konto", "Konto", 20 }, { "nummer", "Nr.", 20, form = "number" },
+    { "zeile", "Zeile", 20, form = "number" },
+}
+record(1, { text("konto", 0, 8), level = 1 })
+record(2, { i32("nummer", 0), rows = { "line" }, emit = function(r, account)
+    if account == nil then return row("line", r) end
+    account.lines = (account.lines or 0) + 1
+    r.konto, r.zeile = account.konto, account.lines
+    row("line", r)
+end })
+)");
+    AddLine(1, "", 0);
+    AddAccount("1000");
+    AddLine(2, "", 0);
+    AddLine(3, "", 0);
+    AddAccount("1100");
+    AddAccount("1200");
+    AddLine(4, "", 0);
+    EXPECT_EQ(Export("a.csv"), "\xEF\xBB\xBF"
+                               "Art;Konto;Nr.;Zeile\r\nZeile;;1;\r\nZeile;1000;2;1\r\nZeile;1000;3;2\r\n"
+                               "Zeile;1200;4;1\r\n");
+}
+
+TEST_F(Declarations, AFunctionMayRestWhileFieldsStayTheSame)
+{
+    Open(R"(
+columns { { "name", "Name", 40 } }
+record(1, { text("konto", 0, 8), text("name", 8, 41), amount("soll", 119), level = 1, rows = { "head" },
+    changes = { "name", "soll" }, emit = function(r) row("head", r) end })
+record(2, { level = 1 })
+)");
+    const auto add = [&](const char *name, int64_t soll, char behind = 0) {
+        Record record;
+        record.Text("1000", 8).Text(name, 41).Text("", 20).Text("", 50).Amount(soll);
+        record.Bytes[8 + 10] = behind; // the end of the name
+        EXPECT_EQ(record.AddTo(report, 1, 149), 1);
+    };
+    add("Eins", 1);
+    add("Eins", 1, 'x');
+    add("Eins", 2);
+    add("Zwei", 2);
+    add("Zwei", 2);
+    AddLine(1, "", 0);
+    add("Zwei", 2);
+    EXPECT_EQ(Export("a.csv"), "\xEF\xBB\xBF"
+                               "Art;Name\r\nGruppe;Eins\r\nGruppe;Eins\r\nGruppe;Zwei\r\nGruppe;Zwei\r\n")
+        << "what lies behind the end of a text counts nothing; another kind has come between the last two";
+    EXPECT_EQ(OpenError("record(1, { text('konto', 0, 8), changes = { 'konto' } })"),
+              "2: 'changes' is for records that open a level");
+    EXPECT_EQ(OpenError("record(1, { level = 1, changes = { 'konto' } })"),
+              "2: 'changes' names 'konto', which is no field of the record");
+    EXPECT_EQ(OpenError("record(1, { level = 1, changes = 'konto' })"),
+              "2: 'changes' must be a list of fields");
+    EXPECT_EQ(OpenError("record(1, { level = 1, changes = {} })"), "2: 'changes' may hold 1 to 6 fields");
 }
 
 TEST_F(Declarations, RefuseRecordsThatCannotPrintThemselves)
