@@ -63,8 +63,7 @@ record(0, {
     end,
 })
 
-local posting = nil -- the head of the lines that come
-local day, month = nil, nil -- of the posting before
+local month = nil -- of the posting before
 
 -- A posting prints nothing of its own: it opens the group of its lines, and lends them what they have in common.
 record(1, {
@@ -77,11 +76,9 @@ record(1, {
     text("benutzer", 35, 32),
     level = 1,
     keep = true,
+    changes = { "datum" },
     emit = function(r)
-        posting = r
-        if r.datum == day then return end
-        day = r.datum
-        local ofDate = day:sub(4)
+        local ofDate = r.datum:sub(4)
         if ofDate ~= month then
             bookmark(ofDate)
             month = ofDate
@@ -115,13 +112,13 @@ record(3, {
     amount("soll", 60),
     amount("haben", 73),
     rows = { "line" },
-    emit = function(r)
+    emit = function(r, posting)
         row("line", r)
-        local head = posting ~= nil and posting.split ~= 0 and posting or {}
-        posting = nil
+        if posting == nil or posting.split == 0 or posting.isSummed then posting = {} end
+        posting.isSummed = true
         r.art = "Summe"
-        r.datum, r.gebucht, r.beleg = head.datum, head.gebucht, head.beleg
-        r.hauptkonto, r.benutzer = head.hauptkonto, head.benutzer
+        r.datum, r.gebucht, r.beleg = posting.datum, posting.gebucht, posting.beleg
+        r.hauptkonto, r.benutzer = posting.hauptkonto, posting.benutzer
         data(r)
     end,
 })
