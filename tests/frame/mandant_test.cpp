@@ -236,7 +236,7 @@ TEST_F(MandantSelection, MissingCompanyTableIsAnEngineFailure)
     context->ShowMessages = 1;
     std::filesystem::remove_all(books.Directory() + "/DB");
     EXPECT_EQ(engineFailure, SelectMandantOrReport(*context, 1, record));
-    EXPECT_EQ(Lines{"File " + books.Directory() + "/DB/fista.btr not found"}, books.TakeBoxes());
+    EXPECT_EQ(Lines{"File " + books.TablePath(1, TableFista) + " not found"}, books.TakeBoxes());
 }
 
 TEST_F(MandantSelection, MissingCoreTableIsAnEngineFailureAndLeavesTheOthersOpen)

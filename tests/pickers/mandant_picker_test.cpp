@@ -131,7 +131,7 @@ TEST(MandantPicker, AFistaThatCannotBeReadEndsTheDialog)
     FailEngineOperation(0, 1, 12);
     EXPECT_EQ(-3, VARK_HoleMandantenNr(nullptr));
     StopEngineFaults();
-    EXPECT_EQ(Lines{"box File " + books.Directory() + "/DB/fista.btr not found"}, books.TakeLog());
+    EXPECT_EQ(Lines{"box File " + books.TablePath(1, TableFista) + " not found"}, books.TakeLog());
 }
 
 TEST(MandantPicker, AFullListShowsItsOwnMessageAndWhatFits)
