@@ -73,7 +73,7 @@ TEST_F(MandantSelection, BindsTheThreadToTheMandantsRecord)
     EXPECT_STREQ("1998", context->MandantYear);
     EXPECT_STREQ("1997", context->FirstOpenYear);
     EXPECT_STREQ("1997", context->PreviousYear);
-    EXPECT_STREQ("/1998", context->YearDirectory);
+    EXPECT_EQ(pathSeparator + std::string("1998"), context->YearDirectory);
     EXPECT_STREQ("", context->MandantSuffix);
     EXPECT_EQ(7, context->FirstFiscalMonth);
     EXPECT_EQ(1, context->VatIdPresent);
@@ -287,7 +287,7 @@ TEST_F(MandantSelection, AnotherYearMovesTheYearTablesOnly)
     ASSERT_TRUE(SelectYear(*context, "1997"));
     EXPECT_EQ(1, RecordCount(*context, TableSako));
     EXPECT_STREQ("1997", context->WorkYear);
-    EXPECT_STREQ("/1997", context->YearDirectory);
+    EXPECT_EQ(pathSeparator + std::string("1997"), context->YearDirectory);
     EXPECT_STREQ("1996", context->PreviousYear);
     EXPECT_STREQ("1998", context->MandantYear);
     EXPECT_EQ(1, context->OpenCounts[TableSako]) << "reopened with count 1, whatever it had";

@@ -279,7 +279,7 @@ TEST_F(RecordStore, PathOverrideReplacesTheDirectoryOfEveryTable)
     ASSERT_LT(other.size(), sizeof context->PathOverride);
     std::memcpy(context->PathOverride, other.c_str(), other.size() + 1);
     EXPECT_FALSE(OpenTable(*context, TableFista));
-    EXPECT_EQ(Lines{"File " + other + "/fista.btr not found"}, books.TakeBoxes());
+    EXPECT_EQ(Lines{"File " + other + pathSeparator + "fista.btr not found"}, books.TakeBoxes());
     EXPECT_EQ(0, RecordCount(*context, TableSako));
     context->PathOverrideOn = 0;
 }

@@ -1,5 +1,5 @@
-/* A person in a process of their own: waits for the dialog whose title the argument names and agrees to it.
-   Returns 0 when that is done. */
+/* A person in a process of their own: waits for the dialog whose title the argument names, takes the first row
+   of its list and agrees. Returns 0 when that is done. */
 #include <windows.h>
 
 int main(int count, char **arguments)
@@ -9,8 +9,10 @@ int main(int count, char **arguments)
     if (count != 2) return 2;
     while (GetTickCount() - begin < patience_ms) {
         HWND dialog = FindWindowA("#32770", arguments[1]);
-        HWND button = dialog != NULL && IsWindowVisible(dialog) ? GetDlgItem(dialog, IDOK) : NULL;
-        if (button != NULL && IsWindowVisible(button)) return PostMessageA(button, BM_CLICK, 0, 0) ? 0 : 1;
+        HWND list =
+            dialog != NULL && IsWindowVisible(dialog) ? FindWindowExA(dialog, NULL, "ListBox", NULL) : NULL;
+        if (list != NULL && SendMessageA(list, LB_SETCURSEL, 0, 0) == 0)
+            return PostMessageA(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0) ? 0 : 1;
         Sleep(10);
     }
     return 1;

@@ -37,7 +37,7 @@ int main(void)
                                                            "8010", 1, "1840", 1, "1500,00", "", ""));
     printf("refused %d\n", (int)VARK_BuchungEinfuegenDirekt(0, 1, 16, "15.04.1998", "M-0498", "Miete April",
                                                             "8010", 1, "8010", 1, "1500,00", "", ""));
-    printf("reading %d\n", (int)VARK_InitHoleKonto(1, 1, "2", 0));
+    printf("reading %d\n", (int)VARK_InitHoleKonto(1, 1, "2000", 0));
     printf("read %d", (int)VARK_HoleSako(konto, kuerzel, name, &zuordnung, &flag1, &flag2));
     printf(" %s %s %u\n", konto, name, (unsigned)zuordnung);
     fflush(stdout);

@@ -18,7 +18,7 @@ begin
   try
     Buecher.Buchen(NeueBuchung(16, EncodeDate(1998, 4, 15), '8010', '1840', 1500, 'M-0498', 'Büromiete'));
     WriteLn('posted');
-    for Konto in Buecher.Sachkonten('2') do
+    for Konto in Buecher.Sachkonten('2000') do
       WriteLn('read ', Konto.Konto, ' ', Konto.Name);
     Flush(Output);
     if TVarkBuecher.WaehleMandant(Gewaehlt) then
