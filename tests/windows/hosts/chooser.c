@@ -1,5 +1,5 @@
-/* A person in a process of their own: waits for the dialog whose title the argument names, takes the first row
-   of its list and agrees. Returns 0 when that is done. */
+/* A person in a process of their own: waits for the dialog whose title the argument names, takes the first
+   row of its list and agrees. Returns 0 when that is done. */
 #include <windows.h>
 
 int main(int count, char **arguments)
