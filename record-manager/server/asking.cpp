@@ -10,18 +10,14 @@ void ForgetOwn(View *view)
     view->LastRecord = 0;
 }
 
-int16_t ExchangeIn(Writer *writer, unsigned wait_ms)
-{
-    if (writer->Failed != BtrStatusOk) return writer->Failed;
-    const int16_t status = Exchange(writer->Seen.By, wait_ms);
-    if (writer->Failed == BtrStatusOk) writer->Failed = status;
-    return status;
-}
-
 int16_t Settle(Writer *writer)
 {
     if (writer->Failed != BtrStatusOk || !writer->Unfinished) return writer->Failed;
     writer->Unfinished = false;
+    if (writer->Seen.By->Loading && writer->Appends)
+        return AddToBatch(writer, writer->File, recordTree, 0, writer->Record,
+                          {writer->Place, writer->PlaceSize});
+    if (FlushBatches(writer) != BtrStatusOk) return writer->Failed;
     Parameters values{};
     AddNumber(&values, writer->File);
     AddNumber(&values, writer->Record);

@@ -89,6 +89,9 @@ enum class Statement : uint8_t {
     RemoveUnique,
     RemoveFromGroup,
     PutRecord,
+    PutRecords,
+    AddUniques,
+    AddToGroups,
     ReplaceRecord,
     RemoveRecord,
     WriteCounters,
@@ -276,6 +279,24 @@ struct View {
     PGresult *Own;       // in a writer: rows that were read last
 };
 
+// Elements of an array as the server takes it; the head is filled in when it is sent.
+struct ElementArray {
+    uint8_t *Bytes;
+    size_t Size;
+    size_t Room;
+};
+
+// Rows that wait to be sent into a tree: record numbers, and keys or records.
+struct Batch {
+    uint32_t File;
+    uint32_t Tree;
+    size_t GroupSize; // of a key with duplicates, what entries of a group have in common; 0: unique
+    int Count;
+    ElementArray Numbers;
+    ElementArray Texts;
+};
+inline constexpr size_t mostBatches = 64;
+
 struct Writer {
     View Seen;
     Cursor *Used;
@@ -291,6 +312,8 @@ struct Writer {
     size_t TouchedCount;
     OwnState Written[mostOwnStates];
     size_t WrittenCount;
+    Batch *Batches; // null but while loading
+    unsigned BatchesSent;
 };
 
 // What a store is here: the schema of a directory, for one client.

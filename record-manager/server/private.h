@@ -6,14 +6,24 @@
 
 namespace wbtrv {
 
+// ---- batches.cpp ----
+
+// Exchanges in a writer: a failure is the writer's for good.
+int16_t ExchangeIn(Writer *writer, unsigned wait_ms);
+
+// Puts a row among those that are sent together: a record under its number, or the entry of a key.
+int16_t AddToBatch(Writer *writer, uint32_t file, uint32_t tree, size_t groupSize, uint32_t record,
+                   Bytes text);
+// Sends all of them.
+int16_t FlushBatches(Writer *writer);
+void FreeBatches(Writer *writer);
+
 // ---- asking.cpp ----
 
 // Forgets the rows of a writer's view, which its change has made old.
 void ForgetOwn(View *view);
-// Sends what still waits for its bytes.
+// Sends what still waited for its bytes, or puts it into its batch.
 int16_t Settle(Writer *writer);
-// Exchanges in a writer: a failure is the writer's for good.
-int16_t ExchangeIn(Writer *writer, unsigned wait_ms);
 
 // Reads while nothing is at stake: a connection that was lost is made anew, once.
 // `ask` sends what is wanted.
@@ -22,6 +32,7 @@ template <typename Ask> int16_t AskIn(View *view, Ask ask)
     if (view->Writing) {
         auto *writer = reinterpret_cast<Writer *>(view);
         int16_t status = Settle(writer);
+        if (status == BtrStatusOk) status = FlushBatches(writer);
         if (status == BtrStatusOk) {
             ask();
             status = ExchangeIn(writer, 0);

@@ -86,6 +86,22 @@ constexpr Text texts[] = {
      ">= $4::bytea AND key < $5::bytea AND key <> $3::bytea) RETURNING 1) SELECT 1 / count(*) FROM removed"},
     {Statement::PutRecord,
      "INSERT INTO @records (file, record, data) VALUES ($1::bigint, $2::bigint, $3::bytea)"},
+    {Statement::PutRecords, "INSERT INTO @records (file, record, data) SELECT $1::bigint, r, d FROM "
+                            "unnest($2::bigint[], $3::bytea[]) AS given (r, d)"},
+    {Statement::AddUniques,
+     "INSERT INTO @entries (file, tree, key, record) SELECT $1::bigint, $2::bigint, k, r FROM "
+     "unnest($3::bytea[], $4::bigint[]) AS given (k, r)"},
+    // Whether a group is new tells the entry that lies nearest to its beginning.
+    {Statement::AddToGroups,
+     "WITH given AS (SELECT k, r FROM unnest($3::bytea[], $4::bigint[]) AS u (k, r)), added AS (INSERT INTO "
+     "@entries "
+     "(file, tree, key, record) SELECT $1::bigint, $2::bigint, k, r FROM given) UPDATE @groups SET count = "
+     "count + "
+     "(SELECT count(*) FROM (SELECT DISTINCT substring(k FROM 1 FOR ($5::bigint)::int) AS p FROM given) AS d "
+     "WHERE "
+     "coalesce((SELECT e.key FROM @entries e WHERE e.file = $1::bigint AND e.tree = $2::bigint AND e.key >= "
+     "d.p ORDER BY "
+     "e.key LIMIT 1) >= d.p || $6::bytea, true)) WHERE file = $1::bigint AND tree = $2::bigint"},
     {Statement::ReplaceRecord,
      "WITH replaced AS (UPDATE @records SET data = $3::bytea WHERE file = $1::bigint AND record = $2::bigint "
      "RETURNING 1) SELECT 1 / count(*) FROM replaced"},

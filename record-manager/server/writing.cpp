@@ -156,6 +156,7 @@ void EndWriter(Writer *writer, bool committed)
         writer->Used = cursor->Next;
         free(cursor);
     }
+    FreeBatches(writer);
     free(writer->Place);
     free(writer);
 }
@@ -198,6 +199,7 @@ int16_t CommitWriter(Writer *writer)
 {
     Connection *connection = writer->Seen.By;
     int16_t status = Settle(writer);
+    if (status == BtrStatusOk) status = FlushBatches(writer);
     uint8_t session[sizeof connection->Session];
     memcpy(session, connection->Session, sizeof session);
     const int64_t number = ++connection->Transactions;
@@ -211,7 +213,7 @@ int16_t CommitWriter(Writer *writer)
         // Files are locked whole to the end of a transaction, which a commit with counters is.
         const bool unlocks = writer->WrittenCount > 0;
         if (unlocks) SendUnlockFiles(connection);
-        status = Exchange(connection, 0);
+        status = Exchange(connection, connection->Loading ? serverLimits->ServerTruth_ms : 0);
         if (unlocks && status == BtrStatusOk) connection->WholeCount = 0;
         if (status != BtrStatusOk && sent && connection->Real == nullptr) {
             connection->Writing = nullptr;
@@ -237,6 +239,7 @@ void AbortWriter(Writer *writer)
 int16_t SetLoading(Store *store, bool loading)
 {
     Connection *connection = ConnectionOf(store);
+    connection->Loading = loading;
     Parameters wanted{};
     AddNumber(&wanted, loading ? 1 : 0);
     (void)Send(connection, Statement::SetAsynchronous, wanted, Answer::Needed);
@@ -330,6 +333,11 @@ int16_t AddUnique(Writer *writer, const File &file, size_t tree, Bytes key, uint
     AddNumber(&last, file.Number);
     AddNumber(&last, number);
     AddNumber(&last, 1);
+    if (behind && connection->Loading) {
+        SetHighest(connection, file.Number, number, key, record);
+        return AddToBatch(writer, file.Number, number, 0, record, key);
+    }
+    if (FlushBatches(writer) != BtrStatusOk) return writer->Failed;
     (void)Send(connection, Statement::AddUnique, values, behind ? Answer::Needed : Answer::Kept);
     if (behind) {
         SetHighest(connection, file.Number, number, key, record);
@@ -361,6 +369,7 @@ int16_t Add(Cursor *cursor, Bytes key, Bytes value)
     if (!file.Layout.Keys[cursor->Tree - 1].Duplicates)
         return AddUnique(writer, file, cursor->Tree, key, record);
     const Group group = GroupOf(file, cursor->Tree, key);
+    if (cursor->By->Loading) return AddToBatch(writer, file.Number, cursor->Tree, group.Size, record, key);
     Parameters values = EntryOf(file, cursor->Tree, key);
     AddNumber(&values, record);
     AddBytes(&values, group.Begin, group.Size);
@@ -371,7 +380,8 @@ int16_t Add(Cursor *cursor, Bytes key, Bytes value)
 int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key)
 {
     Connection *connection = writer->Seen.By;
-    const int16_t status = Settle(writer);
+    int16_t status = Settle(writer);
+    if (status == BtrStatusOk) status = FlushBatches(writer);
     if (status != BtrStatusOk) return status;
     Touch(writer, file.Number);
     if (tree == recordTree) {
