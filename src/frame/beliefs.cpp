@@ -1,5 +1,7 @@
 #include "src/frame/beliefs.h"
 
+#include "src/platform/platform.h"
+
 #include <cassert>
 #include <cstdio>
 
@@ -9,7 +11,9 @@ bool StopsAtBrokenBelief = true;
 
 bool TellBroken(const char *file, unsigned line)
 {
-    std::fprintf(stderr, "MERIDA: interner Fehler, %s:%u\n", file, line);
+    char told[256];
+    std::snprintf(told, sizeof told, "MERIDA: interner Fehler, %.200s:%u\n", file, line);
+    TellOnStandardError(told);
     assert(!StopsAtBrokenBelief);
     ThreadContext *const context = GetThreadContext();
     if (context != nullptr) ++context->BrokenBeliefs;

@@ -88,6 +88,11 @@ CalendarDate SystemToday();
 CalendarDate MachineToday();
 const char *EnvironmentText(const char *name);
 
+// ---- Standard error ----
+
+// Writes a line, where there is anybody to read it: it neither waits for long nor ends the host.
+void TellOnStandardError(const char *line);
+
 // ---- Texts ----
 
 // A path in the form the system uses it (UTF-8 on Linux) as Windows-1252 text for a message.
