@@ -142,11 +142,19 @@ bool Candidate(int index, const char *fileName, char (&out)[PATH_MAX])
     return index == 1 && Join(out, "/etc", "/vark", fileName);
 }
 
-// The file that is in force: the first candidate that exists, or that may, behind a closed door.
+// Whether there is a file of that name, or may be behind a closed door. A link is one, also where it leads
+// nowhere: what it leads to may be away for the moment.
+bool IsThere(const char *path)
+{
+    struct stat info;
+    return lstat(path, &info) == 0 || (errno != ENOENT && errno != ENOTDIR);
+}
+
+// The file that is in force: the first candidate that is there.
 bool Locate(const char *fileName, char (&out)[PATH_MAX])
 {
     for (int i = 0; Candidate(i, fileName, out); ++i) {
-        if (access(out, F_OK) == 0 || (errno != ENOENT && errno != ENOTDIR)) return true;
+        if (IsThere(out)) return true;
     }
     return false;
 }
@@ -157,7 +165,7 @@ bool ReadFile(const char *path, FileText &file)
     file = {nullptr, 0};
     // A pipe of that name is not waited for.
     const int descriptor = OpenFile(AT_FDCWD, path, O_RDONLY | O_NONBLOCK);
-    if (descriptor < 0) return errno == ENOENT;
+    if (descriptor < 0) return errno == ENOENT && !IsThere(path);
     struct stat info;
     bool read = fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) && info.st_size <= maxIniSize;
     if (read) {
@@ -167,6 +175,7 @@ bool ReadFile(const char *path, FileText &file)
         while (read && file.Length < size) {
             const ssize_t count = ::read(descriptor, file.Bytes + file.Length, size - file.Length);
             if (count < 0 && errno == EINTR) continue;
+            read = count >= 0;
             if (count <= 0) break;
             file.Length += static_cast<size_t>(count);
         }

@@ -247,6 +247,15 @@ TEST_F(IniFiles, FileThatCannotBeReadIsToldFromOneThatIsMissing)
     EXPECT_TRUE(IsProfileUnreadable("vark.ini"));
 }
 
+// A share that is away for the moment takes with it what a link leads to.
+TEST_F(IniFiles, LinkThatLeadsNowhereIsAFileThatCannotBeRead)
+{
+    fs::create_symlink(directory / "away" / "vark.ini", directory / "vark.ini");
+    EXPECT_TRUE(IsProfileUnreadable("vark.ini"));
+    EXPECT_FALSE(WriteProfileText("VARK", "Mandant", "1", "vark.ini"));
+    EXPECT_TRUE(fs::is_symlink(directory / "vark.ini")) << "nothing was put in its place";
+}
+
 TEST_F(IniFiles, UnreadableFileIsNotPassedOver)
 {
     unsetenv("VARK_CONFIG_DIR");
