@@ -2,8 +2,12 @@
 // does not.
 #include "record-manager/include/btrcall.h"
 #include "tools/vark/booking_group.h"
+#include "tools/vark/reasons.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -22,6 +26,7 @@ struct Groups : testing::Test {
     std::string Told;
     std::string Places = "xxxx";
     size_t Failing = 99; // this one cannot be written in a group
+    std::function<void()> Meanwhile = [] {};
 
     void Run()
     {
@@ -30,6 +35,7 @@ struct Groups : testing::Test {
         work.Do = [this](size_t index) {
             const bool inGroup = IsInGroup();
             Done += static_cast<char>((inGroup ? 'A' : 'a') + static_cast<char>(index));
+            Meanwhile();
             cli::Outcome outcome;
             outcome.Code = 1;
             if (index != Failing || !inGroup) return outcome;
@@ -70,4 +76,27 @@ TEST_F(Groups, ThatAreLostAreDoneAgainOneByOne)
     Run();
     EXPECT_EQ("ABCabcD", Done);
     EXPECT_EQ("0+1+2+3+", Told);
+}
+
+TEST_F(Groups, ShowNothingWhileTheyAreOpen)
+{
+    const int shown = memfd_create("shown", MFD_CLOEXEC);
+    const int before = dup(STDERR_FILENO);
+    ASSERT_GE(dup2(shown, STDERR_FILENO), 0);
+    Meanwhile = [&] {
+        {
+            const cli::ReasonCatcher catcher;
+            std::fputs("said inside\n", stderr);
+        }
+        std::fputs("said\n", stderr);
+        EXPECT_EQ(0, lseek(shown, 0, SEEK_END)) << Done;
+    };
+    Run();
+    dup2(before, STDERR_FILENO);
+    close(before);
+    char text[256] = {};
+    EXPECT_GT(pread(shown, text, sizeof text - 1, 0), 0);
+    close(shown);
+    EXPECT_STREQ("said inside\nsaid\nsaid inside\nsaid\nsaid inside\nsaid\nsaid inside\nsaid\n", text);
+    EXPECT_EQ("ABCD", Done);
 }

@@ -2,6 +2,7 @@
 
 #include "include/vark40.h"
 #include "record-manager/include/btrcall.h"
+#include "tools/vark/reasons.h"
 
 #include <chrono>
 #include <link.h>
@@ -43,7 +44,10 @@ bool CallGroup(uint16_t operation)
 std::vector<Outcome> DoGroup(const GroupedWork &work, size_t first)
 {
     std::vector<Outcome> outcomes;
-    if (!CallGroup(BtrOpBeginGroup)) return outcomes;
+    // Everybody else who writes waits for an open group: what comes to standard error meanwhile goes out when
+    // it is over, however long its reader takes.
+    const ReasonCatcher held;
+    if (!held.Catches() || !CallGroup(BtrOpBeginGroup)) return outcomes;
     const std::string place = work.Place(first);
     const auto end = Clock::now() + longestGroup;
     bool isSound = true;

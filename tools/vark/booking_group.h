@@ -21,7 +21,8 @@ struct GroupedWork {
 };
 
 // Does all pieces, in groups that last so short that others who write hardly notice. A group of which
-// anything could not be written leaves no trace and is done again, piece by piece.
+// anything could not be written leaves no trace and is done again, piece by piece. Nothing is shown while a
+// group is open.
 void DoInGroups(const GroupedWork &work);
 
 } // namespace cli

@@ -20,6 +20,8 @@ struct ReasonCatcher {
     ReasonCatcher(const ReasonCatcher &) = delete;
     ReasonCatcher &operator=(const ReasonCatcher &) = delete;
 
+    // Whether it catches: there may be no descriptor left for it.
+    bool Catches() const { return caught >= 0; }
     // The messages shown since the last call, separated by blanks; empty when there were none.
     std::string Take();
     // Writes to the real standard error.
