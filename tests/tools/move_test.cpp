@@ -544,6 +544,12 @@ TEST_F(MoveBooks, WhatIsAskedForMustBeThere)
     refused(2, {"laden", At("x"), books, "--anfuegen"}, "Die Angabe --anfuegen gibt es nur mit --tabelle.");
     refused(3, {"kopie", At("nein"), At("x")}, "ist kein Verzeichnis");
     refused(3, {"kopie", books, books}, "auf sich selbst");
+    refused(3, {"kopie", books, At("b/DB/kopie")}, "liegt zwischen den Jahren der Bücher");
+    refused(3, {"sichern", books, At("b/DB/1998/sicherung")}, "liegt zwischen den Jahren der Bücher");
+    for (const char *file : {"b/DB/books.mdb", "b/DB/1998/books.mdb-lock", "b/DB/1998/books.mdb-gate"}) {
+        refused(3, {"sichern", books, At(file), "--tabelle", "fista", "--ersetzen"}, "gehört zu Büchern");
+    }
+    EXPECT_EQ(0, tests::Books({"pruefen", books}).ExitCode);
     refused(3, {"kopie", books, At(".")}, "enthält anderes als Bücher");
     WriteFile(At("brief"), "x");
     refused(3, {"kopie", books, At("brief")}, "ist kein Verzeichnis");
@@ -849,6 +855,31 @@ TEST_F(MoveBooks, LeftoversGoWhenNobodyHoldsThemWhoeverHasTheirNumber)
     close(held);
     ASSERT_EQ(0, tests::Books({"kopie", Books.string(), At("k"), "--ersetzen"}).ExitCode);
     EXPECT_FALSE(fs::exists(At(".k.neu-2")));
+}
+
+TEST_F(MoveBooks, WhoMayOnlyReadBooksSavesAndCopiesThem)
+{
+    const std::string nobody = geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+    const auto run = [&](const std::string &arguments) {
+        return tests::Run({"/bin/sh", {"-c", nobody + "'" BOOKS_PROGRAM "' " + arguments}});
+    };
+    if (run("--version").ExitCode != 0) GTEST_SKIP() << "the program is not for everybody here";
+    const fs::path open = At("offen");
+    fs::create_directory(open);
+    tests::Run({"/bin/sh",
+                {"-c", "chmod 755 '" + At(".") + "'; chmod 777 '" + open.string() + "'; chmod -R a+rX,a-w '" +
+                           Books.string() + "'"}});
+    const Result saved = run("sichern '" + Books.string() + "' '" + (open / "s").string() + "'");
+    EXPECT_EQ(0, saved.ExitCode) << saved.Err;
+    const Result copied = run("kopie '" + Books.string() + "' '" + (open / "k").string() + "'");
+    EXPECT_EQ(0, copied.ExitCode) << copied.Err;
+    EXPECT_EQ(0, tests::Books({"pruefen", (open / "k").string()}).ExitCode);
+    ASSERT_EQ(0, Save().ExitCode);
+    EXPECT_EQ(
+        0, tests::Run({"/bin/sh", {"-c", "diff -r '" + Saved.string() + "' '" + (open / "s").string() + "'"}})
+               .ExitCode)
+        << "the same comes of it";
+    tests::Run({"/bin/sh", {"-c", "chmod -R u+w '" + At(".") + "'"}});
 }
 
 TEST_F(MoveBooks, ClosedStandardDescriptorsHarmNoBooks)

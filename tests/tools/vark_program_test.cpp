@@ -402,6 +402,60 @@ TEST_F(VarkProgram, AClosedPipeEndsItQuietly)
     EXPECT_EQ("", result.Err);
 }
 
+// A repeat would book twice.
+TEST_F(VarkProgram, WhatIsBookedIsNotDeniedWhereTheOutputCannotBeWritten)
+{
+    const std::string program = "'" VARK_PROGRAM "' --config '" + Books.string() + "' ";
+    const std::string booking = program + "buchen --mandant 1 --stapel 16 --datum 15.4.98 --soll 10010 "
+                                          "--haben 5010 --betrag 1,00 --text ";
+    const auto inShell = [](const std::string &line) {
+        return tests::Run({"/bin/bash", {"-c", "set -o pipefail; " + line}});
+    };
+    for (const char *output :
+         {"eins > /dev/full", "zwei >&-", "drei | true", "vier 2>&1 >/dev/full | true"}) {
+        EXPECT_EQ(0, inShell(booking + output).ExitCode) << output;
+    }
+    const Result full = inShell(booking + "fünf > /dev/full");
+    EXPECT_EQ("vark: Die Ausgabe läßt sich nicht schreiben. Was getan ist, bleibt getan.\n", full.Err);
+    EXPECT_EQ(1, inShell(program + "buchen --mandant 1 --stapel 99 --datum 15.4.98 --soll 10010 --haben 5010 "
+                                   "--betrag 1,00 >&-")
+                     .ExitCode);
+    EXPECT_EQ(0, inShell(program + "split --mandant 1 --stapel 16 --datum 15.4.98 --haben 1840 "
+                                   "--teil '8010;;1,00;sechs' --teil '8020;;2,00;sechs' | true")
+                     .ExitCode);
+    EXPECT_EQ(
+        0,
+        inShell(program + "peko neu --mandant 1 --art Debitor --kuerzel NEU --name Neu >/dev/full").ExitCode);
+    EXPECT_EQ(
+        1, inShell(program + "peko neu --mandant 1 --art Debitor --kuerzel NEU --name Neu | true").ExitCode)
+        << "it is there";
+    const std::string batch = Batch();
+    for (const char *text : {"eins", "zwei", "drei", "vier", "fünf", "sechs"}) {
+        EXPECT_TRUE(Contains(batch, std::string(";") + text + "\n")) << text << '\n' << batch;
+    }
+    EXPECT_EQ(3, inShell(program + "stapel --mandant 1 >&-").ExitCode) << "there is nothing but the output";
+}
+
+TEST_F(VarkProgram, LinesAreBookedToTheLastWhateverBecomesOfTheOutputs)
+{
+    const fs::path csv = Directory.Path / "buchungen.csv";
+    WriteFile(csv, "Datum;Sollkonto;Habenkonto;Betrag;Text\n"
+                   "15.04.1998;10010;5010;1,00;eins\n"
+                   "31.02.1998;10010;5010;1,00;abgelehnt\n"
+                   "15.04.1998;10010;5010;1,00;drei\n");
+    const Result result =
+        tests::Run({"/bin/bash",
+                    {"-c", "'" VARK_PROGRAM "' --config '" + Books.string() +
+                               "' buchen --mandant 1 --stapel 16 --abgelehnt /dev/full --datei '" +
+                               csv.string() + "'"}});
+    EXPECT_EQ(1, result.ExitCode);
+    EXPECT_EQ("vark: /dev/full: Schreiben nicht möglich, der Datenträger ist voll\n"
+              "Zeile 3: Das Buchungsdatum ist unzulässig!\n",
+              result.Err);
+    EXPECT_EQ("2 Buchungen in den Stapel geschrieben, 1 abgelehnt.\n", result.Out);
+    EXPECT_TRUE(Contains(Batch(), ";drei\n"));
+}
+
 TEST(Demo, ItRunsThroughAndGivesAnAccount)
 {
     const TemporaryDirectory directory;

@@ -57,6 +57,24 @@ std::string SchemaOf(const std::string &schema, const std::string &name)
 
 } // namespace
 
+namespace {
+
+// The directories are ours to write, whatever those are that they are copied from.
+void CopyTree(const fs::path &from, const fs::path &to)
+{
+    fs::create_directory(to);
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(from)) {
+        const fs::path target = to / entry.path().lexically_relative(from);
+        if (entry.is_directory()) {
+            fs::create_directory(target);
+        } else {
+            fs::copy_file(entry.path(), target);
+        }
+    }
+}
+
+} // namespace
+
 CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
 {
     if (options.Server.empty() != options.Schema.empty())
@@ -67,6 +85,7 @@ CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
     if (fs::exists(target) && fs::equivalent(target, from)) {
         throw std::runtime_error("Bücher lassen sich nicht auf sich selbst kopieren.");
     }
+    RefuseAmong(data, target);
     CheckTarget(target, options.Replace);
     std::optional<HeldBooks> held;
     if (fs::exists(target / dataDirectory)) held.emplace(target / dataDirectory);
@@ -89,7 +108,7 @@ CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
         ++summary.Directories;
     }
     if (fs::is_directory(from / reportDirectory)) {
-        fs::copy(from / reportDirectory, workplace.Path / reportDirectory, fs::copy_options::recursive);
+        CopyTree(from / reportDirectory, workplace.Path / reportDirectory);
     } else {
         fs::create_directory(workplace.Path / reportDirectory);
         summary.HasTemplates = CopyTemplates(workplace.Path / reportDirectory);

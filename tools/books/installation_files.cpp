@@ -88,6 +88,13 @@ void CheckTarget(const fs::path &directory, bool replace)
     }
 }
 
+void RefuseAmong(const fs::path &data, const fs::path &target)
+{
+    const fs::path inside = fs::weakly_canonical(target).lexically_relative(fs::canonical(data));
+    if (inside.empty() || *inside.begin() == "..") return;
+    throw std::runtime_error(target.string() + " liegt zwischen den Jahren der Bücher.");
+}
+
 void WriteIniFiles(const fs::path &place, const fs::path &target)
 {
     const std::string data = (target / dataDirectory).string();

@@ -21,6 +21,9 @@ std::filesystem::path TargetPath(const std::filesystem::path &directory);
 // there, or books, unless they may be replaced.
 void CheckTarget(const std::filesystem::path &directory, bool replace);
 
+// Throws where what is made of books would lie among them, as if it were one of their years.
+void RefuseAmong(const std::filesystem::path &data, const std::filesystem::path &target);
+
 // Keeps everybody else out of books while they are replaced: those who are in refuse it, and whoever comes
 // is refused. Books that cannot be opened at all need no keeping.
 struct HeldBooks {

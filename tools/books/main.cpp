@@ -29,7 +29,7 @@ int main(int argc, char **argv)
     // No file of the books ever gets the number of an output that was closed when the program began.
     host::GuardStandardDescriptors();
     try {
-        return Run(argc, argv);
+        return tools::EndOutput("books", Run(argc, argv));
     } catch (const tools::Interrupted &error) {
         std::fprintf(stderr, "books: %s\n", error.what());
         return tools::ExitInterrupted;

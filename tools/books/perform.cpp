@@ -58,6 +58,7 @@ int MakeSampleBooks(const SampleOptions &options, bool isJson)
     const std::string place = FullPath(options.Directory);
     const SampleSummary summary =
         WithBar("Bücher anlegen", [&](const auto &progress) { return MakeSample(options, progress); });
+    tools::AnswerByExitCode();
     TellOfTemplates(summary.HasTemplates);
     if (isJson) {
         PrintSummaryJson(place, {{"verzeichnisse", summary.Directories},
@@ -88,6 +89,7 @@ int SaveAndTell(const SaveOptions &options, bool isJson)
     const SaveSummary summary =
         WithBar("Sichern", [&](const auto &progress) { return SaveBooks(options, progress); });
     if (options.To == "-") return tools::ExitGood;
+    tools::AnswerByExitCode();
     if (isJson) {
         PrintSummaryJson(FullPath(options.To), {{"tabellen", summary.Tables}, {"saetze", summary.Records}});
     } else {
@@ -103,6 +105,7 @@ int LoadAndTell(const LoadOptions &options, bool isJson)
     tools::EndWithAWordOnDamage();
     const LoadSummary summary =
         WithBar("Laden", [&](const auto &progress) { return LoadBooks(options, progress); });
+    tools::AnswerByExitCode();
     if (summary.IsLoaded) TellOfTemplates(summary.HasTemplates);
     if (isJson) {
         PrintLoadJson(summary);
@@ -118,6 +121,7 @@ int CopyAndTell(const CopyOptions &options, bool isJson)
     const std::string place = FullPath(options.To);
     const CopySummary summary =
         WithBar("Kopieren", [&](const auto &progress) { return CopyBooks(options, progress); });
+    tools::AnswerByExitCode();
     TellOfTemplates(summary.HasTemplates);
     if (isJson) {
         PrintSummaryJson(

@@ -1,5 +1,6 @@
 #include "tools/books/save.h"
 
+#include "tools/books/installation_files.h"
 #include "tools/books/place.h"
 #include "tools/books/sequential.h"
 #include "tools/books/snapshot.h"
@@ -117,6 +118,7 @@ SaveSummary SaveAll(const SaveOptions &options, const fs::path &data, const Prog
     const fs::path target = fs::absolute(options.To).lexically_normal();
     const fs::path place = target.has_filename() ? target : target.parent_path();
     CheckSaveTarget(place, options.Replace);
+    RefuseAmong(data, place);
     if (options.Mandant != 0)
         PlaceOf(Tables().front(), data, options.Mandant, ""); // refuses one there is not
 

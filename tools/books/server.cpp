@@ -6,6 +6,7 @@
 #include "tools/common/installation.h"
 #include "tools/common/layout.h"
 #include "tools/common/table_file.h"
+#include "tools/common/terminal.h"
 
 #include <algorithm>
 #include <dlfcn.h>
@@ -236,6 +237,7 @@ int MakeServerBooks(const ServerOptions &options)
         if (made) fs::remove(directory);
         throw;
     }
+    tools::AnswerByExitCode();
     std::cout << "Das Schema " << options.Schema << " ist angelegt; " << (directory / serviceName).string()
               << " nennt es.\n";
     return ExitGood;
@@ -262,6 +264,7 @@ int GrantRoles(const ServerOptions &options)
         }
         Run(directory, sql);
     }
+    tools::AnswerByExitCode();
     std::cout << "Rechte an " << directories.size() << (directories.size() == 1 ? " Schema" : " Schemas")
               << " sind vergeben.\n";
     return ExitGood;
@@ -292,6 +295,7 @@ int MakeViews(const ServerOptions &options)
         Run(directory, sql);
     }
     StopEngine();
+    tools::AnswerByExitCode();
     std::cout << views << " Sichten sind angelegt.\n";
     return ExitGood;
 }

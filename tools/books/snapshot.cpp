@@ -30,8 +30,9 @@ namespace {
 
 constexpr const char *booksName = "books.mdb";
 
-// What the child ends with beside 0: whether reading or writing was the trouble.
-enum ChildEnd : int { ChildRead = 1, ChildFull = 2, ChildWrite = 3 };
+// What the child ends with beside 0: whether reading or writing was the trouble, or that the store takes no
+// readers who cannot write its lock file.
+enum ChildEnd : int { ChildRead = 1, ChildFull = 2, ChildWrite = 3, ChildNoLock = 4 };
 
 // Holds the directory's books open for reading while they are copied behind the record manager's back, so
 // that nobody takes them for unused. It refuses what is damaged at its head, too.
@@ -66,9 +67,9 @@ int CopyInChild(const fs::path &from, int to)
     if (!IsPresent(from / booksName)) return ChildRead;
     MDB_env *env = nullptr;
     if (mdb_env_create(&env) != 0) return ChildRead;
-    if (mdb_env_open(env, (from / booksName).c_str(), MDB_NOSUBDIR | MDB_RDONLY | MDB_NOTLS, 0) != 0) {
-        return ChildRead;
-    }
+    const int opened =
+        mdb_env_open(env, (from / booksName).c_str(), MDB_NOSUBDIR | MDB_RDONLY | MDB_NOTLS, 0);
+    if (opened != 0) return opened == EACCES || opened == EROFS ? ChildNoLock : ChildRead;
     // Page by page: each carries the record manager's sum, in which its number counts.
     const int error = mdb_env_copyfd2(env, to, 0);
     if (error == ENOSPC || error == EDQUOT || error == EFBIG) return ChildFull;
@@ -151,6 +152,11 @@ void CopyStore(const fs::path &from, const fs::path &to)
     }
     const int status = *end;
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == ChildNoLock) {
+        fs::remove(target);
+        CopyRecords(from, to); // as the record manager reads for those who may only read
+        return;
+    }
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildFull) ThrowFileError(target, "Schreiben", ENOSPC);
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildWrite) ThrowFileError(target, "Schreiben", EIO);
     throw DamagedBooks((from / booksName).string() + ": Lesen nicht möglich, die Datei ist beschädigt");

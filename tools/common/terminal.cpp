@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <iostream>
 #include <unistd.h>
 
 namespace tools {
@@ -107,6 +108,26 @@ void ForgetDamage()
 }
 
 void EndQuietlyOnClosedPipe() { std::signal(SIGPIPE, SIG_DFL); }
+
+namespace {
+
+bool answersByExitCode = false;
+
+}
+
+void AnswerByExitCode()
+{
+    answersByExitCode = true;
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+int EndOutput(const char *program, int exitCode)
+{
+    if (std::cout.flush() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return exitCode;
+    std::fprintf(stderr, "%s: Die Ausgabe läßt sich nicht schreiben.%s\n", program,
+                 answersByExitCode ? " Was getan ist, bleibt getan." : "");
+    return answersByExitCode ? exitCode : static_cast<int>(ExitFailure);
+}
 
 std::string Grouped(int64_t number)
 {

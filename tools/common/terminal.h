@@ -48,6 +48,14 @@ void ForgetDamage();
 // From here on a closed pipe ends the program at once and silently, as `… | head` expects of a filter.
 void EndQuietlyOnClosedPipe();
 
+// For work that changes something: from here on the exit code says what became of that, whether or not anybody
+// can be told in words. A closed pipe no longer ends the program.
+void AnswerByExitCode();
+
+// Writes out what is left of the output. Returns `exitCode`; where the output cannot be written, `program`
+// says so, and it is ExitFailure unless AnswerByExitCode was called.
+int EndOutput(const char *program, int exitCode);
+
 // "1.234.567"
 std::string Grouped(int64_t number);
 

@@ -140,6 +140,21 @@ Workplace::~Workplace()
     close(lock);
 }
 
+namespace {
+
+// Behind the step that puts something in its place. That it failed would be wrong to say.
+void SyncBehind(const fs::path &target)
+{
+    try {
+        Sync(target.parent_path());
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "%s steht an seinem Platz. Ob auch nach einem Stromausfall, ist ungewiß: %s\n",
+                     target.c_str(), error.what());
+    }
+}
+
+} // namespace
+
 void Workplace::MoveTo(const fs::path &target)
 {
     SyncTree(Path);
@@ -156,17 +171,26 @@ void Workplace::MoveTo(const fs::path &target)
             // Without an exchange there is a moment without either; what was there stays beside till the end.
             const fs::path old = hidden.string() + ".alt";
             fs::rename(target, old);
-            fs::rename(Path, target);
+            if (std::rename(Path.c_str(), target.c_str()) != 0) {
+                const int failed = errno;
+                fs::rename(old, target, ignored);
+                ThrowFileError(target, "Ersetzen", failed);
+            }
             fs::remove_all(old, ignored);
         }
     }
-    Sync(target.parent_path());
+    SyncBehind(target);
     fs::remove_all(hidden, ignored);
 }
 
 FileInWork::FileInWork(const fs::path &wanted, bool replace) : target(wanted), replaces(replace)
 {
     if (fs::is_directory(target)) ThrowFileError(target, "Schreiben", EISDIR);
+    // Books, what guards them, and what says on which server they lie: inputs of everything here.
+    const std::string name = target.filename().string();
+    if (name.starts_with("books.mdb") || name == "books.server") {
+        throw std::runtime_error(target.string() + " gehört zu Büchern und wird von keiner Ausgabe ersetzt.");
+    }
     if (!replace && fs::exists(target)) {
         throw std::runtime_error(target.string() + " gibt es schon. Mit --ersetzen wird die Datei ersetzt.");
     }
@@ -218,7 +242,7 @@ void FileInWork::Finish()
         ThrowFileError(target, "Schreiben", errno);
     }
     path.clear();
-    Sync(target.parent_path());
+    SyncBehind(target);
 }
 
 } // namespace tools

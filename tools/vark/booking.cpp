@@ -152,6 +152,7 @@ int ReportOne(const TaskOptions &options, const TaskWords &words, const Outcome 
 int Book(const BookingOptions &options)
 {
     if (options.Task.File.empty()) NeedOptions(options.Defaults, true);
+    tools::AnswerByExitCode();
     NeedLibrary();
     if (options.Task.File.empty()) return ReportOne(options.Task, bookingWords, BookOne(options.Defaults));
     return RunCsv<BookingText>({options.Task,
@@ -165,6 +166,7 @@ int Book(const BookingOptions &options)
 
 int BookSplit(const SplitOptions &options)
 {
+    tools::AnswerByExitCode();
     NeedLibrary();
     if (!options.Task.File.empty()) {
         if (!options.Parts.empty()) throw tools::UsageError("--teil und --datei passen nicht zusammen.");

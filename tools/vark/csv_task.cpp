@@ -29,6 +29,7 @@ struct TaskReport::State {
     // They go aside, and take the place of a file at the end; a pipe gets them as they come.
     std::optional<FileInWork> Rejections = {};
     std::ofstream RejectionStream = {};
+    bool AreRejectionsLost = false;
     int64_t Done = 0;
     int64_t Refused = 0;
     int64_t Cut = 0;
@@ -45,6 +46,7 @@ struct TaskReport::State {
     void TellReasons() const;
     void Reject(const std::string &text);
     void KeepRejections();
+    void LoseRejections(const char *reason);
 };
 
 namespace {
@@ -83,28 +85,37 @@ TaskReport::TaskReport(const TaskOptions &options, const TaskWords &words, const
     state->Json.StartArray();
 }
 
-TaskReport::~TaskReport()
+TaskReport::~TaskReport() { state->KeepRejections(); }
+
+// What is done stays done, and the rest is to be done: it is told what became of each line all the same.
+void TaskReport::State::LoseRejections(const char *reason)
 {
-    try {
-        state->KeepRejections();
-    } catch (const std::exception &error) {
-        std::cerr << "vark: " << error.what() << '\n';
-    }
+    std::cerr << "vark: " << reason << '\n';
+    AreRejectionsLost = true;
+    Rejections.reset();
+    RejectionStream.close();
 }
 
 void TaskReport::State::Reject(const std::string &text)
 {
-    if (Rejections) Rejections->Write(text.data(), text.size());
-    if (RejectionStream.is_open()) RejectionStream << text << std::flush;
+    try {
+        if (Rejections) Rejections->Write(text.data(), text.size());
+        if (!RejectionStream.is_open()) return;
+        if (!(RejectionStream << text << std::flush)) ThrowFileError(Options.Rejections, "Schreiben", errno);
+    } catch (const std::exception &error) {
+        LoseRejections(error.what());
+    }
 }
 
 void TaskReport::State::KeepRejections()
 {
     if (!Rejections) return;
-    // Once, whatever comes of it.
-    const auto forget = [this](FileInWork *) { Rejections.reset(); };
-    const std::unique_ptr<FileInWork, decltype(forget)> last(&*Rejections, forget);
-    last->Finish();
+    try {
+        Rejections->Finish();
+        Rejections.reset();
+    } catch (const std::exception &error) {
+        LoseRejections(error.what());
+    }
 }
 
 void TaskReport::State::TellRow(const Outcome &outcome, const std::vector<CsvLine> &lines)
@@ -177,8 +188,8 @@ void TaskReport::State::TellReasons() const
 
 int TaskReport::End(double seconds)
 {
-    const int exitCode = state->Refused > 0 ? ExitRefused : ExitGood;
     state->KeepRejections();
+    const int exitCode = state->Refused > 0 || state->AreRejectionsLost ? ExitRefused : ExitGood;
     if (state->Options.As == Output::Csv) return exitCode;
     if (state->Options.As == Output::Json) {
         JsonWriter &json = state->Json;
@@ -247,6 +258,8 @@ bool CsvSource::Read(CsvLine &line)
     return true;
 }
 
+bool CsvSource::IsBroken() const { return state->In->bad(); }
+
 bool CsvSource::IsReady() const
 {
     if (state->Size > 0 || state->In->rdbuf()->in_avail() > 0) return true;
@@ -271,9 +284,9 @@ void CheckFiles(const TaskOptions &options)
             "--abgelehnt und --datei nennen dieselbe Datei: Eine Ausgabe ersetzt nie ihre Eingabe.");
 }
 
-void TellInterrupted(long number)
+void TellEarlyEnd(const std::string &reason, long number)
 {
-    std::cerr << "vark: abgebrochen. Bis Zeile " << number
+    std::cerr << "vark: " << reason << " Bis Zeile " << number
               << " ist alles erledigt oder abgelehnt, danach nichts begonnen.\n";
 }
 

@@ -10,6 +10,7 @@
 #include "tools/vark/csv.h"
 
 #include <algorithm>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -48,8 +49,8 @@ struct TaskReport {
 
     // What was done, or why not. `lines` are those of the file that it came from, none without a file.
     void Add(const Outcome &outcome, const std::vector<CsvLine> &lines);
-    // The summary. Returns the exit code: 1 when something was refused. Without it the rejections so far are
-    // kept all the same.
+    // The summary. Returns the exit code: 1 when something was refused, or the rejections could not be kept.
+    // Without it the rejections so far are kept all the same.
     int End(double seconds);
 
 private:
@@ -92,6 +93,8 @@ struct CsvSource {
     CsvSource &operator=(const CsvSource &) = delete;
 
     bool Read(CsvLine &line);
+    // Whether there are no more lines because they cannot be read.
+    bool IsBroken() const;
     // Whether the next line is there already; where it is waited for, what was read is to be done first.
     bool IsReady() const;
     // Takes the bar away, so that something can be told.
@@ -138,8 +141,8 @@ std::string ReadHeadings(const CsvTask<Text> &task, const CsvLine &line,
 // How many pieces are read before they are done.
 inline constexpr size_t mostPieces = 1000;
 
-// Tells how far it came.
-void TellInterrupted(long number);
+// Tells how far it came, and why no farther.
+void TellEarlyEnd(const std::string &reason, long number);
 
 // Does the pieces and tells what became of them.
 template <typename Text>
@@ -152,7 +155,12 @@ void DoPieces(const CsvTask<Text> &task, const std::vector<CsvPiece<Text>> &piec
         const CsvPiece<Text> &piece = pieces[index];
         Outcome outcome;
         outcome.Reason = piece.Fault;
-        return piece.Fault.empty() ? task.Do(piece.Work) : outcome;
+        try {
+            if (piece.Fault.empty()) return task.Do(piece.Work);
+        } catch (const std::exception &error) { // before anything of it was written
+            outcome.Reason = error.what();
+        }
+        return outcome;
     };
     if (task.Place != nullptr) {
         work.Place = [&](size_t index) {
@@ -167,7 +175,7 @@ void DoPieces(const CsvTask<Text> &task, const std::vector<CsvPiece<Text>> &piec
 }
 
 // Runs the task over its file. Returns the exit code: 0 all done, 1 some refused, 2 the file has no usable
-// headings. A file that cannot be read is an exception.
+// headings, 3 it could not be read to its end. A file that cannot be read at all is an exception.
 template <typename Text> int RunCsv(const CsvTask<Text> &task)
 {
     CheckFiles(task.Options);
@@ -222,9 +230,13 @@ template <typename Text> int RunCsv(const CsvTask<Text> &task)
     }
     doPieces();
     const int exitCode = report.End(source.Seconds());
-    if (!isInterrupted) return exitCode;
-    TellInterrupted(line.Number);
-    return tools::ExitInterrupted;
+    if (isInterrupted) {
+        TellEarlyEnd("abgebrochen.", line.Number);
+        return tools::ExitInterrupted;
+    }
+    if (!source.IsBroken()) return exitCode;
+    TellEarlyEnd(task.Options.File.string() + " läßt sich nicht weiter lesen.", line.Number);
+    return tools::ExitFailure;
 }
 
 } // namespace cli

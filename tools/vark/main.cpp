@@ -9,7 +9,6 @@
 
 #include <cstdio>
 #include <exception>
-#include <iostream>
 
 namespace {
 
@@ -36,9 +35,7 @@ int main(int argc, char **argv)
 {
     host::GuardStandardDescriptors();
     try {
-        const int exitCode = Run(argc, argv);
-        if (std::cout.flush() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return exitCode;
-        std::fputs("vark: Die Ausgabe läßt sich nicht schreiben.\n", stderr);
+        return tools::EndOutput("vark", Run(argc, argv));
     } catch (const cli::Refusal &refusal) {
         std::fprintf(stderr, "vark: %s\n", refusal.what());
         return tools::ExitRefused;

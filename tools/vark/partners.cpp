@@ -224,6 +224,7 @@ int KeepPartners(const PartnerOptions &options)
         throw UsageError("--art ist Debitor oder Kreditor: Andere Konten legt VARK40 nicht an.");
     }
     if (options.Task.File.empty()) NeedOptions(options);
+    AnswerByExitCode();
     NeedLibrary();
     const TaskWords &taskWords = WordsOf(options.Action);
     if (!options.Task.File.empty()) {

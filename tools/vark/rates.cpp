@@ -8,6 +8,7 @@
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
 #include "tools/common/key_value.h"
+#include "tools/common/terminal.h"
 #include "tools/common/texts.h"
 #include "tools/vark/reasons.h"
 #include "tools/vark/typed_text.h"
@@ -180,18 +181,26 @@ std::string FindDate(const Rates &rates, const RateOptions &options)
     return kurse.Equal(&record, value.Bytes.data(), 0) ? rates.DayOf(record) : std::string();
 }
 
-// Plays the script. What the library says to it is the refusal, unless the books say otherwise.
+// Plays the script. Whether it is done the books say: the library may have something to say to what is done,
+// and the dialog's program may end behind it.
 int Play(const RateOptions &options, const std::string &script, const char *done,
          const std::function<bool()> &isDone)
 {
     ReasonCatcher catcher;
-    const int exitCode = RunDialog(options.Mandant, script);
+    int exitCode = ExitFailure;
+    std::string fault = "Der Dialog ist nicht zustande gekommen.";
+    try {
+        exitCode = RunDialog(options.Mandant, script);
+    } catch (const std::runtime_error &error) {
+        fault = error.what();
+    }
     const std::string reason = catcher.Take();
-    if (!reason.empty() && isDone()) {
-        catcher.Pass("vark: Die Bibliothek meldet dazu: " + reason + "\n");
-    } else if (!reason.empty() || exitCode != ExitGood) {
-        catcher.Pass("vark: " + (reason.empty() ? "Der Dialog ist nicht zustande gekommen." : reason) + "\n");
-        return exitCode == ExitGood ? ExitRefused : exitCode;
+    if (!reason.empty() || exitCode != ExitGood) {
+        if (!isDone()) {
+            catcher.Pass("vark: " + (reason.empty() ? fault : reason) + "\n");
+            return exitCode == ExitGood ? ExitRefused : exitCode;
+        }
+        catcher.Pass("vark: Die Bibliothek meldet dazu: " + (reason.empty() ? fault : reason) + "\n");
     }
     std::cout << "Kurs " << options.Waehrung << " vom " << options.Datum << ' ' << done << ".\n";
     return ExitGood;
@@ -201,6 +210,7 @@ int Play(const RateOptions &options, const std::string &script, const char *done
 
 int KeepRates(const RateOptions &typed)
 {
+    if (typed.Asks || typed.IsNew || typed.Deletes) AnswerByExitCode();
     NeedLibrary();
     RateOptions options = typed;
     options.Waehrung = CurrencyOf(typed.Waehrung);
