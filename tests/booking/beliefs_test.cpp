@@ -182,8 +182,8 @@ TEST_F(Beliefs, AreToldWithoutASignalWhereNobodyReads)
 #ifndef NDEBUG
 TEST(BeliefsDeathTest, StopABuildWithAssertions)
 {
-    // A child that is only forked has the standard error of this process, which was open for messages when the
-    // library was loaded. One that is started anew would begin with the file into which it is caught.
+    // A child that is only forked has the standard error of this process, which was open for messages when
+    // the library was loaded. One that is started anew would begin with the file into which it is caught.
     testing::GTEST_FLAG(death_test_style) = "fast";
     EXPECT_DEATH(Holds(false), "interner Fehler, .*beliefs_test.cpp");
 }

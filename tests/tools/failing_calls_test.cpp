@@ -1,6 +1,6 @@
-// Every command that writes, with one of its calls of the system failing, each call in turn: what it says and its
-// exit code agree with what is in the books then. A booking that is denied is booked twice, one that is claimed is
-// lost.
+// Every command that writes, with one of its calls of the system failing, each call in turn: what it says and
+// its exit code agree with what is in the books then. A booking that is denied is booked twice, one that is
+// claimed is lost.
 #include "tests/tools/program.h"
 
 #include <cerrno>
@@ -171,7 +171,7 @@ TEST_F(FailingCalls, OfManyBookingsAreCountedAsTheyAre)
 TEST_F(FailingCalls, OfReadingTheLinesAreNotTakenForTheirEnd)
 {
     std::string csv = "Datum;Sollkonto;Habenkonto;Betrag;Text\n";
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < 300; ++i) {
         csv += "15.04.1998;8010;1840;1,00;lange Zeile Nummer " + std::to_string(i) + "\n";
     }
     tests::WriteFile(Directory.Path / "z.csv", csv);
@@ -192,7 +192,7 @@ TEST_F(FailingCalls, OfReadingTheLinesAreNotTakenForTheirEnd)
         if (!fs::exists(done)) break;
         ++Injected;
         const size_t booked = Count(Batch(), "lange Zeile") - before;
-        if (booked == 0 || booked == 2000) continue;
+        if (booked == 0 || booked == 300) continue;
         ++cut;
         EXPECT_EQ(3, result.ExitCode);
         EXPECT_TRUE(Contains(result.Err, "läßt sich nicht weiter lesen.")) << result.Err;
@@ -221,10 +221,10 @@ TEST_F(FailingCalls, OfARateAreNeitherDeniedNorClaimed)
         const auto two = [](int value) { return std::to_string(100 + value).substr(1); };
         const std::string date =
             two(days % 28 + 1) + "." + two(month % 12 + 1) + "." + std::to_string(1997 + month / 12);
-        return Try{.Arguments = {"kurse", "--mandant", "1", "--neu", "--waehrung", "XXX", "--kurs", "1,5",
+        return Try{.Arguments = {"kurse", "--mandant", "1", "--neu", "--waehrung", "ZZZ", "--kurs", "1,5",
                                  "--einheiten", "1", "--datum", date},
                    .Left = [=, this] {
-                       return Count(Ask({"kurse", "--mandant", "1", "--csv"}), "XXX;" + date + ";");
+                       return Count(Ask({"kurse", "--mandant", "1", "--csv"}), "ZZZ;" + date + ";");
                    }};
     });
 }

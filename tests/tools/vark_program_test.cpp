@@ -542,6 +542,8 @@ TEST_F(VarkProgram, MissingOptionsAreAWrongCall)
 TEST_F(VarkProgram, TypingErrorsAreAnsweredWithTheNearestWord)
 {
     EXPECT_TRUE(Contains(Run({"berich"}).Err, "Unbekannte Angabe: berich (meinten Sie „bericht“?)\n"));
+    EXPECT_TRUE(Contains(Run({"bericht", "oplist"}).Err, "Unbekannte Angabe: oplist\n"))
+        << "vark split is no command of vark bericht";
     const Result option = Run({"konten", "--mandnt", "1"});
     EXPECT_EQ(2, option.ExitCode);
     EXPECT_EQ(

@@ -169,7 +169,10 @@ std::string UnknownArgument(const Command &root, const Command &command, const s
         }
     };
     considerAll(command);
-    if (nearest.empty()) considerAll(root);
+    // Of what the program itself offers only the options may stand behind a command.
+    for (const Option &option : root.Options) {
+        if (nearest.empty() && !IsPlace(option)) consider(option.Name);
+    }
     const std::string meant = nearest.empty() ? "" : " (meinten Sie „" + nearest + "“?)";
     return "Unbekannte Angabe: " + argument + meant;
 }

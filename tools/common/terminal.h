@@ -48,8 +48,8 @@ void ForgetDamage();
 // From here on a closed pipe ends the program at once and silently, as `… | head` expects of a filter.
 void EndQuietlyOnClosedPipe();
 
-// For work that changes something: from here on the exit code says what became of that, whether or not anybody
-// can be told in words. A closed pipe no longer ends the program.
+// For work that changes something: from here on the exit code says what became of it, whether anybody can be
+// told in words or not. A closed pipe no longer ends the program.
 void AnswerByExitCode();
 
 // Writes out what is left of the output. Returns `exitCode`; where the output cannot be written, `program`

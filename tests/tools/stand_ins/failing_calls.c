@@ -1,6 +1,6 @@
-/* Loaded before the C library: of the calls of the system that a program and its children make, one fails. The
-   environment says which: FAILING_CALL is its number, counted from 1 in each process, FAILING_ERROR the error, and
-   FAILING_DONE a file that is made when the call has been met, so that no other process fails a second one. A write
+/* Loaded before the C library: of the calls of the system that a program and its children make, one fails.
+   The environment says which: FAILING_CALL is its number, counted from 1 in each process, FAILING_ERROR the
+   error, and FAILING_DONE a file that is made when the call has been met, so that no other fails. A write
    that fails may have written half. FAILING_KIND lets the calls of that name alone be counted. */
 #define _GNU_SOURCE
 #include <errno.h>
@@ -20,7 +20,11 @@ static atomic_long counted;
 static long NumberIn(const char *name)
 {
     const char *text = getenv(name);
-    return text != NULL ? atol(text) : 0;
+    long number = 0;
+    while (text != NULL && *text >= '0' && *text <= '9') {
+        number = 10 * number + (*text++ - '0');
+    }
+    return number;
 }
 
 /* Whether this call is the one; what is told is told in the file. */
