@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 
 namespace vark {
 
@@ -54,7 +55,9 @@ constexpr DialogControl barControls[] = {
     {DialogControlKind::PushButton, nextAccount, "nächstes &Konto"_w, 212, 2, 68, 14, 0, 0},
     {DialogControlKind::PushButton, newChoice, "neue &Auswahl ...", 282, 2, 68, 14, 0, 0},
 };
-constexpr varkui::DialogTable bar = {115, "Kontenblatt", 352, 18, barControls, 5, varkui::childDialogStyle};
+constexpr int buttonCount = static_cast<int>(std::size(barControls));
+constexpr varkui::DialogTable bar = {115,         "Kontenblatt",           352, 18, barControls,
+                                     buttonCount, varkui::childDialogStyle};
 
 INT_PTR CALLBACK BarProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
@@ -91,16 +94,52 @@ bool IsBarShown(const KontenblattState &state)
     return state.BarWindow != nullptr && (StyleOf(state.BarWindow) & WS_VISIBLE) != 0;
 }
 
+LONG BarHeight(const KontenblattState &state)
+{
+    RECT place{};
+    GetWindowRect(state.BarWindow, &place);
+    return place.bottom - place.top;
+}
+
+// The bar with that many buttons side by side, in pixels.
+RECT BarOf(const KontenblattState &state, int columns)
+{
+    const DialogControl &last = barControls[columns - 1];
+    const int rows = (buttonCount + columns - 1) / columns;
+    RECT room = {0, 0, last.X + last.Width + last.Y, bar.Height + (rows - 1) * (last.Y + last.Height)};
+    MapDialogRect(state.BarWindow, &room);
+    return room;
+}
+
+// Puts the buttons into as many rows as they need inside `width`. Returns the bar they fill. Where one row
+// fits into a frame of its own width, they stay in it: who narrowed the frame can widen it.
+RECT ArrangeBar(const KontenblattState &state, int width)
+{
+    if (state.BarRect.right <= ownWidth) return state.BarRect;
+    int columns = buttonCount;
+    while (columns > 1 && BarOf(state, columns).right > width) {
+        --columns;
+    }
+    for (int i = 0; i < buttonCount; ++i) {
+        const DialogControl &above = barControls[i % columns];
+        const int top = above.Y + i / columns * (above.Y + above.Height);
+        RECT place = {above.X, top, above.X + above.Width, top + above.Height};
+        MapDialogRect(state.BarWindow, &place);
+        MoveWindow(GetDlgItem(state.BarWindow, barControls[i].Id), place.left, place.top,
+                   place.right - place.left, place.bottom - place.top, TRUE);
+    }
+    return BarOf(state, columns);
+}
+
 void PlaceParts(const KontenblattState &state, int width, int height)
 {
-    const int barWidth = state.BarRect.right;
-    const int barHeight = state.BarRect.bottom;
+    const RECT room = state.BarWindow != nullptr ? ArrangeBar(state, width) : RECT{};
     int viewHeight = height;
-    if (state.BarWindow != nullptr && height > barHeight) {
-        viewHeight = height - barHeight;
-        const int x = barWidth >= width ? 0 : (width - barWidth) / 2;
-        SetWindowPos(state.BarWindow, nullptr, x, viewHeight, 0, 0,
-                     SWP_NOSIZE | SWP_NOZORDER | SWP_SHOWWINDOW);
+    if (state.BarWindow != nullptr && height > room.bottom) {
+        viewHeight = height - room.bottom;
+        const int x = room.right >= width ? 0 : (width - room.right) / 2;
+        SetWindowPos(state.BarWindow, nullptr, x, viewHeight, room.right, room.bottom,
+                     SWP_NOZORDER | SWP_SHOWWINDOW);
     } else if (state.BarWindow != nullptr) {
         ShowWindow(state.BarWindow, SW_HIDE);
     }
@@ -176,7 +215,7 @@ void AttachView(KontenblattState &state, HWND view)
     HWND frame = state.FrameWindow;
     RECT client{};
     GetClientRect(frame, &client);
-    if (IsBarShown(state)) client.bottom -= state.BarRect.bottom;
+    if (IsBarShown(state)) client.bottom -= BarHeight(state);
     HWND earlier = state.ViewWindow;
     HWND focus = GetFocus();
     const bool hadFocus =

@@ -13,7 +13,7 @@ struct KontenblattState {
     HWND FrameWindow; // null once it has gone
     HWND ViewWindow;  // the report engine's view inside the frame
     HWND BarWindow;   // null when it could not be made
-    RECT BarRect;     // the bar's, moved to 0,0
+    RECT BarRect;     // the bar's with all buttons in one row, moved to 0,0
     bool IsBusy;      // a press is being handled, or the frame made: who does that frees the state
 };
 

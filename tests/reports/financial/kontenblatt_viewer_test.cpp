@@ -11,8 +11,10 @@
 #include "tests/reports/frame/played_dialog.h"
 #include "tests/support/alloc_faults.h"
 #include "tests/support/books.h"
+#include "tests/support/display.h"
 #include "tests/support/engine_faults.h"
 
+#include <atomic>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -20,6 +22,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
+#include <vector>
 
 using namespace vark;
 using namespace vark::test;
@@ -568,4 +571,116 @@ TEST_F(SheetWindow, UnknownMandantLeavesTheBlockUntouched)
     EXPECT_EQ(nullptr, VARK_Kontenblatt(7, 0, nullptr, &params));
     EXPECT_EQ(0, std::memcmp(&before, &params, sizeof params));
     EXPECT_EQ(Lines{}, books.TakeBoxes());
+}
+
+// ---- On a screen ----
+
+namespace {
+
+struct SheetWindowOnScreen : SheetWindow {
+    Display display;
+
+    void SetUp() override
+    {
+        const std::string missing = display.Begin(std::filesystem::path(VARKUI_LIBRARY).parent_path());
+        if (!missing.empty()) GTEST_SKIP() << missing;
+        SheetWindow::SetUp();
+    }
+
+    // Accepts the dialog, which offers account 1200, and handles the frame's messages while `person` acts.
+    void Show(const std::function<void()> &person)
+    {
+        std::atomic<bool> isOpen{false};
+        std::thread acting([&] {
+            EXPECT_TRUE(Display::HasKeyboard("Kontenblatt"));
+            Display::Do("key Return");
+            EXPECT_TRUE(Eventually([&] { return isOpen.load(); }));
+            if (HasFailure()) {
+                display.End(); // the dialog would wait for ever
+                return;
+            }
+            EXPECT_TRUE(Display::HasKeyboard(TitleOf(frame)));
+            person();
+            PostMessageA(frame, WM_CLOSE, 0, 0);
+        });
+        Open();
+        isOpen = IsWindow(frame) != FALSE;
+        MSG message;
+        while (IsWindow(frame) && GetMessageA(&message, nullptr, 0, 0) > 0) {
+            TranslateMessage(&message);
+            DispatchMessageA(&message);
+        }
+        acting.join();
+    }
+
+    // The buttons' places in the frame, in the order in which Tab goes through them.
+    std::vector<RECT> Buttons() const
+    {
+        std::vector<RECT> places;
+        for (int id : {previousMonth, nextMonth, previousAccount, nextAccount, newChoice}) {
+            places.push_back(PlaceOf(GetDlgItem(Bar(), id)));
+        }
+        return places;
+    }
+
+    void ExpectButtonsInSight() const
+    {
+        const RECT client = ClientOf(frame);
+        const RECT bar = PlaceOf(Bar());
+        EXPECT_EQ(PlaceOf(View()).bottom, bar.top) << "the sheet has the rest";
+        EXPECT_EQ(client.bottom, bar.bottom);
+        const std::vector<RECT> places = Buttons();
+        for (size_t i = 0; i < places.size(); ++i) {
+            EXPECT_GE(places[i].left, bar.left) << i;
+            EXPECT_GE(places[i].top, bar.top) << i;
+            EXPECT_LE(places[i].right, client.right) << i;
+            EXPECT_LE(places[i].bottom, client.bottom) << i;
+            for (size_t other = 0; other < i; ++other) {
+                EXPECT_TRUE(places[other].right <= places[i].left || places[other].bottom <= places[i].top)
+                    << other << " lies over " << i;
+            }
+        }
+    }
+
+    // By the mouse, at the place where the button is told to be.
+    bool ClickLeadsToTheLastAccount() const
+    {
+        const RECT place = PlaceOf(GetDlgItem(Bar(), nextAccount));
+        return Eventually([&] {
+            Display::Do("getactivewindow mousemove --window %1 " +
+                        std::to_string((place.left + place.right) / 2) + " " +
+                        std::to_string((place.top + place.bottom) / 2) + " click 1");
+            return Eventually([&] { return !IsEnabled(nextAccount); }, std::chrono::seconds(2));
+        });
+    }
+};
+
+} // namespace
+
+TEST_F(SheetWindowOnScreen, HasItsButtonsInOneRow)
+{
+    Show([&] {
+        ExpectButtonsInSight();
+        for (const RECT &place : Buttons()) {
+            EXPECT_EQ(place.top, Buttons()[0].top);
+        }
+        EXPECT_TRUE(ClickLeadsToTheLastAccount());
+    });
+}
+
+TEST_F(SheetWindowOnScreen, HasRowsInWhichButtonsWithLargeLettersFindRoom)
+{
+    ASSERT_EQ(system("xprop -root -f RESOURCE_MANAGER 8s -set RESOURCE_MANAGER 'Xft.dpi: 192'"), 0);
+    Show([&] {
+        EXPECT_GT(Buttons()[4].top, Buttons()[0].top);
+        ExpectButtonsInSight();
+        EXPECT_TRUE(ClickLeadsToTheLastAccount());
+        ExpectButtonsInSight();
+        const LONG before = ClientOf(frame).right;
+        Display::Do("getactivewindow windowsize %1 640 800");
+        EXPECT_TRUE(Eventually([&] { return ClientOf(frame).right < before; }));
+        EXPECT_TRUE(Eventually([&] { return PlaceOf(Bar()).bottom == ClientOf(frame).bottom; }));
+        EXPECT_GT(Buttons()[4].top, Buttons()[2].top) << "two in a row";
+        ExpectButtonsInSight();
+    });
 }
