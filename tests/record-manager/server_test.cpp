@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <sys/socket.h>
 
 namespace {
 
