@@ -1,5 +1,5 @@
 // Broken beliefs of the library's own sources that are compiled into the tools: no export of a thread goes on
-// after them, so a tool ends.
+// after them, so a program ends; the extension of SQLite has its own.
 #include "tools/common/exit_codes.h"
 
 #include <cassert>
