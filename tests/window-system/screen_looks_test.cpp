@@ -40,6 +40,29 @@ struct Watcher {
         if (image != nullptr) XDestroyImage(image);
         return colours;
     }
+
+    // The topmost window that no window manager frames; empty where there is none.
+    RECT Popup() const
+    {
+        Window root = 0;
+        Window parent = 0;
+        Window *children = nullptr;
+        unsigned count = 0;
+        RECT found = {};
+        XQueryTree(Connection, Root(), &root, &parent, &children, &count);
+        for (unsigned i = 0; i < count; ++i) {
+            XWindowAttributes is = {};
+            if (XGetWindowAttributes(Connection, children[i], &is) == 0) continue;
+            XClassHint hint = {}; // a window manager's own windows have none
+            const bool isShown = is.map_state == IsViewable && is.width >= 20;
+            if (!isShown || XGetClassHint(Connection, children[i], &hint) == 0) continue;
+            XFree(hint.res_name);
+            XFree(hint.res_class);
+            found = {is.x, is.y, is.x + is.width, is.y + is.height};
+        }
+        if (children != nullptr) XFree(children);
+        return found;
+    }
 };
 
 struct ScreenLooks : testing::Test {
@@ -114,5 +137,35 @@ TEST_F(ScreenLooks, AListOnScreenShowsThatItHasTheFocus)
         }));
         EXPECT_TRUE(comes("alt+e Tab Tab", false)) << "it has the focus";
         EXPECT_TRUE(comes("alt+n", true)) << "it has lost it";
+    });
+}
+
+TEST_F(ScreenLooks, AnOpenListOnScreenHasNoBlackAroundIt)
+{
+    RunDemo([](HWND dialog) {
+        const Watcher watcher;
+        Do("mousemove 2 2 key alt+e F4");
+        EXPECT_TRUE(
+            Eventually([dialog] { return SendDlgItemMessageA(dialog, 41, CB_GETDROPPEDSTATE, 0, 0) != 0; }));
+        RECT popup = {};
+        EXPECT_TRUE(Eventually([&] { return (popup = watcher.Popup()).right != 0; }));
+        const int width = popup.right - popup.left;
+        const int height = popup.bottom - popup.top;
+        size_t black = 0;
+        EXPECT_TRUE(Eventually(
+            [&] {
+                const std::vector<unsigned long> colours = watcher.Pixels(popup);
+                black = 0;
+                for (size_t i = 0; i < colours.size(); ++i) {
+                    const int x = static_cast<int>(i) % width;
+                    const int y = static_cast<int>(i) / width;
+                    const bool isEdge = x < 3 || y < 3 || x >= width - 3 || y >= height - 3;
+                    if (isEdge && colours[i] == 0) ++black;
+                }
+                return !colours.empty() && black == 0;
+            },
+            std::chrono::seconds(10)))
+            << black << " pixels of " << width << " x " << height;
+        Do("key Escape");
     });
 }
