@@ -114,7 +114,7 @@ TEST_F(OpenDirectory, TheProgramThatShowsWindowsIsNotRun)
     LayOpen("vark-ui");
     const Result result = RunVark({"kurse", "--mandant", "1", "--dialog"}, "gtk");
     EXPECT_NE(std::string::npos,
-              result.Err.find("vark-ui, or a directory above it, can be written by others"))
+              result.Err.find("vark-ui oder ein Verzeichnis darüber ist für andere beschreibbar."))
         << result.Err;
 }
 
