@@ -110,7 +110,29 @@ POINT CornerOfActive()
     return corner;
 }
 
+// The name and the class by which the active window calls its program.
+std::set<std::string> NamesOfActive()
+{
+    unsigned long active = 0;
+    FILE *tells = popen("xdotool getactivewindow 2>/dev/null", "re");
+    if (tells == nullptr || fscanf(tells, "%lu", &active) != 1) active = 0;
+    if (tells != nullptr) pclose(tells);
+    const Watcher watcher;
+    XClassHint hint = {};
+    if (active == 0 || XGetClassHint(watcher.Connection, active, &hint) == 0) return {};
+    const std::set<std::string> names = {hint.res_name, hint.res_class};
+    XFree(hint.res_name);
+    XFree(hint.res_class);
+    return names;
+}
+
 } // namespace
+
+// By it a desktop finds vark-ui.desktop, and with that the icon.
+TEST_F(ScreenLooks, AWindowOnScreenBelongsToTheDesktopEntry)
+{
+    RunDemo([](HWND) { EXPECT_TRUE(NamesOfActive().contains("vark-ui")); });
+}
 
 TEST_F(ScreenLooks, AListOnScreenShowsThatItHasTheFocus)
 {
