@@ -113,10 +113,12 @@ POINT CornerOfActive()
 // The name and the class by which the active window calls its program.
 std::set<std::string> NamesOfActive()
 {
-    unsigned long active = 0;
     FILE *tells = popen("xdotool getactivewindow 2>/dev/null", "re");
-    if (tells == nullptr || fscanf(tells, "%lu", &active) != 1) active = 0;
-    if (tells != nullptr) pclose(tells);
+    if (tells == nullptr) return {};
+    char line[100] = "";
+    const bool isTold = fgets(line, sizeof line, tells) != nullptr;
+    pclose(tells);
+    const unsigned long active = isTold ? std::stoul(line) : 0;
     const Watcher watcher;
     XClassHint hint = {};
     if (active == 0 || XGetClassHint(watcher.Connection, active, &hint) == 0) return {};
