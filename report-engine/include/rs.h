@@ -5,8 +5,10 @@
  *   int32_t report = RSOpenReport("/opt/merida/reports/or_slist.rs", "tervoSUSALIST0.0", 0);
  *   RSAddData(report, 0, &header);
  *   while (...) RSAddData(report, 1, &line);
- *   RSWindow view = RSOpenView(report, "Summen- und Saldenliste", "%N", 0, 0, 0, 0, 0, 0, 0, 65535, 65535,
- * 0); RSExportView(view, "susa.pdf"); RSCloseReport(report);
+ *   RSWindow view = RSOpenView(report, "Summen- und Saldenliste", "%N",
+ *                              0, 0, 0, 0, 0, 0, 0, 65535, 65535, 0);
+ *   RSExportView(view, "susa.pdf");
+ *   RSCloseReport(report);
  *
  * Handles of reports are 16-bit numbers from 1 in the low word of 32; the high word of an argument is
  * ignored, and the high word of a result is 0. A handle that was closed is not given out again before 32766

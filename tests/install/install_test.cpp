@@ -142,6 +142,11 @@ TEST_F(Install, AHostIsBuiltWithPkgConfig)
     const Result windows = Shell("cc -Wall -Wextra -Werror $P/share/doc/vark40/examples/berichte.c "
                                  "$(pkg-config --cflags --libs vark40-windows) -o berichte");
     EXPECT_EQ(0, windows.ExitCode) << windows.Err;
+    const Result list = Shell("cc -Wall -Wextra -Werror $P/share/doc/vark40/examples/saldenliste.c "
+                              "$(pkg-config --cflags --libs vark40-windows) -o saldenliste && "
+                              "LD_LIBRARY_PATH=$P/lib ./saldenliste liste.pdf");
+    EXPECT_EQ("geschrieben\n", list.Out) << list.Err;
+    EXPECT_TRUE(Contains(Shell("pdftotext -layout liste.pdf -").Out, "Summen- und Saldenliste"));
     EXPECT_EQ("4.0\n", Shell("pkg-config --modversion vark40").Out);
 }
 

@@ -101,6 +101,33 @@ TEST_F(Example, IsRefusedWithoutBooks)
     EXPECT_EQ(1, exitCode);
 }
 
+TEST_F(Example, WritesAReportAsAFileWithoutAnyWindow)
+{
+    MakeBooks();
+    const std::string program = "VARK_CONFIG_DIR='" + books + "' '" VARK_SALDENLISTE "' '" + books;
+    int exitCode = -1;
+    EXPECT_EQ("geschrieben\n", OutputOf(program + "/susa.csv'", &exitCode));
+    EXPECT_EQ(0, exitCode);
+    // The same list by the command line, which asks another way.
+    const std::string command = "VARK_CONFIG_DIR='" + books +
+                                "' '" VARK_TOOL "' bericht susa --mandant 1 --per 31.3.98 --csv '" + books +
+                                "/told.csv'";
+    const std::string told = OutputOf(command, &exitCode);
+    EXPECT_EQ(0, exitCode) << told;
+    EXPECT_EQ("", OutputOf("cmp '" + books + "/susa.csv' '" + books + "/told.csv'", &exitCode));
+    EXPECT_EQ(0, exitCode);
+}
+
+TEST_F(Example, TellsThatAFileOfNoKnownKindIsNotWritten)
+{
+    MakeBooks();
+    int exitCode = -1;
+    const std::string told = OutputOf(
+        "VARK_CONFIG_DIR='" + books + "' '" VARK_SALDENLISTE "' '" + books + "/susa.doc'", &exitCode);
+    EXPECT_NE(std::string::npos, told.find("nicht geschrieben\n")) << told;
+    EXPECT_EQ(1, exitCode);
+}
+
 TEST_F(Example, HostShowsReportsInItsOwnLoopAndRemembersWhatWasChosen)
 {
     MakeBooks();
