@@ -64,11 +64,11 @@ int16_t BeginChange(const Call &call, uint32_t record, Change *change)
     if (client->Failed != BtrStatusOk) return client->Failed;
     const bool elsewhere = client->Transaction != TransactionKind::None && client->Changed != nullptr &&
                            client->Changed != store;
+    Patience patience = StartPatience(call.Lock.Wait_ms);
     int16_t status = LockWholeFile(handle, call.Lock, store->Pending == nullptr && !elsewhere);
     if (status != BtrStatusOk) return status;
     if (elsewhere) return BtrStatusNotAllowed;
 
-    Patience patience = StartPatience(call.Lock.Wait_ms);
     for (;;) {
         status = EnterWriter(change, Remaining_ms(patience));
         if (status == BtrStatusOk) status = TouchFile(file);

@@ -199,6 +199,10 @@ int16_t CommitChanges(ClientStore *store)
         return status;
     }
     LeaveWriter(store);
+    // Who is let in next may want the same files.
+    for (ClientFile *file = store->Files; file != nullptr; file = file->Next) {
+        UnlockWholeFile(file);
+    }
     store->Books->Do->LeaveGate(store->Books);
     ForgetCreated(store);
     ForgetCounters(store);

@@ -27,11 +27,26 @@ LockResult LockRecord(Store *store, int fd, uint32_t file, uint32_t record, cons
     return result;
 }
 
-// Where nothing can be written the lock cannot be one for writing either.
-LockResult LockFileOfBooks(Store *store, int fd, uint32_t file, unsigned wait_ms, bool)
+// The store whose gate this thread has entered on its way to a file's lock, and is about to enter.
+thread_local const Store *enteredAhead = nullptr;
+
+// Who is going to write waits for its turn at the gate, where there is a queue: a range has none, and whoever
+// looks in the right moment gets it. Somebody inside may still have the file, to read it or to lock a record;
+// that is waited for outside. Where nothing can be written the lock cannot be one for writing either.
+LockResult LockFileOfBooks(Store *store, int fd, uint32_t file, unsigned wait_ms, bool changes)
 {
     const LockKind kind = store->ReadOnly ? LockKind::Read : LockKind::Write;
-    return WaitLock(fd, kind, RecordOffset(file, 0), wholeFile, wait_ms);
+    const int64_t offset = RecordOffset(file, 0);
+    const Patience patience = StartPatience(wait_ms);
+    if (changes && !store->ReadOnly && EnterGate(store->WriteGate, wait_ms, true) == BtrStatusOk) {
+        const LockResult result = TryLock(fd, kind, offset, wholeFile);
+        if (result == LockResult::Granted) {
+            enteredAhead = store;
+            return result;
+        }
+        LeaveGate(store->WriteGate);
+    }
+    return WaitLock(fd, kind, offset, wholeFile, Remaining_ms(patience));
 }
 
 void UnlockRecords(Store *, int fd, uint32_t file, int64_t first, int64_t count)
@@ -58,6 +73,10 @@ void DropUsageBooks(Store *store, bool uses, bool loads, bool wasLoading)
 
 int16_t EnterGateOfBooks(Store *store, unsigned wait_ms, bool exclusive)
 {
+    if (enteredAhead == store) {
+        enteredAhead = nullptr;
+        return BtrStatusOk;
+    }
     return EnterGate(store->WriteGate, wait_ms, exclusive);
 }
 

@@ -3,11 +3,13 @@
 #include "files.h"
 
 #include "record-manager/gate.h"
+#include "record-manager/limits.h"
 
 #include <atomic>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <sys/mman.h>
@@ -18,6 +20,17 @@ namespace {
 using namespace wbtrvtest;
 
 constexpr unsigned long_ms = 60000;
+
+// Whether so many stand in the queue before a long time is over.
+bool BecomesQueueOf(wbtrv::Gate *gate, unsigned count)
+{
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (wbtrv::CountWaiting(gate) != count) {
+        if (std::chrono::steady_clock::now() > until) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
 
 struct Gates : testing::Test {
     TempDirectory Directory;
@@ -31,16 +44,7 @@ struct Gates : testing::Test {
     }
     void TearDown() override { wbtrv::CloseGate(Gate); }
 
-    // Whether so many stand in the queue before a long time is over.
-    bool BecomesQueueOf(unsigned count) const
-    {
-        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (wbtrv::CountWaiting(Gate) != count) {
-            if (std::chrono::steady_clock::now() > until) return false;
-            std::this_thread::yield();
-        }
-        return true;
-    }
+    bool BecomesQueueOf(unsigned count) const { return ::BecomesQueueOf(Gate, count); }
 };
 
 TEST_F(Gates, AreEnteredByThreadsInTheOrderInWhichTheyCame)
@@ -106,6 +110,55 @@ TEST_F(Gates, RefuseWhenTheTimeIsOverAndLetTheNextPass)
     patient.join();
     EXPECT_EQ(wbtrv::EnterGate(Gate, 0, false), BtrStatusOk);
     wbtrv::LeaveGate(Gate);
+}
+
+// So many threads that enter one after the other, and take their time inside as with a slow disk.
+std::vector<std::thread> QueueOfSlow(const Gates &gates, unsigned count, std::chrono::milliseconds inside)
+{
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < count; ++i) {
+        threads.emplace_back([&gates, inside] {
+            EXPECT_EQ(wbtrv::EnterGate(gates.Gate, long_ms, false), BtrStatusOk);
+            std::promise<void>().get_future().wait_for(inside);
+            wbtrv::LeaveGate(gates.Gate);
+        });
+        EXPECT_TRUE(gates.BecomesQueueOf(i + 1));
+    }
+    return threads;
+}
+
+TEST_F(Gates, LetWaitOnAsLongAsOthersAreLetIn)
+{
+    constexpr unsigned wait_ms = 2000;
+    ASSERT_EQ(wbtrv::EnterGate(Gate, long_ms, false), BtrStatusOk);
+    std::vector<std::thread> threads = QueueOfSlow(*this, 5, std::chrono::milliseconds(500));
+    threads.emplace_back([&] {
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ(wbtrv::EnterGate(Gate, wait_ms, false), BtrStatusOk);
+        EXPECT_GT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(wait_ms));
+        wbtrv::LeaveGate(Gate);
+    });
+    EXPECT_TRUE(BecomesQueueOf(6));
+    wbtrv::LeaveGate(Gate);
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+}
+
+TEST_F(Gates, RefuseAfterSomeTimesTheWaitThoughOthersAreLetIn)
+{
+    constexpr unsigned wait_ms = 200;
+    constexpr std::chrono::milliseconds inside(150);
+    constexpr unsigned tooMany = 2 + wbtrv::longestQueue * wait_ms / inside.count();
+    ASSERT_EQ(wbtrv::EnterGate(Gate, long_ms, false), BtrStatusOk);
+    std::vector<std::thread> threads = QueueOfSlow(*this, tooMany, inside);
+    threads.emplace_back(
+        [this] { EXPECT_EQ(wbtrv::EnterGate(Gate, wait_ms, false), BtrStatusRecordLocked); });
+    EXPECT_TRUE(BecomesQueueOf(tooMany + 1));
+    wbtrv::LeaveGate(Gate);
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
 }
 
 // A process that waits at the gate, notes its number when it is in, and leaves.
@@ -194,6 +247,55 @@ TEST_F(Gates, TakeMoreAtOnceThanThereArePlaces)
         thread.join();
     }
     EXPECT_EQ(entered, 600u);
+}
+
+// ---- Transactions that wait for a file ----
+
+struct GateOfBooks : testing::Test {
+    TempDirectory Directory;
+    std::string Path = Directory / "t.btr";
+};
+
+TEST_F(GateOfBooks, IsPassedByTransactionsInTheOrderInWhichTheyCame)
+{
+    constexpr unsigned count = 16;
+    const unsigned usual_ms = wbtrv::limits.ChangeWait_ms;
+    wbtrv::limits.ChangeWait_ms = 10 * long_ms; // a busy machine takes its time with the threads
+    Local first;
+    const OnT<Local> t{first};
+    ASSERT_EQ(Create(first, Path, DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Open(first, Path).Status, BtrStatusOk);
+    wbtrv::Gate *gate = nullptr;
+    const int directory = open(Directory.Path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(wbtrv::OpenGate(directory, false, &gate), BtrStatusOk);
+    close(directory);
+
+    ASSERT_EQ(first({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    ASSERT_EQ(t.Insert("first", "x", -1).Status, BtrStatusOk);
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < count; ++i) {
+        threads.emplace_back([this, i] {
+            Local one;
+            EXPECT_EQ(Open(one, Path).Status, BtrStatusOk);
+            EXPECT_EQ(one({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+            EXPECT_EQ(OnT<Local>{one}.Insert(std::to_string(i), "x", static_cast<int32_t>(i)).Status,
+                      BtrStatusOk);
+            EXPECT_EQ(one({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+        });
+        EXPECT_TRUE(BecomesQueueOf(gate, i + 1));
+    }
+    EXPECT_EQ(first({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    wbtrv::CloseGate(gate);
+    wbtrv::limits.ChangeWait_ms = usual_ms;
+
+    // As they were inserted.
+    ASSERT_EQ(Name(t.Read(BtrOpStepFirst, 0)), "first");
+    for (unsigned i = 0; i < count; ++i) {
+        EXPECT_EQ(Name(t.Read(BtrOpStepNext, 0)), std::to_string(i));
+    }
 }
 
 } // namespace
