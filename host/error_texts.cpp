@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace host {
 
@@ -43,6 +44,24 @@ ErrorText TextOfError(int error)
         return text;
     }
     std::snprintf(text.Text, sizeof text.Text, "Fehler %d des Betriebssystems.", error);
+    return text;
+}
+
+LoaderText TextOfLoader(const char *reason)
+{
+    LoaderText text;
+    if (reason == nullptr) {
+        std::snprintf(text.Text, sizeof text.Text, "fehlt, oder andere dürfen hineinschreiben");
+        return text;
+    }
+    // "libpq.so.5: cannot open shared object file: No such file or directory"
+    const char *missing = std::strstr(reason, ": cannot open shared object file");
+    if (missing != nullptr) {
+        std::snprintf(text.Text, sizeof text.Text, "läßt sich nicht laden, weil %.*s fehlt",
+                      static_cast<int>(missing - reason), reason);
+    } else {
+        std::snprintf(text.Text, sizeof text.Text, "läßt sich nicht laden (%s)", reason);
+    }
     return text;
 }
 

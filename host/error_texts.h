@@ -11,4 +11,12 @@ struct ErrorText {
 // number.
 ErrorText TextOfError(int error);
 
+struct LoaderText {
+    char Text[256];
+};
+
+// Why a library is not there, from what dlerror said of it, or from null where it was not even tried: the
+// part of a sentence behind its name, German, UTF-8. What people cannot mend is told in the loader's words.
+LoaderText TextOfLoader(const char *reason);
+
 } // namespace host

@@ -1,6 +1,7 @@
 #include "record-manager/platform.h"
 
 #include "host/companions.h"
+#include "host/error_texts.h"
 #include "host/standard_error.h"
 #include "record-manager/include/btrcall.h"
 #include "record-manager/server_part.h"
@@ -61,10 +62,10 @@ const ServerPart *part = nullptr; // guarded by partMutex; once set it stays
 const ServerPart *LoadPart()
 {
     constexpr const char *name = "libwbtrv32-server.so";
+    (void)dlerror(); // what was not asked of an earlier failure
     void *library = host::LoadBeside(name);
     if (library == nullptr) {
-        const char *reason = dlerror();
-        Tell(name, reason != nullptr ? reason : "fehlt, oder andere dürfen hineinschreiben");
+        Tell(name, host::TextOfLoader(dlerror()).Text);
         return nullptr;
     }
     auto *give = reinterpret_cast<GiveServerPart>(dlsym(library, "WbtrvServerPart"));

@@ -1,4 +1,5 @@
 // The file that tells where a directory's books are.
+#include "host/error_texts.h"
 #include "host/standard_error.h"
 #include "record-manager/server/connection.h"
 
@@ -74,7 +75,7 @@ bool NamesPassword(const char *connection, bool *valid)
 int16_t ReadServiceFile(int directoryFd, const char *directory, ServiceFile *service)
 {
     const int fd = openat(directoryFd, serverName, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (fd < 0) return Refuse(directory, strerror(errno), BtrStatusPermission);
+    if (fd < 0) return Refuse(directory, host::TextOfError(errno).Text, BtrStatusPermission);
     struct stat found;
     char text[connectionSize + schemaSize + 1024];
     const bool regular = fstat(fd, &found) == 0 && S_ISREG(found.st_mode);

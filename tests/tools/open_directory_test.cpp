@@ -125,3 +125,29 @@ TEST_F(OpenDirectory, TheDialogOfTheRatesIsNotRun)
     EXPECT_NE(0, result.ExitCode);
     EXPECT_NE(std::string::npos, result.Err.find("vark-kurse")) << result.Err;
 }
+
+// Books that say they are on a server, and a part for it that the loader does not take.
+TEST_F(OpenDirectory, WhyThePartForServersIsNotLoadedIsToldInGerman)
+{
+    const fs::path part = Place / "libwbtrv32-server.so";
+    std::string bytes = ReadFile(part);
+    const size_t needed = bytes.find("libpq.so.5");
+    ASSERT_NE(std::string::npos, needed);
+    fs::remove(Config / "DB" / "books.mdb");
+    WriteFile(Config / "DB" / "books.server", "host=/nirgends dbname=buecher\nbuecher\n");
+    const auto said = [this] { return RunVark({"mandanten"}).Err; };
+
+    bytes.replace(needed, 10, "libpq.so.x");
+    fs::remove(part);
+    WriteFile(part, bytes);
+    EXPECT_NE(std::string::npos,
+              said().find("wbtrv32: libwbtrv32-server.so: läßt sich nicht laden, weil libpq.so.x fehlt\n"))
+        << said();
+    WriteFile(part, "kein Programm");
+    EXPECT_NE(std::string::npos, said().find("wbtrv32: libwbtrv32-server.so: läßt sich nicht laden ("))
+        << said();
+    fs::remove(part);
+    EXPECT_NE(std::string::npos,
+              said().find("wbtrv32: libwbtrv32-server.so: fehlt, oder andere dürfen hineinschreiben\n"))
+        << said();
+}

@@ -1,5 +1,6 @@
 #include "tools/books/server.h"
 
+#include "host/error_texts.h"
 #include "record-manager/include/book_server.h"
 #include "tools/books/place.h"
 #include "tools/common/exit_codes.h"
@@ -31,10 +32,12 @@ using Row = std::vector<std::string>;
 // Carries out SQL on the server of a directory; the part of the record manager that knows how is loaded here.
 std::vector<Row> Run(const fs::path &directory, const std::string &sql, bool create = false)
 {
-    void *library = dlopen("libwbtrv32-server.so", RTLD_NOW);
-    if (library == nullptr) throw std::runtime_error(dlerror());
-    auto *run = reinterpret_cast<WbtrvServerRunFunction *>(dlsym(library, "WbtrvServerRun"));
-    if (run == nullptr) throw std::runtime_error(dlerror());
+    constexpr const char *name = "libwbtrv32-server.so";
+    void *library = dlopen(name, RTLD_NOW);
+    void *entry = library != nullptr ? dlsym(library, "WbtrvServerRun") : nullptr;
+    if (entry == nullptr)
+        throw std::runtime_error(std::string(name) + ' ' + host::TextOfLoader(dlerror()).Text + '.');
+    auto *run = reinterpret_cast<WbtrvServerRunFunction *>(entry);
     std::vector<Row> rows;
     char message[1024];
     const auto add = [](void *context, int count, const char *const *values) {
