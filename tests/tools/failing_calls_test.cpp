@@ -4,6 +4,7 @@
 #include "tests/tools/program.h"
 
 #include <cerrno>
+#include <csignal>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -263,4 +264,39 @@ TEST_F(FailingCalls, OfLoadedBooksAreNeitherDeniedNorClaimed)
             }};
     };
     FailEach(load, stepOfWhole);
+}
+
+// Whatever it does just then: what was begun is cleared away, or all of it is done.
+TEST_F(FailingCalls, WithAnInterruptionInTheMiddleAreNoFailures)
+{
+    const std::string saved = (Directory.Path / "s").string();
+    const std::string target = (Directory.Path / "t").string();
+    ASSERT_EQ(0, tests::Books({"sichern", Books.string(), saved}).ExitCode);
+    const fs::path done = Directory.Path / "done";
+    const std::vector<std::string> commands[] = {{"beispiel", target, "--buchungen", "600"},
+                                                 {"kopie", Books.string(), target},
+                                                 {"sichern", Books.string(), target},
+                                                 {"laden", saved, target}};
+    for (const std::vector<std::string> &command : commands) {
+        for (const char *kind : {"sendfile", "read", "write", "pwrite", "writev"}) {
+            long step = 1;
+            for (long number = 1;; number += step, step += 2) {
+                fs::remove_all(target);
+                fs::remove(done);
+                const Result result = tests::Run({BOOKS_PROGRAM,
+                                                  command,
+                                                  {},
+                                                  {{"LD_PRELOAD", FAILING_CALLS},
+                                                   {"FAILING_KIND", kind},
+                                                   {"FAILING_CALL", std::to_string(number)},
+                                                   {"FAILING_SIGNAL", std::to_string(SIGINT)},
+                                                   {"FAILING_DONE", done.string()}}});
+                if (!fs::exists(done)) break;
+                ++Injected;
+                const bool isWhole = fs::exists(target);
+                EXPECT_EQ(isWhole ? 0 : 130, result.ExitCode)
+                    << command[0] << ", " << kind << ' ' << number << ": " << result.Err;
+            }
+        }
+    }
 }

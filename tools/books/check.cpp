@@ -165,6 +165,7 @@ Gathered ReadInChild(const std::string &directory, int64_t mostPerRule,
     }
     close(ends[0]);
     const int status = WaitFor(child);
+    ThrowIfChildInterrupted(status);
     if (!told.Stopped.empty()) throw std::runtime_error(told.Stopped);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return std::move(told.Of);
     std::string text = "beim Lesen ist der Prozeß abgebrochen";

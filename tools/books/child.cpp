@@ -11,13 +11,19 @@
 
 namespace books {
 
+namespace {
+
+constexpr int interruptions[] = {SIGINT, SIGTERM, SIGHUP};
+
+}
+
 pid_t ForkReader()
 {
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child < 0) throw std::runtime_error("Es läßt sich kein weiterer Prozeß starten.");
     if (child > 0) return child;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : interruptions) {
         std::signal(signal, SIG_DFL);
     }
     tools::ForgetDamage();
@@ -33,6 +39,13 @@ int WaitFor(pid_t child)
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     return status;
+}
+
+void ThrowIfChildInterrupted(int status)
+{
+    for (const int signal : interruptions) {
+        if (WIFSIGNALED(status) && WTERMSIG(status) == signal) throw tools::Interrupted();
+    }
 }
 
 void EndChild(pid_t child)

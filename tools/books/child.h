@@ -12,6 +12,9 @@ pid_t ForkReader();
 // The status with which the child ended, as waitpid gives it.
 int WaitFor(pid_t child);
 
+// Throws Interrupted where it was an interruption that ended the child: nothing is wrong with what it read.
+void ThrowIfChildInterrupted(int status);
+
 // Ends the child and takes its status away.
 void EndChild(pid_t child);
 

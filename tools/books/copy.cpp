@@ -8,6 +8,7 @@
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
 #include "tools/common/table_file.h"
+#include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
 
 #include <optional>
@@ -27,7 +28,7 @@ void CopyIniFiles(const fs::path &from, const fs::path &place, const fs::path &t
     bool hasBoth = true;
     for (const char *name : {"tolka.ini", "vark.ini"}) {
         const bool isThere = fs::is_regular_file(from / name);
-        if (isThere) fs::copy_file(from / name, place / name);
+        if (isThere) CopyFiles(from / name, place / name);
         hasBoth = hasBoth && isThere;
     }
     if (!hasBoth) {
@@ -68,7 +69,7 @@ void CopyTree(const fs::path &from, const fs::path &to)
         if (entry.is_directory()) {
             fs::create_directory(target);
         } else {
-            fs::copy_file(entry.path(), target);
+            CopyFiles(entry.path(), target);
         }
     }
 }

@@ -1,6 +1,7 @@
 #include "tools/books/installation_files.h"
 
 #include "tools/books/place.h"
+#include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
 
 #include <cerrno>
@@ -112,7 +113,7 @@ bool CopyTemplates(const fs::path &target)
     if (!fs::is_directory(templates)) templates = own / BOOKS_TEMPLATES_FROM_PROGRAMS;
     if (!fs::is_directory(templates)) return false;
     for (const fs::directory_entry &file : fs::directory_iterator(templates)) {
-        fs::copy_file(file.path(), target / file.path().filename());
+        CopyFiles(file.path(), target / file.path().filename());
     }
     return true;
 }

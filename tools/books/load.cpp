@@ -308,7 +308,7 @@ void CopyOtherFiles(const fs::path &from, const fs::path &to)
         int year = 0;
         int mandant = 0;
         if (entry.is_directory() && ParseYearDirectory(name, year, mandant)) continue;
-        fs::copy(entry.path(), to / name, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+        CopyFiles(entry.path(), to / name, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
     }
 }
 

@@ -151,6 +151,7 @@ void CopyStore(const fs::path &from, const fs::path &to)
                                  ": Wer darin schreibt, gibt die Bücher nicht frei.");
     }
     const int status = *end;
+    ThrowIfChildInterrupted(status);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildNoLock) {
         fs::remove(target);

@@ -58,11 +58,31 @@ volatile std::sig_atomic_t isInterrupted = 0;
 
 void NoteInterrupt(int) { isInterrupted = 1; }
 
+constexpr int interruptions[] = {SIGINT, SIGTERM, SIGHUP};
+
+// Keeps interruptions back as long as it is there.
+struct HeldInterrupts {
+    sigset_t Before;
+
+    HeldInterrupts()
+    {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : interruptions) {
+            sigaddset(&held, signal);
+        }
+        pthread_sigmask(SIG_BLOCK, &held, &Before);
+    }
+    HeldInterrupts(const HeldInterrupts &) = delete;
+    HeldInterrupts &operator=(const HeldInterrupts &) = delete;
+    ~HeldInterrupts() { pthread_sigmask(SIG_SETMASK, &Before, nullptr); }
+};
+
 } // namespace
 
 void CatchInterrupts()
 {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : interruptions) {
         struct sigaction action = {};
         action.sa_handler = NoteInterrupt;
         sigemptyset(&action.sa_mask);
@@ -75,6 +95,13 @@ bool IsInterrupted() { return isInterrupted != 0; }
 void ThrowIfInterrupted()
 {
     if (IsInterrupted()) throw Interrupted();
+}
+
+void CopyFiles(const std::filesystem::path &from, const std::filesystem::path &to,
+               std::filesystem::copy_options options)
+{
+    const HeldInterrupts held;
+    std::filesystem::copy(from, to, options);
 }
 
 namespace {

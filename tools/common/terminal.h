@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 
@@ -39,6 +40,11 @@ struct Interrupted : std::runtime_error {
 // Whether that has come; the second throws Interrupted then.
 bool IsInterrupted();
 void ThrowIfInterrupted();
+
+// Copies files and directories as std::filesystem does, except that an interruption waits until that is done:
+// it would cut the copy short, and be told as a failure of the disk.
+void CopyFiles(const std::filesystem::path &from, const std::filesystem::path &to,
+               std::filesystem::copy_options options = {});
 
 // From here on a damaged page, which ends a program that reads it by a signal, ends it with a word and
 // ExitFailure. ForgetDamage, in a child, lets the parent see the signal.

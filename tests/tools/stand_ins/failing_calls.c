@@ -1,16 +1,20 @@
 /* Loaded before the C library: of the calls of the system that a program and its children make, one fails.
    The environment says which: FAILING_CALL is its number, counted from 1 in each process, FAILING_ERROR the
    error, and FAILING_DONE a file that is made when the call has been met, so that no other fails. A write
-   that fails may have written half. FAILING_KIND lets the calls of that name alone be counted. */
+   that fails may have written half. FAILING_KIND lets the calls of that name alone be counted. With
+   FAILING_SIGNAL in place of the error the signal arrives in the middle of the call, which fails with EINTR
+   unless the signal is held back. */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <stdarg.h>
 #include <stdatomic.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
+#include <sys/sendfile.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -39,8 +43,16 @@ static int Fails(const char *call)
     if (file < 0) return 0;
     syscall(SYS_write, file, call, strlen(call));
     syscall(SYS_close, file);
-    errno = (int)NumberIn("FAILING_ERROR");
-    return 1;
+    const int arriving = (int)NumberIn("FAILING_SIGNAL");
+    if (arriving == 0) {
+        errno = (int)NumberIn("FAILING_ERROR");
+        return 1;
+    }
+    sigset_t held;
+    sigprocmask(SIG_SETMASK, NULL, &held);
+    raise(arriving);
+    errno = EINTR;
+    return !sigismember(&held, arriving);
 }
 
 #define FAILING(call)                                                                                        \
@@ -91,6 +103,14 @@ ssize_t pread(int file, void *data, size_t size, off_t at)
 }
 
 ssize_t pread64(int file, void *data, size_t size, off64_t at) { return pread(file, data, size, at); }
+
+ssize_t sendfile(int to, int from, off_t *at, size_t size)
+{
+    FAILING("sendfile");
+    return syscall(SYS_sendfile, to, from, at, size);
+}
+
+ssize_t sendfile64(int to, int from, off64_t *at, size_t size) { return sendfile(to, from, at, size); }
 
 int fsync(int file)
 {
