@@ -142,3 +142,26 @@ TEST_F(ScreenPickers, ThatLoseTheirScreenAreCancelled)
     EXPECT_EQ(0, VARK_HoleStapelNr(owner, -1)) << "nobody is there any more";
     EXPECT_EQ(3u, books.Read<StapelRecord>(1, TableStapel).size());
 }
+
+// The box waits for a person; others post meanwhile, and who asked is answered though the screen goes.
+TEST_F(ScreenPickers, LeaveNothingBehindWhenTheScreenDiesUnderTheBoxOfAPosting)
+{
+    const auto post = [](int32_t showMessages, const char *haben) {
+        return VARK_BuchungEinfuegenDirekt(showMessages, 1, 16, "15.4.98", "B1", "Miete", "1000", 1, haben, 1,
+                                           "10,00", "", "");
+    };
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(VARK_FEHLER_HABENKONTO, Run(
+                                          "MERIDA", [&] { return post(1, "7777"); },
+                                          [&] {
+                                              EXPECT_EQ(1, post(0, "8400"));
+                                              EXPECT_EQ(1u, books.Count(1, TableBat));
+                                              EXPECT_TRUE(display.KillProgram());
+                                          }));
+    EXPECT_EQ("varkui: Der Bildschirm ist weg; es geht ohne ihn weiter.\n"
+              "MERIDA: Die Habenkontonummer ist unzulässig!\n",
+              testing::internal::GetCapturedStderr());
+    EXPECT_EQ(1u, books.Count(1, TableBat)) << "what was refused is not there";
+    EXPECT_EQ(1, post(0, "8400"));
+    EXPECT_EQ(2u, books.Count(1, TableBat));
+}
