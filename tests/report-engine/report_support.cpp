@@ -233,6 +233,12 @@ std::vector<pid_t> Marked(const std::string &name, const std::string &mark, cons
 
 } // namespace
 
+pid_t FindMarked(const std::string &name, const std::string &mark)
+{
+    const std::vector<pid_t> found = Marked(name, mark);
+    return found.size() == 1 ? found.front() : -1;
+}
+
 bool RunsMarked(const std::string &name, const std::string &mark) { return !Marked(name, mark).empty(); }
 
 bool StopMarked(const std::string &name, const std::string &mark, const std::string &argument)

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace reports {
@@ -74,6 +75,8 @@ int PageCountOf(const std::string &pdf);
 
 // Whether a process called `name` has VARK_TEST_MARK=`mark` in its environment.
 bool RunsMarked(const std::string &name, const std::string &mark);
+// The one there is, -1 where there are none or several.
+pid_t FindMarked(const std::string &name, const std::string &mark);
 // Whether one of those that were started with `argument` has written anything.
 bool HasWrittenMarked(const std::string &name, const std::string &mark, const std::string &argument);
 // Has those stand still that were started with `argument`; false where there is none.

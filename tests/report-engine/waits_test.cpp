@@ -6,6 +6,7 @@
 #include "tests/support/display.h"
 
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -13,6 +14,8 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -216,4 +219,98 @@ TEST_F(RealHelpers, PagesOfAViewEndWithTheirHost)
     waitpid(host, &status, 0);
     EXPECT_TRUE(WIFSIGNALED(status)) << "it drew no page";
     EXPECT_TRUE(Eventually([&] { return !Runs("rs-pages"); }));
+}
+
+namespace {
+
+// What a process has used of the processor.
+uint64_t Used_ns(pid_t process)
+{
+    const std::string told = reports::ReadFile("/proc/" + std::to_string(process) + "/schedstat");
+    uint64_t used_ns = 0;
+    std::from_chars(told.data(), told.data() + told.size(), used_ns);
+    return used_ns;
+}
+
+// A process that shows a long report and searches it for what is not in it, each time it is told to.
+struct Searching {
+    int Go[2] = {};
+    int Done[2] = {};
+    pid_t Host = -1;
+
+    explicit Searching(const std::function<RSWindow()> &makeView)
+    {
+        if (pipe(Go) != 0 || pipe(Done) != 0) return;
+        Host = fork();
+        if (Host != 0) {
+            close(Done[1]);
+            return;
+        }
+        close(Go[1]);
+        View *view = HoldView(makeView());
+        PageSource source = {-1};
+        PageRequest request = {};
+        request.Wish = PageWish::find;
+        std::snprintf(request.Sought, sizeof request.Sought, "nirgends");
+        PageAnswer answer;
+        int file = -1;
+        char byte = 0;
+        while (view != nullptr && read(Go[0], &byte, 1) == 1) {
+            if (!AskForPages(source, *view, request, answer, file)) _exit(1);
+            (void)!write(Done[1], &byte, 1);
+        }
+        _exit(0);
+    }
+    Searching(const Searching &) = delete;
+    Searching &operator=(const Searching &) = delete;
+    ~Searching() { End(); }
+
+    void Begin() const { (void)!write(Go[1], "", 1); }
+    bool IsDone() const
+    {
+        char byte = 0;
+        return read(Done[0], &byte, 1) == 1;
+    }
+    void End()
+    {
+        if (Host <= 0) return;
+        kill(Host, SIGKILL);
+        waitpid(Host, nullptr, 0);
+        Host = -1;
+    }
+};
+
+} // namespace
+
+TEST_F(RealHelpers, PagesOfAViewEndWithTheirHostInTheMiddleOfASearch)
+{
+    prctl(PR_SET_CHILD_SUBREAPER, 1); // the program has no other parent when its host is gone
+    Searching searching([this] { return MakeView(3 * manyLines); });
+    searching.Begin();
+    ASSERT_TRUE(searching.IsDone());
+    const pid_t pages = reports::FindMarked("rs-pages", directory.Path.string());
+    ASSERT_GT(pages, 0);
+    setpriority(PRIO_PROCESS, static_cast<id_t>(pages), 19); // so that this one sees it at work
+    const uint64_t first_ns = Used_ns(pages);
+    searching.Begin();
+    ASSERT_TRUE(searching.IsDone());
+    const uint64_t second_ns = Used_ns(pages);
+    const uint64_t search_ns = second_ns - first_ns;
+    searching.Begin();
+    const auto limit = std::chrono::steady_clock::now() + vark::test::patience;
+    while (Used_ns(pages) < second_ns + search_ns / 20 && std::chrono::steady_clock::now() < limit) {
+    }
+    kill(pages, SIGSTOP);
+    const uint64_t stopped_ns = Used_ns(pages);
+    EXPECT_LT(stopped_ns, second_ns + search_ns / 2) << "it was to be stopped in the middle";
+    searching.End();
+    kill(pages, SIGCONT);
+    int status = 0;
+    rusage used = {};
+    EXPECT_TRUE(Eventually([&] { return wait4(pages, &status, WNOHANG, &used) == pages; }));
+    const auto end_ns = static_cast<uint64_t>(used.ru_utime.tv_sec + used.ru_stime.tv_sec) * 1000000000 +
+                        static_cast<uint64_t>(used.ru_utime.tv_usec + used.ru_stime.tv_usec) * 1000;
+    // Its end takes its time as well.
+    EXPECT_LT(end_ns, second_ns + search_ns) << "it has searched to the end";
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
