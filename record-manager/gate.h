@@ -20,12 +20,9 @@ void CloseGate(Gate *gate);
 // The table of those who wait for records of this directory.
 WaitTable *WaitsOf(Gate *gate);
 
-// In a queue that moves one waits for so many times `wait_ms`: the disk may be slow, and many stand before.
-inline constexpr unsigned longestQueue = 6;
-
-// Waits for the gate, which is entered in the order of the calls, until nobody has been let in for `wait_ms`,
-// or for `longestQueue` times as long in all. `exclusive` is told to who waits in vain. Returns 0; 84, or 85
-// when the holder is in an exclusive transaction; 2 when the gate is broken.
+// Waits up to `wait_ms` for the gate, which is entered in the order of the calls. `exclusive` is told to who
+// waits in vain. Returns 0; 84, or 85 when the holder is in an exclusive transaction; 2 when the gate is
+// broken.
 int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive);
 
 // How many stand in the queue, with those who died there and were not passed yet.

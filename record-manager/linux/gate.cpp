@@ -21,7 +21,7 @@ namespace {
 
 constexpr char gateName[] = "books.mdb-gate";
 constexpr uint32_t gateMagic = 0x45544147; // "GATE"
-constexpr uint32_t gateLayout = 3;
+constexpr uint32_t gateLayout = 2;
 
 // Where a queue was left in disorder by somebody who died in its door, it is looked at again after this time.
 constexpr int64_t longestNap_ns = 100000000;
@@ -40,7 +40,6 @@ struct Gate {
     pthread_mutex_t Door;
     pthread_mutex_t Holder;
     std::atomic<uint32_t> HolderExclusive;
-    std::atomic<uint32_t> Entered; // how often
     uint16_t Last;
     uint16_t Before[places];
     uint16_t Awaits[places]; // the place whose mutex the owner of this one waits for
@@ -139,38 +138,6 @@ namespace {
 
 constexpr size_t noPlace = places;
 
-// How long somebody waits.
-struct Waiting {
-    int64_t While_ns; // for nobody to be let in
-    timespec End;     // at most
-    uint32_t Entered; // how often the gate had been when it was last looked at
-    timespec Deadline;
-};
-
-timespec Earlier(const timespec &one, const timespec &other) { return IsBefore(one, other) ? one : other; }
-
-void BeginWhile(const Gate *gate, Waiting *waiting)
-{
-    waiting->Entered = gate->Entered.load(std::memory_order_relaxed);
-    waiting->Deadline = Earlier(After(Now(), waiting->While_ns), waiting->End);
-}
-
-Waiting BeginWaiting(const Gate *gate, unsigned wait_ms)
-{
-    Waiting waiting = {};
-    waiting.While_ns = int64_t{wait_ms} * 1000000;
-    waiting.End = After(Now(), longestQueue * waiting.While_ns);
-    BeginWhile(gate, &waiting);
-    return waiting;
-}
-
-// Until when it waits, put off where somebody was let in.
-const timespec &LookAtDeadline(const Gate *gate, Waiting *waiting)
-{
-    if (gate->Entered.load(std::memory_order_relaxed) != waiting->Entered) BeginWhile(gate, waiting);
-    return waiting->Deadline;
-}
-
 // Somebody who died in the door may have left links half changed. Those who wait then find nobody before.
 int LockDoor(Gate *gate, const timespec &deadline)
 {
@@ -220,16 +187,15 @@ size_t TakePlace(Gate *gate)
 }
 
 // Waits until nobody is before the place. The door is locked when it is called and when it returns 0.
-int WaitForTurn(Gate *gate, size_t place, Waiting *waiting)
+int WaitForTurn(Gate *gate, size_t place, const timespec &deadline)
 {
     while (gate->Before[place] != 0) {
         const size_t before = gate->Before[place] - 1u;
         gate->Awaits[place] = gate->Before[place];
         pthread_mutex_unlock(&gate->Door);
         const timespec nap = After(Now(), longestNap_ns);
-        const int waited = LockUntil(&gate->Turn[before], Earlier(nap, waiting->Deadline));
+        const int waited = LockUntil(&gate->Turn[before], IsBefore(nap, deadline) ? nap : deadline);
         if (waited == 0) pthread_mutex_unlock(&gate->Turn[before]);
-        const timespec &deadline = LookAtDeadline(gate, waiting);
         if (waited != 0 && !IsBefore(Now(), deadline)) return ETIMEDOUT;
         const int error = LockDoor(gate, deadline);
         if (error != 0) return error;
@@ -239,19 +205,10 @@ int WaitForTurn(Gate *gate, size_t place, Waiting *waiting)
     return 0;
 }
 
-int LockHolder(Gate *gate, Waiting *waiting)
-{
-    int error = 0;
-    do {
-        error = LockUntil(&gate->Holder, LookAtDeadline(gate, waiting));
-    } while (error == ETIMEDOUT && IsBefore(Now(), LookAtDeadline(gate, waiting)));
-    return error;
-}
-
 // Takes the holder's mutex in the order in which the callers came.
-int WaitInQueue(Gate *gate, Waiting *waiting)
+int WaitInQueue(Gate *gate, const timespec &deadline)
 {
-    int error = LockDoor(gate, waiting->Deadline);
+    int error = LockDoor(gate, deadline);
     if (error != 0) return error;
     if (gate->Last == 0) {
         error = pthread_mutex_trylock(&gate->Holder);
@@ -263,12 +220,12 @@ int WaitInQueue(Gate *gate, Waiting *waiting)
     const size_t place = TakePlace(gate);
     if (place == noPlace) {
         pthread_mutex_unlock(&gate->Door);
-        return LockHolder(gate, waiting);
+        return LockUntil(&gate->Holder, deadline);
     }
-    error = WaitForTurn(gate, place, waiting);
+    error = WaitForTurn(gate, place, deadline);
     if (error == 0) {
         pthread_mutex_unlock(&gate->Door);
-        error = LockHolder(gate, waiting);
+        error = LockUntil(&gate->Holder, deadline);
     }
     // Who comes next does this itself where the door stays shut.
     if (LockDoor(gate, Now()) == 0) {
@@ -283,15 +240,13 @@ int WaitInQueue(Gate *gate, Waiting *waiting)
 
 int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive)
 {
-    Waiting waiting = BeginWaiting(gate, wait_ms);
-    const int error = WaitInQueue(gate, &waiting);
+    const int error = WaitInQueue(gate, After(Now(), int64_t{wait_ms} * 1000000));
     if (error == ETIMEDOUT) {
         return gate->HolderExclusive.load(std::memory_order_relaxed) != 0 ? BtrStatusFileLocked
                                                                           : BtrStatusRecordLocked;
     }
     if (error != 0) return BtrStatusIoError;
     gate->HolderExclusive.store(exclusive ? 1 : 0, std::memory_order_relaxed);
-    gate->Entered.fetch_add(1, std::memory_order_relaxed);
     return BtrStatusOk;
 }
 

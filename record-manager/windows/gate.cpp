@@ -17,7 +17,7 @@ namespace {
 
 constexpr char gateName[] = "books.mdb-gate";
 constexpr uint32_t gateMagic = 0x45544147; // "GATE"
-constexpr uint32_t gateLayout = 102;       // those of Linux are below 100
+constexpr uint32_t gateLayout = 101;       // 1 and 2 are those of Linux
 
 // What the file holds.
 struct SharedGate {
@@ -25,7 +25,6 @@ struct SharedGate {
     uint32_t Layout;
     std::atomic<uint32_t> HolderExclusive;
     std::atomic<uint32_t> Waiting;
-    std::atomic<uint32_t> Entered; // how often
     WaitTable Waits;
 };
 
@@ -139,19 +138,6 @@ DWORD WaitFor(Gate *gate, unsigned wait_ms)
     return result == WAIT_ABANDONED ? WAIT_OBJECT_0 : result;
 }
 
-// Who waits on, since others were let in, does so behind those who came meanwhile.
-DWORD WaitInQueue(Gate *gate, unsigned wait_ms)
-{
-    const SharedGate &shared = *gate->Shared;
-    DWORD result = WAIT_TIMEOUT;
-    for (unsigned i = 0; i < longestQueue && result == WAIT_TIMEOUT; ++i) {
-        const uint32_t entered = shared.Entered.load();
-        result = WaitFor(gate, wait_ms);
-        if (shared.Entered.load() == entered) break;
-    }
-    return result;
-}
-
 } // namespace
 
 int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive)
@@ -160,7 +146,7 @@ int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive)
     DWORD result = own ? WAIT_TIMEOUT : WaitFor(gate, 0);
     if (!own && result == WAIT_TIMEOUT && wait_ms > 0) {
         gate->Shared->Waiting.fetch_add(1);
-        result = WaitInQueue(gate, wait_ms);
+        result = WaitFor(gate, wait_ms);
         gate->Shared->Waiting.fetch_sub(1);
     }
     if (result == WAIT_TIMEOUT) {
@@ -169,7 +155,6 @@ int16_t EnterGate(Gate *gate, unsigned wait_ms, bool exclusive)
     if (result != WAIT_OBJECT_0) return BtrStatusIoError;
     gate->HoldingThread.store(GetCurrentThreadId());
     gate->Shared->HolderExclusive.store(exclusive ? 1 : 0);
-    gate->Shared->Entered.fetch_add(1);
     return BtrStatusOk;
 }
 

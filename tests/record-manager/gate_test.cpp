@@ -9,7 +9,6 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
-#include <future>
 #include <memory>
 #include <mutex>
 #include <sys/mman.h>
@@ -27,7 +26,7 @@ bool BecomesQueueOf(wbtrv::Gate *gate, unsigned count)
     const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (wbtrv::CountWaiting(gate) != count) {
         if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::this_thread::yield();
     }
     return true;
 }
@@ -110,55 +109,6 @@ TEST_F(Gates, RefuseWhenTheTimeIsOverAndLetTheNextPass)
     patient.join();
     EXPECT_EQ(wbtrv::EnterGate(Gate, 0, false), BtrStatusOk);
     wbtrv::LeaveGate(Gate);
-}
-
-// So many threads that enter one after the other, and take their time inside as with a slow disk.
-std::vector<std::thread> QueueOfSlow(const Gates &gates, unsigned count, std::chrono::milliseconds inside)
-{
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < count; ++i) {
-        threads.emplace_back([&gates, inside] {
-            EXPECT_EQ(wbtrv::EnterGate(gates.Gate, long_ms, false), BtrStatusOk);
-            std::promise<void>().get_future().wait_for(inside);
-            wbtrv::LeaveGate(gates.Gate);
-        });
-        EXPECT_TRUE(gates.BecomesQueueOf(i + 1));
-    }
-    return threads;
-}
-
-TEST_F(Gates, LetWaitOnAsLongAsOthersAreLetIn)
-{
-    constexpr unsigned wait_ms = 2000;
-    ASSERT_EQ(wbtrv::EnterGate(Gate, long_ms, false), BtrStatusOk);
-    std::vector<std::thread> threads = QueueOfSlow(*this, 5, std::chrono::milliseconds(500));
-    threads.emplace_back([&] {
-        const auto begin = std::chrono::steady_clock::now();
-        EXPECT_EQ(wbtrv::EnterGate(Gate, wait_ms, false), BtrStatusOk);
-        EXPECT_GT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(wait_ms));
-        wbtrv::LeaveGate(Gate);
-    });
-    EXPECT_TRUE(BecomesQueueOf(6));
-    wbtrv::LeaveGate(Gate);
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-}
-
-TEST_F(Gates, RefuseAfterSomeTimesTheWaitThoughOthersAreLetIn)
-{
-    constexpr unsigned wait_ms = 200;
-    constexpr std::chrono::milliseconds inside(150);
-    constexpr unsigned tooMany = 2 + wbtrv::longestQueue * wait_ms / inside.count();
-    ASSERT_EQ(wbtrv::EnterGate(Gate, long_ms, false), BtrStatusOk);
-    std::vector<std::thread> threads = QueueOfSlow(*this, tooMany, inside);
-    threads.emplace_back(
-        [this] { EXPECT_EQ(wbtrv::EnterGate(Gate, wait_ms, false), BtrStatusRecordLocked); });
-    EXPECT_TRUE(BecomesQueueOf(tooMany + 1));
-    wbtrv::LeaveGate(Gate);
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
 }
 
 // A process that waits at the gate, notes its number when it is in, and leaves.
