@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
+#include <utility>
 
 namespace vark {
 
@@ -182,7 +183,7 @@ void ChooseButton(HWND dialog, PeriodDialogState &state, int button)
 
 void CheckYearControl(HWND dialog, PeriodDialogState &state)
 {
-    if (state.Validating == 0 || !HasControl(dialog, controlYear)) return;
+    if (std::exchange(state.Validating, 0u) == 0 || !HasControl(dialog, controlYear)) return;
     PeriodSelection &selection = state.Selection;
     state.InvalidFields |= InvalidYear;
     char text[12] = {};
@@ -215,7 +216,7 @@ void TidyDateControl(HWND dialog, const PeriodDialogState &state, int control)
 void CheckDateControl(HWND dialog, PeriodDialogState &state, int control)
 {
     if (!HasControl(dialog, control)) return;
-    if (state.Validating == 0) {
+    if (std::exchange(state.Validating, 0u) == 0) {
         TidyDateControl(dialog, state, control);
         return;
     }
@@ -238,10 +239,13 @@ bool IsPeriodControl(int control)
            control == controlBis;
 }
 
-// Has a field checked as if the focus had left it.
-void LeaveField(HWND dialog, int control)
+// Has a field checked as if the focus had left it, and that one alone: a click may have taken the focus
+// from it, which the field tells while the message of the check is open.
+void LeaveField(HWND dialog, PeriodDialogState &state, int control)
 {
+    state.Validating = 1;
     SendMessageA(dialog, messagePeriod, MAKEWPARAM(control, EN_KILLFOCUS), 0);
+    state.Validating = 0;
 }
 
 // What was chosen before. Free dates in a dialog without them stand for the month of the last day; without
@@ -322,17 +326,15 @@ bool AcceptPeriodControls(HWND dialog, PeriodDialogState &state, PeriodSelection
 {
     PeriodSelection &working = state.Selection;
     const ThreadContext &context = *state.Context;
-    state.Validating = 1;
     state.InvalidFields = 0;
     if (working.Code != periodDayExact || !Offers(state, PeriodDayExact)) {
-        LeaveField(dialog, controlYear);
+        LeaveField(dialog, state, controlYear);
     } else {
-        LeaveField(dialog, controlVon);
-        if (state.InvalidFields == 0) LeaveField(dialog, controlBis);
+        LeaveField(dialog, state, controlVon);
+        if (state.InvalidFields == 0) LeaveField(dialog, state, controlBis);
         if (!HasControl(dialog, controlVon)) SetYear(working.VonDatum, FiscalYearOf(working.BisDatum));
         working.Jahr = static_cast<int16_t>(FiscalYearOf(working.BisDatum));
     }
-    state.Validating = 0;
     if (state.InvalidFields != 0) return false;
     ComputePeriodDates(context, working);
     const std::to_chars_result year = std::to_chars(

@@ -24,7 +24,7 @@ enum InvalidField : uint32_t { InvalidYear = 1, InvalidVon = 2, InvalidBis = 4 }
 // The state of one open dialog.
 struct PeriodDialogState {
     const ThreadContext *Context;
-    uint32_t Validating;    // 1 while the check of OK runs
+    uint32_t Validating;    // 1 from the call of OK's check for a field to its answer
     uint32_t Options;       // PeriodOption bits
     uint32_t InvalidFields; // InvalidField bits
     uint32_t SetzeJahr;     // the year's field shows the calendar year of the chosen month

@@ -200,6 +200,20 @@ TEST(PeriodTabDialog, ComparisonThatIsOnStopsOkAndLeavingThePage)
     EXPECT_EQ("", stage.Refusals());
 }
 
+TEST(PeriodTabDialog, FieldThatLosesTheFocusToItsOwnRefusalIsRefusedOnce)
+{
+    Stage stage("box ok Unzulässige Tagesangabe!\ndialog 127\nexpect focus 22990\npress 2\n");
+    stage.State.Tabs.Selections[0].Code = 0;
+    stage.State.AtOpening = [&](HWND dialog) {
+        HWND page = stage.State.Tabs.PageWindows[0];
+        SetDlgItemTextA(page, controlVon, "32.1.98");
+        PostMessageA(dialog, WM_COMMAND, IDOK, 0);
+        PostMessageA(page, WM_USER + 4, MAKEWPARAM(controlVon, EN_KILLFOCUS), 0);
+    };
+    EXPECT_EQ(0, stage.Run());
+    EXPECT_EQ("", stage.Refusals());
+}
+
 TEST(PeriodTabDialog, OkChecksThePageInView)
 {
     Stage stage("dialog 127\ntext 20000 1970\npress 1\nbox ok Die Jahresangabe ist unzulässig!\n"
