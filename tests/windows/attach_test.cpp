@@ -13,6 +13,8 @@ namespace {
 
 constexpr char settings[] =
     "'HKLM\\SOFTWARE\\Btrieve Technologies\\Microkernel Workstation Engine\\Version  6.15\\Settings'";
+constexpr char version[] =
+    "'HKLM\\SOFTWARE\\Btrieve Technologies\\Microkernel Workstation Engine\\Version  6.15'";
 
 // An installation with the data in "DB", as the host's own directory.
 struct Attach : OnWindows {
@@ -69,14 +71,17 @@ struct Attach : OnWindows {
         Run("reg", std::string("add ") + settings + " /v '" + name + "' /t REG_DWORD /d " +
                        std::to_string(number) + " /f");
     }
-    // A value as the registry's own program shows it; empty where there is none.
+    // A value and its type as the registry's own program shows them: "REG_SZ 0"; empty where there is none.
     std::string Setting(const std::string &name) const
     {
         const std::string output = Run("reg", std::string("query ") + settings + " /v '" + name + "'");
-        const size_t at = output.rfind("    ");
-        if (output.find(name) == std::string::npos || at == std::string::npos) return "";
-        return output.substr(at + 4, output.find('\n', at) - at - 4);
+        const size_t at = output.find("    " + name + "    ");
+        if (at == std::string::npos) return "";
+        std::string value = output.substr(at + name.size() + 8, output.find('\n', at) - at - name.size() - 8);
+        const size_t between = value.find("    ");
+        return between == std::string::npos ? value : value.replace(between, 4, " ");
     }
+    bool HasSettings() const { return !Run("reg", std::string("query ") + settings).empty(); }
     // The start without arguments is not waited for by anybody.
     std::string Log(size_t starts) const
     {
@@ -118,6 +123,9 @@ TEST_F(Attach, WithARecordManagerBesideTheDataTheLibraryIsReady)
     const std::string output = Visit();
     EXPECT_EQ(1, Told(output, "state"));
     EXPECT_EQ(1, Told(output, "thread"));
+    EXPECT_EQ(1, Told(output, "manager"));
+    EXPECT_EQ(1, Told(output, "freed"));
+    EXPECT_EQ(1, Told(output, "kept")) << "it has tables open, which are its own to close";
 }
 
 TEST_F(Attach, OneTrailingBackslashOfTheDataPathIsCut)
@@ -174,12 +182,21 @@ TEST_F(Attach, DirectoryOfTheIniFileIsTriedNext)
     EXPECT_EQ(1, State());
 }
 
-TEST_F(Attach, CandidateWithoutTheEntryEndsTheSearch)
+TEST_F(Attach, DirectoryOfTheIniFileMayEndInABackslash)
+{
+    Configure("Pfad32=" + Path("X/DB"), "DLLPfad=" + Path("dll") + "\\");
+    InstallRecordManager("dll");
+    EXPECT_EQ(1, State());
+}
+
+TEST_F(Attach, CandidateWithoutTheEntryEndsTheSearchAndIsLetGo)
 {
     Configure("Pfad32=" + Path("X/DB"), "DLLPfad=" + Path("dll"));
     InstallOther("X");
     InstallRecordManager("dll");
-    EXPECT_EQ(-3, State());
+    const std::string output = Visit();
+    EXPECT_EQ(-3, Told(output, "state"));
+    EXPECT_EQ(0, Told(output, "manager"));
 }
 
 TEST_F(Attach, NewEngineIsRegisteredEndedAndStartedAgainHidden)
@@ -191,9 +208,9 @@ TEST_F(Attach, NewEngineIsRegisteredEndedAndStartedAgainHidden)
     EXPECT_EQ(1, Told(output, "state"));
     EXPECT_GE(Told(output, "ms"), 3000);
     EXPECT_EQ("start [-reginstall] shown\nstart [] hidden\n", Log(2));
-    EXPECT_EQ("0x28", Setting("Max Files"));
-    EXPECT_EQ("0x78", Setting("Max Handles"));
-    EXPECT_EQ("0", Setting("Startup Logo"));
+    EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
+    EXPECT_EQ("REG_DWORD 0x78", Setting("Max Handles"));
+    EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
 }
 
 TEST_F(Attach, NewEngineThatEndsAtOnceIsNotWaitedFor)
@@ -205,7 +222,43 @@ TEST_F(Attach, NewEngineThatEndsAtOnceIsNotWaitedFor)
     EXPECT_EQ(1, Told(output, "state"));
     EXPECT_LT(Told(output, "ms"), 25000);
     EXPECT_EQ("start [-reginstall] shown\nstart [] hidden\n", Log(2));
-    EXPECT_EQ("0x28", Setting("Max Files"));
+    EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
+}
+
+TEST_F(Attach, NewEngineThatWritesNothingIsEndedAfterHalfAMinute)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("stay");
+    const std::string output = Visit();
+    EXPECT_EQ(1, Told(output, "state"));
+    EXPECT_GE(Told(output, "ms"), 30000);
+    EXPECT_LT(Told(output, "ms"), 80000);
+    EXPECT_EQ("start [-reginstall] shown\nstart [] hidden\n", Log(2));
+    EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
+}
+
+TEST_F(Attach, WithoutTheEnginesFileItsSettingsAreMadeAllTheSame)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
+    EXPECT_EQ("REG_DWORD 0x78", Setting("Max Handles"));
+    EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
+}
+
+TEST_F(Attach, SettingsThatCannotBeOpenedAreNoFailure)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("");
+    Run("reg", std::string("delete ") + version + " /f");
+    Run(Built("stand_ins/volatile_settings.exe"));
+    EXPECT_EQ(1, State());
+    EXPECT_FALSE(HasSettings());
+    EXPECT_EQ("start [] hidden\n", Log(1));
+    Run("reg", std::string("delete ") + version + " /f");
 }
 
 TEST_F(Attach, RunningEngineIsLeftAlone)
@@ -219,9 +272,13 @@ TEST_F(Attach, RunningEngineIsLeftAlone)
         std::this_thread::yield();
     }
     EXPECT_EQ(1, State());
-    EXPECT_EQ("start [running] shown\n", TextOf(Directory / "X/engine.log").substr(0, 22));
-    EXPECT_EQ(std::string::npos, TextOf(Directory / "X/engine.log").find("hidden"));
+    EXPECT_FALSE(HasSettings());
+    SetNumber("Max Files", 10);
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("REG_DWORD 0xa", Setting("Max Files"));
     EXPECT_EQ("", Setting("Startup Logo"));
+    EXPECT_EQ("start [running] shown\n", TextOf(Directory / "X/engine.log")) << "nor is it started";
+    fs::remove(Directory / "X/engine.mode");
     running.join();
 }
 
@@ -233,9 +290,9 @@ TEST_F(Attach, TooFewFilesAreRaised)
     SetNumber("Max Files", 39);
     SetNumber("Max Handles", 60);
     EXPECT_EQ(1, State());
-    EXPECT_EQ("0x28", Setting("Max Files"));
-    EXPECT_EQ("0x78", Setting("Max Handles"));
-    EXPECT_EQ("0", Setting("Startup Logo"));
+    EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
+    EXPECT_EQ("REG_DWORD 0x78", Setting("Max Handles"));
+    EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
     EXPECT_EQ("start [] hidden\n", Log(1));
 }
 
@@ -246,9 +303,9 @@ TEST_F(Attach, EnoughFilesAreLeftAsTheyAre)
     SetNumber("Max Files", 40);
     SetNumber("Max Handles", 60);
     EXPECT_EQ(1, State());
-    EXPECT_EQ("0x28", Setting("Max Files"));
-    EXPECT_EQ("0x3c", Setting("Max Handles"));
-    EXPECT_EQ("0", Setting("Startup Logo"));
+    EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
+    EXPECT_EQ("REG_DWORD 0x3c", Setting("Max Handles"));
+    EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
 }
 
 TEST_F(Attach, SettingsThatTellNoNumberOfFilesAreLeftWithoutOne)
@@ -258,6 +315,6 @@ TEST_F(Attach, SettingsThatTellNoNumberOfFilesAreLeftWithoutOne)
     SetNumber("Max Handles", 60);
     EXPECT_EQ(1, State());
     EXPECT_EQ("", Setting("Max Files"));
-    EXPECT_EQ("0x3c", Setting("Max Handles"));
-    EXPECT_EQ("0", Setting("Startup Logo"));
+    EXPECT_EQ("REG_DWORD 0x3c", Setting("Max Handles"));
+    EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
 }

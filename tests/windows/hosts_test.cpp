@@ -62,6 +62,40 @@ TEST_F(Hosts, ThatFindFunctionsByTheirNamesPostReadAndChoose)
     EXPECT_EQ("Miete April\n", Postings());
 }
 
+namespace {
+
+// A window of the class that only account sheets have: its style is 128, it has room for a pointer and the
+// colour of buttons behind it; module, icon and cursor are those that it should have. When the library goes,
+// neither the class nor the report engine stays.
+constexpr char toldOfSheets[] = "status 1\n"
+                                "engine 1\n"
+                                "sheet tervoKontenblatt\n"
+                                "class 1\n"
+                                "style 128 extra 4 brush 15 menu 0\n"
+                                "own 1 1 1\n"
+                                "left 0 0\n";
+
+} // namespace
+
+TEST_F(Hosts, HaveSheetsMadeByEntriesOfEitherConvention)
+{
+    const fs::path host = Install("sheets.exe");
+    for (const char *engine : {"rs_sheets_cdecl.dll", "rs_sheets_stdcall.dll"}) {
+        fs::copy_file(Built("stand_ins") / engine, Directory / "rs.dll",
+                      fs::copy_options::overwrite_existing);
+        EXPECT_EQ(toldOfSheets,
+                  Run("'" + host.string() + "'", "", "VARK_CONFIG_DIR='" + Books + "' VARK_HEUTE=15.06.1998"))
+            << engine;
+    }
+}
+
+TEST_F(Hosts, WithAReportEngineThatLacksEntriesHaveNoSheetsAndLetItGo)
+{
+    fs::copy_file(Built("stand_ins/rs_cdecl.dll"), Directory / "rs.dll");
+    EXPECT_EQ("status 1\nengine 0\n",
+              Run("'" + Install("sheets.exe").string() + "'", "state", "VARK_CONFIG_DIR='" + Books + "'"));
+}
+
 TEST_F(Hosts, OfTheExamplesPost)
 {
     fs::copy_file(Built("buchen.exe"), Directory / "buchen.exe");

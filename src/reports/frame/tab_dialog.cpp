@@ -3,6 +3,7 @@
 #include "include/vark40.h"
 #include "src/frame/dialogs.h"
 #include "src/frame/messages.h"
+#include "src/platform/window_support.h"
 #include "src/reports/frame/dialog_layout.h"
 #include "text/fixed_text.h"
 
@@ -173,6 +174,7 @@ int32_t RunTabDialog(const DialogTable &table, VarkWindow parent, DLGPROC proced
     if (disables) EnableWindow(owner, FALSE);
 
     TabDialogRun run{};
+    PrepareControls();
     DLGTEMPLATE *made = varkui::MakeDialogTemplate(table);
     HWND dialog = made != nullptr ? CreateDialogIndirectParamA(nullptr, made, owner, procedure,
                                                                reinterpret_cast<LPARAM>(state))

@@ -1,12 +1,12 @@
 /* w32mkde.exe: writes down how it was started, into engine.log beside itself, and does what engine.mode there
-   says: "write" sets a value in its settings and stays, "window" shows the engine's window and stays; without
-   the file it ends at once. */
+   says: "write" sets a value in its settings and stays, "stay" only stays, "window" shows the engine's window
+   and stays until the file is gone; without the file it ends at once. */
 #include <stdio.h>
 #include <string.h>
 #include <windows.h>
 
 #define SETTINGS "SOFTWARE\\Btrieve Technologies\\Microkernel Workstation Engine\\Version  6.15\\Settings"
-#define STAY_MS  20000
+#define STAY_MS  90000
 
 static char directory[MAX_PATH];
 
@@ -39,6 +39,16 @@ static void ShowEngineWindow(HINSTANCE instance)
     CreateWindowExA(0, "BTI-MKDE", "", WS_OVERLAPPED, 0, 0, 10, 10, NULL, NULL, instance, NULL);
 }
 
+static void StayWhileWanted(void)
+{
+    const DWORD begin = GetTickCount();
+    FILE *file;
+    while (GetTickCount() - begin < STAY_MS && (file = OpenBeside("engine.mode", "r")) != NULL) {
+        fclose(file);
+        Sleep(50);
+    }
+}
+
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE before, LPSTR arguments, int show)
 {
     char mode[20] = "";
@@ -63,11 +73,14 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE before, LPSTR arguments, int sh
     if (strcmp(mode, "write") == 0 && arguments[0] != 0) {
         WriteSetting();
         Sleep(STAY_MS);
+    } else if (strcmp(mode, "stay") == 0 && arguments[0] != 0) {
+        Sleep(STAY_MS);
     } else if (strcmp(mode, "window") == 0) {
         ShowEngineWindow(instance);
         file = OpenBeside("engine.window", "w");
         if (file != NULL) fclose(file);
-        Sleep(STAY_MS);
+        StayWhileWanted();
+        return 0;
     } else {
         return 0;
     }
