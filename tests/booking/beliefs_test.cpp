@@ -12,7 +12,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
-#include <unistd.h>
 
 using namespace vark;
 using namespace vark::test;
@@ -163,20 +162,6 @@ TEST_F(Beliefs, UpdatesAndDeletionsAreRefusedAsWell)
     EXPECT_FALSE(Delete(context, TableBat));
     ForgetBrokenBeliefs(context);
     EXPECT_TRUE(Update(context, &bat, TableBat));
-}
-
-TEST_F(Beliefs, AreToldWithoutASignalWhereNobodyReads)
-{
-    int ends[2];
-    ASSERT_EQ(0, pipe(ends));
-    close(ends[0]);
-    const int standardError = dup(STDERR_FILENO);
-    ASSERT_EQ(STDERR_FILENO, dup2(ends[1], STDERR_FILENO));
-    EXPECT_FALSE(Holds(false)); // SIGPIPE would end this process
-    dup2(standardError, STDERR_FILENO);
-    close(standardError);
-    close(ends[1]);
-    EXPECT_EQ(1, Post());
 }
 
 #ifndef NDEBUG

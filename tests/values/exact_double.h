@@ -2,11 +2,19 @@
 // library's floating point can be judged by something that uses none.
 #pragma once
 
+#ifndef __SIZEOF_INT128__
+#include "tests/values/wide.h"
+#endif
+
 #include <cstdint>
 
 namespace exact {
 
+#ifdef __SIZEOF_INT128__
 using Wide = unsigned __int128;
+#else
+using Wide = HalvedNumber;
+#endif
 
 // mantissa x 2^exponent, the mantissa of exactly 53 bits, or 0.
 struct Double {

@@ -186,13 +186,14 @@ TEST_F(Garbage, DatesRefuseOrKeepTheirForm)
         Fill(context->TodayLong, sizeof context->TodayLong);
         Fill(context->FirstOpenYear, sizeof context->FirstOpenYear);
         Fill(context->MandantYear, sizeof context->MandantYear);
-        const size_t size = 7 + Random() % 14;
+        const size_t size = 7 + static_cast<size_t>(Random() % 14);
         const auto text = MakeText(size);
         if (Random() % 2 == 0) { // almost a date
             const std::string date = std::to_string(Random() % 33) + "." + std::to_string(Random() % 14) +
                                      "." + std::to_string(Random() % 110);
             const size_t length = date.copy(text.get(), size);
-            text[Random() % length] = date[Random() % length];
+            const auto at = [this, length] { return static_cast<size_t>(Random() % length); };
+            text[at()] = date[at()];
         }
         if (ParseDateText(*context, text.get(), size, Random() % 2 == 0) == DateGood) {
             ASSERT_TRUE(IsDate(text.get()));
