@@ -4,8 +4,11 @@
 #include "src/frame/lifecycle.h"
 #include "src/frame/record_store.h"
 #include "src/frame/transactions.h"
+#include "src/platform/platform.h"
+#include "tests/support/installation.h"
 #include "tests/window-system/front_end_setup.h"
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -46,6 +49,13 @@ int16_t VARK_CALL Answer(uint16_t operation, void *position, void *, uint32_t *d
     return found != answers.end() ? found->second : int16_t{0};
 }
 
+// A path with the separators of this system.
+std::string Path(std::string path)
+{
+    std::replace(path.begin(), path.end(), '/', pathSeparator);
+    return path;
+}
+
 constexpr int16_t ok = 0;
 constexpr int16_t keyNotFound = 4;
 constexpr int16_t endOfFile = 9;
@@ -62,10 +72,11 @@ struct EngineCalls : testing::Test {
     void SetUp() override
     {
         setenv("VARK_CONFIG_DIR", frontEnd.Directory.string().c_str(), 1);
-        std::ofstream(frontEnd.Directory / "vark.ini") << "[VARK]\nPfad=/d/DB\n";
+        vark::test::NameParts(frontEnd.Directory.string());
+        std::ofstream(frontEnd.Directory / "tolka.ini") << "[TOLKA]\nPfad32=" << Path("/d/DB") << "\n";
         ASSERT_EQ(1, EnterExport(context));
         EngineEntry = Answer;
-        std::memcpy(context->YearDirectory, "/1997", 6);
+        std::memcpy(context->YearDirectory, Path("/1997").c_str(), 6);
         std::memcpy(context->WorkYear, "1997", 5);
         std::memcpy(context->MandantYear, "1998", 5);
         std::memcpy(context->PreviousYear, "1996", 5);
@@ -99,27 +110,27 @@ constexpr const char *inUse = "box Der Datensatz wird von einer anderen Anwendun
 
 TEST_F(EngineCalls, ATableLiesInTheDirectoryOfItsKind)
 {
-    EXPECT_EQ("/d/DB/fista.btr", PathOf(TableFista));
-    EXPECT_EQ("/d/DB/19972/sako.btr", PathOf(TableSako)) << "the working year";
-    EXPECT_EQ("/d/DB/19972/kobu.btr", PathOf(TableKobu)) << "the last that follows the working year";
-    EXPECT_EQ("/d/DB/19982/bat.btr", PathOf(TableBat)) << "the first that follows the Mandant's year";
-    EXPECT_EQ("/d/DB/19982/mahntext.btr", PathOf(TableMahntext));
-    EXPECT_EQ("/d/DB/19962/sako.btr", PathOf(TablePreviousSako));
-    EXPECT_EQ("/d/DB/20012/kobu.btr", PathOf(TableKobu, "2001", SlotFree30));
-    EXPECT_EQ("/d/DB/fista.btr", PathOf(TableFista, "2001", SlotFree30));
-    EXPECT_EQ("/d/DB/19982/bat.btr", PathOf(TableBat, "2001", SlotFree30));
+    EXPECT_EQ(Path("/d/DB/fista.btr"), PathOf(TableFista));
+    EXPECT_EQ(Path("/d/DB/19972/sako.btr"), PathOf(TableSako)) << "the working year";
+    EXPECT_EQ(Path("/d/DB/19972/kobu.btr"), PathOf(TableKobu)) << "the last that follows the working year";
+    EXPECT_EQ(Path("/d/DB/19982/bat.btr"), PathOf(TableBat)) << "the first that follows the Mandant's year";
+    EXPECT_EQ(Path("/d/DB/19982/mahntext.btr"), PathOf(TableMahntext));
+    EXPECT_EQ(Path("/d/DB/19962/sako.btr"), PathOf(TablePreviousSako));
+    EXPECT_EQ(Path("/d/DB/20012/kobu.btr"), PathOf(TableKobu, "2001", SlotFree30));
+    EXPECT_EQ(Path("/d/DB/fista.btr"), PathOf(TableFista, "2001", SlotFree30));
+    EXPECT_EQ(Path("/d/DB/19982/bat.btr"), PathOf(TableBat, "2001", SlotFree30));
     context->MandantSuffix[0] = 0;
-    EXPECT_EQ("/d/DB/1997/sako.btr", PathOf(TableSako));
+    EXPECT_EQ(Path("/d/DB/1997/sako.btr"), PathOf(TableSako));
 }
 
 TEST_F(EngineCalls, AnOverrideIsTheWholeDirectory)
 {
     context->PathOverrideOn = 1;
-    std::memcpy(context->PathOverride, "/archiv", 8);
+    std::memcpy(context->PathOverride, Path("/archiv").c_str(), 8);
     for (const int table : {0, 6, 12, 28}) {
-        EXPECT_EQ(std::string("/archiv/") + tableCatalogue[table].Stem + ".btr", PathOf(table));
+        EXPECT_EQ(Path("/archiv/") + tableCatalogue[table].Stem + ".btr", PathOf(table));
     }
-    EXPECT_EQ("/archiv/kobu.btr", PathOf(TableKobu, "2001", SlotFree30));
+    EXPECT_EQ(Path("/archiv/kobu.btr"), PathOf(TableKobu, "2001", SlotFree30));
 }
 
 TEST_F(EngineCalls, OpeningSendsThePathUnderKeyNumberOneAndNoData)
@@ -131,7 +142,7 @@ TEST_F(EngineCalls, OpeningSendsThePathUnderKeyNumberOneAndNoData)
     EXPECT_EQ(255, calls[0].KeyLength);
     EXPECT_EQ(0u, calls[0].DataLength);
     EXPECT_EQ(&context->PositionBlocks[TableSteke], calls[0].Position);
-    EXPECT_EQ(std::string("/d/DB/19972/steke.btr") + std::string(234, '\0'), calls[0].Key);
+    EXPECT_EQ(Path("/d/DB/19972/steke.btr") + std::string(234, '\0'), calls[0].Key);
 }
 
 TEST_F(EngineCalls, AnOpenThatFailsUnderAnotherSlotCountsOneUserOfTheTableLess)
@@ -142,7 +153,7 @@ TEST_F(EngineCalls, AnOpenThatFailsUnderAnotherSlotCountsOneUserOfTheTableLess)
     EXPECT_FALSE(OpenTable(*context, TableKobu, "2001", SlotFree30));
     EXPECT_EQ(0, context->OpenCounts[SlotFree30]);
     EXPECT_EQ(1, context->OpenCounts[TableKobu]);
-    EXPECT_EQ("box File /d/DB/20012/kobu.btr not found\n", Boxes());
+    EXPECT_EQ("box File " + Path("/d/DB/20012/kobu.btr") + " not found\n", Boxes());
     answers[0] = 46;
     EXPECT_FALSE(OpenTable(*context, TableStapel));
     EXPECT_EQ(0, context->OpenCounts[TableStapel]);
@@ -341,7 +352,7 @@ TEST_F(EngineCalls, AClosedTableThatWillNotOpenIsAFailureShownOnce)
         calls.clear();
         EXPECT_FALSE(sent.Run(*context, data, key, found, TableSteke));
         EXPECT_EQ(1u, calls.size());
-        EXPECT_EQ("box File /d/DB/19972/steke.btr not found\n", Boxes());
+        EXPECT_EQ("box File " + Path("/d/DB/19972/steke.btr") + " not found\n", Boxes());
         EXPECT_EQ(0, context->OpenCounts[TableSteke]);
         EXPECT_EQ(sent.Good.size() == 1, found);
     }

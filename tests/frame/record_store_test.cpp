@@ -243,8 +243,8 @@ TEST_F(RecordStore, FailedInsertLeavesItsCount)
 
 TEST_F(RecordStore, MissingFileIsNamedWithItsPath)
 {
-    std::filesystem::remove_all(books.YearDirectory(1));
     VARK_SchliesseDB();
+    std::filesystem::remove_all(books.YearDirectory(1));
     books.TakeBoxes();
     EXPECT_FALSE(OpenTable(*context, TableStapel));
     EXPECT_EQ(Lines{"File " + books.TablePath(1, TableStapel) + " not found"}, books.TakeBoxes());
@@ -288,8 +288,8 @@ TEST_F(RecordStore, RecordCountIsThatOfTheEngine)
 {
     EXPECT_EQ(3, RecordCount(*context, TableSako));
     EXPECT_EQ(0, RecordCount(*context, TableKred));
-    std::filesystem::remove_all(books.YearDirectory(1));
     VARK_SchliesseDB();
+    std::filesystem::remove_all(books.YearDirectory(1));
     EXPECT_EQ(-1, RecordCount(*context, TableStapel));
 }
 

@@ -181,7 +181,8 @@ TEST(AccountRange, EditsThatTakeAnAccountHangOnTheDialog)
 
 TEST(AccountRange, DialogGoesOnWithoutMemoryForItsListOfEdits)
 {
-    Books installation("dialog 111\npress 1\n");
+    const std::string once = "dialog 111\npress 1\n";
+    Books installation(once + once + once);
     installation.AddMandant(1);
     ReportRun run{};
     run.Dialog = &perDialog;
@@ -189,10 +190,13 @@ TEST(AccountRange, DialogGoesOnWithoutMemoryForItsListOfEdits)
     ASSERT_EQ(1, SelectMandant(*run.Context, 1, run.Mandant));
     run.Choice.Period.Code = periodNotChosen;
     bool hasList = true;
-    const Onlooker onlooker([&](HWND dialog) { hasList = GetPropA(dialog, "tervoTKKonto") != nullptr; });
-    FailAllocation(3); // behind the dialog's template and the reading of an ini file
-    EXPECT_TRUE(RunReportDialog(run, nullptr));
-    StopAllocationFaults();
+    // Behind the dialog's template and, where that is the library's own work, the reading of an ini file.
+    for (int n = 2; hasList && n <= 4; ++n) {
+        const Onlooker onlooker([&](HWND dialog) { hasList = GetPropA(dialog, "tervoTKKonto") != nullptr; });
+        FailAllocation(n);
+        EXPECT_TRUE(RunReportDialog(run, nullptr)) << n;
+        StopAllocationFaults();
+    }
     EXPECT_FALSE(hasList);
     EXPECT_EQ(1, run.Choice.Range.KontoArt);
     VARK_SchliesseDB();

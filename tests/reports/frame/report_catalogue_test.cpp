@@ -178,7 +178,7 @@ TEST_F(ReportSteps, SecondReportThatDoesNotOpenShowsNothing)
 
 TEST_F(ReportSteps, ViewTakesTheParentsRectangleAndTheThreadsSettings)
 {
-    HWND parent = MakeWindow("Rahmen", WS_OVERLAPPEDWINDOW);
+    HWND parent = MakeWindow("Rahmen", WS_POPUP); // all of which is inside
     ASSERT_EQ(1, VARK_InitReports(0x10CF0000, 0x200, "Auswertung", parent));
     VarkWindow view = nullptr;
     EXPECT_TRUE(ShowOrPrintReport(*Context, ReportSummenSalden, 7, Ausgabe::Bildschirm, parent, view));
@@ -212,12 +212,13 @@ TEST_F(ReportSteps, PrintedReportEndsItsWindow)
 
 TEST_F(ReportSteps, CopiedViewTakesPlaceAndStylesOfTheOld)
 {
-    HWND old = MakeWindow("Ansicht", WS_POPUP | WS_VISIBLE, WS_EX_CLIENTEDGE);
+    // WS_CLIPSIBLINGS is a style that Windows gives to every window without a parent.
+    HWND old = MakeWindow("Ansicht", WS_POPUP | WS_VISIBLE | WS_CLIPSIBLINGS, WS_EX_CLIENTEDGE);
     VarkWindow view = nullptr;
     CopyReportTemplate(ReportKontenblattMit, 7);
     EXPECT_EQ(1, CopyReportView(ReportKontenblattMit, old, 9, 42, view));
     EXPECT_EQ(Engine.CopiedView, view);
-    EXPECT_EQ("copyview 9 view=window 42 30,40 500x300 style=90000000 ex=00000200 0", Engine.Calls.back());
+    EXPECT_EQ("copyview 9 view=window 42 30,40 500x300 style=94000000 ex=00000200 0", Engine.Calls.back());
     EXPECT_FALSE(IsWaiting());
     EXPECT_EQ(Lines{}, Installation.TakeBoxes());
     DestroyWindow(old);
