@@ -60,13 +60,14 @@ function(vark_windows_library target name)
 endfunction()
 
 # A test program of GoogleTest cases: vark_test(values SOURCES … LIBRARIES … [LINUX …] [WRAPS function …] [LABELS …]
-# [TIMEOUT seconds] [FIXTURES …] [BESIDE program]).
+# [TIMEOUT seconds] [FIXTURES …] [BESIDE program] [TOGETHER]).
 # LINUX names sources whose cases need what is not there on Windows: forks, signals, our own report engine and tools.
 # Calls of a function of WRAPS lead to the test's __wrap_function, which finds the function itself as __real_function.
 # Each case is run in a process of its own, since the library's state is final for the life of a process; with BESIDE
-# all of them in one, which that program starts.
+# all of them in one, which that program starts. With TOGETHER, for cases that need no state, they are in one on Windows,
+# where a process takes longer to begin than they take to run.
 function(vark_test name)
-  cmake_parse_arguments(arg "" "TIMEOUT;BESIDE" "SOURCES;LINUX;LIBRARIES;WRAPS;LABELS;FIXTURES" ${ARGN})
+  cmake_parse_arguments(arg "TOGETHER" "TIMEOUT;BESIDE" "SOURCES;LINUX;LIBRARIES;WRAPS;LABELS;FIXTURES" ${ARGN})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -89,6 +90,10 @@ function(vark_test name)
     # GCC 12 sees texts copied beyond their end in optimised std::string + "text"; later ones do not.
     target_compile_options(test_${name} PRIVATE -Wno-array-bounds -Wno-stringop-overflow)
     add_dependencies(windows_suites test_${name})
+  endif()
+  if(WIN32 AND arg_TOGETHER)
+    add_test(NAME ${name} COMMAND test_${name})
+    return()
   endif()
   if(arg_BESIDE)
     add_test(NAME ${name} COMMAND ${arg_BESIDE} $<TARGET_FILE:test_${name}>)
