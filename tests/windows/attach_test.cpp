@@ -81,7 +81,10 @@ struct Attach : OnWindows {
         const size_t between = value.find("    ");
         return between == std::string::npos ? value : value.replace(between, 4, " ");
     }
-    bool HasSettings() const { return !Run("reg", std::string("query ") + settings).empty(); }
+    bool HasSettings() const
+    {
+        return Run("reg", std::string("query ") + settings).find("HKEY_LOCAL_MACHINE") != std::string::npos;
+    }
     // The start without arguments is not waited for by anybody.
     std::string Log(size_t starts) const
     {
