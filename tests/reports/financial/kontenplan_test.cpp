@@ -9,10 +9,12 @@
 #include "tests/support/engine_faults.h"
 #include "tests/support/recording_engine.h"
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 
 using namespace vark;
@@ -348,6 +350,66 @@ TEST_F(Kontenplan, WhicheverReadFailsTheReportIsWholeOrNotThere)
             EXPECT_EQ("Der Kontenplan konnte nicht erstellt werden!", boxes.at(boxes.size() - 1)) << n;
         }
         VARK_SchliesseDB();
+    }
+}
+
+namespace {
+
+// The field of that heading in each row of a CSV file.
+Lines FieldsBelow(const std::string &heading, const std::string &csv)
+{
+    std::istringstream rows(csv);
+    Lines found;
+    size_t column = std::string::npos;
+    for (std::string row; std::getline(rows, row);) {
+        std::istringstream fields(row);
+        Lines values;
+        for (std::string field; std::getline(fields, field, ';');) {
+            values.push_back(field);
+        }
+        if (column == std::string::npos) {
+            column = static_cast<size_t>(std::find(values.begin(), values.end(), heading) - values.begin());
+        } else {
+            found.push_back(column < values.size() ? values[column] : "no " + heading);
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+// The mark says that an account may be deleted; it keeps nobody from posting to it.
+TEST_F(Kontenplan, TheMarkOfAnAccountIsCalledWhatItMeans)
+{
+    for (const char *konto : {"1000", "1200"}) {
+        SakoRecord sako = MakeSako(konto, ZuordnungKeine);
+        sako.Zustand = konto[1] == '0' ? 1 : 0;
+        books.Insert(1, TableSako, sako);
+        PersonalRecord debitor = MakePersonal(konto[1] == '0' ? "10000" : "10010");
+        debitor.Zustand = sako.Zustand;
+        books.Insert(1, TableDebi, debitor);
+    }
+    BindReportEngine();
+    ASSERT_EQ(1, reportEngine.ReportEngineBound);
+    const auto exportView = reinterpret_cast<decltype(&RSExportView)>(
+        FindEntry(reportEngine.ReportEngineLibrary, "RSExportView"));
+    std::filesystem::copy(TEMPLATES, ReportPath);
+    for (const int32_t kind : {1, 4}) {
+        params.KontoArt = kind;
+        VarkWindow view = VARK_Kontenplan(1, nullptr, &params);
+        ASSERT_NE(nullptr, view);
+        const auto made = [&](const char *name) {
+            const std::string path = books.Directory() + '/' + name;
+            EXPECT_EQ(1, exportView(view, path.c_str()));
+            std::ifstream file(path);
+            return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        };
+        const std::string csv = made("k.csv");
+        EXPECT_EQ((Lines{"ja", "nein"}), FieldsBelow("Löschbar", csv)) << csv;
+        for (const std::string &text : {csv, made("k.txt"), made("k.html")}) {
+            EXPECT_EQ(std::string::npos, text.find("esperrt")) << text;
+        }
+        EXPECT_NE(std::string::npos, made("k.txt").find(kind == 1 ? "lösch-" : "Löschbar"));
     }
 }
 
