@@ -3,11 +3,13 @@
 #include "record-manager/include/btrcall.h"
 #include "tests/booking/ledger.h"
 
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -320,4 +322,23 @@ TEST_F(BadInput, ARecordThatAnotherProcessLocksDoesNotHinderAPosting)
     ASSERT_EQ(0, neighbour.status);
     const BuchungEingabe booking = PlainBooking();
     EXPECT_EQ(1, VARK_BuchungEinfuegen(&booking, 1));
+}
+
+// A host may have a clock that strikes all the time, and none of its calls go on by themselves.
+TEST_F(BadInput, SignalsThatArriveDuringPostingsDoNotDisturbThem)
+{
+    struct sigaction handled = {};
+    handled.sa_handler = [](int) {};
+    sigaction(SIGALRM, &handled, nullptr);
+    const itimerval often = {{0, 300}, {0, 300}};
+    const BuchungEingabe booking = PlainBooking();
+    setitimer(ITIMER_REAL, &often, nullptr);
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_EQ(1, VARK_BuchungEinfuegen(&booking, 1)) << i;
+        if (i % 10 == 0) VARK_SchliesseDB();
+    }
+    const itimerval never = {};
+    setitimer(ITIMER_REAL, &never, nullptr);
+    EXPECT_EQ(Lines{}, books.TakeBoxes());
+    EXPECT_EQ(100u, books.Postings().size());
 }

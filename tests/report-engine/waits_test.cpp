@@ -17,6 +17,7 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <thread>
@@ -313,4 +314,34 @@ TEST_F(RealHelpers, PagesOfAViewEndWithTheirHostInTheMiddleOfASearch)
     // Its end takes its time as well.
     EXPECT_LT(end_ns, second_ns + search_ns) << "it has searched to the end";
     prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+// A host may have a clock that strikes all the time, and none of its calls go on by themselves.
+TEST_F(RealHelpers, WorkThoughTheHostsSignalsArriveAllTheTime)
+{
+    struct sigaction handled = {};
+    handled.sa_handler = [](int) {};
+    sigaction(SIGALRM, &handled, nullptr);
+    RSWindow view = MakeView(manyLines / 20);
+    const itimerval often = {{0, 500}, {0, 500}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    for (const char *name : {"a.pdf", "a.csv", "a.json", "a.html", "a.txt"}) {
+        EXPECT_EQ(RSExportView(view, directory.At(name).c_str()), 1) << name;
+    }
+    View *held = HoldView(view);
+    ASSERT_NE(held, nullptr);
+    PageSource source = {-1};
+    PageRequest request = {};
+    request.Wish = PageWish::find;
+    std::snprintf(request.Sought, sizeof request.Sought, "11900");
+    for (int i = 0; i < 20; ++i) {
+        PageAnswer answer;
+        int file = -1;
+        EXPECT_TRUE(AskForPages(source, *held, request, answer, file)) << i;
+    }
+    const itimerval never = {};
+    setitimer(ITIMER_REAL, &never, nullptr);
+    ReleaseView(held);
+    RSCloseReport(report);
+    EXPECT_GT(reports::PageCountOf(directory.At("a.pdf")), 20);
 }
