@@ -19,9 +19,9 @@ bool IsPrintable(const char *bytes)
     return (((eight - each * ' ') | eight | (eight + each)) & (each * 0x80)) == 0;
 }
 
-} // namespace
+bool IsControl(char32_t character) { return character < ' ' || (character >= 0x7F && character < 0xA0); }
 
-size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
+size_t Copy(Report &report, size_t used, const char *bytes, size_t length, bool keepsControls)
 {
     constexpr char replacement[3] = {'\xEF', '\xBF', '\xBD'}; // U+FFFD
     char *out = report.ItemData + used;
@@ -39,7 +39,7 @@ size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
         }
         const char *const from = bytes;
         const char32_t character = text::NextCodePoint(bytes, end);
-        if (character < ' ' || (character >= 0x7F && character < 0xA0)) {
+        if (IsControl(character) && !keepsControls) {
             out[written++] = ' ';
         } else if (character == 0xFFFD) {
             std::memcpy(out + written, replacement, sizeof replacement);
@@ -52,12 +52,30 @@ size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
     return written;
 }
 
-size_t StoreText(Report &report, uint8_t column, const char *bytes, size_t length, size_t used)
+size_t Store(Report &report, uint8_t column, const char *bytes, size_t length, size_t used,
+             bool keepsControls)
 {
-    const size_t written = CopyText(report, used + sizeof(CellHeader), bytes, length);
+    const size_t written = Copy(report, used + sizeof(CellHeader), bytes, length, keepsControls);
     const CellHeader cell = {column, CellKind::text, static_cast<uint16_t>(written)};
     std::memcpy(report.ItemData + used, &cell, sizeof cell);
     return used + sizeof cell + written;
+}
+
+} // namespace
+
+size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
+{
+    return Copy(report, used, bytes, length, false);
+}
+
+size_t StoreText(Report &report, uint8_t column, const char *bytes, size_t length, size_t used)
+{
+    return Store(report, column, bytes, length, used, false);
+}
+
+size_t StoreDataText(Report &report, uint8_t field, const char *bytes, size_t length, size_t used)
+{
+    return Store(report, field, bytes, length, used, true);
 }
 
 size_t StoreNumber(Report &report, uint8_t column, Form form, int64_t value, size_t used)

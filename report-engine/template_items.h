@@ -11,6 +11,8 @@ size_t CopyText(Report &report, size_t used, const char *bytes, size_t length);
 
 // Writes a text, or a number, into the item as the cell of a column; returns the bytes used so far.
 size_t StoreText(Report &report, uint8_t column, const char *bytes, size_t length, size_t used);
+// A text for a row of data, with its control characters: programs take it as it is in the books.
+size_t StoreDataText(Report &report, uint8_t field, const char *bytes, size_t length, size_t used);
 size_t StoreNumber(Report &report, uint8_t column, Form form, int64_t value, size_t used);
 
 // Ends the item: what ItemData holds goes to the spool.

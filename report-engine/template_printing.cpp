@@ -63,7 +63,7 @@ size_t PutDataCell(lua_State *state, Report &report, uint8_t number, size_t used
     if (type == LUA_TSTRING && field.CellForm == Form::text) {
         size_t length = 0;
         const char *bytes = lua_tolstring(state, -1, &length);
-        return StoreText(report, number, bytes, length, used);
+        return StoreDataText(report, number, bytes, length, used);
     }
     lua_Integer value = 0;
     if (type == LUA_TBOOLEAN && field.CellForm == Form::flag) {

@@ -17,8 +17,10 @@ void WriteJsonText(Writer &writer, const char *text, size_t length)
     for (size_t i = 0; i < length; ++i) {
         const char character = text[i];
         if (character == '"' || character == '\\') Write(writer, "\\", 1);
-        if (character == '\n') {
-            Write(writer, "\\n");
+        if (character >= 0 && character < ' ') {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(character));
+            Write(writer, character == '\n' ? "\\n" : escaped);
         } else {
             Write(writer, &character, 1);
         }

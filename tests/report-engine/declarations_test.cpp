@@ -323,7 +323,7 @@ TEST_F(Declarations, RecordsPrintThemselvesWithWhatTheirGroupLends)
                                ";;1200;16,00;ohne Kopf;0,05;1;\r\n"
                                "Buchung;01.03.1998;1200;;\"Büro; \"\"neu\"\"\";100,00;2;\r\n"
                                "Split;;1200;7,00;;0,00;-3;\r\n"
-                               "Split;;1200;0,00;Zeile 2;-2,50;4;\r\n"
+                               "Split;;1200;0,00;Zeile\t2;-2,50;4;\r\n"
                                ";31.12.1997;1200;;x;0,01;5;\r\n"
                                "Ümbuchung;31.12.1997;1200;;x;0,01;6;\r\n")
         << "a number without a word, and a line before every head, have none";

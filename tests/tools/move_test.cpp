@@ -1,4 +1,5 @@
 // books sichern, laden and kopie: out of books and into them again, byte for byte, and whole or not at all.
+#include "include/vark40.h"
 #include "record-manager/include/btrcall.h"
 #include "tests/tools/program.h"
 #include "tools/books/snapshot.h"
@@ -438,6 +439,72 @@ TEST_F(MoveBooks, WhatProgramsTakeAsItComesGoesThroughEveryTool)
     ASSERT_FALSE(json.HasParseError());
     EXPECT_EQ(text, json[0]["Text"].GetString());
     EXPECT_EQ("Nummer;Text\n1;\"so\x1B[31m\tfort;\n\"\"weiter\"\"\"\n", shown("--csv"));
+}
+
+// What a host program hands to the library is in the books as it came, and every tool carries it on.
+TEST_F(MoveBooks, WhatTheExportsTakeComesBackFromEveryTool)
+{
+    setenv("VARK_CONFIG_DIR", Books.c_str(), 1);
+    setenv("VARK_UI", "headless", 1);
+    const std::string name = "Ab\x1B[1m\tc\n\"d\";\x7F";
+    const auto makeAccount = [&](const char *konto, const char *kuerzel, const char *currency) {
+        return VARK_PekoDirekt(1, 2, 0, 1, konto, kuerzel, name.c_str(), "", "", "", currency, "", "", "", "",
+                               "", "", "", 0, 0, "", 0, 0);
+    };
+    EXPECT_EQ(1, makeAccount("70777", "STEUER", "XQX"));
+    EXPECT_EQ(1, makeAccount("", "LEER", ""));
+    EXPECT_EQ(1, makeAccount("ABC", "OHNEZIFF", ""));
+    EXPECT_EQ(1, VARK_BuchungEinfuegenDirekt(0, 1, 16, "15.4.98", "B\t1", name.c_str(), "8010", 1, "1840", 1,
+                                             "1,00", "", ""));
+    VARK_SchliesseDB();
+
+    const Result checked = tests::Books({"pruefen", Books.string()});
+    EXPECT_EQ(0, checked.ExitCode) << checked.Out;
+    EXPECT_TRUE(Has(checked.Out, "der Text enthält ein Steuerzeichen")) << checked.Out;
+    EXPECT_TRUE(Has(checked.Out, "alles stimmt überein, ")) << checked.Out;
+
+    const Result saved = Save();
+    EXPECT_EQ(0, saved.ExitCode) << saved.Err;
+    const Result loaded = tests::Books({"laden", Saved.string(), At("n")});
+    EXPECT_EQ(0, loaded.ExitCode) << loaded.Out << loaded.Err;
+    EXPECT_EQ(0, tests::Books({"sichern", At("n"), At("s2")}).ExitCode);
+    EXPECT_EQ(FilesBelow(Saved), FilesBelow(At("s2")));
+
+    // Names as they stand in a CSV field: the quotation marks doubled.
+    const std::string quoted = "Ab\x1B[1m\tc\n\"\"d\"\";\x7F";
+    const std::vector<std::string> accounts = {"konten", "--mandant", "1", "--art", "Kreditor"};
+    const auto listed = [&](const char *form) {
+        std::vector<std::string> arguments = accounts;
+        arguments.emplace_back(form);
+        return Vark(At("n"), arguments).Out;
+    };
+    EXPECT_TRUE(Has(listed("--csv"), quoted)) << listed("--csv");
+    // The account with the unknown currency, by the name that its row of JSON has for the account's name.
+    const auto nameIn = [](const std::string &text, const char *rows, const char *key) {
+        rapidjson::Document json;
+        json.Parse(text.c_str());
+        EXPECT_FALSE(json.HasParseError()) << text;
+        std::string found;
+        for (const rapidjson::Value &row : (rows[0] != 0 ? json[rows] : json).GetArray()) {
+            if (row["waehrung"] == "XQX") found = row[key].GetString();
+        }
+        return found;
+    };
+    EXPECT_EQ(name, nameIn(listed("--json"), "", "name"));
+
+    const std::string stapel = Vark(At("n"), {"stapel", "--mandant", "1", "16", "--csv"}).Out;
+    EXPECT_TRUE(Has(stapel, quoted)) << stapel;
+    const auto reported = [&](const std::string &form) {
+        const std::string file = At("k.") + form;
+        const Result result = Vark(
+            At("n"), {"bericht", "kontenplan", "--mandant", "1", "--art", "Kreditor", "--" + form, file});
+        EXPECT_EQ(0, result.ExitCode) << result.Err;
+        return ReadFile(file);
+    };
+    const std::string csv = reported("csv");
+    EXPECT_TRUE(Has(csv, "70777;STEUER;\"" + quoted + "\";")) << csv;
+    EXPECT_TRUE(Has(csv, ";XQX;")) << csv;
+    EXPECT_EQ(name, nameIn(reported("json"), "rows", "name1"));
 }
 
 TEST_F(MoveBooks, ATrialChangesNothing)
