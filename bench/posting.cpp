@@ -14,7 +14,7 @@ namespace {
 
 void Post(int32_t mandant)
 {
-    const int32_t result = VARK_BuchungEinfuegenDirekt(mandant, 1, 16, "15.6.98", "B1", "Messung", "1810", 1,
+    const int32_t result = VARK_BuchungEinfuegenDirekt(0, mandant, 16, "15.6.98", "B1", "Messung", "1810", 1,
                                                        "10010", 4, "119,00", "", "");
     Must(result == 1 ? 0 : 1);
 }
