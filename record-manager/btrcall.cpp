@@ -125,6 +125,9 @@ constexpr Operation operations[] = {
     {BtrOpEndGroup, 0, EndOfGroup},
     {BtrOpBeginSnapshot, 0, BeginOfSnapshot},
     {BtrOpEndSnapshot, 0, EndOfSnapshot},
+    {BtrOpInsertStored, NeedsFile | Changes, InsertStored},
+    {BtrOpStepNextStored, NeedsFile, StepStored},
+    {BtrOpStepFirstStored, NeedsFile, StepStored},
 };
 
 const Operation *FindOperation(unsigned code)

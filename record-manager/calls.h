@@ -53,11 +53,13 @@ int16_t CloseHandle(Handle *handle);
 // reads.cpp
 int16_t ReadByKey(const Call &call);
 int16_t ReadByStep(const Call &call);
+int16_t StepStored(const Call &call);
 int16_t ReadDirect(const Call &call);
 int16_t TellPosition(const Call &call);
 
 // changes.cpp
 int16_t InsertRecord(const Call &call);
+int16_t InsertStored(const Call &call);
 int16_t UpdateRecord(const Call &call);
 int16_t DeleteRecord(const Call &call);
 

@@ -1,6 +1,7 @@
 #include "record-manager/index_entries.h"
 #include "record-manager/records.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <initializer_list>
 
@@ -14,13 +15,14 @@ struct NewRecord {
     size_t Size;
     uint8_t *Copy;
     bool Assigned;
+    const uint8_t *Stamps; // null: those of this change
 };
 
 int16_t PrepareRecord(const Call &call, Change *change, NewRecord *record)
 {
     const Definition &definition = change->In->Of->Layout;
     const size_t length = *call.DataLength;
-    *record = {call.Data, definition.Variable ? length : definition.RecordLength, nullptr, false};
+    *record = {call.Data, definition.Variable ? length : definition.RecordLength, nullptr, false, nullptr};
     bool wanted = false;
     for (size_t i = 0; i < definition.KeyCount; ++i) {
         const Key &key = definition.Keys[i];
@@ -76,12 +78,22 @@ uint64_t NextSequence(const ClientFile &file)
     return next < uint64_t{1} << (8 * stampSize) ? next : 0;
 }
 
-int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
+// The running number with which an inserted record joins its group.
+uint64_t RunningOfNew(const Key &key, const NewRecord &record, uint32_t number, uint64_t sequence)
+{
+    const bool kept = record.Stamps != nullptr && key.Duplicates && !key.Repeating;
+    return kept ? GetBigEndian(record.Stamps + RunningOffset(key), stampSize)
+                : RunningOf(key, number, sequence);
+}
+
+int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number, uint64_t *version)
 {
     const Definition &definition = change->In->Of->Layout;
     Counters &now = change->In->Now;
     const uint64_t sequence = NextSequence(*change->In);
     if (number == 0 || sequence == 0) return BtrStatusDiskFull;
+    *version = record.Stamps != nullptr ? GetBigEndian(record.Stamps, stampSize) : sequence;
+    uint64_t highest = record.Stamps != nullptr ? std::max(now.Sequence, *version) : sequence;
 
     // Unique keys go first: until all of them are in, a duplicate can be taken back by removing the ones
     // before.
@@ -89,7 +101,9 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
         for (size_t i = 0; i < definition.KeyCount; ++i) {
             const Key &key = definition.Keys[i];
             if (key.Duplicates != duplicates || IsNull(definition, key, record.Data)) continue;
-            const int16_t status = AddEntry(change, key, record.Data, number, sequence);
+            const uint64_t running = RunningOfNew(key, record, number, sequence);
+            if (key.Duplicates && !key.Repeating) highest = std::max(highest, running);
+            const int16_t status = AddEntry(change, key, record.Data, number, running);
             if (status == BtrStatusOk) continue;
             if (status != BtrStatusDuplicateKey || change->OwnWriter) return status;
             for (size_t done = 0; done < i; ++done) {
@@ -112,23 +126,21 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number)
         change->Damaged = true;
         return status;
     }
-    for (size_t stamp = 0; stamp < StampsSize(definition); stamp += stampSize) {
-        PutBigEndian(place + stamp, sequence, stampSize);
-    }
+    PutBigEndian(place, *version, stampSize);
     for (size_t i = 0; i < definition.KeyCount; ++i) {
         const Key &key = definition.Keys[i];
-        if (key.Repeating) PutBigEndian(place + RunningOffset(key), number, stampSize);
+        if (!key.Duplicates) continue;
+        PutBigEndian(place + RunningOffset(key), RunningOfNew(key, record, number, sequence), stampSize);
     }
     memcpy(place + StampsSize(definition), record.Data, record.Size);
-    now.Sequence = sequence;
+    now.Sequence = highest;
     now.LastRecord = number;
     now.Records++;
     return BtrStatusOk;
 }
 
-} // namespace
-
-int16_t InsertRecord(const Call &call)
+// `stamps`: those of the record in the file that it comes from, or null.
+int16_t Insert(const Call &call, const uint8_t *stamps)
 {
     Handle *handle = call.On;
     const Key *key = nullptr;
@@ -141,15 +153,16 @@ int16_t InsertRecord(const Call &call)
 
     NewRecord record{};
     status = PrepareRecord(call, &change, &record);
+    record.Stamps = stamps;
     ClientFile *file = handle->In;
     const uint32_t number = file->Now.LastRecord + 1;
-    const uint64_t sequence = file->Now.Sequence + 1;
+    uint64_t version = 0;
     const bool locks = call.Lock.Mode != LockMode::None;
     if (status == BtrStatusOk && call.Lock.Mode == LockMode::Multiple)
         status = ReserveLock(&handle->Multiple);
     if (status == BtrStatusOk && locks) status = StatusOfLock(HoldRecordAtOnce(file, number));
     const bool held = status == BtrStatusOk && locks;
-    if (status == BtrStatusOk) status = ApplyInsert(&change, record, number);
+    if (status == BtrStatusOk) status = ApplyInsert(&change, record, number, &version);
     status = EndChange(&change, status, 1u + file->Of->Layout.KeyCount);
     if (status == BtrStatusOk) {
         if (held) (void)NoteLock(handle, call.Lock.Mode, number);
@@ -157,13 +170,30 @@ int16_t InsertRecord(const Call &call)
         handle->State = Physical::Here;
         handle->KeyOnly = false;
         handle->Record = number;
-        handle->Version = sequence;
-        if (key != nullptr) FollowRecord(call, *key, record.Data, RunningOf(*key, number, sequence));
+        handle->Version = version;
+        if (key != nullptr) FollowRecord(call, *key, record.Data, RunningOf(*key, number, version));
     } else if (held) {
         DropRecord(file, number);
     }
     free(record.Copy);
     return status;
+}
+
+} // namespace
+
+int16_t InsertRecord(const Call &call) { return Insert(call, nullptr); }
+
+int16_t InsertStored(const Call &call)
+{
+    const size_t stamps = StampsSize(call.On->In->Of->Layout);
+    if (DataSize(call) < stamps) return BtrStatusDataBufferShort;
+    Call plain = call;
+    auto length = static_cast<uint32_t>(DataSize(call) - stamps);
+    plain.Operation = BtrOpInsert;
+    plain.Data = call.Data + stamps;
+    plain.DataLength = &length;
+    plain.KeyNumber = BtrNoCurrencyChange;
+    return Insert(plain, call.Data);
 }
 
 namespace {

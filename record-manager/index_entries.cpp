@@ -42,13 +42,13 @@ int16_t AddEntry(Change *change, const Key &key, const uint8_t *record, uint32_t
     bool first = true;
     if (status == BtrStatusOk && key.Duplicates && Functions(*change).CountGroups == nullptr) {
         // The running number is the highest of all, so another of the group would lie just before; a record
-        // number need not be.
+        // number need not be, nor one that a record brings with it.
         Bytes before;
         Bytes ignored;
         status = Functions(*change).SeekPrevious(PendingView(*change), cursor, &before, &ignored);
         first = status != BtrStatusOk || !BeginsWith(before, entry, key.Length);
         if (status == BtrStatusEndOfFile) status = BtrStatusOk;
-        if (status == BtrStatusOk && first && key.Repeating) {
+        if (status == BtrStatusOk && first && (key.Repeating || sequence <= change->In->Now.Sequence)) {
             bool after = false;
             status = HasNeighbour(*change, cursor, key, {entry, size}, Side::AtOrAfter, &after);
             first = !after;

@@ -260,7 +260,18 @@ int16_t ReadByKey(const Call &call)
     return status;
 }
 
-int16_t ReadByStep(const Call &call)
+namespace {
+
+// Hands the record over as it is stored.
+int16_t DeliverStored(const Call &call, const Found &found)
+{
+    if (DataSize(call) < found.Stored.Size) return BtrStatusDataBufferShort;
+    memcpy(call.Data, found.Stored.Data, found.Stored.Size);
+    *call.DataLength = static_cast<uint32_t>(found.Stored.Size);
+    return BtrStatusOk;
+}
+
+int16_t Step(const Call &call, int16_t (*deliver)(const Call &call, const Found &found))
 {
     Handle *handle = call.On;
     const LockRequest &request = RequestOf(call);
@@ -294,9 +305,20 @@ int16_t ReadByStep(const Call &call)
     SetPhysical(call, found);
     if (call.Operation == BtrOpStepFirst || call.Operation == BtrOpStepLast)
         handle->LogicalKey = noLogicalKey;
-    status = Deliver(call, found);
+    status = deliver(call, found);
     EndView(handle->In->Home);
     return status;
+}
+
+} // namespace
+
+int16_t ReadByStep(const Call &call) { return Step(call, Deliver); }
+
+int16_t StepStored(const Call &call)
+{
+    Call plain = call;
+    plain.Operation = call.Operation == BtrOpStepFirstStored ? BtrOpStepFirst : BtrOpStepNext;
+    return Step(plain, DeliverStored);
 }
 
 int16_t TellPosition(const Call &call)

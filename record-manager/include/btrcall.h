@@ -100,6 +100,12 @@ enum BtrOperation {
     // replace meanwhile, so this is to last no longer than the question that is answered.
     BtrOpBeginSnapshot = 3019,
     BtrOpEndSnapshot = 3020,
+    // For copies of a file that keep the order of its duplicates: a step that gives the record as it is
+    // stored, behind six bytes for its last change and six for each key with duplicates, which tell its place
+    // among them; and an insert that takes both and keeps that place. It moves no logical position.
+    BtrOpInsertStored = 4002,
+    BtrOpStepNextStored = 4024,
+    BtrOpStepFirstStored = 4033,
     BtrBiasKeyOnly = 50,       // on the keyed reads: the key alone, no record
     BtrBiasWaitLock = 100,     // lock one record, waiting for it
     BtrBiasLock = 200,         // lock one record or fail at once

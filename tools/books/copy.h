@@ -23,8 +23,8 @@ struct CopySummary {
 
 // Every directory is copied as it stands at one moment, and every change of books lies in one directory; so
 // the copy is consistent. Between a directory and a server records are copied one by one, in the order of
-// their numbers. The copy comes with ini files of its own and the templates beside the source, and is whole
-// or absent. Throws with a German text.
+// their numbers, and duplicates of a key keep their order. The copy comes with ini files of its own and the
+// templates beside the source, and is whole or absent. Throws with a German text.
 CopySummary CopyBooks(const CopyOptions &options, const Progress &progress);
 
 } // namespace books

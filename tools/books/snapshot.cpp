@@ -6,6 +6,7 @@
 #include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -100,8 +101,29 @@ std::optional<int> WaitWhileItGrows(pid_t child, int file)
 
 namespace {
 
-// Record by record, all tables as they stand at one moment. Duplicates of a key come in the order of their
-// records' numbers.
+// Whether records lie in a table as its layout tells, with what orders their duplicates.
+bool IsAsLaidOut(TableFile &table)
+{
+    const TableDefinition definition = table.Definition();
+    return definition.RecordLength == table.Layout.RecordLength &&
+           std::equal(definition.Keys.begin(), definition.Keys.end(), table.Layout.Keys.begin(),
+                      table.Layout.Keys.end(), [](const KeyLayout &there, const KeyLayout &wanted) {
+                          return there.Duplicates == wanted.Duplicates;
+                      });
+}
+
+template <typename Insert>
+void ForEachRecord(TableFile &source, size_t length, bool (TableFile::*first)(void *),
+                   bool (TableFile::*next)(void *), Insert insert)
+{
+    std::vector<char> record(length);
+    for (bool found = (source.*first)(record.data()); found; found = (source.*next)(record.data())) {
+        ThrowIfInterrupted();
+        insert(record.data());
+    }
+}
+
+// Record by record, all tables as they stand at one moment. Duplicates of a key keep their order.
 void CopyRecords(const fs::path &from, const fs::path &to)
 {
     EngineClient reader;
@@ -117,10 +139,12 @@ void CopyRecords(const fs::path &from, const fs::path &to)
         }
         CreateTable(layout, to);
         TableFile target(layout, to, OpenMode::Accelerated);
-        std::vector<char> record(layout.RecordLength);
-        for (bool found = source->StepFirst(record.data()); found; found = source->StepNext(record.data())) {
-            ThrowIfInterrupted();
-            target.Insert(record.data());
+        if (IsAsLaidOut(*source)) {
+            ForEachRecord(*source, source->StoredLength(), &TableFile::StepFirstStored,
+                          &TableFile::StepNextStored, [&](char *stored) { target.InsertStored(stored); });
+        } else {
+            ForEachRecord(*source, layout.RecordLength, &TableFile::StepFirst, &TableFile::StepNext,
+                          [&](char *record) { target.Insert(record); });
         }
         target.Close();
         copied = true;

@@ -2,6 +2,7 @@
 
 #include "record-manager/include/btrcall.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -163,10 +164,15 @@ int TableFile::Call(uint16_t operation, void *record, int key)
 
 bool TableFile::Read(const char *name, uint16_t operation, void *record, int key)
 {
-    uint32_t length = Layout.RecordLength;
+    return Read(name, operation, record, Layout.RecordLength, key);
+}
+
+bool TableFile::Read(const char *name, uint16_t operation, void *record, size_t size, int key)
+{
+    auto length = static_cast<uint32_t>(size);
     int status = Engine(caller, operation, positionBlock, record, &length, keyBuffer, key);
     // The buffer would hold what was in it before.
-    if (status == 0 && length < Layout.RecordLength) status = BtrStatusForeignFile;
+    if (status == 0 && length < size) status = BtrStatusForeignFile;
     if (status == 0) return true;
     if (status == BtrStatusKeyNotFound || status == BtrStatusEndOfFile) return false;
     throw EngineError(name, status, Path);
@@ -212,6 +218,31 @@ bool TableFile::Next(void *record, int key) { return Read("Lesen", BtrOpGetNext,
 bool TableFile::StepFirst(void *record) { return Read("Lesen", BtrOpStepFirst, record, 0); }
 
 bool TableFile::StepNext(void *record) { return Read("Lesen", BtrOpStepNext, record, 0); }
+
+size_t TableFile::StoredLength() const
+{
+    const auto duplicates = std::count_if(Layout.Keys.begin(), Layout.Keys.end(),
+                                          [](const KeyLayout &key) { return key.Duplicates; });
+    return Layout.RecordLength + 6 * (1 + static_cast<size_t>(duplicates));
+}
+
+bool TableFile::StepFirstStored(void *stored)
+{
+    return Read("Lesen", BtrOpStepFirstStored, stored, StoredLength(), 0);
+}
+
+bool TableFile::StepNextStored(void *stored)
+{
+    return Read("Lesen", BtrOpStepNextStored, stored, StoredLength(), 0);
+}
+
+void TableFile::InsertStored(const void *stored)
+{
+    auto length = static_cast<uint32_t>(StoredLength());
+    const int status = Engine(caller, BtrOpInsertStored, positionBlock, const_cast<void *>(stored), &length,
+                              keyBuffer, BtrNoCurrencyChange);
+    if (status != 0) throw EngineError("Einfügen", status, Path);
+}
 
 bool TableFile::Equal(void *record, const void *value, int key)
 {

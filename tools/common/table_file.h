@@ -77,6 +77,11 @@ struct TableFile {
     bool Next(void *record, int key);
     bool StepFirst(void *record);
     bool StepNext(void *record);
+    // For copies: records with what tells their places among duplicates, and one put in as it was there.
+    size_t StoredLength() const;
+    bool StepFirstStored(void *stored);
+    bool StepNextStored(void *stored);
+    void InsertStored(const void *stored);
     // `value` holds the key's bytes, as many as the key is long.
     bool Equal(void *record, const void *value, int key);
     bool GreaterEqual(void *record, const void *value, int key);
@@ -94,6 +99,7 @@ struct TableFile {
 private:
     int Call(uint16_t operation, void *record, int key);
     bool Read(const char *name, uint16_t operation, void *record, int key);
+    bool Read(const char *name, uint16_t operation, void *record, size_t size, int key);
     void SetKey(const void *value, int key);
 
     BtrClient *caller;
