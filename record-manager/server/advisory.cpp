@@ -69,24 +69,27 @@ LockResult TryHoldOnce(Connection *connection, AdvisoryKind kind, uint32_t file,
 {
     const Statement statement = alone ? Statement::LockAlone : Statement::LockShared;
     (void)SendLock(connection, statement, KeyOf(connection, kind, file, 0), 0, Answer::Kept);
-    if (kind == AdvisoryKind::Open) {
-        // Nobody replaces the file from now on.
+    // Who opens reads next, and needs to know by then which files have changed.
+    const bool readsNext = kind == AdvisoryKind::Open && serverLimits->ReadAhead_ms > 0 &&
+                           !connection->InTransaction && !AreFresh(connection);
+    // Nobody replaces the file from now on, whose number never becomes another's.
+    const PGresult *found = connection->FoundFile;
+    const bool known = readsNext && PQntuples(found) == 1 && NumberAt(found, 0, 0) == file;
+    if (kind == AdvisoryKind::Open && !known) {
         Parameters wanted{};
         AddNumber(&wanted, file);
         (void)Send(connection, Statement::ReadFile, wanted, Answer::Kept);
     }
-    // Who opens reads next, and needs to know by then which files have changed.
-    const bool readsNext = kind == AdvisoryKind::Open && serverLimits->ReadAhead_ms > 0 &&
-                           !connection->InTransaction && !AreFresh(connection);
     if (readsNext) SendStates(connection);
     if (ExchangeHere(connection, 0) != BtrStatusOk) return LockResult::Failed;
     if (FirstNumber(connection) != 0) return LockResult::RecordBusy;
-    if (kind == AdvisoryKind::Open) {
+    if (kind == AdvisoryKind::Open && !known) {
         PQclear(connection->FoundFile);
         connection->FoundFile = TakeKept(connection, 1);
-        connection->FoundFileHeld = true;
     }
-    if (readsNext) TakeStates(connection, TakeKept(connection, 2));
+    if (readsNext) TakeStates(connection, TakeKept(connection, known ? 1 : 2));
+    if (kind == AdvisoryKind::Open)
+        connection->FoundFileHeld = !known || FindState(connection, file) != nullptr;
     return LockResult::Granted;
 }
 
@@ -127,10 +130,10 @@ int16_t RestoreOpens(Connection *connection)
     return result == LockResult::Granted ? BtrStatusOk : BtrStatusIoError;
 }
 
-int16_t SendExclusiveMark(Connection *connection)
+int16_t SendGateLock(Connection *connection, bool waits, bool exclusive)
 {
-    return SendLock(connection, Statement::MarkExclusive, KeyOf(connection, AdvisoryKind::Exclusive, 0, 0), 0,
-                    Answer::Needed);
+    const int64_t mark = exclusive ? KeyOf(connection, AdvisoryKind::Exclusive, 0, 0) : 0;
+    return SendLock(connection, waits ? Statement::EnterGate : Statement::TryGate, mark, 0, Answer::Kept);
 }
 
 bool IsHolderExclusive(Connection *connection)

@@ -98,6 +98,7 @@ void EndConnection(Connection *connection)
         free(open);
     }
     free(connection->Queue);
+    free(connection->States);
     free(connection->Locked);
     free(connection->Whole);
     free(connection);

@@ -67,7 +67,6 @@ enum class Statement : uint8_t {
     ReadHead,
     SetTimeout,
     SetAsynchronous,
-    EnterGate,
     ReadStates,
     ReadFile,
     ReadFileByName,
@@ -84,6 +83,7 @@ enum class Statement : uint8_t {
     RecordsBefore,
     OneEntry,
     OneRecord,
+    AddEntry,
     AddUnique,
     AddToGroup,
     RemoveUnique,
@@ -117,7 +117,8 @@ enum class Statement : uint8_t {
     LockAlone,
     UnlockShared,
     UnlockAlone,
-    MarkExclusive,
+    EnterGate,
+    TryGate,
     IsMarkedExclusive,
     UnlockAll,
     Count
@@ -148,7 +149,8 @@ Bytes BytesAt(const PGresult *rows, int row, int column);
 
 // ---- what a connection is ----
 
-enum class Answer : uint8_t { Ignored, Needed, Kept };
+// Coming: rows that nobody waits for yet, of Connection's Coming.
+enum class Answer : uint8_t { Ignored, Needed, Kept, Coming };
 
 // Something sent whose answer is still to come.
 struct Awaited {
@@ -170,15 +172,16 @@ struct Run {
     uint32_t Tree;
     bool Forward;
     bool Bounded;
-    bool Whole; // it goes to the end of its direction
-    int Count;
+    bool Whole;     // it goes to the end of its direction
+    int Count;      // of one that is asked for, as many as may come
     PGresult *Rows; // key, record, stored record
     uint64_t Used;
     size_t BoundSize;
     uint8_t Bound[maxBound];
 };
 
-// The last entry of an index as the files' states tell of it, with what this client has added since.
+// What is known of an index as the files' states tell of it, with what this client has added since: its last
+// entry, or of a key with duplicates the beginning of a group that has entries.
 struct HighestKey {
     uint32_t File; // 0: free
     uint32_t Tree;
@@ -189,13 +192,15 @@ struct HighestKey {
 };
 inline constexpr size_t mostHighest = 64;
 
-// The counters of a file as this client has committed them since the states were read.
-struct OwnState {
+// The counters of a file as they were read, or as this client has written them since.
+struct FileState {
     uint32_t File;
+    int64_t LastRecord;
     int64_t Records;
-    int64_t Sequence;
+    int64_t Sequence; // -1: not known, since what was written was undone
+    size_t CountsSize;
+    uint8_t Counts[BtrMaxKeys * sizeof(uint32_t)];
 };
-inline constexpr size_t mostOwnStates = 64;
 
 struct HeldOpen {
     HeldOpen *Next;
@@ -251,14 +256,18 @@ struct Connection {
     Writer *Writing;
 
     // What was read.
-    PGresult *States; // of all files: number, last record, records, sequence
-    OwnState Own[mostOwnStates];
-    size_t OwnCount;
+    bool HasStates;
+    FileState *States; // of all files, in the order of their numbers
+    size_t StateCount;
+    size_t StateRoom;
+    bool AskedForChange; // the states that are on their way come only if one is not as it is known
     int64_t Checked_us;
     int64_t Asked_us; // when the states that are on their way were asked for
     Run Runs[mostRuns];
     uint64_t LastRun;
     uint64_t Clock;
+    bool IsComing;       // a run that is fetched while the one before it is served
+    Run Coming;          // that run, without rows; file 0: it is not wanted any more
     PGresult *FoundFile; // number, name, definition
     bool FoundFileHeld;  // read after its open lock was granted
     bool Doubts;         // a file was not the one that was known
@@ -296,6 +305,7 @@ struct Batch {
     ElementArray Texts;
 };
 inline constexpr size_t mostBatches = 64;
+inline constexpr size_t mostTouched = 64;
 
 struct Writer {
     View Seen;
@@ -308,10 +318,9 @@ struct Writer {
     uint8_t *Place;
     size_t PlaceSize;
     size_t PlaceRoom;
-    uint32_t Touched[mostOwnStates]; // files; more are all
+    uint32_t Touched[mostTouched]; // files; more are all
     size_t TouchedCount;
-    OwnState Written[mostOwnStates];
-    size_t WrittenCount;
+    bool WritesCounters;
     Batch *Batches; // null but while loading
     unsigned BatchesSent;
 };
@@ -338,11 +347,13 @@ struct Entry {
 
 // Looks for the entry in what was read. False: it has to be asked for. `*found` without a run: there is none.
 bool FindInRuns(Connection *connection, uint32_t file, uint32_t tree, Bytes bound, Side side, Entry *found);
-// The row of a file in the states, -1 when it is not there.
-int FindState(const PGresult *states, uint32_t file);
+// The state of a file; null when it is not known.
+FileState *FindState(Connection *connection, uint32_t file);
+// A row of number, last record, records, sequence and counts.
+void StateOfRow(const PGresult *rows, int row, FileState *state);
 // Whether what was read may be served.
 bool AreFresh(const Connection *connection);
-// Takes new states of the files; rows of files that have changed are forgotten.
+// Takes the answer to SendStates; rows of files that have changed are forgotten.
 void TakeStates(Connection *connection, PGresult *states);
 HighestKey *FindHighest(Connection *connection, uint32_t file, uint32_t tree);
 void SetHighest(Connection *connection, uint32_t file, uint32_t tree, Bytes key, uint32_t record);
@@ -350,9 +361,11 @@ void SetHighest(Connection *connection, uint32_t file, uint32_t tree, Bytes key,
 void ForgetRuns(Connection *connection, uint32_t file);
 void ForgetHighest(Connection *connection, uint32_t file);
 void ForgetAllRuns(Connection *connection);
-// A free run, or the one that was not used for the longest time.
-Run *NewRun(Connection *connection);
-const Run *FindRun(const Connection *connection, uint64_t id);
+// Keeps rows, in place of the run that was not used for the longest time; `asked` tells what they are.
+const Run *KeepRun(Connection *connection, const Run &asked, PGresult *rows);
+// Takes the rows of the run that was coming; null: it did not come.
+void TakeComing(Connection *connection, PGresult *rows);
+const Run *FindRun(Connection *connection, uint64_t id);
 
 // ---- pipeline.cpp ----
 
@@ -363,13 +376,17 @@ int16_t Send(Connection *connection, Statement statement, const Parameters &para
 int16_t Exchange(Connection *connection, unsigned wait_ms);
 // Sends all of it without waiting.
 void Post(Connection *connection);
+// Asks for a run that nobody waits for yet. One that is still coming stays the only one.
+void SendComing(Connection *connection, Statement statement, const Parameters &parameters, const Run &asked);
+// Waits for the run that is coming, which is kept then. 0, or 2 when the connection was lost.
+int16_t AwaitComing(Connection *connection);
 // Puts a release behind what is on its way, whatever becomes of that.
 void SendRelease(Connection *connection, Statement statement, const Parameters &parameters);
 // Waits until what was released is free for others.
 void Repay(Connection *connection);
 // Takes over a kept result.
 PGresult *TakeKept(Connection *connection, size_t index);
-// Asks which files have changed; the answer is kept, for TakeStates.
+// Asks which files have changed; the answer is kept, for TakeStates. It is empty when none has.
 void SendStates(Connection *connection);
 
 // The connection is no good any more: says so, and forgets what hung on it. Returns what failed first, or 2.
@@ -403,8 +420,8 @@ LockResult TryHold(Connection *connection, AdvisoryKind kind, uint32_t file, boo
 void ReleaseHeld(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone);
 // After connecting anew: takes what the client still has open. 0 or 2.
 int16_t RestoreOpens(Connection *connection);
-// Tells others that the gate's holder is in an exclusive transaction, and whether it is.
-int16_t SendExclusiveMark(Connection *connection);
+// Asks for the gate, whose `exclusive` holder is seen by others as such. Who does not wait is refused at once.
+int16_t SendGateLock(Connection *connection, bool waits, bool exclusive);
 bool IsHolderExclusive(Connection *connection);
 // Gives back every file that is locked whole, if what goes before it succeeds.
 void SendUnlockFiles(Connection *connection);

@@ -196,20 +196,17 @@ int16_t ReadLastFile(View *view, uint32_t *number)
 
 namespace {
 
-int16_t TakeCounters(const PGresult *rows, int row, const File &file, Counters *counters)
+int16_t CountersOf(const FileState &state, const File &file, Counters *counters)
 {
-    const int64_t last = NumberAt(rows, row, 1);
-    const int64_t records = NumberAt(rows, row, 2);
-    const int64_t sequence = NumberAt(rows, row, 3);
-    if (last < 0 || last > UINT32_MAX || records < 0 || records > last || sequence < 0)
+    const int64_t last = state.LastRecord;
+    if (last < 0 || last > UINT32_MAX || state.Records < 0 || state.Records > last || state.Sequence < 0)
         return BtrStatusForeignFile;
     counters->LastRecord = static_cast<uint32_t>(last);
-    counters->Records = static_cast<uint32_t>(records);
-    counters->Sequence = static_cast<uint64_t>(sequence);
-    const Bytes counts = BytesAt(rows, row, 4);
-    if (counts.Size != file.Layout.KeyCount * sizeof(uint32_t)) return BtrStatusForeignFile;
+    counters->Records = static_cast<uint32_t>(state.Records);
+    counters->Sequence = static_cast<uint64_t>(state.Sequence);
+    if (state.CountsSize != file.Layout.KeyCount * sizeof(uint32_t)) return BtrStatusForeignFile;
     for (size_t i = 0; i < file.Layout.KeyCount; ++i) {
-        const uint8_t *at = counts.Data + i * sizeof(uint32_t);
+        const uint8_t *at = state.Counts + i * sizeof(uint32_t);
         counters->UniqueValues[i] =
             uint32_t{at[0]} << 24 | uint32_t{at[1]} << 16 | uint32_t{at[2]} << 8 | uint32_t{at[3]};
     }
@@ -221,10 +218,8 @@ int16_t TakeCounters(const PGresult *rows, int row, const File &file, Counters *
 int16_t ReadCounters(View *view, const File &file, Counters *counters)
 {
     Connection *connection = view->By;
-    if (view->Writing && connection->States != nullptr) {
-        const int row = FindState(connection->States, file.Number);
-        if (row >= 0) return TakeCounters(connection->States, row, file, counters);
-    }
+    const FileState *known = view->Writing ? FindState(connection, file.Number) : nullptr;
+    if (known != nullptr) return CountersOf(*known, file, counters);
     const int16_t status = AskIn(view, [&] {
         Parameters wanted{};
         AddNumber(&wanted, file.Number);
@@ -233,7 +228,9 @@ int16_t ReadCounters(View *view, const File &file, Counters *counters)
     if (status != BtrStatusOk) return status;
     const PGresult *rows = connection->Kept[0];
     if (rows == nullptr || PQntuples(rows) != 1) return BtrStatusForeignFile;
-    return TakeCounters(rows, 0, file, counters);
+    FileState state;
+    StateOfRow(rows, 0, &state);
+    return CountersOf(state, file, counters);
 }
 
 int16_t CountGroups(View *view, const File &file, Counters *counters)
@@ -273,9 +270,14 @@ int16_t WriteCounters(Writer *writer, const File &file, const Counters &counters
     AddNumber(&values, counters.Records);
     AddNumber(&values, static_cast<int64_t>(counters.Sequence));
     AddBytes(&values, counts, file.Layout.KeyCount * sizeof(uint32_t));
-    if (writer->WrittenCount < mostOwnStates) {
-        writer->Written[writer->WrittenCount++] = {file.Number, counters.Records,
-                                                   static_cast<int64_t>(counters.Sequence)};
+    writer->WritesCounters = true;
+    FileState *state = FindState(writer->Seen.By, file.Number);
+    if (state != nullptr) {
+        state->LastRecord = counters.LastRecord;
+        state->Records = counters.Records;
+        state->Sequence = static_cast<int64_t>(counters.Sequence);
+        state->CountsSize = file.Layout.KeyCount * sizeof(uint32_t);
+        memcpy(state->Counts, counts, state->CountsSize);
     }
     return Send(writer->Seen.By, Statement::WriteCounters, values, Answer::Needed);
 }

@@ -20,10 +20,20 @@ constexpr size_t fewOnTheWay = 100;
 
 bool IsState(const char *state, const char *wanted) { return strncmp(state, wanted, strlen(wanted)) == 0; }
 
-// What a failure of the server means to a caller, from its SQLSTATE.
-int16_t StatusOfState(const char *state)
+// Besides its own code for a full disk there are a file that may not grow, by a limit or a quota, which the
+// server has no code for, and a table that has reached its largest size.
+bool IsFull(const PGresult *result, const char *state)
 {
-    if (IsState(state, "53100") || IsState(state, "54")) return BtrStatusDiskFull;
+    const char *where = PQresultErrorField(result, PG_DIAG_SOURCE_FUNCTION);
+    const bool extends =
+        where != nullptr && (strcmp(where, "mdextend") == 0 || strcmp(where, "mdzeroextend") == 0);
+    return IsState(state, "53100") || IsState(state, "54000") || (IsState(state, "XX000") && extends);
+}
+
+// What a failure of the server means to a caller, from its SQLSTATE.
+int16_t StatusOfFailure(const PGresult *result, const char *state)
+{
+    if (IsFull(result, state)) return BtrStatusDiskFull;
     if (IsState(state, "53")) return BtrStatusHandleTableFull;
     if (IsState(state, "42501") || IsState(state, "25006") || IsState(state, "28"))
         return BtrStatusPermission;
@@ -82,9 +92,9 @@ bool Handle(Connection *connection, PGresult *result, const Awaited &awaited)
     if (kind == PGRES_FATAL_ERROR) {
         const char *state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
         const int16_t status =
-            state != nullptr ? StatusOfState(state) : static_cast<int16_t>(BtrStatusIoError);
+            state != nullptr ? StatusOfFailure(result, state) : static_cast<int16_t>(BtrStatusIoError);
         lives = state != nullptr && !EndsConnection(state);
-        if (awaited.How != Answer::Ignored) {
+        if (awaited.How != Answer::Ignored && awaited.How != Answer::Coming) {
             const char *message = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
             if (!IsExpected(status))
                 ReportFailure(connection, message != nullptr ? message : "Fehler", status);
@@ -97,6 +107,10 @@ bool Handle(Connection *connection, PGresult *result, const Awaited &awaited)
     if (awaited.What == Awaited::Kind::Statement && awaited.How == Answer::Kept &&
         connection->KeptCount < mostKept) {
         connection->Kept[connection->KeptCount++] = failed ? nullptr : result;
+        if (!failed) return lives;
+    }
+    if (awaited.How == Answer::Coming) {
+        TakeComing(connection, failed ? nullptr : result);
         if (!failed) return lives;
     }
     PQclear(result);
@@ -161,18 +175,49 @@ void ClearKept(Connection *connection)
 
 constexpr size_t longestStatement = 2048;
 
-int16_t SendPrepare(Connection *connection, Statement statement)
+void NameOf(Statement statement, char (&name)[16])
+{
+    snprintf(name, sizeof name, "w%u", static_cast<unsigned>(statement));
+}
+
+int16_t PutPrepare(Connection *connection, Statement statement, Answer how)
 {
     char text[longestStatement];
     char name[16];
-    snprintf(name, sizeof name, "w%u", static_cast<unsigned>(statement));
+    NameOf(statement, name);
     if (!WriteStatement(TextOf(statement), connection->Of->Own->QuotedSchema, text, sizeof text))
         return BtrStatusIoError;
-    if (!Append(connection, {Awaited::Kind::Prepare, statement, Answer::Needed}))
-        return BtrStatusHandleTableFull;
-    if (PQsendPrepare(connection->Real, name, text, 0, nullptr) != 1) return Lose(connection);
+    if (!Append(connection, {Awaited::Kind::Prepare, statement, how})) return BtrStatusHandleTableFull;
+    if (PQsendPrepare(connection->Real, name, text, 0, nullptr) != 1) {
+        connection->QueueCount--;
+        return BtrStatusIoError;
+    }
     connection->Prepared[static_cast<size_t>(statement)] = true;
     return BtrStatusOk;
+}
+
+// Puts a statement behind those on their way. 0; 87; 2, and the connection is no good any more.
+int16_t Put(Connection *connection, Statement statement, const Parameters &parameters, Answer how)
+{
+    int16_t status = BtrStatusOk;
+    if (!connection->Prepared[static_cast<size_t>(statement)])
+        status = PutPrepare(connection, statement, how == Answer::Coming ? Answer::Ignored : Answer::Needed);
+    if (status != BtrStatusOk) return status;
+    if (!Append(connection, {Awaited::Kind::Statement, statement, how})) return BtrStatusHandleTableFull;
+    char name[16];
+    NameOf(statement, name);
+    const char *values[mostParameters];
+    int formats[mostParameters];
+    for (int i = 0; i < parameters.Count; ++i) {
+        const auto *number = reinterpret_cast<const char *>(parameters.Numbers[i]);
+        values[i] = parameters.Data[i] != nullptr ? parameters.Data[i] : number;
+        formats[i] = 1;
+    }
+    if (PQsendQueryPrepared(connection->Real, name, parameters.Count, values, parameters.Sizes, formats, 1) ==
+        1)
+        return BtrStatusOk;
+    connection->QueueCount--;
+    return BtrStatusIoError;
 }
 
 } // namespace
@@ -190,6 +235,7 @@ void Drop(Connection *connection)
     connection->Real = nullptr;
     ClearKept(connection);
     connection->QueueCount = 0;
+    connection->IsComing = false;
     connection->Owes = false;
     connection->Leaks = false;
     connection->Unsynced = false;
@@ -235,25 +281,8 @@ int16_t Send(Connection *connection, Statement statement, const Parameters &para
             return status;
         }
     }
-    int16_t status = BtrStatusOk;
-    if (!connection->Prepared[static_cast<size_t>(statement)]) status = SendPrepare(connection, statement);
-    if (status == BtrStatusOk && !Append(connection, {Awaited::Kind::Statement, statement, how}))
-        status = BtrStatusHandleTableFull;
-    if (status == BtrStatusOk) {
-        char name[16];
-        snprintf(name, sizeof name, "w%u", static_cast<unsigned>(statement));
-        const char *values[mostParameters];
-        int formats[mostParameters];
-        for (int i = 0; i < parameters.Count; ++i) {
-            const auto *number = reinterpret_cast<const char *>(parameters.Numbers[i]);
-            values[i] = parameters.Data[i] != nullptr ? parameters.Data[i] : number;
-            formats[i] = 1;
-        }
-        if (PQsendQueryPrepared(connection->Real, name, parameters.Count, values, parameters.Sizes, formats,
-                                1) != 1) {
-            status = Lose(connection);
-        }
-    }
+    int16_t status = Put(connection, statement, parameters, how);
+    if (status == BtrStatusIoError) status = Lose(connection);
     connection->Unsynced = true;
     Note(connection, status);
     return status;
@@ -292,6 +321,33 @@ void Post(Connection *connection)
     }
 }
 
+// That this fails is found by whoever asks next: what was read before is still in use.
+void SendComing(Connection *connection, Statement statement, const Parameters &parameters, const Run &asked)
+{
+    // Should the statement fail, it fails alone.
+    if (connection->Real == nullptr || connection->IsComing || connection->Unsynced) return;
+    if (Put(connection, statement, parameters, Answer::Coming) != BtrStatusOk) return;
+    connection->IsComing = true;
+    connection->Coming = asked;
+    connection->Unsynced = !Append(connection, {Awaited::Kind::Sync, Statement::Begin, Answer::Ignored});
+    if (connection->Unsynced) return;
+    if (PQpipelineSync(connection->Real) != 1) {
+        connection->QueueCount--;
+        connection->Unsynced = true;
+    }
+    (void)PQflush(connection->Real);
+}
+
+int16_t AwaitComing(Connection *connection)
+{
+    if (!connection->IsComing) return BtrStatusOk;
+    if (connection->Unsynced) Post(connection);
+    if (connection->Real == nullptr) return BtrStatusIoError;
+    ++roundTrips;
+    const int64_t deadline_us = Now_us() + int64_t{serverLimits->ServerAnswer_ms} * 1000;
+    return ReadAnswers(connection, 0, deadline_us) ? static_cast<int16_t>(BtrStatusOk) : Lose(connection);
+}
+
 void SendRelease(Connection *connection, Statement statement, const Parameters &parameters)
 {
     if (connection->Real == nullptr) return;
@@ -326,7 +382,20 @@ PGresult *TakeKept(Connection *connection, size_t index)
 void SendStates(Connection *connection)
 {
     connection->Asked_us = Now_us();
-    (void)Send(connection, Statement::ReadStates, Parameters{}, Answer::Kept);
+    int64_t highest = -1;
+    uint64_t sequences = 0;
+    uint64_t records = 0;
+    for (size_t i = 0; i < connection->StateCount; ++i) {
+        highest = connection->States[i].File;
+        sequences += static_cast<uint64_t>(connection->States[i].Sequence);
+        records += static_cast<uint64_t>(connection->States[i].Records);
+    }
+    connection->AskedForChange = connection->HasStates;
+    Parameters known{};
+    AddNumber(&known, connection->HasStates ? highest : -1);
+    AddNumber(&known, static_cast<int64_t>(sequences));
+    AddNumber(&known, static_cast<int64_t>(records));
+    (void)Send(connection, Statement::ReadStates, known, Answer::Kept);
 }
 
 uint64_t CountRoundTrips() { return roundTrips; }

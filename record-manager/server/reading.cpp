@@ -12,7 +12,10 @@ namespace {
 
 constexpr int firstAhead = 8;
 constexpr int mostAhead = 4096;
-constexpr size_t mostAheadBytes = 2u << 20;
+// So much has room in the socket: whoever reads no further leaves no statement behind that waits for it.
+constexpr size_t mostAheadBytes = 128u << 10;
+// Who has come so far along a tree is expected to go on.
+constexpr int longAhead = 128;
 
 // Keys of records are numbers to those above; here they are bytes in order like all others.
 struct Bound {
@@ -65,19 +68,23 @@ Bound Behind(size_t tree, const uint8_t *key, size_t size)
     return bound;
 }
 
-// Asks for rows from the bound on, in the direction of the side.
-void SendSearch(Connection *connection, const File &file, size_t tree, const Bound &bound, Side side,
-                int rows)
+// What is asked for from a bound on, in the direction of the side.
+struct Question {
+    Statement Which;
+    Parameters Wanted;
+};
+
+Question Ask(const File &file, size_t tree, const Bound &bound, Side side, int rows)
 {
     const bool records = tree == recordTree;
-    Statement statement = Statement::FirstEntries;
+    Question question{};
     switch (side) {
-    case Side::First: statement = records ? Statement::FirstRecords : Statement::FirstEntries; break;
-    case Side::Last: statement = records ? Statement::LastRecords : Statement::LastEntries; break;
-    case Side::AtOrAfter: statement = records ? Statement::RecordsFrom : Statement::EntriesFrom; break;
-    case Side::Before: statement = records ? Statement::RecordsBefore : Statement::EntriesBefore; break;
+    case Side::First: question.Which = records ? Statement::FirstRecords : Statement::FirstEntries; break;
+    case Side::Last: question.Which = records ? Statement::LastRecords : Statement::LastEntries; break;
+    case Side::AtOrAfter: question.Which = records ? Statement::RecordsFrom : Statement::EntriesFrom; break;
+    case Side::Before: question.Which = records ? Statement::RecordsBefore : Statement::EntriesBefore; break;
     }
-    Parameters wanted{};
+    Parameters &wanted = question.Wanted;
     AddNumber(&wanted, file.Number);
     if (!records) AddNumber(&wanted, static_cast<int64_t>(tree));
     if (side == Side::AtOrAfter || side == Side::Before) {
@@ -88,7 +95,14 @@ void SendSearch(Connection *connection, const File &file, size_t tree, const Bou
         }
     }
     AddNumber(&wanted, rows);
-    (void)Send(connection, statement, wanted, Answer::Kept);
+    return question;
+}
+
+void SendSearch(Connection *connection, const File &file, size_t tree, const Bound &bound, Side side,
+                int rows)
+{
+    const Question question = Ask(file, tree, bound, side, rows);
+    (void)Send(connection, question.Which, question.Wanted, Answer::Kept);
 }
 
 // Puts the cursor on a row and gives it.
@@ -133,23 +147,51 @@ int RowsAhead(const Cursor *cursor)
     return std::clamp(cursor->Ahead, 1, std::max(most, 1));
 }
 
-int16_t KeepRun(Connection *connection, const Cursor *cursor, const Bound &bound, Side side, int asked,
-                size_t kept, Entry *found)
+Run RunFrom(const Cursor *cursor, const Bound &bound, Side side, int rows)
 {
-    PGresult *rows = TakeKept(connection, kept);
-    if (rows == nullptr) return BtrStatusIoError;
-    Run *run = NewRun(connection);
-    run->File = cursor->In->Number;
-    run->Tree = cursor->Tree;
-    run->Forward = side == Side::First || side == Side::AtOrAfter;
-    run->Bounded = side == Side::AtOrAfter || side == Side::Before;
-    run->Rows = rows;
-    run->Count = PQntuples(rows);
-    run->Whole = run->Count < asked;
-    run->BoundSize = bound.Size;
-    memcpy(run->Bound, bound.Bytes, bound.Size);
-    *found = {run->Count > 0 ? run : nullptr, 0};
-    return BtrStatusOk;
+    Run run{};
+    run.File = cursor->In->Number;
+    run.Tree = cursor->Tree;
+    run.Forward = side == Side::First || side == Side::AtOrAfter;
+    run.Bounded = side == Side::AtOrAfter || side == Side::Before;
+    run.Count = rows;
+    run.BoundSize = bound.Size;
+    memcpy(run.Bound, bound.Bytes, bound.Size);
+    return run;
+}
+
+// What follows the key in the direction.
+Bound Beyond(size_t tree, const uint8_t *key, size_t size, bool forward)
+{
+    if (forward) return Behind(tree, key, size);
+    Bound bound{};
+    bound.Size = size;
+    memcpy(bound.Bytes, key, size);
+    return bound;
+}
+
+// Lets the rows behind a run come while the run is served.
+void GoOnBehind(Connection *connection, const Cursor *cursor, const Run &run)
+{
+    if (run.Whole || run.Count == 0 || connection->IsComing || serverLimits->ReadAhead_ms == 0) return;
+    const Bytes last = BytesAt(run.Rows, run.Count - 1, 0);
+    if (last.Size > maxBound) return;
+    const Bound bound = Beyond(run.Tree, last.Data, last.Size, run.Forward);
+    const Side side = run.Forward ? Side::AtOrAfter : Side::Before;
+    Entry known{};
+    if (FindInRuns(connection, run.File, run.Tree, {bound.Bytes, bound.Size}, side, &known)) return;
+    const int rows = RowsAhead(cursor);
+    const Question question = Ask(*cursor->In, run.Tree, bound, side, rows);
+    SendComing(connection, question.Which, question.Wanted, RunFrom(cursor, bound, side, rows));
+}
+
+// Gives an entry of a run. Who comes to a run on the way along the tree wants the next one soon.
+int16_t GiveOf(View *view, Cursor *cursor, const Entry &entry, Bytes *key, Bytes *value)
+{
+    const int16_t status = GiveEntry(view, cursor, entry, key, value);
+    if (status == BtrStatusOk && entry.Row == 0 && cursor->Ahead >= longAhead)
+        GoOnBehind(view->By, cursor, *entry.In);
+    return status;
 }
 
 // Outside a writer. What is in memory is served while it may be; then the server is first asked whether
@@ -163,25 +205,34 @@ int16_t Search(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes 
     const auto inMemory = [&] {
         return FindInRuns(connection, file, cursor->Tree, {bound.Bytes, bound.Size}, side, &found);
     };
-    const bool known = inMemory();
-    if (known && AreFresh(connection)) return GiveEntry(view, cursor, found, key, value);
+    bool known = inMemory();
+    const Run &coming = connection->Coming;
+    if (!known && connection->IsComing && coming.File == file && coming.Tree == cursor->Tree) {
+        const bool risks = HoldsAnything(connection);
+        const int16_t status = AwaitComing(connection);
+        if (status != BtrStatusOk && risks) return status;
+        known = inMemory();
+    }
+    if (known && AreFresh(connection)) return GiveOf(view, cursor, found, key, value);
     if (known && serverLimits->ReadAhead_ms > 0) {
         const int16_t status = AskIn(view, [&] { SendStates(connection); });
         if (status != BtrStatusOk) return status;
         TakeStates(connection, TakeKept(connection, 0));
-        if (inMemory()) return GiveEntry(view, cursor, found, key, value);
+        if (inMemory()) return GiveOf(view, cursor, found, key, value);
     }
     const bool asks = !AreFresh(connection);
     const int rows = RowsAhead(cursor);
     int16_t status = AskIn(view, [&] {
-        if (asks || connection->States == nullptr) SendStates(connection);
+        if (asks || !connection->HasStates) SendStates(connection);
         SendSearch(connection, *cursor->In, cursor->Tree, bound, side, rows);
     });
     if (status != BtrStatusOk) return status;
     const size_t kept = connection->KeptCount - 1;
     if (kept > 0) TakeStates(connection, TakeKept(connection, 0));
-    status = KeepRun(connection, cursor, bound, side, rows, kept, &found);
-    return status == BtrStatusOk ? GiveEntry(view, cursor, found, key, value) : status;
+    PGresult *read = TakeKept(connection, kept);
+    if (read == nullptr) return BtrStatusIoError;
+    const Run *run = KeepRun(connection, RunFrom(cursor, bound, side, rows), read);
+    return GiveOf(view, cursor, {run->Count > 0 ? run : nullptr, 0}, key, value);
 }
 
 // What was read of a file before the gate was entered, and found unchanged there, stays as it is until this
@@ -193,7 +244,8 @@ int16_t SearchInWriter(View *view, Cursor *cursor, const Bound &bound, Side side
     if (FindInRuns(connection, cursor->In->Number, cursor->Tree, {bound.Bytes, bound.Size}, side, &known))
         return GiveEntry(view, cursor, known, key, value);
     const HighestKey *highest = FindHighest(connection, cursor->In->Number, cursor->Tree);
-    if (side == Side::Last && highest != nullptr && highest->Exact) {
+    if (side == Side::Last && highest != nullptr && highest->Exact &&
+        !cursor->In->Layout.Keys[cursor->Tree - 1].Duplicates) {
         memcpy(cursor->Key, highest->Key, highest->Size);
         cursor->KeySize = highest->Size;
         memcpy(cursor->Value, &highest->Record, sizeof highest->Record);
@@ -349,13 +401,7 @@ int16_t Move(View *view, Cursor *cursor, Side side, Bytes *key, Bytes *value)
         if (row >= 0 && row < run->Count) return GiveEntry(view, cursor, {run, row}, key, value);
     }
     cursor->Ahead = std::min(std::max(cursor->Ahead * 4, firstAhead), mostAhead);
-    Bound bound{};
-    if (forward) {
-        bound = Behind(cursor->Tree, cursor->Key, cursor->KeySize);
-    } else {
-        bound.Size = cursor->KeySize;
-        memcpy(bound.Bytes, cursor->Key, cursor->KeySize);
-    }
+    const Bound bound = Beyond(cursor->Tree, cursor->Key, cursor->KeySize, forward);
     return SeekBound(view, cursor, bound, side, key, value);
 }
 

@@ -3,6 +3,7 @@
 #include "record-manager/server/connection.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace wbtrv {
@@ -95,19 +96,32 @@ void FreeRun(Run *run)
 
 } // namespace
 
-int FindState(const PGresult *states, uint32_t file)
+FileState *FindState(Connection *connection, uint32_t file)
 {
-    int low = 0;
-    int high = PQntuples(states);
+    size_t low = 0;
+    size_t high = connection->StateCount;
     while (low < high) {
-        const int middle = (low + high) / 2;
-        if (NumberAt(states, middle, 0) < file) {
+        const size_t middle = (low + high) / 2;
+        if (connection->States[middle].File < file) {
             low = middle + 1;
         } else {
             high = middle;
         }
     }
-    return low < PQntuples(states) && NumberAt(states, low, 0) == file ? low : -1;
+    const bool found = low < connection->StateCount && connection->States[low].File == file;
+    return found ? &connection->States[low] : nullptr;
+}
+
+void StateOfRow(const PGresult *rows, int row, FileState *state)
+{
+    *state = {};
+    state->File = static_cast<uint32_t>(NumberAt(rows, row, 0));
+    state->LastRecord = NumberAt(rows, row, 1);
+    state->Records = NumberAt(rows, row, 2);
+    state->Sequence = NumberAt(rows, row, 3);
+    const Bytes counts = BytesAt(rows, row, 4);
+    state->CountsSize = counts.Size;
+    if (counts.Size > 0) memcpy(state->Counts, counts.Data, std::min(counts.Size, sizeof state->Counts));
 }
 
 bool AreFresh(const Connection *connection)
@@ -133,20 +147,26 @@ bool FindInRuns(Connection *connection, uint32_t file, uint32_t tree, Bytes boun
 
 namespace {
 
-// Whether a file is as it was when the states were last taken, but for what this client has committed.
-bool IsUnchanged(const Connection *connection, const PGresult *states, uint32_t file)
+// Makes room for the states of all files. They may be forgotten for lack of memory.
+bool MakeRoom(Connection *connection, size_t count)
 {
-    const int after = FindState(states, file);
-    if (connection->States == nullptr || after < 0) return false;
-    const int64_t records = NumberAt(states, after, 2);
-    const int64_t sequence = NumberAt(states, after, 3);
-    for (size_t i = connection->OwnCount; i-- > 0;) {
-        const OwnState &own = connection->Own[i];
-        if (own.File == file) return own.Records == records && own.Sequence == sequence;
-    }
-    const int before = FindState(connection->States, file);
-    return before >= 0 && NumberAt(connection->States, before, 2) == records &&
-           NumberAt(connection->States, before, 3) == sequence;
+    if (connection->StateRoom >= count) return true;
+    void *larger = realloc(connection->States, count * sizeof(FileState));
+    if (larger == nullptr) return false;
+    connection->States = static_cast<FileState *>(larger);
+    connection->StateRoom = count;
+    return true;
+}
+
+// What is known of a file, beside what is now: its number is given to no other, and its sequence grows.
+void ForgetIfChanged(Connection *connection, uint32_t file, const FileState *now)
+{
+    const FileState *known = FindState(connection, file);
+    const bool same = known != nullptr && now != nullptr && known->Records == now->Records &&
+                      known->Sequence == now->Sequence;
+    if (same) return;
+    ForgetRuns(connection, file);
+    ForgetHighest(connection, file);
 }
 
 } // namespace
@@ -154,15 +174,37 @@ bool IsUnchanged(const Connection *connection, const PGresult *states, uint32_t 
 void TakeStates(Connection *connection, PGresult *states)
 {
     if (states == nullptr) return;
-    for (Run &run : connection->Runs) {
-        if (run.Id != 0 && !IsUnchanged(connection, states, run.File)) FreeRun(&run);
+    const auto count = static_cast<size_t>(PQntuples(states));
+    if (count == 0 && connection->AskedForChange) {
+        if (connection->HasStates) connection->Checked_us = connection->Asked_us;
+        PQclear(states);
+        return;
     }
-    for (HighestKey &highest : connection->Highest) {
-        if (highest.File != 0 && !IsUnchanged(connection, states, highest.File)) highest = {};
+    FileState now{};
+    size_t known = 0;
+    for (size_t row = 0; row < count; ++row) {
+        StateOfRow(states, static_cast<int>(row), &now);
+        // Those that are no more.
+        for (; known < connection->StateCount && connection->States[known].File < now.File; ++known) {
+            ForgetIfChanged(connection, connection->States[known].File, nullptr);
+        }
+        if (known < connection->StateCount && connection->States[known].File == now.File) ++known;
+        ForgetIfChanged(connection, now.File, &now);
     }
-    PQclear(connection->States);
-    connection->OwnCount = 0;
-    connection->States = states;
+    for (; known < connection->StateCount; ++known) {
+        ForgetIfChanged(connection, connection->States[known].File, nullptr);
+    }
+    if (!MakeRoom(connection, count)) {
+        PQclear(states);
+        ForgetAllRuns(connection);
+        return;
+    }
+    for (size_t row = 0; row < count; ++row) {
+        StateOfRow(states, static_cast<int>(row), &connection->States[row]);
+    }
+    PQclear(states);
+    connection->StateCount = count;
+    connection->HasStates = true;
     connection->Checked_us = connection->Asked_us;
 }
 
@@ -196,6 +238,7 @@ void ForgetRuns(Connection *connection, uint32_t file)
     for (Run &run : connection->Runs) {
         if (run.Id != 0 && run.File == file) FreeRun(&run);
     }
+    if (connection->Coming.File == file) connection->Coming.File = 0;
 }
 
 void ForgetAllRuns(Connection *connection)
@@ -203,14 +246,14 @@ void ForgetAllRuns(Connection *connection)
     for (Run &run : connection->Runs) {
         if (run.Id != 0) FreeRun(&run);
     }
+    connection->Coming.File = 0;
     memset(connection->Highest, 0, sizeof connection->Highest);
-    PQclear(connection->States);
-    connection->OwnCount = 0;
-    connection->States = nullptr;
+    connection->HasStates = false;
+    connection->StateCount = 0;
     connection->Checked_us = 0;
 }
 
-Run *NewRun(Connection *connection)
+const Run *KeepRun(Connection *connection, const Run &asked, PGresult *rows)
 {
     Run *chosen = &connection->Runs[0];
     for (Run &run : connection->Runs) {
@@ -222,17 +265,33 @@ Run *NewRun(Connection *connection)
         if (run.Used < chosen->Used) chosen = &run;
     }
     if (chosen->Id != 0) FreeRun(chosen);
-    chosen->Id = ++connection->LastRun;
+    *chosen = asked;
+    // Its place is found from its number.
+    chosen->Id = ++connection->LastRun * mostRuns + static_cast<uint64_t>(chosen - connection->Runs);
     chosen->Used = ++connection->Clock;
+    chosen->Rows = rows;
+    chosen->Count = PQntuples(rows);
+    chosen->Whole = chosen->Count < asked.Count;
     return chosen;
 }
 
-const Run *FindRun(const Connection *connection, uint64_t id)
+void TakeComing(Connection *connection, PGresult *rows)
 {
-    for (const Run &run : connection->Runs) {
-        if (run.Id == id && id != 0) return &run;
+    connection->IsComing = false;
+    if (rows != nullptr && connection->Coming.File != 0) {
+        (void)KeepRun(connection, connection->Coming, rows);
+    } else {
+        PQclear(rows);
     }
-    return nullptr;
+    connection->Coming.File = 0;
+}
+
+const Run *FindRun(Connection *connection, uint64_t id)
+{
+    Run &run = connection->Runs[id % mostRuns];
+    if (run.Id != id || id == 0) return nullptr;
+    run.Used = ++connection->Clock;
+    return &run;
 }
 
 } // namespace wbtrv

@@ -33,7 +33,7 @@ constexpr Text texts[] = {
      "'off'), "
      "('enable_sort', 'off'), ('plan_cache_mode', 'force_generic_plan'), ('jit', 'off'), "
      "('default_transaction_isolation', 'read committed'), ('statement_timeout', '0'), ('lock_timeout', "
-     "'0'), "
+     "'5000'), "
      "('idle_in_transaction_session_timeout', '0'), ('client_min_messages', 'error'), "
      "('tcp_keepalives_idle', '10'), "
      "('tcp_keepalives_interval', '5'), ('tcp_keepalives_count', '4')) AS wanted (name, value)"},
@@ -46,8 +46,13 @@ constexpr Text texts[] = {
     {Statement::SetAsynchronous, "SELECT set_config('synchronous_commit', CASE WHEN $1::bigint = 1 THEN "
                                  "'off' ELSE (SELECT reset_val FROM "
                                  "pg_settings WHERE name = 'synchronous_commit') END, false)"},
-    {Statement::EnterGate, "SELECT last_file FROM @head WHERE one FOR UPDATE"},
-    {Statement::ReadStates, "SELECT file, last_record, records, sequence, counts FROM @files ORDER BY file"},
+    // Nothing when all files are as they are known. Sequences only grow, and where they have not, records can
+    // only have become fewer; a file that takes the place of another has the highest number.
+    {Statement::ReadStates,
+     "SELECT file, last_record, records, sequence, counts FROM @files WHERE (SELECT coalesce(max(file), -1) "
+     "<> "
+     "$1::bigint OR coalesce(sum(sequence), 0) <> $2::bigint OR coalesce(sum(records), 0) <> $3::bigint FROM "
+     "@files) ORDER BY file"},
     {Statement::ReadFile, "SELECT file, name, definition FROM @files WHERE file = $1::bigint"},
     {Statement::ReadFileByName, "SELECT file, name, definition FROM @files WHERE name = $1::bytea"},
     {Statement::ReadFileCounters,
@@ -64,6 +69,8 @@ constexpr Text texts[] = {
     {Statement::RecordsBefore, RECORD_ROWS "AND record < $2::bigint ORDER BY record DESC LIMIT $3::bigint"},
     {Statement::OneEntry, ENTRY_ROWS "AND e.key = $3::bytea"},
     {Statement::OneRecord, RECORD_ROWS "AND record = $2::bigint"},
+    {Statement::AddEntry, "INSERT INTO @entries (file, tree, key, record) VALUES ($1::bigint, $2::bigint, "
+                          "$3::bytea, $4::bigint)"},
     {Statement::AddUnique,
      "INSERT INTO @entries (file, tree, key, record) VALUES ($1::bigint, $2::bigint, $3::bytea, $4::bigint) "
      "ON CONFLICT (file, tree, key) DO NOTHING RETURNING record"},
@@ -109,9 +116,8 @@ constexpr Text texts[] = {
      "WITH removed AS (DELETE FROM @records WHERE file = $1::bigint AND record = $2::bigint RETURNING 1) "
      "SELECT 1 / count(*) FROM removed"},
     {Statement::WriteCounters,
-     "WITH written AS (UPDATE @files SET last_record = $2::bigint, records = $3::bigint, sequence = "
-     "$4::bigint, "
-     "counts = $5::bytea WHERE file = $1::bigint RETURNING 1) SELECT 1 / count(*) FROM written"},
+     "UPDATE @files SET last_record = $2::bigint, records = $3::bigint, sequence = $4::bigint, "
+     "counts = $5::bytea WHERE file = $1::bigint"},
     {Statement::WriteLastFile, "UPDATE @head SET last_file = $1::bigint WHERE one"},
     {Statement::RemoveFile, "DELETE FROM @files WHERE file = $1::bigint"},
     {Statement::RemoveGroups, "DELETE FROM @groups WHERE file = $1::bigint"},
@@ -126,8 +132,8 @@ constexpr Text texts[] = {
      "(session, number, since) VALUES ($1::bytea, 0, now())"},
     {Statement::CloseSession, "DELETE FROM @sessions WHERE session = $1::bytea"},
     {Statement::NoteTransaction,
-     "WITH noted AS (UPDATE @sessions SET number = $2::bigint, since = now() WHERE session = $1::bytea "
-     "RETURNING 1) SELECT 1 / count(*) FROM noted"},
+     "INSERT INTO @sessions (session, number, since) VALUES ($1::bytea, $2::bigint, now()) "
+     "ON CONFLICT (session) DO UPDATE SET number = excluded.number, since = excluded.since"},
     {Statement::FindTransaction, "SELECT number FROM @sessions WHERE session = $1::bytea FOR UPDATE"},
     {Statement::Touch, "UPDATE @head SET last_file = last_file WHERE one"},
 
@@ -149,7 +155,13 @@ constexpr Text texts[] = {
     {Statement::LockAlone, "SELECT CASE WHEN pg_try_advisory_lock($1::bigint) THEN 0 ELSE 1 END::bigint"},
     {Statement::UnlockShared, "SELECT pg_advisory_unlock_shared($1::bigint)"},
     {Statement::UnlockAlone, "SELECT pg_advisory_unlock($1::bigint)"},
-    {Statement::MarkExclusive, "SELECT pg_try_advisory_xact_lock($1::bigint)"},
+    // The gate, and with a key the mark of an exclusive holder, which is set when the gate is entered.
+    {Statement::EnterGate, "SELECT last_file, CASE WHEN $1::bigint = 0 THEN 0 WHEN "
+                           "pg_try_advisory_xact_lock($1::bigint) THEN 1 ELSE 0 END::bigint FROM (SELECT "
+                           "last_file FROM @head WHERE one FOR UPDATE) AS entered"},
+    {Statement::TryGate, "SELECT last_file, CASE WHEN $1::bigint = 0 THEN 0 WHEN "
+                         "pg_try_advisory_xact_lock($1::bigint) THEN 1 ELSE 0 END::bigint FROM (SELECT "
+                         "last_file FROM @head WHERE one FOR UPDATE NOWAIT) AS entered"},
     {Statement::IsMarkedExclusive, "SELECT CASE WHEN NOT pg_try_advisory_lock($1::bigint) THEN 1 WHEN "
                                    "pg_advisory_unlock($1::bigint) THEN 0 "
                                    "ELSE 0 END::bigint"},

@@ -40,12 +40,11 @@ int16_t SendGate(Connection *connection, unsigned wait_ms, bool exclusive)
     const int16_t status = SendSession(connection);
     if (status != BtrStatusOk) return status;
     Parameters timeout{};
-    AddNumber(&timeout, wait_ms > 0 ? wait_ms : 1);
+    AddNumber(&timeout, wait_ms);
     (void)Send(connection, Statement::Begin, Parameters{}, Answer::Needed);
-    (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
-    (void)Send(connection, Statement::EnterGate, Parameters{}, Answer::Kept);
+    if (wait_ms > 0) (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
+    (void)SendGateLock(connection, wait_ms > 0, exclusive);
     SendStates(connection);
-    if (exclusive) (void)SendExclusiveMark(connection);
     return BtrStatusOk;
 }
 
@@ -137,16 +136,11 @@ void EndWriter(Writer *writer, bool committed)
         for (size_t i = 0; i < writer->TouchedCount && i < sizeof writer->Touched / sizeof writer->Touched[0];
              ++i) {
             ForgetHighest(connection, writer->Touched[i]);
+            FileState *state = FindState(connection, writer->Touched[i]);
+            if (state != nullptr) state->Sequence = -1;
         }
         if (writer->TouchedCount > sizeof writer->Touched / sizeof writer->Touched[0])
             ForgetAllRuns(connection);
-    }
-    for (size_t i = 0; committed && i < writer->WrittenCount; ++i) {
-        if (connection->OwnCount < mostOwnStates) {
-            connection->Own[connection->OwnCount++] = writer->Written[i];
-        } else {
-            ForgetAllRuns(connection);
-        }
     }
     connection->Checked_us = 0;
     connection->Writing = nullptr;
@@ -211,7 +205,7 @@ int16_t CommitWriter(Writer *writer)
         status = Send(connection, Statement::Commit, Parameters{}, Answer::Needed);
         const bool sent = status == BtrStatusOk;
         // Files are locked whole to the end of a transaction, which a commit with counters is.
-        const bool unlocks = writer->WrittenCount > 0;
+        const bool unlocks = writer->WritesCounters;
         if (unlocks) SendUnlockFiles(connection);
         status = Exchange(connection, connection->Loading ? serverLimits->ServerTruth_ms : 0);
         if (unlocks && status == BtrStatusOk) connection->WholeCount = 0;
@@ -338,7 +332,8 @@ int16_t AddUnique(Writer *writer, const File &file, size_t tree, Bytes key, uint
         return AddToBatch(writer, file.Number, number, 0, record, key);
     }
     if (FlushBatches(writer) != BtrStatusOk) return writer->Failed;
-    (void)Send(connection, Statement::AddUnique, values, behind ? Answer::Needed : Answer::Kept);
+    (void)Send(connection, behind ? Statement::AddEntry : Statement::AddUnique, values,
+               behind ? Answer::Needed : Answer::Kept);
     if (behind) {
         SetHighest(connection, file.Number, number, key, record);
         return connection->Failure;
@@ -372,6 +367,10 @@ int16_t Add(Cursor *cursor, Bytes key, Bytes value)
     if (cursor->By->Loading) return AddToBatch(writer, file.Number, cursor->Tree, group.Size, record, key);
     Parameters values = EntryOf(file, cursor->Tree, key);
     AddNumber(&values, record);
+    const HighestKey *known = FindHighest(cursor->By, file.Number, cursor->Tree);
+    if (known != nullptr && known->Size == group.Size && memcmp(known->Key, group.Begin, group.Size) == 0)
+        return Send(cursor->By, Statement::AddEntry, values, Answer::Needed);
+    SetHighest(cursor->By, file.Number, cursor->Tree, {group.Begin, group.Size}, record);
     AddBytes(&values, group.Begin, group.Size);
     AddBytes(&values, group.End, group.Size + 8);
     return Send(cursor->By, Statement::AddToGroup, values, Answer::Needed);
@@ -393,11 +392,12 @@ int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key)
         return Send(connection, Statement::RemoveRecord, values, Answer::Needed);
     }
     Parameters values = EntryOf(file, tree, key);
+    HighestKey *highest = FindHighest(connection, file.Number, static_cast<uint32_t>(tree));
     if (!file.Layout.Keys[tree - 1].Duplicates) {
-        HighestKey *highest = FindHighest(connection, file.Number, static_cast<uint32_t>(tree));
         if (highest != nullptr) highest->Exact = false;
         return Send(connection, Statement::RemoveUnique, values, Answer::Needed);
     }
+    if (highest != nullptr) *highest = {};
     const Group group = GroupOf(file, tree, key);
     AddBytes(&values, group.Begin, group.Size);
     AddBytes(&values, group.End, group.Size + 8);

@@ -252,6 +252,95 @@ TEST_F(OnServer, NothingIsServedFromMemoryAcrossOwnChangesLocksAndTransactions)
     EXPECT_EQ(seen(), value);
 }
 
+// Many records, so that those behind the ones that are served are on their way.
+struct OnLongTree : OnServer {
+    static constexpr int Records = 6000;
+    int Seen = 0;
+
+    void SetUp() override
+    {
+        OnServer::SetUp();
+        if (IsSkipped()) return;
+        ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+        ASSERT_EQ(Open(Me, Path, 0, BtrModeLoading).Status, BtrStatusOk);
+        for (int i = 0; i < Records; ++i) {
+            ASSERT_EQ(T.Insert(Key(i), "y", i).Status, BtrStatusOk);
+        }
+        ASSERT_EQ(Close(Me).Status, BtrStatusOk);
+        ASSERT_EQ(Open(Me, Path).Status, BtrStatusOk);
+        ASSERT_EQ(T.GetEqual(Key(0)).Status, BtrStatusOk);
+        Seen = 1;
+    }
+    static std::string Key(int i) { return std::to_string(10000 + i); }
+    // Goes on along the key up to a record.
+    void ReadUpTo(int record)
+    {
+        for (; Seen <= record; ++Seen) {
+            ASSERT_EQ(Name(T.Read(BtrOpGetNext, 0)), Key(Seen));
+        }
+    }
+};
+
+TEST_F(OnLongTree, IsReadInFewRoundTripsInBothDirections)
+{
+    wbtrv::limits.ReadAhead_ms = 3600000;
+    const uint64_t before = RoundTrips();
+    ReadUpTo(Records - 1);
+    const uint64_t there = RoundTrips();
+    EXPECT_LE(there - before, 20U);
+    for (int i = Records - 2; i >= 0; --i) {
+        ASSERT_EQ(Name(T.Read(BtrOpGetPrevious, 0)), Key(i));
+    }
+    EXPECT_LE(RoundTrips() - there, 20U);
+}
+
+TEST_F(OnLongTree, RowsThatAreOnTheirWayAreNotServedAcrossAnOwnChange)
+{
+    wbtrv::limits.ReadAhead_ms = 3600000; // so that only the change ends it
+    ReadUpTo(400);
+    Threaded other;
+    const OnT<Threaded> theirs{other};
+    ASSERT_EQ(Open(other, Path).Status, BtrStatusOk);
+    for (const int record : {450, 2000, 5999}) {
+        ASSERT_EQ(theirs.GetEqual(Key(record)).Status, BtrStatusOk);
+        ASSERT_EQ(theirs.Delete().Status, BtrStatusOk);
+    }
+    ASSERT_EQ(
+        Me({.Operation = BtrOpInsert, .Data = RecordOfT("zz", "x", 1), .Length = 64, .KeyNumber = -1}).Status,
+        BtrStatusOk);
+    ASSERT_EQ(T.GetEqual(Key(400)).Status, BtrStatusOk);
+    int records = 0;
+    while (T.Read(BtrOpGetNext, 0).Status == BtrStatusOk) {
+        ++records;
+    }
+    // Those behind this one but three, and a, b, c and the one that came last.
+    EXPECT_EQ(records, Records - 401 - 3 + 4);
+}
+
+TEST_F(OnLongTree, IsReadOnWhereTheConnectionIsLostUnderWay)
+{
+    ReadUpTo(400);
+    EndAllConnections();
+    ReadUpTo(1500);
+    EndAllConnections();
+    ReadUpTo(Records - 1);
+}
+
+TEST_F(OnLongTree, IsLeftForOtherCallsWhileRowsAreOnTheirWay)
+{
+    ReadUpTo(700);
+    EXPECT_EQ(Name(T.GetEqual("b")), "b");
+    ASSERT_EQ(T.Insert("zz", "x", 1).Status, BtrStatusOk);
+    EXPECT_EQ(CountRecords(Me), Records + 4);
+    ASSERT_EQ(T.GetEqual(Key(700)).Status, BtrStatusOk);
+    ReadUpTo(1200);
+    ASSERT_EQ(T.GetEqual(Key(1200), BtrBiasLock).Status, BtrStatusOk);
+    ReadUpTo(2000);
+    ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+    ReadUpTo(2500);
+    ASSERT_EQ(Me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+}
+
 // ---- Round trips ----
 
 TEST_F(OnServer, APostingCostsNoMoreThanSixRoundTrips)
@@ -276,6 +365,15 @@ TEST_F(OnServer, APostingCostsNoMoreThanSixRoundTrips)
     }
     EXPECT_LE(most, 6U);
     EXPECT_GE(most, 3U);
+}
+
+// A connection that was idle for long has no row any more in which its transactions are noted.
+TEST_F(OnServer, APostingGoesOnWhenTheRowOfItsSessionWasClearedAway)
+{
+    const std::string sessions = SchemaOf(Directory) + ".sessions";
+    Query("DELETE FROM " + sessions);
+    EXPECT_EQ(T.Insert("d", "x", 1).Status, BtrStatusOk);
+    EXPECT_EQ(Query("SELECT count(*) FROM " + sessions), "1");
 }
 
 // ---- Lost connections ----
