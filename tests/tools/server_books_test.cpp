@@ -3,15 +3,19 @@
 #include "include/vark40.h"
 #include "record-manager/server_part.h"
 #include "tests/tools/program.h"
+#include "tools/common/table_file.h"
 
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <dlfcn.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
 #include <memory>
 #include <sstream>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -391,14 +395,202 @@ TEST_F(ServerBooks, AreMadeEmptyWhereThereAreNone)
     Query("DROP SCHEMA " + schema + " CASCADE");
 }
 
-TEST_F(ServerBooks, AreNotLoadedInPlace)
+// ---- Loaded in place ----
+
+struct LoadedBooks : ServerBooks {
+    std::unique_ptr<Copied> Own;
+    fs::path Files = Directory.Path / "gesichert";
+    std::map<std::string, std::string> Before;
+
+    void SetUp() override
+    {
+        ServerBooks::SetUp();
+        if (IsSkipped()) return;
+        Own = std::make_unique<Copied>("l", "300");
+        Before = Saved(Own->Books);
+        ASSERT_EQ(0, tests::Books({"sichern", Own->Books.string(), Files.string()}).ExitCode);
+    }
+    Result Load(std::vector<std::string> options) const
+    {
+        options.insert(options.begin(), "laden");
+        return tests::Books(options);
+    }
+    // Those that hold the books, or were left behind.
+    std::string Schemas(const std::string &ending = "") const
+    {
+        return Query("SELECT count(*) FROM pg_namespace WHERE nspname LIKE '" + Own->Schema + "%" + ending +
+                     "'");
+    }
+    void Change(const fs::path &file, const std::function<void(std::string &)> &how) const
+    {
+        std::string content = ReadFile(Files / file);
+        how(content);
+        WriteFile(Files / file, content);
+    }
+};
+
+// The first record of a sequential file, with its length before it and the line's end.
+std::string FirstRecord(const std::string &content)
 {
-    const fs::path saved = Directory.Path / "gesichert";
-    ASSERT_EQ(0, tests::Books({"sichern", Local.string(), saved.string()}).ExitCode);
-    const Result loaded = tests::Books({"laden", saved.string(), Books.string(), "--ersetzen"});
+    const size_t comma = content.find(',');
+    return content.substr(0, comma + 1 + std::stoul(content) + 2);
+}
+
+TEST_F(LoadedBooks, AreOthersInOneStepAndKeepRightsAndViews)
+{
+    ASSERT_EQ(0, tests::Books({"server", "sichten", Own->Books.string()}).ExitCode);
+    const std::string role = "leser_" + Own->Schema;
+    Query("CREATE ROLE " + role + " LOGIN");
+    ASSERT_EQ(0, tests::Books({"server", "rechte", Own->Books.string(), "--leser", role}).ExitCode);
+    const std::string schemas = Schemas();
+    const std::string accounts = "SELECT count(*) FROM " + Own->Schema + "_1998.sako";
+    const int before = std::stoi(Query(accounts));
+    // A year that goes, one that comes, and a table without its first record.
+    fs::rename(Files / "1997", Files / "1996");
+    Change("1998/sako.seq", [](std::string &content) { content.erase(0, FirstRecord(content).size()); });
+    const Result loaded = Load({Files.string(), Own->Books.string(), "--ersetzen"});
+    ASSERT_EQ(0, loaded.ExitCode) << loaded.Err << loaded.Out;
+    std::map<std::string, std::string> wanted;
+    for (const auto &[name, content] : Before) {
+        wanted[name.starts_with("1997/") ? "1996" + name.substr(4) : name] = content;
+    }
+    std::string &sako = wanted["1998/sako.seq"];
+    sako.erase(0, FirstRecord(sako).size());
+    EXPECT_TRUE(wanted == Saved(Own->Books));
+    EXPECT_FALSE(fs::exists(Own->Books / "DB" / "1997"));
+    EXPECT_EQ(server + "\n" + Own->Schema + "_1996\n", ReadFile(Own->Books / "DB" / "1996" / "books.server"));
+    EXPECT_EQ(schemas, Schemas());
+    EXPECT_EQ("0", Schemas("neu"));
+    EXPECT_EQ(std::to_string(before - 1), Query("SET ROLE " + role + "; " + accounts));
+    Query("DROP OWNED BY " + role + "; DROP ROLE " + role);
+}
+
+TEST_F(LoadedBooks, StayAsTheyAreWhereARecordIsRefused)
+{
+    Change("1998/sako.seq", [](std::string &content) { content.insert(0, FirstRecord(content)); });
+    for (const std::vector<std::string> &what :
+         {std::vector<std::string>{Files.string(), Own->Books.string(), "--ersetzen"},
+          {(Files / "1998" / "sako.seq").string(), Own->Books.string(), "--tabelle", "sako", "--mandant", "1",
+           "--jahr", "1998", "--ersetzen"}}) {
+        const Result loaded = Load(what);
+        EXPECT_NE(0, loaded.ExitCode);
+        EXPECT_NE(std::string::npos, loaded.Out.find("schon vergeben")) << loaded.Out << loaded.Err;
+        EXPECT_TRUE(Before == Saved(Own->Books));
+        EXPECT_EQ("0", Schemas("neu"));
+    }
+}
+
+TEST_F(LoadedBooks, TakeOneTableAlone)
+{
+    const std::string sako = ReadFile(Files / "1998" / "sako.seq");
+    const fs::path file = Directory.Path / "sako.seq";
+    const std::vector<std::string> table{
+        file.string(), Own->Books.string(), "--tabelle", "sako", "--mandant", "1", "--jahr", "1998"};
+    const auto with = [&](const char *option) {
+        std::vector<std::string> all = table;
+        all.emplace_back(option);
+        return all;
+    };
+    const std::string first = FirstRecord(sako);
+    WriteFile(file, first + "\x1A");
+    EXPECT_NE(0, Load(table).ExitCode) << "there are records";
+    EXPECT_NE(0, Load(with("--anfuegen")).ExitCode) << "this one too";
+    ASSERT_EQ(0, Load(with("--ersetzen")).ExitCode);
+    auto wanted = Before;
+    wanted["1998/sako.seq"] = first + "\x1A";
+    EXPECT_TRUE(wanted == Saved(Own->Books));
+    WriteFile(file, sako.substr(first.size()));
+    ASSERT_EQ(0, Load(with("--anfuegen")).ExitCode);
+    EXPECT_TRUE(Before == Saved(Own->Books));
+}
+
+// Whenever the loading ends, the books are the old ones as a whole or the new ones.
+TEST_F(LoadedBooks, AreOldOrNewWhereLoadingIsKilled)
+{
+    Change("1998/sako.seq", [](std::string &content) { content.erase(0, FirstRecord(content).size()); });
+    auto wanted = Before;
+    std::string &sako = wanted["1998/sako.seq"];
+    sako.erase(0, FirstRecord(sako).size());
+    const std::string under =
+        "SELECT count(*) FROM pg_namespace WHERE nspname LIKE '" + Own->Schema + "%neu'";
+    const pid_t child = fork();
+    if (child == 0) {
+        execl(BOOKS_PROGRAM, BOOKS_PROGRAM, "laden", Files.c_str(), Own->Books.c_str(), "--ersetzen",
+              nullptr);
+        _exit(127);
+    }
+    // In the middle of it.
+    while (Query(under) == "0" && waitpid(child, nullptr, WNOHANG) == 0) {
+        std::this_thread::yield();
+    }
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    const auto after = Saved(Own->Books);
+    EXPECT_TRUE(after == Before || after == wanted);
+    const Result again = Load({Files.string(), Own->Books.string(), "--ersetzen"});
+    ASSERT_EQ(0, again.ExitCode) << again.Err << again.Out;
+    EXPECT_TRUE(wanted == Saved(Own->Books));
+    EXPECT_EQ("0", Schemas("neu"));
+}
+
+TEST_F(LoadedBooks, AreRefusedToWhoIsNotAloneInThem)
+{
+    const tools::TableFile open(tools::LayoutOf(vark::TableSako), Own->Books / "DB" / "1998",
+                                tools::OpenMode::Normal);
+    const Result loaded = Load({Files.string(), Own->Books.string(), "--ersetzen"});
     EXPECT_NE(0, loaded.ExitCode);
-    EXPECT_NE(std::string::npos, loaded.Err.find("books kopie")) << loaded.Err;
-    EXPECT_EQ(0, tests::Books({"pruefen", Books.string()}).ExitCode);
+    EXPECT_EQ("0", Schemas("neu"));
+}
+
+// ---- Copies ----
+
+std::vector<std::string> OrderOf(const fs::path &directory, int key)
+{
+    const tools::TableLayout &layout = tools::LayoutOf(vark::TableSako);
+    tools::TableFile table(layout, directory, tools::OpenMode::ReadOnly);
+    std::vector<std::string> records;
+    std::string record(layout.RecordLength, '\0');
+    for (bool found = table.First(record.data(), key); found; found = table.Next(record.data(), key)) {
+        records.push_back(record);
+    }
+    return records;
+}
+
+TEST_F(ServerBooks, KeepTheOrderOfDuplicatesInCopies)
+{
+    const fs::path from = Directory.Path / "b";
+    fs::copy(Local, from, fs::copy_options::recursive);
+    const fs::path year = fs::path("DB") / "1998";
+    // All accounts under one name, and the first of them, renamed for a moment, as the last.
+    {
+        const tools::TableLayout &layout = tools::LayoutOf(vark::TableSako);
+        tools::TableFile table(layout, from / year, tools::OpenMode::Normal);
+        std::string record(layout.RecordLength, '\0');
+        int records = 0;
+        for (bool found = table.StepFirst(record.data()); found && records < 20;
+             found = table.StepNext(record.data()), ++records) {
+            for (const char *name : {"Z", "Y"}) {
+                record.replace(8, 10, 10, '\0').replace(8, 1, name);
+                table.Update(record.data());
+            }
+        }
+        ASSERT_TRUE(table.StepFirst(record.data()));
+        for (const char *name : {"Z", "Y"}) {
+            record.replace(8, 1, name);
+            table.Update(record.data());
+        }
+    }
+    const auto wanted = OrderOf(from / year, 1);
+    const fs::path there = Directory.Path / "s";
+    const fs::path back = Directory.Path / "z";
+    ASSERT_EQ(0, tests::Books(
+                     {"kopie", from.string(), there.string(), "--server", server, "--schema", Schema + "_o"})
+                     .ExitCode);
+    EXPECT_TRUE(wanted == OrderOf(there / year, 1));
+    ASSERT_EQ(0, tests::Books({"kopie", there.string(), back.string()}).ExitCode);
+    EXPECT_TRUE(wanted == OrderOf(back / year, 1));
+    EXPECT_TRUE(OrderOf(from / year, 0) == OrderOf(back / year, 0));
+    tools::StopEngine();
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "tools/books/installation_files.h"
 #include "tools/books/place.h"
 #include "tools/books/sequential.h"
+#include "tools/books/server.h"
 #include "tools/books/snapshot.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/fields.h"
@@ -74,6 +75,7 @@ struct Loader {
     void LoadTable();
     void FindJobs(const fs::path &from, int mandant);
     void ReplaceData(const fs::path &data);
+    void ReplaceOnServer(const fs::path &data);
 };
 
 void Loader::AddJob(const TableLayout &layout, const fs::path &file, const std::string &directory,
@@ -278,9 +280,8 @@ void Loader::FindJobs(const fs::path &from, int mandant)
 // A data path or one of its directories gets new content beside itself and changes places with it.
 fs::path BesideOf(const fs::path &data) { return data.parent_path(); }
 
-void MakeYearDirectory(const fs::path &directory)
+void MakeYearTables(const fs::path &directory)
 {
-    fs::create_directory(directory);
     const TableLayout &first = LayoutOf(vark::TableSako);
     CreateTable(first, directory);
     TableFile held(first, directory, OpenMode::Accelerated);
@@ -294,8 +295,9 @@ void MakeYearDirectory(const fs::path &directory)
 void MakeYearDirectories(const std::vector<Job> &jobs, const fs::path &data)
 {
     for (const Job &job : jobs) {
-        if (!job.Directory.empty() && !fs::exists(data / job.Directory))
-            MakeYearDirectory(data / job.Directory);
+        if (job.Directory.empty() || fs::exists(data / job.Directory)) continue;
+        fs::create_directory(data / job.Directory);
+        MakeYearTables(data / job.Directory);
     }
 }
 
@@ -337,20 +339,52 @@ fs::path BooksIn(const fs::path &directory)
     }
 }
 
-// What is loaded takes the place of a directory, which a schema has no part in.
-void RefuseServer(const fs::path &directory)
+void RemoveCompany(const fs::path &data, int mandant)
 {
-    if (!IsOnServer(directory)) return;
-    throw std::runtime_error(
-        "Die Bücher in " + directory.string() +
-        " liegen auf einem Server. Geladen wird in ein Verzeichnis; books kopie bringt es "
-        "dann auf den Server.");
+    TableFile fista(LayoutOf(vark::TableFista), data, OpenMode::Normal);
+    vark::FistaRecord company;
+    const auto number = static_cast<int16_t>(mandant);
+    if (fista.Equal(&company, &number, 0)) fista.Delete();
+    fista.Close();
+}
+
+// The same on a server, where the other Mandanten's schemas are not touched.
+void Loader::ReplaceOnServer(const fs::path &data)
+{
+    const HeldBooks held(data);
+    Workplace workplace(data, BesideOf(data));
+    SchemaExchange exchange(data);
+    exchange.Add(workplace.Path, "", Options.Mandant != 0);
+    if (Options.Mandant == 0) {
+        CreateTable(LayoutOf(vark::TableFista), workplace.Path);
+    } else {
+        RemoveCompany(workplace.Path, Options.Mandant);
+    }
+    for (const Job &job : Jobs) {
+        if (job.Directory.empty() || fs::exists(workplace.Path / job.Directory)) continue;
+        fs::create_directory(workplace.Path / job.Directory);
+        exchange.Add(workplace.Path / job.Directory, job.Directory, false);
+        MakeYearTables(workplace.Path / job.Directory);
+    }
+    for (const std::string &name : YearDirectories(data)) {
+        int year = 0;
+        int mandant = 0;
+        ParseYearDirectory(name, year, mandant);
+        const bool goes = Options.Mandant == 0 || mandant == Options.Mandant;
+        if (goes && HasBooks(data / name) && !fs::exists(workplace.Path / name)) exchange.Remove(name);
+    }
+    Fill(workplace.Path);
+    Summary.IsLoaded = Summary.Refused == 0 && !Options.IsTrial;
+    if (Summary.IsLoaded) exchange.Finish();
 }
 
 // All tables anew, or one Mandant's, in books that exist.
 void Loader::ReplaceData(const fs::path &data)
 {
-    RefuseServer(data);
+    if (IsOnServer(data)) {
+        ReplaceOnServer(data);
+        return;
+    }
     const HeldBooks held(data);
     Workplace workplace(data, BesideOf(data));
     CopyOtherFiles(data, workplace.Path);
@@ -358,11 +392,7 @@ void Loader::ReplaceData(const fs::path &data)
         CreateTable(LayoutOf(vark::TableFista), workplace.Path);
     } else {
         CopyStore(data, workplace.Path);
-        TableFile fista(LayoutOf(vark::TableFista), workplace.Path, OpenMode::Normal);
-        vark::FistaRecord company;
-        const auto number = static_cast<int16_t>(Options.Mandant);
-        if (fista.Equal(&company, &number, 0)) fista.Delete();
-        fista.Close();
+        RemoveCompany(workplace.Path, Options.Mandant);
         CopyYears(data, workplace.Path, Options.Mandant);
     }
     MakeYearDirectories(Jobs, workplace.Path);
@@ -448,19 +478,25 @@ void Loader::LoadTable()
     // A year's directory changes places alone; fista lies with the directories of the years, so all of them
     // do.
     const fs::path target = isYear ? place.Directory : data;
-    RefuseServer(target);
     const auto held =
         isYear ? std::make_unique<HeldBooks>(data, directory) : std::make_unique<HeldBooks>(data);
     Workplace workplace(target, BesideOf(data));
-    CopyOtherFiles(target, workplace.Path);
-    CopyStore(target, workplace.Path);
-    if (!isYear) CopyYears(data, workplace.Path, nobody);
+    std::optional<SchemaExchange> exchange;
+    if (IsOnServer(target)) {
+        exchange.emplace(target);
+        exchange->Add(workplace.Path, "", true);
+    } else {
+        CopyOtherFiles(target, workplace.Path);
+        CopyStore(target, workplace.Path);
+        if (!isYear) CopyYears(data, workplace.Path, nobody);
+    }
     if (Options.Replace) ReplaceTable(layout, workplace.Path);
     Jobs.front().Directory.clear(); // what is filled is the directory itself
     Fill(workplace.Path);
     Summary.IsLoaded = Summary.Refused == 0 && !Options.IsTrial;
-    if (Summary.IsLoaded) workplace.MoveTo(target);
-    StopEngine();
+    if (Summary.IsLoaded && exchange) exchange->Finish();
+    if (Summary.IsLoaded && !exchange) workplace.MoveTo(target);
+    if (!exchange) StopEngine();
 }
 
 } // namespace

@@ -62,16 +62,20 @@ std::string Trim(const std::string &line)
     return begin == std::string::npos ? "" : line.substr(begin, line.find_last_not_of(" \t\r") + 1 - begin);
 }
 
-std::string SchemaIn(const fs::path &directory)
+// One of the lines that are no remarks, the first being 1.
+std::string LineIn(const fs::path &directory, int wanted)
 {
     std::ifstream file(directory / serviceName);
     std::string line;
     for (int lines = 0; std::getline(file, line);) {
         line = Trim(line);
-        if (!line.empty() && line[0] != '#' && ++lines == 2) return line;
+        if (!line.empty() && line[0] != '#' && ++lines == wanted) return line;
     }
     throw std::runtime_error("In " + directory.string() + " nennt " + serviceName + " kein Schema.");
 }
+
+std::string ConnectionIn(const fs::path &directory) { return LineIn(directory, 1); }
+std::string SchemaIn(const fs::path &directory) { return LineIn(directory, 2); }
 
 // The data path and the directories of years whose books are on a server.
 std::vector<fs::path> ServerDirectories(const fs::path &books)
@@ -225,6 +229,120 @@ void NewSchemas::Add(const fs::path &directory, const std::string &connection, c
     if (found.at(0).at(1) != "0")
         throw std::runtime_error("Das Schema " + schema + " gibt es schon, und es ist nicht leer.");
     made.push_back({directory, found.at(0).at(0) != "0"});
+}
+
+namespace {
+
+constexpr const char *inWork = "books laden";
+constexpr const char *contents[] = {"files", "groups", "records", "entries"};
+
+std::string CopyContent(const std::string &from, const std::string &to)
+{
+    std::string sql;
+    for (const char *table : contents) {
+        sql +=
+            "INSERT INTO " + Quoted(to) + "." + table + " SELECT * FROM " + Quoted(from) + "." + table + ";";
+    }
+    return sql;
+}
+
+} // namespace
+
+SchemaExchange::SchemaExchange(const fs::path &books) : data(books), connection(ConnectionIn(books)) {}
+
+SchemaExchange::~SchemaExchange()
+{
+    std::error_code ignored;
+    for (const fs::path &directory : moved) {
+        fs::remove_all(directory, ignored);
+    }
+    std::string sql = "SET lock_timeout = '10s';";
+    for (const Part &part : parts) {
+        sql += "DROP SCHEMA IF EXISTS " + Quoted(part.Fresh) + " CASCADE;";
+    }
+    // What cannot be taken back now is cleared away by the next exchange.
+    try {
+        if (!parts.empty()) Run(data, sql);
+    } catch (const std::exception &) {
+    }
+}
+
+void SchemaExchange::Add(const fs::path &work, const std::string &name, bool copies)
+{
+    const fs::path directory = name.empty() ? data : data / name;
+    const bool hasBooks = HasBooks(directory);
+    if (hasBooks && (!IsOnServer(directory) || ConnectionIn(directory) != connection)) {
+        throw std::runtime_error("Die Bücher in " + directory.string() + " liegen woanders als die in " +
+                                 data.string() + ". Geladen wird in einem Schritt, also auf einen Server.");
+    }
+    const std::string schema = hasBooks ? SchemaIn(directory) : SchemaIn(data) + "_" + name;
+    const std::string fresh = schema + "_neu";
+    WriteServiceFile(work, connection, fresh);
+    const auto there = [&](const std::string &wanted) {
+        return Run(data, "SELECT coalesce(obj_description(oid, 'pg_namespace'), '') FROM pg_namespace WHERE "
+                         "nspname = '" +
+                             wanted + "'");
+    };
+    // Whoever was killed in the very step has left a directory alone.
+    const bool isNew = there(schema).empty();
+    if (!hasBooks && !isNew) throw std::runtime_error("Das Schema " + schema + " gibt es schon.");
+    const std::vector<Row> left = there(fresh);
+    if (!left.empty() && left.at(0).at(0) != inWork)
+        throw std::runtime_error("Das Schema " + fresh + " gibt es schon.");
+    Run(data, "SET lock_timeout = '10s'; DROP SCHEMA IF EXISTS " + Quoted(fresh) +
+                  " CASCADE; CREATE SCHEMA " + Quoted(fresh) + "; COMMENT ON SCHEMA " + Quoted(fresh) +
+                  " IS '" + inWork + "'");
+    parts.push_back({work, name, schema, fresh, isNew});
+    Run(work, "SELECT 1", true);
+    // A file's number is never given again, also not to the one that takes its place.
+    if (!isNew)
+        Run(work, (copies ? CopyContent(schema, fresh) : "") +
+                      "UPDATE @head SET last_file = (SELECT last_file " + "FROM " + Quoted(schema) +
+                      ".head)");
+}
+
+void SchemaExchange::Remove(const std::string &name) { removed.emplace_back(name, SchemaIn(data / name)); }
+
+// A directory that is there before its schema is has no books; the other way round they would be lost.
+void SchemaExchange::MoveDirectories()
+{
+    for (const Part &part : parts) {
+        if (!part.IsNew) continue;
+        WriteServiceFile(part.Work, connection, part.Schema);
+        fs::remove_all(data / part.Name);
+        fs::rename(part.Work, data / part.Name);
+        moved.push_back(data / part.Name);
+    }
+}
+
+void SchemaExchange::Finish()
+{
+    std::string sql = "SET lock_timeout = '10s'; BEGIN;";
+    for (const Part &part : parts) {
+        const std::string schema = Quoted(part.Schema);
+        const std::string fresh = Quoted(part.Fresh);
+        if (part.IsNew) {
+            sql += "ALTER SCHEMA " + fresh + " RENAME TO " + schema + "; COMMENT ON SCHEMA " + schema +
+                   " IS NULL;";
+            continue;
+        }
+        for (const char *table : contents) {
+            sql += "TRUNCATE " + schema + "." + table + ";";
+        }
+        sql += CopyContent(part.Schema + "_neu", part.Schema) + "UPDATE " + schema +
+               ".head SET last_file = (SELECT last_file FROM " + fresh + ".head); DROP SCHEMA " + fresh +
+               " CASCADE;";
+    }
+    for (const auto &[name, schema] : removed) {
+        sql += "DROP SCHEMA IF EXISTS " + Quoted(schema) + " CASCADE;";
+    }
+    MoveDirectories();
+    Run(data, sql + "COMMIT");
+    parts.clear();
+    moved.clear();
+    for (const auto &[name, schema] : removed) {
+        fs::remove_all(data / name);
+    }
 }
 
 int MakeServerBooks(const ServerOptions &options)

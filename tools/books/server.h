@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace books {
@@ -37,6 +38,39 @@ private:
         bool WasThere;
     };
     std::vector<Made> made;
+};
+
+// What takes the place of schemas, in one transaction; until then they are as they were. The new content is
+// made in schemas of its own, which are gone again unless it was put in place. Nobody else is in the books.
+struct SchemaExchange {
+    // `data` holds the directories whose schemas are exchanged: below it, or itself where the name is empty.
+    explicit SchemaExchange(const std::filesystem::path &data);
+    ~SchemaExchange();
+    SchemaExchange(const SchemaExchange &) = delete;
+    SchemaExchange &operator=(const SchemaExchange &) = delete;
+
+    // Writes a books.server into `work` that names where the new content of a directory is made: none, or
+    // what is there. A directory that is not there yet comes with the exchange.
+    void Add(const std::filesystem::path &work, const std::string &name, bool copies);
+    // The directory and its schema go with the exchange.
+    void Remove(const std::string &name);
+    void Finish();
+
+private:
+    struct Part {
+        std::filesystem::path Work;
+        std::string Name;
+        std::string Schema;
+        std::string Fresh;
+        bool IsNew; // the directory was not there
+    };
+    void MoveDirectories();
+
+    std::filesystem::path data;
+    std::string connection;
+    std::vector<Part> parts;
+    std::vector<std::pair<std::string, std::string>> removed; // directories and their schemas
+    std::vector<std::filesystem::path> moved;                 // new directories that are in place
 };
 
 // Makes a directory with books.server and the schema that it names, empty. Returns the exit code.
