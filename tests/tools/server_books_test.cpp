@@ -406,7 +406,7 @@ struct LoadedBooks : ServerBooks {
     {
         ServerBooks::SetUp();
         if (IsSkipped()) return;
-        Own = std::make_unique<Copied>("l", "300");
+        Own = std::make_unique<Copied>("l", "0");
         Before = Saved(Own->Books);
         ASSERT_EQ(0, tests::Books({"sichern", Own->Books.string(), Files.string()}).ExitCode);
     }
