@@ -420,7 +420,8 @@ LockResult TryHold(Connection *connection, AdvisoryKind kind, uint32_t file, boo
 void ReleaseHeld(Connection *connection, AdvisoryKind kind, uint32_t file, bool alone);
 // After connecting anew: takes what the client still has open. 0 or 2.
 int16_t RestoreOpens(Connection *connection);
-// Asks for the gate, whose `exclusive` holder is seen by others as such. Who does not wait is refused at once.
+// Asks for the gate, whose `exclusive` holder is seen by others as such. Who does not wait is refused at
+// once.
 int16_t SendGateLock(Connection *connection, bool waits, bool exclusive);
 bool IsHolderExclusive(Connection *connection);
 // Gives back every file that is locked whole, if what goes before it succeeds.

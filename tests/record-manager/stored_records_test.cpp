@@ -17,8 +17,8 @@ struct StoredRecords : testing::Test {
     OnT<Local> T{Me};
     OnT<Local> U{Me, 1};
 
-    // All of them are x and 1. a leaves the others for a moment under the first of the keys with duplicates, b
-    // under the second, and d for good.
+    // All of them are x and 1. a leaves the others for a moment under the first of the keys with duplicates,
+    // b under the second, and d for good.
     void SetUp() override
     {
         ASSERT_EQ(Create(Me, From, DefinitionOfT()).Status, BtrStatusOk);
