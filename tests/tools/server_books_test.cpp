@@ -399,7 +399,7 @@ TEST_F(ServerBooks, AreMadeEmptyWhereThereAreNone)
 
 struct LoadedBooks : ServerBooks {
     std::unique_ptr<Copied> Own;
-    fs::path Files = Directory.Path / "gesichert";
+    fs::path Files = Directory.Path / "dateien";
     std::map<std::string, std::string> Before;
 
     void SetUp() override
