@@ -18,7 +18,14 @@ thread_local int16_t answer;
 thread_local int openFiles;
 thread_local bool inTransaction;
 thread_local uint16_t lastFailed;
-thread_local std::function<void()> meanwhile;
+// Behind a pointer: on Windows the destructor of a thread's own variable comes when its place has gone.
+thread_local std::function<void()> *meanwhile;
+
+void ForgetMeanwhile()
+{
+    delete meanwhile;
+    meanwhile = nullptr;
+}
 
 enum Operation : uint16_t { Open = 0, Close = 1, Begin = 19, BeginConcurrent = 1019, End = 20, Abort = 21 };
 
@@ -41,8 +48,9 @@ int16_t VARK_CALL Faulty(uint16_t operation, void *positionBlock, void *data, ui
 {
     if (armed && (onlyOperation < 0 || onlyOperation == operation)) {
         ++counted;
-        if (counted == countdown && meanwhile) {
-            std::thread(std::exchange(meanwhile, nullptr)).join();
+        if (counted == countdown && meanwhile != nullptr) {
+            std::thread(std::move(*meanwhile)).join();
+            ForgetMeanwhile();
         } else if (counted == countdown) {
             lastFailed = operation;
             // A file that stays open with nobody knowing it would be this stand-in's fault.
@@ -81,13 +89,14 @@ void FailEngineOperation(uint16_t operation, int n, int16_t status) { Arm(operat
 void DoMeanwhile(uint16_t operation, int n, std::function<void()> action)
 {
     Arm(operation, n, 0);
-    meanwhile = std::move(action);
+    ForgetMeanwhile();
+    meanwhile = new std::function<void()>(std::move(action));
 }
 
 int StopEngineFaults()
 {
     armed = false;
-    meanwhile = nullptr;
+    ForgetMeanwhile();
     return counted;
 }
 

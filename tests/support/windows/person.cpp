@@ -32,16 +32,16 @@ FrontEnd frontEnd;
 Script script;
 LONG mostRows;
 
-// A host's instructions for its own thread.
+// A host's instructions for its own thread. They lie behind a pointer, which has no destructor: that of a
+// thread's own variable would run here when its place has been given to others.
 struct Played {
     Instructions List;
-    bool IsThere;
     bool IsUnseen; // nobody else answers, until the host takes the list back
     size_t FailedLine;
     std::string Failure;
 };
 
-thread_local Played played;
+thread_local Played *played; // null when there are none
 thread_local UINT_PTR timer;
 thread_local bool holdsModifiers;
 
@@ -147,8 +147,8 @@ void AnswerUnseen(HWND top)
 
 bool IsPlayed()
 {
-    return played.IsThere &&
-           (played.IsUnseen || played.FailedLine != 0 || played.List.Next < played.List.Lines.size());
+    return played != nullptr &&
+           (played->IsUnseen || played->FailedLine != 0 || played->List.Next < played->List.Lines.size());
 }
 
 // Dialogs that are not filled in as the host wants must not be accepted.
@@ -170,15 +170,15 @@ bool Perform(const std::string &line, const Step &step)
 
 bool PlayNext(HWND top)
 {
-    const std::string *line = played.FailedLine == 0 ? NextInstruction(played.List) : nullptr;
+    const std::string *line = played->FailedLine == 0 ? NextInstruction(played->List) : nullptr;
     if (line == nullptr) {
-        if (played.IsUnseen || played.FailedLine != 0) AnswerUnseen(top);
+        if (played->IsUnseen || played->FailedLine != 0) AnswerUnseen(top);
         return false;
     }
     const Step step = StepOf(top, *line);
     if (step.Failure.empty()) return Perform(std::string(*line), step);
-    played.FailedLine = played.List.Next;
-    played.Failure = step.Failure;
+    played->FailedLine = played->List.Next;
+    played->Failure = step.Failure;
     KeepFromAccepting();
     return false;
 }
@@ -362,21 +362,23 @@ char *mkdtemp(char *pattern)
 BOOL VarkUiPlay(LPCSTR instructions, BOOL isUnseen)
 {
     if (instructions == nullptr) return FALSE;
-    played = {InstructionsOf(instructions), true, isUnseen != FALSE, 0, ""};
+    delete played;
+    played = new Played{InstructionsOf(instructions), isUnseen != FALSE, 0, ""};
     return TRUE;
 }
 
 int VarkUiPlayed(LPSTR failure, int size)
 {
-    size_t line = played.FailedLine;
-    std::string reason = played.Failure;
-    if (played.IsThere && line == 0 && NextInstruction(played.List) != nullptr) {
-        line = played.List.Next;
+    size_t line = played != nullptr ? played->FailedLine : 0;
+    std::string reason = played != nullptr ? played->Failure : "";
+    if (played != nullptr && line == 0 && NextInstruction(played->List) != nullptr) {
+        line = played->List.Next;
         reason = "nothing was open any more";
     }
     if (failure != nullptr && size > 0)
         snprintf(failure, static_cast<size_t>(size), "%s", line != 0 ? reason.c_str() : "");
-    played = {};
+    delete played;
+    played = nullptr;
     return static_cast<int>(line);
 }
 
