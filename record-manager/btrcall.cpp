@@ -5,7 +5,6 @@
 
 #include <cassert>
 #include <cstring>
-#include <iterator>
 
 namespace wbtrv {
 

@@ -2,7 +2,7 @@
 #include "record-manager/client.h"
 
 #include <algorithm>
-#include <iterator>
+#include <array> // std::begin
 
 namespace wbtrv {
 

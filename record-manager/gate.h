@@ -2,13 +2,12 @@
 // lies in a file of its own, is shared by all processes, and opens by itself when its holder dies.
 #pragma once
 
-#include "record-manager/waits.h"
-
 #include <cstdint>
 
 namespace wbtrv {
 
 struct Gate;
+struct WaitTable;
 
 // Maps the gate file of the directory `directoryFd`. With `fresh` the caller is the only user of the
 // directory and the gate is laid anew; otherwise it must exist. Returns 0, 2 (vanished, not ours), 18 or 94.

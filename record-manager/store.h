@@ -12,7 +12,6 @@
 #include "record-manager/gate.h"
 #include "record-manager/shared_locks.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <pthread.h>
@@ -68,7 +67,6 @@ struct Store {
     unsigned Users; // clients; guarded by the registry's mutex
     bool ReadOnly;
     bool Unseen;            // nor may we write where readers are noted, so writers do not know of us
-    std::atomic<bool> Dead; // the store gave up on itself; it works again once it was closed
     pthread_mutex_t Mutex;  // Files, and every opening and closing of a tree
     File *Files;
     SharedLocks Shared;

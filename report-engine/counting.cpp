@@ -1,8 +1,8 @@
 #include "report-engine/counting.h"
 
 #include <algorithm>
+#include <array> // std::begin
 #include <cstdlib>
-#include <iterator>
 
 namespace rs {
 

@@ -5,10 +5,10 @@
 #include "window-system/include/dialog_table.h"
 
 #include <algorithm>
+#include <array> // std::size
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 
 namespace rs {
 

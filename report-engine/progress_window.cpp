@@ -3,9 +3,9 @@
 #include "text/windows1252.h"
 #include "window-system/include/dialog_table.h"
 
+#include <array> // std::size
 #include <cstdio>
 #include <ctime>
-#include <iterator>
 
 namespace rs {
 

@@ -3,7 +3,7 @@
 #include "text/windows1252.h"
 
 #include <algorithm>
-#include <iterator>
+#include <array> // std::size
 
 namespace rs {
 

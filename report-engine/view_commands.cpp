@@ -10,10 +10,10 @@
 #include "report-engine/view_strip.h"
 #include "text/windows1252.h"
 
+#include <array> // std::size
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <unistd.h>
 
 namespace rs {

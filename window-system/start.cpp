@@ -14,7 +14,7 @@
 #include "window-system/model/window.h"
 #include "window-system/windows/life.h"
 
-#include <iterator>
+#include <array> // std::size
 
 namespace varkui {
 

@@ -3,13 +3,14 @@
 #include "host/descriptors.h"
 #include "record-manager/include/btrcall.h"
 #include "record-manager/linux/bounded_mutex.h"
+#include "record-manager/waits.h"
 
 #include <algorithm>
+#include <array> // std::begin
 #include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <iterator>
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/stat.h>

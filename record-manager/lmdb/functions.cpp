@@ -2,6 +2,7 @@
 #include "record-manager/lmdb/private.h"
 #include "record-manager/range_locks.h"
 #include "record-manager/shared_locks.h"
+#include "record-manager/waits.h"
 
 namespace wbtrv {
 

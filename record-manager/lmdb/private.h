@@ -114,6 +114,7 @@ struct Environment {
     unsigned Catalogue;
     std::atomic<uint32_t> *Marks; // by page: the sum it had when it was looked at, and `looked`; 0: never
     size_t MarkCount;
+    std::atomic<bool> Dead;    // the store gave up on itself; it works again once it was closed
     std::atomic<View *> Spare; // a snapshot that nobody uses: making one costs more than a short reading
     Growth Growing;
 

@@ -22,7 +22,7 @@ void CloseIdle()
     for (Store **link = &stores; *link != nullptr;) {
         Store *store = *link;
         BooksFacts found;
-        const bool stays = store->Users > 0 || (!store->Dead && ReadFacts(store->PresenceFd, &found) &&
+        const bool stays = store->Users > 0 || (!store->Own->Dead && ReadFacts(store->PresenceFd, &found) &&
                                                 found.Links > 0 && ++idle <= limits.IdleStores);
         if (stays) {
             link = &store->Next;

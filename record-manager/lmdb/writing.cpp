@@ -52,7 +52,7 @@ int16_t BeginWithAllTrees(Store *store)
     for (;;) {
         MDB_txn *transaction = nullptr;
         const int error = mdb_txn_begin(own->Real, nullptr, 0, &transaction);
-        if (error == MDB_PANIC) store->Dead = true;
+        if (error == MDB_PANIC) store->Own->Dead = true;
         if (error != 0) return StatusOf(error);
         int16_t status = LookAtOwn(store, transaction);
         uint32_t last = 0;
@@ -71,7 +71,7 @@ int16_t BeginWithAllTrees(Store *store)
 // A transaction that cannot even be aborted keeps the writer's place until the books are closed.
 void AbortTransaction(Store *store, MDB_txn *transaction)
 {
-    if (Guarded<mdb_txn_abort>(transaction) == brokenStore) store->Dead = true;
+    if (Guarded<mdb_txn_abort>(transaction) == brokenStore) store->Own->Dead = true;
 }
 
 // False: the transaction is of no use any more.

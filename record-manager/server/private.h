@@ -4,6 +4,8 @@
 
 #include "record-manager/server/connection.h"
 
+#include <initializer_list>
+
 namespace wbtrv {
 
 // ---- batches.cpp ----

@@ -3,6 +3,7 @@
 #include "record-manager/gate.h"
 
 #include "record-manager/include/btrcall.h"
+#include "record-manager/waits.h"
 #include "record-manager/windows/handles.h"
 
 #include <atomic>

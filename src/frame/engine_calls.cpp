@@ -2,6 +2,7 @@
 
 #include "src/frame/beliefs.h"
 #include "src/frame/installation.h"
+#include "src/frame/record_lengths.h"
 
 namespace vark {
 

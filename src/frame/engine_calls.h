@@ -4,7 +4,6 @@
 #include "src/frame/thread_context.h"
 #include "src/model/tables.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -48,11 +47,7 @@ inline constexpr uint16_t lockSingleNoWait = 200;
 inline constexpr size_t longestKey = 255;     // what the engine may write back into a key
 inline constexpr size_t longestRecord = 1398; // mahntext
 
-// Length of a record per table, given to the engine with each call. The engine's answer is written back, so a
-// short record shortens what the next call offers. The two free slots have theirs in the ThreadContext: two
-// threads may hold tables of different lengths there.
-extern std::atomic<uint32_t> RecordLengthTable[slotCount];
-
+// Lays RecordLengthTable (record_lengths.h) down.
 void FillRecordLengthTable();
 
 // The length that the slot is called with, and the one that the engine answered.

@@ -5,7 +5,7 @@
 #include "src/frame/messages.h"
 #include "text/fixed_text.h"
 
-#include <iterator>
+#include <array> // std::size
 
 namespace vark {
 

@@ -2,7 +2,7 @@
 
 #include "src/frame/record_store.h"
 
-#include <iterator>
+#include <array> // std::size
 
 namespace vark {
 

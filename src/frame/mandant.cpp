@@ -7,9 +7,9 @@
 #include "text/fixed_text.h"
 
 #include <algorithm>
+#include <array> // std::begin
 #include <charconv>
 #include <cstring>
-#include <iterator>
 
 namespace vark {
 

@@ -2,7 +2,7 @@
 #include "text/windows1252.h"
 
 #include <algorithm>
-#include <iterator>
+#include <array> // std::begin
 
 namespace vark {
 

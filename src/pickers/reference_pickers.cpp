@@ -9,7 +9,7 @@
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
-#include <iterator>
+#include <array> // std::size
 
 namespace vark {
 

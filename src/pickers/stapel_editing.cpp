@@ -9,8 +9,8 @@
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
+#include <array> // std::size
 #include <cstring>
-#include <iterator>
 
 namespace vark {
 

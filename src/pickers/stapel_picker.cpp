@@ -11,9 +11,9 @@
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
+#include <array> // std::size
 #include <charconv>
 #include <cstring>
-#include <iterator>
 
 namespace vark {
 

@@ -7,9 +7,9 @@
 #include "src/values/dates.h"
 #include "text/fixed_text.h"
 
+#include <array> // std::size
 #include <charconv>
 #include <cstring>
-#include <iterator>
 
 namespace vark {
 

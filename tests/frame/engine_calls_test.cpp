@@ -2,6 +2,7 @@
 // the calls down and answers as a test wishes.
 #include "src/frame/engine_calls.h"
 #include "src/frame/lifecycle.h"
+#include "src/frame/record_lengths.h"
 #include "src/frame/record_store.h"
 #include "src/frame/transactions.h"
 #include "src/platform/platform.h"

@@ -2,6 +2,7 @@
 #include "src/frame/lifecycle.h"
 
 #include "src/frame/engine_calls.h"
+#include "src/frame/record_lengths.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
 #include "tests/support/alloc_faults.h"

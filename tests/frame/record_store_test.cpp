@@ -1,4 +1,5 @@
 #include "src/frame/engine_calls.h"
+#include "src/frame/record_lengths.h"
 #include "src/frame/record_store.h"
 #include "src/frame/transactions.h"
 

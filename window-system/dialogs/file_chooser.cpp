@@ -11,11 +11,11 @@
 #include "window-system/model/model.h"
 #include "window-system/model/window.h"
 
+#include <array> // std::size
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <sys/stat.h>
 
 namespace varkui {

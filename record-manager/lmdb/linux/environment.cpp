@@ -291,7 +291,7 @@ int16_t OpenStore(const char *directory, bool create, const StoreFunctions *func
 
 int16_t CheckKnown(const Store &store, const BooksFacts &found)
 {
-    if (store.Dead || (!store.ReadOnly && !HasLockFile(&store))) return BtrStatusIoError;
+    if (store.Own->Dead || (!store.ReadOnly && !HasLockFile(&store))) return BtrStatusIoError;
     return CheckLength(&store, found.Size);
 }
 

@@ -236,7 +236,7 @@ void CloseStore(Store *store)
 {
     const bool first = WaitLock(store->PresenceFd, LockKind::Write, setupOffset, 1, limits.SetupWait_ms) ==
                        LockResult::Granted;
-    const int64_t used = store->Dead ? 0 : UsedSize(store);
+    const int64_t used = store->Own->Dead ? 0 : UsedSize(store);
     FreeEnvironment(store);
     if (first && used > 0 && !store->ReadOnly &&
         TryLock(store->PresenceFd, LockKind::Write, presenceOffset, 1) == LockResult::Granted)
@@ -246,7 +246,7 @@ void CloseStore(Store *store)
 
 int16_t CheckKnown(const Store &store, const BooksFacts &)
 {
-    return store.Dead ? BtrStatusIoError : BtrStatusOk;
+    return store.Own->Dead ? BtrStatusIoError : BtrStatusOk;
 }
 
 int OpenLockDescription(const Store *store)
@@ -268,7 +268,7 @@ int OpenLockDescription(const Store *store)
 
 int16_t PrepareToWrite(Store *store)
 {
-    return store->Dead ? static_cast<int16_t>(BtrStatusIoError) : MakeRoom(store);
+    return store->Own->Dead ? static_cast<int16_t>(BtrStatusIoError) : MakeRoom(store);
 }
 
 int16_t StatusOfCommit(Store *store, int error)

@@ -55,7 +55,7 @@ int16_t ReplaceMap(Store *store, size_t before, size_t size)
     if (!HasAddresses(size)) return BtrStatusHandleTableFull;
     const int error = mdb_env_set_mapsize(store->Own->Real, size);
     if (error == 0) return BtrStatusOk;
-    store->Dead = mdb_env_set_mapsize(store->Own->Real, before) != 0;
+    store->Own->Dead = mdb_env_set_mapsize(store->Own->Real, before) != 0;
     return StatusOf(error);
 }
 
@@ -122,7 +122,7 @@ int16_t MakeRoom(Store *store)
     if (size > limits.MapSize) size = limits.MapSize;
     if (Lengthen(*store, size))
         (void)ChangeMap(store, size, used > info.me_mapsize / 4 * 3 ? roomWait_ms : 0);
-    return store->Dead ? BtrStatusIoError : BtrStatusOk;
+    return store->Own->Dead ? BtrStatusIoError : BtrStatusOk;
 }
 
 } // namespace wbtrv

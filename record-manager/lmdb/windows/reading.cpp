@@ -33,7 +33,7 @@ int16_t Begin(Store *store, View *view)
     for (unsigned attempt = 0;; ++attempt) {
         int16_t status = EnterMap(store->Own);
         if (status != BtrStatusOk) return status;
-        int error = store->Dead ? MDB_PANIC : BeginOrRenew(real, view);
+        int error = store->Own->Dead ? MDB_PANIC : BeginOrRenew(real, view);
         if (error == MDB_READERS_FULL) {
             int dead = 0;
             mdb_reader_check(real, &dead);

@@ -12,9 +12,9 @@
 #include "text/fixed_text.h"
 
 #include <algorithm>
+#include <array> // std::size
 #include <cstddef>
 #include <cstring>
-#include <iterator>
 
 namespace vark {
 

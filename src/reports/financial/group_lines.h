@@ -7,8 +7,8 @@
 #include "src/walks/other_year.h"
 #include "src/walks/tree_walk.h"
 
+#include <array> // std::size
 #include <cstdint>
-#include <iterator>
 
 namespace vark {
 

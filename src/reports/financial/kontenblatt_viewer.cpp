@@ -15,9 +15,9 @@
 #include "window-system/include/dialog_table.h"
 
 #include <algorithm>
+#include <array> // std::size
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
 
 namespace vark {
 

@@ -12,9 +12,9 @@
 #include "text/fixed_text.h"
 #include "text/windows1252.h"
 
+#include <array> // std::size
 #include <cstddef>
 #include <cstring>
-#include <iterator>
 
 namespace vark {
 

@@ -10,8 +10,8 @@
 #include "text/fixed_text.h"
 
 #include <algorithm>
+#include <array> // std::begin
 #include <cstring>
-#include <iterator>
 
 namespace vark {
 
