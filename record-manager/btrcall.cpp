@@ -1,6 +1,7 @@
 #include "record-manager/include/btrcall.h"
 
 #include "record-manager/calls.h"
+#include "record-manager/fields.h"
 #include "record-manager/limits.h"
 
 #include <cassert>
@@ -27,7 +28,7 @@ int16_t TellVersion(const Call &call)
 {
     constexpr BtrVersionBlock version{7, 0, 'W'};
     if (DataSize(call) < sizeof version) return BtrStatusDataBufferShort;
-    memcpy(call.Data, &version, sizeof version);
+    PutField(call.Data, version);
     *call.DataLength = sizeof version;
     return BtrStatusOk;
 }
@@ -40,7 +41,7 @@ int16_t Open(const Call &call)
 int16_t Close(const Call &call)
 {
     const int16_t status = CloseHandle(call.On);
-    memset(call.PositionBlock, 0, BtrPositionBlockSize);
+    std::memset(call.PositionBlock, 0, BtrPositionBlockSize);
     return status;
 }
 

@@ -29,13 +29,13 @@ int16_t PrepareRecord(const Call &call, Change *change, NewRecord *record)
         wanted = wanted || (key.Autoincrement && AutoincrementOf(definition, key, call.Data) == 0);
     }
     if (!wanted) return BtrStatusOk;
-    record->Copy = static_cast<uint8_t *>(malloc(record->Size));
+    record->Copy = static_cast<uint8_t *>(std::malloc(record->Size));
     if (record->Copy == nullptr) return BtrStatusHandleTableFull;
-    memcpy(record->Copy, call.Data, record->Size);
+    std::memcpy(record->Copy, call.Data, record->Size);
     record->Data = record->Copy;
     const int16_t status = AssignNumbers(change, record->Copy, &record->Assigned);
     if (status != BtrStatusOk) {
-        free(record->Copy);
+        std::free(record->Copy);
         *record = {};
     }
     return status;
@@ -132,7 +132,7 @@ int16_t ApplyInsert(Change *change, const NewRecord &record, uint32_t number, ui
         if (!key.Duplicates) continue;
         PutBigEndian(place + RunningOffset(key), RunningOfNew(key, record, number, sequence), stampSize);
     }
-    memcpy(place + StampsSize(definition), record.Data, record.Size);
+    std::memcpy(place + StampsSize(definition), record.Data, record.Size);
     now.Sequence = highest;
     now.LastRecord = number;
     now.Records++;
@@ -166,7 +166,7 @@ int16_t Insert(const Call &call, const uint8_t *stamps)
     status = EndChange(&change, status, 1u + file->Of->Layout.KeyCount);
     if (status == BtrStatusOk) {
         if (held) (void)NoteLock(handle, call.Lock.Mode, number);
-        if (record.Assigned) memcpy(call.Data, record.Data, record.Size);
+        if (record.Assigned) std::memcpy(call.Data, record.Data, record.Size);
         handle->State = Physical::Here;
         handle->KeyOnly = false;
         handle->Record = number;
@@ -175,7 +175,7 @@ int16_t Insert(const Call &call, const uint8_t *stamps)
     } else if (held) {
         DropRecord(file, number);
     }
-    free(record.Copy);
+    std::free(record.Copy);
     return status;
 }
 
@@ -229,7 +229,7 @@ int16_t CompareKeys(Change *change, const uint8_t *from, const uint8_t *to, KeyC
         uint8_t after[maxEntryKey];
         const size_t size = EntryKeyOf(definition, key, from, 0, before);
         EntryKeyOf(definition, key, to, 0, after);
-        if (wasNull == isNull && memcmp(before, after, size) == 0) continue;
+        if (wasNull == isNull && std::memcmp(before, after, size) == 0) continue;
         changes[i] = {!wasNull, !isNull};
     }
     for (size_t i = 0; i < definition.KeyCount; ++i) {
@@ -271,7 +271,7 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
         Functions(*change).Reserve(change->Store->Pending, *change->In->Of, recordTree, KeyOfRecord(number),
                                    StampsSize(definition) + record.Size, false, &place);
     if (status != BtrStatusOk) return status;
-    memcpy(place, old.Data, StampsSize(definition));
+    std::memcpy(place, old.Data, StampsSize(definition));
     PutBigEndian(place, sequence, stampSize);
     for (size_t i = 0; i < definition.KeyCount; ++i) {
         const Key &changed = definition.Keys[i];
@@ -279,7 +279,7 @@ int16_t ApplyUpdate(Change *change, Bytes old, const NewRecord &record, const Ke
             PutBigEndian(place + RunningOffset(changed), RunningOf(changed, number, sequence), stampSize);
         }
     }
-    memcpy(place + StampsSize(definition), record.Data, record.Size);
+    std::memcpy(place + StampsSize(definition), record.Data, record.Size);
     change->In->Now.Sequence = sequence;
     change->Damaged = false;
     return BtrStatusOk;
@@ -324,11 +324,11 @@ int16_t UpdateRecord(const Call &call)
     if (status == BtrStatusOk && sequence == 0) status = BtrStatusDiskFull;
     if (status == BtrStatusOk) {
         // The stored record moves as soon as the tree is changed.
-        copy = static_cast<uint8_t *>(malloc(old.Size));
+        copy = static_cast<uint8_t *>(std::malloc(old.Size));
         if (copy == nullptr) {
             status = BtrStatusHandleTableFull;
         } else {
-            memcpy(copy, old.Data, old.Size);
+            std::memcpy(copy, old.Data, old.Size);
             old.Data = copy;
         }
     }
@@ -337,15 +337,15 @@ int16_t UpdateRecord(const Call &call)
     if (status == BtrStatusOk) status = ApplyUpdate(&change, old, record, changes, sequence);
     status = EndChange(&change, status, 1u + definition.KeyCount);
     if (status == BtrStatusOk) {
-        if (record.Assigned) memcpy(call.Data, record.Data, record.Size);
+        if (record.Assigned) std::memcpy(call.Data, record.Data, record.Size);
         handle->Version = sequence;
         if (handle->Single.Record == handle->Record) ReleaseSingle(handle);
         if (key != nullptr) {
             MoveWithRecord(call, *key, record, old, changes[KeyIndex(definition, *key)], sequence);
         }
     }
-    free(record.Copy);
-    free(copy);
+    std::free(record.Copy);
+    std::free(copy);
     return status;
 }
 
@@ -361,11 +361,11 @@ int16_t DeleteRecord(const Call &call)
     Bytes old{};
     status = FetchCurrent(change, &old);
     if (status == BtrStatusOk) {
-        uint8_t *copy = static_cast<uint8_t *>(malloc(old.Size));
+        uint8_t *copy = static_cast<uint8_t *>(std::malloc(old.Size));
         if (copy == nullptr) {
             status = BtrStatusHandleTableFull;
         } else {
-            memcpy(copy, old.Data, old.Size);
+            std::memcpy(copy, old.Data, old.Size);
             old.Data = copy;
             for (size_t i = 0; i < definition.KeyCount && status == BtrStatusOk; ++i) {
                 const Key &key = definition.Keys[i];
@@ -374,7 +374,7 @@ int16_t DeleteRecord(const Call &call)
                 EntryKeyOf(definition, key, old, entry);
                 status = RemoveEntry(&change, key, entry);
             }
-            free(copy);
+            std::free(copy);
         }
     }
     if (status == BtrStatusOk) {

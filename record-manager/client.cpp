@@ -1,5 +1,7 @@
 #include "record-manager/client.h"
 
+#include "record-manager/fields.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -48,15 +50,14 @@ void EndClientStore(ClientStore *store)
     UnlockRegistry();
     if (store->LockFd >= 0) store->Books->Do->GiveLockDescription(store->Books, &store->LockFd);
     store->Books->Do->ReleaseStore(store->Books);
-    free(store->Kept.Memory);
-    free(store);
+    std::free(store->Kept.Memory);
+    std::free(store);
 }
 
 Handle *FindHandle(const Client *client, const void *positionBlock)
 {
-    BlockImage image;
-    memcpy(&image, positionBlock, sizeof image);
-    if (memcmp(image.Mark, blockMark, sizeof image.Mark) != 0 || image.Index >= client->HandleCount)
+    const auto image = GetField<BlockImage>(positionBlock);
+    if (std::memcmp(image.Mark, blockMark, sizeof image.Mark) != 0 || image.Index >= client->HandleCount)
         return nullptr;
     Handle *handle = client->Handles[image.Index];
     return handle != nullptr && handle->Check == image.Check ? handle : nullptr;
@@ -70,18 +71,18 @@ Handle *AddHandle(Client *client, ClientFile *file, void *positionBlock)
     }
     if (index == client->HandleCount) {
         const size_t count = client->HandleCount == 0 ? 32 : client->HandleCount * 2;
-        void *larger = realloc(client->Handles, count * sizeof(void *));
+        void *larger = std::realloc(client->Handles, count * sizeof(void *));
         if (larger == nullptr) return nullptr;
         client->Handles = static_cast<Handle **>(larger);
-        memset(client->Handles + client->HandleCount, 0, (count - client->HandleCount) * sizeof(void *));
+        std::memset(client->Handles + client->HandleCount, 0, (count - client->HandleCount) * sizeof(void *));
         client->HandleCount = count;
     }
-    auto *handle = static_cast<Handle *>(calloc(1, sizeof(Handle)));
+    auto *handle = static_cast<Handle *>(std::calloc(1, sizeof(Handle)));
     if (handle == nullptr) return nullptr;
     const size_t trees = IndexTree(file->Of->Layout.KeyCount);
-    handle->Cursors = static_cast<Cursor **>(calloc(trees, sizeof(Cursor *)));
+    handle->Cursors = static_cast<Cursor **>(std::calloc(trees, sizeof(Cursor *)));
     if (handle->Cursors == nullptr) {
-        free(handle);
+        std::free(handle);
         return nullptr;
     }
     handle->In = file;
@@ -91,11 +92,11 @@ Handle *AddHandle(Client *client, ClientFile *file, void *positionBlock)
     client->Handles[index] = handle;
 
     BlockImage image{};
-    memcpy(image.Mark, blockMark, sizeof image.Mark);
+    std::memcpy(image.Mark, blockMark, sizeof image.Mark);
     image.Index = handle->Index;
     image.Check = handle->Check;
-    memset(positionBlock, 0, BtrPositionBlockSize);
-    memcpy(positionBlock, &image, sizeof image);
+    std::memset(positionBlock, 0, BtrPositionBlockSize);
+    PutField(positionBlock, image);
     return handle;
 }
 
@@ -105,9 +106,9 @@ void RemoveHandle(Client *client, Handle *handle)
     for (size_t tree = 0; tree < IndexTree(handle->In->Of->Layout.KeyCount); ++tree) {
         if (handle->Cursors[tree] != nullptr) handle->In->Of->Do->CloseCursor(handle->Cursors[tree]);
     }
-    free(handle->Cursors);
-    free(handle->Multiple.Locks);
-    free(handle);
+    std::free(handle->Cursors);
+    std::free(handle->Multiple.Locks);
+    std::free(handle);
 }
 
 int16_t AcquireClientStore(Client *client, const char *directory, bool create, bool readOnly,
@@ -122,7 +123,7 @@ int16_t AcquireClientStore(Client *client, const char *directory, bool create, b
         *out = store;
         return BtrStatusOk;
     }
-    auto *store = static_cast<ClientStore *>(calloc(1, sizeof(ClientStore)));
+    auto *store = static_cast<ClientStore *>(std::calloc(1, sizeof(ClientStore)));
     if (store == nullptr) {
         books->Do->ReleaseStore(books);
         return BtrStatusHandleTableFull;
@@ -202,9 +203,9 @@ void ReleaseClientFile(ClientFile *file)
     *link = file->Next;
     file->Of->Do->DropOpen(file->Home->Books, file->Of->Number);
     file->Of->Do->ReleaseFile(file->Home->Books, file->Of);
-    free(file->Held.Entries);
-    free(file->Implicit.Entries);
-    free(file);
+    std::free(file->Held.Entries);
+    std::free(file->Implicit.Entries);
+    std::free(file);
 }
 
 int16_t BeginView(ClientStore *store, View **view)
@@ -233,12 +234,12 @@ bool Keep(ClientStore *store, Bytes *first, Bytes *second)
     Keeping &kept = store->Kept;
     const size_t size = first->Size + second->Size;
     if (size > kept.Size) {
-        void *larger = realloc(kept.Memory, size);
+        void *larger = std::realloc(kept.Memory, size);
         if (larger == nullptr) return false;
         kept = {static_cast<uint8_t *>(larger), size};
     }
-    if (first->Size > 0) memcpy(kept.Memory, first->Data, first->Size);
-    if (second->Size > 0) memcpy(kept.Memory + first->Size, second->Data, second->Size);
+    if (first->Size > 0) std::memcpy(kept.Memory, first->Data, first->Size);
+    if (second->Size > 0) std::memcpy(kept.Memory + first->Size, second->Data, second->Size);
     *first = {kept.Memory, first->Size};
     *second = {kept.Memory + first->Size, second->Size};
     return true;

@@ -51,7 +51,7 @@ Client *MakeClient()
 {
     pthread_once(&once, WatchThreads);
     if (!threadsAreWatched) return nullptr;
-    auto *client = static_cast<Client *>(calloc(1, sizeof(Client)));
+    auto *client = static_cast<Client *>(std::calloc(1, sizeof(Client)));
     if (client == nullptr) return nullptr;
     client->Process = forks;
     LockRegistry();
@@ -98,8 +98,8 @@ void FreeClient(Client *client)
     *client->Link = client->Next;
     if (client->Next != nullptr) client->Next->Link = client->Link;
     UnlockRegistry();
-    free(client->Handles);
-    free(client);
+    std::free(client->Handles);
+    std::free(client);
 }
 
 void EndClient()

@@ -1,5 +1,6 @@
 #include "record-manager/definition.h"
 
+#include "record-manager/fields.h"
 #include "record-manager/limits.h"
 
 #include <cstring>
@@ -111,11 +112,11 @@ void FinishKey(Definition *definition, Key *key)
 int16_t ParseDefinition(const void *buffer, size_t length, Definition *definition)
 {
     const auto *bytes = static_cast<const uint8_t *>(buffer);
-    memset(definition, 0, sizeof *definition);
-    memset(definition->KeyByNumber, noKey, sizeof definition->KeyByNumber);
+    std::memset(definition, 0, sizeof *definition);
+    std::memset(definition->KeyByNumber, noKey, sizeof definition->KeyByNumber);
     BtrFileHeader &header = definition->Header;
     if (length < sizeof header) return BtrStatusDataBufferShort;
-    memcpy(&header, bytes, sizeof header);
+    header = GetField<BtrFileHeader>(bytes);
 
     if (header.PageSize < 512 || header.PageSize > 4096 || header.PageSize % 512 != 0)
         return BtrStatusBadPageSize;
@@ -134,7 +135,7 @@ int16_t ParseDefinition(const void *buffer, size_t length, Definition *definitio
             if (definition->SegmentCount == MaxSegments(header.PageSize)) return BtrStatusBadKeyCount;
             const size_t offset = sizeof header + definition->SegmentCount * sizeof segment;
             if (length < offset + sizeof segment) return BtrStatusDataBufferShort;
-            memcpy(&segment, bytes + offset, sizeof segment);
+            segment = GetField<BtrKeyEntry>(bytes + offset);
             if (key.SegmentCount == 0) definition->KeyEntries[key.FirstSegment] = segment;
             const int16_t status = ParseSegment(segment, definition, &key);
             if (status != BtrStatusOk) return status;

@@ -1,4 +1,5 @@
 #include "record-manager/calls.h"
+#include "record-manager/fields.h"
 #include "record-manager/limits.h"
 #include "record-manager/platform.h"
 
@@ -24,17 +25,17 @@ int16_t ParsePath(const Call &call, FilePath *path)
     if (call.Key == nullptr) return BtrStatusBadName;
     const size_t length = strnlen(reinterpret_cast<const char *>(call.Key), call.KeyLength);
     if (length == call.KeyLength || length == 0) return BtrStatusBadName;
-    memcpy(path->Whole, call.Key, length);
+    std::memcpy(path->Whole, call.Key, length);
     path->Whole[length] = 0;
     const size_t name = NameIn(path->Whole, length);
     path->Name = path->Whole + name;
-    if (path->Name[0] == 0 || strcmp(path->Name, ".") == 0 || strcmp(path->Name, "..") == 0)
+    if (path->Name[0] == 0 || std::strcmp(path->Name, ".") == 0 || std::strcmp(path->Name, "..") == 0)
         return BtrStatusBadName;
     if (name == 0) {
-        memcpy(path->Directory, ".", 2);
+        std::memcpy(path->Directory, ".", 2);
     } else {
         const size_t cut = DirectoryBefore(path->Whole, name);
-        memcpy(path->Directory, path->Whole, cut);
+        std::memcpy(path->Directory, path->Whole, cut);
         path->Directory[cut] = 0;
     }
     return BtrStatusOk;
@@ -95,7 +96,7 @@ int16_t AcquireNamed(ClientStore *store, const FilePath &path, File **file)
 
 int16_t AddClientFile(ClientStore *store, File *file, ClientFile **out)
 {
-    auto *made = static_cast<ClientFile *>(calloc(1, sizeof(ClientFile)));
+    auto *made = static_cast<ClientFile *>(std::calloc(1, sizeof(ClientFile)));
     if (made == nullptr) return BtrStatusHandleTableFull;
     made->Home = store;
     made->Of = file;
@@ -178,16 +179,16 @@ int16_t LockToReplace(ClientStore *store, uint32_t number)
 
 int16_t CreatePending(ClientStore *store, const char *name, const Definition &definition, uint32_t replaced)
 {
-    auto *created = static_cast<PendingCreate *>(calloc(1, sizeof(PendingCreate)));
+    auto *created = static_cast<PendingCreate *>(std::calloc(1, sizeof(PendingCreate)));
     if (created == nullptr) return BtrStatusHandleTableFull;
     created->Layout = definition;
     created->Replaced = replaced;
-    memcpy(created->Name, name, strnlen(name, BtrPathSize));
+    std::memcpy(created->Name, name, strnlen(name, BtrPathSize));
     const int16_t status = store->Books->Do->CreateFile(store->Pending, name, definition);
     if (status != BtrStatusOk) {
         // The catalogue may be half changed.
         store->Broken = status;
-        free(created);
+        std::free(created);
         return status;
     }
     PendingCreate **link = &store->Created;
@@ -328,14 +329,14 @@ int16_t StatFile(const Call &call)
     header.DuplicatePointers = 0;
     header.Reserved13 = 0;
     header.Pages = 0;
-    memcpy(call.Data, &header, sizeof header);
+    PutField(call.Data, header);
     uint8_t *out = call.Data + sizeof header;
     for (size_t i = 0; i < definition.KeyCount; ++i) {
         const Key &key = definition.Keys[i];
         for (size_t j = 0; j < key.SegmentCount; ++j, out += sizeof(BtrKeyEntry)) {
             BtrKeyEntry segment = definition.KeyEntries[key.FirstSegment + j];
             segment.UniqueValues = counters.UniqueValues[i];
-            memcpy(out, &segment, sizeof segment);
+            PutField(out, segment);
         }
     }
     *call.DataLength = static_cast<uint32_t>(DefinitionSize(definition));

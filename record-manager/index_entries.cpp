@@ -17,7 +17,7 @@ Cursor *IndexCursor(Change *change, const Key &key, int16_t *status)
 int16_t HasNeighbour(const Change &change, Cursor *cursor, const Key &key, Bytes entry, Side side, bool *has)
 {
     uint8_t bound[maxEntryKey + 1];
-    memcpy(bound, entry.Data, entry.Size);
+    std::memcpy(bound, entry.Data, entry.Size);
     bound[entry.Size] = 0;
     Bytes found;
     Bytes ignored;

@@ -59,21 +59,21 @@ void OrderSegment(const Segment &segment, const uint8_t *from, uint8_t *out)
     const size_t length = segment.Length;
     switch (segment.Kind) {
     case SegmentKind::String:
-        memcpy(out, from, length);
+        std::memcpy(out, from, length);
         if (segment.Caseless) UpperCase(out, length);
         break;
     case SegmentKind::ZString: {
         const size_t used = strnlen(reinterpret_cast<const char *>(from), length);
-        memcpy(out, from, used);
-        memset(out + used, 0, length - used);
+        std::memcpy(out, from, used);
+        std::memset(out + used, 0, length - used);
         if (segment.Caseless) UpperCase(out, used);
         break;
     }
     case SegmentKind::LString: {
         // The length goes behind the text, where it tells a text from the same with zeros appended.
         const size_t used = from[0] < length ? from[0] : length - 1;
-        memcpy(out, from + 1, used);
-        memset(out + used, 0, length - 1 - used);
+        std::memcpy(out, from + 1, used);
+        std::memset(out + used, 0, length - 1 - used);
         if (segment.Caseless) UpperCase(out, used);
         out[length - 1] = static_cast<uint8_t>(used);
         break;
@@ -106,7 +106,7 @@ void OrderedFromRecord(const Definition &definition, const Key &key, const uint8
 {
     const Segment *segment = &definition.Segments[key.FirstSegment];
     if (key.Plain) {
-        memcpy(out, record + segment->Offset, segment->Length);
+        std::memcpy(out, record + segment->Offset, segment->Length);
         return;
     }
     for (unsigned i = 0; i < key.SegmentCount; ++i, ++segment) {
@@ -118,7 +118,7 @@ void OrderedFromRecord(const Definition &definition, const Key &key, const uint8
 void OrderedFromValue(const Definition &definition, const Key &key, const uint8_t *value, uint8_t *out)
 {
     if (key.Plain) {
-        memcpy(out, value, key.Length);
+        std::memcpy(out, value, key.Length);
         return;
     }
     const Segment *segment = &definition.Segments[key.FirstSegment];
@@ -133,7 +133,7 @@ void ValueFromRecord(const Definition &definition, const Key &key, const uint8_t
 {
     const Segment *segment = &definition.Segments[key.FirstSegment];
     for (unsigned i = 0; i < key.SegmentCount; ++i, ++segment) {
-        memcpy(value, record + segment->Offset, segment->Length);
+        std::memcpy(value, record + segment->Offset, segment->Length);
         value += segment->Length;
     }
 }
@@ -153,7 +153,7 @@ bool SameBytes(const Definition &definition, const Key &key, const uint8_t *one,
 {
     const Segment *segment = &definition.Segments[key.FirstSegment];
     for (unsigned i = 0; i < key.SegmentCount; ++i, ++segment) {
-        if (memcmp(one + segment->Offset, other + segment->Offset, segment->Length) != 0) return false;
+        if (std::memcmp(one + segment->Offset, other + segment->Offset, segment->Length) != 0) return false;
     }
     return true;
 }

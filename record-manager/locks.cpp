@@ -68,13 +68,14 @@ size_t Slot(const RecordCounts &counts, uint32_t record)
 bool Grow(RecordCounts *counts)
 {
     RecordCounts larger{nullptr, counts->Capacity == 0 ? 16 : counts->Capacity * 2, counts->Used};
-    larger.Entries = static_cast<RecordCounts::Entry *>(calloc(larger.Capacity, sizeof(RecordCounts::Entry)));
+    larger.Entries =
+        static_cast<RecordCounts::Entry *>(std::calloc(larger.Capacity, sizeof(RecordCounts::Entry)));
     if (larger.Entries == nullptr) return false;
     for (size_t i = 0; i < counts->Capacity; ++i) {
         const RecordCounts::Entry &entry = counts->Entries[i];
         if (entry.Record != 0) larger.Entries[Slot(larger, entry.Record)] = entry;
     }
-    free(counts->Entries);
+    std::free(counts->Entries);
     *counts = larger;
     return true;
 }

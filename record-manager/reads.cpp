@@ -154,7 +154,7 @@ int16_t Deliver(const Call &call, const Found &found)
     const size_t length = found.Stored.Size - StampsSize(definition);
     const size_t room = DataSize(call);
     if (room < definition.RecordLength) return BtrStatusDataBufferShort;
-    memcpy(call.Data, RecordOf(definition, found.Stored), length < room ? length : room);
+    std::memcpy(call.Data, RecordOf(definition, found.Stored), length < room ? length : room);
     if (length > room) return BtrStatusDataBufferShort;
     *call.DataLength = static_cast<uint32_t>(length);
     return BtrStatusOk;
@@ -199,7 +199,7 @@ void MakeSearch(const Call &call, const Key &key, Search *search)
     case BtrOpGetLast: search->Where = Side::Last; return;
     case BtrOpGetNext:
     case BtrOpGetPrevious:
-        memcpy(search->Bound, handle.Place, handle.PlaceLength);
+        std::memcpy(search->Bound, handle.Place, handle.PlaceLength);
         search->Size = handle.PlaceLength;
         search->Where = Side::Before;
         if (call.Operation == BtrOpGetPrevious) return;
@@ -217,7 +217,7 @@ void MakeSearch(const Call &call, const Key &key, Search *search)
     }
     if (call.Operation == BtrOpGetGreater || call.Operation == BtrOpGetLessOrEqual) {
         // Sorts behind every entry of the value, whatever its running number.
-        memset(search->Bound + search->Size, 0xFF, stampSize + 1);
+        std::memset(search->Bound + search->Size, 0xFF, stampSize + 1);
         search->Size += stampSize + 1;
     }
     if (call.Operation == BtrOpGetLess || call.Operation == BtrOpGetLessOrEqual) search->Where = Side::Before;
@@ -251,7 +251,7 @@ int16_t ReadByKey(const Call &call)
     handle->LogicalKey = call.KeyNumber;
     handle->AtPlace = handle->In->Home->Pending == nullptr;
     handle->PlaceLength = found.Entry.Size;
-    memcpy(handle->Place, found.Entry.Data, found.Entry.Size);
+    std::memcpy(handle->Place, found.Entry.Data, found.Entry.Size);
     if (!call.KeyOnly) status = Deliver(call, found);
     if (status == BtrStatusOk) {
         ValueFromRecord(definition, *key, RecordOf(definition, found.Stored), call.Key);
@@ -292,7 +292,7 @@ int16_t Step(const Call &call, int16_t (*deliver)(const Call &call, const Found 
         if (forward || handle->State == Physical::Behind) ++bound;
         // Behind the highest number there is nothing.
         if (forward && bound == 0) return BtrStatusEndOfFile;
-        memcpy(search.Bound, &bound, sizeof bound);
+        PutField(search.Bound, bound);
         search.Size = sizeof bound;
         search.Where = forward ? Side::AtOrAfter : Side::Before;
         search.FromHere = true;

@@ -89,7 +89,7 @@ int16_t ReserveLock(LockList *list)
 {
     if (list->Count < list->Capacity) return BtrStatusOk;
     const size_t capacity = list->Capacity == 0 ? 8 : list->Capacity * 2;
-    void *larger = realloc(list->Locks, capacity * sizeof(HeldLock));
+    void *larger = std::realloc(list->Locks, capacity * sizeof(HeldLock));
     if (larger == nullptr) return BtrStatusHandleTableFull;
     list->Locks = static_cast<HeldLock *>(larger);
     list->Capacity = capacity;

@@ -11,6 +11,7 @@
 // of a group of duplicates comes last in it; a key with repeating duplicates has the record number instead.
 #pragma once
 
+#include "record-manager/fields.h"
 #include "record-manager/keys.h"
 #include "record-manager/limits.h"
 #include "record-manager/store.h"
@@ -46,9 +47,7 @@ inline Bytes KeyOfRecord(const uint32_t &record)
 // The record number that a tree gives, as a record's key or an entry's value; 0 when it is none.
 inline uint32_t RecordNumber(Bytes bytes)
 {
-    uint32_t record = 0;
-    if (bytes.Size == sizeof record) memcpy(&record, bytes.Data, sizeof record);
-    return record;
+    return bytes.Size == sizeof(uint32_t) ? GetField<uint32_t>(bytes.Data) : 0;
 }
 
 inline size_t StampsSize(const Definition &definition) { return stampSize * (1u + definition.DuplicateKeys); }
@@ -74,7 +73,7 @@ inline size_t EntryKeySize(const Key &key) { return key.Length + (key.Duplicates
 // Whether an entry's key begins with the first `size` bytes of `bound`.
 inline bool BeginsWith(Bytes key, const uint8_t *bound, size_t size)
 {
-    return key.Size >= size && memcmp(key.Data, bound, size) == 0;
+    return key.Size >= size && std::memcmp(key.Data, bound, size) == 0;
 }
 
 // The index entry of a record under one of its keys; returns its size.

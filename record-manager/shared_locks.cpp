@@ -22,11 +22,11 @@ LockResult LockFile(const SharedLocks &locks, uint32_t number, bool alone)
 
 LockResult HoldFirst(SharedLocks &locks, uint32_t number, bool alone)
 {
-    auto *made = static_cast<OpenLock *>(calloc(1, sizeof(OpenLock)));
+    auto *made = static_cast<OpenLock *>(std::calloc(1, sizeof(OpenLock)));
     if (made == nullptr) return LockResult::NoMemory;
     const LockResult result = LockFile(locks, number, alone);
     if (result != LockResult::Granted) {
-        free(made);
+        std::free(made);
         return result;
     }
     *made = {locks.Files, number, 1, alone};
@@ -85,7 +85,7 @@ void DropOpen(SharedLocks &locks, uint32_t number)
     if (file != nullptr && --file->Clients == 0) {
         *link = file->Next;
         Unlock(locks.Fd, OpensOffset(number), 1);
-        free(file);
+        std::free(file);
     }
     pthread_mutex_unlock(&locks.Mutex);
 }
@@ -132,7 +132,7 @@ void FreeSharedLocks(SharedLocks &locks)
     while (locks.Files != nullptr) {
         OpenLock *file = locks.Files;
         locks.Files = file->Next;
-        free(file);
+        std::free(file);
     }
     while (locks.Spares > 0) {
         CloseDescription(locks.Spare[--locks.Spares]);

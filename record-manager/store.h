@@ -66,8 +66,8 @@ struct Store {
     uint64_t LockInode;
     unsigned Users; // clients; guarded by the registry's mutex
     bool ReadOnly;
-    bool Unseen;            // nor may we write where readers are noted, so writers do not know of us
-    pthread_mutex_t Mutex;  // Files, and every opening and closing of a tree
+    bool Unseen;           // nor may we write where readers are noted, so writers do not know of us
+    pthread_mutex_t Mutex; // Files, and every opening and closing of a tree
     File *Files;
     SharedLocks Shared;
 };

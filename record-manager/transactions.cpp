@@ -12,7 +12,7 @@ namespace {
 void LeaveWriter(ClientStore *store)
 {
     for (ClientFile *file = store->Files; file != nullptr; file = file->Next) {
-        if (file->Cursors) memset(file->WriteCursors, 0, sizeof file->WriteCursors);
+        if (file->Cursors) std::memset(file->WriteCursors, 0, sizeof file->WriteCursors);
         file->Cursors = false;
     }
     store->Pending = nullptr;
@@ -26,7 +26,7 @@ void ForgetCreated(ClientStore *store)
         PendingCreate *created = store->Created;
         store->Created = created->Next;
         if (created->Replaced != 0) store->Books->Do->DropOpen(store->Books, created->Replaced);
-        free(created);
+        std::free(created);
     }
 }
 

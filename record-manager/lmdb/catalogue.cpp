@@ -28,8 +28,8 @@ struct NameKey {
 NameKey KeyOfName(const char *name)
 {
     NameKey key{};
-    memcpy(key.Text, "n:", 2);
-    memcpy(key.Text + 2, name, strnlen(name, BtrPathSize));
+    std::memcpy(key.Text, "n:", 2);
+    std::memcpy(key.Text + 2, name, strnlen(name, BtrPathSize));
     return key;
 }
 
@@ -43,7 +43,7 @@ int16_t FindFileNumber(View *view, const char *name, uint32_t *number)
     if (status == BtrStatusKeyNotFound) return BtrStatusOk;
     if (status != BtrStatusOk) return status;
     if (value.Size != sizeof *number) return BtrStatusForeignFile;
-    memcpy(number, value.Data, sizeof *number);
+    *number = GetField<uint32_t>(value.Data);
     return BtrStatusOk;
 }
 
@@ -91,7 +91,7 @@ void ForgetReplaced(Store *store, const char *name, uint32_t number)
 {
     for (File **link = &store->Files; *link != nullptr;) {
         File *file = *link;
-        if (file->Uses > 0 || file->Number == number || strcmp(file->Name, name) != 0) {
+        if (file->Uses > 0 || file->Number == number || std::strcmp(file->Name, name) != 0) {
             link = &file->Next;
             continue;
         }
@@ -99,13 +99,13 @@ void ForgetReplaced(Store *store, const char *name, uint32_t number)
             mdb_dbi_close(store->Own->Real, file->Trees[tree]);
         }
         *link = file->Next;
-        free(file);
+        std::free(file);
     }
 }
 
 int16_t LoadFile(const View &view, uint32_t number, const char *name, File **out)
 {
-    auto *file = static_cast<File *>(calloc(1, sizeof(File)));
+    auto *file = static_cast<File *>(std::calloc(1, sizeof(File)));
     if (file == nullptr) return BtrStatusHandleTableFull;
     int16_t status = LoadDefinition(view, number, &file->Layout);
     if (status == BtrStatusOk) {
@@ -114,12 +114,12 @@ int16_t LoadFile(const View &view, uint32_t number, const char *name, File **out
                               : OpenTreesForAll(view.Of, number, keys, file->Trees);
     }
     if (status != BtrStatusOk) {
-        free(file);
+        std::free(file);
         return status;
     }
     file->Number = number;
     file->Do = view.Of->Do;
-    memcpy(file->Name, name, strnlen(name, BtrPathSize));
+    std::memcpy(file->Name, name, strnlen(name, BtrPathSize));
     *out = file;
     return BtrStatusOk;
 }
@@ -140,7 +140,7 @@ int16_t AcquireFileIn(View *view, const char *name, File **out)
         status = LoadFile(*view, number, name, &file);
         if (status != BtrStatusOk) return status;
         if (!IsStillWhole(*view)) {
-            free(file);
+            std::free(file);
             return BtrStatusConflict;
         }
         file->Next = store->Files;
@@ -158,7 +158,7 @@ void ForgetFile(Store *store, uint32_t number)
         File *file = *link;
         if (file->Number != number) continue;
         *link = file->Next;
-        free(file);
+        std::free(file);
         return;
     }
 }
@@ -168,11 +168,10 @@ void ForgetFile(Store *store, uint32_t number)
 int16_t ReadKeyCount(View *view, uint32_t number, size_t *keys)
 {
     Bytes value;
-    BtrFileHeader header;
     const int16_t status = FindInCatalogue(*view, KeyOf(number, 'd').Text, &value);
     if (status != BtrStatusOk) return status;
-    if (value.Size < sizeof header) return BtrStatusForeignFile;
-    memcpy(&header, value.Data, sizeof header);
+    if (value.Size < sizeof(BtrFileHeader)) return BtrStatusForeignFile;
+    const auto header = GetField<BtrFileHeader>(value.Data);
     *keys = header.KeyCount;
     return header.KeyCount <= BtrMaxKeys ? BtrStatusOk : BtrStatusForeignFile;
 }
@@ -228,7 +227,7 @@ int16_t ReadFormat(const View &view, FormatRecord *format)
     if (status == BtrStatusKeyNotFound) return BtrStatusForeignFile;
     if (status != BtrStatusOk) return status;
     if (value.Size != sizeof *format) return BtrStatusForeignFile;
-    memcpy(format, value.Data, sizeof *format);
+    *format = GetField<FormatRecord>(value.Data);
     return BtrStatusOk;
 }
 
@@ -272,9 +271,9 @@ int16_t CreateFile(Writer *writer, const char *name, const Definition &definitio
     if (status == BtrStatusOk) status = PutCatalogue(writer, KeyOfName(name).Text, &number, sizeof number);
     if (status == BtrStatusOk) {
         uint8_t stored[sizeof(BtrFileHeader) + BtrMaxKeys * sizeof(BtrKeyEntry)];
-        memcpy(stored, &definition.Header, sizeof(BtrFileHeader));
-        memcpy(stored + sizeof(BtrFileHeader), definition.KeyEntries,
-               definition.SegmentCount * sizeof(BtrKeyEntry));
+        PutField(stored, definition.Header);
+        std::memcpy(stored + sizeof(BtrFileHeader), definition.KeyEntries,
+                    definition.SegmentCount * sizeof(BtrKeyEntry));
         status = PutCatalogue(writer, KeyOf(number, 'd').Text, stored, DefinitionSize(definition));
     }
     if (status == BtrStatusOk) {
@@ -340,14 +339,13 @@ int16_t ReadCounters(View *view, const File &file, Counters *counters)
     const int16_t status = FindInCatalogue(*view, KeyOf(file.Number, 'c').Text, &value);
     if (status == BtrStatusKeyNotFound) return BtrStatusForeignFile;
     if (status != BtrStatusOk) return status;
-    StoredCounters stored;
     const size_t values = file.Layout.KeyCount * sizeof(uint32_t);
-    if (value.Size != sizeof stored + values) return BtrStatusForeignFile;
-    memcpy(&stored, value.Data, sizeof stored);
+    if (value.Size != sizeof(StoredCounters) + values) return BtrStatusForeignFile;
+    const auto stored = GetField<StoredCounters>(value.Data);
     counters->LastRecord = stored.LastRecord;
     counters->Records = stored.Records;
     counters->Sequence = stored.Sequence;
-    memcpy(counters->UniqueValues, value.Data + sizeof stored, values);
+    std::memcpy(counters->UniqueValues, value.Data + sizeof stored, values);
     return BtrStatusOk;
 }
 
@@ -356,8 +354,8 @@ int16_t WriteCounters(Writer *writer, const File &file, const Counters &counters
     uint8_t bytes[sizeof(StoredCounters) + sizeof counters.UniqueValues];
     const StoredCounters stored{counters.LastRecord, counters.Records, counters.Sequence};
     const size_t values = file.Layout.KeyCount * sizeof(uint32_t);
-    memcpy(bytes, &stored, sizeof stored);
-    memcpy(bytes + sizeof stored, counters.UniqueValues, values);
+    PutField(bytes, stored);
+    std::memcpy(bytes + sizeof stored, counters.UniqueValues, values);
     return PutCatalogue(writer, KeyOf(file.Number, 'c').Text, bytes, sizeof stored + values);
 }
 

@@ -7,6 +7,8 @@
 // before there were sums have none at all, and tell so by those of their meta pages.
 #pragma once
 
+#include "record-manager/fields.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -77,12 +79,7 @@ static_assert(metaBegin == 32 && metaSize == 120);
 inline constexpr size_t smallestPage = 512;
 inline constexpr size_t largestPage = 65536;
 
-inline PageHead HeadOf(const uint8_t *page)
-{
-    PageHead head;
-    memcpy(&head, page, sizeof head);
-    return head;
-}
+inline PageHead HeadOf(const uint8_t *page) { return GetField<PageHead>(page); }
 
 inline size_t CountNodes(const PageHead &head) { return (head.Lower - sizeof head) / sizeof(uint16_t); }
 
@@ -91,17 +88,10 @@ inline uint32_t PagesOfRun(const PageHead &head) { return head.Lower | uint32_t{
 
 inline const uint8_t *NodeAt(const uint8_t *page, size_t index)
 {
-    uint16_t offset = 0;
-    memcpy(&offset, page + sizeof(PageHead) + index * sizeof offset, sizeof offset);
-    return page + offset;
+    return page + GetField<uint16_t>(page + sizeof(PageHead) + index * sizeof(uint16_t));
 }
 
-inline NodeHead NodeOf(const uint8_t *at)
-{
-    NodeHead node;
-    memcpy(&node, at, sizeof node);
-    return node;
-}
+inline NodeHead NodeOf(const uint8_t *at) { return GetField<NodeHead>(at); }
 
 inline uint64_t ChildOf(const NodeHead &node)
 {

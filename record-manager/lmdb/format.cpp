@@ -21,9 +21,9 @@ BooksPath PathOfBooks(const char *directory)
 {
     BooksPath path;
     const size_t length = strnlen(directory, BtrPathSize);
-    memcpy(path.Text, directory, length);
+    std::memcpy(path.Text, directory, length);
     path.Text[length] = '/';
-    memcpy(path.Text + length + 1, booksName, sizeof booksName);
+    std::memcpy(path.Text + length + 1, booksName, sizeof booksName);
     return path;
 }
 
@@ -34,7 +34,7 @@ int16_t WriteFormat(Store *store)
     int16_t status = StatusOf(mdb_txn_begin(own->Real, nullptr, 0, &transaction));
     if (status != BtrStatusOk) return status;
     FormatRecord format{};
-    memcpy(format.Mark, formatMark, sizeof format.Mark);
+    std::memcpy(format.Mark, formatMark, sizeof format.Mark);
     format.Format = own->Summed ? formatWithSums : formatWithoutSums;
     MDB_val key = ToVal(formatKey);
     MDB_val value{sizeof format, &format};
@@ -59,9 +59,9 @@ int16_t CheckFormat(Store *store)
     if (status == BtrStatusKeyNotFound || (status == BtrStatusOk && value.Size != sizeof format))
         status = BtrStatusForeignFile;
     if (status == BtrStatusOk) {
-        memcpy(&format, value.Data, sizeof format);
+        format = GetField<FormatRecord>(value.Data);
         const uint32_t known = store->Own->Summed ? formatWithSums : formatWithoutSums;
-        const bool ours = memcmp(format.Mark, formatMark, sizeof format.Mark) == 0;
+        const bool ours = std::memcmp(format.Mark, formatMark, sizeof format.Mark) == 0;
         if (!ours || format.Format != known) status = BtrStatusForeignFile;
     }
     if (status == BtrStatusOk) {

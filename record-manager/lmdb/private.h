@@ -207,11 +207,14 @@ int16_t StatusOf(int error, int special, int16_t status);
 
 inline MDB_val ToVal(Bytes bytes) { return {bytes.Size, const_cast<uint8_t *>(bytes.Data)}; }
 
-inline MDB_val ToVal(const char *text) { return {strlen(text), const_cast<char *>(text)}; }
+inline MDB_val ToVal(const char *text) { return {std::strlen(text), const_cast<char *>(text)}; }
 
 inline Bytes ToBytes(const MDB_val &val) { return {static_cast<const uint8_t *>(val.mv_data), val.mv_size}; }
 
-inline Bytes ToBytes(const char *text) { return {reinterpret_cast<const uint8_t *>(text), strlen(text)}; }
+inline Bytes ToBytes(const char *text)
+{
+    return {reinterpret_cast<const uint8_t *>(text), std::strlen(text)};
+}
 
 // ---- functions.cpp ----
 

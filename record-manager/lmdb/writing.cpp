@@ -105,7 +105,7 @@ int16_t BeginWriter(Store *store, Writer **writer)
     int16_t status = PrepareToWrite(store);
     if (status != BtrStatusOk) return status;
     // The snapshot of a process that died while reading keeps space from being reused until it is cleared.
-    const int64_t now_s = time(nullptr);
+    const int64_t now_s = std::time(nullptr);
     if (now_s != own->LastReaderCheck_s) {
         own->LastReaderCheck_s = now_s;
         int dead = 0;
@@ -161,7 +161,7 @@ int16_t OpenWriteCursor(Writer *writer, const File &file, size_t tree, Cursor **
 {
     Cursor *made = writer->Free;
     if (made == nullptr) {
-        made = static_cast<Cursor *>(calloc(1, sizeof(Cursor)));
+        made = static_cast<Cursor *>(std::calloc(1, sizeof(Cursor)));
         if (made == nullptr) return BtrStatusHandleTableFull;
     } else {
         writer->Free = made->Next;

@@ -47,13 +47,11 @@ bool ReadNewestMeta(int fd, MetaPage *newest)
 // A list of free pages: how many, then their numbers.
 bool CountList(Walk *walk, const uint8_t *list, size_t size)
 {
-    uint64_t count = 0;
-    if (size < sizeof count) return false;
-    memcpy(&count, list, sizeof count);
+    if (size < sizeof(uint64_t)) return false;
+    const auto count = GetField<uint64_t>(list);
     if (count > size / sizeof count - 1) return false;
     for (uint64_t i = 1; i <= count; ++i) {
-        uint64_t page = 0;
-        memcpy(&page, list + i * sizeof page, sizeof page);
+        const auto page = GetField<uint64_t>(list + i * sizeof(uint64_t));
         if (page >= walk->Pages && page <= walk->LastPage) walk->Free++;
     }
     return true;
@@ -63,11 +61,11 @@ bool CountBigList(Walk *walk, uint64_t page, size_t size)
 {
     const uint64_t pages = (sizeof(PageHead) + size + walk->PageSize - 1) / walk->PageSize;
     if (page >= walk->Pages || pages > walk->Pages - page) return false;
-    auto *list = static_cast<uint8_t *>(malloc(size));
+    auto *list = static_cast<uint8_t *>(std::malloc(size));
     if (list == nullptr) return false;
     const bool whole =
         ReadAt(walk->Fd, list, size, page * walk->PageSize + sizeof(PageHead)) && CountList(walk, list, size);
-    free(list);
+    std::free(list);
     return whole;
 }
 
@@ -75,9 +73,8 @@ bool CountPage(Walk *walk, uint64_t number, unsigned depth);
 
 bool CountNode(Walk *walk, const uint8_t *page, size_t offset, bool leaf, unsigned depth)
 {
-    NodeHead node;
-    if (offset + sizeof node > walk->PageSize) return false;
-    memcpy(&node, page + offset, sizeof node);
+    if (offset + sizeof(NodeHead) > walk->PageSize) return false;
+    const NodeHead node = NodeOf(page + offset);
     if (!leaf) {
         return CountPage(walk, ChildOf(node), depth + 1);
     }
@@ -86,30 +83,27 @@ bool CountNode(Walk *walk, const uint8_t *page, size_t offset, bool leaf, unsign
     if ((node.Flags & BigNode) == 0) {
         return value + size <= walk->PageSize && CountList(walk, page + value, size);
     }
-    uint64_t big = 0;
-    if (value + sizeof big > walk->PageSize) return false;
-    memcpy(&big, page + value, sizeof big);
-    return CountBigList(walk, big, size);
+    if (value + sizeof(uint64_t) > walk->PageSize) return false;
+    return CountBigList(walk, GetField<uint64_t>(page + value), size);
 }
 
 bool CountPage(Walk *walk, uint64_t number, unsigned depth)
 {
     if (number >= walk->Pages || depth > deepestList) return false;
-    auto *page = static_cast<uint8_t *>(malloc(walk->PageSize));
+    auto *page = static_cast<uint8_t *>(std::malloc(walk->PageSize));
     if (page == nullptr) return false;
     PageHead head;
     bool whole = ReadAt(walk->Fd, page, walk->PageSize, number * walk->PageSize);
     if (whole) {
-        memcpy(&head, page, sizeof head);
+        head = HeadOf(page);
         whole = (head.Flags & (BranchPage | LeafPage)) != 0 && head.Lower >= sizeof head &&
                 head.Lower <= walk->PageSize;
     }
     for (size_t at = sizeof head; whole && at + sizeof(uint16_t) <= head.Lower; at += sizeof(uint16_t)) {
-        uint16_t offset = 0;
-        memcpy(&offset, page + at, sizeof offset);
+        const auto offset = GetField<uint16_t>(page + at);
         whole = CountNode(walk, page, offset, (head.Flags & LeafPage) != 0, depth);
     }
-    free(page);
+    std::free(page);
     return whole;
 }
 

@@ -30,8 +30,7 @@ void PutSums(void *from, size_t size, uint64_t offset)
     if (offset == 0) {
         // Both meta pages of new books.
         for (size_t at = 0; at + writing->PageSize <= size; at += writing->PageSize) {
-            const uint64_t sum = SumOfMeta(page + at + metaBegin);
-            memcpy(page + at + offsetof(MetaPage, Sum), &sum, sizeof sum);
+            PutField(page + at + offsetof(MetaPage, Sum), SumOfMeta(page + at + metaBegin));
         }
         return;
     }
@@ -50,9 +49,8 @@ bool IsMeta(size_t size, uint64_t offset)
 ssize_t WriteMeta(int fd, const void *from, off_t offset)
 {
     uint8_t whole[metaSize + sizeof(uint64_t)];
-    const uint64_t sum = SumOfMeta(from);
-    memcpy(whole, from, metaSize);
-    memcpy(whole + metaSize, &sum, sizeof sum);
+    std::memcpy(whole, from, metaSize);
+    PutField(whole + metaSize, SumOfMeta(from));
     const ssize_t written = pwrite(fd, whole, sizeof whole, offset);
     if (written == static_cast<ssize_t>(sizeof whole)) return metaSize;
     return written < static_cast<ssize_t>(metaSize) ? written : static_cast<ssize_t>(metaSize) - 1;

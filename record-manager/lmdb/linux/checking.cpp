@@ -99,9 +99,8 @@ int16_t LookAtRunOf(const View &view, const uint8_t *at)
 {
     const NodeHead node = NodeOf(at);
     if ((node.Flags & BigNode) == 0) return BtrStatusOk;
-    uint64_t number = 0;
     const uint8_t *ignored = nullptr;
-    memcpy(&number, at + sizeof node + node.KeySize, sizeof number);
+    const auto number = GetField<uint64_t>(at + sizeof node + node.KeySize);
     return LookAtRun(view, number, ValueSize(node), &ignored);
 }
 

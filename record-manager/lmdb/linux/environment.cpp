@@ -114,7 +114,7 @@ int16_t MakeTables(Environment *own)
         mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (marks == MAP_FAILED) return BtrStatusHandleTableFull;
     own->Marks = static_cast<std::atomic<uint32_t> *>(marks);
-    own->Trees = static_cast<LookedAt *>(calloc(limits.Trees, sizeof(LookedAt)));
+    own->Trees = static_cast<LookedAt *>(std::calloc(limits.Trees, sizeof(LookedAt)));
     return own->Trees != nullptr ? BtrStatusOk : BtrStatusHandleTableFull;
 }
 
@@ -129,13 +129,13 @@ void FreeEnvironment(Environment *own)
         own->Writing.Free = cursor->Next;
         CloseCursor(cursor);
     }
-    free(own->Trees);
-    free(own);
+    std::free(own->Trees);
+    std::free(own);
 }
 
 int16_t OpenEnvironment(Store *store, const char *directory, bool empty)
 {
-    store->Own = static_cast<Environment *>(calloc(1, sizeof(Environment)));
+    store->Own = static_cast<Environment *>(std::calloc(1, sizeof(Environment)));
     if (store->Own == nullptr) return BtrStatusHandleTableFull;
     Environment *own = store->Own;
     int16_t status = CheckMetas(store, empty);
@@ -213,14 +213,14 @@ void FreeStore(Store *store)
     while (store->Files != nullptr) {
         File *file = store->Files;
         store->Files = file->Next;
-        free(file);
+        std::free(file);
     }
     FreeSharedLocks(store->Shared);
     pthread_mutex_destroy(&store->Shared.Mutex);
     if (store->PresenceFd >= 0) close(store->PresenceFd);
     if (store->DirectoryFd >= 0) close(store->DirectoryFd);
     pthread_mutex_destroy(&store->Mutex);
-    free(store);
+    std::free(store);
 }
 
 } // namespace
@@ -259,7 +259,7 @@ int16_t OpenStore(const char *directory, bool create, const StoreFunctions *func
         const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
         return missing ? static_cast<int16_t>(BtrStatusFileNotFound) : StatusOf(errno);
     }
-    auto *store = static_cast<Store *>(calloc(1, sizeof(Store)));
+    auto *store = static_cast<Store *>(std::calloc(1, sizeof(Store)));
     if (store == nullptr) {
         close(directoryFd);
         return BtrStatusHandleTableFull;

@@ -12,13 +12,6 @@ constexpr size_t stride = lanes * sizeof(uint64_t);
 static_assert(smallestPage % stride == 0);
 constexpr uint64_t factor = 0x9E3779B97F4A7C15;
 
-uint64_t WordAt(const uint8_t *from)
-{
-    uint64_t word = 0;
-    memcpy(&word, from, sizeof word);
-    return word;
-}
-
 // Each step can be undone, so two inputs that differ in one word never come to the same.
 uint64_t Stir(uint64_t lane, uint64_t word)
 {
@@ -41,7 +34,7 @@ void StirAll(uint64_t *lane, const uint8_t *from, size_t size)
 {
     for (size_t at = 0; at < size; at += stride) {
         for (size_t i = 0; i < lanes; ++i) {
-            lane[i] = Stir(lane[i], WordAt(from + at + i * sizeof(uint64_t)));
+            lane[i] = Stir(lane[i], GetField<uint64_t>(from + at + i * sizeof(uint64_t)));
         }
     }
 }
@@ -51,11 +44,11 @@ void StirAll(uint64_t *lane, const uint8_t *from, size_t size)
 uint32_t SumOf(const uint8_t *page, size_t size)
 {
     uint8_t first[stride];
-    memcpy(first, page, stride);
+    std::memcpy(first, page, stride);
     PageHead head = HeadOf(page);
     head.Sum = 0;
     head.Flags = KindOf(head);
-    memcpy(first, &head, sizeof head);
+    PutField(first, head);
     uint64_t lane[lanes] = {1, 2, 3, 4};
     StirAll(lane, first, stride);
     StirAll(lane, page + stride, size - stride);
@@ -69,13 +62,13 @@ void PutSum(uint8_t *page, size_t size)
     PageHead head = HeadOf(page);
     head.Sum = static_cast<uint16_t>(sum);
     head.Flags = static_cast<uint16_t>(KindOf(head) | (sum >> 9 & SumFlags));
-    memcpy(page, &head, sizeof head);
+    PutField(page, head);
 }
 
 uint64_t SumOfMeta(const void *contents)
 {
     uint8_t padded[(metaSize + stride - 1) / stride * stride] = {};
-    memcpy(padded, contents, metaSize);
+    std::memcpy(padded, contents, metaSize);
     uint64_t lane[lanes] = {1, 2, 3, 4};
     StirAll(lane, padded, sizeof padded);
     const uint64_t sum = Join(lane);

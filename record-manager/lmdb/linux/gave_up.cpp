@@ -28,14 +28,13 @@ bool IsKnownVersion()
 void GoOn(Environment *environment)
 {
     if (!IsKnownVersion()) return;
-    EnvironmentHead head;
+    auto head = GetField<EnvironmentHead>(environment->Real);
     int booksFd = -1;
     unsigned known = 0;
-    memcpy(&head, environment->Real, sizeof head);
     if (mdb_env_get_fd(environment->Real, &booksFd) != 0 || head.BooksFd != booksFd) return;
     if (mdb_env_get_flags(environment->Real, &known) != 0 || (head.Flags & known) != known) return;
     head.Flags &= ~gaveUp;
-    memcpy(environment->Real, &head, sizeof head);
+    PutField(environment->Real, head);
 }
 
 } // namespace wbtrv

@@ -62,18 +62,16 @@ bool ReadFreePages(const View &base, FreePages *free)
     while (status == BtrStatusOk) {
         Bytes key;
         Bytes list;
-        uint64_t transaction = 0;
-        uint64_t count = 0;
         status = EntryAt(base, place, &key, &list);
-        if (status != BtrStatusOk || key.Size != sizeof transaction || list.Size < sizeof count) break;
-        memcpy(&transaction, key.Data, sizeof transaction);
-        memcpy(&count, list.Data, sizeof count);
+        if (status != BtrStatusOk || key.Size != sizeof(uint64_t) || list.Size < sizeof(uint64_t)) break;
+        const auto transaction = GetField<uint64_t>(key.Data);
+        const auto count = GetField<uint64_t>(list.Data);
         // What the last transaction left is still seen by whoever began to read before it.
         if (transaction >= base.Number || count > list.Size / sizeof count - 1) break;
         if (free->Lists++ == 0) free->Oldest = count;
         free->More = count > mostPages - free->Count;
         if (free->More) break;
-        memcpy(free->Pages + free->Count, list.Data + sizeof count, count * sizeof count);
+        std::memcpy(free->Pages + free->Count, list.Data + sizeof count, count * sizeof count);
         free->Count += count;
         if (free->Oldest >= nearlyUsedUp) break;
         status = PlaceNext(base, place);
@@ -112,11 +110,10 @@ bool TakeAndGiveBack(MDB_txn *writer, unsigned catalogue, size_t pages, size_t p
     MDB_val key{sizeof spareKey - 1, spareKey};
     MDB_val value{pages * pageSize - pageHead, nullptr};
     if (Guarded<mdb_put>(writer, catalogue, &key, &value, MDB_RESERVE) != 0) return false;
-    uint64_t first = 0;
-    memcpy(&first, static_cast<const uint8_t *>(value.mv_data) - pageHead, sizeof first);
+    const auto first = GetField<uint64_t>(static_cast<const uint8_t *>(value.mv_data) - pageHead);
     *found = first <= lastPage;
     // They are written once when a reader holds on to all that was free.
-    if (!*found) memset(value.mv_data, 0, value.mv_size);
+    if (!*found) std::memset(value.mv_data, 0, value.mv_size);
     return Guarded<mdb_del>(writer, catalogue, &key, nullptr) == 0;
 }
 
@@ -205,7 +202,7 @@ void NoteSplit(SplitLeaves *splits, const File &file, size_t tree, Bytes key)
     split.Tree = static_cast<uint32_t>(tree);
     split.Number = file.Trees[tree];
     split.Size = key.Size;
-    memcpy(split.Key, key.Data, key.Size);
+    std::memcpy(split.Key, key.Data, key.Size);
 }
 
 bool MoveSplitLeaves(Writer *writer)

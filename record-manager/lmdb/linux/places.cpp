@@ -18,17 +18,15 @@ Node NodeIn(const uint8_t *page, size_t index)
 
 template <typename Number> int CompareNumbers(const uint8_t *one, const uint8_t *other)
 {
-    Number a = 0;
-    Number b = 0;
-    memcpy(&a, one, sizeof a);
-    memcpy(&b, other, sizeof b);
+    const auto a = GetField<Number>(one);
+    const auto b = GetField<Number>(other);
     return a < b ? -1 : a > b;
 }
 
 int CompareBytes(Bytes one, Bytes other)
 {
     const size_t shorter = one.Size < other.Size ? one.Size : other.Size;
-    const int order = memcmp(one.Data, other.Data, shorter);
+    const int order = std::memcmp(one.Data, other.Data, shorter);
     if (order != 0) return order;
     return one.Size < other.Size ? -1 : one.Size > other.Size;
 }
@@ -226,10 +224,8 @@ int16_t EntryAt(const View &view, const Place &place, Bytes *key, Bytes *value)
     *key = found.Key;
     *value = {found.Key.Data + found.Key.Size, ValueSize(node)};
     if ((node.Flags & BigNode) == 0) return BtrStatusOk;
-    uint64_t number = 0;
     const uint8_t *run = nullptr;
-    memcpy(&number, value->Data, sizeof number);
-    const int16_t status = LookAtRun(view, number, value->Size, &run);
+    const int16_t status = LookAtRun(view, GetField<uint64_t>(value->Data), value->Size, &run);
     if (status == BtrStatusOk) value->Data = run + sizeof(PageHead);
     return status;
 }
@@ -310,7 +306,7 @@ int16_t FindTree(const View &view, uint32_t file, size_t tree, TreeHead *found)
     if (status == BtrStatusKeyNotFound) return BtrStatusForeignFile;
     if (status != BtrStatusOk) return status;
     if (value.Size != sizeof *found) return BtrStatusForeignFile;
-    memcpy(found, value.Data, sizeof *found);
+    *found = GetField<TreeHead>(value.Data);
     return BtrStatusOk;
 }
 

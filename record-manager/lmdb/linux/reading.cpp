@@ -12,7 +12,7 @@ namespace {
 // Copies one of the meta pages out of the map. False while it is being written.
 bool CopyMeta(const Environment &own, uint64_t number, MetaPage *meta)
 {
-    memcpy(meta, own.Map + (number & 1) * own.PageSize, sizeof *meta);
+    *meta = GetField<MetaPage>(own.Map + (number & 1) * own.PageSize);
     return meta->Transaction == number &&
            (!own.Summed || meta->Sum == SumOfMeta(reinterpret_cast<const uint8_t *>(meta) + metaBegin));
 }
@@ -84,7 +84,7 @@ int16_t BeginSnapshot(Store *store, View **snapshot)
 {
     const bool made = *snapshot == nullptr;
     if (made) *snapshot = store->Own->Spare.exchange(nullptr);
-    if (*snapshot == nullptr) *snapshot = static_cast<View *>(calloc(1, sizeof(View)));
+    if (*snapshot == nullptr) *snapshot = static_cast<View *>(std::calloc(1, sizeof(View)));
     if (*snapshot == nullptr) return BtrStatusHandleTableFull;
     const int16_t status = Renew(store, *snapshot);
     (*snapshot)->Open = status == BtrStatusOk;
@@ -128,13 +128,13 @@ void EndSnapshot(View *snapshot)
 void FreeSnapshot(View *snapshot)
 {
     if (snapshot->Transaction != nullptr) Guarded<mdb_txn_abort>(snapshot->Transaction);
-    free(snapshot);
+    std::free(snapshot);
 }
 
 int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands)
 {
     if (*cursor == nullptr) {
-        *cursor = static_cast<Cursor *>(calloc(1, sizeof(Cursor)));
+        *cursor = static_cast<Cursor *>(std::calloc(1, sizeof(Cursor)));
         if (*cursor == nullptr) return BtrStatusHandleTableFull;
     }
     // Two snapshots of one number are the same, page by page.
@@ -147,7 +147,7 @@ int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor
     return status;
 }
 
-void CloseCursor(Cursor *cursor) { free(cursor); }
+void CloseCursor(Cursor *cursor) { std::free(cursor); }
 
 namespace {
 
