@@ -1,8 +1,10 @@
 #include "tools/manual/header.h"
 
+#include <algorithm>
+#include <cctype>
 #include <fstream>
-#include <regex>
 #include <stdexcept>
+#include <string_view>
 
 namespace manual {
 
@@ -51,6 +53,9 @@ bool IsForReader(const std::string &line)
            line.find("[sizeof(") == std::string::npos;
 }
 
+constexpr std::string_view headingBegin = "/* ---- ";
+constexpr std::string_view headingEnd = " ---- */\n";
+
 std::string Joined(const Lines &lines)
 {
     std::string text;
@@ -60,56 +65,111 @@ std::string Joined(const Lines &lines)
     return text;
 }
 
-const std::regex inlineComment(R"( */\*[^*]*\*/)");
-
-Lines WithoutComments(const Lines &lines)
+Lines LinesOf(const std::string &text)
 {
-    Lines code;
-    for (const std::string &line : lines) {
-        code.push_back(std::regex_replace(line, inlineComment, ""));
+    Lines lines;
+    for (size_t at = 0; at < text.size();) {
+        const size_t end = std::min(text.find('\n', at), text.size());
+        lines.push_back(text.substr(at, end - at));
+        at = end + 1;
     }
-    return code;
+    return lines;
 }
 
-std::string CommentsIn(const std::string &code)
+bool IsOfName(char character)
 {
-    std::string text;
-    for (std::sregex_iterator found(code.begin(), code.end(), inlineComment), end; found != end; ++found) {
-        text += found->str() + "\n";
-    }
-    return text;
+    return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
 }
 
-std::vector<std::string> NamesIn(const std::string &text, const std::regex &name)
+// Moves the comments out of the code, with the blanks before them: a line each.
+std::string TakeComments(std::string &code)
+{
+    std::string comments;
+    for (size_t begin = code.find("/*"); begin != std::string::npos; begin = code.find("/*")) {
+        const size_t end = std::min(code.find("*/", begin), code.size() - 2) + 2;
+        comments += code.substr(begin, end - begin) + "\n";
+        const size_t blanks = code.find_last_not_of(' ', begin - 1) + 1;
+        code.erase(blanks, end - blanks);
+    }
+    return comments;
+}
+
+// Each run of white space as one blank.
+std::string OnOneLine(const std::string &text)
+{
+    std::string line;
+    for (const char character : text) {
+        const bool isBlank = character == ' ' || character == '\n';
+        if (!isBlank || !line.ends_with(' ')) line += isBlank ? ' ' : character;
+    }
+    return line;
+}
+
+// The name that ends where `end` is; empty where none does.
+std::string NameBefore(const std::string &text, size_t end)
+{
+    end = std::min(end, text.size());
+    size_t begin = end;
+    while (begin > 0 && IsOfName(text[begin - 1])) {
+        --begin;
+    }
+    return text.substr(begin, end - begin);
+}
+
+// The names that stand right before a mark, or before brackets in front of it.
+std::vector<std::string> NamesBefore(const std::string &text, const std::string &mark)
 {
     std::vector<std::string> names;
-    for (std::sregex_iterator found(text.begin(), text.end(), name), end; found != end; ++found) {
-        names.push_back((*found)[1]);
+    for (size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
+        const size_t end = at > 0 && text[at - 1] == ']' ? text.rfind('[', at) : at;
+        names.push_back(NameBefore(text, end));
     }
     return names;
 }
 
+// What a declaration has between its first bracket of a kind and its last.
+std::string Inside(const std::string &code, char open, char close)
+{
+    const size_t begin = std::min(code.find(open), code.size() - 1) + 1;
+    return code.substr(begin, std::max(code.rfind(close), begin) - begin);
+}
+
+// Without the mark of Windows' calls; the lines of a long declaration go on under its first parameter.
+std::string LineOfLinux(std::string line)
+{
+    constexpr std::string_view mark = "VARK_CALL ";
+    const size_t at = line.find(mark);
+    if (at != std::string::npos) return line.erase(at, mark.size());
+    const size_t text = std::min(line.find_first_not_of(' '), line.size());
+    const bool goesOn = text > mark.size() && line.find_first_of(",)", text + 1) != std::string::npos;
+    return goesOn ? line.substr(mark.size()) : line;
+}
+
 Declaration DeclarationOf(const Lines &lines, const std::string &comment)
 {
-    Declaration declared{.Name = {}, .Code = WithoutComments(lines), .Parts = {}, .Contract = {}};
-    declared.Contract = comment + CommentsIn(Joined(lines));
-    std::string code = Joined(declared.Code);
-    code = std::regex_replace(code, std::regex(R"(\s+)"), " ");
-    std::smatch found;
-    if (std::regex_match(code, found, std::regex(R"(\w+ VARK_CALL (VARK_\w+) ?\((.*)\); )"))) {
-        if (found[2] != "void") declared.Parts = NamesIn(found[2].str() + ",", std::regex(R"((\w+),)"));
-    } else if (std::regex_match(code, found, std::regex(R"(enum (\w+) \{(.*)\}; )"))) {
-        declared.Parts = NamesIn(found[2], std::regex(R"((\w+) = )"));
-    } else if (std::regex_match(code, found, std::regex(R"(typedef struct (\w+) \{(.*)\} \w+; )"))) {
-        declared.Parts = NamesIn(found[2], std::regex(R"((\w+)(?:\[\d+\])?;)"));
-    } else if (!std::regex_match(code, found, std::regex(R"(typedef \w+ \*(\w+); )"))) {
-        throw std::runtime_error("a declaration of unknown form: " + code);
+    Declaration declared{.Name = {}, .Code = {}, .Parts = {}, .Contract = {}};
+    std::string text = Joined(lines);
+    declared.Contract = comment + TakeComments(text);
+    const std::string code = OnOneLine(text);
+    if (const size_t call = code.find(" VARK_CALL "); call != std::string::npos) {
+        const std::string parameters = Inside(code, '(', ')');
+        declared.Name = NameBefore(code, code.find_last_not_of(' ', code.find('(') - 1) + 1);
+        if (parameters != "void") declared.Parts = NamesBefore(parameters + ",", ",");
+    } else if (code.starts_with("enum ")) {
+        declared.Name = NameBefore(code, code.find(" {"));
+        declared.Parts = NamesBefore(Inside(code, '{', '}'), " = ");
+    } else if (code.starts_with("typedef struct ") && code.find('{') != std::string::npos) {
+        declared.Name = NameBefore(code, code.find(" {"));
+        declared.Parts = NamesBefore(Inside(code, '{', '}'), ";");
+    } else if (code.starts_with("typedef ")) {
+        declared.Name = NameBefore(code, code.find(';'));
     }
-    declared.Name = found[1];
-    // The lines of a long declaration go on under its first parameter.
-    const std::regex ofLinux(R"(^(\w+ )VARK_CALL |^ {10}(?= +\S.*[,)]))");
-    for (std::string &line : declared.Code) {
-        line = std::regex_replace(line, ofLinux, "$1");
+    const std::vector<std::string> &parts = declared.Parts;
+    if (declared.Name.empty() || !code.ends_with("; ") ||
+        std::find(parts.begin(), parts.end(), std::string()) != parts.end())
+        throw std::runtime_error("a declaration of unknown form: " + code);
+    for (const std::string &line : LinesOf(text)) {
+        declared.Code.push_back(LineOfLinux(line));
     }
     return declared;
 }
@@ -134,11 +194,9 @@ std::vector<Section> SectionsOf(const Lines &header)
         throw std::runtime_error("a header that does not begin with a comment");
     std::vector<Section> sections{
         {.Heading = {}, .Contract = Joined(blocks.front().Text), .Declarations = {}}};
-    const std::regex heading(R"(/\* ---- (.*) ---- \*/\n)");
     std::string comment;
     for (size_t i = 1; i < blocks.size(); ++i) {
         const std::string text = Joined(blocks[i].Text);
-        std::smatch found;
         if (!blocks[i].IsComment) {
             Lines code;
             for (const std::string &line : blocks[i].Text) {
@@ -146,10 +204,12 @@ std::vector<Section> SectionsOf(const Lines &header)
             }
             if (!code.empty()) sections.back().Declarations.push_back(DeclarationOf(code, comment));
             comment.clear();
-        } else if (std::regex_match(text, found, heading)) {
+        } else if (text.starts_with(headingBegin) && text.ends_with(headingEnd)) {
+            const size_t length = text.size() - headingBegin.size() - headingEnd.size();
             sections.back().Contract += comment;
             comment.clear();
-            sections.push_back({.Heading = found[1], .Contract = {}, .Declarations = {}});
+            sections.push_back(
+                {.Heading = text.substr(headingBegin.size(), length), .Contract = {}, .Declarations = {}});
         } else {
             // Of two comments in a row the first one belongs to the section.
             sections.back().Contract += comment;

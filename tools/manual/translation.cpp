@@ -1,11 +1,13 @@
 #include "tools/manual/translation.h"
 
+#include "tools/common/texts.h"
+
 #include <algorithm>
 #include <cctype>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
 namespace manual {
 
@@ -53,13 +55,23 @@ void AddLine(std::vector<Piece> &pieces, const std::string &line, bool isNew)
     }
 }
 
+bool IsNumber(std::string_view word)
+{
+    if (word.starts_with('-')) word.remove_prefix(1);
+    const bool isHexadecimal = word.starts_with("0x");
+    if (isHexadecimal) word.remove_prefix(2);
+    const auto isDigit = [isHexadecimal](unsigned char character) {
+        return (isHexadecimal ? std::isxdigit(character) : std::isdigit(character)) != 0;
+    };
+    return !word.empty() && std::all_of(word.begin(), word.end(), isDigit);
+}
+
 // The numbers in a text, with their signs: "1..12", "-3", "0x40", but none in names such as Windows-1252.
 std::set<std::string> NumbersIn(const std::string &text)
 {
     const auto isOfWord = [](char character) {
         return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
     };
-    const std::regex number("-?(?:[0-9]+|0x[0-9A-Fa-f]+)");
     std::set<std::string> numbers;
     for (size_t i = 0; i < text.size();) {
         size_t end = i;
@@ -67,7 +79,7 @@ std::set<std::string> NumbersIn(const std::string &text)
             ++end;
         }
         const std::string word = text.substr(i, end - i);
-        if (std::regex_match(word, number)) numbers.insert(word);
+        if (IsNumber(word)) numbers.insert(word);
         i = end + 1;
     }
     return numbers;
@@ -145,12 +157,12 @@ void CheckSection(const Section &section, const ToldSection &told)
 std::vector<ToldSection> TranslationOf(const Lines &text)
 {
     std::vector<ToldSection> sections;
-    const std::regex heading("= (.*?) ?= (.*)");
     bool isNew = true;
     for (const std::string &line : text) {
-        std::smatch found;
-        if (std::regex_match(line, found, heading)) {
-            sections.push_back({found[1], found[2], {}, {}});
+        const size_t second = line.starts_with("= ") ? line.find("= ", 2) : std::string::npos;
+        if (second != std::string::npos) {
+            const std::string ofHeader(tools::Trimmed(line.substr(2, second - 2)));
+            sections.push_back({ofHeader, line.substr(second + 2), {}, {}});
         } else if (sections.empty()) {
             continue; // the lines at the top tell of the form
         } else if (line.starts_with("- ")) {
