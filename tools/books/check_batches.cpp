@@ -51,9 +51,9 @@ void CheckPart(YearCheck &year, const SplitRecord &part, const std::string &tabl
     }
 }
 
-constexpr int keyOfBooking = 0;   // of split
-constexpr int keyOfHeadCosts = 1; // of kobu
-constexpr int keyOfPartCosts = 2; // of kobu
+constexpr int keyOfSplitBooking = 0; // of split
+constexpr int keyOfHeadCosts = 1;    // of kobu
+constexpr int keyOfPartCosts = 2;    // of kobu
 
 // How many cost lines name a number under a key.
 int CountCosts(TableFile &costs, int32_t number, int key, int32_t KobuRecord::*field)
@@ -105,8 +105,8 @@ void CheckBooking(YearCheck &year, const BatRecord &head, TableFile &splits, Tab
                  CountCosts(costs, head.Buchungsnummer, keyOfHeadCosts, &KobuRecord::Buchungsnummer));
     int parts = 1;
     SplitRecord part{};
-    for (bool more = splits.Equal(&part, &head.Buchungsnummer, keyOfBooking);
-         more && part.Buchungsnummer == head.Buchungsnummer; more = splits.Next(&part, keyOfBooking)) {
+    for (bool more = splits.Equal(&part, &head.Buchungsnummer, keyOfSplitBooking);
+         more && part.Buchungsnummer == head.Buchungsnummer; more = splits.Next(&part, keyOfSplitBooking)) {
         ++parts;
         const std::string partKey =
             std::to_string(part.Buchungsnummer) + " " + std::to_string(part.Splitnummer);

@@ -33,7 +33,7 @@ void CheckCostObjects(YearCheck &year)
 namespace {
 
 constexpr int keyOfNumber = 5;      // of bube
-constexpr int keyOfBooking = 0;     // of bat
+constexpr int keyOfBatBooking = 0;  // of bat
 constexpr int keyOfSplitNumber = 1; // of split
 
 // Where the postings of cost lines are looked up. Those in a Stapel stand in the last year.
@@ -75,7 +75,7 @@ void CheckLineOfStapel(YearCheck &year, CostSources &sources, const KobuRecord &
             year.Tell("verweis", "kobu", key, "Splitnummer",
                       "die Teilbuchung " + std::to_string(line.Splitnummer) + " gibt es nicht");
         }
-    } else if (!sources.Bat.Equal(&head, &line.Buchungsnummer, keyOfBooking)) {
+    } else if (!sources.Bat.Equal(&head, &line.Buchungsnummer, keyOfBatBooking)) {
         year.Tell("verweis", "kobu", key, "Buchungsnummer",
                   "die Buchung " + std::to_string(line.Buchungsnummer) + " gibt es nicht im Stapel");
     }

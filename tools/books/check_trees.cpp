@@ -15,7 +15,7 @@ struct Node {
     bool IsReached;
 };
 
-struct Tree {
+struct CheckedTree {
     vark::TableId Id;
     int16_t Zuordnung;
     std::map<int32_t, Node> Nodes;
@@ -28,7 +28,7 @@ struct Tree {
 constexpr int depthMax = 100;
 
 // An account is looked up in a tree by the number as it stands there.
-void CheckLeafText(YearCheck &year, const Tree &tree, const StructureRecord &record)
+void CheckLeafText(YearCheck &year, const CheckedTree &tree, const StructureRecord &record)
 {
     const std::string text = FieldText(record.Text);
     if (text.size() == accountDigits && text.back() != ' ') return;
@@ -36,7 +36,7 @@ void CheckLeafText(YearCheck &year, const Tree &tree, const StructureRecord &rec
               "die Kontonummer „" + text + "“ steht nicht rechtsbündig in sieben Zeichen");
 }
 
-void CheckGroup(YearCheck &year, const Tree &tree, const StructureRecord &record, int depth)
+void CheckGroup(YearCheck &year, const CheckedTree &tree, const StructureRecord &record, int depth)
 {
     const std::string &stem = LayoutOf(tree.Id).Stem;
     const std::string key = std::to_string(record.Id);
@@ -46,7 +46,7 @@ void CheckGroup(YearCheck &year, const Tree &tree, const StructureRecord &record
     if (depth > 2) year.Tell("baum", stem, key, "Id", "es gibt nur drei Ebenen von Gruppen");
 }
 
-void WalkTree(YearCheck &year, Tree &tree, int32_t id, int depth)
+void WalkTree(YearCheck &year, CheckedTree &tree, int32_t id, int depth)
 {
     const std::string &stem = LayoutOf(tree.Id).Stem;
     if (depth >= depthMax) {
@@ -91,7 +91,7 @@ void WalkTree(YearCheck &year, Tree &tree, int32_t id, int depth)
 }
 
 // The leaves of a tree against the accounts of its side.
-void CompareTree(YearCheck &year, const Tree &tree, const Tree &other)
+void CompareTree(YearCheck &year, const CheckedTree &tree, const CheckedTree &other)
 {
     const std::string &stem = LayoutOf(tree.Id).Stem;
     std::map<std::string, const AccountState *> own;
@@ -128,10 +128,10 @@ void CompareTree(YearCheck &year, const Tree &tree, const Tree &other)
 
 void CheckTrees(YearCheck &year)
 {
-    Tree trees[] = {{TableGuvauf, ZuordnungGuv, {}, {}, {}, {}},
-                    {TableBilaktau, ZuordnungAktiva, {}, {}, {}, {}},
-                    {TableBilpasau, ZuordnungPassiva, {}, {}, {}, {}}};
-    for (Tree &tree : trees) {
+    CheckedTree trees[] = {{TableGuvauf, ZuordnungGuv, {}, {}, {}, {}},
+                           {TableBilaktau, ZuordnungAktiva, {}, {}, {}, {}},
+                           {TableBilpasau, ZuordnungPassiva, {}, {}, {}, {}}};
+    for (CheckedTree &tree : trees) {
         const std::string &stem = LayoutOf(tree.Id).Stem;
         Check<StructureRecord>(year, tree.Id, [&](const StructureRecord &record) {
             if (record.Id == 0) {
@@ -166,7 +166,7 @@ void CheckTrees(YearCheck &year)
         }
     }
     if (!year.AreRead({TableSako})) return;
-    for (const Tree &tree : trees) {
+    for (const CheckedTree &tree : trees) {
         if (year.AreRead({tree.Id})) CompareTree(year, tree, trees[tree.Id == TableBilaktau ? 2 : 1]);
     }
 }

@@ -26,7 +26,7 @@ Option Books(std::filesystem::path &directory)
             .Names = Named::Directory};
 }
 
-Option Mandant(int &number, const char *help)
+Option MandantOption(int &number, const char *help)
 {
     return {.Name = "--mandant",
             .Help = help,
@@ -111,7 +111,7 @@ Command Sichern(Given &given)
                  .To = &save.To,
                  .IsRequired = true,
                  .Names = Named::File},
-                Mandant(save.Mandant, "nur dieser Mandant; bei einer Tabelle sonst der erste"),
+                MandantOption(save.Mandant, "nur dieser Mandant; bei einer Tabelle sonst der erste"),
                 {.Name = "--tabelle",
                  .Help = "nur diese Tabelle",
                  .To = &save.Table,
@@ -158,7 +158,7 @@ Command Laden(Given &given)
                  .To = &load.To,
                  .IsRequired = true,
                  .Names = Named::Directory},
-                Mandant(load.Mandant, "nur dieser Mandant, oder in dessen Bücher die Tabelle"),
+                MandantOption(load.Mandant, "nur dieser Mandant, oder in dessen Bücher die Tabelle"),
                 {.Name = "--tabelle",
                  .Help = "nur diese Tabelle",
                  .To = &load.Table,
@@ -319,7 +319,7 @@ Command Zeigen(Given &given)
                  .Help = std::string(anyBooks) + "; sonst das eingestellte",
                  .To = &show.Directory,
                  .Names = Named::Directory},
-                Mandant(show.Mandant, "Nummer des Mandanten, sonst der erste"),
+                MandantOption(show.Mandant, "Nummer des Mandanten, sonst der erste"),
                 {.Name = "--jahr",
                  .Help = "Geschäftsjahr, sonst das letzte bebuchbare",
                  .To = &show.Year,

@@ -27,7 +27,6 @@ namespace {
 
 // Checking reads the files once, loading once more and writes: about this part of the time is checking.
 constexpr double checkingPart = 0.2;
-constexpr uint64_t recordsPerStep = 4096;
 constexpr int nobody = 0; // no Mandant has this number
 
 // A file, and the table that it goes into.

@@ -20,13 +20,16 @@ namespace {
 const tools::Day openingDay = tools::DayOf(1996, 12, 30);
 
 // The chart is made to fit: what does not is a mistake in it.
-template <size_t Width> void Put(char (&field)[Width], const char *utf8)
+template <size_t Width> void PutUtf8(char (&field)[Width], const char *utf8)
 {
     if (text::FromUtf8(utf8, field, Width) >= Width)
         throw std::logic_error(std::string("does not fit: ") + utf8);
 }
 
-template <size_t Width> void Put(char (&field)[Width], const std::string &utf8) { Put(field, utf8.c_str()); }
+template <size_t Width> void PutUtf8(char (&field)[Width], const std::string &utf8)
+{
+    PutUtf8(field, utf8.c_str());
+}
 
 void PutPair(SollHaben &field, const Totals &totals)
 {
@@ -112,13 +115,13 @@ int64_t WriteSachkonten(const Ledger &ledger, int year, const std::filesystem::p
         const AccountRow &row = *account.Row;
         SakoRecord record{};
         std::memcpy(record.Konto, account.Key, sizeof record.Konto);
-        Put(record.Kuerzel, row.Kuerzel);
+        PutUtf8(record.Kuerzel, row.Kuerzel);
         record.Zuordnung = ZuordnungOf(SideOf(row));
         record.Zustand = account.Years[year].IsUsed() ? 0 : 1;
         MakePacked(record.Datum, openingDay, ledger.Of->FirstMonth);
-        Put(record.Name, row.Name);
+        PutUtf8(record.Name, row.Name);
         record.Steuerflags = row.Tax;
-        Put(record.Steuersatz, *row.Rate != 0 ? row.Rate : zeroRate);
+        PutUtf8(record.Steuersatz, *row.Rate != 0 ? row.Rate : zeroRate);
         PutSums(record.Umsaetze, account.Years[year]);
         record.FesterSatz = row.IsFixed ? 1 : 0;
         record.Kontenplanflag =
@@ -165,33 +168,33 @@ int64_t WritePartners(const std::vector<Account> &accounts, int year, TableId id
         ++serial;
         PersonalRecord record{};
         std::memcpy(record.Konto, account.Key, sizeof record.Konto);
-        Put(record.Kuerzel, ShortNameOf(account));
+        PutUtf8(record.Kuerzel, ShortNameOf(account));
         record.Zustand = account.Years[year].IsUsed() ? 0 : 1;
         MakeCalendar(record.Datum, openingDay);
         for (AmountText &amount : record.ReservedAmounts27) {
             PutAmount(amount, 0);
         }
         record.ReservedOne66 = 1;
-        Put(record.Name1, Numbered(row.Name1, sizeof record.Name1 - 1, account.Copy));
-        Put(record.Name2, row.Name2);
-        Put(record.Adresse1, row.Street);
-        Put(record.Plz, row.Plz);
-        Put(record.Land, row.Land);
-        Put(record.Adresse2, row.Place);
+        PutUtf8(record.Name1, Numbered(row.Name1, sizeof record.Name1 - 1, account.Copy));
+        PutUtf8(record.Name2, row.Name2);
+        PutUtf8(record.Adresse1, row.Street);
+        PutUtf8(record.Plz, row.Plz);
+        PutUtf8(record.Land, row.Land);
+        PutUtf8(record.Adresse2, row.Place);
         PutSums(record.Umsaetze, account.Years[year]);
         // Bank codes that begin with 999 belong to no bank. Cash customers and partners abroad have none.
         if (std::strcmp(row.Land, "D") == 0 && row.Zahlungsziel != 1) {
             const bool isHafenbank = serial % 3 != 0;
-            Put(record.Blz, isHafenbank ? "99920030" : "99920070");
-            Put(record.Bank, isHafenbank ? "Hafenbank Hamburg" : "Landeskasse Nord");
-            Put(record.Bankkonto, std::to_string(41000000 + serial * 7919));
+            PutUtf8(record.Blz, isHafenbank ? "99920030" : "99920070");
+            PutUtf8(record.Bank, isHafenbank ? "Hafenbank Hamburg" : "Landeskasse Nord");
+            PutUtf8(record.Bankkonto, std::to_string(41000000 + serial * 7919));
         }
         record.Wert1 = 0;
         record.Wert2 = 0;
-        Put(record.Skonto, row.Skonto);
+        PutUtf8(record.Skonto, row.Skonto);
         record.Mahnkennziffer = account.Of == Kind::Debitor ? static_cast<int16_t>(serial % 4) : int16_t{0};
-        Put(record.UstId, row.UstId);
-        if (account.Of == Kind::Kreditor) Put(record.Waehrung, row.Waehrung);
+        PutUtf8(record.UstId, row.UstId);
+        if (account.Of == Kind::Kreditor) PutUtf8(record.Waehrung, row.Waehrung);
         record.Kennzeichen = *row.UstId != 0 ? 1 : 0;
         for (AmountText &amount : record.ReservedAmounts709) {
             PutAmount(amount, 0);
@@ -213,7 +216,7 @@ int64_t WriteRates(const Ledger &ledger, const std::filesystem::path &directory)
         if (row.Year != 0) {
             MakePacked(record.GueltigAb, tools::DayOf(row.Year, row.Month, row.Day), ledger.Of->FirstMonth);
         }
-        Put(record.Satz, row.Rate);
+        PutUtf8(record.Satz, row.Rate);
         PutNumber(record.Umsatzsteuerkonto, row.Umsatzsteuer);
         PutNumber(record.Vorsteuerkonto, row.Vorsteuer);
         table.Add(record);
@@ -250,9 +253,9 @@ int64_t WriteTree(const Ledger &ledger, Side side, TableId id, const std::filesy
     Tree tree;
     tree.Node(structureRoot).Id = structureRoot;
     tree.Node(structureRoot).Art = StructureGruppe;
-    Put(tree.Node(structureRoot).Text, side == Side::Aktiva    ? "Aktiva"
-                                       : side == Side::Passiva ? "Passiva"
-                                                               : "GuV");
+    PutUtf8(tree.Node(structureRoot).Text, side == Side::Aktiva    ? "Aktiva"
+                                           : side == Side::Passiva ? "Passiva"
+                                                                   : "GuV");
     std::map<int, int32_t> groupNodes;
     for (const GroupRow &group : Groups()) {
         if (group.Place != side) continue;
@@ -260,13 +263,13 @@ int64_t WriteTree(const Ledger &ledger, Side side, TableId id, const std::filesy
         const int32_t node = tree.Append(parent, StructureGruppe);
         groupNodes[group.Code] = node;
         tree.Node(node).Summenzeile = group.HasTotal ? 1 : 0;
-        Put(tree.Node(node).Text, group.Title);
+        PutUtf8(tree.Node(node).Text, group.Title);
         // Subgroups come after the accounts of a group; the chart puts accounts into the lowest groups only.
         for (const Account &account : ledger.Sachkonten) {
             const bool isOther = account.Row->OtherGroup == group.Code;
             if (account.Row->Group != group.Code && !isOther) continue;
             const int32_t leaf = tree.Append(node, isOther ? uint16_t{StructureGegenposten} : uint16_t{0});
-            Put(tree.Node(leaf).Text, account.Key);
+            PutUtf8(tree.Node(leaf).Text, account.Key);
         }
     }
 
@@ -277,7 +280,7 @@ int64_t WriteTree(const Ledger &ledger, Side side, TableId id, const std::filesy
     for (const Account &account : ledger.Sachkonten) {
         if (account.Row->Group >= noTree || SideOf(*account.Row) != side) continue;
         StructureRecord record{};
-        Put(record.Text, account.Key);
+        PutUtf8(record.Text, account.Key);
         table.Add(record);
     }
     return table.Done();
@@ -291,13 +294,13 @@ int64_t WriteCosts(const Ledger &ledger, int year, const std::filesystem::path &
         const CostObjectRow &row = *object.Row;
         KoreRecord record{};
         PutNumber(record.Nummer, row.Number);
-        Put(record.Kuerzel, row.Kuerzel);
-        Put(record.Name, row.Name);
+        PutUtf8(record.Kuerzel, row.Kuerzel);
+        PutUtf8(record.Name, row.Name);
         record.Kennzeichen = row.IsCarrier ? 1 : 0;
         for (int month = 0; month < 12; ++month) {
             PutAmount(record.Monat[month], object.Month[year][month]);
         }
-        Put(record.Text, row.Text);
+        PutUtf8(record.Text, row.Text);
         objects.Add(record);
     }
 
@@ -307,7 +310,7 @@ int64_t WriteCosts(const Ledger &ledger, int year, const std::filesystem::path &
         if (!IsFor(row.Mandanten, mandant)) continue;
         KoschaRecord head{};
         head.Nummer = row.Number;
-        Put(head.Name, row.Name);
+        PutUtf8(head.Name, row.Name);
         for (const CostLineRow &line : CostLines()) {
             if (line.Template != row.Number || !IsFor(line.Mandanten, mandant)) continue;
             ++head.Zeilen;
@@ -316,8 +319,8 @@ int64_t WriteCosts(const Ledger &ledger, int year, const std::filesystem::path &
             PutNumber(record.Kostenobjekt1, line.Object1);
             if (*line.Object2 != 0) PutNumber(record.Kostenobjekt2, line.Object2);
             record.Flag = line.IsDirect ? KobuArt : 0;
-            Put(record.Anteil, line.Share);
-            Put(record.Text, line.Text);
+            PutUtf8(record.Anteil, line.Share);
+            PutUtf8(record.Text, line.Text);
             lines.Add(record);
         }
         templates.Add(head);
@@ -331,22 +334,22 @@ int64_t WriteSmallTables(const std::filesystem::path &directory)
     for (const TermRow &row : Terms()) {
         ZahlzielRecord record{};
         record.Nummer = row.Number;
-        Put(record.Text, row.Text);
+        PutUtf8(record.Text, row.Text);
         terms.Add(record);
     }
     Filling batches(TableStapel, directory);
     for (const StapelRow &row : Batches()) {
         StapelRecord record{};
         record.Nummer = row.Number;
-        Put(record.Name, row.Name);
+        PutUtf8(record.Name, row.Name);
         record.Intervall = static_cast<int16_t>(row.Interval);
         batches.Add(record);
     }
     Filling users(TableUser, directory);
     for (const UserRow &row : Users()) {
         UserRecord record{};
-        Put(record.Schluessel, row.Key);
-        Put(record.Name, row.Name);
+        PutUtf8(record.Schluessel, row.Key);
+        PutUtf8(record.Name, row.Name);
         users.Add(record);
     }
     return terms.Done() + batches.Done() + users.Done();
@@ -359,7 +362,7 @@ int64_t WriteExchangeRates(const Ledger &ledger, const std::filesystem::path &di
     Filling table(TableKurse, directory);
     const auto add = [&](const CurrencyRow &row, tools::Day day, int rate, bool isAverage) {
         KurseRecord record{};
-        Put(record.Waehrung, row.Code);
+        PutUtf8(record.Waehrung, row.Code);
         MakeSort(record.Datum, day, ledger.Of->FirstMonth);
         PutAmount(record.Kurs, rate);
         record.Durchschnitt = isAverage ? 1 : 0;
@@ -400,28 +403,28 @@ void WriteCompany(const Ledger &ledger, TableFile &fista)
     const Profile &profile = *ledger.Of;
     FistaRecord record{};
     record.Nummer = static_cast<int16_t>(profile.Number);
-    Put(record.Name, profile.Name);
-    Put(record.Name2, profile.Name2);
-    if (profile.IsFirstYearOpen) Put(record.LowerYear, std::to_string(firstFiscalYear));
-    Put(record.UpperYear, std::to_string(firstFiscalYear + yearCount - 1));
+    PutUtf8(record.Name, profile.Name);
+    PutUtf8(record.Name2, profile.Name2);
+    if (profile.IsFirstYearOpen) PutUtf8(record.LowerYear, std::to_string(firstFiscalYear));
+    PutUtf8(record.UpperYear, std::to_string(firstFiscalYear + yearCount - 1));
     PutNumber(record.Sammelkonto1, kontoForderungen);
     PutNumber(record.Sammelkonto2, kontoVerbindlichkeiten);
-    Put(record.Steuernummer, profile.Steuernummer);
-    Put(record.UstId, profile.UstId);
+    PutUtf8(record.Steuernummer, profile.Steuernummer);
+    PutUtf8(record.UstId, profile.UstId);
     if (profile.PaysTaxOnReceipt) {
         record.Sonderkontomodus = 1;
         PutNumber(record.Sonderkonto, kontoSteuerNichtFaellig);
     }
     record.FirstFiscalMonth = static_cast<int16_t>(profile.FirstMonth);
     record.Vordruckcode = profile.Vordruckcode;
-    Put(record.Anschrift1, "Finanzamt Hamburg-Hafen");
-    Put(record.Anschrift2, "Steuerstraße 1");
-    Put(record.Anschrift3, "20457 Hamburg");
-    Put(record.Anschrift4, profile.Street);
-    Put(record.Anschrift5, profile.Place);
-    Put(record.Anschrift6, "Telefon 040 555 0");
-    Put(record.Land, "D");
-    Put(record.Waehrung, "DM");
+    PutUtf8(record.Anschrift1, "Finanzamt Hamburg-Hafen");
+    PutUtf8(record.Anschrift2, "Steuerstraße 1");
+    PutUtf8(record.Anschrift3, "20457 Hamburg");
+    PutUtf8(record.Anschrift4, profile.Street);
+    PutUtf8(record.Anschrift5, profile.Place);
+    PutUtf8(record.Anschrift6, "Telefon 040 555 0");
+    PutUtf8(record.Land, "D");
+    PutUtf8(record.Waehrung, "DM");
     record.Kostenrechnung = profile.HasCosts ? 1 : 0;
     record.KostenPflicht = profile.NeedsCosts ? 1 : 0;
     record.UStVAVariante = profile.UStVAVariante;

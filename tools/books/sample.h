@@ -26,6 +26,7 @@ struct SampleSummary {
 
 // Called now and then with how much of all is done, 0 to 1.
 using Progress = std::function<void(double)>;
+inline constexpr int64_t recordsPerStep = 4096; // from one call to the next
 
 // Makes the installation under a name of its own beside the wanted one and moves it there when it is whole,
 // so that a failure leaves nothing behind and nothing changed. Failures are exceptions with a German text.

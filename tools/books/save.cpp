@@ -23,7 +23,6 @@ namespace {
 
 using Sink = std::function<void(const void *data, size_t size)>;
 
-constexpr int64_t recordsPerStep = 4096;
 constexpr int asTheyLie = -1;
 
 // One table into the sink. Of fista only the Mandant's record, where one is wanted.

@@ -17,8 +17,6 @@ using namespace tools;
 
 namespace {
 
-constexpr size_t kontoDigits = 7;
-
 int WalkSachkonten(const std::function<bool(const Account &)> &visit)
 {
     // The last record comes with -3; a failure comes with it too, but without a record.

@@ -14,7 +14,7 @@ using tools::Trimmed;
 
 namespace {
 
-constexpr CsvColumn<BookingText> columns[] = {
+constexpr CsvColumn<BookingText> bookingColumns[] = {
     {"Mandant", &BookingText::Mandant, true},
     {"Stapel", &BookingText::Stapel, true},
     {"Datum", &BookingText::Datum, true},
@@ -76,10 +76,10 @@ std::string WithoutPercent(const std::string &text)
 
 std::span<const CsvColumn<BookingText>> BookingColumns()
 {
-    return std::span(columns).first(std::size(columns) - 1);
+    return std::span(bookingColumns).first(std::size(bookingColumns) - 1);
 }
 
-std::span<const CsvColumn<BookingText>> SplitColumns() { return columns; }
+std::span<const CsvColumn<BookingText>> SplitColumns() { return bookingColumns; }
 
 bool PreparedBooking::IsCut() const { return Beleg.size() > belegMax || Text.size() > textMax; }
 

@@ -1,12 +1,15 @@
-// Kinds of account, as the exports count them and as a person writes them.
+// Numbers of accounts and their kinds, as the exports count them and as a person writes them.
 #pragma once
 
 #include "include/vark40.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace cli {
+
+inline constexpr size_t kontoDigits = 7;
 
 enum Kontoart : int {
     ArtSachkonto = VARK_SACHKONTO,

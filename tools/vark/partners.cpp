@@ -18,7 +18,7 @@ using namespace tools;
 
 namespace {
 
-constexpr CsvColumn<PartnerText> columns[] = {
+constexpr CsvColumn<PartnerText> partnerColumns[] = {
     {"Konto", &PartnerText::Konto, false},
     {"Kürzel", &PartnerText::Kuerzel, false},
     {"Name", &PartnerText::Name, false},
@@ -231,7 +231,7 @@ int KeepPartners(const PartnerOptions &options)
         return RunCsv<PartnerText>(
             {options.Task,
              taskWords,
-             columns,
+             partnerColumns,
              options.Defaults,
              {},
              [&](const std::vector<PartnerText> &lines) { return Keep(options, art, lines.front()); }});

@@ -106,7 +106,7 @@ void NeedYear(const PeriodRules &rules, int fiscalYear, const std::string &optio
                   " liegen (" + YearsOf(rules) + ").");
 }
 
-struct Given {
+struct PeriodWay {
     const std::string &Value;
     const char *Name;
     unsigned Form;
@@ -185,13 +185,14 @@ std::string SixDigits(const CalendarDay &day)
 ReportPeriod ReadPeriod(const PeriodText &text, const PeriodRules &rules)
 {
     const std::string prefix = rules.Prefix;
-    const Given ways[] = {{text.Monat, "monat", PeriodMonth},
-                          {text.Quartal, "quartal", PeriodQuarter},
-                          {text.VonDatum.empty() ? text.BisDatum : text.VonDatum, "von-datum", PeriodDays},
-                          {text.Per, "per", PeriodPer}};
+    const PeriodWay ways[] = {
+        {text.Monat, "monat", PeriodMonth},
+        {text.Quartal, "quartal", PeriodQuarter},
+        {text.VonDatum.empty() ? text.BisDatum : text.VonDatum, "von-datum", PeriodDays},
+        {text.Per, "per", PeriodPer}};
     ReportPeriod period;
-    const Given *chosen = nullptr;
-    for (const Given &way : ways) {
+    const PeriodWay *chosen = nullptr;
+    for (const PeriodWay &way : ways) {
         if (way.Value.empty()) continue;
         if (chosen != nullptr)
             throw UsageError("Diese Angaben passen nicht zusammen: " + prefix + chosen->Name + " und " +

@@ -21,8 +21,6 @@ constexpr uint32_t VARK_PARAM_KONTOART = 0x08;
 constexpr uint32_t VARK_PARAM_KONTEN = 0x10;
 constexpr uint32_t givenSingle = 0x20;
 
-constexpr size_t kontoDigits = 7;
-
 using Limit = char[8];
 
 struct Limits {
