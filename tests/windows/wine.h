@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tests {
@@ -31,6 +33,13 @@ inline void PutText(const std::filesystem::path &path, const std::string &text)
 {
     std::ofstream(path) << text;
 }
+
+// How a program has ended, and what it said, without carriage returns.
+struct Ended {
+    int Code;
+    std::string Output;
+    std::string Errors;
+};
 
 struct OnWindows : testing::Test {
     std::filesystem::path Directory;
@@ -65,6 +74,22 @@ struct OnWindows : testing::Test {
         pclose(pipe);
         std::erase(output, '\r');
         return output;
+    }
+
+    // Runs a program of Windows, or with `by` empty one of this system. `input` is a file that it reads.
+    Ended RunToEnd(const std::string &program, const std::string &arguments, const std::string &environment,
+                   const std::string &input = "/dev/null", const std::string &by = "'" UNDER_WINE "'") const
+    {
+        const auto output = Directory / "output";
+        const auto errors = Directory / "errors";
+        const std::string command = "cd '" + Directory.string() + "' && " + environment + " " + by + " '" +
+                                    program + "' " + arguments + " >'" + output.string() + "' 2>'" +
+                                    errors.string() + "' <'" + input + "'";
+        const int status = std::system(command.c_str());
+        Ended ended{WIFEXITED(status) ? WEXITSTATUS(status) : -1, TextOf(output), TextOf(errors)};
+        std::erase(ended.Output, '\r');
+        std::erase(ended.Errors, '\r');
+        return ended;
     }
 };
 

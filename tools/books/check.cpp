@@ -1,9 +1,9 @@
 #include "tools/books/check.h"
 
+#include "tools/books/apart.h"
 #include "tools/books/check_company.h"
 #include "tools/books/check_tables.h"
 #include "tools/books/check_year.h"
-#include "tools/books/child.h"
 #include "tools/books/place.h"
 #include "tools/books/snapshot.h"
 #include "tools/common/exit_codes.h"
@@ -12,19 +12,11 @@
 #include "tools/common/workplace.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
-#include <cstring>
-#include <ctime>
-#include <fcntl.h>
-#include <functional>
+#include <chrono>
 #include <iostream>
 #include <iterator>
 #include <map>
 #include <stdexcept>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace books {
@@ -101,107 +93,52 @@ void TakeLine(Told &told, char kind, const std::string &line, int64_t mostPerRul
     }
 }
 
-// Takes everything from the pipe until its end.
-void Listen(int from, Told &told, int64_t mostPerRule)
+// Has the process read, and gives what it finds. However that ends, this goes on. Throws when the books
+// could not be read through no fault of theirs.
+Gathered ReadAndGather(const Reading &reading, int64_t mostPerRule)
 {
+    Told told;
     std::string pending;
-    char buffer[65536];
-    for (;;) {
-        const ssize_t got = ::read(from, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR) {
-            ThrowIfInterrupted();
-            continue;
-        }
-        if (got <= 0) return;
-        pending.append(buffer, static_cast<size_t>(got));
+    const ReadingEnd end = ReadApart(reading, [&](std::string_view piece) {
+        pending += piece;
         size_t start = 0;
-        for (size_t end; (end = pending.find('\n', start)) != std::string::npos; start = end + 1) {
-            TakeLine(told, pending[start], pending.substr(start + 1, end - start - 1), mostPerRule);
+        for (size_t line; (line = pending.find('\n', start)) != std::string::npos; start = line + 1) {
+            TakeLine(told, pending[start], pending.substr(start + 1, line - start - 1), mostPerRule);
         }
         pending.erase(0, start);
-    }
-}
-
-[[noreturn]] void ReadAndEnd(int to, const std::string &directory,
-                             const std::function<void(Findings &)> &read)
-{
-    // A damaged page ends this process; where it happened is told by the parent, not by a core file.
-    Findings findings(to, directory);
-    try {
-        read(findings);
-    } catch (const EngineError &error) {
-        if (IsCircumstance(error.Status)) {
-            findings.Stop(error.what());
-        } else {
-            findings.Tell("lesbar", "", "", "", error.what());
-        }
-    } catch (const std::exception &error) {
-        findings.Tell("lesbar", "", "", "", error.what());
-    }
-    _exit(0);
-}
-
-// Reads in a child what `read` reads, and gives what it finds. However the child ends, this goes on. Throws
-// when the books could not be read through no fault of theirs.
-Gathered ReadInChild(const std::string &directory, int64_t mostPerRule,
-                     const std::function<void(Findings &)> &read)
-{
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("Es läßt sich kein weiterer Prozeß starten.");
-    std::cout << std::flush;
-    const pid_t child = ForkReader();
-    if (child == 0) {
-        close(ends[0]);
-        ReadAndEnd(ends[1], directory, read);
-    }
-    close(ends[1]);
-    Told told;
-    try {
-        Listen(ends[0], told, mostPerRule);
-    } catch (...) {
-        close(ends[0]);
-        EndChild(child);
-        throw;
-    }
-    close(ends[0]);
-    const int status = WaitFor(child);
-    ThrowIfChildInterrupted(status);
+    });
     if (!told.Stopped.empty()) throw std::runtime_error(told.Stopped);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return std::move(told.Of);
+    if (end.IsWhole) return std::move(told.Of);
     std::string text = "beim Lesen ist der Prozeß abgebrochen";
-    if (WIFSIGNALED(status)) {
-        text += " (";
-        text += strsignal(WTERMSIG(status));
-        text += ")";
-    }
+    if (!end.Reason.empty()) text += " (" + end.Reason + ")";
     text += "; die Datei ist beschädigt";
-    Gather(told.Of, {directory, told.Table, "", "", "lesbar", text}, false, mostPerRule);
+    Gather(told.Of, {reading.Name, told.Table, "", "", "lesbar", text}, false, mostPerRule);
     return std::move(told.Of);
 }
 
 // How a store stands, as far as others' changes show: they write to its file.
 struct Stamp {
-    timespec Changed;
-    off_t Size;
+    fs::file_time_type Changed;
+    uintmax_t Size;
     bool IsFresh; // changed so lately that a further change may not show
 };
 
 Stamp StampOf(const fs::path &directory)
 {
-    constexpr time_t freshFor_s = 2;
+    constexpr std::chrono::seconds freshFor(2);
     if (IsOnServer(directory)) return {{}, 0, true};
-    struct stat facts = {};
-    if (stat((directory / "books.mdb").c_str(), &facts) != 0) return {};
-    timespec now = {};
-    clock_gettime(CLOCK_REALTIME, &now);
-    return {facts.st_mtim, facts.st_size, now.tv_sec - facts.st_mtim.tv_sec < freshFor_s};
+    const fs::path books = directory / "books.mdb";
+    std::error_code missing;
+    const auto changed = fs::last_write_time(books, missing);
+    if (missing) return {};
+    const uintmax_t size = fs::file_size(books, missing);
+    return {changed, size, fs::file_time_type::clock::now() - changed < freshFor};
 }
 
 bool IsChanged(const Stamp &before, const fs::path &directory)
 {
     const Stamp now = StampOf(directory);
-    return before.IsFresh || now.Size != before.Size || now.Changed.tv_sec != before.Changed.tv_sec ||
-           now.Changed.tv_nsec != before.Changed.tv_nsec;
+    return before.IsFresh || now.Size != before.Size || now.Changed != before.Changed;
 }
 
 void CheckDirectory(Findings &findings, const fs::path &data, const std::string &name,
@@ -229,12 +166,8 @@ void CheckDirectory(Findings &findings, const fs::path &data, const std::string 
 // copied, and the copy is checked.
 Gathered CheckOne(const fs::path &data, const std::string &name, int64_t mostPerRule)
 {
-    const auto check = [&](const fs::path &directory) {
-        return ReadInChild(name, mostPerRule,
-                           [&](Findings &findings) { CheckDirectory(findings, data, name, directory); });
-    };
     const Stamp before = StampOf(data / name);
-    Gathered found = check(data / name);
+    Gathered found = ReadAndGather({data, name, data / name}, mostPerRule);
     if (found.All == 0 || !IsChanged(before, data / name)) return found;
     const Workplace workplace(fs::temp_directory_path() / "vark-pruefung");
     fs::permissions(workplace.Path, fs::perms::owner_all);
@@ -245,7 +178,7 @@ Gathered CheckOne(const fs::path &data, const std::string &name, int64_t mostPer
     } catch (const EngineError &) {
         return found;
     }
-    return check(workplace.Path);
+    return ReadAndGather({data, name, workplace.Path}, mostPerRule);
 }
 
 std::string WhereOf(const Finding &finding)
@@ -334,6 +267,27 @@ void PrintJson(const Gathered &gathered)
 
 } // namespace
 
+void ReadHere(const Reading &reading, int to)
+{
+    // A damaged page ends this process; where it happened is told by the other one.
+    Findings findings(to, reading.Name);
+    try {
+        if (reading.Name.empty()) {
+            CheckCompany(findings, reading.Data);
+        } else {
+            CheckDirectory(findings, reading.Data, reading.Name, reading.Directory);
+        }
+    } catch (const EngineError &error) {
+        if (IsCircumstance(error.Status)) {
+            findings.Stop(error.what());
+        } else {
+            findings.Tell("lesbar", "", "", "", error.what());
+        }
+    } catch (const std::exception &error) {
+        findings.Tell("lesbar", "", "", "", error.what());
+    }
+}
+
 int CheckBooks(const CheckOptions &options, const Progress &progress)
 {
     const fs::path data = DataPathOf(options.Directory);
@@ -344,8 +298,7 @@ int CheckBooks(const CheckOptions &options, const Progress &progress)
     std::sort(names.begin(), names.end());
 
     Gathered gathered;
-    Add(gathered,
-        ReadInChild("", options.MostPerRule, [&](Findings &findings) { CheckCompany(findings, data); }));
+    Add(gathered, ReadAndGather({data, "", data}, options.MostPerRule));
     for (const std::string &name : names) {
         progress(static_cast<double>(gathered.Directories) / static_cast<double>(names.size() + 1));
         Add(gathered, CheckOne(data, name, options.MostPerRule));

@@ -1,12 +1,13 @@
 #include "tools/books/copy.h"
 
-#include "host/ini_files.h"
+#include "src/platform/platform.h"
 #include "tools/books/installation_files.h"
 #include "tools/books/place.h"
 #include "tools/books/server.h"
 #include "tools/books/snapshot.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
+#include "tools/common/system.h"
 #include "tools/common/table_file.h"
 #include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
@@ -36,10 +37,10 @@ void CopyIniFiles(const fs::path &from, const fs::path &place, const fs::path &t
         return;
     }
     UseConfiguration(place);
-    const std::string data = (target / dataDirectory).string();
-    const std::string reports = (target / reportDirectory).string() + "/";
+    const std::string data = PathBytes(target / dataDirectory);
+    const std::string reports = PathBytes(target / reportDirectory / "");
     const auto write = [](const char *section, const char *key, const std::string &value, const char *file) {
-        if (!host::WriteProfileText(section, key, value.c_str(), file)) {
+        if (!vark::WriteProfileText(section, key, value.c_str(), file)) {
             throw std::runtime_error(std::string(file) + " läßt sich nicht schreiben.");
         }
     };
@@ -116,6 +117,7 @@ CopySummary CopyBooks(const CopyOptions &options, const Progress &progress)
     }
     CopyIniFiles(from, workplace.Path, target);
     progress(1);
+    if (held) held->AllowMove();
     workplace.MoveTo(target);
     schemas.Keep();
     StopEngine();

@@ -1,10 +1,9 @@
 #include "tools/books/installation_files.h"
 
 #include "tools/books/place.h"
+#include "tools/common/system.h"
 #include "tools/common/terminal.h"
-#include "tools/common/workplace.h"
 
-#include <cerrno>
 #include <fstream>
 #include <stdexcept>
 
@@ -72,8 +71,8 @@ fs::path TargetPath(const fs::path &directory)
 
 void CheckTarget(const fs::path &directory, bool replace)
 {
-    if ((directory / dataDirectory).string().size() + tableNameMax > enginePathMax ||
-        (directory / reportDirectory).string().size() + 1 > pathMax) {
+    if (PathBytes(directory / dataDirectory).size() + tableNameMax > enginePathMax ||
+        PathBytes(directory / reportDirectory / "").size() > pathMax) {
         throw std::runtime_error("Der Pfad ist zu lang: " + directory.string());
     }
     if (!fs::exists(directory)) return;
@@ -98,17 +97,18 @@ void RefuseAmong(const fs::path &data, const fs::path &target)
 
 void WriteIniFiles(const fs::path &place, const fs::path &target)
 {
-    const std::string data = (target / dataDirectory).string();
-    const std::string reports = (target / reportDirectory).string() + "/";
+    const std::string data = PathBytes(target / dataDirectory);
+    const std::string reports = PathBytes(target / reportDirectory / "");
     WriteText(place / "tolka.ini",
               "[TOLKA]\nPfad32=" + data + "\nPfad=" + data + "\nReportPfad=" + reports + "\n");
-    WriteText(place / "vark.ini", "[VARK]\nPfad=" + data + "\nReportPfad=" + reports + "\n");
+    WriteText(place / "vark.ini",
+              "[VARK]\nPfad=" + data + "\nReportPfad=" + reports + "\n" + IniLinesOfProgram());
 }
 
 bool CopyTemplates(const fs::path &target)
 {
     // Beside the program, or where an installation has them.
-    const fs::path own = fs::read_symlink("/proc/self/exe").parent_path();
+    const fs::path own = ProgramDirectory();
     fs::path templates = own / "templates";
     if (!fs::is_directory(templates)) templates = own / BOOKS_TEMPLATES_FROM_PROGRAMS;
     if (!fs::is_directory(templates)) return false;

@@ -30,6 +30,10 @@ struct HeldBooks {
     explicit HeldBooks(const std::filesystem::path &data);                 // all there are
     HeldBooks(const std::filesystem::path &data, const std::string &year); // one directory
 
+    // Right before they are moved: Windows moves no directory in which a file is open, so there they are let
+    // go, and whoever comes in between makes the move fail.
+    void AllowMove();
+
 private:
     std::vector<std::unique_ptr<tools::TableFile>> tables;
 };

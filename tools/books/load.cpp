@@ -309,7 +309,8 @@ void CopyOtherFiles(const fs::path &from, const fs::path &to)
         int year = 0;
         int mandant = 0;
         if (entry.is_directory() && ParseYearDirectory(name, year, mandant)) continue;
-        CopyFiles(entry.path(), to / name, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+        CopyFiles(entry.path(), to / entry.path().filename(),
+                  fs::copy_options::recursive | fs::copy_options::copy_symlinks);
     }
 }
 
@@ -384,7 +385,7 @@ void Loader::ReplaceData(const fs::path &data)
         ReplaceOnServer(data);
         return;
     }
-    const HeldBooks held(data);
+    HeldBooks held(data);
     Workplace workplace(data, BesideOf(data));
     CopyOtherFiles(data, workplace.Path);
     if (Options.Mandant == 0) {
@@ -397,7 +398,10 @@ void Loader::ReplaceData(const fs::path &data)
     MakeYearDirectories(Jobs, workplace.Path);
     Fill(workplace.Path);
     Summary.IsLoaded = Summary.Refused == 0 && !Options.IsTrial;
-    if (Summary.IsLoaded) workplace.MoveTo(data);
+    if (Summary.IsLoaded) {
+        held.AllowMove();
+        workplace.MoveTo(data);
+    }
     StopEngine();
 }
 
@@ -494,7 +498,10 @@ void Loader::LoadTable()
     Fill(workplace.Path);
     Summary.IsLoaded = Summary.Refused == 0 && !Options.IsTrial;
     if (Summary.IsLoaded && exchange) exchange->Finish();
-    if (Summary.IsLoaded && !exchange) workplace.MoveTo(target);
+    if (Summary.IsLoaded && !exchange) {
+        held->AllowMove();
+        workplace.MoveTo(target);
+    }
     if (!exchange) StopEngine();
 }
 

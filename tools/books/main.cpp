@@ -1,8 +1,9 @@
 // books: makes, checks, moves and shows books.
-#include "host/descriptors.h"
+#include "tools/books/apart.h"
 #include "tools/books/commands.h"
 #include "tools/common/command_line.h"
 #include "tools/common/exit_codes.h"
+#include "tools/common/system.h"
 #include "tools/common/terminal.h"
 #include "tools/common/workplace.h"
 
@@ -26,16 +27,16 @@ int Run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    // No file of the books ever gets the number of an output that was closed when the program began.
-    host::GuardStandardDescriptors();
     try {
+        tools::BeginProgram(argc, argv);
+        if (books::ReadsApart(argc, argv)) return tools::ExitGood;
         return tools::EndOutput("books", Run(argc, argv));
     } catch (const tools::Interrupted &error) {
         std::fprintf(stderr, "books: %s\n", error.what());
         return tools::ExitInterrupted;
     } catch (const std::filesystem::filesystem_error &error) {
-        std::fprintf(stderr, "books: %s: %s\n", error.path1().c_str(),
-                     tools::ErrorText(error.code().value()).c_str());
+        std::fprintf(stderr, "books: %s: %s\n", error.path1().string().c_str(),
+                     tools::ErrorText(error.code().default_error_condition().value()).c_str());
     } catch (const tools::UsageError &error) {
         std::fprintf(stderr, "books: %s\n", error.what());
         return tools::ExitUsage;

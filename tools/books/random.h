@@ -18,11 +18,17 @@ struct Random {
         return mixed ^ (mixed >> 31);
     }
 
-    // 0 .. bound - 1; the bias of the multiplication is far below what a sample shows.
+    // 0 .. bound - 1: the upper half of the product, put together from halves since not every machine
+    // multiplies 128 bits. The bias is far below what a sample shows.
     int64_t Below(int64_t bound)
     {
-        return static_cast<int64_t>((static_cast<unsigned __int128>(Next()) * static_cast<uint64_t>(bound)) >>
-                                    64);
+        const uint64_t number = Next();
+        const auto times = static_cast<uint64_t>(bound);
+        constexpr uint64_t lower = 0xFFFFFFFFu;
+        const uint64_t low = (number & lower) * (times & lower);
+        const uint64_t mixed = (number >> 32) * (times & lower) + (low >> 32);
+        const uint64_t other = (number & lower) * (times >> 32) + (mixed & lower);
+        return static_cast<int64_t>((number >> 32) * (times >> 32) + (mixed >> 32) + (other >> 32));
     }
 
     int64_t Between(int64_t low, int64_t high) { return low + Below(high - low + 1); }

@@ -117,6 +117,7 @@ SampleSummary MakeSample(const SampleOptions &options, const Progress &progress)
         progress(PartOf(mandant, 1));
     }
     fista.Close();
+    if (held) held->AllowMove();
     workplace.MoveTo(wanted.Directory);
     StopEngine();
     return summary;

@@ -1,12 +1,11 @@
 #include "tools/books/sequential.h"
 
+#include "tools/common/workplace.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace books {
 
@@ -50,23 +49,17 @@ void SequentialWriter::Finish()
 
 SequentialReader::SequentialReader(const std::filesystem::path &from) : path(from)
 {
-    file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) ThrowFileError(path, "Lesen", errno);
-    struct stat found = {};
-    const int error = fstat(file, &found) != 0  ? errno
-                      : S_ISDIR(found.st_mode)  ? EISDIR
-                      : !S_ISREG(found.st_mode) ? EINVAL
-                                                : 0;
-    if (error != 0) {
-        close(file);
-        ThrowFileError(path, "Lesen", error);
-    }
-    Bytes = static_cast<uint64_t>(found.st_size);
+    namespace fs = std::filesystem;
+    std::error_code unknown;
+    const fs::file_status found = fs::status(path, unknown);
+    if (fs::is_directory(found)) ThrowFileError(path, "Lesen", EISDIR);
+    if (fs::exists(found) && !fs::is_regular_file(found)) ThrowFileError(path, "Lesen", EINVAL);
+    file.open(path, std::ios::binary);
+    if (!file) ThrowFileError(path, "Lesen", errno);
+    Bytes = fs::file_size(path);
     // Room for the rest of a record that was cut by the end of a piece, and the next piece.
     buffer.resize(pieceSize + recordMax + 16);
 }
-
-SequentialReader::~SequentialReader() { close(file); }
 
 // More bytes behind those that are left; false at the end of the file.
 bool SequentialReader::Fill()
@@ -75,13 +68,10 @@ bool SequentialReader::Fill()
     before += at;
     end -= at;
     at = 0;
-    for (;;) {
-        const ssize_t got = read(file, buffer.data() + end, buffer.size() - end);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) ThrowFileError(path, "Lesen", errno);
-        end += static_cast<size_t>(got);
-        return got > 0;
-    }
+    file.read(buffer.data() + end, static_cast<std::streamsize>(buffer.size() - end));
+    if (file.bad()) ThrowFileError(path, "Lesen", errno);
+    end += static_cast<size_t>(file.gcount());
+    return file.gcount() > 0;
 }
 
 SequentialReader::Got SequentialReader::Break(std::string fault)

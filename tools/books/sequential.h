@@ -3,10 +3,9 @@
 // file. The bytes may hold anything, line ends and 1A too, so a reader counts and never searches.
 #pragma once
 
-#include "tools/common/workplace.h"
-
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 
@@ -30,9 +29,6 @@ private:
 // Reads a file in the form. Memory does not depend on what the file holds.
 struct SequentialReader {
     explicit SequentialReader(const std::filesystem::path &path);
-    ~SequentialReader();
-    SequentialReader(const SequentialReader &) = delete;
-    SequentialReader &operator=(const SequentialReader &) = delete;
 
     enum class Got : uint8_t {
         Record,
@@ -54,7 +50,7 @@ private:
     Got Break(std::string fault);
 
     std::filesystem::path path;
-    int file = -1;
+    std::ifstream file;
     std::string buffer;
     size_t at = 0;       // in the buffer
     size_t end = 0;      // of what was read into it

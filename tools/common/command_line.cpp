@@ -4,6 +4,7 @@
 #include "tools/common/exit_codes.h"
 #include "tools/common/help.h"
 #include "tools/common/manual.h"
+#include "tools/common/system.h"
 
 #include <CLI/CLI.hpp>
 
@@ -67,6 +68,11 @@ struct Adding {
         if (From.Separator != 0) return option->delimiter(From.Separator);
         if (IsPlace(From)) return option;
         return option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+    CLI::Option *operator()(std::filesystem::path *target) const
+    {
+        return To.add_option_function<std::string>(
+            From.Name, [target](const std::string &text) { *target = PathOfText(text); });
     }
     template <typename Value> CLI::Option *operator()(Value *target) const
     {
@@ -245,6 +251,7 @@ Parsed ParseCommandLine(const Tool &tool, int argc, const char *const *argv)
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     if (const auto ended = DoWordOfBuild(tool, words)) return {nullptr, tool.Root.Name, *ended};
     CLI::App app("", tool.Root.Name);
+    app.allow_windows_style_options(false); // a value may begin with a slash
     std::vector<ParserCommand> all;
     AddCommand(app, tool.Root, all);
     app.set_version_flag("--version", tool.Root.Name + " " + tool.Version);

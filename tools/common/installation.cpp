@@ -2,74 +2,33 @@
 
 #include "host/ini_files.h"
 #include "src/platform/platform.h"
+#include "tools/common/system.h"
 #include "tools/common/texts.h"
-#include "tools/common/workplace.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <stdexcept>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace tools {
 
 namespace fs = std::filesystem;
 using namespace vark;
 
-namespace {
-
-// Where the library looks for ini files, in its order.
-std::vector<fs::path> ConfigurationDirectories()
-{
-    const auto variable = [](const char *name) {
-        const char *value = secure_getenv(name);
-        return value != nullptr ? std::string(value) : std::string();
-    };
-    if (const std::string only = variable("VARK_CONFIG_DIR"); !only.empty()) return {only};
-    const std::string config = variable("XDG_CONFIG_HOME");
-    const std::string home = variable("HOME");
-    const fs::path own = config.starts_with('/') ? fs::path(config) : fs::path(home) / ".config";
-    return {own / "vark", "/etc/vark"};
-}
-
-// An ini file that is there and cannot be read must not let the next one's books be taken instead of its own.
-void RefuseUnreadable(const char *name)
-{
-    for (const fs::path &directory : ConfigurationDirectories()) {
-        const fs::path path = directory / name;
-        const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-        if (file < 0 && (errno == ENOENT || errno == ENOTDIR)) continue;
-        if (file < 0) ThrowFileError(path, "Lesen der Einstellungen", errno);
-        struct stat facts = {};
-        const bool isRegular = fstat(file, &facts) == 0 && S_ISREG(facts.st_mode);
-        close(file);
-        if (isRegular) return;
-        throw std::runtime_error(path.string() +
-                                 ": Lesen der Einstellungen nicht möglich, das ist keine Datei");
-    }
-}
-
-} // namespace
-
 fs::path ConfiguredDataPath()
 {
-    RefuseUnreadable("tolka.ini");
-    RefuseUnreadable("vark.ini");
+    RefuseUnreadableIni("tolka.ini");
+    RefuseUnreadableIni("vark.ini");
     char path[maxPath];
-    if (host::ReadProfileText("TOLKA", "Pfad32", path, sizeof path, "tolka.ini") == 0 &&
-        host::ReadProfileText("TOLKA", "Pfad", path, sizeof path, "tolka.ini") == 0 &&
-        host::ReadProfileText("VARK", "Pfad", path, sizeof path, "vark.ini") == 0) {
+    if (ReadProfileText("TOLKA", "Pfad32", path, sizeof path, "tolka.ini") == 0 &&
+        ReadProfileText("TOLKA", "Pfad", path, sizeof path, "tolka.ini") == 0 &&
+        ReadProfileText("VARK", "Pfad", path, sizeof path, "vark.ini") == 0) {
         return {};
     }
     // One separator at the end is cut, of either kind: ini files travel.
     const size_t length = std::strlen(path);
     if (length > 0 && (path[length - 1] == '/' || path[length - 1] == '\\')) path[length - 1] = 0;
-    return path;
+    return PathOfBytes(path);
 }
 
-void UseConfiguration(const fs::path &directory) { setenv("VARK_CONFIG_DIR", directory.c_str(), 1); }
+void UseConfiguration(const fs::path &directory) { SetEnvironment("VARK_CONFIG_DIR", PathBytes(directory)); }
 
 std::string Mandant::Directory(const std::string &year) const
 {

@@ -1,6 +1,7 @@
 #include "tools/common/table_file.h"
 
 #include "record-manager/include/btrcall.h"
+#include "tools/common/system.h"
 
 #include <algorithm>
 #include <cstring>
@@ -35,8 +36,8 @@ int Engine(BtrClient *client, uint16_t operation)
 // A path as key buffer of Open and Create.
 void PutPath(uint8_t (&key)[BtrKeyBufferSize], const std::filesystem::path &path)
 {
-    const std::string text = path.string();
-    if (text.size() >= BtrPathSize) throw std::runtime_error("Der Pfad ist zu lang: " + text);
+    const std::string text = PathBytes(path);
+    if (text.size() >= BtrPathSize) throw std::runtime_error("Der Pfad ist zu lang: " + path.string());
     std::memset(key, 0, sizeof key);
     std::memcpy(key, text.data(), text.size());
 }

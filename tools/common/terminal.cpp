@@ -1,12 +1,11 @@
 #include "tools/common/terminal.h"
 
 #include "tools/common/exit_codes.h"
+#include "tools/common/system.h"
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <iostream>
-#include <unistd.h>
 
 namespace tools {
 
@@ -24,7 +23,7 @@ int64_t Now_ms()
 } // namespace
 
 ProgressBar::ProgressBar(std::string text, FILE *stream)
-    : title(std::move(text)), to(stream), isTerminal(isatty(fileno(stream)) != 0)
+    : title(std::move(text)), to(stream), isTerminal(IsTerminal(stream))
 {}
 
 ProgressBar::~ProgressBar() { Hide(); }
@@ -52,89 +51,10 @@ void ProgressBar::Show(double part)
     std::fflush(to);
 }
 
-namespace {
-
-volatile std::sig_atomic_t isInterrupted = 0;
-
-void NoteInterrupt(int) { isInterrupted = 1; }
-
-constexpr int interruptions[] = {SIGINT, SIGTERM, SIGHUP};
-
-// Keeps interruptions back as long as it is there.
-struct HeldInterrupts {
-    sigset_t Before;
-
-    HeldInterrupts()
-    {
-        sigset_t held;
-        sigemptyset(&held);
-        for (const int signal : interruptions) {
-            sigaddset(&held, signal);
-        }
-        pthread_sigmask(SIG_BLOCK, &held, &Before);
-    }
-    HeldInterrupts(const HeldInterrupts &) = delete;
-    HeldInterrupts &operator=(const HeldInterrupts &) = delete;
-    ~HeldInterrupts() { pthread_sigmask(SIG_SETMASK, &Before, nullptr); }
-};
-
-} // namespace
-
-void CatchInterrupts()
-{
-    for (const int signal : interruptions) {
-        struct sigaction action = {};
-        action.sa_handler = NoteInterrupt;
-        sigemptyset(&action.sa_mask);
-        sigaction(signal, &action, nullptr);
-    }
-}
-
-bool IsInterrupted() { return isInterrupted != 0; }
-
 void ThrowIfInterrupted()
 {
     if (IsInterrupted()) throw Interrupted();
 }
-
-void CopyFiles(const std::filesystem::path &from, const std::filesystem::path &to,
-               std::filesystem::copy_options options)
-{
-    const HeldInterrupts held;
-    std::filesystem::copy(from, to, options);
-}
-
-namespace {
-
-constexpr int damageSignals[] = {SIGSEGV, SIGBUS, SIGABRT};
-
-[[maybe_unused]] void TellDamage(int)
-{
-    constexpr char word[] =
-        "\nbooks: Lesen abgebrochen, eine Datei ist beschädigt. Mehr dazu sagt books pruefen.\n";
-    (void)!write(STDERR_FILENO, word, sizeof word - 1);
-    _exit(ExitFailure);
-}
-
-} // namespace
-
-void EndWithAWordOnDamage()
-{
-#ifndef __SANITIZE_ADDRESS__ // which tells more of it
-    for (const int signal : damageSignals) {
-        std::signal(signal, TellDamage);
-    }
-#endif
-}
-
-void ForgetDamage()
-{
-    for (const int signal : damageSignals) {
-        std::signal(signal, SIG_DFL);
-    }
-}
-
-void EndQuietlyOnClosedPipe() { std::signal(SIGPIPE, SIG_DFL); }
 
 namespace {
 
@@ -145,7 +65,7 @@ bool answersByExitCode = false;
 void AnswerByExitCode()
 {
     answersByExitCode = true;
-    std::signal(SIGPIPE, SIG_IGN);
+    OutliveClosedPipe();
 }
 
 int EndOutput(const char *program, int exitCode)

@@ -46,13 +46,13 @@ void ThrowIfInterrupted();
 void CopyFiles(const std::filesystem::path &from, const std::filesystem::path &to,
                std::filesystem::copy_options options = {});
 
-// From here on a damaged page, which ends a program that reads it by a signal, ends it with a word and
-// ExitFailure. ForgetDamage, in a child, lets the parent see the signal.
+// From here on a damaged page, which ends a program that reads it, ends it with a word and ExitFailure.
 void EndWithAWordOnDamage();
-void ForgetDamage();
 
-// From here on a closed pipe ends the program at once and silently, as `… | head` expects of a filter.
+// From here on a closed pipe ends the program at once and silently, as `… | head` expects of a filter; and
+// from here on it does not. On Windows it never does.
 void EndQuietlyOnClosedPipe();
+void OutliveClosedPipe();
 
 // For work that changes something: from here on the exit code says what became of it, whether anybody can be
 // told in words or not. A closed pipe no longer ends the program.

@@ -3,10 +3,9 @@
 #include "include/vark40.h"
 #include "record-manager/include/btrcall.h"
 #include "tools/vark/reasons.h"
+#include "tools/vark/record_managers.h"
 
 #include <chrono>
-#include <link.h>
-#include <string_view>
 #include <vector>
 
 namespace cli {
@@ -17,23 +16,6 @@ using Clock = std::chrono::steady_clock;
 
 // Others wait meanwhile to write, for seconds at most, and are let in between two groups.
 constexpr std::chrono::milliseconds longestGroup(200);
-
-int CountRecordManager(dl_phdr_info *object, size_t /*size*/, void *count)
-{
-    constexpr std::string_view name = "/libwbtrv32.so";
-    const std::string_view path = object->dlpi_name;
-    if (path.ends_with(name)) ++*static_cast<int *>(count);
-    return 0;
-}
-
-// Whether the library works with the record manager that is linked here, as the same client of it. It may
-// have found another one beside the books.
-bool SharesRecordManager()
-{
-    int count = 0;
-    dl_iterate_phdr(CountRecordManager, &count);
-    return count == 1;
-}
 
 bool CallGroup(uint16_t operation)
 {

@@ -2,6 +2,7 @@
 
 #include "tools/common/exit_codes.h"
 #include "tools/common/json.h"
+#include "tools/common/system.h"
 #include "tools/common/terminal.h"
 #include "tools/common/text_table.h"
 #include "tools/common/workplace.h"
@@ -12,8 +13,6 @@
 #include <iostream>
 #include <map>
 #include <optional>
-#include <poll.h>
-#include <unistd.h>
 
 namespace cli {
 
@@ -264,8 +263,7 @@ bool CsvSource::IsReady() const
 {
     if (state->Size > 0 || state->In->rdbuf()->in_avail() > 0) return true;
     if (state->In != &std::cin) return false;
-    pollfd input = {STDIN_FILENO, POLLIN, 0};
-    return poll(&input, 1, 0) > 0;
+    return IsInputReady();
 }
 
 void CsvSource::HideBar() { state->Bar.Hide(); }

@@ -1,8 +1,8 @@
 // vark: the books from the command line. It books and asks through the exported functions, as any host would.
-#include "host/descriptors.h"
 #include "tools/common/command_line.h"
 #include "tools/common/exit_codes.h"
 #include "tools/common/installation.h"
+#include "tools/common/system.h"
 #include "tools/common/terminal.h"
 #include "tools/vark/commands.h"
 #include "tools/vark/reasons.h"
@@ -33,8 +33,8 @@ int Run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    host::GuardStandardDescriptors();
     try {
+        tools::BeginProgram(argc, argv);
         return tools::EndOutput("vark", Run(argc, argv));
     } catch (const cli::Refusal &refusal) {
         std::fprintf(stderr, "vark: %s\n", refusal.what());

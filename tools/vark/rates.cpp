@@ -1,6 +1,5 @@
 #include "tools/vark/rates.h"
 
-#include "host/helpers.h"
 #include "src/model/company_records.h"
 #include "src/values/amount_texts.h"
 #include "src/values/currency.h"
@@ -10,6 +9,7 @@
 #include "tools/common/key_value.h"
 #include "tools/common/terminal.h"
 #include "tools/common/texts.h"
+#include "tools/vark/rate_program.h"
 #include "tools/vark/reasons.h"
 #include "tools/vark/typed_text.h"
 
@@ -19,9 +19,6 @@
 #include <iostream>
 #include <optional>
 #include <stdexcept>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace cli {
 
@@ -96,42 +93,6 @@ int List(const Rates &rates, const RateOptions &options)
     return ExitGood;
 }
 
-// Runs the program that opens the dialog, which lies beside this one; with a script for its windows where one
-// is given. Returns its exit code.
-int RunDialog(int mandant, const std::string &script)
-{
-    int scriptFile = -1;
-    if (!script.empty()) {
-        scriptFile = memfd_create("vark-skript", MFD_CLOEXEC);
-        if (scriptFile < 0 ||
-            write(scriptFile, script.data(), script.size()) != static_cast<ssize_t>(script.size())) {
-            throw std::runtime_error("Der Dialog läßt sich nicht vorbereiten.");
-        }
-    }
-    char name[] = "vark-kurse";
-    std::string number = std::to_string(mandant);
-    char *const arguments[] = {name, number.data(), nullptr};
-    const char *const before = std::getenv("VARK_UI");
-    const std::optional<std::string> usual =
-        before != nullptr ? std::optional(std::string(before)) : std::nullopt;
-    const std::string played = "script:/proc/self/fd/" + std::to_string(host::firstOfHelper);
-    if (scriptFile >= 0) setenv("VARK_UI", played.c_str(), 1);
-    pid_t child = 0;
-    const int error = host::StartHelper(name, arguments, &scriptFile, scriptFile >= 0 ? 1 : 0, child);
-    if (usual) {
-        setenv("VARK_UI", usual->c_str(), 1);
-    } else {
-        unsetenv("VARK_UI");
-    }
-    if (scriptFile >= 0) close(scriptFile);
-    int status = 0;
-    if (error != 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status) ||
-        WEXITSTATUS(status) == 127) {
-        throw std::runtime_error(std::string(name) + " läßt sich nicht ausführen.");
-    }
-    return WEXITSTATUS(status);
-}
-
 void NeedPlainText(const std::string &value, const char *name)
 {
     if (value.empty()) throw UsageError(std::string("Es fehlt die Angabe ") + name + ".");
@@ -190,7 +151,7 @@ int Play(const RateOptions &options, const std::string &script, const char *done
     int exitCode = ExitFailure;
     std::string fault = "Der Dialog ist nicht zustande gekommen.";
     try {
-        exitCode = RunDialog(options.Mandant, script);
+        exitCode = RunRateProgram(options.Mandant, script);
     } catch (const std::runtime_error &error) {
         fault = error.what();
     }
@@ -210,7 +171,10 @@ int Play(const RateOptions &options, const std::string &script, const char *done
 
 int KeepRates(const RateOptions &typed)
 {
-    if (typed.Asks || typed.IsNew || typed.Deletes) AnswerByExitCode();
+    if (typed.Asks || typed.IsNew || typed.Deletes) {
+        NeedRateProgram();
+        AnswerByExitCode();
+    }
     NeedLibrary();
     RateOptions options = typed;
     options.Waehrung = CurrencyOf(typed.Waehrung);
@@ -219,7 +183,7 @@ int KeepRates(const RateOptions &typed)
         std::cerr << "vark: Der Mandant existiert nicht!\n";
         return ExitRefused;
     }
-    if (options.Asks) return RunDialog(options.Mandant, "");
+    if (options.Asks) return RunRateProgram(options.Mandant, "");
     if (options.IsNew) {
         const std::string script = ScriptOfNew(options);
         const int64_t before = rates.Count();

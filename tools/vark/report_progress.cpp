@@ -1,10 +1,10 @@
 #include "tools/vark/report_progress.h"
 
+#include "tools/common/system.h"
 #include "tools/common/terminal.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <unistd.h>
 
 namespace cli {
 
@@ -14,7 +14,7 @@ ReportProgress::ReportProgress(std::string text, int64_t all, Counter counter, F
                                milliseconds patience)
     : title(std::move(text)), expected(all), count(std::move(counter)), to(stream)
 {
-    if (isatty(fileno(stream)) != 0) drawer = std::thread([this, patience] { Draw(patience); });
+    if (tools::IsTerminal(stream)) drawer = std::thread([this, patience] { Draw(patience); });
 }
 
 ReportProgress::~ReportProgress() { Stop(); }

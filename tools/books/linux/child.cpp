@@ -1,6 +1,6 @@
-#include "tools/books/child.h"
+#include "tools/books/linux/child.h"
 
-#include "tools/common/terminal.h"
+#include "tools/common/linux/signals.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,6 +1,7 @@
 #include "tools/books/snapshot.h"
 
-#include "tools/books/child.h"
+#include "tools/books/copy_records.h"
+#include "tools/books/linux/child.h"
 #include "tools/books/place.h"
 #include "tools/common/table_file.h"
 #include "tools/common/terminal.h"
@@ -18,7 +19,6 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace books {
 
@@ -99,65 +99,10 @@ std::optional<int> WaitWhileItGrows(pid_t child, int file)
 
 } // namespace
 
-namespace {
-
-// Whether records lie in a table as its layout tells, with what orders their duplicates.
-bool IsAsLaidOut(TableFile &table)
-{
-    const TableDefinition definition = table.Definition();
-    return definition.RecordLength == table.Layout.RecordLength &&
-           std::equal(definition.Keys.begin(), definition.Keys.end(), table.Layout.Keys.begin(),
-                      table.Layout.Keys.end(), [](const KeyLayout &there, const KeyLayout &wanted) {
-                          return there.Duplicates == wanted.Duplicates;
-                      });
-}
-
-template <typename Insert>
-void ForEachRecord(TableFile &source, size_t length, bool (TableFile::*first)(void *),
-                   bool (TableFile::*next)(void *), Insert insert)
-{
-    std::vector<char> record(length);
-    for (bool found = (source.*first)(record.data()); found; found = (source.*next)(record.data())) {
-        ThrowIfInterrupted();
-        insert(record.data());
-    }
-}
-
-// Record by record, all tables as they stand at one moment. Duplicates of a key keep their order.
-void CopyRecords(const fs::path &from, const fs::path &to)
-{
-    EngineClient reader;
-    reader.BeginSnapshot();
-    bool copied = false;
-    for (const TableLayout &layout : Tables()) {
-        std::unique_ptr<TableFile> source;
-        try {
-            source = std::make_unique<TableFile>(layout, from, OpenMode::ReadOnly, &reader);
-        } catch (const EngineError &error) {
-            if (error.Status != BtrStatusFileNotFound) throw;
-            continue;
-        }
-        CreateTable(layout, to);
-        TableFile target(layout, to, OpenMode::Accelerated);
-        if (IsAsLaidOut(*source)) {
-            ForEachRecord(*source, source->StoredLength(), &TableFile::StepFirstStored,
-                          &TableFile::StepNextStored, [&](char *stored) { target.InsertStored(stored); });
-        } else {
-            ForEachRecord(*source, layout.RecordLength, &TableFile::StepFirst, &TableFile::StepNext,
-                          [&](char *record) { target.Insert(record); });
-        }
-        target.Close();
-        copied = true;
-    }
-    if (!copied) throw std::runtime_error("In " + from.string() + " liegen keine Bücher.");
-}
-
-} // namespace
-
 void CopyStore(const fs::path &from, const fs::path &to)
 {
     if (IsOnServer(from) || IsOnServer(to)) {
-        CopyRecords(from, to);
+        CopyOneMoment(from, to);
         return;
     }
     const std::unique_ptr<TableFile> held = OpenAny(from);
@@ -179,7 +124,7 @@ void CopyStore(const fs::path &from, const fs::path &to)
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildNoLock) {
         fs::remove(target);
-        CopyRecords(from, to); // as the record manager reads for those who may only read
+        CopyOneMoment(from, to); // as the record manager reads for those who may only read
         return;
     }
     if (WIFEXITED(status) && WEXITSTATUS(status) == ChildFull) ThrowFileError(target, "Schreiben", ENOSPC);

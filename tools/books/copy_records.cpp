@@ -1,0 +1,75 @@
+#include "tools/books/copy_records.h"
+
+#include "tools/common/table_file.h"
+#include "tools/common/terminal.h"
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace books {
+
+namespace fs = std::filesystem;
+using namespace tools;
+
+namespace {
+
+// Whether records lie in a table as its layout tells, with what orders their duplicates.
+bool IsAsLaidOut(TableFile &table)
+{
+    const TableDefinition definition = table.Definition();
+    return definition.RecordLength == table.Layout.RecordLength &&
+           std::equal(definition.Keys.begin(), definition.Keys.end(), table.Layout.Keys.begin(),
+                      table.Layout.Keys.end(), [](const KeyLayout &there, const KeyLayout &wanted) {
+                          return there.Duplicates == wanted.Duplicates;
+                      });
+}
+
+template <typename Insert>
+void ForEachRecord(TableFile &source, size_t length, bool (TableFile::*first)(void *),
+                   bool (TableFile::*next)(void *), Insert insert)
+{
+    std::vector<char> record(length);
+    for (bool found = (source.*first)(record.data()); found; found = (source.*next)(record.data())) {
+        ThrowIfInterrupted();
+        insert(record.data());
+    }
+}
+
+} // namespace
+
+void CopyRecords(const fs::path &from, const fs::path &to, EngineClient *reader)
+{
+    bool copied = false;
+    for (const TableLayout &layout : Tables()) {
+        std::unique_ptr<TableFile> source;
+        try {
+            source = std::make_unique<TableFile>(layout, from, OpenMode::ReadOnly, reader);
+        } catch (const EngineError &error) {
+            if (error.Status != BtrStatusFileNotFound) throw;
+            continue;
+        }
+        CreateTable(layout, to);
+        TableFile target(layout, to, OpenMode::Accelerated);
+        if (IsAsLaidOut(*source)) {
+            ForEachRecord(*source, source->StoredLength(), &TableFile::StepFirstStored,
+                          &TableFile::StepNextStored, [&](char *stored) { target.InsertStored(stored); });
+        } else {
+            ForEachRecord(*source, layout.RecordLength, &TableFile::StepFirst, &TableFile::StepNext,
+                          [&](char *record) { target.Insert(record); });
+        }
+        target.Close();
+        copied = true;
+    }
+    if (!copied) throw std::runtime_error("In " + from.string() + " liegen keine Bücher.");
+}
+
+void CopyOneMoment(const fs::path &from, const fs::path &to)
+{
+    EngineClient reader;
+    reader.BeginSnapshot();
+    CopyRecords(from, to, &reader);
+}
+
+} // namespace books
