@@ -1,4 +1,4 @@
-// What the library tells on standard error reaches whoever reads there, and holds up nobody where nobody does.
+// What the library tells on standard error reaches whoever reads there, and holds nobody up where none does.
 #include "tests/windows/wine.h"
 
 using namespace tests;

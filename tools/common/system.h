@@ -20,8 +20,8 @@ std::filesystem::path ProgramDirectory();
 std::string PathBytes(const std::filesystem::path &path);
 std::filesystem::path PathOfBytes(const std::string &bytes);
 
-// A path as texts of the tools name it, in UTF-8. By itself the standard library takes bytes for UTF-8 on Linux
-// alone.
+// A path as texts of the tools name it, in UTF-8. By itself the standard library takes bytes for that on
+// Linux alone.
 std::filesystem::path PathOfText(const std::string &text);
 
 // What ini files of new books say of the program beside which their record manager lies; nothing on Linux,

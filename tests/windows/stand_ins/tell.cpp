@@ -1,5 +1,5 @@
-// A host on whose standard error the library tells something: one that is read, that is none, that nobody reads
-// any more, and that is full. Prints how long each took.
+// A host on whose standard error the library tells something: one that is read, that is none, that is full,
+// and that nobody reads any more. Prints how long each took.
 #include "src/platform/platform.h"
 
 #include <cstdio>

@@ -1,6 +1,7 @@
 #include "tools/books/linux/child.h"
 
 #include "tools/common/linux/signals.h"
+#include "tools/common/terminal.h"
 
 #include <cerrno>
 #include <csignal>
