@@ -27,4 +27,10 @@ void NewSchemas::Add(const std::filesystem::path &, const std::string &, const s
     RefuseServer();
 }
 
+SchemaExchange::SchemaExchange(const std::filesystem::path &) { RefuseServer(); }
+SchemaExchange::~SchemaExchange() = default;
+void SchemaExchange::Add(const std::filesystem::path &, const std::string &, bool) { RefuseServer(); }
+void SchemaExchange::Remove(const std::string &) { RefuseServer(); }
+void SchemaExchange::Finish() { RefuseServer(); }
+
 } // namespace books
