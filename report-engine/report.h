@@ -130,6 +130,7 @@ struct Report {
     LateCell Late[maxLateCells];
     int LateCount;
 
+    bool ItemHasControls; // in a text of one of its cells
     char ItemData[maxItemSize];
 };
 

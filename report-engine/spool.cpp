@@ -194,6 +194,26 @@ bool NextCell(CellReader &cells, Cell &cell)
     return true;
 }
 
+void BlankControls(ItemHeader &header, char *data)
+{
+    if (header.Controls == 0) return;
+    header.Controls = 0;
+    CellReader cells = CellsOf(header, data);
+    Cell cell;
+    while (NextCell(cells, cell)) {
+        if (cell.Kind != CellKind::text) continue;
+        char *const text = data + (cell.Text - data);
+        for (size_t i = 0; i < cell.Length; ++i) {
+            const auto byte = static_cast<unsigned char>(text[i]);
+            if (byte < ' ' || byte == 0x7F) text[i] = ' ';
+            // U+0080 to U+009F are two bytes in UTF-8, and so is the blank that does not break.
+            if (byte == 0xC2 && i + 1 < cell.Length && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+                text[++i] = '\xA0';
+            }
+        }
+    }
+}
+
 void ColumnTitle(const Column &column, char (&out)[columnTitleSize])
 {
     if (column.Heading[0] != 0) {

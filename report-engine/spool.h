@@ -39,8 +39,9 @@ struct ItemHeader {
     uint16_t Flags;  // RowFlag
     uint16_t Count;  // cells of a row, bytes of a bookmark, pairs of about
     uint32_t Size;
-    uint8_t Ends; // of a row as in LayoutRow
-    uint8_t Reserved[3];
+    uint8_t Ends;     // of a row as in LayoutRow
+    uint8_t Controls; // of a row: 1 when its texts have control characters
+    uint8_t Reserved[2];
 };
 static_assert(sizeof(ItemHeader) == 16);
 
@@ -93,7 +94,7 @@ struct SpoolReader {
     size_t End;
     uint64_t ItemOffset;
     ItemHeader Header;
-    const char *Data; // of the item in hand, until the next one is read
+    char *Data; // of the item in hand, until the next one is read
     char Window[2 * spoolBufferSize];
 };
 
@@ -123,6 +124,10 @@ struct Cell {
 // Reads the cells of a row that lies at `data`.
 inline CellReader CellsOf(const ItemHeader &header, const char *data) { return {data, header.Count}; }
 bool NextCell(CellReader &cells, Cell &cell);
+
+// Makes a blank of each control character of a row's texts, as people are shown them; programs that read a
+// row get them as they are in the books. The row keeps its length.
+void BlankControls(ItemHeader &header, char *data);
 
 // A figure of zero that stays empty; a sum of zero in a bold row is a statement.
 bool IsBlank(const Definition &definition, uint8_t style, const Cell &cell);

@@ -39,7 +39,9 @@ size_t Copy(Report &report, size_t used, const char *bytes, size_t length, bool 
         }
         const char *const from = bytes;
         const char32_t character = text::NextCodePoint(bytes, end);
-        if (IsControl(character) && !keepsControls) {
+        const bool isControl = IsControl(character);
+        report.ItemHasControls = report.ItemHasControls || isControl;
+        if (isControl && !keepsControls) {
             out[written++] = ' ';
         } else if (character == 0xFFFD) {
             std::memcpy(out + written, replacement, sizeof replacement);
@@ -52,15 +54,6 @@ size_t Copy(Report &report, size_t used, const char *bytes, size_t length, bool 
     return written;
 }
 
-size_t Store(Report &report, uint8_t column, const char *bytes, size_t length, size_t used,
-             bool keepsControls)
-{
-    const size_t written = Copy(report, used + sizeof(CellHeader), bytes, length, keepsControls);
-    const CellHeader cell = {column, CellKind::text, static_cast<uint16_t>(written)};
-    std::memcpy(report.ItemData + used, &cell, sizeof cell);
-    return used + sizeof cell + written;
-}
-
 } // namespace
 
 size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
@@ -68,14 +61,17 @@ size_t CopyText(Report &report, size_t used, const char *bytes, size_t length)
     return Copy(report, used, bytes, length, false);
 }
 
-size_t StoreText(Report &report, uint8_t column, const char *bytes, size_t length, size_t used)
+size_t CopyTextAsItIs(Report &report, size_t used, const char *bytes, size_t length)
 {
-    return Store(report, column, bytes, length, used, false);
+    return Copy(report, used, bytes, length, true);
 }
 
-size_t StoreDataText(Report &report, uint8_t field, const char *bytes, size_t length, size_t used)
+size_t StoreText(Report &report, uint8_t column, const char *bytes, size_t length, size_t used)
 {
-    return Store(report, field, bytes, length, used, true);
+    const size_t written = CopyTextAsItIs(report, used + sizeof(CellHeader), bytes, length);
+    const CellHeader cell = {column, CellKind::text, static_cast<uint16_t>(written)};
+    std::memcpy(report.ItemData + used, &cell, sizeof cell);
+    return used + sizeof cell + written;
 }
 
 size_t StoreNumber(Report &report, uint8_t column, Form form, int64_t value, size_t used)
@@ -91,6 +87,8 @@ void StoreItem(lua_State *state, Report &report, ItemHeader &header)
     if (header.Kind != Item::row && ++report.LooseCount > maxLoose) {
         luaL_error(state, "a record may write %d rows of data, bookmarks and lines of heads", maxLoose);
     }
+    header.Controls = header.Kind == Item::row && report.ItemHasControls ? 1 : 0;
+    report.ItemHasControls = false;
     while (header.Size % itemAlignment != 0) {
         report.ItemData[header.Size++] = 0;
     }

@@ -8,11 +8,11 @@ namespace rs {
 // Copies a text into the item at `used`: proper UTF-8, blanks for control characters, cut at maxTextLength.
 // Returns the bytes copied.
 size_t CopyText(Report &report, size_t used, const char *bytes, size_t length);
+// The same with its control characters: programs take texts as they are in the books.
+size_t CopyTextAsItIs(Report &report, size_t used, const char *bytes, size_t length);
 
 // Writes a text, or a number, into the item as the cell of a column; returns the bytes used so far.
 size_t StoreText(Report &report, uint8_t column, const char *bytes, size_t length, size_t used);
-// A text for a row of data, with its control characters: programs take it as it is in the books.
-size_t StoreDataText(Report &report, uint8_t field, const char *bytes, size_t length, size_t used);
 size_t StoreNumber(Report &report, uint8_t column, Form form, int64_t value, size_t used);
 
 // Ends the item: what ItemData holds goes to the spool.

@@ -67,7 +67,7 @@ void PrintPlainData(lua_State *state, Report &report, const Source &own, const S
         const FieldValue value = ValueFor(report, own, lender, &KindCode::DataFields, i, room);
         if (value.Kind == ValueKind::none) continue;
         used = value.Kind == ValueKind::text
-                   ? StoreDataText(report, i, value.Text, value.Length, used)
+                   ? StoreText(report, i, value.Text, value.Length, used)
                    : StoreNumber(report, i, report.Def.DataFields[i].CellForm, value.Number, used);
         ++header.Count;
     }

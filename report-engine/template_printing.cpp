@@ -63,7 +63,7 @@ size_t PutDataCell(lua_State *state, Report &report, uint8_t number, size_t used
     if (type == LUA_TSTRING && field.CellForm == Form::text) {
         size_t length = 0;
         const char *bytes = lua_tolstring(state, -1, &length);
-        return StoreDataText(report, number, bytes, length, used);
+        return StoreText(report, number, bytes, length, used);
     }
     lua_Integer value = 0;
     if (type == LUA_TBOOLEAN && field.CellForm == Form::flag) {
@@ -146,10 +146,10 @@ int PrintData(lua_State *state)
 
 namespace {
 
-// A text with its length before it; returns the bytes used so far.
-size_t PutText(Report &report, size_t used, const char *bytes, size_t length)
+// The length of a text that was copied behind it; returns the bytes used so far.
+size_t PutLength(Report &report, size_t used, size_t length)
 {
-    const auto written = static_cast<uint16_t>(CopyText(report, used + sizeof(uint16_t), bytes, length));
+    const auto written = static_cast<uint16_t>(length);
     std::memcpy(report.ItemData + used, &written, sizeof written);
     return used + sizeof written + written;
 }
@@ -175,7 +175,7 @@ int PrintAbout(lua_State *state)
             }
             size_t length = 0;
             const char *bytes = lua_tolstring(state, -1, &length);
-            used = PutText(report, used, bytes, length);
+            used = PutLength(report, used, CopyTextAsItIs(report, used + sizeof(uint16_t), bytes, length));
         }
         lua_pop(state, 3);
         ++header.Count;
@@ -220,28 +220,27 @@ size_t PutPart(lua_State *state, Report &report, const char *key, size_t used)
     const char *bytes = type == LUA_TSTRING ? lua_tolstring(state, -1, &length) : "";
     if (type != LUA_TTABLE) {
         if (type != LUA_TNIL && type != LUA_TSTRING) luaL_error(state, "'%s' must be a text", key);
-        return PutText(report, used, bytes, length);
+        return PutLength(report, used, CopyText(report, used + sizeof(uint16_t), bytes, length));
     }
     const int list = lua_gettop(state);
     const lua_Unsigned count = lua_rawlen(state, list);
     if (count > maxPartTexts)
         luaL_error(state, "'%s' may hold %d texts", key, static_cast<int>(maxPartTexts));
     constexpr char separator[] = " \u00B7 ";
-    uint16_t written = 0;
+    size_t written = 0;
     for (lua_Unsigned i = 1; i <= count; ++i) {
         if (lua_rawgeti(state, list, static_cast<lua_Integer>(i)) != LUA_TSTRING) {
             luaL_error(state, "'%s' must be a text or a list of texts", key);
         }
         bytes = lua_tolstring(state, -1, &length);
         const auto append = [&](const char *text, size_t size) {
-            written += static_cast<uint16_t>(CopyText(report, used + sizeof written + written, text, size));
+            written += CopyText(report, used + sizeof(uint16_t) + written, text, size);
         };
         if (length > 0 && written > 0) append(separator, sizeof separator - 1);
         append(bytes, length);
         lua_pop(state, 1);
     }
-    std::memcpy(report.ItemData + used, &written, sizeof written);
-    return used + sizeof written + written;
+    return PutLength(report, used, written);
 }
 
 int PrintLine(lua_State *state, Item kind)

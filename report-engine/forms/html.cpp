@@ -137,8 +137,9 @@ void WriteHtmlColumns(Writer &writer, const Definition &def)
     Write(writer, "</tr>\n</thead>\n");
 }
 
-void WriteHtmlRow(Writer &writer, const Definition &def, const SpoolReader &reader)
+void WriteHtmlRow(Writer &writer, const Definition &def, SpoolReader &reader)
 {
+    BlankControls(reader.Header, reader.Data);
     char tag[64];
     std::snprintf(tag, sizeof tag, "<tr class=s%d>", reader.Header.Style);
     Write(writer, tag);

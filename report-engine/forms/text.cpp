@@ -58,8 +58,9 @@ void Widen(size_t &width, size_t wanted)
     if (wanted > width) width = wanted;
 }
 
-void MeasureRow(TextTable &table, const Definition &def, const SpoolReader &reader)
+void MeasureRow(TextTable &table, const Definition &def, SpoolReader &reader)
 {
+    BlankControls(reader.Header, reader.Data);
     CellReader cells = CellsOf(reader.Header, reader.Data);
     Cell cell;
     bool hasCell = NextCell(cells, cell);
@@ -92,8 +93,9 @@ void WriteAligned(Writer &writer, const char *text, size_t length, size_t width,
     position += characters;
 }
 
-void WriteTextRow(Writer &writer, const TextTable &table, const Definition &def, const SpoolReader &reader)
+void WriteTextRow(Writer &writer, const TextTable &table, const Definition &def, SpoolReader &reader)
 {
+    BlankControls(reader.Header, reader.Data);
     CellReader cells = CellsOf(reader.Header, reader.Data);
     Cell cell;
     size_t position = 0;
