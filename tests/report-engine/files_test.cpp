@@ -119,6 +119,31 @@ TEST_F(Files, JsonKeepsNamesAndNumbers)
               "]}\n");
 }
 
+TEST_F(Files, ControlCharactersAreKeptForProgramsAndBlanksForPeople)
+{
+    RSCloseReport(report);
+    report = RSOpenReport(directory.Write("or_test.rs", TemplateWith(smallTemplate)).c_str(), susaId, 0);
+    ASSERT_GT(report, 0);
+    AddSusaHeader(report, SusaHeader("Müller & Co"));
+    AddSusaLine(report, {"13\t00", "a\tb\nc\x1B\xC2\x81\x7F-\xC2\xA0z", 100, 0, 0, 0, 0, 0});
+    view = OpenView(report);
+    const auto has = [](const std::string &text, const std::string &part) {
+        return text.find(part) != std::string::npos;
+    };
+    const std::string csv = Export("a.csv");
+    EXPECT_TRUE(has(csv, "Gruppe;Gruppe 13\t00;")) << csv;
+    EXPECT_TRUE(has(csv, "Zeile;13\t00;\"a\tb\nc\x1B\xC2\x81\x7F-\xC2\xA0z\";1,00;")) << csv;
+    const std::string json = Export("a.json");
+    EXPECT_TRUE(has(json, "\"name\":\"a\\u0009b\\nc\\u001b\xC2\x81\x7F-\xC2\xA0z\"")) << json;
+    // What was one character is one blank.
+    const std::string text = Export("a.txt");
+    EXPECT_TRUE(has(text, "Gruppe 13 00 ")) << text;
+    EXPECT_TRUE(has(text, "13 00  a b c \xC2\xA0 -\xC2\xA0z ")) << text;
+    const std::string html = Export("a.html");
+    EXPECT_TRUE(has(html, ">a b c \xC2\xA0 -\xC2\xA0z</td>")) << html;
+    EXPECT_EQ(std::string::npos, html.find('\x1B'));
+}
+
 TEST_F(Files, TextIsATableForATerminal)
 {
     EXPECT_EQ(Export("a.txt"), "Müller & Co               Liste\n"
