@@ -110,8 +110,8 @@ void ReleaseHeld(Connection *connection, AdvisoryKind kind, uint32_t file, bool 
     const Statement statement = alone ? Statement::UnlockAlone : Statement::UnlockShared;
     const bool owed = connection->Owes;
     Release(connection, statement, KeyOf(connection, kind, file, 0), 0);
-    if (owed) return;
     // Only who wants it alone minds, and waits for a moment longer than this is on its way.
+    if (owed || serverLimits->MomentaryWait_ms == 0) return;
     Post(connection);
     connection->Owes = false;
 }
