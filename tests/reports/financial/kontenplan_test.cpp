@@ -43,6 +43,22 @@ struct Kontenplan : testing::Test {
     }
     void TearDown() override { VARK_SchliesseDB(); }
 
+    // In the place of the one that writes down, with the templates where the books have theirs.
+    static void UseRealEngine()
+    {
+        BindReportEngine();
+        ASSERT_EQ(1, reportEngine.ReportEngineBound);
+        std::filesystem::copy(TEMPLATES, ReportPath);
+    }
+    std::string Exported(VarkWindow view, const std::string &name)
+    {
+        const auto exportView = reinterpret_cast<decltype(&RSExportView)>(
+            FindEntry(reportEngine.ReportEngineLibrary, "RSExportView"));
+        const std::string path = books.Directory() + '/' + name;
+        EXPECT_EQ(1, exportView(view, path.c_str()));
+        std::ifstream file(path);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
     void Node(TableId table, int32_t id, uint16_t art, int32_t next, int32_t child, const std::string &text)
     {
         StructureRecord node{};
@@ -389,27 +405,17 @@ TEST_F(Kontenplan, TheMarkOfAnAccountIsCalledWhatItMeans)
         debitor.Zustand = sako.Zustand;
         books.Insert(1, TableDebi, debitor);
     }
-    BindReportEngine();
-    ASSERT_EQ(1, reportEngine.ReportEngineBound);
-    const auto exportView = reinterpret_cast<decltype(&RSExportView)>(
-        FindEntry(reportEngine.ReportEngineLibrary, "RSExportView"));
-    std::filesystem::copy(TEMPLATES, ReportPath);
+    UseRealEngine();
     for (const int32_t kind : {1, 4}) {
         params.KontoArt = kind;
         VarkWindow view = VARK_Kontenplan(1, nullptr, &params);
         ASSERT_NE(nullptr, view);
-        const auto made = [&](const char *name) {
-            const std::string path = books.Directory() + '/' + name;
-            EXPECT_EQ(1, exportView(view, path.c_str()));
-            std::ifstream file(path);
-            return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        };
-        const std::string csv = made("k.csv");
+        const std::string csv = Exported(view, "k.csv");
         EXPECT_EQ((Lines{"ja", "nein"}), FieldsBelow("Löschbar", csv)) << csv;
-        for (const std::string &text : {csv, made("k.txt"), made("k.html")}) {
+        for (const std::string &text : {csv, Exported(view, "k.txt"), Exported(view, "k.html")}) {
             EXPECT_EQ(std::string::npos, text.find("esperrt")) << text;
         }
-        EXPECT_NE(std::string::npos, made("k.txt").find(kind == 1 ? "lösch-" : "Löschbar"));
+        EXPECT_NE(std::string::npos, Exported(view, "k.txt").find(kind == 1 ? "lösch-" : "Löschbar"));
     }
 }
 
@@ -417,19 +423,12 @@ TEST_F(Kontenplan, RealEngineMakesBothLists)
 {
     Sako("1000", ZuordnungKeine);
     books.Insert(1, TableDebi, MakePersonal("10000"));
-    BindReportEngine(); // in the place of the one that writes down
-    ASSERT_EQ(1, reportEngine.ReportEngineBound);
-    const auto exportView = reinterpret_cast<decltype(&RSExportView)>(
-        FindEntry(reportEngine.ReportEngineLibrary, "RSExportView"));
-    std::filesystem::copy(TEMPLATES, ReportPath);
+    UseRealEngine();
     for (const int32_t kind : {1, 4}) {
         params.KontoArt = kind;
         VarkWindow view = VARK_Kontenplan(1, nullptr, &params);
         ASSERT_NE(nullptr, view);
-        const std::string path = books.Directory() + "/kontenplan.csv";
-        ASSERT_EQ(1, exportView(view, path.c_str()));
-        std::ifstream file(path);
-        const std::string csv((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        const std::string csv = Exported(view, "kontenplan.csv");
         EXPECT_NE(std::string::npos, csv.find(kind == 1 ? "\n1000;K1000;" : "\n10000;")) << csv;
     }
 }
