@@ -100,3 +100,17 @@ TEST_F(Groups, ShowNothingWhileTheyAreOpen)
     EXPECT_STREQ("said inside\nsaid\nsaid inside\nsaid\nsaid inside\nsaid\nsaid inside\nsaid\n", text);
     EXPECT_EQ("ABCD", Done);
 }
+
+TEST_F(Groups, GiveEachPieceItsOwnReasons)
+{
+    std::string said;
+    Meanwhile = [&] {
+        cli::ReasonCatcher catcher;
+        said += catcher.Take() + '|';
+        std::fprintf(stderr, "MERIDA: no %zu\n", Done.size());
+        said += catcher.Take() + '|';
+        std::fputs("MERIDA: left alone\n", stderr);
+    };
+    Run();
+    EXPECT_EQ("|no 1||no 2||no 3||no 4|", said);
+}

@@ -12,7 +12,7 @@ namespace cli {
 void UseNoWindows();
 
 // Catches standard error while it lives; only around calls of the library. What is no message of the library
-// goes out to the real standard error at the end.
+// goes out to the real standard error at the end; from one inside of another at the end of that one.
 struct ReasonCatcher {
     // What the report engine says of `file` is kept for TakePartReason.
     explicit ReasonCatcher(const std::string &file = {});
@@ -21,21 +21,18 @@ struct ReasonCatcher {
     ReasonCatcher &operator=(const ReasonCatcher &) = delete;
 
     // Whether it catches: there may be no descriptor left for it.
-    bool Catches() const { return caught >= 0; }
+    bool Catches() const { return catches; }
     // The messages shown since the last call, separated by blanks; empty when there were none.
     std::string Take();
     // Writes to the real standard error.
     void Pass(const std::string &text) const;
     // The real standard error, for what is drawn meanwhile; the stream is the catcher's.
-    FILE *Real() const { return stream != nullptr ? stream : stderr; }
+    FILE *Real() const;
     // Why the report engine could not write that file; empty when it has said nothing of it.
     std::string TakePartReason();
 
 private:
-    int caught = -1; // file that stands in for standard error
-    int real = -1;   // standard error itself
-    FILE *stream = nullptr;
-    long read = 0;          // how much of the caught text has been taken
+    bool catches = false;
     std::string partOfFile; // how such a line begins
     std::string partReason;
 };

@@ -80,7 +80,7 @@ void UseNoWindows() { SetWindowsHookExA(WH_CBT, OnWindow, nullptr, GetCurrentThr
 // Nothing is kept in a file here, so it always catches.
 ReasonCatcher::ReasonCatcher(const std::string &)
 {
-    caught = 0;
+    catches = true;
     ++catchers;
 }
 
@@ -110,6 +110,8 @@ void ReasonCatcher::Pass(const std::string &text) const
         std::fputs(text.c_str(), stderr);
     }
 }
+
+FILE *ReasonCatcher::Real() const { return stderr; }
 
 std::string ReasonCatcher::TakePartReason() { return {}; }
 
