@@ -111,15 +111,31 @@ void RemoveHandle(Client *client, Handle *handle)
     std::free(handle);
 }
 
+namespace {
+
+// Books that a client is changing stay the ones of their directory until it is done with them, so that the
+// system is not asked again.
+bool IsBeingChanged(const ClientStore *store, const char *directory)
+{
+    return store != nullptr && directory[0] == '/' && std::strcmp(store->Directory, directory) == 0;
+}
+
+} // namespace
+
 int16_t AcquireClientStore(Client *client, const char *directory, bool create, bool readOnly,
                            ClientStore **out)
 {
+    if (IsBeingChanged(client->Changed, directory)) {
+        *out = client->Changed;
+        return BtrStatusOk;
+    }
     Store *books = nullptr;
     const int16_t status = AcquireStore(directory, create, readOnly, client, &books);
     if (status != BtrStatusOk) return status;
     for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
         if (store->Books != books) continue;
         books->Do->ReleaseStore(books);
+        std::strcpy(store->Directory, directory);
         *out = store;
         return BtrStatusOk;
     }
@@ -131,6 +147,7 @@ int16_t AcquireClientStore(Client *client, const char *directory, bool create, b
     store->Owner = client;
     store->Books = books;
     store->LockFd = -1;
+    std::strcpy(store->Directory, directory);
     LockRegistry();
     store->Next = client->Stores;
     client->Stores = store;

@@ -50,6 +50,7 @@ struct ClientStore {
     unsigned LoadedChanges; // of trees, since the last commit while loading
     PendingCreate *Created; // in this order
     Keeping Kept;
+    char Directory[BtrPathSize + 1]; // where it was found last
 };
 
 struct HeldLock {

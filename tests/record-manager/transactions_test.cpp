@@ -157,6 +157,25 @@ TEST_F(Transactions, ChangesInASecondDirectoryAreRefused)
     EXPECT_EQ(there.Insert("d", "x", 1).Status, BtrStatusOk);
 }
 
+TEST_F(Transactions, FilesThatAreOpenedInsideAreThoseOfTheirDirectories)
+{
+    const TempDirectory elsewhere;
+    ASSERT_EQ(Create(Me, elsewhere / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
+    for (const uint16_t begin : {BtrOpBegin, BtrOpBeginConcurrent}) {
+        ASSERT_EQ(Do(begin), BtrStatusOk);
+        ASSERT_EQ(T.Insert("d", "x", 9).Status, BtrStatusOk);
+        ASSERT_EQ(Open(Me, Path, 2).Status, BtrStatusOk);
+        EXPECT_EQ(CountRecords(Me, 2), 4);
+        ASSERT_EQ(Open(Me, elsewhere / "t.btr", 3).Status, BtrStatusOk);
+        EXPECT_EQ(CountRecords(Me, 3), 0);
+        EXPECT_EQ(Open(Me, Directory / "none.btr", 4).Status, BtrStatusFileNotFound);
+        ASSERT_EQ(Do(BtrOpAbort), BtrStatusOk);
+        EXPECT_EQ(CountRecords(Me, 2), 3);
+        EXPECT_EQ(Close(Me, 2).Status, BtrStatusOk);
+        EXPECT_EQ(Close(Me, 3).Status, BtrStatusOk);
+    }
+}
+
 TEST_F(Transactions, ACloseInsideKeepsTheChangesPending)
 {
     ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
