@@ -85,7 +85,7 @@ struct Cursor {
 struct LookedAt {
     uint32_t File; // whose tree this is in this transaction
     uint32_t Tree;
-    bool Known;
+    uint64_t During; // which of the writer's transactions this is of; of another one nothing is known
     bool Whole;
     TreeHead Base;  // as the transaction found it
     uint64_t Looks; // since then
@@ -120,9 +120,10 @@ struct Environment {
 
     // Guarded by the gate.
     Writer Writing;
-    LookedAt *Trees;    // by the store's own number of a tree
-    uint32_t KnownFile; // the trees of files up to this number are open
-    uint64_t OrderDue;  // number of the transaction that is to look after the order of pages
+    uint64_t Transactions; // that the writer has begun in this process
+    LookedAt *Trees;       // by the store's own number of a tree
+    uint32_t KnownFile;    // the trees of files up to this number are open
+    uint64_t OrderDue;     // number of the transaction that is to look after the order of pages
     SplitLeaves Splits;
     bool TreesDropped; // by the write transaction under way
     int64_t LastReaderCheck_s;
@@ -173,8 +174,6 @@ int16_t FindInCatalogue(const View &view, const char *name, Bytes *value);
 
 // ---- touching.cpp ----
 
-// A write transaction begins, which knows of no tree yet.
-void ForgetLookedAt(Environment *own);
 // Looks at what the store may touch of a tree when it looks for the key or changes its entry.
 int16_t LookInWriter(Writer *writer, const File &file, size_t tree, Bytes bound, Side side);
 // After an entry was removed: where leaves were joined, the next one beside them is none of those that were

@@ -58,7 +58,7 @@ int16_t BeginWithAllTrees(Store *store)
         uint32_t last = 0;
         if (status == BtrStatusOk) status = ReadLastFile(&own->Writing.Seen, &last);
         if (status == BtrStatusOk && last <= own->KnownFile) {
-            ForgetLookedAt(own);
+            ++own->Transactions;
             WriteSums(own);
             return BtrStatusOk;
         }

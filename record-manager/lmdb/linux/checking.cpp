@@ -104,7 +104,7 @@ int16_t LookAtRunOf(const View &view, const uint8_t *at)
     return LookAtRun(view, number, ValueSize(node), &ignored);
 }
 
-int16_t LookBelow(const View &view, uint64_t number, unsigned depth)
+int16_t LookBelow(const View &view, const TreeHead &tree, uint64_t number, unsigned depth)
 {
     const uint8_t *page = nullptr;
     if (depth == deepest) return damaged;
@@ -112,9 +112,10 @@ int16_t LookBelow(const View &view, uint64_t number, unsigned depth)
     if (status != BtrStatusOk) return status;
     const PageHead head = HeadOf(page);
     const bool leaf = KindOf(head) == LeafPage;
+    if (leaf && view.Of->Own->Summed && tree.RunPages == 0) return BtrStatusOk;
     for (size_t i = 0; i < CountNodes(head) && status == BtrStatusOk; ++i) {
         const uint8_t *at = NodeAt(page, i);
-        status = leaf ? LookAtRunOf(view, at) : LookBelow(view, ChildOf(NodeOf(at)), depth + 1);
+        status = leaf ? LookAtRunOf(view, at) : LookBelow(view, tree, ChildOf(NodeOf(at)), depth + 1);
     }
     return status;
 }
@@ -123,7 +124,7 @@ int16_t LookBelow(const View &view, uint64_t number, unsigned depth)
 
 int16_t LookAtTree(const View &view, const TreeHead &tree)
 {
-    return tree.Root == noPage ? static_cast<int16_t>(BtrStatusOk) : LookBelow(view, tree.Root, 0);
+    return tree.Root == noPage ? static_cast<int16_t>(BtrStatusOk) : LookBelow(view, tree, tree.Root, 0);
 }
 
 } // namespace wbtrv

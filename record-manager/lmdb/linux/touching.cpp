@@ -5,13 +5,6 @@
 
 namespace wbtrv {
 
-void ForgetLookedAt(Environment *own)
-{
-    for (unsigned tree = 0; tree < limits.Trees; ++tree) {
-        own->Trees[tree].Known = false;
-    }
-}
-
 uint64_t PagesOf(const Writer &writer, unsigned tree)
 {
     MDB_stat shape;
@@ -26,16 +19,19 @@ int16_t FindLookedAt(Writer *writer, const File &file, size_t tree, LookedAt **o
 {
     const unsigned number = file.Trees[tree];
     if (number >= limits.Trees) return BtrStatusIoError;
-    LookedAt &known = writer->Seen.Of->Own->Trees[number];
+    Environment *own = writer->Seen.Of->Own;
+    LookedAt &known = own->Trees[number];
     *out = &known;
-    if (known.Known && known.File == file.Number && known.Tree == tree) return BtrStatusOk;
-    known = {file.Number, static_cast<uint32_t>(tree), false, false, {}, 0, 0};
+    if (known.During == own->Transactions && known.File == file.Number && known.Tree == tree)
+        return BtrStatusOk;
+    known = {file.Number, static_cast<uint32_t>(tree), 0, false, {}, 0, 0};
     const int16_t status = FindTree(writer->Seen, file.Number, tree, &known.Base);
     // It was made in this transaction, and nothing of it is on disk.
     if (status == BtrStatusForeignFile) known.Base.Root = noPage;
-    known.Known = status == BtrStatusOk || status == BtrStatusForeignFile;
     known.Pages = PagesOf(*writer, number);
-    return known.Known ? static_cast<int16_t>(BtrStatusOk) : status;
+    if (status != BtrStatusOk && status != BtrStatusForeignFile) return status;
+    known.During = own->Transactions;
+    return BtrStatusOk;
 }
 
 int16_t LookAtWhole(Writer *writer, LookedAt *known)

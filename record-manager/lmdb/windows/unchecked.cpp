@@ -10,8 +10,6 @@ int16_t LookInWriter(Writer *, const File &, size_t, Bytes, Side) { return BtrSt
 
 int16_t LookAfterRemoval(Writer *, const File &, size_t) { return BtrStatusOk; }
 
-void ForgetLookedAt(Environment *) {}
-
 uint64_t PagesOf(const Writer &, unsigned) { return 0; }
 
 void WriteSums(Environment *) {}
