@@ -87,6 +87,7 @@ struct LookedAt {
     uint32_t Tree;
     uint64_t During; // which of the writer's transactions this is of; of another one nothing is known
     bool Whole;
+    bool Changed;   // by the transaction
     TreeHead Base;  // as the transaction found it
     uint64_t Looks; // since then
     uint64_t Pages; // in the tree now
@@ -174,8 +175,11 @@ int16_t FindInCatalogue(const View &view, const char *name, Bytes *value);
 
 // ---- touching.cpp ----
 
-// Looks at what the store may touch of a tree when it looks for the key or changes its entry.
+// Looks at what the store may touch of a tree when it looks for the key or, in the second, changes its entry.
 int16_t LookInWriter(Writer *writer, const File &file, size_t tree, Bytes bound, Side side);
+int16_t LookToChange(Writer *writer, const File &file, size_t tree, Bytes bound, Side side);
+// Where the tree begins, null when the transaction has changed it.
+int16_t FindUnchanged(Writer *writer, const File &file, size_t tree, const TreeHead **head);
 // After an entry was removed: where leaves were joined, the next one beside them is none of those that were
 // looked at.
 int16_t LookAfterRemoval(Writer *writer, const File &file, size_t tree);

@@ -180,7 +180,7 @@ int16_t OpenWriteCursor(Writer *writer, const File &file, size_t tree, Cursor **
 int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t size, bool append,
                 uint8_t **place)
 {
-    const int16_t status = LookInWriter(writer, file, tree, key, append ? Side::Last : Side::AtOrAfter);
+    const int16_t status = LookToChange(writer, file, tree, key, append ? Side::Last : Side::AtOrAfter);
     if (status != BtrStatusOk) return status;
     MDB_val where = ToVal(key);
     MDB_val value{size, nullptr};
@@ -197,7 +197,7 @@ int16_t Reserve(Writer *writer, const File &file, size_t tree, Bytes key, size_t
 int16_t Add(Cursor *cursor, Bytes key, Bytes value)
 {
     Writer *writer = cursor->By;
-    const int16_t status = LookInWriter(writer, *cursor->In, cursor->Tree, key, Side::AtOrAfter);
+    const int16_t status = LookToChange(writer, *cursor->In, cursor->Tree, key, Side::AtOrAfter);
     if (status != BtrStatusOk) return status;
     MDB_val newKey = ToVal(key);
     MDB_val newValue = ToVal(value);
@@ -211,7 +211,7 @@ int16_t Add(Cursor *cursor, Bytes key, Bytes value)
 
 int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key)
 {
-    const int16_t status = LookInWriter(writer, file, tree, key, Side::AtOrAfter);
+    const int16_t status = LookToChange(writer, file, tree, key, Side::AtOrAfter);
     if (status != BtrStatusOk) return status;
     MDB_val where = ToVal(key);
     const int error = Guarded<mdb_del>(writer->Seen.Transaction, file.Trees[tree], &where, nullptr);

@@ -239,7 +239,11 @@ int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value)
         const int16_t status = FindTree(*view, file.Number, tree, &head);
         return status == BtrStatusOk ? Find(*view, head, key, value) : status;
     }
-    const int16_t status = LookInWriter(&view->Of->Own->Writing, file, tree, key, Side::AtOrAfter);
+    Writer *writer = &view->Of->Own->Writing;
+    const TreeHead *unchanged = nullptr;
+    int16_t status = FindUnchanged(writer, file, tree, &unchanged);
+    if (status == BtrStatusOk && unchanged != nullptr) return Find(*view, *unchanged, key, value);
+    if (status == BtrStatusOk) status = LookInWriter(writer, file, tree, key, Side::AtOrAfter);
     if (status != BtrStatusOk) return status;
     MDB_val wanted = ToVal(key);
     MDB_val found;

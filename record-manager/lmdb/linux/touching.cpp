@@ -24,7 +24,7 @@ int16_t FindLookedAt(Writer *writer, const File &file, size_t tree, LookedAt **o
     *out = &known;
     if (known.During == own->Transactions && known.File == file.Number && known.Tree == tree)
         return BtrStatusOk;
-    known = {file.Number, static_cast<uint32_t>(tree), 0, false, {}, 0, 0};
+    known = {file.Number, static_cast<uint32_t>(tree), 0, false, false, {}, 0, 0};
     const int16_t status = FindTree(writer->Seen, file.Number, tree, &known.Base);
     // It was made in this transaction, and nothing of it is on disk.
     if (status == BtrStatusForeignFile) known.Base.Root = noPage;
@@ -57,6 +57,21 @@ int16_t LookInWriter(Writer *writer, const File &file, size_t tree, Bytes bound,
     if (++known->Looks > fewLooks && known->Looks > known->Base.LeafPages / leavesOfLook)
         return LookAtWhole(writer, known);
     return LookAround(writer->Seen, known->Base, bound, side);
+}
+
+int16_t LookToChange(Writer *writer, const File &file, size_t tree, Bytes bound, Side side)
+{
+    const int16_t status = LookInWriter(writer, file, tree, bound, side);
+    if (status == BtrStatusOk) writer->Seen.Of->Own->Trees[file.Trees[tree]].Changed = true;
+    return status;
+}
+
+int16_t FindUnchanged(Writer *writer, const File &file, size_t tree, const TreeHead **head)
+{
+    LookedAt *known = nullptr;
+    const int16_t status = FindLookedAt(writer, file, tree, &known);
+    if (status == BtrStatusOk) *head = known->Changed ? nullptr : &known->Base;
+    return status;
 }
 
 int16_t LookAfterRemoval(Writer *writer, const File &file, size_t tree)

@@ -6,7 +6,7 @@ namespace wbtrv {
 
 int16_t LookAtTree(const View &, const TreeHead &) { return BtrStatusOk; }
 
-int16_t LookInWriter(Writer *, const File &, size_t, Bytes, Side) { return BtrStatusOk; }
+int16_t LookToChange(Writer *, const File &, size_t, Bytes, Side) { return BtrStatusOk; }
 
 int16_t LookAfterRemoval(Writer *, const File &, size_t) { return BtrStatusOk; }
 
