@@ -504,6 +504,98 @@ TEST_F(LoadedBooks, TakeOneTableAlone)
     EXPECT_TRUE(Before == Saved(Own->Books));
 }
 
+// The schemas of the other Mandanten are not even written to.
+TEST_F(LoadedBooks, TakeOneMandantAlone)
+{
+    for (const char *year : {"1998", "19981"}) {
+        Change(fs::path(year) / "sako.seq",
+               [](std::string &content) { content.erase(0, FirstRecord(content).size()); });
+    }
+    const auto placeOf = [&](const std::string &year) {
+        return Query("SELECT pg_relation_filenode('" + Own->Schema + "_" + year + ".records')");
+    };
+    const std::string first = placeOf("1998");
+    const std::string second = placeOf("19981");
+    EXPECT_NE(0, Load({Files.string(), Own->Books.string(), "--mandant", "2"}).ExitCode) << "there already";
+    EXPECT_TRUE(Before == Saved(Own->Books));
+    const Result loaded = Load({Files.string(), Own->Books.string(), "--mandant", "2", "--ersetzen"});
+    ASSERT_EQ(0, loaded.ExitCode) << loaded.Err << loaded.Out;
+    auto wanted = Before;
+    std::string &sako = wanted["19981/sako.seq"];
+    sako.erase(0, FirstRecord(sako).size());
+    EXPECT_TRUE(wanted == Saved(Own->Books));
+    EXPECT_EQ(first, placeOf("1998"));
+    EXPECT_NE(second, placeOf("19981"));
+    EXPECT_EQ("0", Schemas("neu"));
+}
+
+// Its years come with it, and those that it has no more go.
+TEST_F(LoadedBooks, TakeAMandantWhoseYearsAreOthers)
+{
+    fs::rename(Files / "19971", Files / "19961");
+    const Result loaded = Load({Files.string(), Own->Books.string(), "--mandant", "2", "--ersetzen"});
+    ASSERT_EQ(0, loaded.ExitCode) << loaded.Err << loaded.Out;
+    std::map<std::string, std::string> wanted;
+    for (const auto &[name, content] : Before) {
+        wanted[name.starts_with("19971/") ? "19961" + name.substr(5) : name] = content;
+    }
+    EXPECT_TRUE(wanted == Saved(Own->Books));
+    EXPECT_FALSE(fs::exists(Own->Books / "DB" / "19971"));
+    EXPECT_EQ("0", Schemas("19971"));
+    EXPECT_EQ("1", Schemas("19961"));
+}
+
+// New directories are in their places a moment before the transaction that brings their schemas, and those of
+// schemas that it takes stay a moment longer. Whoever is killed in between leaves them, and is told of.
+TEST_F(LoadedBooks, TellOfDirectoriesWithoutSchemasThatAKilledLoadingLeft)
+{
+    fs::rename(Files / "1997", Files / "1996");
+    const auto told = [&](const std::string &year) {
+        const Result checked = tests::Books({"pruefen", Own->Books.string()});
+        EXPECT_EQ(1, checked.ExitCode);
+        EXPECT_NE(std::string::npos,
+                  checked.Out.find(year + ": das Schema, das books.server nennt, hat keine Bücher"))
+            << checked.Out;
+    };
+    // Somebody reads, so that the transaction waits.
+    PGconn *reader = PQconnectdb(server.c_str());
+    PQclear(PQexec(reader, ("BEGIN; LOCK TABLE " + Own->Schema + ".files IN ACCESS SHARE MODE").c_str()));
+    const pid_t child = fork();
+    if (child == 0) {
+        execl(BOOKS_PROGRAM, BOOKS_PROGRAM, "laden", Files.c_str(), Own->Books.c_str(), "--ersetzen",
+              nullptr);
+        _exit(127);
+    }
+    const std::string waiting = " FROM pg_stat_activity WHERE wait_event_type = 'Lock' AND query LIKE '%" +
+                                Own->Schema + "_1996%RENAME TO%'";
+    while (Query("SELECT count(*)" + waiting) == "0" && waitpid(child, nullptr, WNOHANG) == 0) {
+        std::this_thread::yield();
+    }
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ("t", Query("SELECT pg_terminate_backend(pid, 5000)" + waiting));
+    PQfinish(reader);
+    EXPECT_EQ("0", Schemas("1996"));
+    told("1996");
+    const Result copied = tests::Books({"kopie", Own->Books.string(), (Directory.Path / "k").string()});
+    EXPECT_NE(0, copied.ExitCode) << "a year would be missing";
+    EXPECT_NE(std::string::npos, copied.Err.find("1996")) << copied.Err;
+
+    fs::copy(Own->Books / "DB" / "1997", Directory.Path / "1997", fs::copy_options::recursive);
+    ASSERT_EQ(0, Load({Files.string(), Own->Books.string(), "--ersetzen"}).ExitCode);
+    fs::copy(Directory.Path / "1997", Own->Books / "DB" / "1997", fs::copy_options::recursive);
+    EXPECT_EQ("0", Schemas("1997"));
+    told("1997");
+    const Result again = Load({Files.string(), Own->Books.string(), "--ersetzen"});
+    ASSERT_EQ(0, again.ExitCode) << again.Err << again.Out;
+    EXPECT_FALSE(fs::exists(Own->Books / "DB" / "1997"));
+    std::map<std::string, std::string> wanted;
+    for (const auto &[name, content] : Before) {
+        wanted[name.starts_with("1997/") ? "1996" + name.substr(4) : name] = content;
+    }
+    EXPECT_TRUE(wanted == Saved(Own->Books));
+}
+
 // Whenever the loading ends, the books are the old ones as a whole or the new ones.
 TEST_F(LoadedBooks, AreOldOrNewWhereLoadingIsKilled)
 {

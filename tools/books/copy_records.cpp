@@ -1,11 +1,11 @@
 #include "tools/books/copy_records.h"
 
+#include "tools/books/snapshot.h"
 #include "tools/common/table_file.h"
 #include "tools/common/terminal.h"
 
 #include <algorithm>
 #include <memory>
-#include <stdexcept>
 #include <vector>
 
 namespace books {
@@ -62,7 +62,7 @@ void CopyRecords(const fs::path &from, const fs::path &to, EngineClient *reader)
         target.Close();
         copied = true;
     }
-    if (!copied) throw std::runtime_error("In " + from.string() + " liegen keine Bücher.");
+    if (!copied) throw DamagedBooks("In " + from.string() + " liegen keine Bücher.");
 }
 
 void CopyOneMoment(const fs::path &from, const fs::path &to)

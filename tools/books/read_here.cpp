@@ -13,6 +13,19 @@ using namespace tools;
 
 namespace {
 
+bool HasAnyTable(const fs::path &directory)
+{
+    for (const TableLayout &layout : Tables()) {
+        try {
+            const TableFile table(layout, directory, OpenMode::ReadOnly);
+            return true;
+        } catch (const EngineError &error) {
+            if (error.Status != BtrStatusFileNotFound) throw;
+        }
+    }
+    return false;
+}
+
 void CheckDirectory(Findings &findings, const fs::path &data, const std::string &name,
                     const fs::path &directory)
 {
@@ -20,6 +33,12 @@ void CheckDirectory(Findings &findings, const fs::path &data, const std::string 
     int number = 0;
     if (!ParseYearDirectory(name, year, number)) {
         findings.Tell("verzeichnis", "", "", "", "das Verzeichnis hat keinen Namen aus Jahr und Mandant");
+        return;
+    }
+    if (IsOnServer(directory) && !HasAnyTable(directory)) {
+        findings.Tell("lesbar", "", "", "",
+                      "das Schema, das books.server nennt, hat keine Bücher; hat ein abgebrochenes Laden das "
+                      "Verzeichnis hinterlassen, so räumt das nächste es weg");
         return;
     }
     const auto mandant = FindMandant(data, number);
