@@ -40,6 +40,13 @@ TEST(HouseRules, ReadmeIsTrue) { EXPECT_EQ("", Told(ReadmeIsTrue(Tree()))); }
 
 TEST(HouseRules, LibraryNeedsNothingButTheRuntime) { EXPECT_EQ("", Told(DynamicNeeds(VARK_LIBRARY))); }
 
+// What speaks to a database server is a part of its own, loaded with the first books on one.
+TEST(HouseRules, RecordManagerNeedsNothingButTheRuntime)
+{
+    EXPECT_EQ("", Told(DynamicNeeds(VARK_RECORD_MANAGER)));
+    EXPECT_NE("", Told(DynamicNeeds(VARK_SERVER_PART))) << "the part needs the server's client library";
+}
+
 TEST(HouseRules, SourcesCallEachOtherInNoCircle)
 {
     const auto lists = ReadObjectLists(VARK_OBJECT_LISTS);
