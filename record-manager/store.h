@@ -167,6 +167,9 @@ struct StoreFunctions {
     bool (*IsStillWhole)(const View &view);
     // May be null. A transaction begins: nothing that was read before it is served from memory.
     void (*ForgetReads)(Store *store);
+    // May be null. A transaction ends elsewhere: asks, without waiting, whether what was read here lately is
+    // still right, since the next one begins by reading it.
+    void (*AskAhead)(Store *store);
 
     // The write transaction of the directory. The caller holds the gate. Every file there is can be used in
     // it.

@@ -241,6 +241,10 @@ int16_t EndTransaction(Client *client)
         return BtrStatusOk;
     }
     if (client->Failed == BtrStatusOk && client->Changed != nullptr) {
+        for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
+            const StoreFunctions &functions = *store->Books->Do;
+            if (store != client->Changed && functions.AskAhead != nullptr) functions.AskAhead(store->Books);
+        }
         const int16_t status = CommitChanges(client->Changed);
         client->Failed = status == BtrStatusIoError ? static_cast<int16_t>(BtrStatusTransactionIo) : status;
     }

@@ -113,6 +113,7 @@ const StoreFunctions booksFunctions = {
     .IsOpen = IsOpen,
     .IsStillWhole = IsStillWhole,
     .ForgetReads = nullptr,
+    .AskAhead = nullptr,
     .BeginWriter = BeginWriter,
     .CommitWriter = CommitWriter,
     .AbortWriter = AbortWriter,

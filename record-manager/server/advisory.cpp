@@ -87,7 +87,13 @@ LockResult TryHoldOnce(Connection *connection, AdvisoryKind kind, uint32_t file,
         PQclear(connection->FoundFile);
         connection->FoundFile = TakeKept(connection, 1);
     }
-    if (readsNext) TakeStates(connection, TakeKept(connection, known ? 1 : 2));
+    if (readsNext) {
+        const bool same = TakeStates(connection, TakeKept(connection, known ? 1 : 2));
+        if (!same) SendStates(connection);
+        const int16_t status = same ? static_cast<int16_t>(BtrStatusOk) : ExchangeHere(connection, 0);
+        if (connection->Real == nullptr) return LockResult::Failed;
+        if (!same && status == BtrStatusOk) (void)TakeStates(connection, TakeKept(connection, 0));
+    }
     if (kind == AdvisoryKind::Open)
         connection->FoundFileHeld = !known || FindState(connection, file) != nullptr;
     return LockResult::Granted;

@@ -5,8 +5,8 @@
 // A client has a Store and a connection of its own to each directory's schema, which holds its locks and its
 // transaction. The schema:
 //
-//   head       one row: mark and form of the schema, the highest file number. Its row lock is the gate before
-//              the one writer.
+//   head       one row: mark and form of the schema, the highest file number, and how often something has
+//              changed. Its row lock is the gate before the one writer.
 //   files      number, name, definition as create gave it, counters
 //   groups     file, tree, how many values a key with duplicates has
 //   records    file, record number, stamps and record
@@ -14,8 +14,8 @@
 //   sessions   the number of each connection's last transaction, from which a commit is told whose answer
 //              was lost
 //
-// Whatever changes a file changes its counters, so rows that were read are still right as long as the
-// counters of their file are the same.
+// Whatever changes a file changes its counters, and the head's with them, so rows that were read are still
+// right as long as the counters of their file are the same, and all of them as long as the head's is.
 #pragma once
 
 #include "record-manager/server_part.h"
@@ -28,7 +28,7 @@
 namespace wbtrv {
 
 inline constexpr char schemaMark[] = "WBTRVBKS";
-inline constexpr int64_t schemaForm = 1;
+inline constexpr int64_t schemaForm = 2;
 
 // ---- process.cpp ----
 
@@ -67,6 +67,7 @@ enum class Statement : uint8_t {
     ReadHead,
     SetTimeout,
     SetAsynchronous,
+    ReadChanges,
     ReadStates,
     ReadFile,
     ReadFileByName,
@@ -96,6 +97,7 @@ enum class Statement : uint8_t {
     RemoveRecord,
     WriteCounters,
     WriteLastFile,
+    CountChange,
     RemoveFile,
     RemoveGroups,
     RemoveEntries,
@@ -149,8 +151,9 @@ Bytes BytesAt(const PGresult *rows, int row, int column);
 
 // ---- what a connection is ----
 
-// Coming: rows that nobody waits for yet, of Connection's Coming.
-enum class Answer : uint8_t { Ignored, Needed, Kept, Coming };
+// Coming: rows that nobody waits for yet, of Connection's Coming. Change: likewise, whether files have
+// changed.
+enum class Answer : uint8_t { Ignored, Needed, Kept, Coming, Change };
 
 // Something sent whose answer is still to come.
 struct Awaited {
@@ -248,7 +251,6 @@ struct Connection {
     // The transaction.
     bool InTransaction;
     bool Holding; // of a snapshot
-    bool LastFileChanged;
     uint32_t LastFile;
     bool HasSession;
     uint8_t Session[16];
@@ -260,9 +262,14 @@ struct Connection {
     FileState *States; // of all files, in the order of their numbers
     size_t StateCount;
     size_t StateRoom;
-    bool AskedForChange; // the states that are on their way come only if one is not as it is known
+    bool StatesAreOld;   // something has changed since
+    int64_t Changes;     // the head's count of changes with which the states were read
+    bool AskedForChange; // whether that is still the same is asked, not for states
     int64_t Checked_us;
-    int64_t Asked_us; // when the states that are on their way were asked for
+    int64_t Asked_us;  // when the answer was asked for that is on its way
+    bool ChangeComing; // likewise, but nobody waits for it yet
+    bool AheadIsOld;   // a transaction has begun since that was asked for
+    int64_t Ahead_us;  // when it was
     Run Runs[mostRuns];
     uint64_t LastRun;
     uint64_t Clock;
@@ -349,12 +356,15 @@ struct Entry {
 bool FindInRuns(Connection *connection, uint32_t file, uint32_t tree, Bytes bound, Side side, Entry *found);
 // The state of a file; null when it is not known.
 FileState *FindState(Connection *connection, uint32_t file);
-// A row of number, last record, records, sequence and counts.
+// A row of number, last record, records, sequence and counts; behind them the head's count of changes.
 void StateOfRow(const PGresult *rows, int row, FileState *state);
 // Whether what was read may be served.
 bool AreFresh(const Connection *connection);
-// Takes the answer to SendStates; rows of files that have changed are forgotten.
-void TakeStates(Connection *connection, PGresult *states);
+// Takes the answer to SendStates; rows of files that have changed are forgotten. False: something has
+// changed, and which files did is what SendStates asks for next.
+bool TakeStates(Connection *connection, PGresult *answer);
+// Takes the answer to SendAhead; null: it did not come.
+void TakeAhead(Connection *connection, PGresult *answer);
 HighestKey *FindHighest(Connection *connection, uint32_t file, uint32_t tree);
 void SetHighest(Connection *connection, uint32_t file, uint32_t tree, Bytes key, uint32_t record);
 // Forgets what was read of a file.
@@ -378,7 +388,8 @@ int16_t Exchange(Connection *connection, unsigned wait_ms);
 void Post(Connection *connection);
 // Asks for a run that nobody waits for yet. One that is still coming stays the only one.
 void SendComing(Connection *connection, Statement statement, const Parameters &parameters, const Run &asked);
-// Waits for the run that is coming, which is kept then. 0, or 2 when the connection was lost.
+// Waits for the run and the answer that are coming, which are taken then. 0, or 2 when the connection was
+// lost.
 int16_t AwaitComing(Connection *connection);
 // Puts a release behind what is on its way, whatever becomes of that.
 void SendRelease(Connection *connection, Statement statement, const Parameters &parameters);
@@ -386,8 +397,11 @@ void SendRelease(Connection *connection, Statement statement, const Parameters &
 void Repay(Connection *connection);
 // Takes over a kept result.
 PGresult *TakeKept(Connection *connection, size_t index);
-// Asks which files have changed; the answer is kept, for TakeStates. It is empty when none has.
+// Asks whether something has changed, or where that is known which files have; the answer is kept, for
+// TakeStates.
 void SendStates(Connection *connection);
+// Asks whether something has changed, and nobody waits for it yet.
+void SendAhead(Connection *connection);
 
 // The connection is no good any more: says so, and forgets what hung on it. Returns what failed first, or 2.
 int16_t Lose(Connection *connection);

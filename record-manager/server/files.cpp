@@ -157,6 +157,7 @@ int16_t CreateFile(Writer *writer, const char *name, const Definition &definitio
     Parameters last{};
     AddNumber(&last, number);
     (void)Send(connection, Statement::WriteLastFile, last, Answer::Needed);
+    connection->StatesAreOld = true;
 
     uint8_t stored[sizeof(BtrFileHeader) + BtrMaxKeys * sizeof(BtrKeyEntry)];
     memcpy(stored, &definition.Header, sizeof(BtrFileHeader));

@@ -119,6 +119,7 @@ LockResult TryLockFile(Connection *connection, uint32_t file, bool enters)
     if (connection->Real == nullptr) return LockResult::Failed;
     const int64_t answer = FirstNumber(connection);
     if (status == BtrStatusOk) status = TakeGate(connection, 1);
+    if (connection->Real == nullptr) return LockResult::Failed;
     if (status != BtrStatusOk || answer != 0) SendRollback(connection);
     return answer < 0 ? LockResult::Failed : ResultOf(answer);
 }

@@ -94,7 +94,7 @@ bool Handle(Connection *connection, PGresult *result, const Awaited &awaited)
         const int16_t status =
             state != nullptr ? StatusOfFailure(result, state) : static_cast<int16_t>(BtrStatusIoError);
         lives = state != nullptr && !EndsConnection(state);
-        if (awaited.How != Answer::Ignored && awaited.How != Answer::Coming) {
+        if (awaited.How == Answer::Needed || awaited.How == Answer::Kept) {
             const char *message = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
             if (!IsExpected(status))
                 ReportFailure(connection, message != nullptr ? message : "Fehler", status);
@@ -109,8 +109,9 @@ bool Handle(Connection *connection, PGresult *result, const Awaited &awaited)
         connection->Kept[connection->KeptCount++] = failed ? nullptr : result;
         if (!failed) return lives;
     }
-    if (awaited.How == Answer::Coming) {
-        TakeComing(connection, failed ? nullptr : result);
+    if (awaited.How == Answer::Coming || awaited.How == Answer::Change) {
+        const auto take = awaited.How == Answer::Coming ? TakeComing : TakeAhead;
+        take(connection, failed ? nullptr : result);
         if (!failed) return lives;
     }
     PQclear(result);
@@ -201,7 +202,9 @@ int16_t Put(Connection *connection, Statement statement, const Parameters &param
 {
     int16_t status = BtrStatusOk;
     if (!connection->Prepared[static_cast<size_t>(statement)])
-        status = PutPrepare(connection, statement, how == Answer::Coming ? Answer::Ignored : Answer::Needed);
+        status =
+            PutPrepare(connection, statement,
+                       how == Answer::Coming || how == Answer::Change ? Answer::Ignored : Answer::Needed);
     if (status != BtrStatusOk) return status;
     if (!Append(connection, {Awaited::Kind::Statement, statement, how})) return BtrStatusHandleTableFull;
     char name[16];
@@ -236,6 +239,7 @@ void Drop(Connection *connection)
     ClearKept(connection);
     connection->QueueCount = 0;
     connection->IsComing = false;
+    connection->ChangeComing = false;
     connection->Owes = false;
     connection->Leaks = false;
     connection->Unsynced = false;
@@ -321,26 +325,36 @@ void Post(Connection *connection)
     }
 }
 
+namespace {
+
 // That this fails is found by whoever asks next: what was read before is still in use.
-void SendComing(Connection *connection, Statement statement, const Parameters &parameters, const Run &asked)
+bool SendUnawaited(Connection *connection, Statement statement, const Parameters &parameters, Answer how)
 {
     // Should the statement fail, it fails alone.
-    if (connection->Real == nullptr || connection->IsComing || connection->Unsynced) return;
-    if (Put(connection, statement, parameters, Answer::Coming) != BtrStatusOk) return;
-    connection->IsComing = true;
-    connection->Coming = asked;
+    if (connection->Real == nullptr || connection->Unsynced) return false;
+    if (Put(connection, statement, parameters, how) != BtrStatusOk) return false;
     connection->Unsynced = !Append(connection, {Awaited::Kind::Sync, Statement::Begin, Answer::Ignored});
-    if (connection->Unsynced) return;
+    if (connection->Unsynced) return true;
     if (PQpipelineSync(connection->Real) != 1) {
         connection->QueueCount--;
         connection->Unsynced = true;
     }
     (void)PQflush(connection->Real);
+    return true;
+}
+
+} // namespace
+
+void SendComing(Connection *connection, Statement statement, const Parameters &parameters, const Run &asked)
+{
+    if (connection->IsComing || !SendUnawaited(connection, statement, parameters, Answer::Coming)) return;
+    connection->IsComing = true;
+    connection->Coming = asked;
 }
 
 int16_t AwaitComing(Connection *connection)
 {
-    if (!connection->IsComing) return BtrStatusOk;
+    if (!connection->IsComing && !connection->ChangeComing) return BtrStatusOk;
     if (connection->Unsynced) Post(connection);
     if (connection->Real == nullptr) return BtrStatusIoError;
     ++roundTrips;
@@ -382,20 +396,19 @@ PGresult *TakeKept(Connection *connection, size_t index)
 void SendStates(Connection *connection)
 {
     connection->Asked_us = Now_us();
-    int64_t highest = -1;
-    uint64_t sequences = 0;
-    uint64_t records = 0;
-    for (size_t i = 0; i < connection->StateCount; ++i) {
-        highest = connection->States[i].File;
-        sequences += static_cast<uint64_t>(connection->States[i].Sequence);
-        records += static_cast<uint64_t>(connection->States[i].Records);
-    }
-    connection->AskedForChange = connection->HasStates;
-    Parameters known{};
-    AddNumber(&known, connection->HasStates ? highest : -1);
-    AddNumber(&known, static_cast<int64_t>(sequences));
-    AddNumber(&known, static_cast<int64_t>(records));
-    (void)Send(connection, Statement::ReadStates, known, Answer::Kept);
+    connection->AskedForChange = connection->HasStates && !connection->StatesAreOld;
+    const Statement question = connection->AskedForChange ? Statement::ReadChanges : Statement::ReadStates;
+    (void)Send(connection, question, Parameters{}, Answer::Kept);
+}
+
+void SendAhead(Connection *connection)
+{
+    if (connection->ChangeComing || !connection->HasStates || connection->StatesAreOld) return;
+    const int64_t now_us = Now_us();
+    if (!SendUnawaited(connection, Statement::ReadChanges, Parameters{}, Answer::Change)) return;
+    connection->ChangeComing = true;
+    connection->AheadIsOld = false;
+    connection->Ahead_us = now_us;
 }
 
 uint64_t CountRoundTrips() { return roundTrips; }

@@ -77,6 +77,7 @@ void EndSnapshot(View *snapshot);
 int16_t HoldSnapshot(View *snapshot);
 bool IsOpen(const View &snapshot);
 void ForgetReads(Store *store);
+void AskAhead(Store *store);
 int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands);
 void CloseCursor(Cursor *cursor);
 int16_t Seek(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value);

@@ -207,30 +207,36 @@ int16_t Search(View *view, Cursor *cursor, const Bound &bound, Side side, Bytes 
     };
     bool known = inMemory();
     const Run &coming = connection->Coming;
-    if (!known && connection->IsComing && coming.File == file && coming.Tree == cursor->Tree) {
+    const bool runComes =
+        !known && connection->IsComing && coming.File == file && coming.Tree == cursor->Tree;
+    if (runComes || (known && !AreFresh(connection) && connection->ChangeComing)) {
         const bool risks = HoldsAnything(connection);
         const int16_t status = AwaitComing(connection);
         if (status != BtrStatusOk && risks) return status;
         known = inMemory();
     }
     if (known && AreFresh(connection)) return GiveOf(view, cursor, found, key, value);
-    if (known && serverLimits->ReadAhead_ms > 0) {
+    for (bool asks = known && serverLimits->ReadAhead_ms > 0; asks;) {
         const int16_t status = AskIn(view, [&] { SendStates(connection); });
         if (status != BtrStatusOk) return status;
-        TakeStates(connection, TakeKept(connection, 0));
-        if (inMemory()) return GiveOf(view, cursor, found, key, value);
+        asks = !TakeStates(connection, TakeKept(connection, 0));
+        if (!asks && inMemory()) return GiveOf(view, cursor, found, key, value);
     }
-    const bool asks = !AreFresh(connection);
     const int rows = RowsAhead(cursor);
-    int16_t status = AskIn(view, [&] {
-        if (asks || !connection->HasStates) SendStates(connection);
-        SendSearch(connection, *cursor->In, cursor->Tree, bound, side, rows);
-    });
-    if (status != BtrStatusOk) return status;
-    const size_t kept = connection->KeptCount - 1;
-    if (kept > 0) TakeStates(connection, TakeKept(connection, 0));
-    PGresult *read = TakeKept(connection, kept);
-    if (read == nullptr) return BtrStatusIoError;
+    PGresult *read = nullptr;
+    // Rows are kept with states that are no younger than they are.
+    for (known = false; !known;) {
+        const int16_t status = AskIn(view, [&] {
+            if (!AreFresh(connection) || !connection->HasStates) SendStates(connection);
+            SendSearch(connection, *cursor->In, cursor->Tree, bound, side, rows);
+        });
+        if (status != BtrStatusOk) return status;
+        const size_t kept = connection->KeptCount - 1;
+        known = kept == 0 || TakeStates(connection, TakeKept(connection, 0));
+        read = TakeKept(connection, kept);
+        if (read == nullptr) return BtrStatusIoError;
+        if (!known) PQclear(read);
+    }
     const Run *run = KeepRun(connection, RunFrom(cursor, bound, side, rows), read);
     return GiveOf(view, cursor, {run->Count > 0 ? run : nullptr, 0}, key, value);
 }
@@ -329,13 +335,13 @@ int16_t HoldSnapshot(View *snapshot)
     if (status != BtrStatusOk) return status;
     ForgetAllRuns(connection);
     (void)Send(connection, Statement::BeginSnapshot, Parameters{}, Answer::Needed);
-    SendStates(connection);
+    SendStates(connection); // of all files, since none is known any more
     status = Exchange(connection, 0);
     if (status != BtrStatusOk) {
         ResetSnapshot(snapshot);
         return status;
     }
-    TakeStates(connection, TakeKept(connection, 0));
+    (void)TakeStates(connection, TakeKept(connection, 0));
     connection->Holding = true;
     snapshot->Held = true;
     return BtrStatusOk;
@@ -361,7 +367,21 @@ void EndSnapshot(View *snapshot)
     free(snapshot);
 }
 
-void ForgetReads(Store *store) { ConnectionOf(store)->Checked_us = 0; }
+void ForgetReads(Store *store)
+{
+    ConnectionOf(store)->Checked_us = 0;
+    ConnectionOf(store)->AheadIsOld = true;
+}
+
+// Who has asked for nothing for a while will hardly do so now.
+void AskAhead(Store *store)
+{
+    constexpr int64_t while_us = 1000000;
+    Connection *connection = ConnectionOf(store);
+    const int64_t last_us = std::max(connection->Asked_us, connection->Ahead_us);
+    if (connection->InTransaction || connection->Holding || serverLimits->ReadAhead_ms == 0) return;
+    if (!AreFresh(connection) && Now_us() - last_us < while_us) SendAhead(connection);
+}
 
 // A cursor moves on from its key, whatever has been committed since.
 int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands)

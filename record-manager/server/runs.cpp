@@ -171,15 +171,12 @@ void ForgetIfChanged(Connection *connection, uint32_t file, const FileState *now
 
 } // namespace
 
-void TakeStates(Connection *connection, PGresult *states)
+namespace {
+
+// Of all files.
+void TakeAll(Connection *connection, PGresult *states)
 {
-    if (states == nullptr) return;
     const auto count = static_cast<size_t>(PQntuples(states));
-    if (count == 0 && connection->AskedForChange) {
-        if (connection->HasStates) connection->Checked_us = connection->Asked_us;
-        PQclear(states);
-        return;
-    }
     FileState now{};
     size_t known = 0;
     for (size_t row = 0; row < count; ++row) {
@@ -202,10 +199,41 @@ void TakeStates(Connection *connection, PGresult *states)
     for (size_t row = 0; row < count; ++row) {
         StateOfRow(states, static_cast<int>(row), &connection->States[row]);
     }
+    // Without a file there is nothing to be served.
+    connection->Changes = count > 0 ? NumberAt(states, 0, 5) : -1;
     PQclear(states);
     connection->StateCount = count;
     connection->HasStates = true;
+    connection->StatesAreOld = false;
     connection->Checked_us = connection->Asked_us;
+}
+
+// Whether nothing has changed, as the head's count tells.
+bool TakeChanges(Connection *connection, PGresult *changes, int64_t asked_us)
+{
+    const bool same =
+        connection->HasStates && PQntuples(changes) == 1 && NumberAt(changes, 0, 0) == connection->Changes;
+    PQclear(changes);
+    connection->StatesAreOld = connection->StatesAreOld || !same;
+    connection->Checked_us = connection->StatesAreOld ? 0 : asked_us;
+    return !connection->StatesAreOld;
+}
+
+} // namespace
+
+bool TakeStates(Connection *connection, PGresult *answer)
+{
+    if (answer == nullptr) return true; // a failure, which is told otherwise
+    if (connection->AskedForChange) return TakeChanges(connection, answer, connection->Asked_us);
+    TakeAll(connection, answer);
+    return true;
+}
+
+void TakeAhead(Connection *connection, PGresult *answer)
+{
+    connection->ChangeComing = false;
+    if (answer != nullptr)
+        (void)TakeChanges(connection, answer, connection->AheadIsOld ? 0 : connection->Ahead_us);
 }
 
 HighestKey *FindHighest(Connection *connection, uint32_t file, uint32_t tree)

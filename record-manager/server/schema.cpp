@@ -24,7 +24,7 @@ int16_t ReadHead(Connection *connection)
     const bool ours = mark.Size == strlen(schemaMark) && memcmp(mark.Data, schemaMark, mark.Size) == 0;
     if (!ours || NumberAt(head, 0, 1) != schemaForm) {
         Report(connection->Of->Own->Directory,
-               ours ? "das Schema hat eine neuere Form" : "kein Schema von Büchern");
+               ours ? "das Schema hat eine andere Form" : "kein Schema von Büchern");
         return BtrStatusForeignFile;
     }
     connection->LockSpace = NumberAt(head, 0, 2);

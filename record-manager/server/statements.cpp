@@ -46,13 +46,9 @@ constexpr Text texts[] = {
     {Statement::SetAsynchronous, "SELECT set_config('synchronous_commit', CASE WHEN $1::bigint = 1 THEN "
                                  "'off' ELSE (SELECT reset_val FROM "
                                  "pg_settings WHERE name = 'synchronous_commit') END, false)"},
-    // Nothing when all files are as they are known. Sequences only grow, and where they have not, records can
-    // only have become fewer; a file that takes the place of another has the highest number.
-    {Statement::ReadStates,
-     "SELECT file, last_record, records, sequence, counts FROM @files WHERE (SELECT coalesce(max(file), -1) "
-     "<> "
-     "$1::bigint OR coalesce(sum(sequence), 0) <> $2::bigint OR coalesce(sum(records), 0) <> $3::bigint FROM "
-     "@files) ORDER BY file"},
+    {Statement::ReadChanges, "SELECT changes FROM @head WHERE one"},
+    {Statement::ReadStates, "SELECT file, last_record, records, sequence, counts, (SELECT changes FROM @head "
+                            "WHERE one) FROM @files ORDER BY file"},
     {Statement::ReadFile, "SELECT file, name, definition FROM @files WHERE file = $1::bigint"},
     {Statement::ReadFileByName, "SELECT file, name, definition FROM @files WHERE name = $1::bytea"},
     {Statement::ReadFileCounters,
@@ -118,7 +114,8 @@ constexpr Text texts[] = {
     {Statement::WriteCounters,
      "UPDATE @files SET last_record = $2::bigint, records = $3::bigint, sequence = $4::bigint, "
      "counts = $5::bytea WHERE file = $1::bigint"},
-    {Statement::WriteLastFile, "UPDATE @head SET last_file = $1::bigint WHERE one"},
+    {Statement::WriteLastFile, "UPDATE @head SET last_file = $1::bigint, changes = changes + 1 WHERE one"},
+    {Statement::CountChange, "UPDATE @head SET changes = changes + 1 WHERE one"},
     {Statement::RemoveFile, "DELETE FROM @files WHERE file = $1::bigint"},
     {Statement::RemoveGroups, "DELETE FROM @groups WHERE file = $1::bigint"},
     {Statement::RemoveEntries, "DELETE FROM @entries WHERE file = $1::bigint"},
@@ -156,12 +153,12 @@ constexpr Text texts[] = {
     {Statement::UnlockShared, "SELECT pg_advisory_unlock_shared($1::bigint)"},
     {Statement::UnlockAlone, "SELECT pg_advisory_unlock($1::bigint)"},
     // The gate, and with a key the mark of an exclusive holder, which is set when the gate is entered.
-    {Statement::EnterGate, "SELECT last_file, CASE WHEN $1::bigint = 0 THEN 0 WHEN "
+    {Statement::EnterGate, "SELECT last_file, changes, CASE WHEN $1::bigint = 0 THEN 0 WHEN "
                            "pg_try_advisory_xact_lock($1::bigint) THEN 1 ELSE 0 END::bigint FROM (SELECT "
-                           "last_file FROM @head WHERE one FOR UPDATE) AS entered"},
-    {Statement::TryGate, "SELECT last_file, CASE WHEN $1::bigint = 0 THEN 0 WHEN "
+                           "last_file, changes FROM @head WHERE one FOR UPDATE) AS entered"},
+    {Statement::TryGate, "SELECT last_file, changes, CASE WHEN $1::bigint = 0 THEN 0 WHEN "
                          "pg_try_advisory_xact_lock($1::bigint) THEN 1 ELSE 0 END::bigint FROM (SELECT "
-                         "last_file FROM @head WHERE one FOR UPDATE NOWAIT) AS entered"},
+                         "last_file, changes FROM @head WHERE one FOR UPDATE NOWAIT) AS entered"},
     {Statement::IsMarkedExclusive, "SELECT CASE WHEN NOT pg_try_advisory_lock($1::bigint) THEN 1 WHEN "
                                    "pg_advisory_unlock($1::bigint) THEN 0 "
                                    "ELSE 0 END::bigint"},
@@ -181,7 +178,7 @@ static_assert(InOrder());
 constexpr const char *setup[] = {
     "CREATE TABLE @head (one boolean PRIMARY KEY CHECK (one), mark text NOT NULL, form bigint NOT NULL, "
     "last_file "
-    "bigint NOT NULL)",
+    "bigint NOT NULL, changes bigint NOT NULL)",
     "CREATE TABLE @files (file bigint PRIMARY KEY, name bytea NOT NULL UNIQUE, definition bytea NOT NULL, "
     "last_record bigint NOT NULL, records bigint NOT NULL, sequence bigint NOT NULL, counts bytea NOT NULL)",
     "CREATE TABLE @groups (file bigint, tree bigint, count bigint NOT NULL, PRIMARY KEY (file, tree))",
@@ -190,7 +187,7 @@ constexpr const char *setup[] = {
     "tree, "
     "key))",
     "CREATE TABLE @sessions (session bytea PRIMARY KEY, number bigint NOT NULL, since timestamptz NOT NULL)",
-    "INSERT INTO @head (one, mark, form, last_file) VALUES (true, 'WBTRVBKS', 1, 0)",
+    "INSERT INTO @head (one, mark, form, last_file, changes) VALUES (true, 'WBTRVBKS', 2, 0, 0)",
 };
 
 } // namespace

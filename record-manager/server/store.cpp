@@ -204,6 +204,7 @@ const StoreFunctions serverFunctions = {
     .IsOpen = IsOpen,
     .IsStillWhole = nullptr,
     .ForgetReads = ForgetReads,
+    .AskAhead = AskAhead,
     .BeginWriter = BeginWriter,
     .CommitWriter = CommitWriter,
     .AbortWriter = AbortWriter,

@@ -45,7 +45,6 @@ int16_t SendGate(Connection *connection, unsigned wait_ms, bool exclusive)
     (void)Send(connection, Statement::Begin, Parameters{}, Answer::Needed);
     if (wait_ms > 0) (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
     (void)SendGateLock(connection, wait_ms > 0, exclusive);
-    SendStates(connection);
     return BtrStatusOk;
 }
 
@@ -54,10 +53,15 @@ int16_t TakeGate(Connection *connection, size_t kept)
     const PGresult *head = connection->Kept[kept];
     if (head == nullptr || PQntuples(head) != 1) return BtrStatusForeignFile;
     connection->LastFile = static_cast<uint32_t>(NumberAt(head, 0, 0));
+    const bool same = connection->HasStates && NumberAt(head, 0, 1) == connection->Changes;
     connection->InTransaction = true;
     connection->HasSession = true;
-    TakeStates(connection, TakeKept(connection, kept + 1));
-    return BtrStatusOk;
+    connection->StatesAreOld = connection->StatesAreOld || !same;
+    if (!connection->StatesAreOld) return BtrStatusOk;
+    SendStates(connection);
+    const int16_t status = Exchange(connection, 0);
+    if (status == BtrStatusOk) (void)TakeStates(connection, TakeKept(connection, 0));
+    return status;
 }
 
 void SendRollback(Connection *connection)
@@ -139,6 +143,7 @@ void EndWriter(Writer *writer, bool committed)
             ForgetHighest(connection, writer->Touched[i]);
             FileState *state = FindState(connection, writer->Touched[i]);
             if (state != nullptr) state->Sequence = -1;
+            connection->StatesAreOld = true;
         }
         if (writer->TouchedCount > sizeof writer->Touched / sizeof writer->Touched[0])
             ForgetAllRuns(connection);
@@ -202,6 +207,8 @@ int16_t CommitWriter(Writer *writer)
         Parameters noted{};
         AddBytes(&noted, session, sizeof session);
         AddNumber(&noted, number);
+        if (writer->WritesCounters)
+            (void)Send(connection, Statement::CountChange, Parameters{}, Answer::Needed);
         (void)Send(connection, Statement::NoteTransaction, noted, Answer::Needed);
         status = Send(connection, Statement::Commit, Parameters{}, Answer::Needed);
         const bool sent = status == BtrStatusOk;
@@ -210,6 +217,7 @@ int16_t CommitWriter(Writer *writer)
         if (unlocks) SendUnlockFiles(connection);
         status = Exchange(connection, connection->Loading ? serverLimits->ServerTruth_ms : 0);
         if (unlocks && status == BtrStatusOk) connection->WholeCount = 0;
+        if (writer->WritesCounters && status == BtrStatusOk) ++connection->Changes;
         if (status != BtrStatusOk && sent && connection->Real == nullptr) {
             connection->Writing = nullptr;
             status = FindOut(connection, session, number);

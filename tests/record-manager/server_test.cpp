@@ -118,10 +118,10 @@ TEST_F(ServiceFile, OfASchemaOfAnotherFormOrKindIsForeign)
 {
     ASSERT_EQ(Create(Me, Directory / "t.btr", DefinitionOfT()).Status, BtrStatusOk);
     const std::string head = SchemaOf(Directory) + ".head";
-    Query("UPDATE " + head + " SET form = 2");
+    Query("UPDATE " + head + " SET form = form + 1");
     EndAllConnections();
     EXPECT_EQ(Open(Me, Directory / "t.btr").Status, BtrStatusForeignFile);
-    Query("UPDATE " + head + " SET form = 1, mark = 'OTHER'");
+    Query("UPDATE " + head + " SET form = form - 1, mark = 'OTHER'");
     EXPECT_EQ(Open(Me, Directory / "t.btr").Status, BtrStatusForeignFile);
     Query("ALTER TABLE " + head + " DROP COLUMN mark");
     EXPECT_EQ(Open(Me, Directory / "t.btr").Status, BtrStatusForeignFile);

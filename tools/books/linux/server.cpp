@@ -330,8 +330,8 @@ void SchemaExchange::Finish()
             sql += "TRUNCATE " + schema + "." + table + ";";
         }
         sql += CopyContent(part.Schema + "_neu", part.Schema) + "UPDATE " + schema +
-               ".head SET last_file = (SELECT last_file FROM " + fresh + ".head); DROP SCHEMA " + fresh +
-               " CASCADE;";
+               ".head SET changes = changes + 1, last_file = (SELECT last_file FROM " + fresh +
+               ".head); DROP SCHEMA " + fresh + " CASCADE;";
     }
     for (const auto &[name, schema] : removed) {
         sql += "DROP SCHEMA IF EXISTS " + Quoted(schema) + " CASCADE;";
