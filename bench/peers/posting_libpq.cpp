@@ -1,5 +1,6 @@
-// What a posting writes, by hand through libpq: the record of 500 bytes, its two index entries and the
-// file's counters, in tables like those of books on a server, one durable transaction each.
+// What a posting writes, by hand through libpq: the record of 500 bytes, its two index entries, the file's
+// counters and the number of the session's transaction, the same rows in tables like those of books on a
+// server, one durable transaction each.
 //   posting_libpq CONNECTION COUNT single|pipelined   prints the seconds
 // `single` waits for the answer to each statement, as programs are written; `pipelined` only for the
 // commit's.
@@ -30,14 +31,15 @@ struct Step {
 constexpr Step steps[] = {
     {"begin", "BEGIN", 0},
     {"number",
-     "UPDATE peer.files SET last_record = last_record + 1, records = records + 1 WHERE file = 1 RETURNING "
-     "last_record",
+     "UPDATE peer.files SET last_record = last_record + 1, records = records + 1, sequence = sequence + 1 "
+     "WHERE file = 1 RETURNING last_record",
      0},
     {"record", "INSERT INTO peer.records (file, record, data) VALUES (1, $1::bigint, $2::bytea)", 2},
     {"by_number", "INSERT INTO peer.entries (file, tree, key, record) VALUES (1, 1, $2::bytea, $1::bigint)",
      2},
     {"by_stapel", "INSERT INTO peer.entries (file, tree, key, record) VALUES (1, 2, $2::bytea, $1::bigint)",
      2},
+    {"session", "UPDATE peer.sessions SET number = $1::bigint, since = now() WHERE session = '\\x01'", 1},
     {"commit", "COMMIT", 0},
 };
 
@@ -113,13 +115,17 @@ int main(int argumentCount, char **arguments)
         std::fprintf(stderr, "%s", PQerrorMessage(connection));
         return 1;
     }
-    Run(connection, "SET client_min_messages = error; DROP SCHEMA IF EXISTS peer CASCADE; CREATE SCHEMA peer;"
-                    "CREATE TABLE peer.files (file bigint PRIMARY KEY, last_record bigint, records bigint);"
-                    "CREATE TABLE peer.records (file bigint, record bigint, data bytea NOT NULL, PRIMARY KEY "
-                    "(file, record));"
-                    "CREATE TABLE peer.entries (file bigint, tree bigint, key bytea, record bigint NOT NULL,"
-                    " PRIMARY KEY (file, tree, key));"
-                    "INSERT INTO peer.files VALUES (1, 0, 0)");
+    Run(connection,
+        "SET client_min_messages = error; DROP SCHEMA IF EXISTS peer CASCADE; CREATE SCHEMA peer;"
+        "CREATE TABLE peer.files (file bigint PRIMARY KEY, last_record bigint, records bigint,"
+        " sequence bigint);"
+        "CREATE TABLE peer.sessions (session bytea PRIMARY KEY, number bigint, since timestamptz);"
+        "CREATE TABLE peer.records (file bigint, record bigint, data bytea NOT NULL, PRIMARY KEY "
+        "(file, record));"
+        "CREATE TABLE peer.entries (file bigint, tree bigint, key bytea, record bigint NOT NULL,"
+        " PRIMARY KEY (file, tree, key));"
+        "INSERT INTO peer.files VALUES (1, 0, 0, 0);"
+        "INSERT INTO peer.sessions VALUES ('\\x01', 0, now())");
     for (const Step &step : steps) {
         PQclear(PQprepare(connection, step.Name, step.Sql, 0, nullptr));
     }
