@@ -18,6 +18,7 @@ Report *HoldReport(int32_t handle);
 void ReleaseReport(Report *report);
 void RemoveReport(int32_t handle);
 
+// The same for a report whose pages are only counted.
 int32_t AddCounting(CountingReport *report);
 CountingReport *HoldCounting(int32_t handle);
 void ReleaseCounting(CountingReport *report);

@@ -11,6 +11,8 @@ Report &Declaring(lua_State *state, const char *what);
 // The page, font and styles that there are before a template says otherwise.
 void SetDefaults(lua_State *state, Report &report);
 
+// report, page, style, columns, column, fields and carry: each takes the table that it is called with, and
+// raises an error of Lua for what it does not know.
 int DeclareReport(lua_State *state);
 int DeclarePage(lua_State *state);
 int DeclareStyle(lua_State *state);

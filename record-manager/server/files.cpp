@@ -1,4 +1,5 @@
 // The files of a schema: their numbers, definitions and counters.
+#include "record-manager/fields.h"
 #include "record-manager/server/private.h"
 
 #include <cstdlib>
@@ -160,7 +161,7 @@ int16_t CreateFile(Writer *writer, const char *name, const Definition &definitio
     connection->StatesAreOld = true;
 
     uint8_t stored[sizeof(BtrFileHeader) + BtrMaxKeys * sizeof(BtrKeyEntry)];
-    memcpy(stored, &definition.Header, sizeof(BtrFileHeader));
+    PutField(stored, definition.Header);
     memcpy(stored + sizeof(BtrFileHeader), definition.KeyEntries,
            definition.SegmentCount * sizeof(BtrKeyEntry));
     constexpr uint8_t counts[BtrMaxKeys * sizeof(uint32_t)] = {};

@@ -1,5 +1,6 @@
 // Reading. Outside a writer rows are fetched ahead, the more the longer a client goes on along a tree; in a
 // writer each search is a question of its own, which sees what the writer has changed.
+#include "record-manager/fields.h"
 #include "record-manager/server/private.h"
 
 #include <algorithm>
@@ -30,14 +31,15 @@ void PutRecordKey(uint64_t number, uint8_t *out)
     }
 }
 
+// The record's number that is a key of its tree; 0 for a key of another one.
+uint32_t RecordIn(Bytes key) { return key.Size == sizeof(uint32_t) ? GetField<uint32_t>(key.Data) : 0; }
+
 Bound BoundOf(size_t tree, Bytes given)
 {
     Bound bound{};
     if (tree == recordTree) {
-        uint32_t number = 0;
-        if (given.Size == sizeof number) memcpy(&number, given.Data, sizeof number);
         bound.Size = given.Size > 0 ? 8 : 0;
-        PutRecordKey(number, bound.Bytes);
+        PutRecordKey(RecordIn(given), bound.Bytes);
         return bound;
     }
     bound.Size = std::min(given.Size, sizeof bound.Bytes);
@@ -112,7 +114,7 @@ int16_t Give(View *view, Cursor *cursor, const PGresult *rows, int row, Bytes *k
     const int64_t record = NumberAt(rows, row, 1);
     if (found.Size > maxBound || record <= 0 || record > UINT32_MAX) return BtrStatusForeignFile;
     const auto number = static_cast<uint32_t>(record);
-    memcpy(cursor->Value, &number, sizeof number);
+    PutField(cursor->Value, number);
     memcpy(cursor->Key, found.Data, found.Size);
     cursor->KeySize = found.Size;
     view->LastFile = cursor->In->Number;
@@ -254,7 +256,7 @@ int16_t SearchInWriter(View *view, Cursor *cursor, const Bound &bound, Side side
         !cursor->In->Layout.Keys[cursor->Tree - 1].Duplicates) {
         memcpy(cursor->Key, highest->Key, highest->Size);
         cursor->KeySize = highest->Size;
-        memcpy(cursor->Value, &highest->Record, sizeof highest->Record);
+        PutField(cursor->Value, highest->Record);
         *key = {cursor->Key, cursor->KeySize};
         *value = {cursor->Value, sizeof cursor->Value};
         return BtrStatusOk;
@@ -440,8 +442,7 @@ int16_t SeekPrevious(View *view, Cursor *cursor, Bytes *key, Bytes *value)
 int16_t SeekExactly(View *snapshot, Cursor *cursor, Bytes key, Bytes *value)
 {
     const Bound wanted = BoundOf(cursor->Tree, key);
-    uint32_t record = 0;
-    memcpy(&record, key.Data, std::min(key.Size, sizeof record));
+    const uint32_t record = RecordIn(key);
     if (cursor->Tree == recordTree && GiveLast(snapshot, *cursor->In, record, value)) {
         cursor->Run = 0;
         cursor->KeySize = wanted.Size;
@@ -458,8 +459,7 @@ int16_t SeekExactly(View *snapshot, Cursor *cursor, Bytes key, Bytes *value)
 
 int16_t Get(View *view, const File &file, size_t tree, Bytes key, Bytes *value)
 {
-    uint32_t record = 0;
-    memcpy(&record, key.Data, std::min(key.Size, sizeof record));
+    const uint32_t record = RecordIn(key);
     if (tree == recordTree && GiveLast(view, file, record, value)) return BtrStatusOk;
     if (!view->Writing) {
         Cursor cursor{};

@@ -1,5 +1,6 @@
 // The writer of a schema: its changes are on their way as soon as they are made, and their answers are looked
 // at where a status depends on them, at the latest with the commit's.
+#include "record-manager/fields.h"
 #include "record-manager/server/private.h"
 
 #include <cstdlib>
@@ -278,7 +279,7 @@ int16_t Reserve(Writer *writer, const File &file, size_t, Bytes key, size_t size
         writer->Place = static_cast<uint8_t *>(larger);
         writer->PlaceRoom = size;
     }
-    memcpy(&writer->Record, key.Data, sizeof writer->Record);
+    writer->Record = GetField<uint32_t>(key.Data);
     writer->File = file.Number;
     writer->Appends = append;
     writer->PlaceSize = size;
@@ -367,8 +368,7 @@ int16_t Add(Cursor *cursor, Bytes key, Bytes value)
     Writer *writer = cursor->By->Writing;
     int16_t status = Settle(writer);
     if (status != BtrStatusOk) return status;
-    uint32_t record = 0;
-    memcpy(&record, value.Data, sizeof record);
+    const auto record = GetField<uint32_t>(value.Data);
     Touch(writer, file.Number);
     if (!file.Layout.Keys[cursor->Tree - 1].Duplicates)
         return AddUnique(writer, file, cursor->Tree, key, record);
@@ -393,8 +393,7 @@ int16_t Remove(Writer *writer, const File &file, size_t tree, Bytes key)
     if (status != BtrStatusOk) return status;
     Touch(writer, file.Number);
     if (tree == recordTree) {
-        uint32_t record = 0;
-        memcpy(&record, key.Data, sizeof record);
+        const auto record = GetField<uint32_t>(key.Data);
         Parameters values{};
         AddNumber(&values, file.Number);
         AddNumber(&values, record);

@@ -257,6 +257,61 @@ TEST(BeliefRule, RefusesFunctionsWithFewBeliefs)
     EXPECT_EQ("", Said(Beliefs, "src/cursors/a.cpp", bare));
 }
 
+TEST(FieldRule, RefusesCopiesOfSingleNumbers)
+{
+    for (const char *code :
+         {"std::memcpy(&number, key.Data, sizeof number);", "memcpy(&record, from, size);",
+          "std::memcpy(place, &number, sizeof number);", "memcpy(out + at,\n       &header, sizeof(Header));",
+          "number = *reinterpret_cast<const uint32_t *>(bytes);"}) {
+        EXPECT_NE("", Said(BytesAreFields, "record-manager/lmdb/a.cpp", code)) << code;
+        EXPECT_EQ("", Said(BytesAreFields, "record-manager/fields.h", code)) << code;
+        EXPECT_EQ("", Said(BytesAreFields, "src/frame/a.cpp", code)) << code;
+    }
+    EXPECT_EQ("",
+              Said(BytesAreFields, "record-manager/a.cpp",
+                   "std::memcpy(to, from.Data, from.Size); std::memcpy(key.Text, \"n:\", 2);"
+                   "std::memcpy(name, mark, sizeof mark); auto *p = reinterpret_cast<const uint8_t *>(x);"));
+}
+
+TEST(ContractRule, ReadsWhatDeclarationsSayOfThemselves)
+{
+    const auto untold = [](const std::string &text) {
+        std::string names;
+        const Declarations read = ReadDeclarations({{"src/frame/a.h", text}});
+        for (const Breach &breach : read.Untold) {
+            names += breach.Why.substr(0, breach.Why.find(' ')) + " ";
+        }
+        return names + std::to_string(read.Functions);
+    };
+    EXPECT_EQ("0", untold("#define F(x) int x(int)\nstruct A { int M(); };\nusing B = int (*)(int);\n"
+                          "constexpr int c = Of(1);\nextern int (*hook)(int);\nCHECK(A, 1);\n"));
+    EXPECT_EQ("1", untold("// Why.\nint F(int a);\n"));
+    EXPECT_EQ("1", untold("// Of the file.\n#pragma once\n\nint F(int a);\n"));
+    EXPECT_EQ("F G 2", untold("// Of the file.\n#pragma once\n\nint F(int a);\n\nint G();\n"));
+    EXPECT_EQ("F 1", untold("#pragma once\n\nint F(int a);\n"));
+    EXPECT_EQ("1", untold("/* Why,\n   and how. */\nconst char *F(int a,\n   int b);\n"));
+    EXPECT_EQ("1", untold("int F(int a); // why\n"));
+    EXPECT_EQ("3", untold("// Both.\nint F();\nint G();\nint H();\n")) << "a group";
+    EXPECT_EQ("H 3", untold("// Both.\nint F();\nint G();\n\nint H();\n"));
+    EXPECT_EQ("F H 3", untold("\nnamespace a {\nextern \"C\" {\nint F();\nint G(); // beside\n\n"
+                              "inline bool H(A a = {}) { return a; }\n}\n}\n"));
+    EXPECT_EQ("operator== 1", untold("bool operator==(const A &a, const A &b);\n"));
+    EXPECT_EQ("F 1", untold("template <typename T> std::vector<T> F(T t)\n{\n    return {t};\n}\n"));
+}
+
+TEST(ContractRule, RefusesATreeThatSaysLittle)
+{
+    const std::string told = "// Why.\nint F(int a);\n\n";
+    std::string nine;
+    for (int i = 0; i < 9; ++i) {
+        nine += told;
+    }
+    const std::string bare = "int G(int a);\n\n";
+    EXPECT_EQ("", Said(Contracts, "src/frame/a.h", nine + bare));
+    EXPECT_NE("", Said(Contracts, "src/frame/a.h", nine + bare + bare));
+    EXPECT_EQ("", Said(Contracts, "tests/a.h", bare)) << "the product's headers count";
+}
+
 TEST(TextRule, RefusesTextsThatAreNotTurnedOver)
 {
     EXPECT_NE("", Said(TextsAreTurnedOver, "src/frame/a.cpp", "F(\"Kürzel\");"));

@@ -62,6 +62,17 @@ TEST(HouseRules, MessagesAndCodesHaveNames) { EXPECT_EQ("", Told(MessagesAreName
 
 TEST(HouseRules, PostingsAreCheckedOnTheirWay) { EXPECT_EQ("", Told(Beliefs(Tree()))); }
 
+TEST(HouseRules, FieldsOfRecordsAreReadAndWrittenByOnePair) { EXPECT_EQ("", Told(BytesAreFields(Tree()))); }
+
+TEST(HouseRules, NineInTenFunctionsHaveAContract)
+{
+    const Declarations read = ReadDeclarations(Tree());
+    EXPECT_GT(read.Functions, 1000u);
+    EXPECT_EQ("", Told(Contracts(Tree()))) << read.Untold.size() << " of " << read.Functions;
+    RecordProperty("functions", static_cast<int>(read.Functions));
+    RecordProperty("untold", static_cast<int>(read.Untold.size()));
+}
+
 TEST(HouseRules, CommentsCarryTheirReasons) { EXPECT_EQ("", Told(Words(Tree()))); }
 
 TEST(HouseRules, EveryHeaderCompilesAlone)

@@ -607,6 +607,26 @@ Breaches Beliefs(const Files &files)
     return breaches;
 }
 
+Breaches BytesAreFields(const Files &files)
+{
+    // A copy into one variable or out of one; runs of bytes are copied as such.
+    static const std::regex field("\\bmemcpy\\((&|[^;]*,\\s*&[^,;]*,\\s*sizeof\\b)");
+    static const std::regex cast("\\*reinterpret_cast<(const )?(u?int(16|32|64)_t|float|double)\\b");
+    Breaches breaches;
+    for (const SourceFile &file : files) {
+        const bool isPair = file.Path == "record-manager/fields.h";
+        if (!IsCOrCpp(file.Path) || !LiesIn(file.Path, "record-manager") || isPair) continue;
+        const std::string code = CodeOf(file.Text);
+        for (const std::regex *pattern : {&field, &cast}) {
+            for (std::sregex_iterator at(code.begin(), code.end(), *pattern), end; at != end; ++at) {
+                breaches.push_back({file.Path, LineOf(code, static_cast<size_t>(at->position())),
+                                    "GetField and PutField of record-manager/fields.h do it"});
+            }
+        }
+    }
+    return breaches;
+}
+
 Breaches Words(const Files &files)
 {
     // In halves, so that this list does not find itself.

@@ -60,6 +60,23 @@ Breaches MessagesAreNamed(const Files &files);
 // On the way of a posting into the books, fewer beliefs a function than stand there today.
 Breaches Beliefs(const Files &files);
 
+// A number or structure in the record manager's bytes is read and written by the pair of
+// record-manager/fields.h.
+Breaches BytesAreFields(const Files &files);
+
+// The functions that the product's headers declare, and those that say nothing: no comment stands above
+// them, beside them, above the group of declarations in which they stand, or at the head of a header that
+// declares nothing but that group.
+struct Declarations {
+    size_t Functions;
+    Breaches Untold;
+};
+
+Declarations ReadDeclarations(const Files &files);
+
+// Those that say nothing, where they are more than one in ten.
+Breaches Contracts(const Files &files);
+
 // Words that a finished tree doesn't hold.
 Breaches Words(const Files &files);
 

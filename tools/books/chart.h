@@ -12,6 +12,7 @@ namespace books {
 // Mandanten for which a row is made, as bits.
 enum Use : uint8_t { M1 = 1, M2 = 2, M3 = 4, M12 = 3, M13 = 5, M123 = 7 };
 
+// Whether the row is made for the Mandant, 1 to 3.
 constexpr bool IsFor(uint8_t use, int mandant) { return (use >> (mandant - 1) & 1) != 0; }
 
 // ---- Lines of Bilanz and GuV ----
@@ -27,6 +28,7 @@ struct GroupRow {
     const char *Title; // at most 27 characters
 };
 
+// The groups of all Mandanten, each before its subgroups.
 std::span<const GroupRow> Groups();
 
 // Group codes that rows of the chart use for accounts outside every group: listed in the tree of that side
@@ -53,6 +55,7 @@ struct AccountRow {
     long OpeningBalance; // DM on 1 January 1997 for Mandant 1, positive on Soll
 };
 
+// The Sachkonten of all Mandanten.
 std::span<const AccountRow> Accounts();
 
 // Accounts that other data refers to. What happens on Debitoren and Kreditoren stands once more, month by
@@ -80,6 +83,7 @@ struct RateRow {
     int Vorsteuer;
 };
 
+// The tax keys, each with the rates it has had.
 std::span<const RateRow> Rates();
 
 // ---- Cost accounting ----
@@ -93,6 +97,7 @@ struct CostObjectRow {
     uint8_t Mandanten;
 };
 
+// The Kostenstellen and Kostenträger of all Mandanten.
 std::span<const CostObjectRow> CostObjects();
 
 struct CostTemplateRow {
@@ -101,6 +106,7 @@ struct CostTemplateRow {
     uint8_t Mandanten;
 };
 
+// The Kostenschablonen of all Mandanten.
 std::span<const CostTemplateRow> CostTemplates();
 
 struct CostLineRow {
@@ -113,6 +119,7 @@ struct CostLineRow {
     uint8_t Mandanten;
 };
 
+// The lines of the Kostenschablonen.
 std::span<const CostLineRow> CostLines();
 
 // ---- Small tables ----
@@ -124,6 +131,7 @@ struct TermRow {
     int DaysSkonto;
 };
 
+// The Zahlungsziele.
 std::span<const TermRow> Terms();
 
 struct StapelRow {
@@ -132,6 +140,7 @@ struct StapelRow {
     int Interval;
 };
 
+// The Stapel.
 std::span<const StapelRow> Batches();
 
 struct UserRow {
@@ -139,6 +148,7 @@ struct UserRow {
     const char *Name;
 };
 
+// The users.
 std::span<const UserRow> Users();
 
 // A currency with its average rates: Pfennig for so many foreign units in January 1997, and how many Pfennig
@@ -150,6 +160,7 @@ struct CurrencyRow {
     int MonthlyChange;
 };
 
+// The currencies.
 std::span<const CurrencyRow> Currencies();
 
 } // namespace books

@@ -5,6 +5,7 @@
 
 namespace books {
 
+// The postings of these days of the month that the generator has come to, and of the year's last one.
 void MonthBegins(Generator &maker);
 void MonthMiddle(Generator &maker);
 void MonthWages(Generator &maker);

@@ -34,6 +34,7 @@ extern bool isLost; // a frame was lost for want of memory
 // Makes room for `more` bytes; false without memory.
 bool Reserve(Bytes &bytes, size_t more);
 
+// Append to the frame that is being written; without memory it is lost as a whole.
 void PutBytes(const void *data, size_t size);
 void PutU8(uint8_t value);
 void PutU32(uint32_t value);
