@@ -102,7 +102,10 @@ void *LoadFrom(const char *directory, const char *name)
 void *LoadBeside(const char *name)
 {
     char path[PATH_MAX];
-    return FindBeside(name, path) ? dlopen(path, RTLD_NOW | RTLD_LOCAL) : nullptr;
+    if (!FindBeside(name, path)) return nullptr;
+    void *library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) errno = ENOEXEC;
+    return library;
 }
 
 } // namespace host

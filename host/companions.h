@@ -28,6 +28,8 @@ bool FindBeside(const char *name, char (&path)[PATH_MAX]);
 // Loads a trusted library, bound at once and with symbols of its own; null when it is missing, not trusted or
 // does not load. `directory` may end in a slash.
 void *LoadFrom(const char *directory, const char *name);
+
+// The same for one beside this part. errno is ENOENT, EPERM or ENOEXEC, by what keeps it from being loaded.
 void *LoadBeside(const char *name);
 
 } // namespace host

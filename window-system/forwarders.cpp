@@ -6,6 +6,7 @@
 #include "window-system/include/varkui.h"
 
 #include <atomic>
+#include <cerrno>
 #include <dlfcn.h>
 #include <pthread.h>
 
@@ -18,14 +19,22 @@ bool isMissingTold = false; // guarded by it
 void *LoadWindowSystem()
 {
     static constexpr char missing[] = "MERIDA: libvarkui.so fehlt, nichts kann angezeigt werden\n";
+    static constexpr char open[] =
+        "MERIDA: libvarkui.so oder ein Verzeichnis darüber ist für andere beschreibbar, "
+        "nichts kann angezeigt werden\n";
     pthread_mutex_lock(&loading);
     void *loaded = windowSystem.load(std::memory_order_relaxed);
     if (loaded == nullptr) loaded = host::LoadBeside("libvarkui.so");
+    const bool isOpen = loaded == nullptr && errno == EPERM;
     windowSystem.store(loaded, std::memory_order_release);
     const bool isTold = loaded != nullptr || isMissingTold;
     isMissingTold = isMissingTold || loaded == nullptr;
     pthread_mutex_unlock(&loading);
-    if (!isTold) host::WriteToStandardError(missing, sizeof missing - 1);
+    if (isTold) return loaded;
+    if (isOpen)
+        host::WriteToStandardError(open, sizeof open - 1);
+    else
+        host::WriteToStandardError(missing, sizeof missing - 1);
     return loaded;
 }
 

@@ -13,6 +13,7 @@
 #include "demo_dialog.h"
 #include "frame.h"
 #include "front_end_setup.h"
+#include "lone_copy.h"
 #include "tests/support/display.h"
 
 using namespace text;
@@ -468,23 +469,11 @@ TEST_F(Screen, OpensTheListOfAComboBox)
 
 // ---- Without a screen ----
 
-// The box of a window system in a directory of its own, whose vark-ui is the one that lies there; null when
-// it could not be loaded.
-using Box = int (*)(HWND, LPCSTR, LPCSTR, UINT);
-Box BoxOfACopyIn(const std::filesystem::path &directory)
-{
-    const std::filesystem::path copy = directory / "libvarkui.so";
-    std::filesystem::copy_file(VARKUI_LIBRARY, copy);
-    setenv("VARK_UI", "gtk", 1);
-    void *library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
-    return library != nullptr ? reinterpret_cast<Box>(dlsym(library, "MessageBoxA")) : nullptr;
-}
-
 // The window system where no vark-ui lies beside it.
 TEST(WithoutScreen, AMissingProgramLeavesEverythingToNobodyAndSaysSo)
 {
     const FrontEndSetup frontEnd;
-    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    const Box box = BoxOfACopyIn(frontEnd.Directory, VARKUI_LIBRARY);
     ASSERT_NE(box, nullptr) << dlerror();
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_YESNO), IDNO);
@@ -497,9 +486,8 @@ TEST(WithoutScreen, AMissingProgramLeavesEverythingToNobodyAndSaysSo)
 TEST(WithoutScreen, AProgramThatCannotStartLeavesEverythingToNobodyAndSaysSo)
 {
     const FrontEndSetup frontEnd;
-    std::ofstream(frontEnd.Directory / "vark-ui") << "#!/bin/sh\nexit 127\n";
-    std::filesystem::permissions(frontEnd.Directory / "vark-ui", std::filesystem::perms::owner_all);
-    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    MakeProgram(frontEnd.Directory, "exit 127\n");
+    const Box box = BoxOfACopyIn(frontEnd.Directory, VARKUI_LIBRARY);
     ASSERT_NE(box, nullptr) << dlerror();
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
@@ -508,21 +496,11 @@ TEST(WithoutScreen, AProgramThatCannotStartLeavesEverythingToNobodyAndSaysSo)
               "varkui: vark-ui findet keinen Bildschirm. Es geht ohne Bildschirm weiter.\nMERIDA: Frage\n");
 }
 
-namespace {
-
-void MakeProgram(const std::filesystem::path &directory, const std::string &text)
-{
-    std::ofstream(directory / "vark-ui") << "#!/bin/sh\n" << text;
-    std::filesystem::permissions(directory / "vark-ui", std::filesystem::perms::owner_all);
-}
-
-} // namespace
-
 TEST(WithoutScreen, AProgramThatNeverBecomesReadyIsGivenUpAndEnded)
 {
     const FrontEndSetup frontEnd;
     MakeProgram(frontEnd.Directory, "echo $$ > \"$(dirname \"$0\")/process\"\nexec sleep 1000\n");
-    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    const Box box = BoxOfACopyIn(frontEnd.Directory, VARKUI_LIBRARY);
     ASSERT_NE(box, nullptr) << dlerror();
     testing::internal::CaptureStderr();
     EXPECT_EQ(box(nullptr, "Frage", "MERIDA", MB_OKCANCEL), IDCANCEL);
@@ -540,7 +518,7 @@ TEST(WithoutScreen, AStartThatFailedForTheMomentIsTriedAgain)
 {
     const FrontEndSetup frontEnd;
     MakeProgram(frontEnd.Directory, "exit 127\n");
-    const Box box = BoxOfACopyIn(frontEnd.Directory);
+    const Box box = BoxOfACopyIn(frontEnd.Directory, VARKUI_LIBRARY);
     ASSERT_NE(box, nullptr) << dlerror();
     testing::internal::CaptureStderr();
     rlimit before = {};
