@@ -9,7 +9,7 @@ namespace wbtrv {
 
 namespace {
 
-int64_t Now_us()
+int64_t Clock_us()
 {
     timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -35,11 +35,11 @@ int16_t StatusOfLock(LockResult result)
     return BtrStatusIoError;
 }
 
-Patience StartPatience(unsigned wait_ms) { return {Now_us() + int64_t{wait_ms} * 1000, firstStep_us}; }
+Patience StartPatience(unsigned wait_ms) { return {Clock_us() + int64_t{wait_ms} * 1000, firstStep_us}; }
 
 bool WaitMore(Patience *patience)
 {
-    const int64_t left = patience->Deadline_us - Now_us();
+    const int64_t left = patience->Deadline_us - Clock_us();
     if (left <= 0) return false;
     const int64_t step = left < patience->Step_us ? left : patience->Step_us;
     const timespec pause{0, static_cast<long>(step) * 1000};
@@ -50,7 +50,7 @@ bool WaitMore(Patience *patience)
 
 unsigned Remaining_ms(const Patience &patience)
 {
-    const int64_t left = patience.Deadline_us - Now_us();
+    const int64_t left = patience.Deadline_us - Clock_us();
     return left <= 0 ? 0 : static_cast<unsigned>((left + 999) / 1000);
 }
 

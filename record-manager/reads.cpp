@@ -271,7 +271,7 @@ int16_t DeliverStored(const Call &call, const Found &found)
     return BtrStatusOk;
 }
 
-int16_t Step(const Call &call, int16_t (*deliver)(const Call &call, const Found &found))
+int16_t StepTo(const Call &call, int16_t (*deliver)(const Call &call, const Found &found))
 {
     Handle *handle = call.On;
     const LockRequest &request = RequestOf(call);
@@ -312,13 +312,13 @@ int16_t Step(const Call &call, int16_t (*deliver)(const Call &call, const Found 
 
 } // namespace
 
-int16_t ReadByStep(const Call &call) { return Step(call, Deliver); }
+int16_t ReadByStep(const Call &call) { return StepTo(call, Deliver); }
 
 int16_t StepStored(const Call &call)
 {
     Call plain = call;
     plain.Operation = call.Operation == BtrOpStepFirstStored ? BtrOpStepFirst : BtrOpStepNext;
-    return Step(plain, DeliverStored);
+    return StepTo(plain, DeliverStored);
 }
 
 int16_t TellPosition(const Call &call)

@@ -1,8 +1,7 @@
 // The key "Drucker" in section "RS" of vark.ini says where reports are printed to:
 //   Drucker=                    the default printer
 //   Drucker=NAME                the printer of that name
-//   Drucker=datei:MUSTER        PDF files named by the pattern, in which stand {bericht} for the report's
-//   title,
+//   Drucker=datei:MUSTER        PDF files named by the pattern, in which stand {bericht} for the title,
 //                               {datum} for the day, JJJJ-MM-TT, and {nummer} for the lowest number from 1
 //                               that makes a new name. Without {nummer} a file of that name is replaced.
 #include "report-engine/printing.h"
@@ -14,6 +13,7 @@
 #include "report-engine/output.h"
 #include "report-engine/today.h"
 #include "report-engine/view_window.h"
+#include "text/fixed_text.h"
 #include "text/windows1252.h"
 
 #include <cerrno>
@@ -129,7 +129,8 @@ Printed SendToPrinter(const View &view, const PrintWishes &wishes, int pages, co
                       queue);
         return Printed::done;
     }
-    std::snprintf(said, sizeof said, "%s", isTaken || line[0] != 0 ? line : LastReason());
+    const char *reason = isTaken || line[0] != 0 ? line : LastReason();
+    text::CopyText(said, sizeof said, reason, std::strlen(reason));
     return isTaken ? Printed::waiting : Printed::failed;
 }
 

@@ -60,7 +60,7 @@ struct Markup {
     bool IsLost;
 };
 
-void Mark(Markup &markup, const char *bytes, size_t length)
+void AddMarkup(Markup &markup, const char *bytes, size_t length)
 {
     if (markup.Length + length > static_cast<size_t>(maxCopied)) markup.IsLost = true;
     if (markup.IsLost) return;
@@ -78,16 +78,19 @@ void Mark(Markup &markup, const char *bytes, size_t length)
     markup.Length += length;
 }
 
-template <size_t size> void Mark(Markup &markup, const char (&text)[size]) { Mark(markup, text, size - 1); }
+template <size_t size> void AddMarkup(Markup &markup, const char (&text)[size])
+{
+    AddMarkup(markup, text, size - 1);
+}
 
 void MarkText(Markup &markup, const char *text, size_t length)
 {
     for (size_t i = 0; i < length; ++i) {
         switch (text[i]) {
-        case '&': Mark(markup, "&amp;"); break;
-        case '<': Mark(markup, "&lt;"); break;
-        case '>': Mark(markup, "&gt;"); break;
-        default: Mark(markup, text + i, 1);
+        case '&': AddMarkup(markup, "&amp;"); break;
+        case '<': AddMarkup(markup, "&lt;"); break;
+        case '>': AddMarkup(markup, "&gt;"); break;
+        default: AddMarkup(markup, text + i, 1);
         }
     }
 }
@@ -118,25 +121,25 @@ void TakeColumns(Rows &rows)
 
 void BeginCell(Rows &rows)
 {
-    Mark(rows.Table, "<");
-    Mark(rows.Table, rows.Tag, 2);
+    AddMarkup(rows.Table, "<");
+    AddMarkup(rows.Table, rows.Tag, 2);
     if (rows.AreRight[rows.Column]) {
-        Mark(rows.Table, " align=\"right\">");
+        AddMarkup(rows.Table, " align=\"right\">");
     } else {
-        Mark(rows.Table, " align=\"left\">");
+        AddMarkup(rows.Table, " align=\"left\">");
     }
 }
 
 void EndCell(Rows &rows)
 {
-    Mark(rows.Table, "</");
-    Mark(rows.Table, rows.Tag, 2);
-    Mark(rows.Table, ">");
+    AddMarkup(rows.Table, "</");
+    AddMarkup(rows.Table, rows.Tag, 2);
+    AddMarkup(rows.Table, ">");
 }
 
 void BeginRow(Rows &rows, int column)
 {
-    Mark(rows.Table, "<tr>");
+    AddMarkup(rows.Table, "<tr>");
     rows.Column = column;
     BeginCell(rows);
 }
@@ -157,7 +160,7 @@ void EndRow(Rows &rows, int lastColumn)
     GoTo(rows, lastColumn);
     Put(rows.Text, "\n", 1);
     EndCell(rows);
-    Mark(rows.Table, "</tr>\n");
+    AddMarkup(rows.Table, "</tr>\n");
 }
 
 // A control character would part cells or rows: as on the page it is a blank.
@@ -320,7 +323,7 @@ int CopyText(const PageRequest &request, PageAnswer &answer)
     copy.HasFailed = false;
     Markup table = {};
     constexpr char head[] = "<html lang=\"de\"><head><meta charset=\"utf-8\"></head><body><table>\n";
-    Mark(table, head);
+    AddMarkup(table, head);
     Rows rows = {copy, table, "td", 0, {}, {}};
     TakeColumns(rows);
     if (request.IsAllSelected != 0) {
@@ -332,7 +335,7 @@ int CopyText(const PageRequest &request, PageAnswer &answer)
     answer.Length = copy.Length;
     answer.IsCutShort = copy.Length >= maxCopied ? 1 : 0;
     const bool hasRows = table.Length > sizeof head - 1;
-    Mark(table, "</table></body></html>\n");
+    AddMarkup(table, "</table></body></html>\n");
     if (hasRows && !table.IsLost) {
         answer.TableLength = static_cast<int64_t>(table.Length);
         if (!WriteAll(copy.File, table.Bytes, table.Length)) copy.HasFailed = true;

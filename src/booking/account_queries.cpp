@@ -24,7 +24,6 @@ static_assert(int{KontoartSachkonto} == VARK_SACHKONTO && int{KontoartKreditor} 
               int{KontoartDebitor} == VARK_DEBITOR && int{KontoartKostenstelle} == VARK_KOSTENSTELLE &&
               int{KontoartKeine} == VARK_OHNE_KONTO);
 
-constexpr int32_t badKontoart = VARK_FEHLER_KONTOART;
 constexpr int32_t numbersUsedUp = VARK_FEHLER_NUMMERN_AUFGEBRAUCHT;
 
 // An account number without its leading blanks.
@@ -149,7 +148,7 @@ int32_t VARK_CALL VARK_ExistiertKonto(int32_t mandant, const char *konto, int32_
     const int32_t selected = SelectMandant(*context, mandant, fista);
     if (selected < 1) return selected;
     const AccountKind *const kind = FindKind(art);
-    if (kind == nullptr) return badKontoart;
+    if (kind == nullptr) return VARK_FEHLER_KONTOART;
     AccountNumber number;
     JustifyNumber(number, konto);
     bool found = false;
@@ -165,7 +164,7 @@ int32_t VARK_CALL VARK_HoleFreieKontonr(int32_t mandant, int32_t art, char *out)
     const int32_t entered = EnterExport(context);
     if (entered != ready) return entered;
     const AccountKind *const kind = FindPersonalKind(art);
-    if (kind == nullptr) return badKontoart;
+    if (kind == nullptr) return VARK_FEHLER_KONTOART;
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;

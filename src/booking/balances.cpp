@@ -26,8 +26,6 @@ using text::CopyText;
 
 namespace {
 
-constexpr int32_t badKontoart = VARK_FEHLER_KONTOART;
-constexpr int32_t accountUnknown = VARK_FEHLER_KONTO;
 constexpr int32_t badForm = VARK_FEHLER_FORM;
 constexpr int32_t kostenstelleUnknown = VARK_FEHLER_KOSTENSTELLE;
 
@@ -130,10 +128,11 @@ int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kon
     if (form < 1 || form > 3)
         return Report(*context, Message::Unzulaessig, badForm, "Das Ausgabeformat ist", -1);
     const AccountKind *const kind = FindKind(kontoart);
-    if (kind == nullptr) return Report(*context, Message::KontoartUnzulaessig, badKontoart, nullptr, -1);
+    if (kind == nullptr)
+        return Report(*context, Message::KontoartUnzulaessig, VARK_FEHLER_KONTOART, nullptr, -1);
     const size_t length = konto != nullptr ? strnlen(konto, accountDigits + 1) : 0;
     if (length == 0 || length > accountDigits)
-        return Report(*context, Message::KontonummerUnzulaessig, accountUnknown, "K", -1);
+        return Report(*context, Message::KontonummerUnzulaessig, VARK_FEHLER_KONTO, "K", -1);
     FistaRecord fista;
     const int32_t selected = SelectMandantOrReport(*context, mandant, fista);
     if (selected < 1) return selected;
@@ -146,7 +145,7 @@ int32_t VARK_CALL VARK_HoleSaldo(int32_t mandant, const char *konto, int32_t kon
     if (!found && kontoart == KontoartKostenstelle) {
         return Report(*context, Message::Unzulaessig, kostenstelleUnknown, "Die Kostenstelle ist", -1);
     }
-    if (!found) return Report(*context, Message::KontonummerUnzulaessig, accountUnknown, "K", -1);
+    if (!found) return Report(*context, Message::KontonummerUnzulaessig, VARK_FEHLER_KONTO, "K", -1);
     AmountText balance;
     if (!YearBalance(*kind, record, balance)) return engineFailure;
     Holds(IsWholeAmount(balance));

@@ -34,7 +34,6 @@ constexpr int32_t bankRefused = VARK_FEHLER_BANK;
 constexpr int32_t skontoRefused = VARK_FEHLER_SKONTO;
 constexpr int32_t mahnkennzifferRefused = VARK_FEHLER_MAHNKENNZIFFER;
 constexpr int32_t kuerzelDiffers = VARK_FEHLER_KUERZEL_ANDERS;
-constexpr int32_t accountUnknown = VARK_FEHLER_KEIN_KONTO;
 constexpr int32_t kuerzelMissing = VARK_FEHLER_KUERZEL_FEHLT;
 constexpr int32_t nameMissing = VARK_FEHLER_NAME_FEHLT;
 constexpr int32_t kontoExists = VARK_FEHLER_KONTO_BESTEHT;
@@ -97,7 +96,7 @@ int32_t ResolveAccount(ThreadContext &context, PekoWork &work, TableId table)
     bool found = false;
     const KeyBuffer key = isByKuerzel ? KeyOf(work.Kuerzel) : KeyOf(work.Konto);
     if (!GetEqual(context, &work.Record, key, found, work.Position)) return engineFailure;
-    if (!found) return Report(context, Message::KontoExistiertNicht, accountUnknown, nullptr, noPart);
+    if (!found) return Report(context, Message::KontoExistiertNicht, VARK_FEHLER_KEIN_KONTO, nullptr, noPart);
     work.IsLocked = true;
     if (!isByKuerzel && work.Kuerzel[0] != 0 && !SameText(work.Kuerzel, work.Record.Kuerzel)) {
         return Report(context, Message::Unzulaessig, kuerzelDiffers, "Das Kürzel ist"_w, noPart);

@@ -18,12 +18,12 @@ namespace {
 
 // The tables that a cursor holds open, ended by the one that it reads. A posting cursor looks up the kinds of
 // its accounts.
-struct HeldTables {
+struct CursorTables {
     TableId Tables[4];
     int Count;
 };
 
-HeldTables TablesOf(int32_t kind)
+CursorTables TablesOf(int32_t kind)
 {
     if (kind == TableBube) return {{TableBube, TableKred, TableDebi, TableSako}, 4};
     return {{static_cast<TableId>(kind)}, 1};
@@ -43,7 +43,7 @@ void Release(ThreadContext &context, int table)
 bool BeginCursor(ThreadContext &context, TableId table)
 {
     EndCursor(context);
-    const HeldTables held = TablesOf(table);
+    const CursorTables held = TablesOf(table);
     for (int i = 0; i < held.Count; ++i) {
         if (OpenTable(context, held.Tables[i])) continue;
         while (i > 0) {
@@ -72,7 +72,7 @@ bool ResumeCursor(ThreadContext &context)
 void EndCursor(ThreadContext &context)
 {
     if (context.CursorKind < 0) return;
-    const HeldTables held = TablesOf(context.CursorKind);
+    const CursorTables held = TablesOf(context.CursorKind);
     for (int i = 0; i < held.Count; ++i) {
         Release(context, held.Tables[i]);
     }

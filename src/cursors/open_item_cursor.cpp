@@ -18,8 +18,6 @@ namespace vark {
 
 namespace {
 
-constexpr int32_t accountUnknown = VARK_FEHLER_KONTO;
-
 // Goes on to an item of the account that is asked for; there is no key to find it by, so this is a walk.
 bool SkipOthers(ThreadContext &context, OpenItemRecord &record, bool &found, TableId table)
 {
@@ -67,7 +65,7 @@ int32_t VARK_CALL VARK_InitHoleOP(int32_t mandant, const char *konto, int32_t ko
     if (account[0] != 0) {
         bool exists = false;
         if (!Exists(*context, KeyOfText(account, sizeof account), exists, kind->Table)) return engineFailure;
-        if (!exists) return Report(*context, Message::KontonummerUnzulaessig, accountUnknown, "K", -1);
+        if (!exists) return Report(*context, Message::KontonummerUnzulaessig, VARK_FEHLER_KONTO, "K", -1);
     }
     const TableId table = kind->OpenItems;
     if (!BeginCursor(*context, table)) return engineFailure;

@@ -121,7 +121,7 @@ void WritePlaces(char *out, int markIndex, int64_t magnitude)
     Holds(IsDigit(out[0]) && IsDigit(out[markIndex + 2]));
 }
 
-void CopyAmount(AmountText &out, const AmountText &from) { std::memmove(out, from, sizeof out); }
+void AssignAmount(AmountText &out, const AmountText &from) { std::memmove(out, from, sizeof out); }
 
 } // namespace
 
@@ -192,7 +192,7 @@ bool AccumulateAmount(AmountText &total, const AmountText &b)
     const bool isGrowing = IsNegativeAmount(total) == IsNegativeAmount(b);
     Holds(!isGrowing || MagnitudeOf(sum) >= MagnitudeOf(b));
     Holds(!isGrowing || IsNegativeAmount(sum) == IsNegativeAmount(b));
-    CopyAmount(total, sum);
+    AssignAmount(total, sum);
     return true;
 }
 
@@ -205,7 +205,7 @@ bool DeductAmount(AmountText &total, const AmountText &b)
         return false;
     }
     Holds(MagnitudeOf(difference) <= MagnitudeOf(total) + MagnitudeOf(b));
-    CopyAmount(total, difference);
+    AssignAmount(total, difference);
     return Holds(IsWholeAmount(total));
 }
 
@@ -300,7 +300,7 @@ bool NetFromGross(AmountText &out, const AmountText &gross, const RateText &rate
     const int64_t magnitude = MagnitudeOf(gross);
     const int64_t rateMagnitude = MagnitudeOf(rate);
     if (isUnreadable(gross, magnitude, amountMark) || isUnreadable(rate, rateMagnitude, rateMark)) {
-        CopyAmount(out, gross);
+        AssignAmount(out, gross);
         return false;
     }
     const double grossValue = static_cast<double>(magnitude) / 100.0;

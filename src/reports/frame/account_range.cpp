@@ -2,6 +2,7 @@
 
 #include "src/frame/record_store.h"
 #include "src/model/accounts.h"
+#include "src/reports/frame/dialog_buttons.h"
 #include "src/values/account_numbers.h"
 #include "src/walks/account_walk.h"
 #include "text/fixed_text.h"
@@ -24,19 +25,10 @@ int ButtonOf(const AccountKind &kind) { return controlSachkonten + static_cast<i
 static_assert(controlKreditoren == controlSachkonten + 1 && controlDebitoren == controlSachkonten + 2 &&
               controlKostenstellen == controlSachkonten + 3);
 
-bool HasControl(HWND dialog, int control) { return GetDlgItem(dialog, control) != nullptr; }
-
-bool IsChecked(HWND dialog, int button) { return IsDlgButtonChecked(dialog, button) == BST_CHECKED; }
-
-void SetCheck(HWND dialog, int button, bool isChecked)
-{
-    SendDlgItemMessageA(dialog, button, BM_SETCHECK, isChecked ? BST_CHECKED : BST_UNCHECKED, 0);
-}
-
 void ShowKind(HWND dialog, int16_t kontoart)
 {
     for (const AccountKind &kind : accountKinds) {
-        SetCheck(dialog, ButtonOf(kind), kind.Art == kontoart);
+        SetChecked(dialog, ButtonOf(kind), kind.Art == kontoart);
     }
 }
 
@@ -52,7 +44,7 @@ void ShowEinzeln(HWND dialog, const AccountRangeState &state)
 {
     if (!HasControl(dialog, controlEinzeln)) return;
     const bool isSingle = state.EinzelnState != 0;
-    SetCheck(dialog, controlEinzeln, isSingle);
+    SetChecked(dialog, controlEinzeln, isSingle);
     for (const AccountKind &kind : accountKinds) {
         if (HWND button = GetDlgItem(dialog, ButtonOf(kind)); button != nullptr)
             EnableWindow(button, isSingle ? FALSE : TRUE);

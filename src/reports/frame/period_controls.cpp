@@ -2,6 +2,7 @@
 
 #include "src/frame/messages.h"
 #include "src/platform/platform.h"
+#include "src/reports/frame/dialog_buttons.h"
 #include "src/values/dates.h"
 #include "src/values/dialog_fields.h"
 #include "text/fixed_text.h"
@@ -20,8 +21,6 @@ namespace {
 
 constexpr UINT messagePeriod =
     WM_USER + 4; // a notification of a control of the group, after its own handling
-
-bool HasControl(HWND dialog, int control) { return GetDlgItem(dialog, control) != nullptr; }
 
 bool Offers(const PeriodDialogState &state, uint32_t option) { return (state.Options & option) != 0; }
 
@@ -71,11 +70,6 @@ void ShowDate(HWND dialog, int control, const PackedDate &date, const ThreadCont
     SetDlgItemTextA(dialog, control, shown);
 }
 
-void SetCheck(HWND dialog, int button, bool isChecked)
-{
-    SendDlgItemMessageA(dialog, button, BM_SETCHECK, isChecked ? BST_CHECKED : BST_UNCHECKED, 0);
-}
-
 void Enable(HWND dialog, int control, bool isEnabled)
 {
     if (HWND window = GetDlgItem(dialog, control); window != nullptr)
@@ -107,7 +101,7 @@ void ShowPeriodControls(HWND dialog, const PeriodDialogState &state)
     for (const auto &group : groups) {
         if (!Offers(state, group.Option)) continue;
         for (int button = group.First; button <= group.Last; ++button) {
-            SetCheck(dialog, button, button == chosen);
+            SetChecked(dialog, button, button == chosen);
         }
     }
     const bool isArchive = state.Selection.ArchivJahr != 0;

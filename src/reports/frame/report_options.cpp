@@ -1,5 +1,6 @@
 #include "src/reports/frame/report_options.h"
 
+#include "src/reports/frame/dialog_buttons.h"
 #include "src/values/amount_texts.h"
 #include "src/values/dialog_fields.h"
 #include "text/fixed_text.h"
@@ -32,13 +33,6 @@ int KnownRow(const OptionTable &table, int id)
     assert(row >= 0);
     return row < 0 ? 0 : row;
 }
-
-void SetChecked(HWND dialog, int id, bool checked)
-{
-    SendDlgItemMessageA(dialog, id, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
-}
-
-bool IsChecked(HWND dialog, int id) { return IsDlgButtonChecked(dialog, id) == BST_CHECKED; }
 
 void ShowEnabled(HWND dialog, const OptionTable &table)
 {
