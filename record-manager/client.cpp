@@ -1,6 +1,7 @@
 #include "record-manager/client.h"
 
 #include "record-manager/fields.h"
+#include "text/fixed_text.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -135,7 +136,7 @@ int16_t AcquireClientStore(Client *client, const char *directory, bool create, b
     for (ClientStore *store = client->Stores; store != nullptr; store = store->Next) {
         if (store->Books != books) continue;
         books->Do->ReleaseStore(books);
-        std::strcpy(store->Directory, directory);
+        text::CopyText(store->Directory, directory);
         *out = store;
         return BtrStatusOk;
     }
@@ -147,7 +148,7 @@ int16_t AcquireClientStore(Client *client, const char *directory, bool create, b
     store->Owner = client;
     store->Books = books;
     store->LockFd = -1;
-    std::strcpy(store->Directory, directory);
+    text::CopyText(store->Directory, directory);
     LockRegistry();
     store->Next = client->Stores;
     client->Stores = store;
