@@ -1,5 +1,6 @@
 #include "record-manager/platform.h"
 
+#include "host/standard_error.h"
 #include "record-manager/include/btrcall.h"
 #include "record-manager/server_part.h"
 
@@ -61,8 +62,7 @@ void Tell(const char *place, const char *what)
 {
     char line[BtrPathSize + 128];
     if (snprintf(line, sizeof line, "wbtrv32: %s: %s\r\n", place, what) < 0) return;
-    DWORD written = 0;
-    WriteFile(GetStdHandle(STD_ERROR_HANDLE), line, static_cast<DWORD>(strlen(line)), &written, nullptr);
+    host::WriteToStandardError(line, strlen(line));
 }
 
 const ServerPart *LoadServerPart()
