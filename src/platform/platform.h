@@ -27,7 +27,7 @@ bool AllocateThreadSlot(void (*release)(void *value));
 void *ThreadSlotValue();
 bool SetThreadSlotValue(void *value);
 
-// Runs `body` exactly once in the life of the process, however many threads come at once; the others wait.
+// Runs `body` once in the life of the process; other threads wait for its end, calls from within do not.
 void RunOnce(void (*body)());
 
 // Has `dropInherited` called in every forked child, on its one thread, before anything else runs there.

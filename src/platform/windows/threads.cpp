@@ -1,6 +1,7 @@
 #include "src/platform/platform.h"
 #include "src/platform/windows/detach.h"
 
+#include <atomic>
 #include <windows.h>
 
 namespace vark {
@@ -10,10 +11,13 @@ namespace {
 DWORD slot = TLS_OUT_OF_INDEXES;
 void (*releaseValue)(void *value);
 INIT_ONCE once = INIT_ONCE_STATIC_INIT;
+std::atomic<DWORD> runner; // the thread that is within; none has the number 0
 
 BOOL CALLBACK RunBody(PINIT_ONCE, PVOID body, PVOID *)
 {
+    runner.store(GetCurrentThreadId());
     reinterpret_cast<void (*)()>(body)();
+    runner.store(0);
     return TRUE;
 }
 
@@ -51,7 +55,12 @@ void *ThreadSlotValue() { return TlsGetValue(slot); }
 
 bool SetThreadSlotValue(void *value) { return TlsSetValue(slot, value) != 0; }
 
-void RunOnce(void (*body)()) { InitOnceExecuteOnce(&once, RunBody, reinterpret_cast<void *>(body), nullptr); }
+// A part that the body loads may ask the library something as it begins, and would wait for itself.
+void RunOnce(void (*body)())
+{
+    if (runner.load() == GetCurrentThreadId()) return;
+    InitOnceExecuteOnce(&once, RunBody, reinterpret_cast<void *>(body), nullptr);
+}
 
 void OnFork(void (*)()) {}
 
