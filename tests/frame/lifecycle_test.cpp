@@ -2,7 +2,6 @@
 #include "src/frame/lifecycle.h"
 
 #include "src/frame/engine_calls.h"
-#include "src/frame/record_lengths.h"
 #include "src/frame/record_store.h"
 #include "src/frame/report_engine.h"
 #include "tests/support/alloc_faults.h"
@@ -199,68 +198,11 @@ TEST_F(Lifecycle, ShortestDataPathsDoNoHarm)
     EXPECT_STREQ("", ReportPath);
 }
 
-TEST_F(Lifecycle, RecordLengthsAreThoseOfTheTables)
-{
-    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
-    ASSERT_EQ(1, VARK_Status());
-    const uint32_t lengths[slotCount] = {746, 219, 956, 956, 34,  0,    998, 64, 64, 64,  495,
-                                         130, 500, 64,  256, 525, 525,  64,  58, 64, 181, 128,
-                                         143, 110, 133, 146, 270, 1398, 746, 0,  0};
-    for (int slot = 0; slot < slotCount; ++slot) {
-        EXPECT_EQ(lengths[slot], RecordLengthTable[slot].load()) << slot;
-    }
-}
-
 TEST_F(Lifecycle, MissingReportEngineLeavesTheLibraryReady)
 {
     Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
     EXPECT_EQ(1, VARK_Status());
     EXPECT_EQ(reportEngine.ReportEngineLibrary != nullptr ? 1 : 0, reportEngine.ReportEngineBound);
-}
-
-TEST_F(Lifecycle, ThreadGetsItsContextFromItsFirstExport)
-{
-    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
-    ASSERT_EQ(1, VARK_Status());
-    EXPECT_EQ(nullptr, ThreadSlotValue());
-    VARK_SchliesseDB();
-    void *const mine = ThreadSlotValue();
-    EXPECT_NE(nullptr, mine);
-    std::thread([mine] {
-        EXPECT_EQ(nullptr, ThreadSlotValue());
-        VARK_SchliesseDB();
-        EXPECT_NE(nullptr, ThreadSlotValue());
-        EXPECT_NE(mine, ThreadSlotValue());
-    }).join();
-    EXPECT_EQ(mine, ThreadSlotValue());
-}
-
-TEST_F(Lifecycle, ContextStartsUnbound)
-{
-    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
-    ThreadContext *context = nullptr;
-    ASSERT_EQ(1, EnterExport(context));
-    EXPECT_EQ(-1, context->CurrentMandant);
-    EXPECT_EQ(-1, context->CursorKind);
-    EXPECT_STREQ("/", context->YearDirectory);
-    EXPECT_STREQ("", context->WorkYear);
-    EXPECT_EQ(0, context->ShowMessages);
-    for (const int32_t count : context->OpenCounts) {
-        EXPECT_EQ(0, count);
-    }
-}
-
-TEST_F(Lifecycle, ManyThreadsAttachOnce)
-{
-    Ini("vark.ini", "[VARK]\nPfad=/c/DB\n");
-    std::vector<std::thread> threads;
-    threads.reserve(16);
-    for (int i = 0; i < 16; ++i) {
-        threads.emplace_back([] { EXPECT_EQ(1, VARK_Status()); });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
 }
 
 namespace {
@@ -277,23 +219,6 @@ struct OpenBooks : testing::Test {
 
 } // namespace
 
-TEST_F(OpenBooks, SchliesseDbClosesEveryTableOfTheThreadAndNoOther)
-{
-    ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
-    auto *context = static_cast<ThreadContext *>(ThreadSlotValue());
-    std::thread([] {
-        ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
-        VARK_SchliesseDB();
-    }).join();
-    EXPECT_EQ(1, context->OpenCounts[TableSako]);
-    VARK_SchliesseDB();
-    EXPECT_EQ(-1, context->CurrentMandant);
-    for (const int32_t count : context->OpenCounts) {
-        EXPECT_EQ(0, count);
-    }
-    EXPECT_EQ(1, VARK_ExistiertKonto(1, "1200", 1)) << "and the next call opens them again";
-}
-
 TEST_F(OpenBooks, ChildProcessStartsAfresh)
 {
     ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
@@ -307,19 +232,6 @@ TEST_F(OpenBooks, ChildProcessStartsAfresh)
     ASSERT_EQ(child, waitpid(child, &status, 0));
     EXPECT_EQ(0, status);
     EXPECT_EQ(1, VARK_ExistiertKonto(1, "1200", 1)) << "the parent goes on with what it had";
-}
-
-TEST_F(OpenBooks, ThreadThatEndsFreesItsContextAndTheSplitBegunInIt)
-{
-    ASSERT_EQ(1, VARK_ExistiertKonto(1, "1200", 1));
-    const long before = LiveAllocations();
-    std::thread([] {
-        ASSERT_EQ(1, VARK_SplitStart(1, 16, "15.03.1998", "S1", 0));
-        for (int i = 0; i < 11; ++i) {
-            ASSERT_EQ(1, VARK_SplitEinfuegen("1200", 1, "8400", 1, "1,00", "", "", ""));
-        }
-    }).join();
-    EXPECT_EQ(before, LiveAllocations());
 }
 
 TEST_F(OpenBooks, ThreadThatEndsGivesEverythingBack)

@@ -424,7 +424,7 @@ std::vector<std::string> Cases()
     for (const auto &entry : fs::recursive_directory_iterator(GOLDEN_DIRECTORY)) {
         const fs::path &path = entry.path();
         if (path.extension() == ".txt" && path.filename() != "CMakeLists.txt")
-            cases.push_back((path.parent_path().filename() / path.stem()).string());
+            cases.push_back((path.parent_path().filename() / path.stem()).generic_string());
     }
     std::sort(cases.begin(), cases.end());
     return cases;
