@@ -41,7 +41,10 @@ void ForEachRecord(TableFile &source, size_t length, bool (TableFile::*first)(vo
 
 void CopyRecords(const fs::path &from, const fs::path &to, EngineClient *reader)
 {
-    bool copied = false;
+    // While one table is open, its directory need not be opened again for the next, and nothing waits for the
+    // disk.
+    std::unique_ptr<TableFile> heldSource;
+    std::unique_ptr<TableFile> heldTarget;
     for (const TableLayout &layout : Tables()) {
         std::unique_ptr<TableFile> source;
         try {
@@ -51,18 +54,23 @@ void CopyRecords(const fs::path &from, const fs::path &to, EngineClient *reader)
             continue;
         }
         CreateTable(layout, to);
-        TableFile target(layout, to, OpenMode::Accelerated);
+        auto target = std::make_unique<TableFile>(layout, to, OpenMode::Accelerated);
         if (IsAsLaidOut(*source)) {
             ForEachRecord(*source, source->StoredLength(), &TableFile::StepFirstStored,
-                          &TableFile::StepNextStored, [&](char *stored) { target.InsertStored(stored); });
+                          &TableFile::StepNextStored, [&](char *stored) { target->InsertStored(stored); });
         } else {
             ForEachRecord(*source, layout.RecordLength, &TableFile::StepFirst, &TableFile::StepNext,
-                          [&](char *record) { target.Insert(record); });
+                          [&](char *record) { target->Insert(record); });
         }
-        target.Close();
-        copied = true;
+        if (heldTarget == nullptr) {
+            heldSource = std::move(source);
+            heldTarget = std::move(target);
+        } else {
+            target->Close();
+        }
     }
-    if (!copied) throw DamagedBooks("In " + from.string() + " liegen keine Bücher.");
+    if (heldTarget == nullptr) throw DamagedBooks("In " + from.string() + " liegen keine Bücher.");
+    heldTarget->Close();
 }
 
 void CopyOneMoment(const fs::path &from, const fs::path &to)
