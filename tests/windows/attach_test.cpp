@@ -3,7 +3,6 @@
 #include "tests/windows/wine.h"
 
 #include <charconv>
-#include <chrono>
 #include <thread>
 
 using namespace tests;
@@ -60,9 +59,11 @@ struct Attach : OnWindows {
             std::from_chars(output.data() + at + name.size() + 1, output.data() + output.size(), number);
         return number;
     }
-    std::string Visit() const
+    // Into a file: a pipe would be held open by an engine that is started and stays.
+    std::string Visit(const std::string &how = "") const
     {
-        return Run(Built("stand_ins/visitor.exe"), "", "VARK_CONFIG_DIR='" + Path("config") + "'");
+        const std::string environment = "VARK_CONFIG_DIR='" + Path("config") + "'";
+        return RunToEnd(Built("stand_ins/visitor.exe"), how, environment).Output;
     }
     int State() const { return Told(Visit(), "state"); }
 
@@ -86,20 +87,14 @@ struct Attach : OnWindows {
         return Run("reg", std::string("query ") + settings).find("HKEY_LOCAL_MACHINE") != std::string::npos;
     }
     // The start without arguments is not waited for by anybody.
-    std::string Log(size_t starts) const
+    std::string Log(ptrdiff_t starts) const
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        std::string log;
-        do {
-            log = TextOf(Directory / "X/engine.log");
-            size_t found = 0;
-            for (size_t at = log.find("start"); at != std::string::npos; at = log.find("start", at + 1)) {
-                ++found;
-            }
-            if (found >= starts) break;
-            std::this_thread::yield();
-        } while (std::chrono::steady_clock::now() < deadline);
-        return log;
+        const auto log = [this] { return TextOf(Directory / "X/engine.log"); };
+        WaitUntil([&] {
+            const std::string text = log();
+            return std::count(text.begin(), text.end(), '\n') >= starts;
+        });
+        return log();
     }
 };
 
@@ -129,6 +124,17 @@ TEST_F(Attach, WithARecordManagerBesideTheDataTheLibraryIsReady)
     EXPECT_EQ(1, Told(output, "manager"));
     EXPECT_EQ(1, Told(output, "freed"));
     EXPECT_EQ(1, Told(output, "kept")) << "it has tables open, which are its own to close";
+}
+
+TEST_F(Attach, PartsThatAreLoadedSeeHowFarTheLibraryIs)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    fs::copy_file(Built("stand_ins/rs_sheets_stdcall.dll"), Directory / "rs.dll");
+    const std::string output = Visit();
+    EXPECT_EQ(-3, Told(output, "before records"));
+    EXPECT_EQ(-42, Told(output, "before reports"));
+    EXPECT_EQ(1, Told(output, "state"));
 }
 
 TEST_F(Attach, OneTrailingBackslashOfTheDataPathIsCut)
@@ -207,13 +213,29 @@ TEST_F(Attach, NewEngineIsRegisteredEndedAndStartedAgainHidden)
     Configure("Pfad32=" + Path("X/DB"));
     InstallRecordManager("X");
     InstallEngine("write");
-    const std::string output = Visit();
+    const std::string output = Visit("watch");
     EXPECT_EQ(1, Told(output, "state"));
     EXPECT_GE(Told(output, "ms"), 3000);
-    EXPECT_EQ("start [-reginstall] shown\nstart [] hidden\n", Log(2));
+    EXPECT_EQ(0, Told(output, "ended")) << "it is told to end as one that has done its work";
+    // The priority is the normal one, 0x20, whatever the host's is.
+    EXPECT_EQ("start [-reginstall] shown priority 32 inherits\nstart [] hidden priority 32 apart\n", Log(2));
     EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
     EXPECT_EQ("REG_DWORD 0x78", Setting("Max Handles"));
     EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
+}
+
+TEST_F(Attach, NewEngineMayWriteBelowItsSettings)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("below");
+    const std::string output = Visit();
+    EXPECT_EQ(1, Told(output, "state"));
+    EXPECT_GE(Told(output, "ms"), 3000);
+    EXPECT_LT(Told(output, "ms"), 25000);
+    EXPECT_EQ("start [-reginstall] shown\nstart [] hidden\n", Log(2));
+    EXPECT_EQ("REG_DWORD 0x28", Setting("Max Files"));
+    EXPECT_EQ("REG_DWORD 0x78", Setting("Max Handles"));
 }
 
 TEST_F(Attach, NewEngineThatEndsAtOnceIsNotWaitedFor)
@@ -270,10 +292,7 @@ TEST_F(Attach, RunningEngineIsLeftAlone)
     InstallRecordManager("X");
     InstallEngine("window");
     std::thread running([this] { Run("'" + (Directory / "X/w32mkde.exe").string() + "'", "running"); });
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!fs::exists(Directory / "X/engine.window") && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
+    EXPECT_TRUE(WaitUntil([this] { return fs::exists(Directory / "X/engine.window"); }));
     EXPECT_EQ(1, State());
     EXPECT_FALSE(HasSettings());
     SetNumber("Max Files", 10);
@@ -283,6 +302,22 @@ TEST_F(Attach, RunningEngineIsLeftAlone)
     EXPECT_EQ("start [running] shown\n", TextOf(Directory / "X/engine.log")) << "nor is it started";
     fs::remove(Directory / "X/engine.mode");
     running.join();
+}
+
+TEST_F(Attach, StartedEngineIsNotWaitedForAndRunsForTheNextHost)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    InstallEngine("window");
+    SetNumber("Max Files", 40);
+    const std::string output = Visit();
+    EXPECT_EQ(1, Told(output, "state"));
+    EXPECT_LT(Told(output, "ms"), 25000);
+    EXPECT_TRUE(WaitUntil([this] { return fs::exists(Directory / "X/engine.window"); }));
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("start [] hidden\n", TextOf(Directory / "X/engine.log"));
+    fs::remove(Directory / "X/engine.mode");
+    EXPECT_TRUE(WaitUntil([this] { return !fs::exists(Directory / "X/engine.window"); }));
 }
 
 TEST_F(Attach, TooFewFilesAreRaised)
@@ -319,5 +354,16 @@ TEST_F(Attach, SettingsThatTellNoNumberOfFilesAreLeftWithoutOne)
     EXPECT_EQ(1, State());
     EXPECT_EQ("", Setting("Max Files"));
     EXPECT_EQ("REG_DWORD 0x3c", Setting("Max Handles"));
+    EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
+}
+
+TEST_F(Attach, NumberOfFilesThatIsATextIsLeftAsItIs)
+{
+    Configure("Pfad32=" + Path("X/DB"));
+    InstallRecordManager("X");
+    Run("reg", std::string("add ") + settings + " /v 'Max Files' /t REG_SZ /d sixteen /f");
+    EXPECT_EQ(1, State());
+    EXPECT_EQ("REG_SZ sixteen", Setting("Max Files"));
+    EXPECT_EQ("", Setting("Max Handles"));
     EXPECT_EQ("REG_SZ 0", Setting("Startup Logo"));
 }

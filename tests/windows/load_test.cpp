@@ -153,7 +153,12 @@ TEST_F(Load, PathsOfAnyLengthAreHeldWithoutOverrun)
     EXPECT_EQ(maxPath - 1, std::strlen(DllPath));
 }
 
-TEST_F(Load, WithoutADataPathEveryExportTellsSo) { ExpectEverywhere(-36); }
+TEST_F(Load, WithoutADataPathEveryExportTellsSoForGood)
+{
+    ExpectEverywhere(-36);
+    Ini("Pfad32=C:\\X\\DB\n", "");
+    ExpectEverywhere(-36);
+}
 
 TEST_F(Load, WithoutARecordManagerEveryExportTellsSo)
 {

@@ -2,6 +2,8 @@
 // the same codes and write the same records, to the byte.
 #include "tests/windows/wine.h"
 
+#include <thread>
+
 using namespace tests;
 namespace fs = std::filesystem;
 
@@ -162,6 +164,22 @@ TEST_F(Tools, CopyBooks)
     ASSERT_EQ(0, RunThere("books", "sichern '@/geladen' '@/gesichert'", "/dev/null").Code);
     ASSERT_EQ(0, RunHere("books", "sichern '@/buecher' '@/gesichert'", "/dev/null").Code);
     ExpectSameFiles("gesichert");
+    // Postings of one account come in the order in which they were entered.
+    const std::string inOrder = " --tabelle bube --mandant 1 --jahr 1997 --schluessel 1";
+    ASSERT_EQ(0, RunThere("books", "sichern '@/geladen' '@/bube.seq'" + inOrder, "/dev/null").Code);
+    ASSERT_EQ(0, RunHere("books", "sichern '@/buecher' '@/bube.seq'" + inOrder, "/dev/null").Code);
+    EXPECT_EQ(TextOf(Here / "bube.seq"), TextOf(There / "bube.seq"));
+}
+
+TEST_F(Tools, CopyTablesThatLieOtherwise)
+{
+    MakeSample();
+    Run("'" WINDOWS_SUITES "/make_books.exe'", "loosen '" + ForWindows(There / "buecher/DB/1998") + "'");
+    const std::string show = "zeigen zahlziel --jahr 1998 --felder Nummer --csv ";
+    const Ended before = RunThere("books", show + "'@/buecher'", "/dev/null");
+    EXPECT_NE(std::string::npos, before.Output.find("\n1\n2\n3\n")) << before.Output << before.Errors;
+    ASSERT_EQ(0, RunThere("books", "kopie '@/buecher' '@/geladen'", "/dev/null").Code);
+    EXPECT_EQ(before.Output, RunThere("books", show + "'@/geladen'", "/dev/null").Output);
 }
 
 TEST_F(Tools, TellWhereBooksAreDamaged)
@@ -251,6 +269,32 @@ TEST_F(Tools, BookAndTellWhyNot)
         EXPECT_EQ(TextOf(Here / "gesichert"), TextOf(There / "gesichert")) << table;
         EXPECT_NE("", TextOf(There / "gesichert")) << table;
     }
+}
+
+TEST_F(Tools, HaveAPersonChoose)
+{
+    MakeSample();
+    const auto choose = [&](const std::string &person, const std::string &arguments) {
+        std::thread chooser([&] { Run(Built("stand_ins/chooser.exe"), person); });
+        Ended ended = RunThere("vark", "--config '@/buecher' waehlen " + arguments, "/dev/null");
+        chooser.join();
+        return ended;
+    };
+    const auto chosen = [&](const std::string &person, const std::string &arguments) {
+        const Ended ended = choose(person, arguments);
+        EXPECT_EQ("", ended.Errors);
+        EXPECT_EQ(0, ended.Code);
+        return ended.Output;
+    };
+    EXPECT_EQ("3\n", chosen("Mandantenauswahl", "mandant")) << "Atelier Lindblick, the first by name";
+    EXPECT_EQ("10010\n", chosen("Debitorenkontenauswahl", "konto --art 4"));
+    EXPECT_EQ("16\n", chosen("Stapelauswahl", "stapel"));
+    EXPECT_EQ("1\n", chosen("Zahlzielauswahl", "zahlungsziel --mandant 1"));
+    EXPECT_EQ("1\n", chosen("Kostenschablonenauswahl", "kostenschablone"));
+    const Ended cancelled = choose("Mandantenauswahl cancel", "mandant");
+    EXPECT_EQ(1, cancelled.Code);
+    EXPECT_EQ("", cancelled.Output);
+    EXPECT_EQ("vark: abgebrochen\n", cancelled.Errors);
 }
 
 TEST_F(Tools, WithoutIniFilesTheLibraryIsNotReady)

@@ -3,12 +3,14 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <poll.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -32,6 +34,19 @@ inline std::string TextOf(const std::filesystem::path &path)
 inline void PutText(const std::filesystem::path &path, const std::string &text)
 {
     std::ofstream(path) << text;
+}
+
+// Looks again and again, for half a minute at most, and leaves the processor to the others meanwhile. False
+// when it never was so.
+template <typename Condition> bool WaitUntil(const Condition &condition)
+{
+    constexpr int step_ms = 20;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        poll(nullptr, 0, step_ms);
+    }
+    return true;
 }
 
 // How a program has ended, and what it said, without carriage returns.

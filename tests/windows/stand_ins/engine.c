@@ -1,9 +1,12 @@
 /* w32mkde.exe: writes down how it was started, into engine.log beside itself, and does what engine.mode there
-   says: "write" sets a value in its settings and stays, "stay" only stays, "window" shows the engine's window
-   and stays until the file is gone; without the file it ends at once. */
+   says: "write" sets a value in its settings and stays, "below" sets one in a key of them and stays, "stay"
+   only stays, "window" shows the engine's window and stays until the file is gone, with engine.window beside
+   it for as long; without the file it ends at once. Where a host watches it, the log says more. */
 #include <stdio.h>
 #include <string.h>
 #include <windows.h>
+
+#include "watched.h"
 
 #define SETTINGS "SOFTWARE\\Btrieve Technologies\\Microkernel Workstation Engine\\Version  6.15\\Settings"
 #define STAY_MS  90000
@@ -19,16 +22,16 @@ static FILE *OpenBeside(const char *name, const char *mode)
     return fopen(path, mode);
 }
 
-static void WriteSetting(void)
+static void WriteSetting(const char *name)
 {
     HKEY key;
     const DWORD files = 20;
-    if (RegCreateKeyA(HKEY_LOCAL_MACHINE, SETTINGS, &key) != ERROR_SUCCESS) return;
+    if (RegCreateKeyA(HKEY_LOCAL_MACHINE, name, &key) != ERROR_SUCCESS) return;
     RegSetValueExA(key, "Max Files", 0, REG_DWORD, (const BYTE *)&files, sizeof files);
     RegCloseKey(key);
 }
 
-static void ShowEngineWindow(HINSTANCE instance)
+static HWND ShowEngineWindow(HINSTANCE instance)
 {
     WNDCLASSA made;
     memset(&made, 0, sizeof made);
@@ -36,7 +39,7 @@ static void ShowEngineWindow(HINSTANCE instance)
     made.hInstance = instance;
     made.lpszClassName = "BTI-MKDE";
     RegisterClassA(&made);
-    CreateWindowExA(0, "BTI-MKDE", "", WS_OVERLAPPED, 0, 0, 10, 10, NULL, NULL, instance, NULL);
+    return CreateWindowExA(0, "BTI-MKDE", "", WS_OVERLAPPED, 0, 0, 10, 10, NULL, NULL, instance, NULL);
 }
 
 static void StayWhileWanted(void)
@@ -49,10 +52,41 @@ static void StayWhileWanted(void)
     }
 }
 
+/* Whether this process has the file that the host keeps for it. */
+static int HasInherited(HANDLE shared)
+{
+    const char *text = MapViewOfFile(shared, FILE_MAP_READ, 0, 0, sizeof WATCHED_TEXT);
+    const int has = text != NULL && memcmp(text, WATCHED_TEXT, sizeof WATCHED_TEXT) == 0;
+    if (text != NULL) UnmapViewOfFile(text);
+    return has;
+}
+
+static void TellOfStart(const char *arguments)
+{
+    STARTUPINFOA startup;
+    char number[20] = "";
+    FILE *file = OpenBeside("engine.log", "ab");
+    GetStartupInfoA(&startup);
+    if (file == NULL) return;
+    fprintf(file, "start [%s] %s", arguments,
+            (startup.dwFlags & STARTF_USESHOWWINDOW) != 0 && startup.wShowWindow == SW_HIDE ? "hidden"
+                                                                                            : "shown");
+    if (GetEnvironmentVariableA(WATCHED_HANDLE, number, sizeof number) > 0) {
+        UINT_PTR shared = 0;
+        const char *digit;
+        for (digit = number; *digit != 0; ++digit) {
+            shared = shared * 10 + (UINT_PTR)(*digit - '0');
+        }
+        fprintf(file, " priority %lu %s", GetPriorityClass(GetCurrentProcess()),
+                HasInherited((HANDLE)shared) ? "inherits" : "apart");
+    }
+    fprintf(file, "\n");
+    fclose(file);
+}
+
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE before, LPSTR arguments, int show)
 {
     char mode[20] = "";
-    STARTUPINFOA startup;
     FILE *file;
     (void)before;
     (void)show;
@@ -63,26 +97,27 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE before, LPSTR arguments, int sh
         mode[fread(mode, 1, sizeof mode - 1, file)] = 0;
         fclose(file);
     }
-    GetStartupInfoA(&startup);
-    file = OpenBeside("engine.log", "ab");
-    if (file != NULL) {
-        const int hidden = (startup.dwFlags & STARTF_USESHOWWINDOW) != 0 && startup.wShowWindow == SW_HIDE;
-        fprintf(file, "start [%s] %s\n", arguments, hidden ? "hidden" : "shown");
-        fclose(file);
-    }
+    TellOfStart(arguments);
     if (strcmp(mode, "write") == 0 && arguments[0] != 0) {
-        WriteSetting();
+        WriteSetting(SETTINGS);
+        Sleep(STAY_MS);
+    } else if (strcmp(mode, "below") == 0 && arguments[0] != 0) {
+        WriteSetting(SETTINGS "\\Below");
         Sleep(STAY_MS);
     } else if (strcmp(mode, "stay") == 0 && arguments[0] != 0) {
         Sleep(STAY_MS);
     } else if (strcmp(mode, "window") == 0) {
-        ShowEngineWindow(instance);
+        HWND window = ShowEngineWindow(instance);
+        char path[MAX_PATH + 20];
         file = OpenBeside("engine.window", "w");
         if (file != NULL) fclose(file);
         StayWhileWanted();
-        return 0;
+        DestroyWindow(window);
+        wsprintfA(path, "%s\\engine.window", directory);
+        DeleteFileA(path);
+        return ENDED_BY_ITSELF;
     } else {
-        return 0;
+        return ENDED_BY_ITSELF;
     }
     /* Whoever stays is ended from outside; this line tells that nobody did. */
     file = OpenBeside("engine.log", "ab");
@@ -90,5 +125,5 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE before, LPSTR arguments, int sh
         fprintf(file, "end\n");
         fclose(file);
     }
-    return 0;
+    return ENDED_BY_ITSELF;
 }

@@ -1,7 +1,16 @@
 /* rs.dll with all entries of a report engine, in the convention CONVENTION: it takes every record, and its
    views are plain windows. */
+#include "part_state.h"
+
 #include <stdint.h>
 #include <windows.h>
+
+BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved)
+{
+    (void)module, (void)reserved;
+    if (reason == DLL_PROCESS_ATTACH) NoteState("VARK_STATE_BEFORE_REPORTS");
+    return TRUE;
+}
 
 int32_t CONVENTION RSOpenReport(const char *path, const char *id, int32_t reserved)
 {
