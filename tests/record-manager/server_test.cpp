@@ -252,6 +252,49 @@ TEST_F(OnServer, NothingIsServedFromMemoryAcrossOwnChangesLocksAndTransactions)
     EXPECT_EQ(seen(), value);
 }
 
+// While a transaction ends, it is asked whether what was read in other directories is still right.
+TEST_F(OnServer, WhatWasAskedForAheadIsNotServedAcrossTheBeginningOfATransaction)
+{
+    wbtrv::limits.ReadAhead_ms = 3600000; // so that only this ends it
+    const TempDirectory elsewhere;
+    const std::string path = elsewhere / "u.btr";
+    const OnT<Local> u{Me, 1};
+    ASSERT_EQ(Create(Me, path, DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Open(Me, path, 1).Status, BtrStatusOk);
+    ASSERT_EQ(u.Insert("c", "x", 3).Status, BtrStatusOk);
+    Threaded other;
+    const OnT<Threaded> theirs{other};
+    ASSERT_EQ(Open(other, path).Status, BtrStatusOk);
+    const auto seen = [&] {
+        const Answer answer = u.GetEqual("c");
+        int32_t number = 0;
+        memcpy(&number, answer.Data.data() + 16, sizeof number);
+        return number;
+    };
+    const auto post = [&](const char *name) {
+        ASSERT_EQ(Me({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        ASSERT_EQ(T.Insert(name, "y", 1).Status, BtrStatusOk);
+        ASSERT_EQ(Me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    };
+    EXPECT_EQ(seen(), 3);
+    post("p");
+    const uint64_t before = RoundTrips();
+    EXPECT_EQ(seen(), 3);
+    EXPECT_EQ(RoundTrips() - before, 1U) << "the answer that was on its way";
+    EXPECT_EQ(seen(), 3);
+    EXPECT_EQ(RoundTrips() - before, 1U);
+    post("q");
+    ASSERT_EQ(Name(theirs.GetEqual("c")), "c");
+    ASSERT_EQ(theirs.Update("c", "x", 4).Status, BtrStatusOk);
+    ASSERT_EQ(Me({.Operation = BtrOpBeginConcurrent}).Status, BtrStatusOk);
+    EXPECT_EQ(seen(), 4);
+    ASSERT_EQ(Me({.Operation = BtrOpEnd}).Status, BtrStatusOk);
+    // What is lost with its connection is asked for anew.
+    post("r");
+    EndAllConnections();
+    EXPECT_EQ(seen(), 4);
+}
+
 // Many records, so that those behind the ones that are served are on their way.
 struct OnLongTree : OnServer {
     static constexpr int Records = 6000;
