@@ -176,20 +176,26 @@ void ClearKept(Connection *connection)
 
 constexpr size_t longestStatement = 2048;
 
-void NameOf(Statement statement, char (&name)[16])
+// What a statement is called on the server.
+struct StatementName {
+    char Text[4];
+};
+static_assert(static_cast<size_t>(Statement::Count) <= 100);
+
+StatementName NameOf(Statement statement)
 {
-    snprintf(name, sizeof name, "w%u", static_cast<unsigned>(statement));
+    const auto number = static_cast<unsigned>(statement);
+    return {{'w', static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10), 0}};
 }
 
 int16_t PutPrepare(Connection *connection, Statement statement, Answer how)
 {
     char text[longestStatement];
-    char name[16];
-    NameOf(statement, name);
+    const StatementName name = NameOf(statement);
     if (!WriteStatement(TextOf(statement), connection->Of->Own->QuotedSchema, text, sizeof text))
         return BtrStatusIoError;
     if (!Append(connection, {Awaited::Kind::Prepare, statement, how})) return BtrStatusHandleTableFull;
-    if (PQsendPrepare(connection->Real, name, text, 0, nullptr) != 1) {
+    if (PQsendPrepare(connection->Real, name.Text, text, 0, nullptr) != 1) {
         connection->QueueCount--;
         return BtrStatusIoError;
     }
@@ -207,8 +213,7 @@ int16_t Put(Connection *connection, Statement statement, const Parameters &param
                        how == Answer::Coming || how == Answer::Change ? Answer::Ignored : Answer::Needed);
     if (status != BtrStatusOk) return status;
     if (!Append(connection, {Awaited::Kind::Statement, statement, how})) return BtrStatusHandleTableFull;
-    char name[16];
-    NameOf(statement, name);
+    const StatementName name = NameOf(statement);
     const char *values[mostParameters];
     int formats[mostParameters];
     for (int i = 0; i < parameters.Count; ++i) {
@@ -216,8 +221,8 @@ int16_t Put(Connection *connection, Statement statement, const Parameters &param
         values[i] = parameters.Data[i] != nullptr ? parameters.Data[i] : number;
         formats[i] = 1;
     }
-    if (PQsendQueryPrepared(connection->Real, name, parameters.Count, values, parameters.Sizes, formats, 1) ==
-        1)
+    if (PQsendQueryPrepared(connection->Real, name.Text, parameters.Count, values, parameters.Sizes, formats,
+                            1) == 1)
         return BtrStatusOk;
     connection->QueueCount--;
     return BtrStatusIoError;
