@@ -52,21 +52,32 @@ function(vark_precompiled_headers target)
     target_precompile_headers(${target} PRIVATE ${ARGN})
   endif()
 endfunction()
-# vark_joined_sources(target) has its sources compiled eight at a time: what they make of the same templates is most of the
-# work. Names of two sources' unnamed namespaces have to differ for it.
+# vark_joined_sources(target [count] [EXCEPT source …]) has its sources compiled sixteen, or `count`, at a time: the headers
+# that they all read and what they make of the same templates are most of the work. Names of two sources' unnamed namespaces
+# have to differ for it.
 function(vark_joined_sources target)
   if(NOT CMAKE_BUILD_TYPE STREQUAL Release OR WIN32)
     return()
   endif()
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  cmake_parse_arguments(arg "" "" "EXCEPT" ${ARGN})
+  set(count 16)
+  if(arg_UNPARSED_ARGUMENTS)
+    set(count ${arg_UNPARSED_ARGUMENTS})
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${count})
+  if(arg_EXCEPT)
+    set_source_files_properties(${arg_EXCEPT} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+  endif()
 endfunction()
 
-# A shared part under the name that the library looks for: vark_shared_part(wbtrv32 SOURCES … LIBRARIES …)
-# builds libwbtrv32.so from an object library of the name wbtrv32_objects, which tests may link as well.
+# A shared part under the name that the library looks for: vark_shared_part(wbtrv32 SOURCES … [ALIKE …] LIBRARIES …)
+# builds libwbtrv32.so from an object library of the name wbtrv32_objects, which tests may link as well. ALIKE names those
+# of the sources whose functions have the same names.
 function(vark_shared_part name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "" "" "SOURCES;ALIKE;LIBRARIES" ${ARGN})
   add_library(${name}_objects OBJECT ${arg_SOURCES})
   target_link_libraries(${name}_objects PRIVATE vark_part PUBLIC ${arg_LIBRARIES})
+  vark_joined_sources(${name}_objects EXCEPT ${arg_ALIKE})
   add_library(${name} SHARED)
   target_link_libraries(${name} PRIVATE vark_part ${name}_objects)
 endfunction()

@@ -48,7 +48,8 @@ CLI::Validator OneOf(const std::vector<std::string> &words)
         "");
 }
 
-// One for each kind of target.
+// One for each kind of target. Values come as texts and are converted here: what the parser's own templates
+// make of each type takes long to compile.
 struct Adding {
     CLI::App &To;
     const Option &From;
@@ -60,23 +61,35 @@ struct Adding {
     }
     CLI::Option *operator()(const std::function<void(const std::string &)> &target) const
     {
-        return To.add_option_function<std::string>(From.Name, target);
+        return To.add_option(From.Name, CLI::callback_t([target](const CLI::results_t &texts) {
+                                 target(texts[0]);
+                                 return true;
+                             }));
+    }
+    CLI::Option *operator()(std::string *target) const
+    {
+        return (*this)([target](const std::string &text) { *target = text; });
+    }
+    CLI::Option *operator()(std::filesystem::path *target) const
+    {
+        return (*this)([target](const std::string &text) { *target = PathOfText(text); });
     }
     CLI::Option *operator()(std::vector<std::string> *target) const
     {
-        CLI::Option *option = To.add_option(From.Name, *target);
+        CLI::Option *option = To.add_option(From.Name, CLI::callback_t([target](const CLI::results_t &texts) {
+                                                *target = texts;
+                                                return true;
+                                            }));
+        option->expected(CLI::detail::expected_max_vector_size);
         if (From.Separator != 0) return option->delimiter(From.Separator);
         if (IsPlace(From)) return option;
         return option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     }
-    CLI::Option *operator()(std::filesystem::path *target) const
+    template <typename Number> CLI::Option *operator()(Number *target) const
     {
-        return To.add_option_function<std::string>(
-            From.Name, [target](const std::string &text) { *target = PathOfText(text); });
-    }
-    template <typename Value> CLI::Option *operator()(Value *target) const
-    {
-        return To.add_option(From.Name, *target);
+        return To.add_option(From.Name, CLI::callback_t([target](const CLI::results_t &texts) {
+                                 return CLI::detail::lexical_cast(texts[0], *target);
+                             }));
     }
 };
 
