@@ -1,6 +1,7 @@
 #include "tools/books/load.h"
 
 #include "tools/books/installation_files.h"
+#include "tools/books/load_places.h"
 #include "tools/books/place.h"
 #include "tools/books/sequential.h"
 #include "tools/books/server.h"
@@ -276,20 +277,6 @@ void Loader::FindJobs(const fs::path &from, int mandant)
     }
 }
 
-// A data path or one of its directories gets new content beside itself and changes places with it.
-fs::path BesideOf(const fs::path &data) { return data.parent_path(); }
-
-void MakeYearTables(const fs::path &directory)
-{
-    const TableLayout &first = LayoutOf(vark::TableSako);
-    CreateTable(first, directory);
-    TableFile held(first, directory, OpenMode::Accelerated);
-    for (const TableLayout &layout : Tables()) {
-        if (IsYearTable(layout) && layout.Id != first.Id) CreateTable(layout, directory);
-    }
-    held.Close();
-}
-
 // Years that come with any table have all of them.
 void MakeYearDirectories(const std::vector<Job> &jobs, const fs::path &data)
 {
@@ -298,54 +285,6 @@ void MakeYearDirectories(const std::vector<Job> &jobs, const fs::path &data)
         fs::create_directory(data / job.Directory);
         MakeYearTables(data / job.Directory);
     }
-}
-
-// What else lies in a directory of books: nothing that the record manager owns.
-void CopyOtherFiles(const fs::path &from, const fs::path &to)
-{
-    for (const fs::directory_entry &entry : fs::directory_iterator(from)) {
-        const std::string name = entry.path().filename().string();
-        if (name.starts_with("books.mdb")) continue;
-        int year = 0;
-        int mandant = 0;
-        if (entry.is_directory() && ParseYearDirectory(name, year, mandant)) continue;
-        CopyFiles(entry.path(), to / entry.path().filename(),
-                  fs::copy_options::recursive | fs::copy_options::copy_symlinks);
-    }
-}
-
-// The years of all Mandanten but one.
-void CopyYears(const fs::path &data, const fs::path &to, int butMandant)
-{
-    for (const std::string &name : YearDirectories(data)) {
-        int year = 0;
-        int mandant = 0;
-        ParseYearDirectory(name, year, mandant);
-        if (mandant == butMandant || !HasBooks(data / name)) continue;
-        fs::create_directory(to / name);
-        CopyOtherFiles(data / name, to / name);
-        CopyStore(data / name, to / name);
-    }
-}
-
-// The data path of the books that lie in a directory; empty where there are none.
-fs::path BooksIn(const fs::path &directory)
-{
-    if (!fs::is_directory(directory) || fs::is_empty(directory)) return {};
-    try {
-        return fs::canonical(DataPathOf(directory));
-    } catch (const std::runtime_error &) {
-        return {};
-    }
-}
-
-void RemoveCompany(const fs::path &data, int mandant)
-{
-    TableFile fista(LayoutOf(vark::TableFista), data, OpenMode::Normal);
-    vark::FistaRecord company;
-    const auto number = static_cast<int16_t>(mandant);
-    if (fista.Equal(&company, &number, 0)) fista.Delete();
-    fista.Close();
 }
 
 // The same on a server, where the other Mandanten's schemas are not touched.
