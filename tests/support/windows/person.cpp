@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <mutex>
+#include <utility>
 
 namespace vark::test {
 
@@ -44,6 +45,7 @@ struct Played {
 thread_local Played *played; // null when there are none
 thread_local UINT_PTR timer;
 thread_local bool holdsModifiers;
+thread_local HWND busy; // with what the person did to it: the next line may be for a box that is not up yet
 
 // ---- Lines ----
 
@@ -160,11 +162,13 @@ void KeepFromAccepting()
 }
 
 // Does what a line comes to. Returns whether the next one may follow at once.
-bool Perform(const std::string &line, const Step &step)
+bool Perform(HWND top, const std::string &line, const Step &step)
 {
     LogLine(line);
     if (!step.Act) return true;
+    HWND const outer = std::exchange(busy, top);
     step.Act();
+    busy = outer;
     return false;
 }
 
@@ -176,7 +180,7 @@ bool PlayNext(HWND top)
         return false;
     }
     const Step step = StepOf(top, *line);
-    if (step.Failure.empty()) return Perform(std::string(*line), step);
+    if (step.Failure.empty()) return Perform(top, std::string(*line), step);
     played->FailedLine = played->List.Next;
     played->Failure = step.Failure;
     KeepFromAccepting();
@@ -215,7 +219,7 @@ bool PlayScript(HWND top)
         return true;
     }
     const Step step = StepOf(top, *line);
-    if (step.Failure.empty()) return Perform(std::string(*line), step);
+    if (step.Failure.empty()) return Perform(top, std::string(*line), step);
     const std::string complaint = "script: line " + std::to_string(script.List.Next) + ": " + step.Failure;
     FallBackToHeadless();
     WriteToStandardError(complaint);
@@ -248,7 +252,7 @@ void CALLBACK Look(HWND, UINT, UINT_PTR, DWORD)
     LogNew();
     for (;;) {
         HWND const top = Topmost();
-        if (top == nullptr) return;
+        if (top == nullptr || top == busy) return;
         const FrontEnd chosen = Chosen();
         if (IsPlayed()) {
             if (!PlayNext(top)) return;
