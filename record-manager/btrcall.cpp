@@ -192,6 +192,20 @@ int16_t Carry(Client *client, uint16_t code, Call *call)
     return status;
 }
 
+// Each export has it within itself: one that called the other would do so by way of the loader.
+inline int16_t CarryCall(Client *client, uint16_t operation, void *positionBlock, void *data,
+                         uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber)
+{
+    Call call{};
+    call.PositionBlock = positionBlock;
+    call.Data = static_cast<uint8_t *>(data);
+    call.DataLength = dataLength;
+    call.Key = static_cast<uint8_t *>(key);
+    call.KeyLength = keyLength;
+    call.KeyNumber = keyNumber;
+    return Carry(client, operation, &call);
+}
+
 } // namespace
 
 } // namespace wbtrv
@@ -199,7 +213,7 @@ int16_t Carry(Client *client, uint16_t code, Call *call)
 int16_t BTR_CALL BTRCALL(uint16_t operation, void *positionBlock, void *data, uint32_t *dataLength, void *key,
                          uint8_t keyLength, int8_t keyNumber)
 {
-    return BtrCallOf(nullptr, operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
+    return wbtrv::CarryCall(nullptr, operation, positionBlock, data, dataLength, key, keyLength, keyNumber);
 }
 
 BtrClient *BTR_CALL BtrMakeClient() { return reinterpret_cast<BtrClient *>(wbtrv::MakeClient()); }
@@ -213,12 +227,6 @@ void BTR_CALL BtrEndClient(BtrClient *client)
 int16_t BTR_CALL BtrCallOf(BtrClient *client, uint16_t operation, void *positionBlock, void *data,
                            uint32_t *dataLength, void *key, uint8_t keyLength, int8_t keyNumber)
 {
-    wbtrv::Call call{};
-    call.PositionBlock = positionBlock;
-    call.Data = static_cast<uint8_t *>(data);
-    call.DataLength = dataLength;
-    call.Key = static_cast<uint8_t *>(key);
-    call.KeyLength = keyLength;
-    call.KeyNumber = keyNumber;
-    return wbtrv::Carry(reinterpret_cast<wbtrv::Client *>(client), operation, &call);
+    return wbtrv::CarryCall(reinterpret_cast<wbtrv::Client *>(client), operation, positionBlock, data,
+                            dataLength, key, keyLength, keyNumber);
 }
