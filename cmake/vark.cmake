@@ -52,19 +52,14 @@ function(vark_precompiled_headers target)
     target_precompile_headers(${target} PRIVATE ${ARGN})
   endif()
 endfunction()
-# vark_joined_sources(target [count] [EXCEPT source …]) has its sources compiled sixteen, or `count`, at a time: the headers
-# that they all read and what they make of the same templates are most of the work. Names of two sources' unnamed namespaces
+# vark_joined_sources(target [EXCEPT source …]) has its sources compiled sixteen at a time: the headers that they all read and what they make of the same templates are most of the work. Names of two sources' unnamed namespaces
 # have to differ for it.
 function(vark_joined_sources target)
   if(NOT CMAKE_BUILD_TYPE STREQUAL Release OR WIN32)
     return()
   endif()
   cmake_parse_arguments(arg "" "" "EXCEPT" ${ARGN})
-  set(count 16)
-  if(arg_UNPARSED_ARGUMENTS)
-    set(count ${arg_UNPARSED_ARGUMENTS})
-  endif()
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${count})
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
   if(arg_EXCEPT)
     set_source_files_properties(${arg_EXCEPT} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   endif()
