@@ -52,8 +52,9 @@ function(vark_precompiled_headers target)
     target_precompile_headers(${target} PRIVATE ${ARGN})
   endif()
 endfunction()
-# vark_joined_sources(target [EXCEPT source …]) has its sources compiled sixteen at a time: the headers that they all read and what they make of the same templates are most of the work. Names of two sources' unnamed namespaces
-# have to differ for it.
+# vark_joined_sources(target [EXCEPT source …]) has its sources compiled sixteen at a time: the headers that they all read
+# and what they make of the same templates are most of the work. Names of two sources' unnamed namespaces have to differ
+# for it.
 function(vark_joined_sources target)
   if(NOT CMAKE_BUILD_TYPE STREQUAL Release OR WIN32)
     return()
