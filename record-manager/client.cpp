@@ -226,18 +226,29 @@ void ReleaseClientFile(ClientFile *file)
     std::free(file);
 }
 
+namespace {
+
+// The snapshot of a client that Holds, taken at its first use of the directory.
+int16_t HoldView(ClientStore *store)
+{
+    const StoreFunctions &functions = *store->Books->Do;
+    if (store->Snapshot != nullptr && functions.IsOpen(*store->Snapshot)) return BtrStatusOk;
+    const int16_t status = functions.BeginSnapshot(store->Books, &store->Snapshot);
+    if (status != BtrStatusOk || functions.HoldSnapshot == nullptr) return status;
+    return functions.HoldSnapshot(store->Snapshot);
+}
+
+} // namespace
+
 int16_t BeginView(ClientStore *store, View **view)
 {
     if (store->Pending != nullptr) {
         *view = store->Books->Do->ViewOf(store->Pending);
         return store->Broken;
     }
-    const StoreFunctions &functions = *store->Books->Do;
-    const bool held = store->Owner->Holds && store->Snapshot != nullptr && functions.IsOpen(*store->Snapshot);
-    int16_t status = BtrStatusOk;
-    if (!held) status = functions.BeginSnapshot(store->Books, &store->Snapshot);
-    if (!held && store->Owner->Holds && status == BtrStatusOk && functions.HoldSnapshot != nullptr)
-        status = functions.HoldSnapshot(store->Snapshot);
+    const int16_t status = store->Owner->Holds
+                               ? HoldView(store)
+                               : store->Books->Do->BeginSnapshot(store->Books, &store->Snapshot);
     *view = store->Snapshot;
     return status;
 }

@@ -58,6 +58,21 @@ int16_t OpenTrees(MDB_txn *transaction, uint32_t number, size_t keys, unsigned *
     return BtrStatusOk;
 }
 
+void CloseTrees(File *file)
+{
+    for (unsigned &tree : file->Trees) {
+        tree = noTree;
+    }
+}
+
+int16_t NeedTrees(MDB_txn *transaction, File *file)
+{
+    if (HasTrees(*file)) return BtrStatusOk;
+    const int16_t status = OpenTrees(transaction, file->Number, file->Layout.KeyCount, file->Trees);
+    if (status != BtrStatusOk) CloseTrees(file);
+    return status;
+}
+
 namespace {
 
 int16_t LoadDefinition(const View &view, uint32_t number, Definition *definition)
@@ -68,22 +83,6 @@ int16_t LoadDefinition(const View &view, uint32_t number, Definition *definition
     if (status != BtrStatusOk) return status;
     status = ParseDefinition(value.Data, value.Size, definition);
     return status == BtrStatusOk ? BtrStatusOk : BtrStatusForeignFile;
-}
-
-// A tree's handle is made in a transaction of its own, since it reaches the others only by a commit.
-int16_t OpenTreesForAll(Store *store, uint32_t number, size_t keys, unsigned *trees)
-{
-    View *view = nullptr;
-    int16_t status = BeginSnapshot(store, &view);
-    if (status != BtrStatusOk) return status;
-    status = LookAtTree(*view, view->Main);
-    if (status == BtrStatusOk) status = OpenTrees(view->Transaction, number, keys, trees);
-    if (status == BtrStatusOk) {
-        status = StatusOf(Guarded<mdb_txn_commit>(view->Transaction));
-        view->Transaction = nullptr;
-    }
-    EndSnapshot(view);
-    return status;
 }
 
 // Forgets files of the name that another process has replaced, and their trees' handles with them.
@@ -107,17 +106,14 @@ int16_t LoadFile(const View &view, uint32_t number, const char *name, File **out
 {
     auto *file = static_cast<File *>(std::calloc(1, sizeof(File)));
     if (file == nullptr) return BtrStatusHandleTableFull;
+    file->Number = number;
+    CloseTrees(file);
     int16_t status = LoadDefinition(view, number, &file->Layout);
-    if (status == BtrStatusOk) {
-        const size_t keys = file->Layout.KeyCount;
-        status = view.Writing ? OpenTrees(view.Transaction, number, keys, file->Trees)
-                              : OpenTreesForAll(view.Of, number, keys, file->Trees);
-    }
+    if (status == BtrStatusOk && !view.Writing) status = OpenTreesToRead(view, file);
     if (status != BtrStatusOk) {
         std::free(file);
         return status;
     }
-    file->Number = number;
     file->Do = view.Of->Do;
     std::memcpy(file->Name, name, strnlen(name, BtrPathSize));
     *out = file;
@@ -146,6 +142,8 @@ int16_t AcquireFileIn(View *view, const char *name, File **out)
         file->Next = store->Files;
         store->Files = file;
     }
+    if (view->Writing) status = NeedTrees(view->Transaction, file);
+    if (status != BtrStatusOk) return status;
     file->Uses++;
     *out = file;
     return BtrStatusOk;
@@ -291,21 +289,11 @@ int16_t CreateFile(Writer *writer, const char *name, const Definition &definitio
     return status;
 }
 
-namespace {
-
-// No tree has this number; the store refuses it.
-constexpr unsigned noTree = UINT32_MAX;
-
-} // namespace
-
 void ForgetTrees(Store *store, uint32_t last)
 {
     pthread_mutex_lock(&store->Mutex);
     for (File *file = store->Files; file != nullptr; file = file->Next) {
-        if (file->Number <= last) continue;
-        for (unsigned &tree : file->Trees) {
-            tree = noTree;
-        }
+        if (file->Number > last) CloseTrees(file);
     }
     pthread_mutex_unlock(&store->Mutex);
 }
@@ -316,10 +304,7 @@ int16_t RenewTrees(Writer *writer, uint32_t last)
     int16_t status = BtrStatusOk;
     pthread_mutex_lock(&store->Mutex);
     for (File *file = store->Files; file != nullptr && status == BtrStatusOk; file = file->Next) {
-        if (file->Number > last) {
-            const size_t keys = file->Layout.KeyCount;
-            status = OpenTrees(writer->Seen.Transaction, file->Number, keys, file->Trees);
-        }
+        if (file->Number > last) status = NeedTrees(writer->Seen.Transaction, file);
     }
     pthread_mutex_unlock(&store->Mutex);
     return status;

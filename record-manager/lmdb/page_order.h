@@ -28,8 +28,7 @@ inline constexpr size_t mostSplits = 32;
 inline constexpr size_t splitKeySize = 264;
 struct SplitLeaf {
     uint32_t File;
-    uint32_t Tree;   // of the file
-    unsigned Number; // the store's
+    uint32_t Tree; // of the file
     size_t Size;
     alignas(uint32_t) uint8_t Key[splitKeySize];
 };

@@ -123,7 +123,7 @@ struct Environment {
     Writer Writing;
     uint64_t Transactions; // that the writer has begun in this process
     LookedAt *Trees;       // by the store's own number of a tree
-    uint32_t KnownFile;    // the trees of files up to this number are open
+    uint32_t KnownFile;    // on Windows: the trees of files up to this number are open
     uint64_t OrderDue;     // number of the transaction that is to look after the order of pages
     SplitLeaves Splits;
     bool TreesDropped; // by the write transaction under way
@@ -190,8 +190,14 @@ uint64_t PagesOf(const Writer &writer, unsigned tree);
 
 // How many keys a file has; 4 when there is no such file (any more).
 int16_t ReadKeyCount(View *view, uint32_t number, size_t *keys);
+// No tree has this number; the store refuses it.
+inline constexpr unsigned noTree = UINT32_MAX;
 // Opens the trees of a file of `keys` keys.
 int16_t OpenTrees(MDB_txn *transaction, uint32_t number, size_t keys, unsigned *trees);
+// Opens a file's trees where they are not open. 30 when one is missing.
+int16_t NeedTrees(MDB_txn *transaction, File *file);
+void CloseTrees(File *file);
+inline bool HasTrees(const File &file) { return file.Trees[recordTree] != noTree; }
 
 // ---- reading.cpp ----
 
@@ -285,16 +291,23 @@ int16_t PrepareToWrite(Store *store);
 // The status of a commit that failed. Only the holder of the gate may ask.
 int16_t StatusOfCommit(Store *store, int error);
 
+// ---- trees.cpp ----
+
+// The store numbers the trees that it has open, and goes through all of them at the beginning and end of each
+// transaction. On Linux only the writer has use for them. Store::Mutex is held.
+
+// Before somebody reads in a file that was just found. 0; 30 when a tree is missing, or a failure.
+int16_t OpenTreesToRead(const View &view, File *file);
+// Before the writer begins.
+int16_t OpenTreesToWrite(Store *store);
+// After its transaction was undone: trees that it has opened are closed, and the handles of those that it has
+// dropped do not come back with them. Takes Store::Mutex.
+void CloseUndoneTrees(Store *store);
+
 // ---- gave_up.cpp ----
 
 // The store gave up on itself, since it could not write the page that makes a transaction final; others
 // go on from the transaction before. Makes it do the same, where its form is known.
 void GoOn(Environment *environment);
-
-// ---- writing.cpp ----
-
-// Opens the trees of all files up to a number; those that were replaced have none. Store::Mutex is held,
-// and no write transaction has made trees that its commit did not bring to the others.
-int16_t OpenAllTrees(Store *store, uint32_t last);
 
 } // namespace wbtrv

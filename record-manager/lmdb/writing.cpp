@@ -7,30 +7,6 @@
 
 namespace wbtrv {
 
-int16_t OpenAllTrees(Store *store, uint32_t last)
-{
-    Environment *own = store->Own;
-    View *view = nullptr;
-    int16_t status = BeginSnapshot(store, &view);
-    if (status != BtrStatusOk) return status;
-    status = LookAtTree(*view, view->Main);
-    for (uint32_t number = own->KnownFile + 1; number <= last && status == BtrStatusOk; ++number) {
-        size_t keys = 0;
-        unsigned trees[1 + BtrMaxKeys];
-        status = ReadKeyCount(view, number, &keys);
-        if (status == BtrStatusOk) status = OpenTrees(view->Transaction, number, keys, trees);
-        if (status == BtrStatusKeyNotFound) status = BtrStatusOk;
-    }
-    // Handles of trees reach other transactions only by a commit.
-    if (status == BtrStatusOk) {
-        status = StatusOf(Guarded<mdb_txn_commit>(view->Transaction));
-        view->Transaction = nullptr;
-    }
-    EndSnapshot(view);
-    if (status == BtrStatusOk) own->KnownFile = last;
-    return status;
-}
-
 namespace {
 
 // Whatever the store looks at of itself: its lists of free pages, and the catalogue, where it tells of trees.
@@ -44,28 +20,23 @@ int16_t LookAtOwn(Store *store, MDB_txn *transaction)
     return lists == BtrStatusOk ? LookAtTree(seen, seen.Main) : lists;
 }
 
-// A write transaction knows the trees that were open when it began, and one opened later would get the number
-// of another. So all there are are opened before; as long as the gate is held, no process makes new ones.
-int16_t BeginWithAllTrees(Store *store)
+int16_t Begin(Store *store)
 {
     Environment *own = store->Own;
-    for (;;) {
-        MDB_txn *transaction = nullptr;
-        const int error = mdb_txn_begin(own->Real, nullptr, 0, &transaction);
-        if (error == MDB_PANIC) store->Own->Dead = true;
-        if (error != 0) return StatusOf(error);
-        int16_t status = LookAtOwn(store, transaction);
-        uint32_t last = 0;
-        if (status == BtrStatusOk) status = ReadLastFile(&own->Writing.Seen, &last);
-        if (status == BtrStatusOk && last <= own->KnownFile) {
-            ++own->Transactions;
-            WriteSums(own);
-            return BtrStatusOk;
-        }
+    int16_t status = OpenTreesToWrite(store);
+    if (status != BtrStatusOk) return status;
+    MDB_txn *transaction = nullptr;
+    const int error = mdb_txn_begin(own->Real, nullptr, 0, &transaction);
+    if (error == MDB_PANIC) own->Dead = true;
+    if (error != 0) return StatusOf(error);
+    status = LookAtOwn(store, transaction);
+    if (status != BtrStatusOk) {
         Guarded<mdb_txn_abort>(transaction);
-        if (status == BtrStatusOk) status = OpenAllTrees(store, last);
-        if (status != BtrStatusOk) return status;
+        return status;
     }
+    ++own->Transactions;
+    WriteSums(own);
+    return BtrStatusOk;
 }
 
 // A transaction that cannot even be aborted keeps the writer's place until the books are closed.
@@ -112,11 +83,11 @@ int16_t BeginWriter(Store *store, Writer **writer)
         mdb_reader_check(own->Real, &dead);
     }
     pthread_mutex_lock(&store->Mutex);
-    status = BeginWithAllTrees(store);
+    status = Begin(store);
     if (status == BtrStatusOk && !OrderPages(store, &own->Writing)) {
         AbortTransaction(store, own->Writing.Seen.Transaction);
         LeaveWriter(&own->Writing);
-        status = BeginWithAllTrees(store);
+        status = Begin(store);
     }
     pthread_mutex_unlock(&store->Mutex);
     if (status == BtrStatusOk) *writer = &own->Writing;
@@ -134,18 +105,17 @@ int16_t CommitWriter(Writer *writer)
     if (error == brokenStore) AbortTransaction(store, writer->Seen.Transaction);
     LeaveWriter(writer);
     if (error == 0) return BtrStatusOk;
-    if (own->TreesDropped) own->KnownFile = 0;
+    CloseUndoneTrees(store);
     GoOn(own);
     return StatusOfCommit(store, error);
 }
 
 void AbortWriter(Writer *writer)
 {
-    Environment *own = writer->Seen.Of->Own;
-    AbortTransaction(writer->Seen.Of, writer->Seen.Transaction);
+    Store *store = writer->Seen.Of;
+    AbortTransaction(store, writer->Seen.Transaction);
     LeaveWriter(writer);
-    // The trees that it has dropped are back, their handles are not.
-    if (own->TreesDropped) own->KnownFile = 0;
+    CloseUndoneTrees(store);
 }
 
 int16_t SetLoading(Store *store, bool loading)

@@ -131,12 +131,12 @@ bool MoveLeaf(MDB_txn *writer, unsigned tree, MDB_val key, size_t pageSize)
     return error == 0;
 }
 
-bool MoveLeafAt(const Writer &writer, const SplitLeaf &split, const Place &place)
+bool MoveLeafAt(const Writer &writer, unsigned tree, const Place &place)
 {
     Bytes key;
     Bytes ignored;
     if (EntryAt(writer.Seen, place, &key, &ignored) != BtrStatusOk) return true;
-    return MoveLeaf(writer.Seen.Transaction, split.Number, ToVal(key), writer.Seen.Of->Own->PageSize);
+    return MoveLeaf(writer.Seen.Transaction, tree, ToVal(key), writer.Seen.Of->Own->PageSize);
 }
 
 // Which of the leaves will still grow is not known; that one is moved by its next change anyway.
@@ -150,12 +150,15 @@ bool MoveLeavesAt(const Writer &writer, const SplitLeaf &split)
     if (LookAround(base, place.Tree, key, Side::AtOrAfter) != BtrStatusOk) return true;
     int16_t status = PlaceAt(base, key, Side::AtOrAfter, place);
     if (status == BtrStatusEndOfFile) status = PlaceAt(base, {}, Side::Last, place);
-    if (status != BtrStatusOk) return true;
-    if (!MoveLeafAt(writer, split, place)) return false;
+    MDB_dbi tree = 0;
+    if (status != BtrStatusOk ||
+        mdb_dbi_open(base.Transaction, KeyOfTree(split.File, split.Tree).Text, 0, &tree) != 0)
+        return true;
+    if (!MoveLeafAt(writer, tree, place)) return false;
     Place next = place;
-    if (PlaceLeaf(base, true, next) == BtrStatusOk && !MoveLeafAt(writer, split, next)) return false;
+    if (PlaceLeaf(base, true, next) == BtrStatusOk && !MoveLeafAt(writer, tree, next)) return false;
     for (size_t i = 0; i < leavesBefore && PlaceLeaf(base, false, place) == BtrStatusOk; ++i) {
-        if (!MoveLeafAt(writer, split, place)) return false;
+        if (!MoveLeafAt(writer, tree, place)) return false;
     }
     return true;
 }
@@ -200,7 +203,6 @@ void NoteSplit(SplitLeaves *splits, const File &file, size_t tree, Bytes key)
     SplitLeaf &split = splits->At[splits->Count++];
     split.File = file.Number;
     split.Tree = static_cast<uint32_t>(tree);
-    split.Number = file.Trees[tree];
     split.Size = key.Size;
     std::memcpy(split.Key, key.Data, key.Size);
 }

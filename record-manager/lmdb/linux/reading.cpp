@@ -21,10 +21,8 @@ bool CopyMeta(const Environment &own, uint64_t number, MetaPage *meta)
 
 int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *view)
 {
-    const bool same = view->Of == store && view->Number == number && view->Transaction == transaction;
     view->Of = store;
     view->Transaction = transaction;
-    if (same) return BtrStatusOk;
     MetaPage meta;
     view->Number = UINT64_MAX;
     if (!CopyMeta(*store->Own, number, &meta)) return damaged;
@@ -66,39 +64,46 @@ bool IsStillNewest(const View &view, uint64_t number)
 int16_t Renew(Store *store, View *view)
 {
     for (unsigned attempt = 0;; ++attempt) {
-        int16_t status = BeginTransaction(store, view);
+        const int16_t status = BeginTransaction(store, view);
         if (status != BtrStatusOk) return status;
         const uint64_t number = mdb_txn_id(view->Transaction);
-        status = ReadHeads(store, view->Transaction, number, view);
-        if (status == BtrStatusOk && (store->Own->Summed || IsStillNewest(*view, number))) return status;
-        status = damaged;
+        const bool known = view->Of == store && view->Number == number;
+        const bool read = known || ReadHeads(store, view->Transaction, number, view) == BtrStatusOk;
+        if (read && (store->Own->Summed || IsStillNewest(*view, number))) {
+            view->Open = true;
+            return BtrStatusOk;
+        }
         view->Number = UINT64_MAX;
         mdb_txn_reset(view->Transaction);
-        if (attempt == mostAttempts) return status;
+        if (attempt == mostAttempts) return damaged;
     }
+}
+
+int16_t MakeSnapshot(Store *store, View **snapshot)
+{
+    View *made = store->Own->Spare.exchange(nullptr);
+    if (made == nullptr) made = static_cast<View *>(std::calloc(1, sizeof(View)));
+    if (made == nullptr) return BtrStatusHandleTableFull;
+    const int16_t status = Renew(store, made);
+    if (status == BtrStatusOk) {
+        *snapshot = made;
+    } else {
+        FreeSnapshot(made);
+    }
+    return status;
 }
 
 } // namespace
 
 int16_t BeginSnapshot(Store *store, View **snapshot)
 {
-    const bool made = *snapshot == nullptr;
-    if (made) *snapshot = store->Own->Spare.exchange(nullptr);
-    if (*snapshot == nullptr) *snapshot = static_cast<View *>(std::calloc(1, sizeof(View)));
-    if (*snapshot == nullptr) return BtrStatusHandleTableFull;
-    const int16_t status = Renew(store, *snapshot);
-    (*snapshot)->Open = status == BtrStatusOk;
-    if (status != BtrStatusOk && made) {
-        FreeSnapshot(*snapshot);
-        *snapshot = nullptr;
-    }
-    return status;
+    return *snapshot == nullptr ? MakeSnapshot(store, snapshot) : Renew(store, *snapshot);
 }
 
 void ResetSnapshot(View *snapshot)
 {
-    mdb_txn_reset(snapshot->Transaction);
     snapshot->Open = false;
+    mdb_txn_reset(snapshot->Transaction);
 }
 
 int16_t HoldSnapshot(View *) { return BtrStatusOk; }

@@ -1,6 +1,7 @@
 // Reading, with the cursors of the store: in snapshots and in what the writer has made alike.
 #include "record-manager/lmdb/private.h"
 #include "record-manager/lmdb/windows/growth.h"
+#include "record-manager/lmdb/windows/trees.h"
 
 #include <cstdlib>
 
@@ -78,7 +79,7 @@ void ResetSnapshot(View *snapshot)
     LeaveMap(snapshot->Of->Own);
 }
 
-// A transaction knows the trees that were open when it began, so all of them are before it is held.
+// While it is held files may be opened whose trees it has to know.
 int16_t HoldSnapshot(View *snapshot)
 {
     Store *store = snapshot->Of;
