@@ -73,7 +73,8 @@ struct Place {
 };
 
 struct Cursor {
-    Place At;         // in a snapshot
+    Place At; // in a snapshot, or in a tree that the writer found Unchanged
+    bool Unchanged;
     MDB_cursor *Real; // in the writer
     Writer *By;
     const File *In;

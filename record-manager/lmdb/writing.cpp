@@ -171,6 +171,7 @@ int16_t Add(Cursor *cursor, Bytes key, Bytes value)
     if (status != BtrStatusOk) return status;
     MDB_val newKey = ToVal(key);
     MDB_val newValue = ToVal(value);
+    cursor->Unchanged = false;
     const unsigned number = cursor->In->Trees[cursor->Tree];
     const uint64_t pages = PagesOf(*writer, number);
     const int error = Guarded<mdb_cursor_put>(cursor->Real, &newKey, &newValue, MDB_NOOVERWRITE);

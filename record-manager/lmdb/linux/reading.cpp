@@ -177,7 +177,12 @@ int16_t GiveEntry(const View &view, int error, const MDB_val &foundKey, const MD
     return LookAtValue(view, *key, *value);
 }
 
-int16_t MoveInWriter(const View &view, Cursor *cursor, MDB_cursor_op where, Bytes *key, Bytes *value)
+int16_t GivePlace(const View &view, int16_t status, const Place &place, Bytes *key, Bytes *value)
+{
+    return status == BtrStatusOk ? EntryAt(view, place, key, value) : status;
+}
+
+int16_t MoveReal(const View &view, Cursor *cursor, MDB_cursor_op where, Bytes *key, Bytes *value)
 {
     MDB_val foundKey;
     MDB_val foundValue;
@@ -185,7 +190,7 @@ int16_t MoveInWriter(const View &view, Cursor *cursor, MDB_cursor_op where, Byte
     return GiveEntry(view, error, foundKey, foundValue, key, value);
 }
 
-int16_t SeekInWriter(const View &view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value)
+int16_t SeekReal(const View &view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value)
 {
     const int16_t status = LookInWriter(cursor->By, *cursor->In, cursor->Tree, bound, side);
     if (status != BtrStatusOk) return status;
@@ -193,22 +198,36 @@ int16_t SeekInWriter(const View &view, Cursor *cursor, Bytes bound, Side side, B
     MDB_val foundValue;
     int error = 0;
     switch (side) {
-    case Side::First: return MoveInWriter(view, cursor, MDB_FIRST, key, value);
-    case Side::Last: return MoveInWriter(view, cursor, MDB_LAST, key, value);
+    case Side::First: return MoveReal(view, cursor, MDB_FIRST, key, value);
+    case Side::Last: return MoveReal(view, cursor, MDB_LAST, key, value);
     case Side::AtOrAfter:
         error = Guarded<mdb_cursor_get>(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE);
         break;
     case Side::Before:
         error = Guarded<mdb_cursor_get>(cursor->Real, &foundKey, &foundValue, MDB_SET_RANGE);
         if (error != 0 && error != MDB_NOTFOUND) return StatusOf(error);
-        return MoveInWriter(view, cursor, error == 0 ? MDB_PREV : MDB_LAST, key, value);
+        return MoveReal(view, cursor, error == 0 ? MDB_PREV : MDB_LAST, key, value);
     }
     return GiveEntry(view, error, foundKey, foundValue, key, value);
 }
 
-int16_t GivePlace(const View &view, int16_t status, const Place &place, Bytes *key, Bytes *value)
+// A tree that the transaction has not changed is searched as everybody searches it.
+int16_t SeekInWriter(const View &view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Bytes *value)
 {
-    return status == BtrStatusOk ? EntryAt(view, place, key, value) : status;
+    const TreeHead *unchanged = nullptr;
+    const int16_t status = FindUnchanged(cursor->By, *cursor->In, cursor->Tree, &unchanged);
+    if (status != BtrStatusOk) return status;
+    cursor->Unchanged = unchanged != nullptr;
+    if (!cursor->Unchanged) return SeekReal(view, cursor, bound, side, key, value);
+    cursor->At.Tree = *unchanged;
+    return GivePlace(view, PlaceAt(view, bound, side, cursor->At), cursor->At, key, value);
+}
+
+int16_t MoveInWriter(const View &view, Cursor *cursor, bool forward, Bytes *key, Bytes *value)
+{
+    if (!cursor->Unchanged) return MoveReal(view, cursor, forward ? MDB_NEXT : MDB_PREV, key, value);
+    const int16_t status = forward ? PlaceNext(view, cursor->At) : PlacePrevious(view, cursor->At);
+    return GivePlace(view, status, cursor->At, key, value);
 }
 
 } // namespace
@@ -221,13 +240,13 @@ int16_t Seek(View *view, Cursor *cursor, Bytes bound, Side side, Bytes *key, Byt
 
 int16_t SeekNext(View *view, Cursor *cursor, Bytes *key, Bytes *value)
 {
-    if (view->Writing) return MoveInWriter(*view, cursor, MDB_NEXT, key, value);
+    if (view->Writing) return MoveInWriter(*view, cursor, true, key, value);
     return GivePlace(*view, PlaceNext(*view, cursor->At), cursor->At, key, value);
 }
 
 int16_t SeekPrevious(View *view, Cursor *cursor, Bytes *key, Bytes *value)
 {
-    if (view->Writing) return MoveInWriter(*view, cursor, MDB_PREV, key, value);
+    if (view->Writing) return MoveInWriter(*view, cursor, false, key, value);
     return GivePlace(*view, PlacePrevious(*view, cursor->At), cursor->At, key, value);
 }
 
