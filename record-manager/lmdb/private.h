@@ -191,6 +191,12 @@ uint64_t PagesOf(const Writer &writer, unsigned tree);
 
 // How many keys a file has; 4 when there is no such file (any more).
 int16_t ReadKeyCount(View *view, uint32_t number, size_t *keys);
+
+// ---- handles.cpp ----
+
+// The store numbers the trees that it has open, and goes through all of them at the beginning and end of each
+// transaction. On Linux only the writer has use for them.
+
 // No tree has this number; the store refuses it.
 inline constexpr unsigned noTree = UINT32_MAX;
 // Opens the trees of a file of `keys` keys.
@@ -205,6 +211,9 @@ inline bool HasTrees(const File &file) { return file.Trees[recordTree] != noTree
 // Where the trees of a transaction's snapshot begin; `number` is the snapshot's. 2 when that is not told,
 // or no longer.
 int16_t ReadHeads(Store *store, MDB_txn *transaction, uint64_t number, View *view);
+// Before somebody reads in a file that was just found. Store::Mutex is held. 0; 30 when a tree is missing, or
+// a failure.
+int16_t OpenTreesToRead(const View &view, File *file);
 // As EndSnapshot, but nothing of it is kept for the next one.
 void FreeSnapshot(View *snapshot);
 
@@ -294,12 +303,7 @@ int16_t StatusOfCommit(Store *store, int error);
 
 // ---- trees.cpp ----
 
-// The store numbers the trees that it has open, and goes through all of them at the beginning and end of each
-// transaction. On Linux only the writer has use for them. Store::Mutex is held.
-
-// Before somebody reads in a file that was just found. 0; 30 when a tree is missing, or a failure.
-int16_t OpenTreesToRead(const View &view, File *file);
-// Before the writer begins.
+// What the writer needs open before it begins. Store::Mutex is held.
 int16_t OpenTreesToWrite(Store *store);
 // After its transaction was undone: trees that it has opened are closed, and the handles of those that it has
 // dropped do not come back with them. Takes Store::Mutex.

@@ -136,6 +136,16 @@ void FreeSnapshot(View *snapshot)
     std::free(snapshot);
 }
 
+int16_t OpenTreesToRead(const View &view, File *file)
+{
+    TreeHead ignored;
+    int16_t status = BtrStatusOk;
+    for (size_t tree = 0; tree < IndexTree(file->Layout.KeyCount) && status == BtrStatusOk; ++tree) {
+        status = FindTree(view, file->Number, tree, &ignored);
+    }
+    return status;
+}
+
 int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands)
 {
     if (*cursor == nullptr) {

@@ -3,16 +3,6 @@
 
 namespace wbtrv {
 
-int16_t OpenTreesToRead(const View &view, File *file)
-{
-    TreeHead ignored;
-    int16_t status = BtrStatusOk;
-    for (size_t tree = 0; tree < IndexTree(file->Layout.KeyCount) && status == BtrStatusOk; ++tree) {
-        status = FindTree(view, file->Number, tree, &ignored);
-    }
-    return status;
-}
-
 namespace {
 
 bool SomeLackTrees(const Store &store)

@@ -105,6 +105,21 @@ void EndSnapshot(View *snapshot)
     free(snapshot);
 }
 
+// A tree's handle is made in a transaction of its own, since it reaches the others only by a commit.
+int16_t OpenTreesToRead(const View &view, File *file)
+{
+    View *own = nullptr;
+    int16_t status = BeginSnapshot(view.Of, &own);
+    if (status != BtrStatusOk) return status;
+    status = OpenTrees(own->Transaction, file->Number, file->Layout.KeyCount, file->Trees);
+    if (status == BtrStatusOk) {
+        status = StatusOf(Guarded<mdb_txn_commit>(own->Transaction));
+        own->Transaction = nullptr;
+    }
+    EndSnapshot(own);
+    return status;
+}
+
 // A cursor is to be led to where it stood: it does not know whether something was committed since.
 int16_t UseCursor(View *snapshot, const File &file, size_t tree, Cursor **cursor, bool *stands)
 {

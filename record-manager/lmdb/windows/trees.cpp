@@ -4,21 +4,6 @@
 
 namespace wbtrv {
 
-// A tree's handle is made in a transaction of its own, since it reaches the others only by a commit.
-int16_t OpenTreesToRead(const View &view, File *file)
-{
-    View *own = nullptr;
-    int16_t status = BeginSnapshot(view.Of, &own);
-    if (status != BtrStatusOk) return status;
-    status = OpenTrees(own->Transaction, file->Number, file->Layout.KeyCount, file->Trees);
-    if (status == BtrStatusOk) {
-        status = StatusOf(Guarded<mdb_txn_commit>(own->Transaction));
-        own->Transaction = nullptr;
-    }
-    EndSnapshot(own);
-    return status;
-}
-
 int16_t OpenAllTrees(Store *store, uint32_t last)
 {
     Environment *own = store->Own;
