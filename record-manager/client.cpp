@@ -81,7 +81,7 @@ Handle *AddHandle(Client *client, ClientFile *file, void *positionBlock)
     auto *handle = static_cast<Handle *>(std::calloc(1, sizeof(Handle)));
     if (handle == nullptr) return nullptr;
     const size_t trees = IndexTree(file->Of->Layout.KeyCount);
-    handle->Cursors = static_cast<Cursor **>(std::calloc(trees, sizeof(Cursor *)));
+    handle->Cursors = static_cast<Cursor **>(std::calloc(trees, sizeof(void *)));
     if (handle->Cursors == nullptr) {
         std::free(handle);
         return nullptr;

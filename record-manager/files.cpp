@@ -3,6 +3,7 @@
 #include "record-manager/limits.h"
 #include "record-manager/platform.h"
 
+#include <cassert>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -145,6 +146,7 @@ int16_t OpenIn(const Call &call, const FilePath &path, ClientStore *store)
     ClientFile *in = nullptr;
     int16_t status = AcquireClientFile(store, path, alone, &in);
     if (status != BtrStatusOk) return status;
+    assert(in != nullptr);
     const LockResult usage = LockUsage(store, loading);
     status = StatusOfOpen(usage);
     Handle *handle = nullptr;

@@ -110,7 +110,7 @@ constexpr size_t FromUtf8(const char *text, char *out, size_t size)
 
 // A literal turned over at compile time; what the code page lacks does not compile.
 template <size_t Size> struct Windows1252Literal {
-    char bytes[Size]{};
+    char Bytes[Size]{};
 
     consteval Windows1252Literal(const char (&utf8)[Size]) // NOLINT: literals convert by themselves
     {
@@ -120,7 +120,7 @@ template <size_t Size> struct Windows1252Literal {
         while (from < end) {
             const unsigned char byte = ByteOf(NextCodePoint(from, end));
             if (byte == 0) NotInWindows1252();
-            bytes[length++] = static_cast<char>(byte);
+            Bytes[length++] = static_cast<char>(byte);
         }
     }
 
@@ -128,6 +128,6 @@ template <size_t Size> struct Windows1252Literal {
 };
 
 // "Kürzel"_w is the NUL-terminated Windows-1252 text, kept for the life of the program.
-template <Windows1252Literal Literal> consteval const char *operator""_w() { return Literal.bytes; }
+template <Windows1252Literal Literal> consteval const char *operator""_w() { return Literal.Bytes; }
 
 } // namespace text

@@ -78,9 +78,9 @@ void AddMarkup(Markup &markup, const char *bytes, size_t length)
     markup.Length += length;
 }
 
-template <size_t size> void AddMarkup(Markup &markup, const char (&text)[size])
+template <size_t Size> void AddMarkup(Markup &markup, const char (&text)[Size])
 {
-    AddMarkup(markup, text, size - 1);
+    AddMarkup(markup, text, Size - 1);
 }
 
 void MarkText(Markup &markup, const char *text, size_t length)
@@ -110,13 +110,14 @@ void TakeColumns(Rows &rows)
 {
     const Definition &def = *shown.Def;
     int count = 0;
-    for (int cell = 0; cell < 2 * def.ColumnCount; ++cell) {
+    const int cells = 2 * def.ColumnCount;
+    for (int cell = 0; cell < cells; ++cell) {
         const Column &column = def.Columns[cell % def.ColumnCount];
         rows.Columns[cell] = count;
         if (!IsShown(column)) continue;
         rows.AreRight[count++] = column.CellAlign == Align::right;
     }
-    rows.Columns[2 * def.ColumnCount] = count;
+    rows.Columns[cells] = count;
 }
 
 void BeginCell(Rows &rows)
@@ -246,7 +247,8 @@ CellRange CellsIn(const LetterList &letters, const Hit &range)
 // Of one row a person takes what was dragged over; of several, and of a line, all columns.
 void CopySelected(Rows &rows, const PageRequest &request)
 {
-    const int lastColumn = rows.Columns[shown.Def->ColumnCount * (shown.Def->RightAt != 0 ? 2 : 1)] - 1;
+    const int allCells = shown.Def->ColumnCount * (shown.Def->RightAt != 0 ? 2 : 1);
+    const int lastColumn = rows.Columns[allCells] - 1;
     for (int64_t page = request.From.Page;
          page > 0 && page <= request.To.Page && page <= shown.PageCount && !IsFull(rows.Text); ++page) {
         const LetterList &letters = LettersUnseen(page);
