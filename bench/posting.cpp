@@ -3,13 +3,11 @@
 //   posting CONFIG_DIRECTORY COUNT [CLIENTS [apart [processes]]]   prints the seconds
 // CONFIG_DIRECTORY is where `books beispiel` made an installation. The clients share COUNT among them and
 // post into Mandant 1, or with `apart` each into a Mandant of its own. They are threads, or processes.
-#include "bench/peers/peer.h"
+#include "bench/peers/processes.h"
 #include "include/vark40.h"
 
 #include <latch>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -48,34 +46,15 @@ void PostInThreads(long clients, bool apart, long each)
 
 void PostInProcesses(long clients, bool apart, long each)
 {
-    int ready[2];
-    int go[2];
-    Must(pipe(ready));
-    Must(pipe(go));
-    char token = 0;
-    for (long client = 0; client < clients; ++client) {
-        if (fork() != 0) continue;
+    TimeProcesses(clients, [apart, each](long client) {
         const auto mandant = static_cast<int32_t>(apart ? client + 1 : 1);
         Post(mandant);
-        Must(write(ready[1], &token, 1) == 1 ? 0 : 1);
-        Must(read(go[0], &token, 1) == 1 ? 0 : 1);
-        for (long i = 0; i < each; ++i) {
-            Post(mandant);
-        }
-        std::_Exit(0);
-    }
-    for (long client = 0; client < clients; ++client) {
-        Must(read(ready[0], &token, 1) == 1 ? 0 : 1);
-    }
-    const Stopwatch watch;
-    for (long client = 0; client < clients; ++client) {
-        Must(write(go[1], &token, 1) == 1 ? 0 : 1);
-    }
-    for (long client = 0; client < clients; ++client) {
-        int end = 0;
-        Must(wait(&end) > 0 ? end : 1);
-    }
-    watch.Print();
+        return [mandant, each] {
+            for (long i = 0; i < each; ++i) {
+                Post(mandant);
+            }
+        };
+    });
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 // What a posting writes, by hand through libpq: the record of 500 bytes, its two index entries, the file's
 // counters and the number of the session's transaction, the same rows in tables like those of books on a
 // server, one durable transaction each.
-//   posting_libpq CONNECTION COUNT single|pipelined   prints the seconds
+//   posting_libpq CONNECTION COUNT single|pipelined [CLIENTS]   prints the seconds
 // `single` waits for the answer to each statement, as programs are written; `pipelined` only for the
-// commit's.
-#include "bench/peers/peer.h"
+// commit's. The clients are processes that share COUNT among them, each with tables of its own.
+#include "bench/peers/processes.h"
 
 #include <libpq-fe.h>
 #include <string>
@@ -31,15 +31,13 @@ struct Step {
 constexpr Step steps[] = {
     {"begin", "BEGIN", 0},
     {"number",
-     "UPDATE peer.files SET last_record = last_record + 1, records = records + 1, sequence = sequence + 1 "
+     "UPDATE files SET last_record = last_record + 1, records = records + 1, sequence = sequence + 1 "
      "WHERE file = 1 RETURNING last_record",
      0},
-    {"record", "INSERT INTO peer.records (file, record, data) VALUES (1, $1::bigint, $2::bytea)", 2},
-    {"by_number", "INSERT INTO peer.entries (file, tree, key, record) VALUES (1, 1, $2::bytea, $1::bigint)",
-     2},
-    {"by_stapel", "INSERT INTO peer.entries (file, tree, key, record) VALUES (1, 2, $2::bytea, $1::bigint)",
-     2},
-    {"session", "UPDATE peer.sessions SET number = $1::bigint, since = now() WHERE session = '\\x01'", 1},
+    {"record", "INSERT INTO records (file, record, data) VALUES (1, $1::bigint, $2::bytea)", 2},
+    {"by_number", "INSERT INTO entries (file, tree, key, record) VALUES (1, 1, $2::bytea, $1::bigint)", 2},
+    {"by_stapel", "INSERT INTO entries (file, tree, key, record) VALUES (1, 2, $2::bytea, $1::bigint)", 2},
+    {"session", "UPDATE sessions SET number = $1::bigint, since = now() WHERE session = '\\x01'", 1},
     {"commit", "COMMIT", 0},
 };
 
@@ -104,41 +102,51 @@ void PostPipelined(PGconn *connection, long number)
     }
 }
 
+PGconn *Connect(const char *target, long client, bool pipelined)
+{
+    PGconn *connection = PQconnectdb(target);
+    if (PQstatus(connection) != CONNECTION_OK) {
+        std::fprintf(stderr, "%s", PQerrorMessage(connection));
+        Must(1);
+    }
+    const std::string own = "peer" + std::to_string(client);
+    Run(connection,
+        ("SET client_min_messages = error; DROP SCHEMA IF EXISTS " + own + " CASCADE; CREATE SCHEMA " + own +
+         "; SET search_path = " + own +
+         ";"
+         "CREATE TABLE files (file bigint PRIMARY KEY, last_record bigint, records bigint, sequence bigint);"
+         "CREATE TABLE sessions (session bytea PRIMARY KEY, number bigint, since timestamptz);"
+         "CREATE TABLE records (file bigint, record bigint, data bytea NOT NULL, PRIMARY KEY (file, record));"
+         "CREATE TABLE entries (file bigint, tree bigint, key bytea, record bigint NOT NULL,"
+         " PRIMARY KEY (file, tree, key));"
+         "INSERT INTO files VALUES (1, 0, 0, 0);"
+         "INSERT INTO sessions VALUES ('\\x01', 0, now())")
+            .c_str());
+    for (const Step &step : steps) {
+        PQclear(PQprepare(connection, step.Name, step.Sql, 0, nullptr));
+    }
+    if (pipelined) Must(PQenterPipelineMode(connection) == 1 ? 0 : 1);
+    return connection;
+}
+
 } // namespace
 
 int main(int argumentCount, char **arguments)
 {
     const auto [target, count] = PeerArguments(argumentCount, arguments);
     const bool pipelined = argumentCount > 3 && std::strcmp(arguments[3], "pipelined") == 0;
-    PGconn *connection = PQconnectdb(target);
-    if (PQstatus(connection) != CONNECTION_OK) {
-        std::fprintf(stderr, "%s", PQerrorMessage(connection));
-        return 1;
-    }
-    Run(connection,
-        "SET client_min_messages = error; DROP SCHEMA IF EXISTS peer CASCADE; CREATE SCHEMA peer;"
-        "CREATE TABLE peer.files (file bigint PRIMARY KEY, last_record bigint, records bigint,"
-        " sequence bigint);"
-        "CREATE TABLE peer.sessions (session bytea PRIMARY KEY, number bigint, since timestamptz);"
-        "CREATE TABLE peer.records (file bigint, record bigint, data bytea NOT NULL, PRIMARY KEY "
-        "(file, record));"
-        "CREATE TABLE peer.entries (file bigint, tree bigint, key bytea, record bigint NOT NULL,"
-        " PRIMARY KEY (file, tree, key));"
-        "INSERT INTO peer.files VALUES (1, 0, 0, 0);"
-        "INSERT INTO peer.sessions VALUES ('\\x01', 0, now())");
-    for (const Step &step : steps) {
-        PQclear(PQprepare(connection, step.Name, step.Sql, 0, nullptr));
-    }
-    if (pipelined) Must(PQenterPipelineMode(connection) == 1 ? 0 : 1);
-
-    const Stopwatch watch;
-    for (long number = 1; number <= count; ++number) {
-        if (pipelined) {
-            PostPipelined(connection, number);
-        } else {
-            PostSingle(connection, number);
-        }
-    }
-    watch.Print();
-    PQfinish(connection);
+    const long clients = argumentCount > 4 ? NumberOf(arguments[4]) : 1;
+    TimeProcesses(clients, [=, each = count / clients](long client) {
+        PGconn *connection = Connect(target, client, pipelined);
+        return [=] {
+            for (long number = 1; number <= each; ++number) {
+                if (pipelined) {
+                    PostPipelined(connection, number);
+                } else {
+                    PostSingle(connection, number);
+                }
+            }
+            PQfinish(connection);
+        };
+    });
 }
