@@ -9,7 +9,7 @@ namespace vark {
 
 bool StopsAtBrokenBelief = true;
 
-bool TellBroken(const char *file, unsigned line)
+void TellBroken(const char *file, unsigned line)
 {
     char told[256];
     std::snprintf(told, sizeof told, "MERIDA: interner Fehler, %.200s:%u\n", file, line);
@@ -17,7 +17,6 @@ bool TellBroken(const char *file, unsigned line)
     assert(!StopsAtBrokenBelief);
     ThreadContext *const context = GetThreadContext();
     if (context != nullptr) ++context->BrokenBeliefs;
-    return false;
 }
 
 void ForgetBrokenBeliefs(ThreadContext &context)

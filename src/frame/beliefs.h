@@ -14,13 +14,14 @@
 
 namespace vark {
 
-// Notes a broken belief; always false.
-bool TellBroken(const char *file, unsigned line);
+// Notes a broken belief.
+void TellBroken(const char *file, unsigned line);
 
 // Gives back the belief. The place is the caller's; the checkers' compiler has no std::source_location yet.
 inline bool Holds(bool belief, const char *file = __builtin_FILE(), unsigned line = __builtin_LINE())
 {
-    return belief || TellBroken(file, line);
+    if (!belief) TellBroken(file, line);
+    return belief;
 }
 
 // Whether a belief was broken since the thread's last export began.

@@ -16,8 +16,10 @@ void FreeThreadContext(void *value)
     std::free(context->SplitOverflow);
     std::free(context->ReportViewTitle);
     std::free(context->ReportFrameClass);
-    while (context->Blocks.Next != nullptr) {
-        FreeThreadBlock(context->Blocks.Next);
+    for (ThreadBlock *block = context->Blocks.Next; block != nullptr;) {
+        ThreadBlock *const next = block->Next;
+        std::free(block);
+        block = next;
     }
     std::free(context);
 }

@@ -70,7 +70,7 @@ VarkWindow RunReport(const ReportKind &kind, int32_t mandant, VarkWindow parent,
     if (EnterExport(run.Context) != ready) return nullptr;
     if (SelectMandant(*run.Context, mandant, run.Mandant) < 1) return nullptr;
     bool done = false;
-    const VarkWindow view = AskBuildAndShow(kind, run, parent, params, done);
+    VarkWindow view = AskBuildAndShow(kind, run, parent, params, done);
     if (params != nullptr && done) params->ViewResult = 1;
     if (kind.Close != nullptr) kind.Close(run);
     return view;
