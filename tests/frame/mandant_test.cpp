@@ -99,11 +99,11 @@ TEST_F(MandantSelection, OpensTheCoreTablesOnceEach)
 TEST_F(MandantSelection, CoreTablesAreOpenedInTheirOrder)
 {
     books.AddMandant(1);
-    const std::vector<std::string> &opened = NoteOpens();
+    const std::vector<std::string> &noted = NoteOpens();
     ASSERT_EQ(1, SelectMandant(*context, 1, record));
     EXPECT_EQ((std::vector<std::string>{"fista", "sako", "kred", "debi", "bube", "steke", "kore", "kobu",
                                         "split", "bat", "user", "koschaze"}),
-              opened);
+              noted);
 }
 
 TEST_F(MandantSelection, CompanyTableHasOneUserHoweverOftenTheMandantIsSelected)

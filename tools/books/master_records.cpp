@@ -152,7 +152,7 @@ std::string Numbered(const std::string &text, size_t width, int copy)
 // No two accounts have one Kürzel, and no two have one number.
 std::string ShortNameOf(const Account &account)
 {
-    const std::string kuerzel = account.Partner->Kuerzel;
+    std::string kuerzel = account.Partner->Kuerzel;
     if (account.Copy == 0) return kuerzel;
     const std::string number = std::to_string(account.Number);
     return kuerzel.substr(0, 8 - number.size()) + number;

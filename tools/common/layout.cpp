@@ -20,8 +20,8 @@ struct Place {
     Reference Personal = Reference::None;
 };
 
-void AddField(std::vector<FieldLayout> &fields, const FieldRow &row, const Place &place, std::string name,
-              size_t offset, std::string meaning)
+void AddField(std::vector<FieldLayout> &fields, const FieldRow &row, const Place &place,
+              const std::string &name, size_t offset, std::string meaning)
 {
     const bool isPersonal = row.Target == Reference::Personenkonto && place.Personal != Reference::None;
     if (!place.Of.empty()) meaning = place.Of + ": " + meaning;

@@ -143,7 +143,7 @@ std::string Day(const std::string &text, int day, int month, int year, int first
 std::string ValueOf(const FieldLayout &field, size_t stamps, int firstMonth)
 {
     const std::string place = std::to_string(stamps + field.Offset + 1) + ", " + std::to_string(field.Width);
-    const std::string text = "@as_text(data, " + place + ")";
+    std::string text = "@as_text(data, " + place + ")";
     switch (field.Type) {
     case Form::Text: return text;
     case Form::Digits:
@@ -246,6 +246,25 @@ std::string CopyContent(const std::string &from, const std::string &to)
     return sql;
 }
 
+// The schema that was made in work becomes the one of its books.
+std::string TakeFresh(const std::string &schema, const std::string &fresh)
+{
+    return "ALTER SCHEMA " + Quoted(fresh) + " RENAME TO " + Quoted(schema) + "; COMMENT ON SCHEMA " +
+           Quoted(schema) + " IS NULL;";
+}
+
+// Its contents do, so that rights and what others have made of the schema stay.
+std::string TakeContent(const std::string &schema, const std::string &fresh)
+{
+    std::string sql;
+    for (const char *table : contents) {
+        sql += "TRUNCATE " + Quoted(schema) + "." + table + ";";
+    }
+    return sql + CopyContent(fresh, schema) + "UPDATE " + Quoted(schema) +
+           ".head SET changes = changes + 1, last_file = (SELECT last_file FROM " + Quoted(fresh) +
+           ".head); DROP SCHEMA " + Quoted(fresh) + " CASCADE;";
+}
+
 } // namespace
 
 SchemaExchange::SchemaExchange(const fs::path &books) : data(books), connection(ConnectionIn(books)) {}
@@ -319,19 +338,7 @@ void SchemaExchange::Finish()
 {
     std::string sql = "SET lock_timeout = '10s'; BEGIN;";
     for (const Part &part : parts) {
-        const std::string schema = Quoted(part.Schema);
-        const std::string fresh = Quoted(part.Fresh);
-        if (part.IsNew) {
-            sql += "ALTER SCHEMA " + fresh + " RENAME TO " + schema + "; COMMENT ON SCHEMA " + schema +
-                   " IS NULL;";
-            continue;
-        }
-        for (const char *table : contents) {
-            sql += "TRUNCATE " + schema + "." + table + ";";
-        }
-        sql += CopyContent(part.Schema + "_neu", part.Schema) + "UPDATE " + schema +
-               ".head SET changes = changes + 1, last_file = (SELECT last_file FROM " + fresh +
-               ".head); DROP SCHEMA " + fresh + " CASCADE;";
+        sql += part.IsNew ? TakeFresh(part.Schema, part.Fresh) : TakeContent(part.Schema, part.Fresh);
     }
     for (const auto &[name, schema] : removed) {
         sql += "DROP SCHEMA IF EXISTS " + Quoted(schema) + " CASCADE;";
