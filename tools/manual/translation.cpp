@@ -94,16 +94,20 @@ std::string TextOf(const std::vector<Piece> &pieces)
     return text;
 }
 
+[[noreturn]] void Refuse(const std::string &what, const std::string &why)
+{
+    throw std::runtime_error(what + ": " + why);
+}
+
 void CheckNumbers(const std::string &what, const std::string &contract, const std::vector<Piece> &pieces)
 {
     const std::set<std::string> wanted = NumbersIn(contract);
     const std::set<std::string> told = NumbersIn(TextOf(pieces));
     for (const std::string &number : wanted) {
-        if (!told.contains(number)) throw std::runtime_error(what + ": the German text lacks " + number);
+        if (!told.contains(number)) Refuse(what, "the German text lacks " + number);
     }
     for (const std::string &number : told) {
-        if (!wanted.contains(number))
-            throw std::runtime_error(what + ": the German text has " + number + ", the header has not");
+        if (!wanted.contains(number)) Refuse(what, "the German text has " + number + ", the header has not");
     }
 }
 
@@ -129,7 +133,7 @@ void CheckSection(const Section &section, const ToldSection &told)
         names.insert(text.Names.begin(), text.Names.end());
     }
     for (const Declaration &declared : section.Declarations) {
-        if (!names.contains(declared.Name)) throw std::runtime_error(declared.Name + ": no German text");
+        if (!names.contains(declared.Name)) Refuse(declared.Name, "no German text");
     }
     const std::set<std::string> ofAll = WordsOf(told.Pieces);
     size_t at = 0;
@@ -138,16 +142,16 @@ void CheckSection(const Section &section, const ToldSection &told)
         const std::set<std::string> words = WordsOf(text.Pieces);
         for (const std::string &name : text.Names) {
             if (at == section.Declarations.size() || section.Declarations[at].Name != name)
-                throw std::runtime_error(name + ": the header does not declare it in this place");
+                Refuse(name, "the header does not declare it in this place");
             const Declaration &declared = section.Declarations[at++];
             contract += declared.Contract;
             for (const std::string &part : declared.Parts) {
                 if (!words.contains(part) && !ofAll.contains(part))
-                    throw std::runtime_error(name + ": the German text lacks " + part);
+                    Refuse(name, "the German text lacks " + part);
             }
         }
         if (text.Pieces.empty() || text.Pieces.front().Form != Piece::Kind::Paragraph)
-            throw std::runtime_error(text.Names.front() + ": the German text does not say what it is for");
+            Refuse(text.Names.front(), "the German text does not say what it is for");
         CheckNumbers(text.Names.front(), contract, text.Pieces);
     }
 }
@@ -187,7 +191,7 @@ void CheckTranslation(const std::vector<Section> &header, const std::vector<Told
         CheckSection(header[i], translation[i]);
     }
     if (translation.size() > header.size())
-        throw std::runtime_error(translation[header.size()].Heading + ": the header has no such section");
+        Refuse(translation[header.size()].Heading, "the header has no such section");
 }
 
 } // namespace manual

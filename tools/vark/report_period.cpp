@@ -180,6 +180,11 @@ std::string SixDigits(const CalendarDay &day)
     return digits;
 }
 
+[[noreturn]] void RefuseBoth(const std::string &one, const std::string &other)
+{
+    throw UsageError("Diese Angaben passen nicht zusammen: " + one + " und " + other + ".");
+}
+
 } // namespace
 
 ReportPeriod ReadPeriod(const PeriodText &text, const PeriodRules &rules)
@@ -194,16 +199,12 @@ ReportPeriod ReadPeriod(const PeriodText &text, const PeriodRules &rules)
     const PeriodWay *chosen = nullptr;
     for (const PeriodWay &way : ways) {
         if (way.Value.empty()) continue;
-        if (chosen != nullptr)
-            throw UsageError("Diese Angaben passen nicht zusammen: " + prefix + chosen->Name + " und " +
-                             prefix + way.Name + ".");
+        if (chosen != nullptr) RefuseBoth(prefix + chosen->Name, prefix + way.Name);
         chosen = &way;
     }
     const unsigned form = chosen != nullptr ? chosen->Form : PeriodYear;
     const bool hasDays = form == PeriodDays || form == PeriodPer;
-    if (hasDays && !text.Jahr.empty())
-        throw UsageError("Diese Angaben passen nicht zusammen: " + prefix + chosen->Name + " und " + prefix +
-                         "jahr.");
+    if (hasDays && !text.Jahr.empty()) RefuseBoth(prefix + chosen->Name, prefix + "jahr");
     if (chosen == nullptr && text.Jahr.empty()) return period;
     period.IsGiven = true;
     if (hasDays) {

@@ -60,7 +60,7 @@ bool IsTicked(const OwnOption &option, const std::string &value)
 // What is typed as it stands.
 std::string TypedText(const OwnOption &option, const std::string &value)
 {
-    const std::string text(Trimmed(value));
+    std::string text(Trimmed(value));
     if (text.empty() || Columns(text) > option.MostCharacters)
         throw UsageError(std::string(option.Name) + ": „" + value + "“ hat nicht 1 bis " +
                          std::to_string(option.MostCharacters) + " Zeichen.");
