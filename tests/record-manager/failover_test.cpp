@@ -136,6 +136,7 @@ TEST_F(Failover, LosesNoPostingAndPostingGoesOn)
     EXPECT_TRUE(goesOn) << "at the beginning";
     std::string primary = "a";
     std::string standby = "b";
+    const auto follow = [&] { return Do("follow " + standby + " " + primary); };
     for (int round = 0; round < FAILOVERS && goesOn; ++round) {
         EXPECT_EQ(Do("kill " + primary), 0);
         EXPECT_EQ(Do("promote " + standby), 0);
@@ -143,7 +144,7 @@ TEST_F(Failover, LosesNoPostingAndPostingGoesOn)
         EXPECT_TRUE(goesOn) << "round " << round;
         std::swap(primary, standby);
         if (round + 1 < FAILOVERS) {
-            EXPECT_EQ(Do("follow " + standby + " " + primary), 0);
+            EXPECT_EQ(follow(), 0);
             goesOn = goesOn && allGoOn(std::chrono::seconds(20));
         }
     }
