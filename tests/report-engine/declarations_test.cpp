@@ -710,7 +710,7 @@ record(2, { i32("nummer", 0), amount("soll", 78), rows = { "line" }, emit = func
     for (const size_t page : {1u, 2u}) {
         const std::vector<std::string> lines = LinesOf(pages[page]);
         EXPECT_NE(lines[1].find("Konto 1000 (Fortsetzung)"), std::string::npos) << pages[page];
-        EXPECT_EQ(lines[1].find(","), std::string::npos) << "without its figures";
+        EXPECT_EQ(lines[1].find(','), std::string::npos) << "without its figures";
         EXPECT_NE(lines[2].find("Übertrag"), std::string::npos) << pages[page];
     }
     EXPECT_EQ(pages[2].find("1100 (Fortsetzung)"), std::string::npos) << pages[2];

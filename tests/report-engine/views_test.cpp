@@ -205,10 +205,13 @@ constexpr const char *htmlHead = "<html lang=\"de\"><head><meta charset=\"utf-8\
 // A row as HTML has it: texts at the left, all behind them at the right.
 std::string HtmlRow(const std::string &tag, int texts, const std::vector<std::string> &cells)
 {
+    const auto cell = [&](size_t i) {
+        const char *const align = i < static_cast<size_t>(texts) ? "left" : "right";
+        return "<" + tag + " align=\"" + align + "\">" + cells[i] + "</" + tag + ">";
+    };
     std::string row = "<tr>";
     for (size_t i = 0; i < cells.size(); ++i) {
-        const std::string align = i < static_cast<size_t>(texts) ? "left" : "right";
-        row += "<" + tag + " align=\"" + align + "\">" + cells[i] + "</" + tag + ">";
+        row += cell(i);
     }
     return row + "</tr>";
 }
@@ -375,7 +378,7 @@ HWND OpenTwoHalves(const Directory &directory, int32_t &report)
     const auto add = [&](const char *side, int lines) {
         Record().Text(side, 8).Text("", 141).AddTo(report, 1, 149);
         for (int i = 1; i <= lines; ++i) {
-            Record().I32(i).Text("", 74).Amount(100 * i).Text("", 19).AddTo(report, 2, 110);
+            Record().I32(i).Text("", 74).Amount(int64_t{100} * i).Text("", 19).AddTo(report, 2, 110);
         }
     };
     add("links", 60);

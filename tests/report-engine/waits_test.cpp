@@ -130,7 +130,7 @@ struct RealHelpers : testing::Test {
             }
         });
         const auto begin = std::chrono::steady_clock::now();
-        const std::string said = reports::Errors(body);
+        std::string said = reports::Errors(body);
         EXPECT_LT(Seconds(begin), 60) << "and not after 70 s or never";
         isOver = true;
         stopping.join();

@@ -529,7 +529,7 @@ TEST_F(SheetWindow, TakesTheParentsRoomAndTheHostsClass)
     GetWindowRect(frame, &place);
     EXPECT_EQ(room.right, place.right - place.left);
     EXPECT_EQ(room.bottom, place.bottom - place.top);
-    EXPECT_EQ(0, GetWindowLongA(frame, GWL_STYLE) & (WS_VSCROLL | WS_HSCROLL));
+    EXPECT_EQ(0U, static_cast<DWORD>(GetWindowLongA(frame, GWL_STYLE)) & (WS_VSCROLL | WS_HSCROLL));
     Press(nextMonth);
     EXPECT_TRUE(Says("Juni 1998"));
     EXPECT_EQ(reinterpret_cast<ULONG_PTR>(&DefWindowProcA), GetClassLongPtrA(host, GCLP_WNDPROC))

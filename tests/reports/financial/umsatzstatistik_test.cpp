@@ -122,7 +122,7 @@ TEST_P(UmsatzProperties, TurnoverIsTheSumOfThePostings)
     for (int n = 1; n <= 200; ++n) {
         const std::string konto = std::to_string(10000 + below(7));
         const int month = 1 + below(6);
-        const int64_t value = 116 * (1 + below(9000));
+        const int64_t value = int64_t{116} * (1 + below(9000));
         const std::string day = std::to_string(101 + below(28)).substr(1);
         BubeRecord record =
             MakeBube(n, day + "0" + std::to_string(month) + "18", konto, "8400", amountOf(value));
