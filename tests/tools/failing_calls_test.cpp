@@ -40,7 +40,7 @@ struct Try {
 };
 
 // Whole books are written with many calls that are alike.
-constexpr long stepOfWhole = 13 * EACH_CALL;
+constexpr long stepOfWhole = 13L * EACH_CALL;
 
 struct FailingCalls : testing::Test {
     tests::TemporaryDirectory Directory;

@@ -138,14 +138,10 @@ struct Model {
         const auto [first, second] = BoxesOf(klasse, posting.Satz, last);
         last = first;
         int sign = 0;
-        if ((posting.Steuerflags & 4) != 0) {
-            sign = 1;
-        } else if ((posting.Steuerflags & 2) != 0) {
-            sign = -1;
-        } else if (!Sonderkonto.empty() && posting.Soll == Sonderkonto) {
-            sign = 1;
-        } else if (!Sonderkonto.empty() && posting.Haben == Sonderkonto) {
-            sign = -1;
+        if ((posting.Steuerflags & 6) != 0) {
+            sign = (posting.Steuerflags & 4) != 0 ? 1 : -1;
+        } else if (!Sonderkonto.empty() && (posting.Soll == Sonderkonto || posting.Haben == Sonderkonto)) {
+            sign = posting.Soll == Sonderkonto ? 1 : -1;
         }
         boxes[first] += sign * basis;
         boxes[second] += sign * steuer;

@@ -48,7 +48,7 @@ struct SqlConnection {
         char *message = nullptr;
         EXPECT_NE(SQLITE_OK, sqlite3_exec(Handle, statement.c_str(), nullptr, nullptr, &message))
             << statement;
-        const std::string why = message != nullptr ? message : "";
+        std::string why = message != nullptr ? message : "";
         sqlite3_free(message);
         return why;
     }

@@ -33,7 +33,7 @@ std::string PfennigOf(const std::string &amount)
 // A field's value as people read it, turned into what SQL is to show.
 std::string ExpectedOf(const FieldLayout &field, const char *record, int firstMonth)
 {
-    const std::string value = FieldValue(field, record, firstMonth);
+    std::string value = FieldValue(field, record, firstMonth);
     switch (field.Type) {
     case Form::Amount: return PfennigOf(value);
     case Form::PackedDay:
