@@ -6,8 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Prints the seconds of `count` processes from the moment when all are ready until the last is done. Each makes
-// itself ready by `prepare`, which is told its number, from 0 on, and gives what it then does.
+// Prints the seconds of `count` processes from the moment when all are ready until the last is done. Each
+// makes itself ready by `prepare`, which is told its number, from 0 on, and gives what it then does.
 template <typename Prepare> void TimeProcesses(long count, const Prepare &prepare)
 {
     int ready[2];
