@@ -176,6 +176,51 @@ TEST_F(Transactions, FilesThatAreOpenedInsideAreThoseOfTheirDirectories)
     }
 }
 
+// A process opens a file's trees in the store when it first writes there.
+TEST_F(Transactions, AFileFirstOpenedInsideIsWrittenAsAnyOtherWhateverBecameOfThem)
+{
+    const std::string path = Directory / "o.btr";
+    ASSERT_EQ(Create(Me, path, DefinitionOfT()).Status, BtrStatusOk);
+    for (const uint16_t end : {BtrOpAbort, BtrOpEnd}) {
+        Remote another;
+        const OnT<Remote> t{another};
+        const OnT<Remote> o{another, 1};
+        const std::string name = end == BtrOpAbort ? "d" : "e";
+        ASSERT_EQ(Open(another, Path).Status, BtrStatusOk);
+        ASSERT_EQ(another({.Operation = BtrOpBegin}).Status, BtrStatusOk);
+        ASSERT_EQ(t.Insert(name, "x", 9).Status, BtrStatusOk);
+        ASSERT_EQ(Open(another, path, 1).Status, BtrStatusOk);
+        ASSERT_EQ(o.Insert(name, "x", 1).Status, BtrStatusOk);
+        ASSERT_EQ(another({.Operation = end}).Status, BtrStatusOk);
+        EXPECT_EQ(o.Insert(name + "o", "x", 2).Status, BtrStatusOk);
+        EXPECT_EQ(t.Insert(name + "t", "x", 8).Status, BtrStatusOk);
+    }
+    EXPECT_EQ(Order(0), "abcdteet");
+    EXPECT_EQ(Order(1), "abcdteet");
+    ASSERT_EQ(Open(Me, path, 1).Status, BtrStatusOk);
+    EXPECT_EQ(Order(0), "doeeo");
+    EXPECT_EQ(Order(2), "doeoe") << "the higher number first";
+}
+
+TEST_F(Transactions, AFileThatAnotherBeganToReadMeanwhileIsWrittenInside)
+{
+    const std::string path = Directory / "o.btr";
+    Remote maker;
+    ASSERT_EQ(Create(maker, path, DefinitionOfT()).Status, BtrStatusOk);
+    ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
+    ASSERT_EQ(T.Insert("d", "x", 9).Status, BtrStatusOk);
+    Beside reader;
+    const OnT<Beside> seen{reader};
+    ASSERT_EQ(Open(reader, path).Status, BtrStatusOk);
+    ASSERT_EQ(seen.Read(BtrOpGetFirst, 0).Status, BtrStatusEndOfFile);
+    ASSERT_EQ(Open(Me, path, 1).Status, BtrStatusOk);
+    ASSERT_EQ(Other.Insert("o", "x", 1).Status, BtrStatusOk);
+    EXPECT_EQ(seen.Read(BtrOpGetFirst, 0).Status, BtrStatusEndOfFile);
+    ASSERT_EQ(Do(BtrOpEnd), BtrStatusOk);
+    EXPECT_EQ(Name(seen.Read(BtrOpGetFirst, 0)), "o");
+    EXPECT_EQ(Name(seen.Read(BtrOpGetLast, 2)), "o");
+}
+
 TEST_F(Transactions, ACloseInsideKeepsTheChangesPending)
 {
     ASSERT_EQ(Do(BtrOpBegin), BtrStatusOk);
