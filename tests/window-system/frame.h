@@ -124,7 +124,7 @@ inline void Register()
     WNDCLASSA made = {};
     made.style = CS_PARENTDC;
     made.lpfnWndProc = Procedure;
-    made.cbWndExtra = sizeof(State *);
+    made.cbWndExtra = sizeof(void *);
     made.hIcon = LoadIconA(nullptr, MAKEINTRESOURCEA(114));
     made.hCursor = LoadCursorA(nullptr, IDC_ARROW);
     made.lpszClassName = "Frame";

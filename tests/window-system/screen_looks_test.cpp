@@ -136,7 +136,7 @@ struct ScreenLooks : testing::Test {
         RunTable(demo::table, [&](HWND dialog, UINT message, WPARAM, LPARAM) {
             if (message != WM_INITDIALOG) return INT_PTR{0};
             demo::Fill(dialog);
-            acting = std::thread([this, &person, dialog] {
+            acting = std::thread([&person, dialog] {
                 EXPECT_TRUE(vark::test::Display::HasKeyboard("Stapelverwaltung"));
                 person(dialog);
                 PostMessageA(dialog, WM_COMMAND, IDCANCEL, 0);
@@ -180,7 +180,7 @@ std::set<std::string> NamesOfActive()
     const Watcher watcher;
     XClassHint hint = {};
     if (active == 0 || XGetClassHint(watcher.Connection, active, &hint) == 0) return {};
-    const std::set<std::string> names = {hint.res_name, hint.res_class};
+    std::set<std::string> names = {hint.res_name, hint.res_class};
     XFree(hint.res_name);
     XFree(hint.res_class);
     return names;
