@@ -27,7 +27,7 @@ struct Hosts : OnWindows {
     std::string Host(const fs::path &program) const
     {
         std::thread person([this] { Run(Built("stand_ins/chooser.exe"), "Mandantenauswahl"); });
-        const std::string output =
+        std::string output =
             Run("'" + program.string() + "'", "", "VARK_CONFIG_DIR='" + Books + "' VARK_HEUTE=15.06.1998");
         person.join();
         return output;
