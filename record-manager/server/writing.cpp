@@ -162,8 +162,8 @@ void EndWriter(Writer *writer, bool committed)
     free(writer);
 }
 
-// Whether the transaction of a connection that was lost is in the books. Its row is locked as long as the
-// server is still at work on it.
+// Whether the transaction of a connection that was lost is in the books. It holds the gate as long as the
+// server is still at work on it, be it with statements that it had received before the connection broke.
 int16_t FindOut(Connection *connection, const uint8_t *session, int64_t number)
 {
     const int64_t deadline_us = Now_us() + int64_t{serverLimits->ServerTruth_ms} * 1000;
@@ -171,10 +171,13 @@ int16_t FindOut(Connection *connection, const uint8_t *session, int64_t number)
         if (Connect(connection) == BtrStatusOk) {
             Parameters timeout{};
             AddNumber(&timeout, serverLimits->ServerAnswer_ms);
+            Parameters unmarked{};
+            AddNumber(&unmarked, 0);
             Parameters wanted{};
             AddBytes(&wanted, session, sizeof connection->Session);
             (void)Send(connection, Statement::Begin, Parameters{}, Answer::Needed);
             (void)Send(connection, Statement::SetTimeout, timeout, Answer::Needed);
+            (void)Send(connection, Statement::EnterGate, unmarked, Answer::Needed);
             (void)Send(connection, Statement::FindTransaction, wanted, Answer::Kept);
             (void)Send(connection, Statement::Commit, Parameters{}, Answer::Needed);
             const int16_t status = Exchange(connection, serverLimits->ServerAnswer_ms);
